@@ -1,0 +1,117 @@
+// Errors: exception objects, raised as C++ exceptions of type `ZPException *`.
+//
+//     try {
+//         list->objectAtIndex(99);
+//     } catch (ZPException *e) {          // autoreleased: retain it to keep it
+//         ... e->name(), e->reason()
+//     }
+#pragma once
+
+#include <Bedrock/core/ZPObject.h>
+
+ZP_FORWARD(ZPDictionary);
+ZP_FORWARD(ZPString);
+
+/// An error: a name to tell its kind, a reason for people, and optional user information. Two
+/// exceptions of one class and name are equal. Immutable; may be shared between threads.
+struct ZPException : ZPObject {
+    ZP_CLASS(ZPException)
+    ZPString *_name;
+    ZPString *_reason;
+    ZPDictionary *_userInfo;
+    void *_reserved;
+
+    static ZPException *exceptionWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
+        return objc_msgSend<ZPException *>(class_(), "exceptionWithName:reason:userInfo:"_sel, name, reason, userInfo);
+    }
+    /// Raises an exception whose reason is the formatted text. Does not return.
+    template <class... A> [[noreturn]] static void raise_format(ZPString *name, ZPString *format, A... arguments) {
+        objc_sendVariadic<void, ZPString *, ZPString *>::send(class_(), "raise:format:"_sel, name, format, arguments...);
+        __builtin_unreachable();
+    }
+    [[noreturn]] static void raise_format_arguments(ZPString *name, ZPString *format, std::va_list arguments) {
+        objc_msgSend(class_(), "raise:format:arguments:"_sel, name, format, arguments);
+        __builtin_unreachable();
+    }
+    /// Copies name and reason and retains the user information.
+    ZPException *initWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
+        return objc_msgSend<ZPException *>(this, "initWithName:reason:userInfo:"_sel, name, reason, userInfo);
+    }
+    ZPString *name() { return objc_msgSend<ZPString *>(this, "name"_sel); }
+    ZPString *reason() { return objc_msgSend<ZPString *>(this, "reason"_sel); }
+    ZPDictionary *userInfo() { return objc_msgSend<ZPDictionary *>(this, "userInfo"_sel); }
+    /// Throws the receiver. Does not return.
+    [[noreturn]] void raise() {
+        objc_msgSend(this, "raise"_sel);
+        __builtin_unreachable();
+    }
+};
+
+extern "C" {
+ZP_EXPORT extern ZPString *const ZPGenericException;
+ZP_EXPORT extern ZPString *const ZPInvalidArgumentException;
+ZP_EXPORT extern ZPString *const ZPInternalInconsistencyException;
+ZP_EXPORT extern ZPString *const ZPRangeException;
+ZP_EXPORT extern ZPString *const ZPMallocException;
+ZP_EXPORT extern ZPString *const ZPOldStyleException;
+ZP_EXPORT extern ZPString *const ZPParseErrorException;
+ZP_EXPORT extern ZPString *const ZPCharacterConversionException;
+ZP_EXPORT extern ZPString *const ZPInconsistentArchiveException;
+ZP_EXPORT extern ZPString *const ZPFileHandleOperationException;
+ZP_EXPORT extern ZPString *const ZPPosixFileOperationException;
+ZP_EXPORT extern ZPString *const ZPDecimalNumberDivideByZeroException;
+ZP_EXPORT extern ZPString *const ZPDecimalNumberExactnessException;
+ZP_EXPORT extern ZPString *const ZPDecimalNumberOverflowException;
+ZP_EXPORT extern ZPString *const ZPDecimalNumberUnderflowException;
+ZP_EXPORT extern ZPString *const ZPDestinationInvalidException;
+ZP_EXPORT extern ZPString *const ZPFailedAuthenticationException;
+ZP_EXPORT extern ZPString *const ZPInvalidReceivePortException;
+ZP_EXPORT extern ZPString *const ZPInvalidSendPortException;
+ZP_EXPORT extern ZPString *const ZPObjectInaccessibleException;
+ZP_EXPORT extern ZPString *const ZPObjectNotAvailableException;
+ZP_EXPORT extern ZPString *const ZPPortReceiveException;
+ZP_EXPORT extern ZPString *const ZPPortSendException;
+ZP_EXPORT extern ZPString *const ZPPortTimeoutException;
+}
+
+/// A guarded region for code that catches through a record instead of naming `ZPException *`:
+///
+///     ZPHandlerRecord handler;
+///     _ZPAddHandler(&handler);
+///     try {
+///         ...
+///         _ZPRemoveHandler(&handler);
+///     } catch (...) {
+///         ZPException *e = _ZPExceptionObjectFromHandler(&handler);
+///     }
+struct ZPHandlerRecord {
+    ZPHandlerRecord *enclosing;
+    int code;  ///< 100000 for a raise of an exception object
+    std::uintptr_t data1, data2;
+};
+
+/// What a raise through the runtime with a code other than 100000 throws.
+struct QLError {
+    int code;
+    std::uintptr_t data1, data2;
+};
+
+using ZPUncaughtExceptionHandler = void(ZPException *exception);
+
+extern "C" {
+/// Puts a record on the calling thread's chain.
+ZP_EXPORT void _ZPAddHandler(ZPHandlerRecord *handler);
+/// Takes it off, with any later one that was left on the chain.
+ZP_EXPORT void _ZPRemoveHandler(ZPHandlerRecord *handler);
+/// Inside the `catch (...)` of a guarded region: fills the record from the exception being handled,
+/// takes it off the chain and answers the exception object. A C++ exception that is not the
+/// library's is thrown on.
+ZP_EXPORT ZPException *_ZPExceptionObjectFromHandler(ZPHandlerRecord *handler);
+/// Raises a code and two words. Does not return.
+[[noreturn]] ZP_EXPORT void _QLRaiseError(int code, std::uintptr_t data1, std::uintptr_t data2);
+
+/// What an exception that nothing catches goes to, on the raising thread with its stack in place. When it
+/// returns, the process ends.
+ZP_EXPORT ZPUncaughtExceptionHandler *ZPGetUncaughtExceptionHandler();
+ZP_EXPORT void ZPSetUncaughtExceptionHandler(ZPUncaughtExceptionHandler *handler);
+}

@@ -1,0 +1,73 @@
+// String literals: `"text"_zp` is a static string object, ready before any code runs. The text is
+// UTF-8. Text whose characters all lie below U+0080 or in U+00A0 to U+00FF is kept in the 8-bit storage
+// encoding, where such a character is its own value; any other text in 16-bit units.
+#pragma once
+
+#include <Bedrock/platform/ZPMessage.h>
+
+ZP_FORWARD(ZPString);
+
+/// The layout of a literal string object in 8-bit storage.
+struct objc_literal8 {
+    Class isa;
+    const char *bytes;
+    unsigned numBytes;
+};
+
+/// The layout of a literal string object in 16-bit storage.
+struct objc_literal16 {
+    Class isa;
+    const unichar *characters;
+    unsigned numCharacters;
+};
+
+// The class records of ZPConstantString and _ZPConstantUnicodeString, named without their fronts.
+ZP_EXPORT extern objc_classPair ZPConstantStringRecord __asm__("_ZN16ZPConstantString37classRecord_that_ZP_IMPLEMENT_definesE");
+ZP_EXPORT extern objc_classPair ZPConstantUnicodeStringRecord __asm__("_ZN24_ZPConstantUnicodeString37classRecord_that_ZP_IMPLEMENT_definesE");
+
+template <unsigned N> struct objc_literalText {
+    unichar units[N] = {};
+    char bytes[N] = {};
+    unsigned length = 0;
+    bool fits8 = true;
+
+    consteval objc_literalText(const char (&s)[N]) {
+        for (unsigned i = 0; i + 1 < N;) {
+            unsigned b = static_cast<unsigned char>(s[i]);
+            unsigned more = b < 0x80 ? 0 : b < 0xE0 ? 1 : b < 0xF0 ? 2 : 3;
+            unsigned c = more == 0 ? b : more == 1 ? b & 0x1F : more == 2 ? b & 0x0F : b & 0x07;
+            if ((b >= 0x80 && b < 0xC2) || b > 0xF4 || i + more + 1 >= N) throw "the literal is not well-formed UTF-8";
+            for (unsigned k = 1; k <= more; ++k) {
+                unsigned t = static_cast<unsigned char>(s[i + k]);
+                if ((t & 0xC0) != 0x80) throw "the literal is not well-formed UTF-8";
+                c = c << 6 | (t & 0x3F);
+            }
+            i += more + 1;
+            if (!(c < 0x80 || (c >= 0xA0 && c < 0x100))) fits8 = false;
+            if (c >= 0x10000) {
+                units[length++] = unichar(0xD7C0 + (c >> 10));
+                units[length++] = unichar(0xDC00 + (c & 0x3FF));
+            } else {
+                bytes[length] = char(c);
+                units[length++] = unichar(c);
+            }
+        }
+    }
+};
+
+template <objc_literalText Text> struct objc_literal;
+template <objc_literalText Text>
+    requires(Text.fits8)
+struct objc_literal<Text> {
+    static inline constinit objc_literal8 object = {&ZPConstantStringRecord.cls, Text.bytes, Text.length};
+};
+template <objc_literalText Text>
+    requires(!Text.fits8)
+struct objc_literal<Text> {
+    static inline constinit objc_literal16 object = {&ZPConstantUnicodeStringRecord.cls, Text.units, Text.length};
+};
+
+/// `"text"_zp`: a literal string object. Lives as long as the process and ignores counting.
+template <objc_literalText Text> ZP_INLINE ZPString *operator""_zp() {
+    return reinterpret_cast<ZPString *>(&objc_literal<Text>::object);
+}

@@ -1,0 +1,79 @@
+#include <Bedrock/platform/ZPKernel.h>
+
+#include <cerrno>
+#include <cmath>
+#include <ctime>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+void mutex_init(mutex *m) { pthread_mutex_init(&m->native, nullptr); }
+void mutex_clear(mutex *m) { pthread_mutex_destroy(&m->native); }
+void mutex_lock(mutex *m) { pthread_mutex_lock(&m->native); }
+void mutex_unlock(mutex *m) { pthread_mutex_unlock(&m->native); }
+
+void condition_init(condition *c) {
+    pthread_condattr_t attributes;
+    pthread_condattr_init(&attributes);
+    pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+    pthread_cond_init(&c->native, &attributes);
+    pthread_condattr_destroy(&attributes);
+}
+
+void condition_clear(condition *c) { pthread_cond_destroy(&c->native); }
+
+int condition_wait_timeout(condition *c, mutex *m, double seconds) {
+    if (!(seconds < 4e9)) return pthread_cond_wait(&c->native, &m->native) == 0;
+    timespec limit;
+    clock_gettime(CLOCK_MONOTONIC, &limit);
+    double whole = std::floor(seconds > 0 ? seconds : 0);
+    limit.tv_sec += static_cast<time_t>(whole);
+    limit.tv_nsec += static_cast<long>(((seconds > 0 ? seconds : 0) - whole) * 1e9);
+    if (limit.tv_nsec >= 1000000000) {
+        limit.tv_nsec -= 1000000000;
+        ++limit.tv_sec;
+    }
+    return pthread_cond_timedwait(&c->native, &m->native, &limit) != ETIMEDOUT;
+}
+
+void condition_signal(condition *c) { pthread_cond_signal(&c->native); }
+void condition_broadcast(condition *c) { pthread_cond_broadcast(&c->native); }
+
+unsigned long cthread_self() { return static_cast<unsigned long>(pthread_self()); }
+unsigned long cthread_number() { return static_cast<unsigned long>(syscall(SYS_gettid)); }
+
+namespace {
+
+constexpr int maxHooks = 8;
+void (*hooks[maxHooks])(ZPThreadData *);
+
+[[gnu::tls_model("initial-exec")]] thread_local constinit ZPThreadData current{};
+
+void cleanUp(void *) {
+    for (auto &hook : hooks)
+        if (auto *h = __atomic_load_n(&hook, __ATOMIC_ACQUIRE)) h(&current);
+    current.willBeCleaned = NO;
+}
+
+pthread_key_t cleaningKey() {
+    static const pthread_key_t key = [] {
+        pthread_key_t k;
+        pthread_key_create(&k, cleanUp);
+        return k;
+    }();
+    return key;
+}
+
+}  // namespace
+
+ZPThreadData *ZPCurrentThreadData() { return &current; }
+
+void ZPCleanUpThread(void (*hook)(ZPThreadData *)) {
+    for (auto &slot : hooks) {
+        void (*free)(ZPThreadData *) = nullptr;
+        if (__atomic_load_n(&slot, __ATOMIC_ACQUIRE) == hook) break;
+        if (__atomic_compare_exchange_n(&slot, &free, hook, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE) || free == hook) break;
+    }
+    if (current.willBeCleaned) return;
+    pthread_setspecific(cleaningKey(), &current);
+    current.willBeCleaned = YES;
+}

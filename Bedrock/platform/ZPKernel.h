@@ -1,0 +1,43 @@
+// Kernel services: mutexes, conditions with time-outs, and what the library keeps for each thread.
+#pragma once
+
+#include <Bedrock/platform/ZPTypes.h>
+
+#include <pthread.h>
+
+struct mutex { pthread_mutex_t native; };
+struct condition { pthread_cond_t native; };
+
+extern "C" {
+void mutex_init(mutex *m);
+void mutex_clear(mutex *m);
+void mutex_lock(mutex *m);
+void mutex_unlock(mutex *m);
+void condition_init(condition *c);
+void condition_clear(condition *c);
+/// Waits until woken or until `seconds` have passed on the monotonic clock; releases the mutex while it
+/// waits. Non-zero when woken, zero on time-out. Times beyond what the clock holds wait without limit.
+int condition_wait_timeout(condition *c, mutex *m, double seconds);
+void condition_signal(condition *c);
+void condition_broadcast(condition *c);
+
+/// The calling thread's handle.
+unsigned long cthread_self();
+/// The calling thread's number, as the system shows it.
+unsigned long cthread_number();
+}
+
+/// What the library keeps for each thread; any field may be null. Freed, through the hooks of the
+/// subsystems that filled it, when the thread ends.
+struct ZPThreadData {
+    void *autoreleaseRecord;
+    objc_object *thread;
+    void *handlers;  ///< innermost handler record
+    BOOL willBeCleaned;
+};
+
+/// The calling thread's data. Never null, also on threads that the library did not start.
+ZPThreadData *ZPCurrentThreadData();
+/// Has `hook` run with the thread's data when a thread for which this is called ends. Hooks run in
+/// the order in which they were first given; at most 8 different ones exist.
+void ZPCleanUpThread(void (*hook)(ZPThreadData *data));

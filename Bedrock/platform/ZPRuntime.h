@@ -1,0 +1,5 @@
+// The object runtime, whole.
+#pragma once
+
+#include <Bedrock/platform/ZPImplement.h>
+#include <Bedrock/platform/ZPProtocol.h>

@@ -1,0 +1,107 @@
+// The words every file of the library shares: object, class and selector references, flags and
+// character units. Nothing here sends a message.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#define ZP_EXPORT __attribute__((visibility("default")))
+#define ZP_COLD __attribute__((cold, noinline))
+#define ZP_INLINE __attribute__((always_inline)) inline
+
+/// 1 in builds that check every send's C++ types and every conversion from `id`; follows NDEBUG
+/// unless the build says otherwise.
+#ifndef ZP_CHECKED
+#ifdef NDEBUG
+#define ZP_CHECKED 0
+#else
+#define ZP_CHECKED 1
+#endif
+#endif
+
+/// A signed 8-bit flag.
+using BOOL = signed char;
+inline constexpr BOOL YES = 1;
+inline constexpr BOOL NO = 0;
+
+/// One 16-bit Unicode code unit.
+using unichar = char16_t;
+
+struct objc_class;
+struct objc_selector;
+struct ZPObject;
+
+/// A class object.
+using Class = objc_class *;
+
+/// A selector: the address of its own unique, null-terminated text.
+using SEL = const objc_selector *;
+
+/// What every instance begins with.
+struct objc_object {
+    Class isa;
+};
+
+/// The implementation of a method with its C++ type erased; call it only through its real type,
+/// whose first two parameters are the receiver and the selector.
+using IMP = void (*)();
+
+// Which pointers are object references. A complete class answers through its base; a class that is
+// only declared answers through the overload that ZP_FORWARD adds for it.
+std::true_type objc_objectTest(const volatile objc_object *);
+std::false_type objc_objectTest(...);
+
+/// Declares a class of objects without its front, so that a header can name `T *` in a message.
+#define ZP_FORWARD(T)                                                                              \
+    struct T;                                                                                      \
+    std::true_type objc_objectTest(const volatile T *)
+
+ZP_FORWARD(ZPObject);
+
+template <class T> consteval bool objc_isObjectClass() {
+    if constexpr (std::is_class_v<T>) {
+        constexpr bool object = decltype(objc_objectTest(static_cast<T *>(nullptr)))::value;
+        static_assert(object || requires { sizeof(T); },
+                      "a class that is only declared cannot be told from an object class here: include its "
+                      "front, or declare it with ZP_FORWARD");
+        return object;
+    } else {
+        return false;
+    }
+}
+
+template <class T> concept objc_ObjectClass = objc_isObjectClass<std::remove_cv_t<T>>();
+
+/// Stops the process when `object` is not of class T (checked builds).
+template <class T> void objc_checkConversion(objc_object *object);
+
+/// A reference to an object of any class: one pointer, which converts to and from every object
+/// pointer. In checked builds a conversion to a class that the object does not belong to stops the
+/// process with a message that names both. Does not own what it refers to.
+class id {
+    objc_object *_object = nullptr;
+
+  public:
+    constexpr id() = default;
+    constexpr id(std::nullptr_t) {}
+    constexpr id(objc_object *object) : _object(object) {}
+    template <objc_ObjectClass T> id(T *object) : _object((objc_object *)object) {}
+
+    template <objc_ObjectClass T> operator T *() const {
+#if ZP_CHECKED
+        if (_object) objc_checkConversion<T>(_object);
+#endif
+        return (T *)_object;
+    }
+    constexpr objc_object *pointer() const { return _object; }
+    constexpr explicit operator bool() const { return _object != nullptr; }
+    ZPObject *operator->() const { return (ZPObject *)_object; }
+
+    friend constexpr bool operator==(id a, id b) { return a._object == b._object; }
+    friend constexpr bool operator==(id a, std::nullptr_t) { return a._object == nullptr; }
+    template <objc_ObjectClass T> friend bool operator==(id a, T *b) { return a._object == (objc_object *)b; }
+};
+
+/// The text of a selector; the pointer lives as long as the process.
+inline const char *sel_getName(SEL selector) { return reinterpret_cast<const char *>(selector); }

@@ -1,0 +1,184 @@
+// Zones. The default zone is the process heap. A child zone cuts its blocks from arenas of its own:
+// each block has a 16-byte head that holds its size, and freed blocks wait in lists by size class
+// (powers of two). Every arena is entered in one sorted address map, so that the zone of any block
+// is found. Merging a zone only marks it: its arenas stay in the map, and freeing one of its blocks
+// through the default zone puts the block back into the merged zone's lists.
+//
+// A zone's mutex guards its lists and arenas; the map's mutex guards the map. Neither is held while
+// the other is taken, except that a zone enters an arena into the map while it holds its own.
+#include <Bedrock/platform/ZPZone.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t headSize = 16;
+constexpr unsigned classCount = 40;
+
+struct Head {
+    std::size_t size;  ///< usable bytes
+    Head *nextFree;
+};
+
+struct ChildZone : ZPZone {
+    std::mutex mutex;
+    std::size_t granularity;
+    bool canFree;
+    bool merged;
+    char *next, *end;
+    Head *freeBlocks[classCount];
+};
+
+struct Arena {
+    std::uintptr_t begin, end;
+    ChildZone *zone;
+};
+
+struct Map {
+    std::mutex mutex;
+    std::vector<Arena> arenas;
+};
+Map &map() {
+    static Map &m = *new Map;
+    return m;
+}
+unsigned arenaCount;
+
+ChildZone *childZoneOf(const void *pointer) {
+    if (__atomic_load_n(&arenaCount, __ATOMIC_ACQUIRE) == 0) return nullptr;
+    auto address = reinterpret_cast<std::uintptr_t>(pointer);
+    Map &m = map();
+    std::lock_guard lock(m.mutex);
+    auto at = std::upper_bound(m.arenas.begin(), m.arenas.end(), address, [](std::uintptr_t a, const Arena &r) { return a < r.begin; });
+    if (at == m.arenas.begin()) return nullptr;
+    --at;
+    return address < at->end ? at->zone : nullptr;
+}
+
+unsigned classOf(std::size_t size) {
+    unsigned c = 4;
+    while (c < classCount - 1 && (std::size_t(1) << c) < size) ++c;
+    return c;
+}
+
+bool addArena(ChildZone *zone, std::size_t atLeast) {
+    std::size_t page = vm_page_size(), bytes = std::max(zone->granularity, atLeast);
+    bytes = (bytes + page - 1) / page * page;
+    void *pages;
+    if (!vm_allocate(&pages, bytes)) return false;
+    auto begin = reinterpret_cast<std::uintptr_t>(pages);
+    Map &m = map();
+    std::lock_guard lock(m.mutex);
+    Arena arena{begin, begin + bytes, zone};
+    m.arenas.insert(std::upper_bound(m.arenas.begin(), m.arenas.end(), arena, [](const Arena &a, const Arena &b) { return a.begin < b.begin; }), arena);
+    __atomic_add_fetch(&arenaCount, 1, __ATOMIC_RELEASE);
+    zone->next = static_cast<char *>(pages);
+    zone->end = zone->next + bytes;
+    return true;
+}
+
+void *allocateInChild(ZPZone *z, std::size_t size) {
+    auto *zone = static_cast<ChildZone *>(z);
+    if (size > (std::size_t(1) << (classCount - 2))) return nullptr;
+    unsigned c = classOf(size);
+    std::size_t room = std::size_t(1) << c;
+    std::lock_guard lock(zone->mutex);
+    if (Head *head = zone->freeBlocks[c]) {
+        zone->freeBlocks[c] = head->nextFree;
+        return reinterpret_cast<char *>(head) + headSize;
+    }
+    if (std::size_t(zone->end - zone->next) < room + headSize && !addArena(zone, room + headSize)) return nullptr;
+    auto *head = reinterpret_cast<Head *>(zone->next);
+    head->size = room;
+    zone->next += room + headSize;
+    return reinterpret_cast<char *>(head) + headSize;
+}
+
+Head *headOf(void *pointer) { return reinterpret_cast<Head *>(static_cast<char *>(pointer) - headSize); }
+
+void freeInChild(ZPZone *z, void *pointer) {
+    auto *zone = static_cast<ChildZone *>(z);
+    if (!pointer || !zone->canFree) return;
+    Head *head = headOf(pointer);
+    std::lock_guard lock(zone->mutex);
+    unsigned c = classOf(head->size);
+    head->nextFree = zone->freeBlocks[c];
+    zone->freeBlocks[c] = head;
+}
+
+void *reallocateInChild(ZPZone *zone, void *pointer, std::size_t size) {
+    if (!pointer) return allocateInChild(zone, size);
+    std::size_t have = headOf(pointer)->size;
+    if (size <= have) return pointer;
+    void *larger = allocateInChild(zone, size);
+    if (!larger) return nullptr;
+    std::memcpy(larger, pointer, have);
+    freeInChild(zone, pointer);
+    return larger;
+}
+
+void *allocateOnHeap(ZPZone *, std::size_t size) { return std::malloc(size); }
+void freeOnHeap(ZPZone *, void *pointer) {
+    if (ChildZone *zone = childZoneOf(pointer)) freeInChild(zone, pointer);
+    else std::free(pointer);
+}
+void *reallocateOnHeap(ZPZone *, void *pointer, std::size_t size) {
+    if (ChildZone *zone = childZoneOf(pointer)) return reallocateInChild(zone, pointer, size);
+    return std::realloc(pointer, size ? size : 1);
+}
+
+ZPZone heap = {reallocateOnHeap, allocateOnHeap, freeOnHeap, nullptr, nullptr};
+
+}  // namespace
+
+ZPZone *QLDefaultMallocZone() { return &heap; }
+
+ZPZone *QLCreateChildZone(ZPZone *, std::size_t startSize, std::size_t granularity, BOOL canFree) {
+    auto *zone = new ChildZone{};
+    static_cast<ZPZone &>(*zone) = {reallocateInChild, allocateInChild, freeInChild, QLMergeZone, nullptr};
+    zone->granularity = std::max<std::size_t>(granularity, vm_page_size());
+    zone->canFree = canFree;
+    if (!addArena(zone, std::max<std::size_t>(startSize, headSize + 16))) {
+        delete zone;
+        return nullptr;
+    }
+    return zone;
+}
+
+void QLMergeZone(ZPZone *zone) {
+    if (!zone || zone == &heap) return;
+    static_cast<ChildZone *>(zone)->merged = true;
+}
+
+void QLNameZone(ZPZone *zone, const char *name) {
+    if (!zone) zone = &heap;
+    char *copy = name ? strdup(name) : nullptr;
+    std::free(const_cast<char *>(zone->name));
+    zone->name = copy;
+}
+
+ZPZone *QLZoneFromPtr(const void *pointer) {
+    if (!pointer) return nullptr;
+    ChildZone *zone = childZoneOf(pointer);
+    return zone && !zone->merged ? static_cast<ZPZone *>(zone) : &heap;
+}
+
+std::size_t vm_page_size() {
+    static const std::size_t size = sysconf(_SC_PAGESIZE);
+    return size;
+}
+
+BOOL vm_allocate(void **pages, std::size_t bytes) {
+    void *p = bytes ? mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) : MAP_FAILED;
+    if (p == MAP_FAILED) return NO;
+    *pages = p;
+    return YES;
+}
+
+BOOL vm_deallocate(void *pages, std::size_t bytes) { return munmap(pages, bytes) == 0 ? YES : NO; }

@@ -1,0 +1,88 @@
+// Allocation zones, pages and the memory of instances.
+#pragma once
+
+#include <Bedrock/platform/ZPClass.h>
+
+#include <sys/single_threaded.h>
+
+/// An allocation zone. The null zone stands for the default zone everywhere.
+struct ZPZone {
+    void *(*reallocate)(ZPZone *zone, void *pointer, std::size_t size);
+    void *(*allocate)(ZPZone *zone, std::size_t size);
+    void (*free)(ZPZone *zone, void *pointer);
+    void (*destroy)(ZPZone *zone);
+    const char *name;
+};
+
+extern "C" {
+/// The zone on the process heap.
+ZP_EXPORT ZPZone *QLDefaultMallocZone();
+/// A new zone whose blocks come from its own arenas. `canFree` NO: freed blocks are not reused.
+ZP_EXPORT ZPZone *QLCreateChildZone(ZPZone *parent, std::size_t startSize, std::size_t granularity, BOOL canFree);
+/// Ends a child zone; its blocks belong to the default zone from then on.
+ZP_EXPORT void QLMergeZone(ZPZone *zone);
+/// Copies the name.
+ZP_EXPORT void QLNameZone(ZPZone *zone, const char *name);
+/// The zone that a block came from: a child zone, else the default zone; null for null.
+ZP_EXPORT ZPZone *QLZoneFromPtr(const void *pointer);
+
+/// The size of a memory page in bytes.
+ZP_EXPORT std::size_t vm_page_size();
+/// Zero-filled pages; answers NO when there is no memory.
+ZP_EXPORT BOOL vm_allocate(void **pages, std::size_t bytes);
+ZP_EXPORT BOOL vm_deallocate(void *pages, std::size_t bytes);
+
+/// A new instance with `extraBytes` behind its fields: zero-filled, `isa` set, C++ fields constructed.
+ZP_EXPORT objc_object *_zoneAlloc(Class cls, std::size_t extraBytes, ZPZone *zone);
+/// A copy of an instance, C++ fields copied by their copy constructors.
+ZP_EXPORT objc_object *_zoneCopy(objc_object *object, std::size_t extraBytes, ZPZone *zone);
+/// Destroys the C++ fields of an instance and frees it.
+ZP_EXPORT void _dealloc(objc_object *object);
+/// Runs the C++ destructors of an instance's fields and keeps its memory.
+ZP_EXPORT void objc_destroyFields(objc_object *object);
+}
+
+/// What precedes an instance whose class counts in the header.
+struct objc_header {
+    unsigned extraReferences;
+    unsigned inChildZone;
+};
+
+inline objc_header *objc_headerOf(objc_object *object) { return reinterpret_cast<objc_header *>(object) - 1; }
+
+inline constexpr unsigned objc_saturatedCount = 0xFFFFFFFF;
+extern "C" {
+ZP_EXPORT void objc_retainNearLimit(objc_object *object);
+/// Answers whether the object had no extra reference.
+ZP_EXPORT BOOL objc_releaseNearLimit(objc_object *object);
+}
+inline constexpr unsigned objc_nearLimit = 0xFFFFFF00;
+
+/// Adds an extra reference to an instance that counts in its header. Atomic once the process has a
+/// second thread.
+ZP_INLINE void objc_retainInHeader(objc_object *object) {
+    unsigned *count = &objc_headerOf(object)->extraReferences;
+    unsigned now = __atomic_load_n(count, __ATOMIC_RELAXED);
+    if (now >= objc_nearLimit) [[unlikely]] objc_retainNearLimit(object);
+    else if (__libc_single_threaded) __atomic_store_n(count, now + 1, __ATOMIC_RELAXED);
+    else __atomic_fetch_add(count, 1, __ATOMIC_RELAXED);
+}
+
+/// Takes an extra reference away; answers true when there was none, and the caller deallocates.
+ZP_INLINE bool objc_releaseInHeader(objc_object *object) {
+    unsigned *count = &objc_headerOf(object)->extraReferences;
+    unsigned now = __atomic_load_n(count, __ATOMIC_ACQUIRE);
+    if (now == 0) return true;
+    if (now >= objc_nearLimit) [[unlikely]] return objc_releaseNearLimit(object);
+    if (__libc_single_threaded) {
+        __atomic_store_n(count, now - 1, __ATOMIC_RELAXED);
+        return false;
+    }
+    if (__atomic_fetch_sub(count, 1, __ATOMIC_ACQ_REL) != 0) return false;
+    __atomic_store_n(count, 0, __ATOMIC_RELAXED);
+    return true;
+}
+
+inline bool objc_countsInItsHeader(objc_object *object) {
+    return __atomic_load_n(&object->isa->info, __ATOMIC_RELAXED) & objc_countsInHeader;
+}
