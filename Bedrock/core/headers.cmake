@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS ZPLiteral.h ZPRange.h ZPObject.h ZPAllocation.h ZPNames.h ZPAutoreleasePool.h ZPException.h ZPLog.h)
+set(PUBLIC_HEADERS ZPLiteral.h ZPRange.h ZPObject.h ZPProxy.h ZPAllocation.h ZPNames.h ZPAutoreleasePool.h ZPException.h ZPAssertionHandler.h ZPLog.h)

@@ -17,6 +17,11 @@
 
 #include <Bedrock/platform/ZPMessage.h>
 
+// g++ warns of va_list's own attributes wherever it is a template argument.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wignored-attributes"
+#pragma GCC diagnostic ignored "-Wattributes"
+
 #define ZP_JOIN2(a, b) a##b
 #define ZP_JOIN(a, b) ZP_JOIN2(a, b)
 #define ZP_UNIQUE(prefix) ZP_JOIN(prefix, __COUNTER__)
@@ -323,3 +328,5 @@ template <class T> struct objc_super {
         return objc_msgSendSuper<R>(self, T::class_()->superclass, selector, arguments...);
     }
 };
+
+#pragma GCC diagnostic pop

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cmath>
 #include <ctime>
+#include <linux/futex.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -37,6 +38,24 @@ int condition_wait_timeout(condition *c, mutex *m, double seconds) {
 
 void condition_signal(condition *c) { pthread_cond_signal(&c->native); }
 void condition_broadcast(condition *c) { pthread_cond_broadcast(&c->native); }
+
+BOOL cthread_wait(unsigned *word, unsigned value, double seconds) {
+    timespec limit, *at = nullptr;
+    if (seconds >= 0 && seconds < 4e9) {
+        limit.tv_sec = static_cast<time_t>(seconds);
+        limit.tv_nsec = static_cast<long>((seconds - static_cast<double>(limit.tv_sec)) * 1e9);
+        at = &limit;
+    }
+    return syscall(SYS_futex, word, FUTEX_WAIT_PRIVATE, value, at, nullptr, 0) == 0 || errno != ETIMEDOUT;
+}
+
+void cthread_wake(unsigned *word, int count) { syscall(SYS_futex, word, FUTEX_WAKE_PRIVATE, count, nullptr, nullptr, 0); }
+
+double cthread_time() {
+    timespec now;
+    clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<double>(now.tv_sec - 978307200) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
 
 unsigned long cthread_self() { return static_cast<unsigned long>(pthread_self()); }
 unsigned long cthread_number() { return static_cast<unsigned long>(syscall(SYS_gettid)); }

@@ -21,6 +21,14 @@ int condition_wait_timeout(condition *c, mutex *m, double seconds);
 void condition_signal(condition *c);
 void condition_broadcast(condition *c);
 
+/// Sleeps while `*word` is `value`, until woken or until `seconds` (negative: no limit) have passed. Answers
+/// NO on time-out; may wake without cause.
+BOOL cthread_wait(unsigned *word, unsigned value, double seconds);
+/// Wakes up to `count` threads that sleep on the word.
+void cthread_wake(unsigned *word, int count);
+/// Seconds since 2001-01-01 00:00:00 UTC.
+double cthread_time();
+
 /// The calling thread's handle.
 unsigned long cthread_self();
 /// The calling thread's number, as the system shows it.

@@ -12,6 +12,11 @@
 #include <new>
 #include <utility>
 
+// g++ warns of va_list's own attributes wherever it is a template argument.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wignored-attributes"
+#pragma GCC diagnostic ignored "-Wattributes"
+
 template <unsigned N> struct objc_text {
     char text[N];
     consteval objc_text(const char (&s)[N]) {
@@ -186,3 +191,5 @@ template <class R = id> R objc_msgSendv(id receiver, SEL selector, unsigned leng
         return answer.value;
     }
 }
+
+#pragma GCC diagnostic pop

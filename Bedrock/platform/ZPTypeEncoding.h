@@ -5,6 +5,11 @@
 
 #include <cstdarg>
 
+// g++ warns of va_list's own attributes wherever it is a template argument.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wignored-attributes"
+#pragma GCC diagnostic ignored "-Wattributes"
+
 /// Gives a structure its own type string: specialise with `static constexpr char text[] = "{Name=II}";`.
 /// A structure without one is written as that many bytes.
 template <class T> struct objc_structEncoding;
@@ -54,6 +59,7 @@ template <class Q> consteval void objc_encodeType(objc_typeWriter &w) {
     else if constexpr (std::is_reference_v<T>) w.put("^v");
     else if constexpr (std::is_same_v<T, id>) w.put('@');
     else if constexpr (std::is_same_v<T, std::nullptr_t>) w.put("^v");
+    else if constexpr (std::is_same_v<T, std::decay_t<std::va_list>>) w.put("^v");
     else if constexpr (std::is_pointer_v<T>) objc_encodePointer<std::remove_pointer_t<T>>(w);
     else if constexpr (std::is_enum_v<T>) objc_encodeType<std::underlying_type_t<T>>(w);
     else if constexpr (std::is_same_v<T, float>) w.put('f');
@@ -106,3 +112,5 @@ template <class T> constexpr const char *ZPEncode() { return objc_types<T>.text;
 
 /// The type string of a method with result R and arguments A after the receiver and the selector.
 template <class R, class... A> constexpr const char *objc_methodTypes() { return objc_types<R, id, SEL, A...>.text; }
+
+#pragma GCC diagnostic pop

@@ -1,0 +1,117 @@
+// Instances, zones and pages, and the library's start-up.
+#include <Bedrock/core/ZPCore+Internal.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+
+BOOL ZPZombieEnabled, ZPDeallocateZombies, ZPDebugEnabled, ZPKeepAllocationStatistics, ZPKeepZoneStatistics;
+
+static ZPZone *orDefault(ZPZone *zone) { return zone ? zone : QLDefaultMallocZone(); }
+
+void _ZPStartUp() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        struct { const char *name; BOOL *value; } switches[] = {
+            {"ZPZombieEnabled", &ZPZombieEnabled}, {"ZPDeallocateZombies", &ZPDeallocateZombies}, {"ZPDebugEnabled", &ZPDebugEnabled},
+            {"ZPKeepAllocationStatistics", &ZPKeepAllocationStatistics}, {"ZPKeepZoneStatistics", &ZPKeepZoneStatistics},
+        };
+        for (auto &s : switches)
+            if (const char *value = std::getenv(s.name)) *s.value = *value == 'Y' || *value == 'y';
+        QLNameZone(nullptr, "ZPDefaultZone");
+        _ZPReadAutoreleaseSwitches();
+    });
+}
+
+id ZPAllocateObject(Class cls, unsigned extraBytes, ZPZone *zone) {
+    objc_object *object = _zoneAlloc(cls, extraBytes, zone);
+    if (!object) [[unlikely]]
+        ZPException::raise_format(ZPMallocException, "*** out of memory for an instance of class %s"_zp, cls->name);
+    return object;
+}
+
+id ZPCopyObject(id object, unsigned extraBytes, ZPZone *zone) { return _zoneCopy(object.pointer(), extraBytes, zone); }
+
+void ZPDeallocateObject(id object) {
+    if (!object) return;
+    if (ZPZombieEnabled && _ZPMakeZombie(object.pointer())) return;
+    _dealloc(object.pointer());
+}
+
+BOOL ZPShouldRetainWithZone(id object, ZPZone *zone) {
+    if (!zone || zone == QLDefaultMallocZone()) return YES;
+    return QLZoneFromPtr(object.pointer()) == zone;
+}
+
+ZPZone *ZPDefaultMallocZone() { return QLDefaultMallocZone(); }
+
+ZPZone *ZPCreateZone(unsigned startSize, unsigned granularity, BOOL canFree) {
+    return QLCreateChildZone(QLDefaultMallocZone(), startSize ? startSize : ZPPageSize(), granularity ? granularity : ZPPageSize(), canFree);
+}
+
+void ZPRecycleZone(ZPZone *zone) {
+    if (zone && zone != QLDefaultMallocZone()) QLMergeZone(zone);
+}
+
+void ZPSetZoneName(ZPZone *zone, ZPString *name) { QLNameZone(orDefault(zone), _ZPCText(name)); }
+
+ZPString *ZPZoneName(ZPZone *zone) {
+    const char *name = orDefault(zone)->name;
+    return name ? _ZPStringWithCText("%s", name) : ""_zp;
+}
+
+void *ZPZoneMalloc(ZPZone *zone, std::size_t size) {
+    zone = orDefault(zone);
+    return zone->allocate(zone, size);
+}
+
+void *ZPZoneCalloc(ZPZone *zone, std::size_t count, std::size_t size) {
+    std::size_t bytes;
+    if (__builtin_mul_overflow(count, size, &bytes)) return nullptr;
+    void *p = ZPZoneMalloc(zone, bytes);
+    return p ? std::memset(p, 0, bytes) : nullptr;
+}
+
+void *ZPZoneRealloc(ZPZone *zone, void *pointer, std::size_t size) {
+    zone = orDefault(zone);
+    return zone->reallocate(zone, pointer, size);
+}
+
+void ZPZoneFree(ZPZone *zone, void *pointer) {
+    zone = orDefault(zone);
+    zone->free(zone, pointer);
+}
+
+ZPZone *ZPZoneFromPointer(const void *pointer) { return QLZoneFromPtr(pointer); }
+
+unsigned ZPPageSize() { return static_cast<unsigned>(vm_page_size()); }
+
+unsigned ZPLogPageSize() {
+    static const unsigned log = static_cast<unsigned>(ZPLog2(ZPPageSize()));
+    return log;
+}
+
+unsigned ZPRoundUpToMultipleOfPageSize(unsigned bytes) { return (bytes + ZPPageSize() - 1) & ~(ZPPageSize() - 1); }
+unsigned ZPRoundDownToMultipleOfPageSize(unsigned bytes) { return bytes & ~(ZPPageSize() - 1); }
+
+void *ZPAllocateMemoryPages(unsigned bytes) {
+    void *pages;
+    if (!vm_allocate(&pages, bytes))
+        ZPException::raise_format(ZPInvalidArgumentException, "*** ZPAllocateMemoryPages(%d) failed"_zp, bytes);
+    return pages;
+}
+
+void ZPDeallocateMemoryPages(void *pages, unsigned bytes) {
+    if (!vm_deallocate(pages, bytes))
+        ZPException::raise_format(ZPInvalidArgumentException, "*** ZPDeallocateMemoryPages(0x%lx, %d) failed"_zp,
+                                  reinterpret_cast<unsigned long>(pages), bytes);
+}
+
+void ZPCopyMemoryPages(const void *source, void *destination, unsigned bytes) { std::memmove(destination, source, bytes); }
+
+unsigned ZPRealMemoryAvailable() {
+    static const unsigned bytes = ZPHostRealMemory();
+    return bytes;
+}
+
+int ZPLog2(unsigned n) { return n < 2 ? 0 : 31 - __builtin_clz(n); }

@@ -1,0 +1,36 @@
+#include <Bedrock/core/ZPAssertionHandler.h>
+
+#include <Bedrock/core/ZPCore+Internal.h>
+
+ZPString *_ZPAssertionText(const char *text) { return _ZPStringWithCText("%s", text); }
+
+namespace {
+
+struct HandlerMethods : ZPAssertionHandler {
+    void failureInMethod(SEL method, id object, ZPString *file, int line, ZPString *format, std::va_list arguments) {
+        ZPLog("*** Assertion failure in %@, %@:%d"_zp, _ZPFullMethodName(object, method), file, line);
+        ZPException::raise_format_arguments(ZPInternalInconsistencyException, format, arguments);
+    }
+    void failureInFunction(ZPString *function, ZPString *file, int line, ZPString *format, std::va_list arguments) {
+        ZPLog("*** Assertion failure in %@(), %@:%d"_zp, function, file, line);
+        ZPException::raise_format_arguments(ZPInternalInconsistencyException, format, arguments);
+    }
+    static ZPAssertionHandler *currentHandler(Class self) {
+        id thread = objc_msgSend<id>(objc_getClass("ZPThread"), "currentThread"_sel);
+        id dictionary = objc_msgSend<id>(thread, "threadDictionary"_sel);
+        id handler = objc_msgSend<id>(dictionary, "objectForKey:"_sel, id("ZPAssertionHandler"_zp));
+        if (!handler) {
+            handler = objc_msgSend<id>(objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)), "init"_sel);
+            objc_msgSend(dictionary, "setObject:forKey:"_sel, handler, id("ZPAssertionHandler"_zp));
+            handler->release();
+        }
+        return handler;
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPAssertionHandler)
+    .variadic<&HandlerMethods::failureInMethod>("handleFailureInMethod:object:file:lineNumber:description:")
+    .variadic<&HandlerMethods::failureInFunction>("handleFailureInFunction:file:lineNumber:description:")
+    .classMethod<&HandlerMethods::currentHandler>("currentHandler");

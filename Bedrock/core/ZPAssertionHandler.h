@@ -1,0 +1,44 @@
+// Assertions.
+#pragma once
+
+#include <Bedrock/core/ZPException.h>
+
+/// Reports failed assertions: logs where, then raises ZPInternalInconsistencyException. Each thread has
+/// one of its own; a subclass put into the thread's dictionary under "ZPAssertionHandler" takes its place.
+struct ZPAssertionHandler : ZPObject {
+    ZP_CLASS(ZPAssertionHandler)
+    void *_reserved;
+
+    /// The calling thread's handler, made on first request.
+    static ZPAssertionHandler *currentHandler() { return objc_msgSend<ZPAssertionHandler *>(class_(), "currentHandler"_sel); }
+    /// The description is a format and its arguments. Raises.
+    template <class... A>
+    void handleFailureInMethod_object_file_lineNumber_description(SEL method, id object, ZPString *file, int line, ZPString *format, A... arguments) {
+        objc_sendVariadic<void, SEL, id, ZPString *, int, ZPString *>::send(
+            this, "handleFailureInMethod:object:file:lineNumber:description:"_sel, method, object, file, line, format, arguments...);
+    }
+    template <class... A>
+    void handleFailureInFunction_file_lineNumber_description(ZPString *function, ZPString *file, int line, ZPString *format, A... arguments) {
+        objc_sendVariadic<void, ZPString *, ZPString *, int, ZPString *>::send(
+            this, "handleFailureInFunction:file:lineNumber:description:"_sel, function, file, line, format, arguments...);
+    }
+};
+
+/// Raises ZPInternalInconsistencyException, with the formatted text as reason, unless the condition holds;
+/// nothing when NDEBUG is defined and ZP_BLOCK_ASSERTIONS is too.
+#ifdef ZP_BLOCK_ASSERTIONS
+#define ZPCAssert(condition, ...) ((void)0)
+#define ZPAssert(condition, selector, ...) ((void)0)
+#else
+#define ZPCAssert(condition, ...)                                                                  \
+    ((condition) ? (void)0                                                                         \
+                 : ::ZPAssertionHandler::currentHandler()->handleFailureInFunction_file_lineNumber_description( \
+                       ::_ZPAssertionText(__func__), ::_ZPAssertionText(__FILE__), __LINE__, __VA_ARGS__))
+/// The same inside a method, which names its selector.
+#define ZPAssert(condition, selector, ...)                                                         \
+    ((condition) ? (void)0                                                                         \
+                 : ::ZPAssertionHandler::currentHandler()->handleFailureInMethod_object_file_lineNumber_description( \
+                       selector, this, ::_ZPAssertionText(__FILE__), __LINE__, __VA_ARGS__))
+#endif
+
+extern "C" ZP_EXPORT ZPString *_ZPAssertionText(const char *text);

@@ -1,0 +1,423 @@
+// Autorelease pools. Each thread has one record, made on first need:
+//
+//   levels[depth]   one a pushed pool, outermost first: where it begins (page and slot) and the
+//                   ZPAutoreleasePool object that fronts it, or null
+//   pages           a chain of memory pages from the oldest to the current; objects fill them in
+//                   order, so a pool is a run of slots that ends where the following pool begins
+//   spare pages     emptied pages, kept until the outermost pool goes
+//   spare pools     up to four idle pool objects
+//
+// Only its own thread touches a record; nothing is locked.
+#include <Bedrock/core/ZPCore+Internal.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cxxabi.h>
+
+namespace {
+
+struct Page {
+    Page *newer, *older;
+    std::uintptr_t count;
+    objc_object *slots[];
+};
+
+struct Level {
+    unsigned start;
+    Page *page;
+    ZPAutoreleasePool *pool;
+};
+
+struct Settings {
+    unsigned mark, resolution;
+    BOOL releaseEnabled, freedCheck;
+};
+
+constexpr unsigned sparePoolCount = 4;
+
+struct Record {
+    Page *page;
+    unsigned objectCount;
+    Settings settings;
+    BOOL reporting;
+    Page *sparePages;
+    ZPAutoreleasePool *sparePools[sparePoolCount];
+    unsigned capacity, depth;
+    Level levels[];
+};
+
+Settings initialSettings = {0, 0, YES, NO};
+unsigned totalCount;
+
+unsigned slotsPerPage() {
+    static const unsigned slots = (ZPPageSize() - sizeof(Page)) / sizeof(objc_object *);
+    return slots;
+}
+
+std::size_t sizeOfRecord(unsigned capacity) { return sizeof(Record) + capacity * sizeof(Level); }
+
+Record *&slotOfThread() { return reinterpret_cast<Record *&>(ZPCurrentThreadData()->autoreleaseRecord); }
+
+void popOnThreadExit(ZPThreadData *) { ZPPopAutoreleasePool(0); }
+
+Record *makeRecord() {
+    auto *r = static_cast<Record *>(ZPZoneCalloc(nullptr, 1, sizeOfRecord(8)));
+    if (!r) ZPException::raise_format(ZPMallocException, "*** out of memory for an autorelease pool"_zp);
+    r->settings = initialSettings;
+    r->capacity = 8;
+    slotOfThread() = r;
+    ZPCleanUpThread(popOnThreadExit);
+    return r;
+}
+
+Record *record() {
+    Record *r = slotOfThread();
+    return r ? r : makeRecord();
+}
+
+Record *growLevels(Record *r) {
+    unsigned larger = r->capacity * 2;
+    auto *moved = static_cast<Record *>(ZPZoneRealloc(nullptr, r, sizeOfRecord(larger)));
+    if (!moved) ZPException::raise_format(ZPMallocException, "*** out of memory for an autorelease pool"_zp);
+    std::memset(moved->levels + moved->capacity, 0, (larger - moved->capacity) * sizeof(Level));
+    moved->capacity = larger;
+    slotOfThread() = moved;
+    return moved;
+}
+
+ZP_COLD void addPage(Record *r) {
+    Page *page = r->sparePages;
+    if (page) r->sparePages = page->older;
+    else page = static_cast<Page *>(ZPAllocateMemoryPages(ZPPageSize()));
+    page->count = 0;
+    page->newer = nullptr;
+    page->older = r->page;
+    if (r->page) r->page->newer = page;
+    r->page = page;
+}
+
+void noteHighWater(Record *r) {
+    unsigned n = r->objectCount, m = r->settings.mark, step = r->settings.resolution;
+    if (n >= m && (step == 0 ? n == m : (n - m) % step == 0)) _ZPAutoreleaseHighWaterLog(n);
+}
+
+BOOL isFreed(objc_object *object) { return object && (!object->isa || _ZPIsZombie(object)); }
+
+void releaseObject(objc_object *object) {
+    if (__atomic_load_n(&object->isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) {
+        if (objc_releaseInHeader(object)) objc_msgSendUnchecked<void>(object, "dealloc"_sel);
+    } else {
+        objc_msgSendUnchecked<void>(object, "release"_sel);
+    }
+}
+
+// One pass over what the level holds, newest first; answers how many objects it met. A release may
+// record more objects, which the following pass takes, and may move the record.
+unsigned releasePass(Page *startPage, unsigned startIndex, const Settings &settings) {
+    Record *r = slotOfThread();
+    unsigned met = 0;
+    // Counts what was met also when a release raises.
+    struct Subtract {
+        unsigned &met;
+        ~Subtract() {
+            if (Record *now = slotOfThread()) now->objectCount -= met;
+        }
+    } subtract{met};
+    Page *page = r->page;
+    while (page->count == 0 && page != startPage) page = page->older;
+    unsigned limit = page == startPage ? startIndex : 0;
+    while (page->count > limit) {
+        objc_object *object = page->slots[--page->count];
+        ++met;
+        if (settings.freedCheck && isFreed(object)) _ZPAutoreleaseFreedObject(object);
+        else if (settings.releaseEnabled) releaseObject(object);
+    }
+    return met;
+}
+
+void reportException(ZPException *e) {
+    Record *r = slotOfThread();
+    if (r->reporting || !e) {
+        _ZPBasicStdErrLog("*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool\n");
+        return;
+    }
+    r->reporting = YES;
+    try {
+        ZPLog("*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool: %@ %@\n"_zp, e->name(), e);
+    } catch (ZPException *) {
+        _ZPBasicStdErrLog("*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool\n");
+    }
+    if ((r = slotOfThread())) r->reporting = NO;
+}
+
+void releasePages(Page *page) {
+    while (page) {
+        Page *older = page->older;
+        ZPDeallocateMemoryPages(page, ZPPageSize());
+        page = older;
+    }
+}
+
+}  // namespace
+
+unsigned ZPPushAutoreleasePool(unsigned) {
+    Record *r = record();
+    if (r->depth >= r->capacity) r = growLevels(r);
+    if (!r->page) addPage(r);
+    r->levels[r->depth] = {unsigned(r->page->count), r->page, nullptr};
+    return r->depth++;
+}
+
+void ZPAutoreleaseObject(id object) {
+    if (!object) return;
+    Record *r = slotOfThread();
+    if (!r || r->depth == 0) [[unlikely]] {
+        _ZPAutoreleaseNoPool(object);
+        return;
+    }
+    if (r->page->count == slotsPerPage()) [[unlikely]] addPage(r);
+    r->page->slots[r->page->count++] = object.pointer();
+    ++r->objectCount;
+    __atomic_store_n(&totalCount, __atomic_load_n(&totalCount, __ATOMIC_RELAXED) + 1, __ATOMIC_RELAXED);
+    if (r->settings.mark) [[unlikely]] noteHighWater(r);
+}
+
+void ZPPopAutoreleasePool(unsigned token) {
+    Record *r = slotOfThread();
+    if (!r || !r->page || r->depth <= token) return;
+    Page *startPage = r->levels[token].page;
+    unsigned startIndex = r->levels[token].start;
+    Settings settings = r->settings;
+    try {
+        while (releasePass(startPage, startIndex, settings)) {}
+    } catch (ZPException *e) {
+        reportException(e);
+    } catch (abi::__forced_unwind &) {
+        throw;
+    } catch (...) {
+        reportException(nullptr);
+    }
+    r = slotOfThread();
+    if (!r) return;  // a release popped every pool
+    unsigned spare = 0;
+    for (unsigned i = token; i < r->capacity; ++i) {
+        if (ZPAutoreleasePool *pool = r->levels[i].pool) {
+            while (spare < sparePoolCount && r->sparePools[spare]) ++spare;
+            if (spare < sparePoolCount) r->sparePools[spare] = pool;
+            else ZPDeallocateObject(pool);
+        }
+        r->levels[i] = {};
+    }
+    r->depth = token;
+    while (r->page->count == 0 && r->page->older) {
+        Page *page = r->page;
+        r->page = page->older;
+        r->page->newer = nullptr;
+        std::memset(page->slots, 0, slotsPerPage() * sizeof(objc_object *));
+        page->newer = nullptr;
+        page->older = r->sparePages;
+        r->sparePages = page;
+    }
+    // Slots above the count are zero except those this pop has emptied.
+    Page *page = r->page;
+    for (unsigned i = page->count; i < slotsPerPage() && page->slots[i]; ++i) page->slots[i] = nullptr;
+    if (token == 0) {
+        slotOfThread() = nullptr;
+        releasePages(r->page);
+        releasePages(r->sparePages);
+        for (ZPAutoreleasePool *pool : r->sparePools) ZPDeallocateObject(pool);
+        ZPZoneFree(nullptr, r);
+    }
+}
+
+void _ZPAutoreleaseNoPool(id object) {
+    ZPLog("*** _ZPAutoreleaseNoPool(): Object 0x%lx of class %s autoreleased with no pool in place - just leaking\n"_zp,
+          reinterpret_cast<unsigned long>(object.pointer()), object.pointer()->isa->name);
+}
+
+void _ZPAutoreleaseFreedObject(id object) {
+    _ZPBasicStdErrLog("*** _ZPAutoreleaseFreedObject(): release of previously deallocated object (0x%lx) ignored\n",
+                      reinterpret_cast<unsigned long>(object.pointer()));
+}
+
+void _ZPAutoreleaseHighWaterLog(unsigned count) {
+    _ZPBasicStdErrLog("*** _ZPAutoreleaseHighWaterLog(): %d objects in top autorelease pool\n", count);
+}
+
+unsigned ZPAutoreleasePoolCount() {
+    Record *r = slotOfThread();
+    return r ? r->objectCount : 0;
+}
+
+namespace {
+
+// The objects of a level: from its start to the start of the following level, or to the end.
+template <class F> void eachSlotOfLevel(Record *r, unsigned level, F &&visit) {
+    Page *endPage = level + 1 < r->depth ? r->levels[level + 1].page : r->page;
+    unsigned end = level + 1 < r->depth ? r->levels[level + 1].start : unsigned(r->page->count);
+    Page *page = endPage;
+    for (unsigned i = end;; i = unsigned(page->count)) {
+        unsigned limit = page == r->levels[level].page ? r->levels[level].start : 0;
+        while (i > limit) visit(page->slots[--i]);
+        if (page == r->levels[level].page) return;
+        page = page->older;
+    }
+}
+
+}  // namespace
+
+unsigned ZPTopAutoreleasePoolCount() {
+    Record *r = slotOfThread();
+    if (!r || r->depth == 0) return 0;
+    unsigned n = 0;
+    eachSlotOfLevel(r, r->depth - 1, [&](objc_object *) { ++n; });
+    return n;
+}
+
+unsigned ZPAutoreleasePoolCountForObject(id object) {
+    Record *r = slotOfThread();
+    unsigned n = 0;
+    if (r)
+        for (Page *page = r->page; page; page = page->older)
+            for (unsigned i = 0; i < page->count; ++i) n += page->slots[i] == object.pointer();
+    return n;
+}
+
+void ZPPrintAutoreleasePools() {
+    auto write = [](const char *format, auto... arguments) {
+        char line[512];
+        int n = std::snprintf(line, sizeof line, format, arguments...);
+        ZPHostWriteStandardError(line, n < int(sizeof line) ? n : sizeof line - 1);
+    };
+    Record *r = slotOfThread();
+    if (!r || r->depth == 0) {
+        write("%s", "No autorelease pools.\n");
+        return;
+    }
+    for (unsigned level = r->depth; level-- > 0;) {
+        unsigned n = 0;
+        eachSlotOfLevel(r, level, [&](objc_object *) { ++n; });
+        write("Pool (level = %d): %d objects ====================\n", r->depth - 1 - level, n);
+        eachSlotOfLevel(r, level, [&](objc_object *object) {
+            write("\t0x%lx (%s)\n", reinterpret_cast<unsigned long>(object), object->isa->name);
+        });
+    }
+}
+
+void _ZPReadAutoreleaseSwitches() {
+    auto begins = [](const char *name, const char *letters) {
+        const char *value = std::getenv(name);
+        return value && *value && std::strchr(letters, *value);
+    };
+    if (begins("ZPEnableAutoreleasePool", "Nn")) record()->settings.releaseEnabled = NO;
+    if (const char *value = std::getenv("ZPAutoreleaseHighWaterMark")) record()->settings.mark = std::strtoul(value, nullptr, 10);
+    if (const char *value = std::getenv("ZPAutoreleaseHighWaterResolution")) record()->settings.resolution = std::strtoul(value, nullptr, 10);
+    if (begins("ZPAutoreleaseFreedObjectCheckEnabled", "Yy") || begins("ZPEnableDoubleReleaseCheck", "Yy")) record()->settings.freedCheck = YES;
+}
+
+namespace {
+
+struct PoolMethods : ZPAutoreleasePool {
+    id init() { return ZPAutoreleasePool::initWithCapacity(0); }
+    ZPAutoreleasePool *initWithCapacity(unsigned capacity) {
+        unsigned token = ZPPushAutoreleasePool(capacity);
+        _token = token;
+        slotOfThread()->levels[token].pool = this;
+        return this;
+    }
+
+    // The new object is recorded in the innermost pool and then changes places with the first object
+    // of each inner pool, from the innermost outward, so that every other object stays in its pool.
+    void addObject(id object) {
+        if (!object) return;
+        Record *r = slotOfThread();
+        if (!r || r->depth == 0 || _token >= r->depth) {
+            _ZPAutoreleaseNoPool(object);
+            return;
+        }
+        ZPAutoreleaseObject(object);
+        Page *destinationPage = r->page;
+        unsigned destination = unsigned(r->page->count) - 1;
+        for (unsigned level = r->depth - 1; level > _token; --level) {
+            Level &l = r->levels[level];
+            if (l.start == slotsPerPage()) {  // the level began where a page was full
+                l.page = l.page->newer;
+                l.start = 0;
+            }
+            destinationPage->slots[destination] = l.page->slots[l.start];
+            destinationPage = l.page;
+            destination = l.start;
+            if (++l.start == slotsPerPage()) {
+                if (!l.page->newer) addPage(r);
+                l.page = l.page->newer;
+                l.start = 0;
+            }
+        }
+        destinationPage->slots[destination] = object.pointer();
+    }
+
+    void release() { ZPPopAutoreleasePool(unsigned(_token)); }
+    id retain() { ZPException::raise_format(ZPInvalidArgumentException, "%@: Cannot retain an autorelease pool"_zp, _ZPMethodExceptionProem(this, "retain"_sel)); }
+    id autorelease() {
+        ZPException::raise_format(ZPInvalidArgumentException, "%@: Cannot autorelease an autorelease pool"_zp, _ZPMethodExceptionProem(this, "autorelease"_sel));
+    }
+    unsigned retainCount() { return 1; }
+    void dealloc() { ZPLog("%@: WARNING: Do not call this method directly.\n"_zp, _ZPMethodExceptionProem(this, "dealloc"_sel)); }
+};
+
+struct PoolClassMethods {
+    static id allocWithZone(Class self, ZPZone *) {
+        for (ZPAutoreleasePool *&spare : record()->sparePools)
+            if (spare) {
+                ZPAutoreleasePool *pool = spare;
+                spare = nullptr;
+                return pool;
+            }
+        return ZPAllocateObject(self, 0, nullptr);
+    }
+    static void addObject(id object) { ZPAutoreleaseObject(object); }
+    static void releaseAllPools() { ZPPopAutoreleasePool(0); }
+    static void showPools() { ZPPrintAutoreleasePools(); }
+    static void showPoolsWith(id) { ZPPrintAutoreleasePools(); }
+    static unsigned count() { return ZPAutoreleasePoolCount(); }
+    static unsigned topCount() { return ZPTopAutoreleasePoolCount(); }
+    static void enableRelease(BOOL enable) { record()->settings.releaseEnabled = enable; }
+    static void enableFreedObjectCheck(BOOL enable) { record()->settings.freedCheck = enable; }
+    static unsigned mark() { return slotOfThread() ? slotOfThread()->settings.mark : 0; }
+    static void setMark(unsigned mark) { record()->settings.mark = mark; }
+    static unsigned resolution() { return slotOfThread() ? slotOfThread()->settings.resolution : 0; }
+    static void setResolution(unsigned step) { record()->settings.resolution = step; }
+    static void setThreshold(unsigned value) { record()->settings.mark = record()->settings.resolution = value; }
+    static unsigned total() { return __atomic_load_n(&totalCount, __ATOMIC_RELAXED); }
+    static void resetTotal() { __atomic_store_n(&totalCount, 0, __ATOMIC_RELAXED); }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPAutoreleasePool)
+    .method<&PoolMethods::init>("init")
+    .method<&PoolMethods::initWithCapacity>("initWithCapacity:")
+    .method<&PoolMethods::addObject>("addObject:")
+    .method<&PoolMethods::release>("release")
+    .method<&PoolMethods::retain>("retain")
+    .method<&PoolMethods::autorelease>("autorelease")
+    .method<&PoolMethods::retainCount>("retainCount")
+    .method<&PoolMethods::dealloc>("dealloc")
+    .classMethod<&PoolClassMethods::allocWithZone>("allocWithZone:")
+    .plainClassMethod<&PoolClassMethods::addObject>("addObject:")
+    .plainClassMethod<&PoolClassMethods::releaseAllPools>("releaseAllPools")
+    .plainClassMethod<&PoolClassMethods::showPools>("showPools")
+    .plainClassMethod<&PoolClassMethods::showPoolsWith>("showPoolsWithObjectIdenticalTo:")
+    .plainClassMethod<&PoolClassMethods::count>("autoreleasedObjectCount")
+    .plainClassMethod<&PoolClassMethods::topCount>("topAutoreleasePoolCount")
+    .plainClassMethod<&PoolClassMethods::enableRelease>("enableRelease:")
+    .plainClassMethod<&PoolClassMethods::enableFreedObjectCheck>("enableFreedObjectCheck:")
+    .plainClassMethod<&PoolClassMethods::enableFreedObjectCheck>("enableDoubleReleaseCheck:")
+    .plainClassMethod<&PoolClassMethods::mark>("poolCountHighWaterMark")
+    .plainClassMethod<&PoolClassMethods::setMark>("setPoolCountHighWaterMark:")
+    .plainClassMethod<&PoolClassMethods::resolution>("poolCountHighWaterResolution")
+    .plainClassMethod<&PoolClassMethods::setResolution>("setPoolCountHighWaterResolution:")
+    .plainClassMethod<&PoolClassMethods::setThreshold>("setPoolCountThreshold:")
+    .plainClassMethod<&PoolClassMethods::total>("totalAutoreleasedObjects")
+    .plainClassMethod<&PoolClassMethods::resetTotal>("resetTotalAutoreleasedObjects");

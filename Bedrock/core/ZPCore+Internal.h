@@ -1,0 +1,30 @@
+// What the core's own files share.
+#pragma once
+
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/core/ZPNames.h>
+#include <Bedrock/core/ZPObject.h>
+#include <Bedrock/platform/ZPHost.h>
+#include <Bedrock/platform/ZPKernel.h>
+
+/// An autoreleased string of a formatted C text.
+ZPString *_ZPStringWithCText(const char *format, ...) __attribute__((format(printf, 1, 2)));
+/// The pointer of a string's `-cString`.
+const char *_ZPCText(ZPString *string);
+
+/// Names the default zone, reads the debug switches; once, from `+initialize` of either root class.
+void _ZPStartUp();
+/// The autorelease switches of the environment, for the starting thread.
+void _ZPReadAutoreleaseSwitches();
+/// YES when the object's class is one of the zombie classes.
+BOOL _ZPIsZombie(objc_object *object);
+/// Turns a dead instance into a zombie; answers NO when its memory is to be freed all the same.
+BOOL _ZPMakeZombie(objc_object *object);
+/// The root classes' answer to a message that is not implemented.
+void _ZPForward(objc_object *self, SEL selector, objc_frame *frame);
+/// Searches protocols, then method lists.
+const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector);
+BOOL _ZPConforms(Class cls, Protocol *protocol);

@@ -1,0 +1,210 @@
+// Exceptions and handler records. A raise throws the exception object's pointer, so C++ unwinding does
+// the transfer; when no frame catches it, the C++ runtime calls the terminate handler before anything is
+// unwound, and from there the exception goes to the uncaught-exception handler.
+#include <Bedrock/core/ZPCore+Internal.h>
+
+#include <cstdio>
+#include <cxxabi.h>
+#include <exception>
+#include <string>
+
+constexpr int exceptionCode = 100000;
+
+#define ZP_DEFINE_NAME(Name, Text) ZPString *const Name = Text##_zp
+ZP_DEFINE_NAME(ZPGenericException, "ZPGenericException");
+ZP_DEFINE_NAME(ZPInvalidArgumentException, "ZPInvalidArgumentException");
+ZP_DEFINE_NAME(ZPInternalInconsistencyException, "ZPInternalInconsistencyException");
+ZP_DEFINE_NAME(ZPRangeException, "ZPRangeException");
+ZP_DEFINE_NAME(ZPMallocException, "ZPMallocException");
+ZP_DEFINE_NAME(ZPOldStyleException, "ZPOldStyleException");
+ZP_DEFINE_NAME(ZPParseErrorException, "ZPParseErrorException");
+ZP_DEFINE_NAME(ZPCharacterConversionException, "ZPCharacterConversionException");
+ZP_DEFINE_NAME(ZPInconsistentArchiveException, "ZPArchiverArchiveInconsistency");
+ZP_DEFINE_NAME(ZPFileHandleOperationException, "ZPFileHandleOperationException");
+ZP_DEFINE_NAME(ZPPosixFileOperationException, "ZPFileHandleOperationException");
+ZP_DEFINE_NAME(ZPDecimalNumberDivideByZeroException, "ZPDecimalNumberDivideByZeroException");
+ZP_DEFINE_NAME(ZPDecimalNumberExactnessException, "ZPDecimalNumberExactnessException");
+ZP_DEFINE_NAME(ZPDecimalNumberOverflowException, "ZPDecimalNumberOverflowException");
+ZP_DEFINE_NAME(ZPDecimalNumberUnderflowException, "ZPDecimalNumberUnderflowException");
+ZP_DEFINE_NAME(ZPDestinationInvalidException, "ZPDestinationInvalidException");
+ZP_DEFINE_NAME(ZPFailedAuthenticationException, "ZPFailedAuthenticationException");
+ZP_DEFINE_NAME(ZPInvalidReceivePortException, "ZPInvalidReceivePortException");
+ZP_DEFINE_NAME(ZPInvalidSendPortException, "ZPInvalidSendPortException");
+ZP_DEFINE_NAME(ZPObjectInaccessibleException, "ZPObjectInaccessibleException");
+ZP_DEFINE_NAME(ZPObjectNotAvailableException, "ZPObjectNotAvailableException");
+ZP_DEFINE_NAME(ZPPortReceiveException, "ZPPortReceiveException");
+ZP_DEFINE_NAME(ZPPortSendException, "ZPPortSendException");
+ZP_DEFINE_NAME(ZPPortTimeoutException, "ZPPortTimeoutException");
+
+namespace {
+
+ZPUncaughtExceptionHandler *uncaughtHandler;
+std::terminate_handler otherTerminate;
+
+ZPHandlerRecord *&chain() { return reinterpret_cast<ZPHandlerRecord *&>(ZPCurrentThreadData()->handlers); }
+
+void topLevelHandler(ZPException *exception) {
+    void *addresses[64];
+    int n = ZPHostCallStack(addresses, 64);
+    std::string stack;
+    char address[32];
+    for (int i = 0; i < n; ++i) {
+        std::snprintf(address, sizeof address, "%s0x%lx", i ? " " : "", reinterpret_cast<unsigned long>(addresses[i]));
+        stack += address;
+    }
+    unsigned pool = ZPPushAutoreleasePool(0);
+    ZPLog("*** Uncaught exception: <%@> %@\nstack: %@\nexiting!"_zp, exception->name(), exception->reason(), _ZPStringWithCText("%s", stack.c_str()));
+    ZPPopAutoreleasePool(pool);
+    ZPHostCrash();
+}
+
+// The C++ runtime's terminate handler: takes what is the library's, passes the rest on.
+void terminate() {
+    if (std::current_exception()) {
+        try {
+            throw;
+        } catch (ZPException *exception) {
+            if (auto *handler = __atomic_load_n(&uncaughtHandler, __ATOMIC_ACQUIRE)) {
+                handler(exception);
+                ZPHostCrash();
+            }
+        } catch (...) {
+        }
+    }
+    if (otherTerminate) otherTerminate();
+    ZPHostCrash();
+}
+
+void installTerminate() {
+    static const bool once = (otherTerminate = std::set_terminate(terminate), true);
+    (void)once;
+}
+
+struct ExceptionMethods : ZPException {
+    id init() {
+        objc_super<ZPException>(this).send("dealloc"_sel);
+        return nullptr;
+    }
+    ZPException *initWithName(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
+        auto copy = [](ZPString *s) { return (ZPString *)objc_msgSend<id>(id((objc_object *)s), "copyWithZone:"_sel, static_cast<ZPZone *>(nullptr)).pointer(); };
+        _name = copy(name);
+        _reason = copy(reason);
+        _userInfo = (ZPDictionary *)objc_msgSend<id>(id((objc_object *)userInfo), "retain"_sel).pointer();
+        return this;
+    }
+    void dealloc() {
+        for (void *field : {static_cast<void *>(_name), static_cast<void *>(_reason), static_cast<void *>(_userInfo)})
+            objc_msgSend(id(static_cast<objc_object *>(field)), "release"_sel);
+        objc_super<ZPException>(this).send("dealloc"_sel);
+    }
+    ZPString *name() { return _name; }
+    ZPString *reason() { return _reason; }
+    ZPDictionary *userInfo() { return _userInfo; }
+    ZPString *description() { return _reason; }
+    void raise() { throw static_cast<ZPException *>(this); }
+    BOOL isEqual(id other) {
+        if (!other || other.pointer()->isa != isa) return NO;
+        return objc_msgSend<BOOL>(id((objc_object *)objc_msgSend<ZPString *>(other, "name"_sel)), "isEqual:"_sel, id((objc_object *)_name));
+    }
+    unsigned hash() { return objc_msgSend<unsigned>(id((objc_object *)_name), "hash"_sel); }
+    id copyWithZone(ZPZone *) { return ZPObject::retain(); }
+};
+
+struct ExceptionClassMethods {
+    static void initialize(Class self) {
+        if (self != ZPException::class_()) return;
+        installTerminate();
+        ZPUncaughtExceptionHandler *none = nullptr;
+        __atomic_compare_exchange_n(&uncaughtHandler, &none, &topLevelHandler, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
+    }
+    static ZPException *make(Class self, ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
+        id exception = objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr));
+        return objc_msgSend<id>(objc_msgSend<ZPException *>(exception, "initWithName:reason:userInfo:"_sel, name, reason, userInfo), "autorelease"_sel);
+    }
+    static void raiseFormat(Class self, ZPString *name, ZPString *format, std::va_list arguments) {
+        objc_msgSend(self, "raise:format:arguments:"_sel, name, format, arguments);
+    }
+    static void raiseFormatArguments(Class self, ZPString *name, ZPString *format, std::va_list arguments) {
+        id string = objc_msgSend<id>(objc_getClass("ZPString"), "alloc"_sel);
+        string = objc_msgSend<id>(string, "initWithFormat:arguments:"_sel, format, arguments);
+        objc_msgSend<id>(string, "autorelease"_sel);
+        objc_msgSend<ZPException *>(self, "exceptionWithName:reason:userInfo:"_sel, name, (ZPString *)string.pointer(),
+                                    static_cast<ZPDictionary *>(nullptr))->raise();
+    }
+};
+
+// The user information of a raise by code, when the process has number and dictionary objects.
+ZPDictionary *oldStyleInfo(const QLError &e) {
+    Class numbers = objc_getClass("ZPNumber"), values = objc_getClass("ZPValue"), dictionaries = objc_getClass("ZPDictionary");
+    if (!numbers || !values || !dictionaries) return nullptr;
+    auto pointer = [&](std::uintptr_t data) { return objc_msgSend<id>(values, "valueWithPointer:"_sel, reinterpret_cast<const void *>(data)); };
+    id objects[] = {objc_msgSend<id>(numbers, "numberWithInt:"_sel, e.code), pointer(e.data1), pointer(e.data2)};
+    id keys[] = {id("OldCode"_zp), id("OldData1"_zp), id("OldData2"_zp)};
+    return (ZPDictionary *)objc_msgSend<id>(dictionaries, "dictionaryWithObjects:forKeys:count:"_sel, static_cast<const id *>(objects),
+                                            static_cast<const id *>(keys), 3u).pointer();
+}
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPException)
+    .method<&ExceptionMethods::init>("init")
+    .method<&ExceptionMethods::initWithName>("initWithName:reason:userInfo:")
+    .method<&ExceptionMethods::dealloc>("dealloc")
+    .method<&ExceptionMethods::name>("name")
+    .method<&ExceptionMethods::reason>("reason")
+    .method<&ExceptionMethods::userInfo>("userInfo")
+    .method<&ExceptionMethods::description>("description")
+    .method<&ExceptionMethods::raise>("raise")
+    .method<&ExceptionMethods::isEqual>("isEqual:")
+    .method<&ExceptionMethods::hash>("hash")
+    .method<&ExceptionMethods::copyWithZone>("copyWithZone:")
+    .classMethod<&ExceptionClassMethods::initialize>("initialize")
+    .classMethod<&ExceptionClassMethods::make>("exceptionWithName:reason:userInfo:")
+    .variadicClassMethod<&ExceptionClassMethods::raiseFormat>("raise:format:")
+    .classMethod<&ExceptionClassMethods::raiseFormatArguments>("raise:format:arguments:");
+
+void _ZPAddHandler(ZPHandlerRecord *handler) {
+    handler->enclosing = chain();
+    handler->code = 0;
+    handler->data1 = handler->data2 = 0;
+    chain() = handler;
+}
+
+void _ZPRemoveHandler(ZPHandlerRecord *handler) {
+    for (ZPHandlerRecord *h = chain(); h; h = h->enclosing)
+        if (h == handler) {
+            chain() = handler->enclosing;
+            return;
+        }
+}
+
+ZPException *_ZPExceptionObjectFromHandler(ZPHandlerRecord *handler) {
+    _ZPRemoveHandler(handler);
+    if (handler->code == 0) {
+        try {
+            throw;
+        } catch (ZPException *exception) {
+            handler->code = exceptionCode;
+            handler->data1 = reinterpret_cast<std::uintptr_t>(exception);
+        } catch (QLError &e) {
+            handler->code = e.code;
+            handler->data1 = e.data1;
+            handler->data2 = e.data2;
+        }
+    }
+    if (handler->code == exceptionCode) return reinterpret_cast<ZPException *>(handler->data1);
+    ZPString *reason = _ZPStringWithCText("Old style exception with code %d was raised with data (%lx, %lx)", handler->code, handler->data1, handler->data2);
+    return ZPException::exceptionWithName_reason_userInfo(ZPOldStyleException, reason, oldStyleInfo({handler->code, handler->data1, handler->data2}));
+}
+
+void _QLRaiseError(int code, std::uintptr_t data1, std::uintptr_t data2) {
+    if (code == exceptionCode) throw reinterpret_cast<ZPException *>(data1);
+    throw QLError{code, data1, data2};
+}
+
+ZPUncaughtExceptionHandler *ZPGetUncaughtExceptionHandler() { return __atomic_load_n(&uncaughtHandler, __ATOMIC_ACQUIRE); }
+
+void ZPSetUncaughtExceptionHandler(ZPUncaughtExceptionHandler *handler) {
+    installTerminate();
+    __atomic_store_n(&uncaughtHandler, handler, __ATOMIC_RELEASE);
+}

@@ -1,0 +1,81 @@
+#include <Bedrock/core/ZPCore+Internal.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <strings.h>
+
+Class (*_ZPAltClassNameFromString)(ZPString *name);
+
+static ZPString *stringWithCString(const char *text) {
+    static Class strings;
+    Class cls = __atomic_load_n(&strings, __ATOMIC_RELAXED);
+    if (!cls) {
+        cls = objc_getClass("ZPString");
+        if (!cls) objc_fatal("%s", text);  // no strings in this process: the text itself is all there is
+        __atomic_store_n(&strings, cls, __ATOMIC_RELAXED);
+    }
+    return objc_msgSend<ZPString *>(cls, "stringWithCString:"_sel, text);
+}
+
+ZPString *_ZPStringWithCText(const char *format, ...) {
+    char local[512];
+    std::va_list list;
+    va_start(list, format);
+    int length = std::vsnprintf(local, sizeof local, format, list);
+    va_end(list);
+    if (length < int(sizeof local)) return stringWithCString(local);
+    struct Buffer { char *text; ~Buffer() { std::free(text); } } buffer{static_cast<char *>(std::malloc(length + 1))};
+    if (!buffer.text) return stringWithCString(local);
+    va_start(list, format);
+    std::vsnprintf(buffer.text, length + 1, format, list);
+    va_end(list);
+    return stringWithCString(buffer.text);
+}
+
+const char *_ZPCText(ZPString *string) { return objc_msgSend<const char *>(id((objc_object *)string), "cString"_sel); }
+
+ZPString *ZPStringFromSelector(SEL selector) {
+    if (!selector) ZPException::raise_format(ZPInvalidArgumentException, "*** ZPStringFromSelector(): 0 selector"_zp);
+    return stringWithCString(sel_getName(selector));
+}
+
+SEL ZPSelectorFromString(ZPString *name) { return sel_getUid(_ZPCText(name)); }
+
+Class ZPClassFromString(ZPString *name) {
+    Class cls = objc_getClass(_ZPCText(name));
+    return cls || !_ZPAltClassNameFromString ? cls : _ZPAltClassNameFromString(name);
+}
+
+ZPString *ZPStringFromClass(Class cls) { return stringWithCString(cls->name); }
+
+BOOL ZPBOOLFromString(ZPString *string) {
+    if (!string) return NO;
+    const char *text = _ZPCText(string);
+    return strcasecmp(text, "yes") == 0 || strcasecmp(text, "y") == 0;
+}
+
+static ZPString *methodName(const char *prefix, id receiver, SEL selector) {
+    Class cls = objc_msgSend<Class>(receiver, "class"_sel);
+    bool isClass = static_cast<objc_object *>(cls) == receiver.pointer();
+    return _ZPStringWithCText("%s%c[%s %s]", prefix, isClass ? '+' : '-', cls ? cls->name : "nil", selector ? sel_getName(selector) : "(null)");
+}
+
+ZPString *_ZPFullMethodName(id receiver, SEL selector) { return methodName("", receiver, selector); }
+ZPString *_ZPMethodExceptionProem(id receiver, SEL selector) { return methodName("*** ", receiver, selector); }
+
+void ZPRequestConcreteImplementation(id receiver, SEL selector, Class abstractClass) {
+    Class cls = receiver.pointer()->isa;
+    const char *name = sel_getName(selector);
+    if (cls == abstractClass)
+        ZPException::raise_format(ZPInvalidArgumentException,
+                                  "*** -%s cannot be sent to an abstract object of class %s: Create a concrete instance!"_zp, name, cls->name);
+    ZPException::raise_format(ZPInvalidArgumentException, "*** -%s only defined for abstract class.  Define -[%s %s]!"_zp, name, cls->name, name);
+}
+
+void _ZPRequestConcreteObject(id receiver, SEL selector) {
+    ZPException::raise_format(ZPInvalidArgumentException,
+                              "*** initialization method -%s cannot be sent to an abstract object of class %s: Create a concrete instance!"_zp,
+                              sel_getName(selector), receiver.pointer()->isa->name);
+}

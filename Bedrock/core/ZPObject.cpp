@@ -1,0 +1,237 @@
+// The root class: what every instance and every class object answers.
+#include <Bedrock/core/ZPCore+Internal.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+objc_object *_ZPGlobalRetainLock;
+
+namespace {
+
+[[noreturn]] void raiseNullSelector(objc_object *receiver, SEL operation) {
+    ZPException::raise_format(ZPInvalidArgumentException, "%@: null selector"_zp, _ZPMethodExceptionProem(receiver, operation));
+}
+
+// Sends through whatever C++ type the method has, as one that takes objects and answers one: the
+// classic perform operations know nothing of the method's type.
+template <class... A> id perform(objc_object *self, SEL selector, A... arguments) {
+    return objc_msgSendUnchecked<id>(self, selector, arguments...);
+}
+
+struct ZPObjectMethods : ZPObject {
+    id init() { return this; }
+    void dealloc() { ZPDeallocateObject(this); }
+    id retain() {
+        ZPIncrementExtraRefCount(this);
+        return this;
+    }
+    void release() {
+        if (ZPDecrementExtraRefCountWasZero(this)) ZPObject::dealloc();
+    }
+    unsigned retainCount() { return ZPExtraRefCount(this) + 1; }
+    id autorelease() {
+        ZPAutoreleaseObject(this);
+        return this;
+    }
+    id copy() { return ZPObject::copyWithZone(nullptr); }
+    id mutableCopy() { return ZPObject::mutableCopyWithZone(nullptr); }
+    ZPZone *zone() {
+        if (objc_countsInItsHeader(this) && !objc_headerOf(this)->inChildZone) return QLDefaultMallocZone();
+        ZPZone *zone = QLZoneFromPtr(this);
+        return zone ? zone : QLDefaultMallocZone();
+    }
+    Class ownClass() { return isa; }
+    Class superclass() { return isa->superclass; }
+    id self() { return this; }
+    unsigned hash() { return unsigned(reinterpret_cast<std::uintptr_t>(this) >> 2); }
+    BOOL isEqual(id other) { return other.pointer() == this; }
+    BOOL isKindOfClass(Class cls) {
+        for (Class c = isa; c; c = c->superclass)
+            if (c == cls) return YES;
+        return NO;
+    }
+    BOOL isMemberOfClass(Class cls) { return isa == cls; }
+    BOOL isProxy() { return NO; }
+    BOOL respondsToSelector(SEL selector) { return class_respondsToMethod(isa, selector); }
+    BOOL conformsToProtocol(Protocol *protocol) { return _ZPConforms(isa, protocol); }
+    ZPString *description() {
+        return _ZPStringWithCText("<%s: 0x%lx>", isa->name, reinterpret_cast<unsigned long>(this));
+    }
+    ZPString *debugDescription() { return ZPObject::description(); }
+
+    id performSelector(SEL selector) {
+        if (!selector) raiseNullSelector(this, "performSelector:"_sel);
+        return perform(this, selector);
+    }
+    id performWith(SEL selector, id object) {
+        if (!selector) raiseNullSelector(this, "performSelector:withObject:"_sel);
+        return perform(this, selector, object);
+    }
+    id performWithTwo(SEL selector, id object1, id object2) {
+        if (!selector) raiseNullSelector(this, "performSelector:withObject:withObject:"_sel);
+        return perform(this, selector, object1, object2);
+    }
+    void performWithEach(SEL selector, ZPArray *array) {
+        unsigned count = objc_msgSend<unsigned>(id((objc_object *)array), "count"_sel);
+        if (!selector) raiseNullSelector(this, "perform:withEachObjectInArray:"_sel);
+        for (unsigned i = 0; i < count; ++i)
+            perform(this, selector, objc_msgSend<id>(id((objc_object *)array), "objectAtIndex:"_sel, i));
+    }
+    id performv(SEL selector, void *arguments) {
+        unsigned size = ZPObject::methodArgSize(selector);
+        if (size == 0) {
+            ZPObject::doesNotRecognizeSelector(selector);
+            return nullptr;
+        }
+        return objc_msgSendv<id>(this, selector, size, arguments);
+    }
+    unsigned methodArgSize(SEL selector) { return method_getSizeOfArguments(class_getInstanceMethod(isa, selector)); }
+    IMP methodForSelector(SEL selector) { return class_lookupMethod(isa, selector); }
+    BOOL implementsSelector(SEL selector) { return class_lookupMethod(isa, selector) != &_objc_msgForward; }
+    const objc_methodDescription *methodDescriptionForSelector(SEL selector) { return _ZPDescribeMethod(isa, selector); }
+    void forward(SEL selector, objc_frame *frame) { _ZPForward(this, selector, frame); }
+    void doesNotRecognizeSelector(SEL selector) {
+        ZPString *proem = _ZPMethodExceptionProem(this, selector);
+        ZPLog("%@: selector not recognized"_zp, proem);
+        ZPException::raise_format(ZPInvalidArgumentException, "%@: selector not recognized"_zp, proem);
+    }
+};
+
+// What class objects answer in their own way; everything else they answer as instances do.
+struct ZPClassMethods {
+    static void initialize(Class) { _ZPStartUp(); }
+    static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
+    static id allocWithZone(Class self, ZPZone *zone) { return ZPAllocateObject(self, 0, zone); }
+    static id new_(Class self) { return objc_msgSend<id>(objc_msgSend<id>(self, "alloc"_sel), "init"_sel); }
+    static id self(Class self) { return self; }
+    static Class ownClass(Class self) { return self; }
+    static id withZone(Class self, ZPZone *) { return self; }
+    static void nothing(Class) {}
+    static unsigned retainCount(Class) { return 0xFFFFFFFF; }
+    static ZPZone *zone(Class) { return QLDefaultMallocZone(); }
+    static Class superclass(Class self) { return self->superclass; }
+    static BOOL conformsToProtocol(Class self, Protocol *protocol) { return _ZPConforms(self, protocol); }
+    static ZPString *description(Class self) { return ZPStringFromClass(self); }
+    static ZPString *debugDescription(Class self) { return objc_msgSend<ZPString *>(self, "description"_sel); }
+    static BOOL instancesRespond(Class self, SEL selector) { return class_respondsToMethod(self, selector); }
+    static IMP instanceMethod(Class self, SEL selector) { return class_lookupMethod(self, selector); }
+    static BOOL instancesImplement(Class self, SEL selector) { return class_lookupMethod(self, selector) != &_objc_msgForward; }
+    static const objc_methodDescription *describe(Class self, SEL selector) { return _ZPDescribeMethod(self, selector); }
+    static id poseAsClass(Class self, Class other) { return class_poseAs(self, other); }
+    static int version(Class self) { return self->version; }
+    static void setVersion(Class self, int version) { self->version = version; }
+    static BOOL isAncestor(Class self, id object) {
+        if (!object) return NO;
+        for (Class c = object.pointer()->isa; c; c = c->superclass)
+            if (c == self) return YES;
+        return NO;
+    }
+    static void taskNowMultiThreaded(Class self);
+};
+
+void ZPClassMethods::taskNowMultiThreaded(Class) {
+    // Counts are atomic, so the lock guards only what its other users put under it.
+    if (!_ZPGlobalRetainLock)
+        if (Class lock = objc_getClass("ZPLock")) _ZPGlobalRetainLock = objc_msgSend<id>(lock, "new"_sel).pointer();
+}
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPObject)
+    .defaultCounting()
+    .method<&ZPObjectMethods::init>("init")
+    .method<&ZPObjectMethods::dealloc>("dealloc")
+    .method<&ZPObjectMethods::retain>("retain")
+    .method<&ZPObjectMethods::release>("release")
+    .method<&ZPObjectMethods::retainCount>("retainCount")
+    .method<&ZPObjectMethods::autorelease>("autorelease")
+    .method<&ZPObjectMethods::copy>("copy")
+    .method<&ZPObjectMethods::mutableCopy>("mutableCopy")
+    .method<&ZPObjectMethods::zone>("zone")
+    .method<&ZPObjectMethods::ownClass>("class")
+    .method<&ZPObjectMethods::superclass>("superclass")
+    .method<&ZPObjectMethods::self>("self")
+    .method<&ZPObjectMethods::hash>("hash")
+    .method<&ZPObjectMethods::isEqual>("isEqual:")
+    .method<&ZPObjectMethods::isKindOfClass>("isKindOfClass:")
+    .method<&ZPObjectMethods::isMemberOfClass>("isMemberOfClass:")
+    .method<&ZPObjectMethods::isProxy>("isProxy")
+    .method<&ZPObjectMethods::respondsToSelector>("respondsToSelector:")
+    .method<&ZPObjectMethods::conformsToProtocol>("conformsToProtocol:")
+    .method<&ZPObjectMethods::description>("description")
+    .method<&ZPObjectMethods::debugDescription>("debugDescription")
+    .method<&ZPObjectMethods::performSelector>("performSelector:")
+    .method<&ZPObjectMethods::performWith>("performSelector:withObject:")
+    .method<&ZPObjectMethods::performWithTwo>("performSelector:withObject:withObject:")
+    .method<&ZPObjectMethods::performWithEach>("perform:withEachObjectInArray:")
+    .method<&ZPObjectMethods::performv>("performv::")
+    .method<&ZPObjectMethods::methodArgSize>("methodArgSize:")
+    .method<&ZPObjectMethods::methodForSelector>("methodForSelector:")
+    .method<&ZPObjectMethods::implementsSelector>("implementsSelector:")
+    .method<&ZPObjectMethods::methodDescriptionForSelector>("methodDescriptionForSelector:")
+    .method<&ZPObjectMethods::forward>("forward::")
+    .method<&ZPObjectMethods::doesNotRecognizeSelector>("doesNotRecognizeSelector:")
+    .classMethod<&ZPClassMethods::initialize>("initialize")
+    .classMethod<&ZPClassMethods::alloc>("alloc")
+    .classMethod<&ZPClassMethods::allocWithZone>("allocWithZone:")
+    .classMethod<&ZPClassMethods::new_>("new")
+    .classMethod<&ZPClassMethods::self>("init")
+    .classMethod<&ZPClassMethods::self>("self")
+    .classMethod<&ZPClassMethods::ownClass>("class")
+    .classMethod<&ZPClassMethods::self>("retain")
+    .classMethod<&ZPClassMethods::self>("autorelease")
+    .classMethod<&ZPClassMethods::self>("copy")
+    .classMethod<&ZPClassMethods::withZone>("copyWithZone:")
+    .classMethod<&ZPClassMethods::self>("mutableCopy")
+    .classMethod<&ZPClassMethods::withZone>("mutableCopyWithZone:")
+    .classMethod<&ZPClassMethods::nothing>("release")
+    .classMethod<&ZPClassMethods::nothing>("dealloc")
+    .classMethod<&ZPClassMethods::retainCount>("retainCount")
+    .classMethod<&ZPClassMethods::zone>("zone")
+    .classMethod<&ZPClassMethods::superclass>("superclass")
+    .classMethod<&ZPClassMethods::conformsToProtocol>("conformsToProtocol:")
+    .classMethod<&ZPClassMethods::description>("description")
+    .classMethod<&ZPClassMethods::debugDescription>("debugDescription")
+    .classMethod<&ZPClassMethods::instancesRespond>("instancesRespondToSelector:")
+    .classMethod<&ZPClassMethods::instanceMethod>("instanceMethodForSelector:")
+    .classMethod<&ZPClassMethods::instancesImplement>("instancesImplementSelector:")
+    .classMethod<&ZPClassMethods::describe>("instanceMethodDescriptionForSelector:")
+    .classMethod<&ZPClassMethods::poseAsClass>("poseAsClass:")
+    .classMethod<&ZPClassMethods::version>("version")
+    .classMethod<&ZPClassMethods::setVersion>("setVersion:")
+    .classMethod<&ZPClassMethods::isAncestor>("isAncestorOfObject:")
+    .classMethod<&ZPClassMethods::taskNowMultiThreaded>("_taskNowMultiThreaded");
+
+ZP_DEFINE_PROTOCOL(ZPCopying).method<id(ZPZone *)>("copyWithZone:");
+ZP_DEFINE_PROTOCOL(ZPMutableCopying).method<id(ZPZone *)>("mutableCopyWithZone:");
+
+void _ZPForward(objc_object *self, SEL selector, objc_frame *) {
+    // A receiver that answers signatures is asked for one first, as the machinery that makes
+    // invocations of messages will need it; without it, nothing is recognized.
+    SEL signature = "methodSignatureForSelector:"_sel;
+    if (class_respondsToMethod(self->isa, signature)) objc_msgSend<id>(self, signature, selector);
+    objc_msgSend(self, "doesNotRecognizeSelector:"_sel, selector);
+}
+
+const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector) {
+    if (!selector) return nullptr;
+    bool isMeta = __atomic_load_n(&cls->info, __ATOMIC_RELAXED) & objc_isMetaclass;
+    for (Class c = cls; c; c = c->superclass) {
+        Class record = (c->info & objc_isMetaclass) ? c->counterpart : c;
+        for (auto *p = record->protocols; p; p = p->next)
+            if (auto *d = isMeta ? p->protocol->descriptionForClassMethod(selector) : p->protocol->descriptionForInstanceMethod(selector))
+                return d;
+    }
+    // A method record begins with its description.
+    return reinterpret_cast<const objc_methodDescription *>(class_getInstanceMethod(cls, selector));
+}
+
+BOOL _ZPConforms(Class cls, Protocol *protocol) {
+    for (Class c = cls; c; c = c->superclass) {
+        Class record = (c->info & objc_isMetaclass) ? c->counterpart : c;
+        for (auto *p = record->protocols; p; p = p->next)
+            if (p->protocol->conformsTo(protocol)) return YES;
+    }
+    return NO;
+}

@@ -1,0 +1,222 @@
+// The proxy root, and the zombies made of it: with ZPZombieEnabled, a freed object gets a class that
+// reports every message it still receives.
+#include <Bedrock/core/ZPProxy.h>
+
+#include <Bedrock/core/ZPCore+Internal.h>
+
+#include <mutex>
+#include <string>
+#include <unordered_map>
+
+namespace {
+
+struct ZPProxyMethods : ZPProxy {
+    void dealloc() { ZPDeallocateObject(this); }
+    id retain() {
+        ZPIncrementExtraRefCount(this);
+        return this;
+    }
+    void release() {
+        if (ZPDecrementExtraRefCountWasZero(this)) ZPProxy::dealloc();
+    }
+    unsigned retainCount() { return ZPExtraRefCount(this) + 1; }
+    id autorelease() {
+        ZPAutoreleaseObject(this);
+        return this;
+    }
+    ZPZone *zone() { return ZPZoneFromPointer(this); }
+    Class ownClass() { return isa; }
+    Class superclass() { return isa->superclass; }
+    id self() { return this; }
+    unsigned hash() { return unsigned(reinterpret_cast<std::uintptr_t>(this) >> 2); }
+    BOOL isEqual(id other) { return other.pointer() == this; }
+    BOOL isProxy() { return YES; }
+    ZPString *description() {
+        return _ZPStringWithCText("<%s: 0x%lx>", ZPProxy::objectClass()->name, reinterpret_cast<unsigned long>(this));
+    }
+    ZPString *debugDescription() { return ZPProxy::description(); }
+    id performSelector(SEL selector) { return objc_msgSendUnchecked<id>(this, selector); }
+    id performWith(SEL selector, id object) { return objc_msgSendUnchecked<id>(this, selector, object); }
+    id performWithTwo(SEL selector, id object1, id object2) { return objc_msgSendUnchecked<id>(this, selector, object1, object2); }
+
+    // The object behind the proxy is asked.
+    template <class A> BOOL ask(SEL selector, A argument) { return objc_sendForward<BOOL, A>(this, selector, argument); }
+    BOOL isKindOfClass(Class cls) { return ask("isKindOfClass:"_sel, cls); }
+    BOOL isMemberOfClass(Class cls) { return ask("isMemberOfClass:"_sel, cls); }
+    BOOL conformsToProtocol(Protocol *protocol) { return ask("conformsToProtocol:"_sel, protocol); }
+    BOOL respondsToSelector(SEL selector) { return ask("respondsToSelector:"_sel, selector); }
+
+    BOOL willForwardSelector(SEL selector) { return !class_respondsToMethod(isa, selector); }
+    void forward(SEL selector, objc_frame *frame) { _ZPForward(this, selector, frame); }
+    ZPMethodSignature *methodSignatureForSelector(SEL) {
+        ZPException::raise_format(ZPInvalidArgumentException, "*** -[ZPProxy methodSignatureForSelector:] called!"_zp);
+    }
+    void forwardInvocation(ZPInvocation *) {
+        ZPException::raise_format(ZPInvalidArgumentException, "*** -[ZPProxy forwardInvocation:] called!"_zp);
+    }
+    void doesNotRecognizeSelector(SEL selector) {
+        ZPException::raise_format(ZPInvalidArgumentException, "*** -[ZPProxy doesNotRecognizeSelector:%s] called!"_zp, sel_getName(selector));
+    }
+};
+
+struct ZPProxyClassMethods {
+    static void initialize(Class) { _ZPStartUp(); }
+    static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
+    static id allocWithZone(Class self, ZPZone *zone) { return ZPAllocateObject(self, 0, zone); }
+    static id self(Class self) { return self; }
+    static Class ownClass(Class self) { return self; }
+    static id withZone(Class self, ZPZone *) { return self; }
+    static void nothing(Class) {}
+    static unsigned retainCount(Class) { return 0xFFFFFFFF; }
+    static BOOL respondsToSelector(Class self, SEL selector) { return class_respondsToMethod(self->isa, selector); }
+    static BOOL isKindOfClass(Class self, Class cls) {
+        for (Class c = self->isa; c; c = c->superclass)
+            if (c == cls) return YES;
+        return NO;
+    }
+    static BOOL isMemberOfClass(Class self, Class cls) { return self->isa == cls; }
+    static BOOL conformsToProtocol(Class self, Protocol *protocol) { return _ZPConforms(self, protocol); }
+    static BOOL isAncestor(Class self, id object) {
+        if (!object) return NO;
+        for (Class c = object.pointer()->isa; c; c = c->superclass)
+            if (c == self) return YES;
+        return NO;
+    }
+    static BOOL isProxy(Class) { return NO; }
+    static ZPString *description(Class self) { return ZPStringFromClass(self); }
+    static Class superclass(Class self) { return self->superclass; }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPProxy)
+    .defaultCounting()
+    .method<&ZPProxyMethods::dealloc>("dealloc")
+    .method<&ZPProxyMethods::retain>("retain")
+    .method<&ZPProxyMethods::release>("release")
+    .method<&ZPProxyMethods::retainCount>("retainCount")
+    .method<&ZPProxyMethods::autorelease>("autorelease")
+    .method<&ZPProxyMethods::zone>("zone")
+    .method<&ZPProxyMethods::ownClass>("class")
+    .method<&ZPProxyMethods::superclass>("superclass")
+    .method<&ZPProxyMethods::self>("self")
+    .method<&ZPProxyMethods::hash>("hash")
+    .method<&ZPProxyMethods::isEqual>("isEqual:")
+    .method<&ZPProxyMethods::isProxy>("isProxy")
+    .method<&ZPProxyMethods::description>("description")
+    .method<&ZPProxyMethods::debugDescription>("debugDescription")
+    .method<&ZPProxyMethods::performSelector>("performSelector:")
+    .method<&ZPProxyMethods::performWith>("performSelector:withObject:")
+    .method<&ZPProxyMethods::performWithTwo>("performSelector:withObject:withObject:")
+    .method<&ZPProxyMethods::isKindOfClass>("isKindOfClass:")
+    .method<&ZPProxyMethods::isMemberOfClass>("isMemberOfClass:")
+    .method<&ZPProxyMethods::conformsToProtocol>("conformsToProtocol:")
+    .method<&ZPProxyMethods::respondsToSelector>("respondsToSelector:")
+    .method<&ZPProxyMethods::willForwardSelector>("willForwardSelector:")
+    .method<&ZPProxyMethods::forward>("forward::")
+    .method<&ZPProxyMethods::methodSignatureForSelector>("methodSignatureForSelector:")
+    .method<&ZPProxyMethods::forwardInvocation>("forwardInvocation:")
+    .method<&ZPProxyMethods::doesNotRecognizeSelector>("doesNotRecognizeSelector:")
+    .classMethod<&ZPProxyClassMethods::initialize>("initialize")
+    .classMethod<&ZPProxyClassMethods::alloc>("alloc")
+    .classMethod<&ZPProxyClassMethods::allocWithZone>("allocWithZone:")
+    .classMethod<&ZPProxyClassMethods::self>("self")
+    .classMethod<&ZPProxyClassMethods::ownClass>("class")
+    .classMethod<&ZPProxyClassMethods::self>("retain")
+    .classMethod<&ZPProxyClassMethods::self>("autorelease")
+    .classMethod<&ZPProxyClassMethods::withZone>("copyWithZone:")
+    .classMethod<&ZPProxyClassMethods::withZone>("mutableCopyWithZone:")
+    .classMethod<&ZPProxyClassMethods::nothing>("release")
+    .classMethod<&ZPProxyClassMethods::nothing>("dealloc")
+    .classMethod<&ZPProxyClassMethods::retainCount>("retainCount")
+    .classMethod<&ZPProxyClassMethods::respondsToSelector>("respondsToSelector:")
+    .classMethod<&ZPProxyClassMethods::isKindOfClass>("isKindOfClass:")
+    .classMethod<&ZPProxyClassMethods::isMemberOfClass>("isMemberOfClass:")
+    .classMethod<&ZPProxyClassMethods::conformsToProtocol>("conformsToProtocol:")
+    .classMethod<&ZPProxyClassMethods::isAncestor>("isAncestorOfObject:")
+    .classMethod<&ZPProxyClassMethods::isProxy>("isProxy")
+    .classMethod<&ZPProxyClassMethods::description>("description")
+    .classMethod<&ZPProxyClassMethods::description>("debugDescription")
+    .classMethod<&ZPProxyClassMethods::superclass>("superclass");
+
+// ---- zombies -----------------------------------------------------------------------------------
+
+namespace {
+
+struct _ZPZombie : ZPProxy {
+    ZP_PRIVATE_CLASS(_ZPZombie)
+};
+
+// A freed object's class -> its zombie class. Guarded by the mutex.
+struct Zombies {
+    std::mutex mutex;
+    std::unordered_map<Class, Class> classes;
+};
+Zombies &zombies() {
+    static Zombies &z = *new Zombies;
+    return z;
+}
+
+[[noreturn]] void report(objc_object *zombie, SEL sent, SEL caught) {
+    const char *former = "(unknown)";
+    {
+        std::lock_guard lock(zombies().mutex);
+        for (auto &[cls, trap] : zombies().classes)
+            if (trap == zombie->isa) former = cls->name;
+    }
+    ZPString *text = _ZPStringWithCText("*** Selector '%s' sent to dealloced instance 0x%lx of class %s.\nBreak at '-[_ZPZombie %s]' to debug.",
+                                        sent ? sel_getName(sent) : "(null)", reinterpret_cast<unsigned long>(zombie), former, sel_getName(caught));
+    ZPLog("*** %@"_zp, text);
+    ZPException::exceptionWithName_reason_userInfo(ZPGenericException, text, nullptr)->raise();
+}
+
+struct ZombieMethods : _ZPZombie {
+    ZPMethodSignature *methodSignatureForSelector(SEL selector) { report(this, selector, "methodSignatureForSelector:"_sel); }
+    void forwardInvocation(ZPInvocation *invocation) {
+        report(this, objc_msgSend<SEL>(id((objc_object *)invocation), "selector"_sel), "forwardInvocation:"_sel);
+    }
+    id retain() { report(this, "retain"_sel, "retain"_sel); }
+    unsigned retainCount() { report(this, "retainCount"_sel, "retainCount"_sel); }
+    void release() { report(this, "release"_sel, "release"_sel); }
+    id autorelease() { report(this, "autorelease"_sel, "autorelease"_sel); }
+    void dealloc() { report(this, "dealloc"_sel, "dealloc"_sel); }
+    id stringByAppendingFormat(ZPString *, std::va_list) { report(this, "stringByAppendingFormat:"_sel, "stringByAppendingFormat:"_sel); }
+    void appendFormat(ZPString *, std::va_list) { report(this, "appendFormat:"_sel, "appendFormat:"_sel); }
+};
+
+ZP_IMPLEMENT(_ZPZombie)
+    .method<&ZombieMethods::methodSignatureForSelector>("methodSignatureForSelector:")
+    .method<&ZombieMethods::forwardInvocation>("forwardInvocation:")
+    .method<&ZombieMethods::retain>("retain")
+    .method<&ZombieMethods::retainCount>("retainCount")
+    .method<&ZombieMethods::release>("release")
+    .method<&ZombieMethods::autorelease>("autorelease")
+    .method<&ZombieMethods::dealloc>("dealloc")
+    .variadic<&ZombieMethods::stringByAppendingFormat>("stringByAppendingFormat:")
+    .variadic<&ZombieMethods::appendFormat>("appendFormat:");
+
+}  // namespace
+
+BOOL _ZPIsZombie(objc_object *object) {
+    Class super = object->isa ? object->isa->superclass : nullptr;
+    return super == ZPProxy::class_() && std::strncmp(object->isa->name, "ZPZombie_", 9) == 0;
+}
+
+BOOL _ZPMakeZombie(objc_object *object) {
+    Class trap;
+    {
+        std::lock_guard lock(zombies().mutex);
+        Class &entry = zombies().classes[object->isa];
+        if (!entry) {
+            objc_msgSend<id>(_ZPZombie::class_(), "self"_sel);  // initialize the template before it is copied
+            std::string name = std::string("ZPZombie_") + object->isa->name;
+            entry = objc_copyClass(_ZPZombie::class_(), name.c_str());
+            objc_addClass(entry);
+        }
+        trap = entry;
+    }
+    if (ZPDeallocateZombies) return NO;
+    objc_destroyFields(object);
+    object->isa = trap;
+    return YES;
+}

@@ -1,0 +1,193 @@
+// Reference counts. An instance from the allocator counts in the word before its `isa`. Objects that
+// lie elsewhere (static objects) count in the side table:
+//
+//   buckets[capacity]   0, or an object's address with a tag in its two low bits: 1 and 2 say one and
+//                       two extra references, 3 sends to the overflow map, which holds the number
+//   home slot           (address >> 2) & mask; probing is linear and wraps
+//   growth              doubled when capacity < 2 x count before an entry is added, halved when the
+//                       count falls below a quarter of the capacity, never below 16
+//
+// One mutex guards the table and the map together.
+#include <Bedrock/core/ZPCore+Internal.h>
+
+#include <cstdlib>
+#include <mutex>
+#include <unordered_map>
+
+namespace {
+
+using Word = std::uintptr_t;
+
+struct SideTable {
+    std::mutex mutex;
+    unsigned count = 0, capacity = 16, mask = 15;
+    Word *buckets = static_cast<Word *>(std::calloc(16, sizeof(Word)));
+    std::unordered_map<Word, unsigned> overflow{42};
+
+    static unsigned homeOf(Word address, unsigned mask) { return unsigned(address >> 2) & mask; }
+
+    unsigned find(Word address) const {
+        unsigned i = homeOf(address, mask);
+        while (buckets[i] && buckets[i] >> 2 != address >> 2) i = (i + 1) & mask;
+        return i;
+    }
+
+    void resize(unsigned newCapacity) {
+        Word *old = buckets, *larger = static_cast<Word *>(std::calloc(newCapacity, sizeof(Word)));
+        if (!larger) ZPException::raise_format(ZPMallocException, "*** out of memory for reference counts"_zp);
+        unsigned oldCapacity = capacity, moved = 0;
+        buckets = larger;
+        capacity = newCapacity;
+        mask = newCapacity - 1;
+        for (unsigned i = 0; i < oldCapacity; ++i)
+            if (old[i]) {
+                buckets[find(old[i])] = old[i];
+                ++moved;
+            }
+        std::free(old);
+        if (moved != count)
+            ZPException::raise_format(ZPInternalInconsistencyException, "found %u items instead of %u items on resize"_zp, moved, count);
+    }
+
+    // Answers whether the count was already at its limit.
+    bool increment(Word address) {
+        std::lock_guard lock(mutex);
+        unsigned i = find(address);
+        if (!buckets[i]) {
+            if (capacity < 2 * count) {
+                resize(capacity * 2);
+                i = find(address);
+            }
+            buckets[i] = address | 1;
+            ++count;
+            return false;
+        }
+        switch (buckets[i] & 3) {
+        case 1: buckets[i] = address | 2; return false;
+        case 2:
+            buckets[i] = address | 3;
+            overflow.emplace(address, 3);
+            return false;
+        default: {
+            unsigned &number = overflow[address];
+            if (number == objc_saturatedCount) return true;
+            ++number;
+            return false;
+        }
+        }
+    }
+
+    bool decrementWasZero(Word address) {
+        std::lock_guard lock(mutex);
+        unsigned i = find(address);
+        if (!buckets[i]) return true;
+        switch (buckets[i] & 3) {
+        case 3: {
+            auto at = overflow.find(address);
+            if (at->second == objc_saturatedCount) return false;
+            if (at->second > 3) --at->second;
+            else {
+                overflow.erase(at);
+                buckets[i] = address | 2;
+            }
+            return false;
+        }
+        case 2: buckets[i] = address | 1; return false;
+        default:
+            buckets[i] = 0;
+            --count;
+            if (count < capacity / 4 && capacity > 16) {
+                resize(capacity / 2);
+                return false;
+            }
+            for (i = (i + 1) & mask; buckets[i]; i = (i + 1) & mask) {
+                Word word = buckets[i];
+                buckets[i] = 0;
+                buckets[find(word)] = word;
+            }
+            return false;
+        }
+    }
+
+    unsigned extra(Word address) {
+        std::lock_guard lock(mutex);
+        Word word = buckets[find(address)];
+        if ((word & 3) != 3) return unsigned(word & 3);
+        return overflow[address];
+    }
+};
+
+SideTable *made;
+SideTable &table() {
+    static SideTable &t = *(made = new SideTable);
+    return t;
+}
+
+void logOverflow(id object) {
+    ZPLog("*** Reference count overflow for '%@': probably implies a leak!"_zp, object.pointer());
+}
+
+Word addressOf(id object) { return reinterpret_cast<Word>(object.pointer()); }
+
+struct Holding {
+    id lock;
+    explicit Holding(id l) : lock(l) { if (lock) objc_msgSend(lock, "lock"_sel); }
+    ~Holding() { if (lock) objc_msgSend(lock, "unlock"_sel); }
+};
+
+}  // namespace
+
+void objc_retainNearLimit(objc_object *object) {
+    unsigned *count = &objc_headerOf(object)->extraReferences;
+    unsigned now = __atomic_load_n(count, __ATOMIC_RELAXED);
+    do {
+        if (now == objc_saturatedCount) {
+            logOverflow(object);
+            return;
+        }
+    } while (!__atomic_compare_exchange_n(count, &now, now + 1, true, __ATOMIC_RELAXED, __ATOMIC_RELAXED));
+}
+
+void ZPIncrementExtraRefCount(id object) {
+    if (!object) return;
+    if (objc_countsInItsHeader(object.pointer())) objc_retainInHeader(object.pointer());
+    else if (table().increment(addressOf(object))) logOverflow(object);
+}
+
+BOOL ZPDecrementExtraRefCountWasZero(id object) {
+    if (!object) return NO;
+    if (objc_countsInItsHeader(object.pointer())) return objc_releaseInHeader(object.pointer());
+    return table().decrementWasZero(addressOf(object));
+}
+
+unsigned ZPExtraRefCount(id object) {
+    if (!object) return 0;
+    if (objc_countsInItsHeader(object.pointer()))
+        return __atomic_load_n(&objc_headerOf(object.pointer())->extraReferences, __ATOMIC_RELAXED);
+    return table().extra(addressOf(object));
+}
+
+void _ZPIncrementInternalRefCount(id object, unsigned *counter, unsigned mask, id lock) {
+    Holding holding(lock);
+    unsigned now = __atomic_load_n(counter, __ATOMIC_RELAXED);
+    do {
+        if ((now & mask) == mask) {
+            ZPIncrementExtraRefCount(object);
+            return;
+        }
+    } while (!__atomic_compare_exchange_n(counter, &now, now + 1, true, __ATOMIC_RELAXED, __ATOMIC_RELAXED));
+}
+
+BOOL _ZPDecrementInternalRefCountWasZero(id object, unsigned *counter, unsigned mask, id lock) {
+    Holding holding(lock);
+    unsigned now = __atomic_load_n(counter, __ATOMIC_ACQUIRE);
+    do {
+        if ((now & mask) == 0) return YES;
+        if ((now & mask) == mask && !ZPDecrementExtraRefCountWasZero(object)) return NO;
+    } while (!__atomic_compare_exchange_n(counter, &now, now - 1, true, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE));
+    return NO;
+}
+
+unsigned _ZPInternalRefCount(id object, unsigned counter, unsigned mask) {
+    return (counter & mask) == mask ? ZPExtraRefCount(object) + 1 + mask : (counter & mask) + 1;
+}
