@@ -139,7 +139,7 @@ void buildLists(Class cls) {
 void realizeOne(Class cls) {
     if (infoOf(cls) & objc_isRealized) return;
     if (cls->superclass) {
-        realize(cls->superclass);
+        realizeOne(cls->superclass);
         unsigned inherited = infoOf(cls->superclass);
         if (!(infoOf(cls) & objc_isMetaclass)) {
             if (!(inherited & objc_countsInHeader)) clearInfo(cls, objc_countsInHeader);
