@@ -1,0 +1,111 @@
+// Strings that can be changed.
+#pragma once
+
+#include <Bedrock/strings/ZPString.h>
+
+ZP_FORWARD(ZPCharacterSet);
+
+/// A string that can be changed. A subclass supplies `replaceCharactersInRange:withString:` beside the
+/// primitives of ZPString; everything else is built on it. Indexes, ranges and lengths count units. Edits
+/// outside the text raise ZPRangeException before anything changes. A copy is immutable and costs no
+/// copying of the text until the original changes. Changes from several threads need the caller's lock.
+struct ZPMutableString : ZPString {
+    ZP_CLASS(ZPMutableString)
+
+    /// A new, empty string.
+    static ZPMutableString *string() { return objc_msgSend<id>(class_(), "string"_sel); }
+    static ZPMutableString *stringWithString(ZPString *string) { return objc_msgSend<id>(class_(), "stringWithString:"_sel, string); }
+    /// A new, empty string whose first buffer has room for `capacity` units.
+    static ZPMutableString *stringWithCapacity(unsigned capacity) { return objc_msgSend<id>(class_(), "stringWithCapacity:"_sel, capacity); }
+    /// Copies the units.
+    static ZPMutableString *stringWithCharacters_length(const unichar *characters, unsigned length) {
+        return objc_msgSend<id>(class_(), "stringWithCharacters:length:"_sel, characters, length);
+    }
+    /// A NUL-terminated text in the default C-string encoding, copied. Null raises
+    /// ZPInvalidArgumentException; bytes that the encoding does not allow answer null.
+    static ZPMutableString *stringWithCString(const char *bytes) { return objc_msgSend<id>(class_(), "stringWithCString:"_sel, bytes); }
+    static ZPMutableString *stringWithCString_length(const char *bytes, unsigned length) {
+        return objc_msgSend<id>(class_(), "stringWithCString:length:"_sel, bytes, length);
+    }
+    /// The formatted text: the conversions of printf, and `%@` for an object's description.
+    template <class... A> static ZPMutableString *stringWithFormat(ZPString *format, A... arguments) {
+        return objc_sendVariadic<id, ZPString *>::send(class_(), "stringWithFormat:"_sel, format, arguments...);
+    }
+    /// The same, with numbers and descriptions as the user's language wants them.
+    template <class... A> static ZPMutableString *localizedStringWithFormat(ZPString *format, A... arguments) {
+        return objc_sendVariadic<id, ZPString *>::send(class_(), "localizedStringWithFormat:"_sel, format, arguments...);
+    }
+    /// The text of a file, decoded as `ZPString` does it; null when it cannot be read.
+    static ZPMutableString *stringWithContentsOfFile(ZPString *path) { return objc_msgSend<id>(class_(), "stringWithContentsOfFile:"_sel, path); }
+
+    /// An empty string whose first buffer has room for `capacity` units (kept in steps of 256 above 32,767).
+    ZPMutableString *initWithCapacity(unsigned capacity) { return objc_msgSend<id>(this, "initWithCapacity:"_sel, capacity); }
+
+    /// Replaces the units of the range with the text of `string`, which may be the receiver.
+    void replaceCharactersInRange_withString(ZPRange range, ZPString *string) {
+        objc_msgSend(this, "replaceCharactersInRange:withString:"_sel, range, string);
+    }
+    /// The bytes are in the default C-string encoding; ZPCharacterConversionException when they are not.
+    void replaceCharactersInRange_withCString_length(ZPRange range, const char *bytes, unsigned length) {
+        objc_msgSend(this, "replaceCharactersInRange:withCString:length:"_sel, range, bytes, length);
+    }
+    void replaceCharactersInRange_withCharacters_length(ZPRange range, const unichar *characters, unsigned length) {
+        objc_msgSend(this, "replaceCharactersInRange:withCharacters:length:"_sel, range, characters, length);
+    }
+    void insertString_atIndex(ZPString *string, unsigned index) { objc_msgSend(this, "insertString:atIndex:"_sel, string, index); }
+    void appendString(ZPString *string) { objc_msgSend(this, "appendString:"_sel, string); }
+    void deleteCharactersInRange(ZPRange range) { objc_msgSend(this, "deleteCharactersInRange:"_sel, range); }
+    void setString(ZPString *string) { objc_msgSend(this, "setString:"_sel, string); }
+    template <class... A> void appendFormat(ZPString *format, A... arguments) {
+        objc_sendVariadic<void, ZPString *>::send(this, "appendFormat:"_sel, format, arguments...);
+    }
+
+    /// Removes every unit that is a member of the set.
+    void _deleteAllCharactersFromSet(ZPCharacterSet *set) { objc_msgSend(this, "_deleteAllCharactersFromSet:"_sel, set); }
+    /// Replaces the first occurrence, if there is one.
+    void _replaceFirstAppearanceOfString_withString(ZPString *target, ZPString *replacement) {
+        objc_msgSend(this, "_replaceFirstAppearanceOfString:withString:"_sel, target, replacement);
+    }
+    void _replaceLastAppearanceOfString_withString(ZPString *target, ZPString *replacement) {
+        objc_msgSend(this, "_replaceLastAppearanceOfString:withString:"_sel, target, replacement);
+    }
+    /// Replaces every occurrence, left to right and without overlap; text that a replacement brings in is
+    /// not searched. An empty target changes nothing.
+    void _replaceAllAppearancesOfString_withString(ZPString *target, ZPString *replacement) {
+        objc_msgSend(this, "_replaceAllAppearancesOfString:withString:"_sel, target, replacement);
+    }
+};
+
+/// The mutable string that the library makes: its contents are another string, shared until changed.
+struct ZPConcreteMutableString : ZPMutableString {
+    ZP_CLASS(ZPConcreteMutableString)
+    unsigned _flags;
+    ZPString *_contents;
+
+    /// Replaces the whole text with the formatted text. `locale` answers `objectForKey:` or is null.
+    void setStringWithFormat_locale_arguments(ZPString *format, id locale, std::va_list arguments) {
+        objc_msgSend(this, "setStringWithFormat:locale:arguments:"_sel, format, locale, arguments);
+    }
+};
+
+/// A string over a buffer of the caller's, without copying and without mapping bytes to units. Indexes
+/// are not checked, and it cannot be changed except by being given other contents.
+struct ZPCheapMutableString : ZPMutableString {
+    ZP_CLASS(ZPCheapMutableString)
+    void *_contents;
+    unsigned _flags;
+    unsigned _numCharacters;
+    void *_reserved;
+
+    /// `length` bytes, which a NUL must follow where C strings are asked for, or `length` units when
+    /// `isUnicode`. With `freeWhenDone` the buffer is a zone's block and becomes the receiver's.
+    void setContentsNoCopy_length_freeWhenDone_isUnicode(void *contents, unsigned length, BOOL freeWhenDone, BOOL isUnicode) {
+        objc_msgSend(this, "setContentsNoCopy:length:freeWhenDone:isUnicode:"_sel, contents, length, freeWhenDone, isUnicode);
+    }
+};
+
+extern "C" {
+/// The concatenation of a list of strings that a null ends, at most 40; the caller owns it. More raise
+/// ZPInternalInconsistencyException.
+ZP_EXPORT ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *string, ...);
+}
