@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS)
+set(PUBLIC_HEADERS ZPObjectList.h ZPEnumerator.h ZPArray.h ZPDictionary.h ZPSet.h)

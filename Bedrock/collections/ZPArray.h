@@ -1,0 +1,215 @@
+// Ordered collections of objects.
+#pragma once
+
+#include <Bedrock/collections/ZPEnumerator.h>
+#include <Bedrock/collections/ZPObjectList.h>
+
+ZP_FORWARD(ZPDictionary);
+ZP_FORWARD(ZPMutableArray);
+ZP_FORWARD(ZPMutableData);
+ZP_FORWARD(ZPData);
+ZP_FORWARD(ZPString);
+
+/// Compares two elements: negative, zero or positive as the first comes before, with or after the second.
+using ZPSortFunction = int(id, id, void *);
+
+/// An ordered list of objects, which it retains; at most 134,217,727 of them, never null. A cluster: `alloc`
+/// gives a private class that keeps the elements inside the object. A subclass supplies `count` and
+/// `objectAtIndex:`. An index or range beyond the elements raises ZPRangeException, a null element
+/// ZPInvalidArgumentException. Searches answer ZPNotFound when they find nothing. Immutable arrays may be
+/// read by several threads at once; a mutable one belongs to one thread at a time.
+struct ZPArray : ZPObject {
+    ZP_CLASS(ZPArray)
+
+    /// The empty array: one shared object.
+    static ZPArray *array() { return objc_msgSend<ZPArray *>(class_(), "array"_sel); }
+    static ZPArray *arrayWithArray(ZPArray *array) { return objc_msgSend<ZPArray *>(class_(), "arrayWithArray:"_sel, array); }
+    /// With `copyItems` each element is a copy of the other array's.
+    static ZPArray *arrayWithArray_copyItems(ZPArray *array, BOOL copyItems) {
+        return objc_msgSend<ZPArray *>(class_(), "arrayWithArray:copyItems:"_sel, array, copyItems);
+    }
+    /// Reads a property list; null when the file cannot be read or holds no array.
+    static ZPArray *arrayWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPArray *>(class_(), "arrayWithContentsOfFile:"_sel, path); }
+    static ZPArray *arrayWithObject(id object) { return objc_msgSend<ZPArray *>(class_(), "arrayWithObject:"_sel, object); }
+    static ZPArray *arrayWithObjects_count(const id *objects, unsigned count) {
+        return objc_msgSend<ZPArray *>(class_(), "arrayWithObjects:count:"_sel, objects, count);
+    }
+    /// The arguments as elements, up to the first null.
+    template <class... A> static ZPArray *arrayWithObjects(A... objects) {
+        return objc_sendObjectList<ZPArray *>(class_(), "arrayWithObjects:"_sel, objects...);
+    }
+
+    /// The initialiser that a subclass supplies.
+    ZPArray *initWithObjects_count(const id *objects, unsigned count) {
+        return objc_msgSend<ZPArray *>(this, "initWithObjects:count:"_sel, objects, count);
+    }
+    template <class... A> ZPArray *initWithObjects(A... objects) {
+        return objc_sendObjectList<ZPArray *>(this, "initWithObjects:"_sel, objects...);
+    }
+    ZPArray *initWithArray(ZPArray *array) { return objc_msgSend<ZPArray *>(this, "initWithArray:"_sel, array); }
+    ZPArray *initWithArray_copyItems(ZPArray *array, BOOL copyItems) {
+        return objc_msgSend<ZPArray *>(this, "initWithArray:copyItems:"_sel, array, copyItems);
+    }
+    /// Null when the file cannot be read or holds no array.
+    ZPArray *initWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPArray *>(this, "initWithContentsOfFile:"_sel, path); }
+
+    /// The number of elements.
+    unsigned count() { return objc_msgSend<unsigned>(this, "count"_sel); }
+    id objectAtIndex(unsigned index) { return objc_msgSend<id>(this, "objectAtIndex:"_sel, index); }
+    /// Null when there is none.
+    id lastObject() { return objc_msgSend<id>(this, "lastObject"_sel); }
+    /// Stores the elements, not retained, at `objects`, which has room for them.
+    void getObjects(id *objects) { objc_msgSend(this, "getObjects:"_sel, objects); }
+    void getObjects_range(id *objects, ZPRange range) { objc_msgSend(this, "getObjects:range:"_sel, objects, range); }
+
+    BOOL containsObject(id object) { return objc_msgSend<BOOL>(this, "containsObject:"_sel, object); }
+    /// The first index of the identical object, else the first of an equal one.
+    unsigned indexOfObject(id object) { return objc_msgSend<unsigned>(this, "indexOfObject:"_sel, object); }
+    unsigned indexOfObject_inRange(id object, ZPRange range) { return objc_msgSend<unsigned>(this, "indexOfObject:inRange:"_sel, object, range); }
+    unsigned indexOfObjectIdenticalTo(id object) { return objc_msgSend<unsigned>(this, "indexOfObjectIdenticalTo:"_sel, object); }
+    unsigned indexOfObjectIdenticalTo_inRange(id object, ZPRange range) {
+        return objc_msgSend<unsigned>(this, "indexOfObjectIdenticalTo:inRange:"_sel, object, range);
+    }
+    unsigned indexOfObject_range_identical(id object, ZPRange range, BOOL identical) {
+        return objc_msgSend<unsigned>(this, "indexOfObject:range:identical:"_sel, object, range, identical);
+    }
+    /// Searches from `index` to the end, or back to 0; `indexOf:::`.
+    unsigned indexOf(id object, int index, BOOL forward) { return objc_msgSend<unsigned>(this, "indexOf:::"_sel, object, index, forward); }
+    /// The first index whose element answers the selector with something that `object` finds equal.
+    unsigned indexOfAttributeBySelector_equalToObject(SEL selector, id object) {
+        return objc_msgSend<unsigned>(this, "indexOfAttributeBySelector:equalToObject:"_sel, selector, object);
+    }
+    /// The first element that the other array contains too, or null.
+    id firstObjectCommonWithArray(ZPArray *array) { return objc_msgSend<id>(this, "firstObjectCommonWithArray:"_sel, array); }
+    /// Equal elements in the same order.
+    BOOL isEqualToArray(ZPArray *array) { return objc_msgSend<BOOL>(this, "isEqualToArray:"_sel, array); }
+
+    ZPArray *arrayByAddingObject(id object) { return objc_msgSend<ZPArray *>(this, "arrayByAddingObject:"_sel, object); }
+    ZPArray *arrayByAddingObjects_count(const id *objects, unsigned count) {
+        return objc_msgSend<ZPArray *>(this, "arrayByAddingObjects:count:"_sel, objects, count);
+    }
+    ZPArray *arrayByAddingObjectsFromArray(ZPArray *array) { return objc_msgSend<ZPArray *>(this, "arrayByAddingObjectsFromArray:"_sel, array); }
+    /// What the elements answer the selector with, nulls left out.
+    ZPArray *arrayByApplyingSelector(SEL selector) { return objc_msgSend<ZPArray *>(this, "arrayByApplyingSelector:"_sel, selector); }
+    /// The elements that the other array does not contain.
+    ZPArray *arrayByExcludingObjectsInArray(ZPArray *array) { return objc_msgSend<ZPArray *>(this, "arrayByExcludingObjectsInArray:"_sel, array); }
+    ZPArray *arrayByExcludingIdenticalObjectsInArray(ZPArray *array) {
+        return objc_msgSend<ZPArray *>(this, "arrayByExcludingIdenticalObjectsInArray:"_sel, array);
+    }
+    ZPArray *arrayByExcludingObjectsInArray_identical(ZPArray *array, BOOL identical) {
+        return objc_msgSend<ZPArray *>(this, "arrayByExcludingObjectsInArray:identical:"_sel, array, identical);
+    }
+    ZPArray *subarrayWithRange(ZPRange range) { return objc_msgSend<ZPArray *>(this, "subarrayWithRange:"_sel, range); }
+    /// The descriptions of the elements with the separator between them.
+    ZPString *componentsJoinedByString(ZPString *separator) { return objc_msgSend<ZPString *>(this, "componentsJoinedByString:"_sel, separator); }
+
+    /// Sends a selector to every element in index order.
+    void makeObjectsPerform(SEL selector) { objc_msgSend(this, "makeObjectsPerform:"_sel, selector); }
+    void makeObjectsPerform_withObject(SEL selector, id object) { objc_msgSend(this, "makeObjectsPerform:withObject:"_sel, selector, object); }
+    void makeObjectsPerformSelector(SEL selector) { objc_msgSend(this, "makeObjectsPerformSelector:"_sel, selector); }
+    void makeObjectsPerformSelector_withObject(SEL selector, id object) {
+        objc_msgSend(this, "makeObjectsPerformSelector:withObject:"_sel, selector, object);
+    }
+
+    /// The array must not change while the enumerator is in use.
+    ZPEnumerator *objectEnumerator() { return objc_msgSend<ZPEnumerator *>(this, "objectEnumerator"_sel); }
+    /// From the last element to the first.
+    ZPEnumerator *reverseObjectEnumerator() { return objc_msgSend<ZPEnumerator *>(this, "reverseObjectEnumerator"_sel); }
+
+    /// The elements in ascending order; equal elements keep their order.
+    ZPArray *sortedArrayUsingFunction_context(ZPSortFunction *function, void *context) {
+        return objc_msgSend<ZPArray *>(this, "sortedArrayUsingFunction:context:"_sel, function, context);
+    }
+    /// The selector is sent to one element with another and answers a comparison result.
+    ZPArray *sortedArrayUsingSelector(SEL selector) { return objc_msgSend<ZPArray *>(this, "sortedArrayUsingSelector:"_sel, selector); }
+    /// A memory of the receiver's order that speeds up sorting a similar array.
+    ZPData *sortedArrayHint() { return objc_msgSend<ZPData *>(this, "sortedArrayHint"_sel); }
+    ZPArray *sortedArrayUsingFunction_context_hint(ZPSortFunction *function, void *context, ZPData *hint) {
+        return objc_msgSend<ZPArray *>(this, "sortedArrayUsingFunction:context:hint:"_sel, function, context, hint);
+    }
+    ZPArray *sortedArrayUsingSelector_hint(SEL selector, ZPData *hint) {
+        return objc_msgSend<ZPArray *>(this, "sortedArrayUsingSelector:hint:"_sel, selector, hint);
+    }
+
+    /// Property-list text; numbers and dates take the locale (may be null).
+    ZPString *descriptionWithLocale(ZPDictionary *locale) { return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale); }
+    /// The same for an array that lies `level` levels deep.
+    ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) {
+        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:indent:"_sel, locale, level);
+    }
+    /// Writes the description; with `atomically` the file is there whole or not at all. NO when it fails.
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
+        return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically);
+    }
+};
+
+/// An array that can change. A subclass supplies the array's primitives and `addObject:`,
+/// `insertObject:atIndex:`, `removeLastObject`, `removeObjectAtIndex:` and `replaceObjectAtIndex:withObject:`.
+struct ZPMutableArray : ZPArray {
+    ZP_CLASS(ZPMutableArray)
+
+    static ZPMutableArray *array() { return objc_msgSend<ZPMutableArray *>(class_(), "array"_sel); }
+    /// Empty, with room for `capacity` elements; more fit as well.
+    static ZPMutableArray *arrayWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithCapacity:"_sel, capacity); }
+    static ZPMutableArray *arrayWithArray(ZPArray *array) { return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithArray:"_sel, array); }
+    static ZPMutableArray *arrayWithArray_copyItems(ZPArray *array, BOOL copyItems) {
+        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithArray:copyItems:"_sel, array, copyItems);
+    }
+    static ZPMutableArray *arrayWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithContentsOfFile:"_sel, path); }
+    static ZPMutableArray *arrayWithObject(id object) { return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithObject:"_sel, object); }
+    static ZPMutableArray *arrayWithObjects_count(const id *objects, unsigned count) {
+        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithObjects:count:"_sel, objects, count);
+    }
+    template <class... A> static ZPMutableArray *arrayWithObjects(A... objects) {
+        return objc_sendObjectList<ZPMutableArray *>(class_(), "arrayWithObjects:"_sel, objects...);
+    }
+
+    /// The second initialiser that a subclass supplies.
+    ZPMutableArray *initWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableArray *>(this, "initWithCapacity:"_sel, capacity); }
+
+    void addObject(id object) { objc_msgSend(this, "addObject:"_sel, object); }
+    /// `index` may be the count.
+    void insertObject_atIndex(id object, unsigned index) { objc_msgSend(this, "insertObject:atIndex:"_sel, object, index); }
+    void replaceObjectAtIndex_withObject(unsigned index, id object) { objc_msgSend(this, "replaceObjectAtIndex:withObject:"_sel, index, object); }
+    void removeLastObject() { objc_msgSend(this, "removeLastObject"_sel); }
+    void removeObjectAtIndex(unsigned index) { objc_msgSend(this, "removeObjectAtIndex:"_sel, index); }
+    void removeAllObjects() { objc_msgSend(this, "removeAllObjects"_sel); }
+    void addObjectsFromArray(ZPArray *array) { objc_msgSend(this, "addObjectsFromArray:"_sel, array); }
+    void exchangeObjectAtIndex_withObjectAtIndex(unsigned index1, unsigned index2) {
+        objc_msgSend(this, "exchangeObjectAtIndex:withObjectAtIndex:"_sel, index1, index2);
+    }
+    /// Puts the elements of the other array, which may be more or fewer, in the place of the range.
+    void replaceObjectsInRange_withObjectsFromArray(ZPRange range, ZPArray *array) {
+        objc_msgSend(this, "replaceObjectsInRange:withObjectsFromArray:"_sel, range, array);
+    }
+    void replaceObjectsInRange_withObjectsFromArray_range(ZPRange range, ZPArray *array, ZPRange arrayRange) {
+        objc_msgSend(this, "replaceObjectsInRange:withObjectsFromArray:range:"_sel, range, array, arrayRange);
+    }
+    /// Removes every element that is identical or equal to the object.
+    void removeObject(id object) { objc_msgSend(this, "removeObject:"_sel, object); }
+    void removeObject_inRange(id object, ZPRange range) { objc_msgSend(this, "removeObject:inRange:"_sel, object, range); }
+    void removeObjectIdenticalTo(id object) { objc_msgSend(this, "removeObjectIdenticalTo:"_sel, object); }
+    void removeObjectIdenticalTo_inRange(id object, ZPRange range) { objc_msgSend(this, "removeObjectIdenticalTo:inRange:"_sel, object, range); }
+    void removeObject_range_identical(id object, ZPRange range, BOOL identical) {
+        objc_msgSend(this, "removeObject:range:identical:"_sel, object, range, identical);
+    }
+    void removeObjectsInRange(ZPRange range) { objc_msgSend(this, "removeObjectsInRange:"_sel, range); }
+    /// Ascending indexes are removed one by one, also equal ones; others once each.
+    void removeObjectsFromIndices_numIndices(const unsigned *indices, unsigned count) {
+        objc_msgSend(this, "removeObjectsFromIndices:numIndices:"_sel, indices, count);
+    }
+    void removeObjectsInArray(ZPArray *array) { objc_msgSend(this, "removeObjectsInArray:"_sel, array); }
+    void setArray(ZPArray *array) { objc_msgSend(this, "setArray:"_sel, array); }
+
+    /// Sorts in place; equal elements keep their order.
+    void sortUsingFunction_context(ZPSortFunction *function, void *context) {
+        objc_msgSend(this, "sortUsingFunction:context:"_sel, function, context);
+    }
+    void sortUsingSelector(SEL selector) { objc_msgSend(this, "sortUsingSelector:"_sel, selector); }
+};
+
+extern "C" {
+/// Sorts `count` references stably and answers the list that holds them in order: `source` or `result`, each
+/// with room for `count`, as is `scratch`. `checkPresorted` skips merges of halves that are in order already.
+ZP_EXPORT id *_ZPMergeSort(unsigned count, id *source, id *result, id *scratch, ZPSortFunction *compare, void *context, BOOL checkPresorted);
+}

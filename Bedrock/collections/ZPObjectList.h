@@ -1,0 +1,14 @@
+// Lists of objects that end in null, as `arrayWithObjects:` and its like take them.
+#pragma once
+
+#include <Bedrock/core/ZPObject.h>
+
+/// Sends a message whose one named argument begins a null-ended list of objects, and adds the null. A null
+/// among the objects ends the list there.
+template <class R> ZP_INLINE R objc_sendObjectList(id receiver, SEL selector) {
+    return objc_sendVariadic<R, id>::send(receiver, selector, id());
+}
+template <class R, class... A> ZP_INLINE R objc_sendObjectList(id receiver, SEL selector, id first, A... rest) {
+    static_assert((std::is_convertible_v<A, id> && ...), "every element of the list must be an object");
+    return objc_sendVariadic<R, id>::send(receiver, selector, first, id(rest)..., id());
+}
