@@ -1,0 +1,335 @@
+// Strings: immutable sequences of 16-bit units, the front of a class cluster.
+//
+// A string is made through a placeholder that picks the storage: 8-bit bytes in the storage encoding where
+// the text allows it, 16-bit units otherwise. A subclass supplies `length` and `characterAtIndex:` (and
+// `getCharacters:range:` for speed); everything else rests on these.
+#pragma once
+
+#include <Bedrock/core/ZPObject.h>
+#include <Bedrock/strings/ZPStringEncoding.h>
+
+ZP_FORWARD(ZPArray);
+ZP_FORWARD(ZPCharacterSet);
+ZP_FORWARD(ZPCoder);
+ZP_FORWARD(ZPData);
+ZP_FORWARD(ZPDictionary);
+ZP_FORWARD(ZPMutableString);
+
+/// Bits of the options of comparisons and searches.
+enum : unsigned {
+    ZPCaseInsensitiveSearch = 1,  ///< comparison folds ASCII letters; search folds all units by the simple lower-case mapping
+    ZPLiteralSearch = 2,          ///< no effect: matching is always unit by unit
+    ZPBackwardsSearch = 4,        ///< the last match
+    ZPAnchoredSearch = 8,         ///< only at the range's start (its end, with backwards)
+};
+
+/// An immutable text. Length, indexes and ranges count 16-bit units; there is no normalisation. May be read
+/// from any thread. An index or a range past the end raises ZPRangeException; searches that find nothing
+/// answer {ZPNotFound, 0}.
+struct ZPString : ZPObject {
+    ZP_CLASS(ZPString)
+
+    // ---- making strings: autoreleased ----
+
+    /// The empty string.
+    static ZPString *string() { return objc_msgSend<ZPString *>(class_(), "string"_sel); }
+    static ZPString *stringWithString(ZPString *other) { return objc_msgSend<ZPString *>(class_(), "stringWithString:"_sel, other); }
+    /// Copies the units.
+    static ZPString *stringWithCharacters_length(const unichar *characters, unsigned length) {
+        return objc_msgSend<ZPString *>(class_(), "stringWithCharacters:length:"_sel, characters, length);
+    }
+    /// Copies bytes in the default C-string encoding up to the NUL. A null pointer raises
+    /// ZPInvalidArgumentException.
+    static ZPString *stringWithCString(const char *bytes) { return objc_msgSend<ZPString *>(class_(), "stringWithCString:"_sel, bytes); }
+    /// Copies `length` bytes in the default C-string encoding.
+    static ZPString *stringWithCString_length(const char *bytes, unsigned length) {
+        return objc_msgSend<ZPString *>(class_(), "stringWithCString:length:"_sel, bytes, length);
+    }
+    /// printf conventions; %@ formats an object.
+    template <class... A> static ZPString *stringWithFormat(ZPString *format, A... arguments) {
+        return objc_sendVariadic<ZPString *, ZPString *>::send(class_(), "stringWithFormat:"_sel, format, arguments...);
+    }
+    /// With the decimal separator of a locale dictionary (may be null).
+    template <class... A> static ZPString *stringWithFormat_locale(ZPString *format, ZPDictionary *locale, A... arguments) {
+        return objc_sendVariadic<ZPString *, ZPString *, ZPDictionary *>::send(class_(), "stringWithFormat:locale:"_sel, format, locale, arguments...);
+    }
+    /// With the user defaults as locale.
+    template <class... A> static ZPString *localizedStringWithFormat(ZPString *format, A... arguments) {
+        return objc_sendVariadic<ZPString *, ZPString *>::send(class_(), "localizedStringWithFormat:"_sel, format, arguments...);
+    }
+    /// The text of a file: see `initWithContentsOfFile`.
+    static ZPString *stringWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPString *>(class_(), "stringWithContentsOfFile:"_sel, path); }
+
+    // ---- initialisers: each may answer another object than the receiver ----
+
+    ZPString *init() { return objc_msgSend<id>(this, "init"_sel); }
+    /// Uses the caller's units, which must outlive the string unless it frees them (in the zone that owns
+    /// them). A subclass's one way to hold units.
+    ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *characters, unsigned length, BOOL freeWhenDone) {
+        return objc_msgSend<ZPString *>(this, "initWithCharactersNoCopy:length:freeWhenDone:"_sel, characters, length, freeWhenDone);
+    }
+    ZPString *initWithCharacters_length(const unichar *characters, unsigned length) {
+        return objc_msgSend<ZPString *>(this, "initWithCharacters:length:"_sel, characters, length);
+    }
+    /// Uses the caller's bytes in the default C-string encoding; with `freeWhenDone` they are the string's.
+    ZPString *initWithCStringNoCopy_length_freeWhenDone(char *bytes, unsigned length, BOOL freeWhenDone) {
+        return objc_msgSend<ZPString *>(this, "initWithCStringNoCopy:length:freeWhenDone:"_sel, bytes, length, freeWhenDone);
+    }
+    ZPString *initWithCString_length(const char *bytes, unsigned length) {
+        return objc_msgSend<ZPString *>(this, "initWithCString:length:"_sel, bytes, length);
+    }
+    /// A null pointer raises ZPInvalidArgumentException.
+    ZPString *initWithCString(const char *bytes) { return objc_msgSend<ZPString *>(this, "initWithCString:"_sel, bytes); }
+    ZPString *initWithString(ZPString *other) { return objc_msgSend<ZPString *>(this, "initWithString:"_sel, other); }
+    template <class... A> ZPString *initWithFormat(ZPString *format, A... arguments) {
+        return objc_sendVariadic<ZPString *, ZPString *>::send(this, "initWithFormat:"_sel, format, arguments...);
+    }
+    template <class... A> ZPString *initWithFormat_locale(ZPString *format, ZPDictionary *locale, A... arguments) {
+        return objc_sendVariadic<ZPString *, ZPString *, ZPDictionary *>::send(this, "initWithFormat:locale:"_sel, format, locale, arguments...);
+    }
+    ZPString *initWithFormat_arguments(ZPString *format, std::va_list arguments) {
+        return objc_msgSend<ZPString *>(this, "initWithFormat:arguments:"_sel, format, arguments);
+    }
+    ZPString *initWithFormat_locale_arguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
+        return objc_msgSend<ZPString *>(this, "initWithFormat:locale:arguments:"_sel, format, locale, arguments);
+    }
+    /// Null when the bytes are not text in the encoding.
+    ZPString *initWithData_encoding(ZPData *data, ZPStringEncoding encoding) {
+        return objc_msgSend<ZPString *>(this, "initWithData:encoding:"_sel, data, encoding);
+    }
+    ZPString *initWithBytes_length_encoding(const void *bytes, unsigned length, ZPStringEncoding encoding) {
+        return objc_msgSend<ZPString *>(this, "initWithBytes:length:encoding:"_sel, bytes, length, encoding);
+    }
+    /// Reads a file: UTF-16 when it is of even length and begins with a byte-order mark, else the default
+    /// C-string encoding. Null when the file cannot be read or decoded.
+    ZPString *initWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPString *>(this, "initWithContentsOfFile:"_sel, path); }
+
+    // ---- reading ----
+
+    unsigned length() { return objc_msgSend<unsigned>(this, "length"_sel); }
+    unichar characterAtIndex(unsigned index) { return objc_msgSend<unichar>(this, "characterAtIndex:"_sel, index); }
+    /// Copies all units; the buffer holds `length()` of them.
+    void getCharacters(unichar *buffer) { objc_msgSend(this, "getCharacters:"_sel, buffer); }
+    void getCharacters_range(unichar *buffer, ZPRange range) { objc_msgSend(this, "getCharacters:range:"_sel, buffer, range); }
+    /// The receiver's bytes in the 8-bit storage encoding, `cStringLength()` of them and in general without a
+    /// NUL, or null. Valid while the receiver lives and is not changed.
+    const char *_fastCStringContents() { return objc_msgSend<const char *>(this, "_fastCStringContents"_sel); }
+    ZPStringEncoding fastestEncoding() { return objc_msgSend<ZPStringEncoding>(this, "fastestEncoding"_sel); }
+    ZPStringEncoding smallestEncoding() { return objc_msgSend<ZPStringEncoding>(this, "smallestEncoding"_sel); }
+
+    // ---- comparing ----
+
+    ZPComparisonResult compare(ZPString *other) { return objc_msgSend<ZPComparisonResult>(this, "compare:"_sel, other); }
+    ZPComparisonResult caseInsensitiveCompare(ZPString *other) { return objc_msgSend<ZPComparisonResult>(this, "caseInsensitiveCompare:"_sel, other); }
+    /// By unit values; ZPCaseInsensitiveSearch folds ASCII letters, the other options have no effect.
+    ZPComparisonResult compare_options(ZPString *other, unsigned options) {
+        return objc_msgSend<ZPComparisonResult>(this, "compare:options:"_sel, other, options);
+    }
+    /// A range of the receiver with the whole argument.
+    ZPComparisonResult compare_options_range(ZPString *other, unsigned options, ZPRange range) {
+        return objc_msgSend<ZPComparisonResult>(this, "compare:options:range:"_sel, other, options, range);
+    }
+    BOOL isEqualToString(ZPString *other) { return objc_msgSend<BOOL>(this, "isEqualToString:"_sel, other); }
+    /// NO for an empty argument, as `hasSuffix`.
+    BOOL hasPrefix(ZPString *prefix) { return objc_msgSend<BOOL>(this, "hasPrefix:"_sel, prefix); }
+    BOOL hasSuffix(ZPString *suffix) { return objc_msgSend<BOOL>(this, "hasSuffix:"_sel, suffix); }
+    /// What both begin with, in the receiver's spelling, in whole composed characters.
+    ZPString *commonPrefixWithString_options(ZPString *other, unsigned options) {
+        return objc_msgSend<ZPString *>(this, "commonPrefixWithString:options:"_sel, other, options);
+    }
+
+    // ---- searching ----
+
+    /// An empty argument is never found.
+    ZPRange rangeOfString(ZPString *needle) { return objc_msgSend<ZPRange>(this, "rangeOfString:"_sel, needle); }
+    ZPRange rangeOfString_options(ZPString *needle, unsigned options) { return objc_msgSend<ZPRange>(this, "rangeOfString:options:"_sel, needle, options); }
+    ZPRange rangeOfString_options_range(ZPString *needle, unsigned options, ZPRange range) {
+        return objc_msgSend<ZPRange>(this, "rangeOfString:options:range:"_sel, needle, options, range);
+    }
+    ZPRange rangeOfCharacterFromSet(ZPCharacterSet *set) { return objc_msgSend<ZPRange>(this, "rangeOfCharacterFromSet:"_sel, set); }
+    ZPRange rangeOfCharacterFromSet_options(ZPCharacterSet *set, unsigned options) {
+        return objc_msgSend<ZPRange>(this, "rangeOfCharacterFromSet:options:"_sel, set, options);
+    }
+    ZPRange rangeOfCharacterFromSet_options_range(ZPCharacterSet *set, unsigned options, ZPRange range) {
+        return objc_msgSend<ZPRange>(this, "rangeOfCharacterFromSet:options:range:"_sel, set, options, range);
+    }
+    /// The base character at or before an index with its combining marks; surrogate pairs stay whole.
+    ZPRange rangeOfComposedCharacterSequenceAtIndex(unsigned index) {
+        return objc_msgSend<ZPRange>(this, "rangeOfComposedCharacterSequenceAtIndex:"_sel, index);
+    }
+    BOOL _containsString(ZPString *needle) { return objc_msgSend<BOOL>(this, "_containsString:"_sel, needle); }
+    /// A character in the default C-string encoding; NUL is never found.
+    BOOL _containsChar(char character) { return objc_msgSend<BOOL>(this, "_containsChar:"_sel, character); }
+    /// Leading white space and newlines are passed over before the search.
+    BOOL _containsCharFromSet(ZPCharacterSet *set) { return objc_msgSend<BOOL>(this, "_containsCharFromSet:"_sel, set); }
+
+    // ---- pieces and derived strings ----
+
+    ZPString *substringWithRange(ZPRange range) { return objc_msgSend<ZPString *>(this, "substringWithRange:"_sel, range); }
+    ZPString *substringFromIndex(unsigned index) { return objc_msgSend<ZPString *>(this, "substringFromIndex:"_sel, index); }
+    ZPString *substringToIndex(unsigned index) { return objc_msgSend<ZPString *>(this, "substringToIndex:"_sel, index); }
+    /// The caller owns the result.
+    ZPString *_newSubstringWithRange_zone(ZPRange range, ZPZone *zone) {
+        return objc_msgSend<ZPString *>(this, "_newSubstringWithRange:zone:"_sel, range, zone);
+    }
+    /// The same in the receiver's zone.
+    ZPString *_newSubstringFromRange_zone(ZPRange range, ZPZone *zone) {
+        return objc_msgSend<ZPString *>(this, "_newSubstringFromRange:zone:"_sel, range, zone);
+    }
+    /// The pieces between occurrences of the separator; empty pieces stay.
+    ZPArray *componentsSeparatedByString(ZPString *separator) { return objc_msgSend<ZPArray *>(this, "componentsSeparatedByString:"_sel, separator); }
+    /// The non-empty runs between members of the set.
+    ZPArray *_componentsSeparatedBySet(ZPCharacterSet *set) { return objc_msgSend<ZPArray *>(this, "_componentsSeparatedBySet:"_sel, set); }
+    ZPString *stringByAppendingString(ZPString *other) { return objc_msgSend<ZPString *>(this, "stringByAppendingString:"_sel, other); }
+    template <class... A> ZPString *stringByAppendingFormat(ZPString *format, A... arguments) {
+        return objc_sendVariadic<ZPString *, ZPString *>::send(this, "stringByAppendingFormat:"_sel, format, arguments...);
+    }
+    /// Inserts the separator between groups of `frequency` units counted from the end.
+    ZPString *_stringWithSeparator_atFrequency(unichar separator, int frequency) {
+        return objc_msgSend<ZPString *>(this, "_stringWithSeparator:atFrequency:"_sel, separator, frequency);
+    }
+    /// Replaces `*buffer` (freed in its zone) by a new block of the default zone with the receiver's units;
+    /// null for an empty receiver.
+    void _copyToUnicharBuffer_saveLength(unichar **buffer, int *length) {
+        objc_msgSend(this, "_copyToUnicharBuffer:saveLength:"_sel, buffer, length);
+    }
+    ZPString *uppercaseString() { return objc_msgSend<ZPString *>(this, "uppercaseString"_sel); }
+    ZPString *lowercaseString() { return objc_msgSend<ZPString *>(this, "lowercaseString"_sel); }
+    /// Title case for every unit that does not follow a letter, lower case for the rest.
+    ZPString *capitalizedString() { return objc_msgSend<ZPString *>(this, "capitalizedString"_sel); }
+    /// Flag bit 1 (value 1) selects Turkish rules.
+    ZPString *_capitalizedStringWithFlags(unsigned flags) { return objc_msgSend<ZPString *>(this, "_capitalizedStringWithFlags:"_sel, flags); }
+    /// Control characters and characters outside the default C-string encoding as \ooo and \Uxxxx.
+    ZPString *displayableString() { return objc_msgSend<ZPString *>(this, "displayableString"_sel); }
+    /// A case map is one of the ZPConvertTo... functions.
+    ZPString *_caseCopyAux_flags(unsigned (*convert)(unichar, unichar *, unsigned), unsigned flags) {
+        return objc_msgSend<ZPString *>(this, "_caseCopyAux:flags:"_sel, convert, flags);
+    }
+
+    // ---- lines and numbers ----
+
+    /// Any pointer may be null. Lines end with LF, CR, CR LF, U+2028 or U+2029.
+    void getLineStart_end_contentsEnd_forRange(unsigned *start, unsigned *end, unsigned *contentsEnd, ZPRange range) {
+        objc_msgSend(this, "getLineStart:end:contentsEnd:forRange:"_sel, start, end, contentsEnd, range);
+    }
+    /// The range of the whole lines, separators included, that a range touches.
+    ZPRange lineRangeForRange(ZPRange range) { return objc_msgSend<ZPRange>(this, "lineRangeForRange:"_sel, range); }
+    /// The number the text begins with after white space, or 0; out of range gives the nearest int.
+    int intValue() { return objc_msgSend<int>(this, "intValue"_sel); }
+    float floatValue() { return objc_msgSend<float>(this, "floatValue"_sel); }
+    double doubleValue() { return objc_msgSend<double>(this, "doubleValue"_sel); }
+
+    // ---- C strings, in the default C-string encoding ----
+
+    /// NUL-terminated; valid until the current autorelease pool is emptied. Raises
+    /// ZPCharacterConversionException for a character that the encoding lacks.
+    const char *cString() { return objc_msgSend<const char *>(this, "cString"_sel); }
+    /// The same with approximations for such characters.
+    const char *lossyCString() { return objc_msgSend<const char *>(this, "lossyCString"_sel); }
+    /// Bytes without the NUL; 0 when the text cannot be converted.
+    unsigned cStringLength() { return objc_msgSend<unsigned>(this, "cStringLength"_sel); }
+    /// The buffer must hold the whole text and a NUL.
+    void getCString(char *buffer) { objc_msgSend(this, "getCString:"_sel, buffer); }
+    /// The buffer holds maxLength + 1 bytes.
+    void getCString_maxLength(char *buffer, unsigned maxLength) { objc_msgSend(this, "getCString:maxLength:"_sel, buffer, maxLength); }
+    /// Stores what did not fit in `remaining` (may be null).
+    void getCString_maxLength_range_remainingRange(char *buffer, unsigned maxLength, ZPRange range, ZPRange *remaining) {
+        objc_msgSend(this, "getCString:maxLength:range:remainingRange:"_sel, buffer, maxLength, range, remaining);
+    }
+
+    // ---- encodings ----
+
+    static ZPStringEncoding defaultCStringEncoding() { return objc_msgSend<ZPStringEncoding>(class_(), "defaultCStringEncoding"_sel); }
+    /// A static list that ends with 0.
+    static const ZPStringEncoding *availableStringEncodings() {
+        return objc_msgSend<const ZPStringEncoding *>(class_(), "availableStringEncodings"_sel);
+    }
+    static ZPString *localizedNameOfStringEncoding(ZPStringEncoding encoding) {
+        return objc_msgSend<ZPString *>(class_(), "localizedNameOfStringEncoding:"_sel, encoding);
+    }
+    /// Converts whole characters until `maxLength` bytes are full; a null buffer only counts. `filled` and
+    /// `remaining` may be null. NO when a character has no form in the encoding and loss is not allowed.
+    BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
+        return objc_msgSend<BOOL>(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
+                                  maxLength, filled, encoding, lossy, range, remaining);
+    }
+    /// Null when the text cannot be converted.
+    ZPData *dataUsingEncoding_allowLossyConversion(ZPStringEncoding encoding, BOOL lossy) {
+        return objc_msgSend<ZPData *>(this, "dataUsingEncoding:allowLossyConversion:"_sel, encoding, lossy);
+    }
+    ZPData *dataUsingEncoding(ZPStringEncoding encoding) { return objc_msgSend<ZPData *>(this, "dataUsingEncoding:"_sel, encoding); }
+    BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) { return objc_msgSend<BOOL>(this, "canBeConvertedToEncoding:"_sel, encoding); }
+
+    // ---- files, archives, property lists ----
+
+    /// In the default C-string encoding, or UTF-16 with a byte-order mark where that cannot hold the text.
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) { return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically); }
+    Class classForCoder() { return objc_msgSend<Class>(this, "classForCoder"_sel); }
+    /// The tree that the text describes; raises ZPParseErrorException.
+    id propertyList() { return objc_msgSend<id>(this, "propertyList"_sel); }
+    ZPDictionary *propertyListFromStringsFileFormat() { return objc_msgSend<ZPDictionary *>(this, "propertyListFromStringsFileFormat"_sel); }
+    /// The text with quotes and escapes where the property-list form needs them.
+    ZPString *_stringRepresentation() { return objc_msgSend<ZPString *>(this, "_stringRepresentation"_sel); }
+    ZPString *quotedStringRepresentation() { return objc_msgSend<ZPString *>(this, "quotedStringRepresentation"_sel); }
+
+    // ---- ZPPathUtilities: file paths ----
+
+    static ZPString *pathWithComponents(ZPArray *components) { return objc_msgSend<ZPString *>(class_(), "pathWithComponents:"_sel, components); }
+    ZPArray *pathComponents() { return objc_msgSend<ZPArray *>(this, "pathComponents"_sel); }
+    BOOL isAbsolutePath() { return objc_msgSend<BOOL>(this, "isAbsolutePath"_sel); }
+    ZPString *lastPathComponent() { return objc_msgSend<ZPString *>(this, "lastPathComponent"_sel); }
+    ZPString *stringByDeletingLastPathComponent() { return objc_msgSend<ZPString *>(this, "stringByDeletingLastPathComponent"_sel); }
+    ZPString *stringByAppendingPathComponent(ZPString *component) {
+        return objc_msgSend<ZPString *>(this, "stringByAppendingPathComponent:"_sel, component);
+    }
+    ZPString *pathExtension() { return objc_msgSend<ZPString *>(this, "pathExtension"_sel); }
+    ZPString *stringByDeletingPathExtension() { return objc_msgSend<ZPString *>(this, "stringByDeletingPathExtension"_sel); }
+    ZPString *stringByAppendingPathExtension(ZPString *extension) {
+        return objc_msgSend<ZPString *>(this, "stringByAppendingPathExtension:"_sel, extension);
+    }
+    ZPString *stringByAbbreviatingWithTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByAbbreviatingWithTildeInPath"_sel); }
+    ZPString *stringByExpandingTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByExpandingTildeInPath"_sel); }
+    ZPString *stringByStandardizingPath() { return objc_msgSend<ZPString *>(this, "stringByStandardizingPath"_sel); }
+    ZPString *stringByResolvingSymlinksInPath() { return objc_msgSend<ZPString *>(this, "stringByResolvingSymlinksInPath"_sel); }
+    ZPArray *stringsByAppendingPaths(ZPArray *paths) { return objc_msgSend<ZPArray *>(this, "stringsByAppendingPaths:"_sel, paths); }
+    /// The path as the host takes it; valid until the current autorelease pool is emptied.
+    const char *fileSystemRepresentation() { return objc_msgSend<const char *>(this, "fileSystemRepresentation"_sel); }
+    BOOL getFileSystemRepresentation_maxLength(char *buffer, unsigned maxLength) {
+        return objc_msgSend<BOOL>(this, "getFileSystemRepresentation:maxLength:"_sel, buffer, maxLength);
+    }
+};
+
+extern "C" {
+// Units and bytes without a string object; any thread. Comparisons answer -1, 0 or +1 by unit values, and
+// ZPCaseInsensitiveSearch folds ASCII letters. Equal texts hash alike in every form.
+
+ZP_EXPORT ZPComparisonResult ZPCompareCharacters(const unichar *a, const unichar *b, unsigned lengthA, unsigned lengthB, unsigned options);
+/// On bytes in the 8-bit storage encoding.
+ZP_EXPORT ZPComparisonResult ZPCompareCString(const char *a, const char *b, unsigned lengthA, unsigned lengthB, unsigned options);
+/// Reads 16 units at most.
+ZP_EXPORT unsigned ZPHashCharacters(const unichar *characters, unsigned length);
+ZP_EXPORT unsigned ZPHashCString(const char *bytes, unsigned length);
+ZP_EXPORT unsigned ZPHashString(ZPString *string);
+
+// The case mapping of one unit: writes one to three units and answers how many. Flag value 1 selects Turkish
+// rules.
+
+ZP_EXPORT unsigned ZPConvertToUpper(unichar unit, unichar *output, unsigned flags);
+ZP_EXPORT unsigned ZPConvertToLower(unichar unit, unichar *output, unsigned flags);
+ZP_EXPORT unsigned ZPConvertToTitle(unichar unit, unichar *output, unsigned flags);
+
+/// "YES" for a non-zero flag, else "NO".
+ZP_EXPORT ZPString *ZPStringFromBOOL(BOOL flag);
+
+// Constructors whose result the caller owns; a null zone means the default zone.
+
+/// Copies bytes in the 8-bit storage encoding.
+ZP_EXPORT ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone);
+/// An 8-bit copy of a string that the default C-string encoding can hold.
+ZP_EXPORT ZPString *_ZPNewInlineCStringFromString(ZPString *string, ZPZone *zone);
+/// From bytes in the default C-string encoding up to the NUL.
+ZP_EXPORT ZPString *_ZPNewStringFromCString(const char *bytes);
+/// The object that `alloc` answers for ZPString in a zone; lives as long as the process.
+ZP_EXPORT ZPString *_ZPPlaceholderStringFromZone(ZPZone *zone);
+}
