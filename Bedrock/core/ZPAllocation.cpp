@@ -38,6 +38,11 @@ void ZPDeallocateObject(id object) {
     _dealloc(object.pointer());
 }
 
+void objc_deallocatePlainly(objc_object *object) {
+    if (ZPZombieEnabled && _ZPMakeZombie(object)) return;
+    _dealloc(object);
+}
+
 BOOL ZPShouldRetainWithZone(id object, ZPZone *zone) {
     if (!zone || zone == QLDefaultMallocZone()) return YES;
     return QLZoneFromPtr(object.pointer()) == zone;

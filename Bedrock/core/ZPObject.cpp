@@ -37,7 +37,7 @@ struct ZPObjectMethods : ZPObject {
     id copy() { return ZPObject::copyWithZone(nullptr); }
     id mutableCopy() { return ZPObject::mutableCopyWithZone(nullptr); }
     ZPZone *zone() {
-        if (objc_countsInItsHeader(this) && !objc_headerOf(this)->inChildZone) return QLDefaultMallocZone();
+        if (objc_countsInItsHeader(this) && objc_headerOf(this)->origin != objc_fromChildZone) return QLDefaultMallocZone();
         ZPZone *zone = QLZoneFromPtr(this);
         return zone ? zone : QLDefaultMallocZone();
     }

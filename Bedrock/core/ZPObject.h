@@ -10,6 +10,11 @@ ZP_FORWARD(ZPArray);
 ZP_FORWARD(ZPMethodSignature);
 ZP_FORWARD(ZPInvocation);
 
+extern "C" {
+ZP_EXPORT void objc_deallocatePlainly(objc_object *object);
+ZP_EXPORT void ZPAutoreleaseObject(id object);
+}
+
 /// The root of nearly every class. A new object has retain count 1; it is deallocated by the release
 /// that finds no further reference. Operations whose names begin with alloc, copy, mutableCopy or new
 /// give an object that the caller owns; all others give one that the innermost autorelease pool keeps.
@@ -32,14 +37,23 @@ struct ZPObject : objc_object {
     }
     /// Gives a reference up; the last one deallocates the receiver.
     void release() {
-        if (__atomic_load_n(&isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) [[likely]] {
-            if (objc_releaseInHeader(this)) objc_msgSend(this, "dealloc"_sel);
+        unsigned info = __atomic_load_n(&isa->info, __ATOMIC_RELAXED);
+        if (info & objc_defaultCounting) [[likely]] {
+            if (!objc_releaseInHeader(this)) return;
+            if (info & objc_defaultDealloc) objc_deallocatePlainly(this);
+            else objc_msgSend(this, "dealloc"_sel);
             return;
         }
         objc_msgSend(this, "release"_sel);
     }
     /// Has the innermost autorelease pool of the calling thread release the receiver later.
-    id autorelease() { return objc_msgSend<id>(this, "autorelease"_sel); }
+    id autorelease() {
+        if (__atomic_load_n(&isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) [[likely]] {
+            ZPAutoreleaseObject(this);
+            return this;
+        }
+        return objc_msgSend<id>(this, "autorelease"_sel);
+    }
     /// One more than the extra references.
     unsigned retainCount() { return objc_msgSend<unsigned>(this, "retainCount"_sel); }
 

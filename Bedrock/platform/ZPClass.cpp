@@ -87,7 +87,7 @@ void growIndex(objc_classState &state, unsigned needed) {
 }
 
 bool isCountingSelector(const char *name) {
-    return !std::strcmp(name, "retain") || !std::strcmp(name, "release") || !std::strcmp(name, "retainCount");
+    return !std::strcmp(name, "retain") || !std::strcmp(name, "release") || !std::strcmp(name, "retainCount") || !std::strcmp(name, "autorelease");
 }
 bool isAllocationSelector(const char *name) { return !std::strcmp(name, "alloc") || !std::strcmp(name, "allocWithZone:"); }
 
@@ -143,7 +143,7 @@ void realizeOne(Class cls) {
         unsigned inherited = infoOf(cls->superclass);
         if (!(infoOf(cls) & objc_isMetaclass)) {
             if (!(inherited & objc_countsInHeader)) clearInfo(cls, objc_countsInHeader);
-            if (infoOf(cls) & objc_countsInHeader) setInfo(cls, inherited & objc_defaultCounting);
+            if (infoOf(cls) & objc_countsInHeader) setInfo(cls, inherited & (objc_defaultCounting | objc_defaultDealloc));
             setInfo(cls, inherited & objc_hasWideAlignment);
         } else {
             setInfo(cls, inherited & objc_defaultAllocation);
@@ -170,7 +170,11 @@ void addMethods(Class cls, objc_methodList *list) {
         *slot = &m;
         if (root && !cls->methodLists) continue;  // the root's own counting is the default
         if (isCountingSelector(sel_getName(m.name))) clearInfoBelow(cls, objc_defaultCounting);
-        if (isAllocationSelector(sel_getName(m.name))) clearInfoBelow(cls, objc_defaultAllocation);
+        if (!std::strcmp(sel_getName(m.name), "dealloc")) clearInfoBelow(cls, objc_defaultDealloc);
+        if ((infoOf(cls) & objc_isMetaclass) && isAllocationSelector(sel_getName(m.name))) {
+            clearInfoBelow(cls, objc_defaultAllocation);
+            clearInfoBelow(cls->counterpart, objc_allocatesPlainly);
+        }
     }
     list->next = cls->methodLists;
     cls->methodLists = list;
@@ -385,7 +389,9 @@ void pose(Class impostor, Class original, Class hidden) {
     original->superclass = hidden;
     link(original);
     original->methodLists = impostor->methodLists;
-    clearInfoBelow(original, ~impostor->info & (objc_defaultCounting | objc_defaultAllocation));
+    clearInfoBelow(original, ~impostor->info & (objc_defaultCounting | objc_defaultDealloc | objc_defaultAllocation));
+    if ((infoOf(original) & objc_isMetaclass) && !(infoOf(original) & objc_defaultAllocation))
+        clearInfoBelow(original->counterpart, objc_allocatesPlainly);
 }
 
 }  // namespace

@@ -73,10 +73,12 @@ enum objc_classInfo : unsigned {
     objc_isInitialized = 8,
     objc_isRoot = 16,
     objc_countsInHeader = 32,     ///< instances come from the allocator and keep their count before `isa`
-    objc_defaultCounting = 64,    ///< retain, release and retainCount are the root's own
+    objc_defaultCounting = 64,    ///< retain, release, retainCount and autorelease are the root's own
     objc_hasWideAlignment = 128,  ///< instances need 16-byte alignment
     objc_isPosing = 256,
     objc_defaultAllocation = 512, ///< (metaclass) alloc and allocWithZone: are the root's own
+    objc_defaultDealloc = 1024,   ///< dealloc is the root's own
+    objc_allocatesPlainly = 2048, ///< initialized, and alloc does nothing but allocate
 };
 
 struct objc_class : objc_object {
@@ -168,6 +170,8 @@ ZP_EXPORT void objc_loadCategory(Class cls, const char *category);
 ZP_EXPORT void objc_loadMethod(Class cls, const char *name, objc_methodDescriber describe);
 ZP_EXPORT void objc_loadProtocol(Class cls, Protocol *protocol);
 
+/// A new instance on the heap, or null when there is no memory.
+ZP_EXPORT objc_object *objc_allocateInstance(Class cls);
 /// YES when `object` is of the class or answers YES to `-isKindOfClass:`.
 ZP_EXPORT BOOL objc_isKindOf(objc_object *object, Class cls);
 }

@@ -100,7 +100,7 @@ bool ensureInitialized(Class cls) {
             Class cls;
             ~Finish() {
                 pthread_mutex_lock(&runtimeMutex());
-                setInfo(cls, objc_isInitialized);
+                setInfo(cls, objc_isInitialized | (infoOf(cls->isa) & objc_defaultAllocation ? objc_allocatesPlainly : 0u));
                 clearInfo(cls, objc_isInitializing);
                 pthread_cond_broadcast(&initialized);
             }

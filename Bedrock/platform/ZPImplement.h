@@ -52,7 +52,12 @@ template <class T> using objc_superclassOf = typename decltype(objc_nearest(stat
 /// The same for a class that only its own library names.
 #define ZP_PRIVATE_CLASS(T) ZP_CLASS_MEMBERS(T, )
 
-template <class T> ZP_INLINE T *objc_allocate(Class cls) { return objc_msgSend<T *>(cls, "alloc"_sel); }
+// A class that allocates as the root does is spared the message.
+template <class T> ZP_INLINE T *objc_allocate(Class cls) {
+    if (__atomic_load_n(&cls->info, __ATOMIC_RELAXED) & objc_allocatesPlainly) [[likely]]
+        if (objc_object *object = objc_allocateInstance(cls)) return (T *)object;
+    return objc_msgSend<T *>(cls, "alloc"_sel);
+}
 
 // ---- what a method's C++ type says -------------------------------------------------------------
 
@@ -242,7 +247,7 @@ struct objc_implementer {
     /// A root class whose retain, release and retainCount count in the header, and whose alloc and
     /// allocWithZone: only allocate.
     const objc_implementer &defaultCounting() const {
-        cls->info |= objc_defaultCounting;
+        cls->info |= objc_defaultCounting | objc_defaultDealloc;
         cls->counterpart->info |= objc_defaultAllocation;
         return *this;
     }

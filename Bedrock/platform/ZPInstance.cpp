@@ -1,5 +1,9 @@
 // Making, copying and freeing instances. An instance that counts in its header lies 8 (or, with
-// 16-byte alignment, 16) bytes into its block:  [padding] | extraReferences | inChildZone | isa ...
+// 16-byte alignment, 16) bytes into its block:  [padding] | extraReferences | origin | isa ...
+//
+// Each thread keeps a few freed heap blocks of each small size for its next instances; every such block
+// is a heap block of its own, so any of them may go back to the heap at any time.
+#include <Bedrock/platform/ZPKernel.h>
 #include <Bedrock/platform/ZPZone.h>
 
 #include <cstdlib>
@@ -13,31 +17,95 @@ std::size_t prefixOf(Class cls) {
     return info & objc_hasWideAlignment ? 16 : sizeof(objc_header);
 }
 
-objc_object *allocateRaw(Class cls, std::size_t size, ZPZone *zone) {
-    std::size_t prefix = prefixOf(cls);
-    bool child = zone && zone != QLDefaultMallocZone();
-    char *block = static_cast<char *>(child ? zone->allocate(zone, size + prefix) : std::malloc(size + prefix));
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr unsigned kept = 0;  // the sanitizers see every allocation and free
+#else
+constexpr unsigned kept = 64;
+#endif
+constexpr std::size_t grain = 16, largestKept = 256;
+
+struct Block { Block *next; };
+struct Shelf {
+    Block *first;
+    unsigned count;
+};
+[[gnu::tls_model("initial-exec")]] thread_local constinit Shelf shelves[largestKept / grain + 1]{};
+[[gnu::tls_model("initial-exec")]] thread_local constinit bool ended = false;
+
+void emptyShelves(ZPThreadData *) {
+    ended = true;
+    for (Shelf &shelf : shelves) {
+        for (Block *block = shelf.first; block;) {
+            Block *next = block->next;
+            std::free(block);
+            block = next;
+        }
+        shelf = {};
+    }
+}
+
+// Sets `shelf` to the shelf that the block will go to, 0 when it is too large for one.
+ZP_INLINE void *takeBlock(std::size_t size, unsigned &shelf) {
+    if (size > largestKept) [[unlikely]] {
+        shelf = 0;
+        return std::malloc(size);
+    }
+    shelf = unsigned((size + grain - 1) / grain);
+    if (Block *block = shelves[shelf].first) [[likely]] {
+        shelves[shelf].first = block->next;
+        --shelves[shelf].count;
+        return block;
+    }
+    return std::malloc(shelf * grain);
+}
+
+ZP_INLINE void keepBlock(void *memory, unsigned index) {
+    Shelf &shelf = shelves[index];
+    if (shelf.count == 0) [[unlikely]] {
+        if (ended || kept == 0) {
+            std::free(memory);
+            return;
+        }
+        ZPCleanUpThread(emptyShelves);
+    }
+    if (shelf.count >= kept) {
+        std::free(memory);
+        return;
+    }
+    auto *block = static_cast<Block *>(memory);
+    block->next = shelf.first;
+    shelf.first = block;
+    ++shelf.count;
+}
+
+ZP_INLINE objc_object *allocateRaw(std::size_t prefix, std::size_t size, ZPZone *zone) {
+    unsigned origin = objc_fromChildZone;
+    char *block;
+    if (zone && zone != QLDefaultMallocZone()) [[unlikely]] block = static_cast<char *>(zone->allocate(zone, size + prefix));
+    else if (prefix) [[likely]] block = static_cast<char *>(takeBlock(size + prefix, origin));
+    else block = static_cast<char *>(std::malloc(size));
     if (!block) return nullptr;
     auto *object = reinterpret_cast<objc_object *>(block + prefix);
-    if (prefix) *objc_headerOf(object) = {0, child};
+    if (prefix) *objc_headerOf(object) = {0, origin};
     return object;
 }
 
-void freeRaw(objc_object *object, std::size_t prefix) {
+ZP_INLINE void freeRaw(objc_object *object, std::size_t prefix) {
     char *block = reinterpret_cast<char *>(object) - prefix;
-    if (prefix && !objc_headerOf(object)->inChildZone) {
-        std::free(block);
-        return;
+    unsigned origin = prefix ? objc_headerOf(object)->origin : objc_fromChildZone;
+    if (origin - 1 < largestKept / grain) [[likely]] keepBlock(block, origin);
+    else if (origin == 0) std::free(block);
+    else {
+        ZPZone *zone = QLZoneFromPtr(block);
+        zone->free(zone, block);
     }
-    ZPZone *zone = QLZoneFromPtr(block);
-    zone->free(zone, block);
 }
 
 }  // namespace
 
 objc_object *_zoneAlloc(Class cls, std::size_t extraBytes, ZPZone *zone) {
     std::size_t size = cls->instanceSize + extraBytes;
-    objc_object *object = allocateRaw(cls, size, zone);
+    objc_object *object = allocateRaw(prefixOf(cls), size, zone);
     if (!object) return nullptr;
     std::memset(static_cast<void *>(object), 0, size);
     if (cls->fields && cls->fields->construct) [[unlikely]] {
@@ -52,11 +120,13 @@ objc_object *_zoneAlloc(Class cls, std::size_t extraBytes, ZPZone *zone) {
     return object;
 }
 
+objc_object *objc_allocateInstance(Class cls) { return _zoneAlloc(cls, 0, nullptr); }
+
 objc_object *_zoneCopy(objc_object *source, std::size_t extraBytes, ZPZone *zone) {
     if (!source) return nullptr;
     Class cls = source->isa;
     std::size_t size = cls->instanceSize + extraBytes;
-    objc_object *object = allocateRaw(cls, size, zone);
+    objc_object *object = allocateRaw(prefixOf(cls), size, zone);
     if (!object) return nullptr;
     std::memcpy(static_cast<void *>(object), static_cast<const void *>(source), size);
     if (cls->fields && cls->fields->copy) {
@@ -78,8 +148,9 @@ void objc_destroyFields(objc_object *object) {
 
 void _dealloc(objc_object *object) {
     if (!object) return;
-    std::size_t prefix = prefixOf(object->isa);
-    objc_destroyFields(object);
+    Class cls = object->isa;
+    std::size_t prefix = prefixOf(cls);
+    if (cls->fields) objc_destroyFields(object);
     freeRaw(object, prefix);
 }
 

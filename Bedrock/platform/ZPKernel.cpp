@@ -60,17 +60,17 @@ double cthread_time() {
 unsigned long cthread_self() { return static_cast<unsigned long>(pthread_self()); }
 unsigned long cthread_number() { return static_cast<unsigned long>(syscall(SYS_gettid)); }
 
+constinit thread_local ZPThreadData _ZPThisThread{};
+
 namespace {
 
 constexpr int maxHooks = 8;
 void (*hooks[maxHooks])(ZPThreadData *);
 
-[[gnu::tls_model("initial-exec")]] thread_local constinit ZPThreadData current{};
-
 void cleanUp(void *) {
     for (auto &hook : hooks)
-        if (auto *h = __atomic_load_n(&hook, __ATOMIC_ACQUIRE)) h(&current);
-    current.willBeCleaned = NO;
+        if (auto *h = __atomic_load_n(&hook, __ATOMIC_ACQUIRE)) h(&_ZPThisThread);
+    _ZPThisThread.willBeCleaned = NO;
 }
 
 pthread_key_t cleaningKey() {
@@ -84,15 +84,13 @@ pthread_key_t cleaningKey() {
 
 }  // namespace
 
-ZPThreadData *ZPCurrentThreadData() { return &current; }
-
 void ZPCleanUpThread(void (*hook)(ZPThreadData *)) {
     for (auto &slot : hooks) {
         void (*free)(ZPThreadData *) = nullptr;
         if (__atomic_load_n(&slot, __ATOMIC_ACQUIRE) == hook) break;
         if (__atomic_compare_exchange_n(&slot, &free, hook, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE) || free == hook) break;
     }
-    if (current.willBeCleaned) return;
-    pthread_setspecific(cleaningKey(), &current);
-    current.willBeCleaned = YES;
+    if (_ZPThisThread.willBeCleaned) return;
+    pthread_setspecific(cleaningKey(), &_ZPThisThread);
+    _ZPThisThread.willBeCleaned = YES;
 }

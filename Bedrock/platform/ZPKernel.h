@@ -44,8 +44,10 @@ struct ZPThreadData {
     BOOL willBeCleaned;
 };
 
+extern constinit thread_local ZPThreadData _ZPThisThread __attribute__((tls_model("initial-exec")));
+
 /// The calling thread's data. Never null, also on threads that the library did not start.
-ZPThreadData *ZPCurrentThreadData();
+inline ZPThreadData *ZPCurrentThreadData() { return &_ZPThisThread; }
 /// Has `hook` run with the thread's data when a thread for which this is called ends. Hooks run in
 /// the order in which they were first given; at most 8 different ones exist.
 void ZPCleanUpThread(void (*hook)(ZPThreadData *data));

@@ -45,8 +45,9 @@ ZP_EXPORT void objc_destroyFields(objc_object *object);
 /// What precedes an instance whose class counts in the header.
 struct objc_header {
     unsigned extraReferences;
-    unsigned inChildZone;
+    unsigned origin;  ///< where the block goes when it is freed: objc_fromChildZone, else the heap
 };
+inline constexpr unsigned objc_fromChildZone = 0xFFFFFFFF;
 
 inline objc_header *objc_headerOf(objc_object *object) { return reinterpret_cast<objc_header *>(object) - 1; }
 

@@ -1,0 +1,29 @@
+// What the benchmarks share.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+using benchmark::DoNotOptimize;
+using benchmark::State;
+
+/// Ends the run when an answer is wrong: a wrong answer has no speed.
+#define REQUIRE(condition)                                                                         \
+    do {                                                                                           \
+        if (!(condition)) {                                                                        \
+            std::fprintf(stderr, "%s:%d: wrong answer: %s\n", __FILE__, __LINE__, #condition);     \
+            std::exit(1);                                                                          \
+        }                                                                                          \
+    } while (0)
+
+/// After this call the process counts as multithreaded, for ever.
+inline void startOneThread() {
+    static const bool done = [] { std::thread([] {}).join(); return true; }();
+    DoNotOptimize(done);
+}
+
+inline void items(State &s, std::int64_t n) { s.SetItemsProcessed(s.iterations() * n); }
+inline void bytes(State &s, std::int64_t n) { s.SetBytesProcessed(s.iterations() * n); }

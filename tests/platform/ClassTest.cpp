@@ -1,0 +1,233 @@
+// Classes: C++ fields, initialisation, categories, protocols, posing, classes made at run time, type
+// strings, and what mistakes say.
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPObject.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+namespace {
+
+int alive;
+struct Counted {
+    int value = 11;
+    Counted() { ++alive; }
+    Counted(const Counted &other) : value(other.value) { ++alive; }
+    ~Counted() { --alive; }
+};
+
+struct Holder : ZPObject {
+    ZP_CLASS(Holder)
+    std::vector<int> _numbers;
+    Counted _counted;
+    int _plain;
+    alignas(16) char _wide[16];
+    int total() {
+        int t = _plain;
+        for (int n : _numbers) t += n;
+        return t;
+    }
+};
+ZP_IMPLEMENT(Holder).method<&Holder::total>("total");
+
+template <class T> struct Box : ZPObject {
+    ZP_CLASS(Box)
+    T _value;
+    T value() { return _value; }
+};
+ZP_IMPLEMENT_INSTANCE(Box<double>).method<&Box<double>::value>("value");
+
+struct Named { ZP_PROTOCOL(Named) };
+struct Titled { ZP_PROTOCOL(Titled) };
+ZP_DEFINE_PROTOCOL(Named).method<const char *()>("givenName").classMethod<id()>("someone");
+ZP_DEFINE_PROTOCOL(Titled).includes<Named>().method<int(int)>("rank:");
+
+struct Person : ZPObject {
+    ZP_CLASS(Person)
+    const char *givenName() { return objc_msgSend<const char *>(this, "givenName"_sel); }
+};
+struct PersonMethods : Person {
+    const char *givenName() { return "plain"; }
+    int age() { return 30; }
+};
+ZP_IMPLEMENT(Person).adopts<Titled>().version(3).method<&PersonMethods::givenName>("givenName").method<&PersonMethods::age>("age");
+
+struct Child : Person {
+    ZP_CLASS(Child)
+};
+ZP_IMPLEMENT(Child);
+
+// A category replaces a method of the class's own and adds one as a free function.
+struct PersonGreeting : Person {
+    int age() { return 31; }
+};
+int shout(Person *self, int times) { return int(self->givenName()[0]) * times; }
+ZP_CATEGORY(Person, Greeting).method<&PersonGreeting::age>("age").method<shout>("shout:");
+
+struct Impostor : Person {
+    ZP_CLASS(Impostor)
+};
+struct ImpostorMethods : Impostor {
+    const char *givenName() {
+        return objc_super<Impostor>(this).send<const char *>("givenName"_sel)[0] == 'p' ? "posed" : "lost";
+    }
+};
+ZP_IMPLEMENT(Impostor).method<&ImpostorMethods::givenName>("givenName");
+
+std::atomic<int> order;
+int parentAt, childAt, childRuns;
+struct Parent : ZPObject {
+    ZP_CLASS(Parent)
+    static void initialize(Class self) {
+        if (self != class_()) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        parentAt = ++order;
+    }
+};
+struct Kid : Parent {
+    ZP_CLASS(Kid)
+    static void initialize(Class) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        childAt = ++order;
+        ++childRuns;
+        objc_msgSend<Class>(class_(), "class"_sel);  // a class may use itself while it initializes
+    }
+    int ready() { return childAt; }
+};
+ZP_IMPLEMENT(Parent).classMethod<&Parent::initialize>("initialize");
+ZP_IMPLEMENT(Kid).classMethod<&Kid::initialize>("initialize").method<&Kid::ready>("ready");
+
+struct Doubled : ZPObject {
+    ZP_CLASS(Doubled)
+    void same() {}
+};
+ZP_IMPLEMENT(Doubled).method<&Doubled::same>("same").method<&Doubled::same>("same");
+
+struct Fat : Holder {
+    ZP_CLASS(Fat)
+    int _more;
+};
+ZP_IMPLEMENT(Fat);
+
+}  // namespace
+
+TEST(Class, FieldsWithConstructorsLiveAndDieWithTheInstance) {
+    Holder *holder = Holder::new_();
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(holder->_counted.value, 11);
+    EXPECT_EQ(holder->_plain, 0);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(holder->_wide) % 16, 0u);
+    holder->_numbers = {1, 2, 3};
+    Holder *copy = ZPCopyObject(holder, 0, nullptr);
+    holder->_numbers.push_back(4);
+    EXPECT_EQ(alive, 2);
+    EXPECT_EQ(objc_msgSend<int>(copy, "total"_sel), 6);
+    EXPECT_EQ(copy->retainCount(), 1u);
+    holder->release();
+    copy->release();
+    EXPECT_EQ(alive, 0);
+
+    Box<double> *box = Box<double>::new_();
+    box->_value = 2.5;
+    EXPECT_EQ(objc_msgSend<double>(box, "value"_sel), 2.5);
+    EXPECT_STREQ(box->isa->name, "Box<double>");
+    box->release();
+}
+
+TEST(Class, CategoriesAndProtocols) {
+    Person *child = Child::new_();
+    EXPECT_EQ(objc_msgSend<int>(child, "age"_sel), 31);
+    EXPECT_EQ(objc_msgSend<int>(child, "shout:"_sel, 2), 'p' * 2);
+    EXPECT_TRUE(child->conformsToProtocol(Titled::protocol()));
+    EXPECT_TRUE(child->conformsToProtocol(Named::protocol()));
+    EXPECT_FALSE(child->conformsToProtocol(ZPCopying::protocol()));
+    EXPECT_TRUE(ZPClassObject(Child::class_())->conformsToProtocol(Named::protocol()));
+    // A promise's type string comes before the implementation's own.
+    EXPECT_STREQ(child->methodDescriptionForSelector("rank:"_sel)->types, "i@:i");
+    EXPECT_STREQ(child->methodDescriptionForSelector("shout:"_sel)->types, "i@:i");
+    EXPECT_EQ(child->methodDescriptionForSelector("unheardOf"_sel), nullptr);
+    EXPECT_STREQ(ZPClassObject(Child::class_())->methodDescriptionForSelector("someone"_sel)->types, "@@:");
+    EXPECT_EQ(objc_getProtocol("Named"), Named::protocol());
+    EXPECT_EQ(objc_msgSend<int>(Person::class_(), "version"_sel), 3);
+    EXPECT_TRUE(child->respondsToSelector("age"_sel));
+    EXPECT_EQ(child->methodForSelector("unheardOf"_sel), &_objc_msgForward);
+    EXPECT_TRUE(objc_msgSend<BOOL>(Person::class_(), "instancesRespondToSelector:"_sel, "age"_sel));
+    EXPECT_TRUE(objc_msgSend<BOOL>(Person::class_(), "isAncestorOfObject:"_sel, id(child)));
+    child->release();
+}
+
+TEST(Class, PosingTakesThePlaceOfTheOriginal) {
+    Person *before = Child::new_();
+    EXPECT_STREQ(before->givenName(), "plain");
+    objc_msgSend<id>(Impostor::class_(), "poseAsClass:"_sel, Person::class_());
+    Person *after = Person::new_();
+    EXPECT_STREQ(before->givenName(), "posed");
+    EXPECT_STREQ(after->givenName(), "posed");
+    EXPECT_EQ(objc_getClass("Person"), Person::class_());
+    EXPECT_STREQ(objc_getOrigClass("Person")->name, "%Person");
+    EXPECT_TRUE(before->isKindOfClass(Person::class_()));
+    EXPECT_EQ(objc_msgSend<int>(after, "age"_sel), 31);
+    before->release();
+    after->release();
+}
+
+TEST(Class, MadeAtRunTime) {
+    Class cls = objc_makeClass(Holder::class_(), "RuntimeHolder", 8);
+    auto total = +[](objc_object *, SEL) { return 99; };
+    class_addMethod(cls, "total"_sel, reinterpret_cast<IMP>(total), objc_methodTypes<int>(), &objc_invokeFrame<int>, 16);
+    objc_addClass(cls);
+    EXPECT_EQ(objc_getClass("RuntimeHolder"), cls);
+    Holder *made = objc_msgSend<id>(cls, "new"_sel);
+    EXPECT_EQ(objc_msgSend<int>(made, "total"_sel), 99);
+    EXPECT_EQ(made->_counted.value, 11);
+    EXPECT_TRUE(made->isKindOfClass(Holder::class_()));
+    made->release();
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(Class, InitializeRunsOnceAndSuperclassFirstUnderThreads) {
+    std::vector<std::thread> threads;
+    std::atomic<int> ready{0};
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([&] {
+            Kid *kid = Kid::new_();
+            if (objc_msgSend<int>(kid, "ready"_sel) > 0) ++ready;
+            kid->release();
+        });
+    for (auto &t : threads) t.join();
+    EXPECT_EQ(ready, 8);
+    EXPECT_EQ(childRuns, 1);
+    EXPECT_LT(parentAt, childAt);
+}
+
+TEST(TypeString, ComesFromTheCppType) {
+    EXPECT_STREQ((objc_methodTypes<void>()), "v@:");
+    EXPECT_STREQ((objc_methodTypes<BOOL, id, Class, SEL, const char *, char *>()), "c@:@#:r**");
+    EXPECT_STREQ((objc_methodTypes<ZPRange, unichar, unsigned *, void *, ZPString *>()), "{_ZPRange=II}@:S^I^v@");
+    EXPECT_STREQ((objc_methodTypes<float, double, long, unsigned long, bool>()), "f@:dqQC");
+    EXPECT_STREQ(ZPEncode<int[3]>(), "[3i]");
+    EXPECT_TRUE(objc_typesMatch("@@:I", "@@:i"));
+    EXPECT_TRUE(objc_typesMatch("@@:@", "@@:^v"));
+    EXPECT_FALSE(objc_typesMatch("@@:I", "@@:q"));
+    EXPECT_FALSE(objc_typesMatch("@@:I", "@@:"));
+    EXPECT_FALSE(objc_typesMatch("@@:", "d@:"));
+}
+
+#if ZP_CHECKED
+TEST(MistakeDeathTest, WrongTypesAndClassesStopTheProcess) {
+    Person *person = Person::new_();
+    EXPECT_DEATH(objc_msgSend<int>(person, "shout:"_sel, 2.0), "has the type \"i@:i\" and was sent with the C\\+\\+ types \"i@:d\"");
+    EXPECT_DEATH({ Holder *h = id(person); (void)h; }, "an object of class Person .* was converted to Holder");
+    person->release();
+}
+#endif
+
+TEST(MistakeDeathTest, MethodRegisteredTwice) {
+    EXPECT_DEATH(Doubled::new_()->release(), "-\\[Doubled same\\] is registered twice");
+}
+
+TEST(MistakeDeathTest, PosingWithFieldsOfItsOwn) {
+    EXPECT_DEATH(class_poseAs(Fat::class_(), Holder::class_()), "class Fat cannot pose as Holder: it has fields of its own");
+}

@@ -1,0 +1,162 @@
+// Sending: results and arguments of every kind, null receivers, frames, forwarding, supers.
+#include <Bedrock/core/ZPObject.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+struct Big { double a, b, c; };
+struct Small { int a, b; };
+
+struct Shape : ZPObject {
+    ZP_CLASS(Shape)
+    int _sides;
+    int sides() { return objc_msgSend<int>(this, "sides"_sel); }
+    int sidesPlus(int n) { return objc_msgSend<int>(this, "sidesPlus:"_sel, n); }
+};
+
+struct ShapeMethods : Shape {
+    int sides() { return _sides; }
+    int sidesPlus(int n) { return Shape::sides() + n; }
+    void setSides(int n) { _sides = n; }
+    Big bigWith(double a, Small s, float f) { return {a, double(s.a + s.b), f}; }
+    Small small(signed char c, long long q) { return {c, int(q)}; }
+    double half(float f) { return f / 2; }
+    const std::string &sameString(const std::string &s) { return s; }
+    static int count(Class) { return 7; }
+    static Class receiver(Class self) { return self; }
+};
+
+struct Square : Shape {
+    ZP_CLASS(Square)
+};
+struct SquareMethods : Square {
+    int sides() { return 4; }
+    int superSides() { return objc_super<Square>(this).send<int>("sides"_sel); }
+};
+
+// Records what it is asked for and answers through the frame.
+struct Catcher : ZPObject {
+    ZP_CLASS(Catcher)
+    SEL _last;
+    std::string *_types;
+    long _sum;
+    void forward(SEL selector, objc_frame *frame) {
+        _last = selector;
+        *_types = frame->types;
+        char *slots = static_cast<char *>(frame->arguments) + (frame->hasHiddenResult ? 8 : 0);
+        if (selector == "add:to:"_sel) {
+            long a, b;
+            std::memcpy(&a, slots + 16, 8);
+            std::memcpy(&b, slots + 24, 8);
+            a += b;
+            std::memcpy(frame->result, &a, 8);
+        } else if (selector == "big:"_sel) {
+            Big big{1, 2, 0};
+            std::memcpy(&big.c, slots + 16, 8);
+            std::memcpy(frame->result, &big, sizeof big);
+        }
+    }
+};
+
+ZP_IMPLEMENT(Shape)
+    .method<&ShapeMethods::sides>("sides")
+    .method<&ShapeMethods::sidesPlus>("sidesPlus:")
+    .method<&ShapeMethods::setSides>("setSides:")
+    .method<&ShapeMethods::bigWith>("bigWith:and:and:")
+    .method<&ShapeMethods::small>("small:and:")
+    .method<&ShapeMethods::half>("half:")
+    .method<&ShapeMethods::sameString>("same:")
+    .classMethod<&ShapeMethods::count>("shapeCount")
+    .classMethod<&ShapeMethods::receiver>("receiver");
+ZP_IMPLEMENT(Square).method<&SquareMethods::sides>("sides").method<&SquareMethods::superSides>("superSides");
+ZP_IMPLEMENT(Catcher).method<&Catcher::forward>("forward::");
+
+}  // namespace
+
+TEST(Message, FindsTheReceiversOwnMethodAndInheritsTheRest) {
+    Shape *shape = Shape::new_();
+    Shape *square = Square::new_();
+    objc_msgSend(shape, "setSides:"_sel, 3);
+    objc_msgSend(square, "setSides:"_sel, 9);
+    EXPECT_EQ(shape->sidesPlus(1), 4);
+    EXPECT_EQ(square->sidesPlus(1), 5);
+    EXPECT_EQ(objc_msgSend<int>(square, "superSides"_sel), 9);
+    EXPECT_EQ(objc_msgSend<int>(Square::class_(), "shapeCount"_sel), 7);
+    EXPECT_EQ(objc_msgSend<Class>(Square::class_(), "receiver"_sel), Square::class_());
+    shape->release();
+    square->release();
+}
+
+TEST(Message, CarriesEveryKindOfArgumentAndResult) {
+    Shape *shape = Shape::new_();
+    Big big = objc_msgSend<Big>(shape, "bigWith:and:and:"_sel, 1.5, Small{2, 3}, 0.25f);
+    EXPECT_EQ(big.a, 1.5);
+    EXPECT_EQ(big.b, 5);
+    EXPECT_EQ(big.c, 0.25);
+    Small small = objc_msgSend<Small>(shape, "small:and:"_sel, static_cast<signed char>(-3), 1LL << 20);
+    EXPECT_EQ(small.a, -3);
+    EXPECT_EQ(small.b, 1 << 20);
+    EXPECT_EQ(objc_msgSend<double>(shape, "half:"_sel, 5.0f), 2.5);
+    std::string s = "x";
+    EXPECT_EQ((&objc_msgSend<const std::string &, const std::string &>(shape, "same:"_sel, s)), &s);
+    shape->release();
+}
+
+TEST(Message, ToNullAnswersZero) {
+    id nothing;
+    EXPECT_EQ(objc_msgSend<int>(nothing, "sides"_sel), 0);
+    EXPECT_EQ(objc_msgSend<double>(nothing, "half:"_sel, 5.0f), 0);
+    EXPECT_EQ(objc_msgSend<Big>(nothing, "bigWith:and:and:"_sel, 1.0, Small{}, 0.f).a, 0);
+    EXPECT_FALSE(objc_msgSend<id>(nothing, "self"_sel));
+    objc_msgSend(nothing, "setSides:"_sel, 1);
+}
+
+TEST(Message, FramesCarryWhatCallsCarry) {
+    Shape *shape = Shape::new_();
+    struct { objc_object *self; SEL op; long sides; } set{shape, "setSides:"_sel, 6};
+    objc_msgSendv<void>(shape, "setSides:"_sel, sizeof set, &set);
+    EXPECT_EQ(objc_msgSendv<int>(shape, "sides"_sel, 16, &set), 6);
+    Big big{};
+    struct { Big *result; objc_object *self; SEL op; double a; Small s; float f; int pad; } frame{&big, shape, "bigWith:and:and:"_sel, 1.5, {2, 3}, 0.5f, 0};
+    EXPECT_EQ(shape->methodArgSize("bigWith:and:and:"_sel), sizeof frame);
+    objc_msgSendv<void>(shape, "bigWith:and:and:"_sel, sizeof frame, &frame);
+    EXPECT_EQ(big.a, 1.5);
+    EXPECT_EQ(big.b, 5);
+    EXPECT_EQ(big.c, 0.5);
+    EXPECT_EQ(shape->methodArgSize("unheardOf"_sel), 0u);
+    shape->release();
+}
+
+TEST(Message, UnknownSelectorsAreForwardedWithTheirFrame) {
+    Catcher *catcher = Catcher::new_();
+    std::string types;
+    catcher->_types = &types;
+    EXPECT_EQ(objc_msgSend<long>(catcher, "add:to:"_sel, 40L, 2L), 42);
+    EXPECT_EQ(types, "q@:qq");
+    EXPECT_EQ(catcher->_last, "add:to:"_sel);
+    EXPECT_EQ(objc_msgSend<Big>(catcher, "big:"_sel, 3.5).c, 3.5);
+    objc_msgSend(catcher, "nothing:"_sel, id(catcher));
+    EXPECT_EQ(types, "v@:@");
+    struct { objc_object *self; SEL op; long a, b; } frame{catcher, "add:to:"_sel, 1, 2};
+    EXPECT_EQ(objc_msgSendv<long>(catcher, "add:to:"_sel, sizeof frame, &frame), 3);
+    catcher->release();
+}
+
+TEST(Message, ThousandsOfSelectorsShareACache) {
+    Shape *shape = Shape::new_();
+    objc_msgSend(shape, "setSides:"_sel, 5);
+    auto answer = +[](objc_object *self, SEL selector) -> SEL { (void)self; return selector; };
+    for (int i = 0; i < 3000; ++i) {
+        SEL selector = sel_registerName(("generated" + std::to_string(i)).c_str());
+        class_addMethod(Shape::class_(), selector, reinterpret_cast<IMP>(answer), objc_methodTypes<SEL>(), nullptr, 16);
+    }
+    for (int pass = 0; pass < 2; ++pass)
+        for (int i = 0; i < 3000; ++i) {
+            SEL selector = sel_registerName(("generated" + std::to_string(i)).c_str());
+            ASSERT_EQ(objc_msgSend<SEL>(shape, selector), selector);
+        }
+    EXPECT_EQ(shape->sides(), 5);
+    shape->release();
+}
