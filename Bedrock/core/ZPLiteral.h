@@ -25,6 +25,9 @@ struct objc_literal16 {
 ZP_EXPORT extern objc_classPair ZPConstantStringRecord __asm__("_ZN16ZPConstantString37classRecord_that_ZP_IMPLEMENT_definesE");
 ZP_EXPORT extern objc_classPair ZPConstantUnicodeStringRecord __asm__("_ZN24_ZPConstantUnicodeString37classRecord_that_ZP_IMPLEMENT_definesE");
 
+/// The empty string: the one object that every empty literal and every operation with an empty result gives.
+extern "C" ZP_EXPORT objc_literal8 ZPEmptyStringLiteral;
+
 template <unsigned N> struct objc_literalText {
     unichar units[N] = {};
     char bytes[N] = {};
@@ -69,5 +72,6 @@ struct objc_literal<Text> {
 
 /// `"text"_zp`: a literal string object. Lives as long as the process and ignores counting.
 template <objc_literalText Text> ZP_INLINE ZPString *operator""_zp() {
-    return reinterpret_cast<ZPString *>(&objc_literal<Text>::object);
+    if constexpr (Text.length == 0) return reinterpret_cast<ZPString *>(&ZPEmptyStringLiteral);
+    else return reinterpret_cast<ZPString *>(&objc_literal<Text>::object);
 }

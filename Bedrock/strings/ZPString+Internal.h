@@ -1,0 +1,179 @@
+// The storage classes of strings, and what the files of the cluster share.
+//
+//   ZPSimpleCString    bytes in the 8-bit storage encoding, owned
+//     ZPCString        the same; `freeWhenDone` says whether the bytes are owned
+//       ZPCSubstring   borrows the bytes of `_referenceString` until it is retained
+//     ZPConstantString a literal; never freed
+//   ZPInlineCString    1 to 65,535 bytes and a NUL inside the object
+//   ZPSimpleString     16-bit units, owned
+//     ZPUnicodeString, ZPUnicodeSubstring, _ZPConstantUnicodeString   as their 8-bit counterparts
+//
+// References are counted beside the instance, so the `refs` and `hasExternalRefCount` bits stay zero.
+// Subclasses of ZPCString and ZPUnicodeString whose text is not one run must answer
+// `_fastCStringContents` and `_characters` with one run.
+#pragma once
+
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPNames.h>
+#include <Bedrock/strings/ZPString.h>
+
+#include <cstring>
+
+struct ZPStringFlags {
+    unsigned refs : 8;
+    unsigned freeWhenDone : 1;
+    unsigned hasExternalRefCount : 1;
+    unsigned unused : 5;
+    unsigned canWriteIntoBuffer : 1;
+    unsigned capacity : 16;
+};
+
+struct ZPSimpleCString : ZPString {
+    ZP_PRIVATE_CLASS(ZPSimpleCString)
+    char *bytes;
+    unsigned numBytes;
+};
+struct ZPCString : ZPSimpleCString {
+    ZP_PRIVATE_CLASS(ZPCString)
+    ZPStringFlags _flags;
+};
+struct ZPCSubstring : ZPCString {
+    ZP_PRIVATE_CLASS(ZPCSubstring)
+    ZPString *_referenceString;
+};
+struct ZPConstantString : ZPSimpleCString {
+    ZP_CLASS(ZPConstantString)
+};
+struct ZPInlineCString : ZPString {
+    ZP_PRIVATE_CLASS(ZPInlineCString)
+    struct {
+        unsigned refs : 8;
+        unsigned hasExternalRefCount : 1;
+        unsigned unused : 7;
+        unsigned numBytes : 16;
+    } _flags;
+    /// Extends behind the fields.
+    char *contents() { return reinterpret_cast<char *>(&_flags + 1); }
+};
+struct ZPSimpleString : ZPString {
+    ZP_PRIVATE_CLASS(ZPSimpleString)
+    unichar *characters;
+    unsigned numCharacters;
+};
+struct ZPUnicodeString : ZPSimpleString {
+    ZP_PRIVATE_CLASS(ZPUnicodeString)
+    ZPStringFlags _flags;
+};
+struct ZPUnicodeSubstring : ZPUnicodeString {
+    ZP_PRIVATE_CLASS(ZPUnicodeSubstring)
+    ZPString *_referenceString;
+};
+struct _ZPConstantUnicodeString : ZPSimpleString {
+    ZP_CLASS(_ZPConstantUnicodeString)
+};
+struct ZPPlaceholderString : ZPString {
+    ZP_PRIVATE_CLASS(ZPPlaceholderString)
+    ZPZone *zoneForString;
+};
+
+// ---- views ----
+
+/// The unit of a byte in the storage encoding.
+ZP_INLINE unichar _ZPUnitOfByte(unsigned char byte) { return byte < 0x80 ? byte : _ZPCStringCharToUnichar(byte); }
+
+/// A string's storage as one run: bytes in the storage encoding, or units, or neither when the string shows
+/// none. Valid while the string lives and is not changed.
+struct ZPStringView {
+    const unsigned char *bytes = nullptr;
+    const unichar *units = nullptr;
+    unsigned length = 0;
+
+    bool shown() const { return bytes || units || length == 0; }
+    unichar operator[](unsigned i) const { return bytes ? _ZPUnitOfByte(bytes[i]) : units[i]; }
+};
+
+ZP_COLD ZPStringView _ZPViewOfOtherString(ZPString *string);
+
+/// The view of a string, null included (which is empty).
+inline ZPStringView _ZPViewOfString(ZPString *string) {
+    if (!string) return {};
+    Class cls = string->isa;
+    if (cls == ZPInlineCString::class_()) {
+        auto *s = static_cast<ZPInlineCString *>(string);
+        return {reinterpret_cast<unsigned char *>(s->contents()), nullptr, s->_flags.numBytes};
+    }
+    if (cls == ZPConstantString::class_() || cls == ZPCString::class_() || cls == ZPCSubstring::class_()) {
+        auto *s = static_cast<ZPSimpleCString *>(string);
+        return {reinterpret_cast<unsigned char *>(s->bytes), nullptr, s->numBytes};
+    }
+    if (cls == ZPUnicodeString::class_() || cls == ZPUnicodeSubstring::class_() || cls == _ZPConstantUnicodeString::class_()) {
+        auto *s = static_cast<ZPSimpleString *>(string);
+        return {nullptr, s->characters, s->numCharacters};
+    }
+    return _ZPViewOfOtherString(string);
+}
+
+/// Copies a part of a view as units.
+void _ZPCopyUnits(const ZPStringView &view, unsigned from, unsigned count, unichar *buffer);
+
+bool _ZPIsASCII(const void *bytes, unsigned length);
+/// Whether bytes in the default C-string encoding may be kept as they are in an 8-bit object.
+inline bool _ZPFitsByteStorage(const void *bytes, unsigned length) {
+    return _ZPIsASCII(bytes, length) || _ZPDefaultCStringEncoding() == _ZPCStringEncoding;
+}
+
+/// Substrings below this many units are copied, longer ones share their parent's buffer.
+inline constexpr unsigned _ZPShareThreshold = 25;
+/// Generic algorithms read units in blocks of this many.
+inline constexpr unsigned _ZPBlockUnits = 32;
+
+// ---- errors ----
+
+/// "[Class selector]: Out of bounds".
+[[noreturn]] ZP_COLD void _ZPRaiseOutOfBounds(id receiver, SEL selector);
+[[noreturn]] ZP_COLD void _ZPRaiseNullCString(id receiver, SEL selector);
+
+inline void _ZPCheckRange(id receiver, SEL selector, ZPRange range, unsigned length) {
+    if (range.location > length || range.length > length - range.location) [[unlikely]] _ZPRaiseOutOfBounds(receiver, selector);
+}
+
+// ---- temporary memory ----
+
+/// A block of the default zone (or of another), freed at the end unless taken out.
+template <class T> struct ZPZoneBlock {
+    T *memory;
+    ZPZone *zone;
+    explicit ZPZoneBlock(std::size_t count, ZPZone *z = nullptr) : memory(static_cast<T *>(ZPZoneMalloc(z, count * sizeof(T)))), zone(z) {
+        if (!memory) [[unlikely]] ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    }
+    ZPZoneBlock(const ZPZoneBlock &) = delete;
+    ~ZPZoneBlock() { if (memory) ZPZoneFree(zone, memory); }
+    T *take() { T *m = memory; memory = nullptr; return m; }
+    /// Shrinks the block and gives it away.
+    T *takeShrunk(std::size_t count) {
+        T *m = take(), *smaller = static_cast<T *>(ZPZoneRealloc(zone, m, count * sizeof(T)));
+        return smaller ? smaller : m;
+    }
+};
+
+/// A stack buffer that moves to the default zone when it is too small.
+template <class T, unsigned N> struct ZPStackBuffer {
+    T local[N];
+    T *memory;
+    explicit ZPStackBuffer(std::size_t count) : memory(count <= N ? local : static_cast<T *>(ZPZoneMalloc(nullptr, count * sizeof(T)))) {
+        if (!memory) [[unlikely]] ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    }
+    ZPStackBuffer(const ZPStackBuffer &) = delete;
+    ~ZPStackBuffer() { if (memory != local) ZPZoneFree(nullptr, memory); }
+};
+
+/// A string that adopts a block of units: "" when empty. The caller owns the result.
+ZPString *_ZPNewStringAdoptingUnits(unichar *units, unsigned length, BOOL freeWhenDone, ZPZone *zone);
+/// A string that adopts a block of bytes in the storage encoding.
+ZPString *_ZPNewStringAdoptingBytes(char *bytes, unsigned length, BOOL freeWhenDone, ZPZone *zone);
+/// A string with a copy of the units.
+ZPString *_ZPNewStringWithUnits(const unichar *units, unsigned length, ZPZone *zone);
+
+/// Scratch bytes that live as long as the current autorelease pool.
+char *_ZPAutoreleasedScratch(unsigned bytes);
