@@ -1,0 +1,77 @@
+// Ownership the C++ way: references that retain and release by scope, and pools by scope.
+#pragma once
+
+#include <Bedrock/core/ZPAutoreleasePool.h>
+
+#include <utility>
+
+/// Owns one reference to an object, or none. Copying retains, destroying releases.
+///
+///     ZPRef<ZPArray> list = ZPAdopt(ZPArray::alloc()->init());   // takes the reference over
+///     ZPRef<ZPString> name = dictionary->objectForKey(key);      // retains
+template <class T> class ZPRef {
+    T *_object = nullptr;
+
+    template <class U> friend class ZPRef;
+
+  public:
+    ZPRef() = default;
+    ZPRef(std::nullptr_t) {}
+    /// Retains the object.
+    ZPRef(T *object) : _object(object) {
+        if (_object) _object->retain();
+    }
+    /// Retains the object; checked to be a T as every conversion from `id` is.
+    ZPRef(id object) : ZPRef(static_cast<T *>(object)) {}
+    ZPRef(const ZPRef &other) : ZPRef(other._object) {}
+    ZPRef(ZPRef &&other) noexcept : _object(std::exchange(other._object, nullptr)) {}
+    template <class U>
+        requires std::is_convertible_v<U *, T *>
+    ZPRef(const ZPRef<U> &other) : ZPRef(static_cast<T *>(other._object)) {}
+    template <class U>
+        requires std::is_convertible_v<U *, T *>
+    ZPRef(ZPRef<U> &&other) noexcept : _object(std::exchange(other._object, nullptr)) {}
+    ~ZPRef() {
+        if (_object) _object->release();
+    }
+    ZPRef &operator=(ZPRef other) noexcept {
+        std::swap(_object, other._object);
+        return *this;
+    }
+
+    /// Takes over a reference that the caller owns.
+    static ZPRef adopt(T *owned) {
+        ZPRef result;
+        result._object = owned;
+        return result;
+    }
+
+    T *get() const { return _object; }
+    T *operator->() const { return _object; }
+    operator T *() const { return _object; }
+    operator id() const { return _object; }
+    explicit operator bool() const { return _object != nullptr; }
+    /// Gives the reference up to the caller.
+    [[nodiscard]] T *detach() { return std::exchange(_object, nullptr); }
+    /// Gives the reference to the innermost autorelease pool.
+    T *autoreleased() && {
+        if (_object) _object->autorelease();
+        return detach();
+    }
+    friend bool operator==(const ZPRef &a, const ZPRef &b) { return a._object == b._object; }
+    friend bool operator==(const ZPRef &a, std::nullptr_t) { return a._object == nullptr; }
+};
+
+/// A `ZPRef` that takes over the reference its argument carries, as alloc, copy and new give it.
+template <class T> ZPRef<T> ZPAdopt(T *owned) { return ZPRef<T>::adopt(owned); }
+
+/// An autorelease pool for the life of a scope, on the thread that entered it.
+class ZPAutoreleasePoolScope {
+    unsigned _token = ZPPushAutoreleasePool(0);
+
+  public:
+    ZPAutoreleasePoolScope() = default;
+    ZPAutoreleasePoolScope(const ZPAutoreleasePoolScope &) = delete;
+    ZPAutoreleasePoolScope &operator=(const ZPAutoreleasePoolScope &) = delete;
+    ~ZPAutoreleasePoolScope() { ZPPopAutoreleasePool(_token); }
+};

@@ -1,0 +1,193 @@
+// Exceptions, handler records, assertions, the log, names and messages of the root class.
+#include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPAssertionHandler.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/core/ZPNames.h>
+#include <Bedrock/core/ZPProxy.h>
+#include <Bedrock/strings/ZPString.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+std::string logged;
+BOOL loggedBanner;
+void keepLog(const char *bytes, unsigned length, BOOL banner) {
+    logged.append(bytes, length);
+    loggedBanner = banner;
+}
+
+template <class F> std::string reasonOf(ZPString *name, F &&body) {
+    try {
+        body();
+    } catch (ZPException *e) {
+        EXPECT_TRUE(e->name()->isEqual(name)) << e->name()->cString();
+        return e->reason()->cString();
+    }
+    return "nothing was raised";
+}
+
+struct Abstract : ZPObject {
+    ZP_CLASS(Abstract)
+    void count() { ZPRequestConcreteImplementation(this, "count"_sel, class_()); }
+    id initEmpty() { _ZPRequestConcreteObject(this, "initEmpty"_sel); }
+};
+ZP_IMPLEMENT(Abstract).method<&Abstract::count>("count").method<&Abstract::initEmpty>("initEmpty");
+struct Partial : Abstract {
+    ZP_CLASS(Partial)
+    void check(int n) { ZPAssert(n < 3, "check:"_sel, "%d is too much"_zp, n); }
+};
+ZP_IMPLEMENT(Partial).method<&Partial::check>("check:");
+
+struct Cleanup {
+    int &count;
+    ~Cleanup() { ++count; }
+};
+
+struct Errors : testing::Test {
+    ZPAutoreleasePoolScope pool;
+    void SetUp() override {
+        logged.clear();
+        _ZPSetLogCStringFunction(keepLog);
+    }
+    void TearDown() override { _ZPSetLogCStringFunction(nullptr); }
+};
+
+}  // namespace
+
+TEST_F(Errors, RaisesUnwindAndArriveWhole) {
+    int cleaned = 0;
+    try {
+        Cleanup cleanup{cleaned};
+        ZPException::raise_format(ZPRangeException, "%d"_zp, 5);
+    } catch (ZPException *e) {
+        EXPECT_EQ(cleaned, 1);
+        EXPECT_TRUE(e->name()->isEqual(ZPRangeException));
+        EXPECT_STREQ(e->reason()->cString(), "5");
+        EXPECT_EQ(e->userInfo(), nullptr);
+        EXPECT_STREQ(e->description()->cString(), "5");
+        EXPECT_EQ(e->copy(), e);
+        ZPException *other = ZPException::exceptionWithName_reason_userInfo(ZPRangeException, "6"_zp, nullptr);
+        EXPECT_TRUE(e->isEqual(other));
+        EXPECT_EQ(e->hash(), other->hash());
+        EXPECT_FALSE(e->isEqual(ZPException::exceptionWithName_reason_userInfo(ZPGenericException, "5"_zp, nullptr)));
+        e->release();
+    }
+    EXPECT_FALSE(ZPException::alloc()->init());
+}
+
+TEST_F(Errors, HandlerRecordsGiveCodeAndObject) {
+    ZPHandlerRecord outer, inner;
+    _ZPAddHandler(&outer);
+    _ZPAddHandler(&inner);
+    try {
+        ZPException::raise_format(ZPGenericException, "inner"_zp);
+    } catch (...) {
+        EXPECT_STREQ(_ZPExceptionObjectFromHandler(&inner)->reason()->cString(), "inner");
+        EXPECT_EQ(inner.code, 100000);
+    }
+    try {
+        _QLRaiseError(12, 0xab, 0xcd);
+    } catch (...) {
+        ZPException *e = _ZPExceptionObjectFromHandler(&outer);
+        EXPECT_TRUE(e->name()->isEqual(ZPOldStyleException));
+        EXPECT_STREQ(e->reason()->cString(), "Old style exception with code 12 was raised with data (ab, cd)");
+        EXPECT_EQ(outer.code, 12);
+        EXPECT_EQ(outer.data2, 0xcdu);
+    }
+    // A C++ exception of somebody else's passes through.
+    ZPHandlerRecord foreign;
+    _ZPAddHandler(&foreign);
+    EXPECT_THROW(
+        try { throw 5; } catch (...) { _ZPExceptionObjectFromHandler(&foreign); }, int);
+}
+
+TEST_F(Errors, MessagesOfTheRootClass) {
+    ZPObject *object = ZPObject::new_();
+    object->autorelease();
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { object->performSelector(nullptr); }), "*** -[ZPObject performSelector:]: null selector");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend<int>(object, "fly:"_sel, 3); }), "*** -[ZPObject fly:]: selector not recognized");
+    EXPECT_EQ(logged, "*** -[ZPObject fly:]: selector not recognized");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend(ZPObject::class_(), "fly"_sel); }), "*** +[ZPObject fly]: selector not recognized");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { ZPStringFromSelector(nullptr); }), "*** ZPStringFromSelector(): 0 selector");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend(Abstract::new_()->autorelease(), "count"_sel); }),
+              "*** -count cannot be sent to an abstract object of class Abstract: Create a concrete instance!");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend(Partial::new_()->autorelease(), "count"_sel); }),
+              "*** -count only defined for abstract class.  Define -[Partial count]!");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend<id>(Partial::new_()->autorelease(), "initEmpty"_sel); }),
+              "*** initialization method -initEmpty cannot be sent to an abstract object of class Partial: Create a concrete instance!");
+    ZPProxy *proxy = ZPProxy::alloc();
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { proxy->isKindOfClass(ZPObject::class_()); }), "*** -[ZPProxy methodSignatureForSelector:] called!");
+    EXPECT_TRUE(proxy->isProxy());
+    proxy->release();
+    EXPECT_EQ(ZPObject::class_(), objc_msgSend<Class>(ZPObject::class_(), "class"_sel));
+    EXPECT_EQ(ZPClassObject(ZPObject::class_())->retainCount(), 0xFFFFFFFFu);
+    EXPECT_STREQ(ZPClassObject(Partial::class_())->description()->cString(), "Partial");
+}
+
+TEST_F(Errors, AssertionsLogWhereAndRaise) {
+    Partial *object = Partial::new_();
+    object->autorelease();
+    EXPECT_EQ(reasonOf(ZPInternalInconsistencyException, [&] { object->check(4); }), "4 is too much");
+    EXPECT_EQ(logged.find("*** Assertion failure in -[Partial check:], "), 0u) << logged;
+    EXPECT_EQ(reasonOf(ZPInternalInconsistencyException, [&] { ZPCAssert(1 > 2, "no"_zp); }), "no");
+    EXPECT_NE(logged.find("*** Assertion failure in operator()(), "), std::string::npos) << logged;
+    EXPECT_EQ(ZPAssertionHandler::currentHandler(), ZPAssertionHandler::currentHandler());
+}
+
+TEST_F(Errors, TheLogWritesOneLine) {
+    ZPLog("%@ and %s"_zp, "x"_zp, "y");
+    EXPECT_EQ(logged, "x and y");
+    EXPECT_TRUE(loggedBanner);
+    _ZPSetLogCStringFunction(nullptr);
+    for (ZPString *text : {"abc"_zp, "abc\n"_zp}) {
+        testing::internal::CaptureStderr();
+        ZPLog("%@"_zp, text);
+        std::string line = testing::internal::GetCapturedStderr();
+        ASSERT_GT(line.size(), 20u);
+        EXPECT_EQ(line.substr(3, 1), " ");
+        EXPECT_EQ(line.substr(9, 1), ":");
+        EXPECT_NE(line.find("test_core["), std::string::npos) << line;
+        EXPECT_EQ(line.substr(line.size() - 6), "] abc\n");
+    }
+    testing::internal::CaptureStderr();
+    ZPLog("%s"_zp, std::string(40000, 'z').c_str());
+    EXPECT_GT(testing::internal::GetCapturedStderr().size(), 40000u);
+    testing::internal::CaptureStderr();
+    _ZPBasicStdErrLog("%s\n", std::string(5000, 'z').c_str());
+    EXPECT_EQ(testing::internal::GetCapturedStderr().size(), 1023u);
+}
+
+TEST_F(Errors, NamesBothWays) {
+    EXPECT_STREQ(ZPStringFromSelector("a:b:"_sel)->cString(), "a:b:");
+    EXPECT_EQ(ZPSelectorFromString("a:b:"_zp), "a:b:"_sel);
+    EXPECT_EQ(ZPClassFromString("Partial"_zp), Partial::class_());
+    EXPECT_EQ(ZPClassFromString("Nowhere"_zp), nullptr);
+    _ZPAltClassNameFromString = [](ZPString *) { return Abstract::class_(); };
+    EXPECT_EQ(ZPClassFromString("Nowhere"_zp), Abstract::class_());
+    _ZPAltClassNameFromString = nullptr;
+    for (ZPString *yes : {"YES"_zp, "Yes"_zp, "y"_zp}) EXPECT_TRUE(ZPBOOLFromString(yes));
+    for (ZPString *no : {"yesterday"_zp, ""_zp, "n"_zp}) EXPECT_FALSE(ZPBOOLFromString(no));
+    EXPECT_STREQ(_ZPFullMethodName(Partial::class_(), "x"_sel)->cString(), "+[Partial x]");
+}
+
+TEST(UncaughtDeathTest, IsLoggedAndEndsTheProcess) {
+    EXPECT_DEATH(
+        {
+            ZPPushAutoreleasePool(0);
+            auto raise = []() noexcept { ZPException::raise_format(ZPRangeException, "too far"_zp); };
+            raise();
+        },
+        "\\*\\*\\* Uncaught exception: <ZPRangeException> too far\nstack: 0x");
+    EXPECT_EXIT(
+        {
+            ZPPushAutoreleasePool(0);
+            ZPSetUncaughtExceptionHandler([](ZPException *e) { std::_Exit(e->reason()->length()); });
+            auto raise = []() noexcept { ZPException::raise_format(ZPRangeException, "four"_zp); };
+            raise();
+        },
+        testing::ExitedWithCode(4), "");
+}

@@ -1,0 +1,182 @@
+// Counting: in the header, in the side table for objects that lie elsewhere, in words of the instance,
+// and under threads.
+#include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPLog.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+int deallocated;
+struct Plain : ZPObject {
+    ZP_CLASS(Plain)
+    unsigned _word;
+    void dealloc() {
+        ++deallocated;
+        objc_super<Plain>(this).send("dealloc"_sel);
+    }
+};
+ZP_IMPLEMENT(Plain).method<&Plain::dealloc>("dealloc");
+
+// Instances that are static objects.
+struct Fixed : ZPObject {
+    ZP_CLASS(Fixed)
+    void dealloc() { ++deallocated; }
+};
+ZP_IMPLEMENT(Fixed).staticInstances().method<&Fixed::dealloc>("dealloc");
+
+// Counts its own retains, so no shortcut may pass it by.
+struct Watched : ZPObject {
+    ZP_CLASS(Watched)
+    int _retains;
+    id retain() {
+        ++_retains;
+        return objc_super<Watched>(this).send<id>("retain"_sel);
+    }
+};
+ZP_IMPLEMENT(Watched).method<&Watched::retain>("retain");
+
+std::string logged;
+void keepLog(const char *bytes, unsigned length, BOOL) { logged.append(bytes, length); }
+
+}  // namespace
+
+TEST(ReferenceCount, LastReleaseDeallocatesOnce) {
+    deallocated = 0;
+    Plain *object = Plain::new_();
+    EXPECT_EQ(object->retainCount(), 1u);
+    for (unsigned i = 2; i <= 5; ++i) {
+        EXPECT_EQ(object->retain(), object);
+        EXPECT_EQ(object->retainCount(), i);
+    }
+    for (int i = 0; i < 4; ++i) objc_msgSend(object, "release"_sel);
+    EXPECT_EQ(object->retainCount(), 1u);
+    EXPECT_EQ(deallocated, 0);
+    object->release();
+    EXPECT_EQ(deallocated, 1);
+}
+
+TEST(ReferenceCount, OverridesAreNotPassedBy) {
+    Watched *object = Watched::new_();
+    object->retain();
+    id(object)->retain();
+    EXPECT_EQ(object->_retains, 2);
+    for (int i = 0; i < 3; ++i) object->release();
+}
+
+TEST(ReferenceCount, SideTableGrowsShrinksAndKeepsClusters) {
+    // Neighbouring addresses share home slots; every third one is given more than two references.
+    static Fixed objects[400];
+    for (Fixed &object : objects) object.isa = Fixed::class_();
+    auto extra = [](unsigned i) { return i % 3 == 0 ? 5u : i % 3; };
+    for (unsigned round = 0; round < 3; ++round) {
+        for (unsigned i = 0; i < 400; ++i)
+            for (unsigned k = 0; k < extra(i); ++k) ZPIncrementExtraRefCount(&objects[i]);
+        for (unsigned i = 0; i < 400; ++i) ASSERT_EQ(ZPExtraRefCount(&objects[i]), extra(i));
+        // Removed from the middle outward, every other object must stay findable.
+        for (unsigned n = 0; n < 400; ++n) {
+            unsigned i = (n * 181 + 7) % 400;
+            for (unsigned k = 0; k < extra(i); ++k) ASSERT_FALSE(ZPDecrementExtraRefCountWasZero(&objects[i]));
+            ASSERT_TRUE(ZPDecrementExtraRefCountWasZero(&objects[i]));
+            unsigned next = ((n + 1) * 181 + 7) % 400;
+            if (n < 399) {
+                ASSERT_EQ(ZPExtraRefCount(&objects[next]), extra(next));
+            }
+        }
+    }
+    deallocated = 0;
+    objects[0].retain();
+    EXPECT_EQ(objects[0].retainCount(), 2u);
+    objects[0].release();
+    objects[0].release();
+    EXPECT_EQ(deallocated, 1);
+    EXPECT_EQ(ZPExtraRefCount(nullptr), 0u);
+    EXPECT_FALSE(ZPDecrementExtraRefCountWasZero(nullptr));
+}
+
+TEST(ReferenceCount, SaturatesAndStays) {
+    ZPAutoreleasePoolScope pool;
+    logged.clear();
+    _ZPSetLogCStringFunction(keepLog);
+    Plain *object = Plain::new_();
+    objc_headerOf(object)->extraReferences = 0xFFFFFFFE;
+    object->retain();
+    EXPECT_EQ(logged, "");
+    object->retain();
+    EXPECT_NE(logged.find("*** Reference count overflow for '<Plain: 0x"), std::string::npos);
+    object->release();
+    EXPECT_EQ(ZPExtraRefCount(object), 0xFFFFFFFFu);
+    _ZPSetLogCStringFunction(nullptr);
+    objc_headerOf(object)->extraReferences = 0;
+    object->release();
+}
+
+TEST(ReferenceCount, WordsOfTheInstanceSpillOver) {
+    Plain *object = Plain::new_();
+    constexpr unsigned mask = 3;
+    object->_word = 0xF0;
+    for (unsigned i = 1; i <= 6; ++i) {
+        _ZPIncrementInternalRefCount(object, &object->_word, mask, nullptr);
+        EXPECT_EQ(_ZPInternalRefCount(object, object->_word, mask), i + 1);
+    }
+    EXPECT_EQ(object->_word, 0xF3u);
+    EXPECT_EQ(ZPExtraRefCount(object), 3u);
+    for (unsigned i = 6; i >= 1; --i) {
+        EXPECT_FALSE(_ZPDecrementInternalRefCountWasZero(object, &object->_word, mask, nullptr));
+        EXPECT_EQ(_ZPInternalRefCount(object, object->_word, mask), i);
+    }
+    EXPECT_TRUE(_ZPDecrementInternalRefCountWasZero(object, &object->_word, mask, nullptr));
+    EXPECT_EQ(object->_word, 0xF0u);
+    object->release();
+}
+
+TEST(ReferenceCount, ThreadsLoseNothing) {
+    deallocated = 0;
+    Plain *object = Plain::new_();
+    static Fixed fixed;
+    fixed.isa = Fixed::class_();
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 20000; ++i) {
+                object->retain();
+                fixed.retain();
+                _ZPIncrementInternalRefCount(object, &object->_word, 0xFF, nullptr);
+            }
+            for (int i = 0; i < 20000; ++i) {
+                object->release();
+                fixed.release();
+                _ZPDecrementInternalRefCountWasZero(object, &object->_word, 0xFF, nullptr);
+            }
+        });
+    for (auto &t : threads) t.join();
+    EXPECT_EQ(object->retainCount(), 1u);
+    EXPECT_EQ(fixed.retainCount(), 1u);
+    EXPECT_EQ(object->_word, 0u);
+    object->release();
+    EXPECT_EQ(deallocated, 1);
+}
+
+TEST(Ref, OwnsOneReference) {
+    deallocated = 0;
+    {
+        ZPRef<Plain> a = ZPAdopt(Plain::new_());
+        EXPECT_EQ(a->retainCount(), 1u);
+        ZPRef<ZPObject> b = a;
+        EXPECT_EQ(a->retainCount(), 2u);
+        ZPRef<ZPObject> c = std::move(b);
+        EXPECT_EQ(a->retainCount(), 2u);
+        EXPECT_FALSE(b);
+        id loose = c;
+        ZPRef<Plain> d = loose;
+        EXPECT_EQ(a->retainCount(), 3u);
+        d = nullptr;
+        a = std::move(a);
+        EXPECT_EQ(c->retainCount(), 2u);
+    }
+    EXPECT_EQ(deallocated, 1);
+}

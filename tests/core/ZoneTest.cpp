@@ -1,0 +1,142 @@
+// Zones, pages and zombies.
+#include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/strings/ZPString.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+TEST(Zone, BlocksKeepTheirBytesAndTheirZone) {
+    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    ASSERT_NE(zone, nullptr);
+    std::mt19937 random(5);
+    struct Piece { unsigned char *p; std::size_t size; unsigned char mark; };
+    std::vector<Piece> pieces;
+    for (int i = 0; i < 3000; ++i) {
+        if (!pieces.empty() && random() % 3 == 0) {
+            std::size_t at = random() % pieces.size();
+            Piece &piece = pieces[at];
+            for (std::size_t k = 0; k < piece.size; ++k) ASSERT_EQ(piece.p[k], piece.mark);
+            if (random() % 2) {
+                std::size_t size = random() % 9000 + 1;
+                piece.p = static_cast<unsigned char *>(ZPZoneRealloc(zone, piece.p, size));
+                for (std::size_t k = 0; k < std::min(size, piece.size); ++k) ASSERT_EQ(piece.p[k], piece.mark);
+                piece.size = size;
+                std::memset(piece.p, piece.mark, size);
+            } else {
+                ZPZoneFree(zone, piece.p);
+                pieces.erase(pieces.begin() + at);
+            }
+        } else {
+            std::size_t size = random() % 5000;
+            auto *p = static_cast<unsigned char *>(ZPZoneMalloc(zone, size));
+            ASSERT_EQ(reinterpret_cast<std::uintptr_t>(p) % 16, 0u);
+            ASSERT_EQ(ZPZoneFromPointer(p), zone);
+            std::memset(p, i & 255, size);
+            pieces.push_back({p, size, static_cast<unsigned char>(i)});
+        }
+    }
+    // After the zone is handed back its blocks are the default zone's, and live on.
+    ZPRecycleZone(zone);
+    for (Piece &piece : pieces) {
+        ASSERT_EQ(ZPZoneFromPointer(piece.p), ZPDefaultMallocZone());
+        for (std::size_t k = 0; k < piece.size; ++k) ASSERT_EQ(piece.p[k], piece.mark);
+        ZPZoneFree(nullptr, piece.p);
+    }
+    ZPRecycleZone(nullptr);
+    ZPRecycleZone(ZPDefaultMallocZone());
+    EXPECT_EQ(ZPZoneCalloc(nullptr, std::size_t(-1), 2), nullptr);
+}
+
+TEST(Zone, InstancesLiveInTheirZone) {
+    ZPAutoreleasePoolScope pool;
+    ZPZone *zone = ZPCreateZone(100000, 4096, YES);
+    EXPECT_STREQ(ZPZoneName(zone)->cString(), "");
+    ZPSetZoneName(zone, "Shed"_zp);
+    EXPECT_STREQ(ZPZoneName(zone)->cString(), "Shed");
+    EXPECT_STREQ(ZPZoneName(nullptr)->cString(), "ZPDefaultZone");
+    ZPObject *here = ZPObject::allocWithZone(zone)->init();
+    ZPObject *there = ZPObject::new_();
+    EXPECT_EQ(here->zone(), zone);
+    EXPECT_EQ(there->zone(), ZPDefaultMallocZone());
+    EXPECT_TRUE(ZPShouldRetainWithZone(here, zone));
+    EXPECT_FALSE(ZPShouldRetainWithZone(there, zone));
+    EXPECT_TRUE(ZPShouldRetainWithZone(here, nullptr));
+    here->retain();
+    here->release();
+    here->release();
+    there->release();
+    ZPRecycleZone(zone);
+}
+
+TEST(Pages, RoundAndFail) {
+    ZPAutoreleasePoolScope pool;
+    unsigned page = ZPPageSize();
+    EXPECT_EQ(1u << ZPLogPageSize(), page);
+    EXPECT_EQ(ZPRoundUpToMultipleOfPageSize(1), page);
+    EXPECT_EQ(ZPRoundUpToMultipleOfPageSize(page), page);
+    EXPECT_EQ(ZPRoundDownToMultipleOfPageSize(2 * page - 1), page);
+    char *pages = static_cast<char *>(ZPAllocateMemoryPages(3 * page));
+    EXPECT_EQ(pages[3 * page - 1], 0);
+    ZPCopyMemoryPages("hello", pages, 6);
+    ZPCopyMemoryPages(pages, pages + 1, 6);
+    EXPECT_STREQ(pages, "hhello");
+    ZPDeallocateMemoryPages(pages, 3 * page);
+    try {
+        ZPAllocateMemoryPages(0);
+        FAIL();
+    } catch (ZPException *e) {
+        EXPECT_STREQ(e->reason()->cString(), "*** ZPAllocateMemoryPages(0) failed");
+    }
+    EXPECT_EQ(ZPLog2(0), 0);
+    EXPECT_EQ(ZPLog2(1), 0);
+    EXPECT_EQ(ZPLog2(4096), 12);
+    EXPECT_EQ(ZPLog2(0x80000001u), 31);
+    EXPECT_GT(ZPRealMemoryAvailable(), 0u);
+}
+
+namespace {
+std::string logged;
+void keepLog(const char *bytes, unsigned length, BOOL) { logged.append(bytes, length); }
+struct Ghost : ZPObject {
+    ZP_CLASS(Ghost)
+    std::string _text = "fields end with the object";
+};
+ZP_IMPLEMENT(Ghost);
+}  // namespace
+
+TEST(Zombie, ReportsEveryMessageToAFreedObject) {
+    ZPAutoreleasePoolScope pool;
+    ZPZombieEnabled = YES;
+    Ghost *ghost = Ghost::new_(), *second = Ghost::new_();
+    ghost->release();
+    second->release();
+    ZPZombieEnabled = NO;
+    EXPECT_STREQ(ghost->isa->name, "ZPZombie_Ghost");
+    EXPECT_EQ(ghost->isa, second->isa);
+    EXPECT_EQ(objc_getClass("ZPZombie_Ghost"), ghost->isa);
+    struct { const char *selector, *caught; } cases[] = {{"bar", "methodSignatureForSelector:"}, {"retain", "retain"}, {"autorelease", "autorelease"}};
+    for (auto &c : cases) {
+        logged.clear();
+        _ZPSetLogCStringFunction(keepLog);
+        try {
+            objc_msgSend<id>(id((objc_object *)ghost), sel_registerName(c.selector));
+            ADD_FAILURE() << c.selector;
+        } catch (ZPException *e) {
+            char report[300];
+            std::snprintf(report, sizeof report, "*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\nBreak at '-[_ZPZombie %s]' to debug.",
+                          c.selector, reinterpret_cast<unsigned long>(ghost), c.caught);
+            EXPECT_STREQ(e->reason()->cString(), report);
+            EXPECT_TRUE(e->name()->isEqual(ZPGenericException));
+            EXPECT_EQ(logged, std::string("*** ") + report);
+        }
+        _ZPSetLogCStringFunction(nullptr);
+    }
+    std::free(objc_headerOf(ghost));
+    std::free(objc_headerOf(second));
+}
