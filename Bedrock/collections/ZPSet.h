@@ -7,7 +7,7 @@
 ZP_FORWARD(ZPArray);
 ZP_FORWARD(ZPDictionary);
 ZP_FORWARD(ZPString);
-struct _ZPSimpleDictionary;
+struct ZPSimpleDictionary;
 
 /// Distinct objects, which it retains: of equal objects one is the member. Never null, which raises
 /// ZPInvalidArgumentException; at most 268,435,455 members. A cluster: `alloc` gives a private class. A
@@ -114,7 +114,7 @@ struct ZPMutableSet : ZPSet {
 /// A set that counts how often each member was added.
 struct ZPCountedSet : ZPMutableSet {
     ZP_CLASS(ZPCountedSet)
-    _ZPSimpleDictionary *_table;  ///< member -> its count
+    ZPSimpleDictionary *_table;  ///< member -> its count
     void *_reserved;
 
     static ZPCountedSet *set() { return objc_msgSend<ZPCountedSet *>(class_(), "set"_sel); }

@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS)
+set(PUBLIC_HEADERS ZPSimpleHashing.h ZPHashTable.h ZPMapTable.h)

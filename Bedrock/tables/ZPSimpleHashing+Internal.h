@@ -1,0 +1,106 @@
+// The search, insertion and removal of the hashing engine as templates over the shape (set or dictionary)
+// and the equality test, so that the library's own tables and collections inline both.
+//
+// A shape S is ZPSimpleSet or ZPSimpleDictionary. An equality test is called with the stored item and the
+// probe; `ZPSimpleIdentityOnly` stands for none. A probe sequence starts at `hash & mask` and goes on by
+// an odd step, so it visits every bucket.
+#pragma once
+
+#include <Bedrock/tables/ZPSimpleHashing.h>
+
+struct ZPSimpleIdentityOnly {};
+
+template <class S> using ZPSimpleBucketOf = std::remove_reference_t<decltype(*S::buckets)>;
+
+inline void *&ZPSimpleKey(ZPSimpleSetBucket &b) { return b.item; }
+inline void *&ZPSimpleKey(ZPSimpleDictionaryBucket &b) { return b.key; }
+
+template <class S> ZP_INLINE unsigned ZPSimpleClass(const S *s) { return s->info >> 27; }
+template <class S> ZP_INLINE unsigned ZPSimpleCount(const S *s) { return s->info & ZPSimpleCountMask; }
+template <class S> ZP_INLINE unsigned ZPSimpleBuckets(const S *s) { return 4u << ZPSimpleClass(s); }
+template <class S> ZP_INLINE bool ZPSimpleIsLinear(const S *s) { return ZPSimpleClass(s) < 2; }
+
+constexpr unsigned ZPSimpleThreshold(unsigned sizeClass) {
+    if (sizeClass < 2) return sizeClass ? 7 : 3;
+    return unsigned(((std::uint64_t(8) << sizeClass) + 1) / 3);
+}
+
+ZP_INLINE unsigned ZPSimpleStep(unsigned hash, unsigned mask) { return (((hash >> 1) & mask) + ((hash >> 1) & 1) - 1) & mask; }
+
+ZP_COLD void ZPSweepSimple(ZPSimpleSet *set);
+ZP_COLD void ZPSweepSimple(ZPSimpleDictionary *dictionary);
+ZP_COLD void ZPAddGrowingSimple(ZPSimpleSet **set, ZPSimpleSetBucket *place, ZPSimpleSetBucket entry);
+ZP_COLD void ZPAddGrowingSimple(ZPSimpleDictionary **dictionary, ZPSimpleDictionaryBucket *place, ZPSimpleDictionaryBucket entry);
+
+/// The bucket of an equal item or null; `place`, when given, gets the bucket where a new entry belongs
+/// after a search without success.
+template <class S, class E>
+ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *s, const void *item, unsigned hash, const E &isEqual, ZPSimpleBucketOf<S> **place = nullptr) {
+    constexpr bool tests = !std::is_same_v<E, ZPSimpleIdentityOnly>;
+    unsigned state = (hash & ZPSimpleHashMask) | ZPSimpleOccupied;
+    auto *buckets = s->buckets;
+    if (ZPSimpleIsLinear(s)) {
+        unsigned count = ZPSimpleCount(s);
+        for (unsigned i = 0; i < count; ++i)
+            if (ZPSimpleKey(buckets[i]) == item) return &buckets[i];
+        if constexpr (tests)
+            for (unsigned i = 0; i < count; ++i)
+                if (buckets[i].state == state && isEqual(ZPSimpleKey(buckets[i]), item)) return &buckets[i];
+        if (place) *place = &buckets[count];
+        return nullptr;
+    }
+    unsigned mask = ZPSimpleBuckets(s) - 1, first = hash & mask, i = first, deleted = 0;
+    unsigned step = ZPSimpleStep(hash & ZPSimpleHashMask, mask);
+    ZPSimpleBucketOf<S> *free = nullptr;
+    do {
+        auto *b = &buckets[i];
+        if (b->state & ZPSimpleOccupied) {
+            if (ZPSimpleKey(*b) == item) return b;
+            if constexpr (tests)
+                if (b->state == state && isEqual(ZPSimpleKey(*b), item)) return b;
+        } else {
+            if (!free) free = b;
+            if (!b->state) break;
+            ++deleted;
+        }
+        i = (i + step) & mask;
+    } while (i != first);
+    if (place) {
+        *place = free;
+        if (deleted > 8 + mask / 16) [[unlikely]] ZPSweepSimple(s);
+    }
+    return nullptr;
+}
+
+/// Writes a new entry at the place that a search without success found, counts it, and grows the structure
+/// when it becomes too full. Raises when there is no memory for that, before anything changes.
+template <class S> ZP_INLINE void ZPSimpleAdd(S **reference, ZPSimpleBucketOf<S> *place, ZPSimpleBucketOf<S> entry) {
+    S *s = *reference;
+    unsigned count = ZPSimpleCount(s);
+    if (count >= ZPSimpleThreshold(ZPSimpleClass(s)) || count == ZPSimpleMaximumCount) [[unlikely]]
+        return ZPAddGrowingSimple(reference, place, entry);
+    *place = entry;
+    s->info++;
+}
+
+/// Empties a bucket in use.
+template <class S> ZP_INLINE void ZPSimpleRemove(S *s, ZPSimpleBucketOf<S> *bucket) {
+    if (ZPSimpleIsLinear(s)) {
+        auto *last = &s->buckets[ZPSimpleCount(s) - 1];
+        if (last != bucket) *bucket = *last;
+        bucket = last;
+    }
+    *bucket = {ZPSimpleDeleted};
+    s->info--;
+}
+
+/// Calls f(bucket) for every bucket in use, last first, while it answers nothing or true.
+template <class S, class F> ZP_INLINE void ZPSimpleForEach(S *s, const F &f) {
+    for (unsigned i = ZPSimpleIsLinear(s) ? ZPSimpleCount(s) : ZPSimpleBuckets(s); i-- > 0;) {
+        auto *b = &s->buckets[i];
+        if (!(b->state & ZPSimpleOccupied)) continue;
+        if constexpr (std::is_same_v<decltype(f(b)), bool>) {
+            if (!f(b)) return;
+        } else f(b);
+    }
+}

@@ -1,0 +1,68 @@
+// What hash tables and map tables share: the functions behind their standard callback records, and the
+// gathering of items into arrays.
+#pragma once
+
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPCore+Internal.h>
+#include <Bedrock/tables/ZPSimpleHashing+Internal.h>
+
+#include <vector>
+
+inline objc_object *_ZPItemObject(const void *item) { return static_cast<objc_object *>(const_cast<void *>(item)); }
+
+/// Folds a null-terminated byte string four bytes at a time; 0 for null.
+unsigned _ZPByteStringHash(const void *bytes);
+bool _ZPByteStringsEqual(const void *bytes1, const void *bytes2);
+
+// One function for each way of treating an item, whatever the table T it lies in.
+template <class T> unsigned _ZPObjectItemHash(T *, const void *item) { return objc_msgSend<unsigned>(_ZPItemObject(item), "hash"_sel); }
+template <class T> BOOL _ZPObjectItemsEqual(T *, const void *stored, const void *probe) {
+    return stored == probe || objc_msgSend<BOOL>(_ZPItemObject(stored), "isEqual:"_sel, id(_ZPItemObject(probe)));
+}
+template <class T> void _ZPObjectItemRetain(T *, const void *item) { objc_msgSend<id>(_ZPItemObject(item), "retain"_sel); }
+template <class T> void _ZPObjectItemRelease(T *, void *item) { objc_msgSend(_ZPItemObject(item), "release"_sel); }
+template <class T> ZPString *_ZPObjectItemDescribe(T *, const void *item) {
+    return objc_msgSend<ZPString *>(_ZPItemObject(item), "description"_sel);
+}
+template <class T> void _ZPPointerItemFree(T *, void *item) { ZPZoneFree(ZPZoneFromPointer(item), item); }
+template <class T> unsigned _ZPByteStringItemHash(T *, const void *item) { return _ZPByteStringHash(item); }
+template <class T> BOOL _ZPByteStringItemsEqual(T *, const void *stored, const void *probe) { return _ZPByteStringsEqual(stored, probe); }
+template <class T> ZPString *_ZPByteStringItemDescribe(T *, const void *item) {
+    return _ZPStringWithCText("%s", static_cast<const char *>(item));
+}
+
+template <class T, class C> ZPString *_ZPDescribeItem(T *table, const C &callBacks, const void *item) {
+    if (callBacks.describe) return callBacks.describe(table, item);
+    return _ZPStringWithCText("0x%lx", reinterpret_cast<unsigned long>(item));
+}
+
+/// The low 32 bits of an item are its hash when the table has no function for it.
+template <class T, class C> ZP_INLINE unsigned _ZPItemHash(T *table, const C &callBacks, const void *item) {
+    return callBacks.hash ? callBacks.hash(table, item) : unsigned(reinterpret_cast<std::uintptr_t>(item));
+}
+
+/// The bucket of an equal item by a table's own equality function, without a detour through the structure's.
+template <class T, class C, class S>
+ZP_INLINE ZPSimpleBucketOf<S> *_ZPFindItem(T *table, const C &callBacks, S *s, const void *item, unsigned hash, ZPSimpleBucketOf<S> **place = nullptr) {
+    if (callBacks.isEqual)
+        return ZPSimpleFind(s, item, hash, [&](const void *stored, const void *probe) { return callBacks.isEqual(table, stored, probe) != NO; }, place);
+    return ZPSimpleFind(s, item, hash, ZPSimpleIdentityOnly{}, place);
+}
+
+/// An autoreleased array of what `take` answers for each bucket in use, last bucket first.
+template <class S, class F> ZPArray *_ZPArrayOfItems(S *s, const F &take) {
+    unsigned count = ZPSimpleCount(s);
+    id local[128];
+    std::vector<id> large(count > 128 ? count : 0);
+    id *objects = count > 128 ? large.data() : local, *next = objects;
+    ZPSimpleForEach(s, [&](ZPSimpleBucketOf<S> *b) { *next++ = id(_ZPItemObject(take(b))); });
+    id array = objc_msgSend<id>(objc_getClass("ZPArray"), "alloc"_sel);
+    array = objc_msgSend<id>(array, "initWithObjects:count:"_sel, static_cast<const id *>(objects), count);
+    return objc_msgSend<ZPArray *>(array, "autorelease"_sel);
+}
+
+/// An empty mutable string with room for `capacity` characters.
+inline id _ZPMutableText(unsigned capacity) {
+    return objc_msgSend<id>(objc_getClass("ZPMutableString"), "stringWithCapacity:"_sel, capacity);
+}
+inline void _ZPAppendText(id text, ZPString *string) { objc_msgSend(text, "appendString:"_sel, string); }
