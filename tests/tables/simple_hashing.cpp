@@ -1,0 +1,236 @@
+// The engine itself: sizes, places of entries, growth and removal. Expected places are worked out by hand
+// from the probe rule: start at hash & mask, odd step ((hash >> 1) & mask) + ((hash >> 1) & 1) - 1.
+#include <Bedrock/tables/ZPSimpleHashing.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <map>
+#include <random>
+#include <vector>
+
+namespace {
+
+void *word(std::uintptr_t n) { return reinterpret_cast<void *>(n); }
+std::uintptr_t number(void *p) { return reinterpret_cast<std::uintptr_t>(p); }
+
+bool insert(ZPSimpleSet *&set, std::uintptr_t n, unsigned hash) {
+    void *item = word(n);
+    return ZPSimpleSetInsert(&set, &item, hash, nullptr, NO);
+}
+bool remove(ZPSimpleSet *&set, std::uintptr_t n, unsigned hash) {
+    void *item = word(n);
+    return ZPSimpleSetDelete(&set, &item, hash, nullptr);
+}
+std::vector<std::uintptr_t> layout(ZPSimpleSet *set) {  // items by bucket, 0: none
+    std::vector<std::uintptr_t> v;
+    for (unsigned i = 0; i < ZPSimpleSetNumBuckets(set); ++i) {
+        auto *b = ZPSimpleSetGetBucket(set, i);
+        v.push_back(b ? number(b->item) : 0);
+    }
+    return v;
+}
+using L = std::vector<std::uintptr_t>;
+
+TEST(SimpleHashing, CapacityChoosesTheSizeClass) {
+    struct { unsigned capacity, buckets; } cases[] = {{0, 4}, {3, 4}, {4, 8}, {7, 8}, {8, 16}, {11, 16}, {12, 32}, {21, 32}, {22, 64}, {43, 64}, {44, 128}, {1365, 2048}, {1366, 4096}};
+    for (auto c : cases) {
+        ZPSimpleSet *set = ZPCreateSimpleSet(c.capacity, nullptr, nullptr);
+        EXPECT_EQ(ZPSimpleSetNumBuckets(set), c.buckets) << c.capacity;
+        ZPFreeSimpleSet(set);
+        ZPSimpleDictionary *d = ZPCreateSimpleDictionary(c.capacity, nullptr, nullptr);
+        EXPECT_EQ(ZPSimpleDictionaryNumBuckets(d), c.buckets) << c.capacity;
+        ZPFreeSimpleDictionary(d);
+    }
+}
+
+TEST(SimpleHashing, GrowsWhenTheThresholdIsPassed) {
+    ZPSimpleSet *set = ZPCreateSimpleSet(0, nullptr, nullptr);
+    std::map<unsigned, unsigned> changes;
+    for (unsigned n = 1, size = 4; n <= 1366; ++n) {
+        insert(set, n, n);
+        if (ZPSimpleSetNumBuckets(set) != size) changes[n] = size = ZPSimpleSetNumBuckets(set);
+    }
+    EXPECT_EQ(changes, (std::map<unsigned, unsigned>{{4, 8}, {8, 16}, {12, 32}, {22, 64}, {44, 128}, {86, 256}, {172, 512}, {342, 1024}, {684, 2048}, {1366, 4096}}));
+    ZPFreeSimpleSet(set);
+}
+
+TEST(SimpleHashing, LinearClassesPackAndRemovalMovesTheLastEntry) {
+    ZPSimpleSet *set = ZPCreateSimpleSet(0, nullptr, nullptr);
+    for (unsigned n : {1, 2, 3}) insert(set, n, 77);
+    EXPECT_EQ(layout(set), (L{1, 2, 3, 0}));
+    insert(set, 4, 77);  // growth enters the entries last first
+    EXPECT_EQ(layout(set), (L{4, 3, 2, 1, 0, 0, 0, 0}));
+    EXPECT_TRUE(remove(set, 3, 77));
+    EXPECT_EQ(layout(set), (L{4, 1, 2, 0, 0, 0, 0, 0}));
+    EXPECT_TRUE(remove(set, 2, 77));
+    EXPECT_FALSE(remove(set, 2, 77));
+    insert(set, 9, 77);
+    EXPECT_EQ(layout(set), (L{4, 1, 9, 0, 0, 0, 0, 0}));
+    ZPFreeSimpleSet(set);
+}
+
+TEST(SimpleHashing, HashedClassesFollowTheProbeSequence) {
+    ZPSimpleSet *set = ZPCreateSimpleSet(8, nullptr, nullptr);  // 16 buckets
+    insert(set, 1, 5);  // step (2 & 15) + 0 - 1 = 1
+    insert(set, 2, 5);
+    insert(set, 3, 5);
+    insert(set, 4, 0x15);  // start 5, step (10 & 15) + 0 - 1 = 9: 5, 14
+    insert(set, 5, 0);     // step -1 is 15
+    insert(set, 6, 0);
+    EXPECT_EQ(layout(set), (L{5, 0, 0, 0, 0, 1, 2, 3, 0, 0, 0, 0, 0, 0, 4, 6}));
+    EXPECT_TRUE(remove(set, 2, 5));   // leaves a deleted bucket that the search for 3 passes
+    EXPECT_TRUE(ZPSimpleSetLookup(set, word(3), 5, nullptr));
+    insert(set, 7, 5);                // and that the next insertion takes
+    EXPECT_EQ(layout(set), (L{5, 0, 0, 0, 0, 1, 7, 3, 0, 0, 0, 0, 0, 0, 4, 6}));
+    EXPECT_FALSE(ZPSimpleSetLookup(set, word(3), 6, nullptr)) << "another hash starts elsewhere";
+    ZPFreeSimpleSet(set);
+}
+
+TEST(SimpleHashing, OnlyThirtyBitsOfAHashCount) {
+    ZPSimpleSet *set = ZPCreateSimpleSet(100, [](void *, const void *, const void *) -> BOOL { return YES; }, nullptr);
+    insert(set, 1, 0xC0000005);
+    auto *b = ZPSimpleSetLookup(set, word(2), 5, nullptr);
+    ASSERT_TRUE(b);
+    EXPECT_EQ(number(b->item), 1u);
+    EXPECT_EQ(b->state, 0x80000005u);
+    ZPFreeSimpleSet(set);
+}
+
+TEST(SimpleHashing, IdentityIsTriedBeforeEquality) {
+    static int calls;
+    calls = 0;
+    auto isEqual = [](void *context, const void *, const void *) -> BOOL { ++calls; return context != nullptr; };
+    for (unsigned capacity : {7u, 20u}) {
+        ZPSimpleSet *set = ZPCreateSimpleSet(capacity, isEqual, nullptr);
+        insert(set, 1, 9);
+        insert(set, 2, 9);
+        calls = 0;
+        EXPECT_EQ(number(ZPSimpleSetLookup(set, word(1), 9, word(1))->item), 1u);
+        EXPECT_EQ(calls, 0);
+        // In a packed class an identical entry wins over an earlier equal one, whatever its hash.
+        if (capacity == 7) EXPECT_EQ(number(ZPSimpleSetLookup(set, word(2), 4, word(1))->item), 2u);
+        EXPECT_FALSE(ZPSimpleSetLookup(set, word(3), 10, word(1))) << "another hash is not compared";
+        EXPECT_EQ(calls, 0);
+        void *item = word(3);
+        EXPECT_FALSE(ZPSimpleSetInsert(&set, &item, 9, word(1), YES));
+        EXPECT_EQ(number(item), 1u) << "the stored item comes back";
+        EXPECT_TRUE(ZPSimpleSetLookup(set, word(3), 9, nullptr));
+        ZPFreeSimpleSet(set);
+    }
+}
+
+TEST(SimpleHashing, DictionaryHandsBackWhatWasStored) {
+    auto same = [](void *, const void *a, const void *b) -> BOOL { return number(const_cast<void *>(a)) / 10 == number(const_cast<void *>(b)) / 10; };
+    ZPSimpleDictionary *d = ZPCreateSimpleDictionary(2, same, nullptr);
+    void *key = word(11), *value = word(100);
+    EXPECT_TRUE(ZPSimpleDictionaryInsert(&d, &key, 1, &value, nullptr, YES));
+    key = word(12), value = word(200);
+    EXPECT_FALSE(ZPSimpleDictionaryInsert(&d, &key, 1, &value, nullptr, NO));
+    EXPECT_EQ(number(key), 11u);
+    EXPECT_EQ(number(value), 100u);
+    key = word(12), value = word(200);
+    EXPECT_FALSE(ZPSimpleDictionaryInsert(&d, &key, 1, &value, nullptr, YES));
+    EXPECT_EQ(number(value), 100u);
+    auto *b = ZPSimpleDictionaryLookup(d, word(13), 1, nullptr);
+    ASSERT_TRUE(b);
+    EXPECT_EQ(number(b->key), 11u) << "only the value is replaced";
+    EXPECT_EQ(number(b->value), 200u);
+    key = word(19);
+    EXPECT_TRUE(ZPSimpleDictionaryDelete(&d, &key, 1, &value, nullptr));
+    EXPECT_EQ(number(key), 11u);
+    EXPECT_EQ(number(value), 200u);
+    EXPECT_EQ(ZPSimpleDictionaryCount(d), 0u);
+    ZPFreeSimpleDictionary(d);
+}
+
+TEST(SimpleHashing, CountingValues) {
+    ZPSimpleDictionary *d = ZPCreateSimpleDictionary(0, nullptr, nullptr);
+    void *key = word(5);
+    EXPECT_TRUE(ZPSimpleDictionaryIncrementValue(&d, &key, 5, nullptr));
+    EXPECT_FALSE(ZPSimpleDictionaryIncrementValue(&d, &key, 5, nullptr));
+    EXPECT_EQ(number(ZPSimpleDictionaryLookup(d, key, 5, nullptr)->value), 2u);
+    EXPECT_FALSE(ZPSimpleDictionaryDecrementValue(&d, &key, 5, nullptr));
+    EXPECT_TRUE(ZPSimpleDictionaryDecrementValue(&d, &key, 5, nullptr));
+    EXPECT_FALSE(ZPSimpleDictionaryDecrementValue(&d, &key, 5, nullptr));
+    for (unsigned size : {6u, 40u}) {
+        for (unsigned n = 1; n <= size; ++n) {
+            void *k = word(n), *v = word(n % 3);
+            ZPSimpleDictionaryInsert(&d, &k, n, &v, nullptr, NO);
+        }
+        ZPSimpleDictionaryDeleteEntriesWithValue(&d, word(1));
+        for (unsigned n = 1; n <= size; ++n) EXPECT_EQ(ZPSimpleDictionaryLookup(d, word(n), n, nullptr) != nullptr, n % 3 != 1) << n;
+        ZPResetSimpleDictionary(d, nullptr, nullptr);
+    }
+    ZPFreeSimpleDictionary(d);
+}
+
+TEST(SimpleHashing, ResetReleasesFromTheLastBucketAndKeepsTheSize) {
+    ZPSimpleSet *set = ZPCreateSimpleSet(7, nullptr, nullptr);
+    for (unsigned n : {1, 2, 3}) insert(set, n, 0);
+    L released;
+    ZPResetSimpleSet(set, [](void *context, void *item) { static_cast<L *>(context)->push_back(number(item)); }, &released);
+    EXPECT_EQ(released, (L{3, 2, 1}));
+    EXPECT_EQ(ZPSimpleSetCount(set), 0u);
+    EXPECT_EQ(ZPSimpleSetNumBuckets(set), 8u);
+    EXPECT_FALSE(ZPSimpleSetGetBucket(set, 0));
+    ZPFreeSimpleSet(set);
+}
+
+TEST(SimpleHashing, RetainCounts) {
+    ZPSimpleSet *set = ZPCreateSimpleSet(0, nullptr, nullptr);
+    EXPECT_EQ(ZPSimpleSetRetainCount(set), 1);
+    EXPECT_FALSE(ZPRetainSimpleSet(set));
+    for (unsigned n = 1; n < 20; ++n) insert(set, n, n);
+    EXPECT_EQ(ZPSimpleSetRetainCount(set), 2) << "growth carries the count over";
+    ZPSimpleSet *copy = ZPCopySimpleSet(set, nullptr);
+    EXPECT_EQ(ZPSimpleSetRetainCount(copy), 1);
+    EXPECT_EQ(layout(copy), layout(set));
+    EXPECT_FALSE(ZPReleaseSimpleSet(set));
+    EXPECT_TRUE(ZPReleaseSimpleSet(set));
+    copy->retainCount = -1;
+    EXPECT_TRUE(ZPRetainSimpleSet(copy));
+    EXPECT_FALSE(ZPReleaseSimpleSet(copy));
+    EXPECT_EQ(copy->retainCount, -1);
+    ZPFreeSimpleSet(set);
+    ZPFreeSimpleSet(copy);
+}
+
+TEST(SimpleHashing, AgreesWithAMapUnderRandomChanges) {
+    std::mt19937 random(7);
+    for (unsigned spread : {8u, 64u, 4096u}) {  // few distinct hashes up to nearly none shared
+        ZPSimpleSet *set = ZPCreateSimpleSet(0, nullptr, nullptr);
+        std::map<std::uintptr_t, unsigned> model;
+        for (int i = 0; i < 20000; ++i) {
+            std::uintptr_t n = 1 + random() % 300;
+            unsigned hash = unsigned(n * 2654435761u) % spread;
+            if (random() % 2) EXPECT_EQ(insert(set, n, hash), model.emplace(n, hash).second);
+            else EXPECT_EQ(remove(set, n, hash), model.erase(n) == 1);
+        }
+        ASSERT_EQ(ZPSimpleSetCount(set), model.size());
+        for (auto [n, hash] : model) EXPECT_TRUE(ZPSimpleSetLookup(set, word(n), hash, nullptr));
+        unsigned seen = 0;
+        for (auto n : layout(set)) seen += n != 0;
+        EXPECT_EQ(seen, model.size());
+        ZPFreeSimpleSet(set);
+    }
+}
+
+TEST(SimpleHashing, RemovedEntriesDoNotSlowSearchesForEver) {
+    // A window of 1,000 live entries slides over a million keys; without care every bucket has been in use
+    // after a while and each search for an absent key walks through all of them.
+    ZPSimpleSet *set = ZPCreateSimpleSet(1365, nullptr, nullptr);
+    auto begin = std::chrono::steady_clock::now();
+    auto hash = [](std::uintptr_t n) { return unsigned(n * 2654435761u) >> 2; };
+    for (std::uintptr_t n = 1; n <= 1000000; ++n) {
+        ASSERT_TRUE(insert(set, n, hash(n)));
+        if (n > 1000) { ASSERT_TRUE(remove(set, n - 1000, hash(n - 1000))); }
+    }
+    auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    EXPECT_EQ(ZPSimpleSetNumBuckets(set), 2048u);
+    for (std::uintptr_t n = 999001; n <= 1000000; ++n) EXPECT_TRUE(ZPSimpleSetLookup(set, word(n), hash(n), nullptr));
+    EXPECT_LT(seconds, 5);
+    ZPFreeSimpleSet(set);
+}
+
+}  // namespace
