@@ -1,11 +1,15 @@
 #include <Bedrock/platform/ZPHost.h>
+#include <Bedrock/platform/ZPPath.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <string>
+#include <strings.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -53,5 +57,44 @@ void ZPHostTimeStamp(char *text) {
 }
 
 int ZPHostCallStack(void **addresses, int capacity) { return backtrace(addresses, capacity); }
+
+unsigned ZPHostCodePage() {
+    const char *locale = nullptr;
+    for (const char *name : {"LC_ALL", "LC_CTYPE", "LANG"})
+        if ((locale = std::getenv(name)) && *locale) break;
+    const char *set = locale ? std::strchr(locale, '.') : nullptr;
+    if (!set) return 65001;
+    std::size_t length = std::strcspn(++set, "@");
+    static const struct { const char *name; unsigned page; } pages[] = {
+        {"ISO-8859-1", 1252}, {"ISO8859-1", 1252}, {"ISO-8859-15", 1252}, {"ISO8859-15", 1252}, {"CP1252", 1252},
+        {"CP1250", 1250}, {"CP1251", 1251}, {"CP1253", 1253}, {"CP1254", 1254}, {"SJIS", 932}, {"Shift_JIS", 932}, {"CP932", 932},
+    };
+    for (auto &p : pages)
+        if (std::strlen(p.name) == length && strncasecmp(p.name, set, length) == 0) return p.page;
+    return 65001;
+}
+
+const char *ZPRootDirectory() {
+    static const std::string &root = *new std::string([]() -> std::string {
+        const char *named = std::getenv("CORVID_ROOT");
+        char mapped[4096];
+        std::string path = named && ZPHostPathFromPath(named, mapped, sizeof mapped) ? mapped : "";
+        Dl_info library;
+        if (path.empty() && dladdr(reinterpret_cast<void *>(&ZPRootDirectory), &library) && library.dli_fname) {
+            char *real = realpath(library.dli_fname, nullptr);
+            path = real ? real : library.dli_fname;
+            std::free(real);
+            // The library lies in a directory beside share/bedrock, or one below (lib/<architecture>).
+            for (int up = 0; up < 3; ++up) {
+                path.erase(path.find_last_of('/') == std::string::npos ? 0 : path.find_last_of('/'));
+                if (up && access((path + "/share/bedrock").c_str(), F_OK) == 0) return path + "/share/bedrock";
+            }
+            path.clear();
+        }
+        while (path.size() > 1 && path.back() == '/') path.pop_back();
+        return path;
+    }());
+    return root.c_str();
+}
 
 void ZPHostCrash() { std::abort(); }

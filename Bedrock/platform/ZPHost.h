@@ -19,6 +19,12 @@ void ZPHostReportEvent(const char *text, std::size_t length);
 void ZPHostTimeStamp(char *text);
 /// Return addresses of the calling stack, innermost first.
 int ZPHostCallStack(void **addresses, int capacity);
+/// The number of the code page of the text that the user's environment names; 65001 stands for UTF-8, which
+/// is also the answer when it names none.
+unsigned ZPHostCodePage();
+/// The installation root as a host path, without a separator at the end: CORVID_ROOT when that is set, else the
+/// data directory that lies beside the library's. Never null; lives as long as the process.
+const char *ZPRootDirectory();
 /// Ends the process as a crash does.
 [[noreturn]] void ZPHostCrash();
 }

@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS ZPTypes.h ZPTypeEncoding.h ZPClass.h ZPMessage.h ZPImplement.h ZPProtocol.h ZPRuntime.h ZPZone.h)
+set(PUBLIC_HEADERS ZPPath.h ZPTypes.h ZPTypeEncoding.h ZPClass.h ZPMessage.h ZPImplement.h ZPProtocol.h ZPRuntime.h ZPZone.h)

@@ -63,6 +63,12 @@ ZP_EXPORT void _ZPStartCharacterReader(ZPCharacterReader *reader, ZPString *stri
 ZP_EXPORT unsigned ZPUnicodeToASCII(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToKESTREL(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToISOLatin1(ZPCharacterReader *reader, unsigned char *bytes);
+ZP_EXPORT unsigned ZPUnicodeToISOLatin2(ZPCharacterReader *reader, unsigned char *bytes);
+ZP_EXPORT unsigned ZPUnicodeToWinCodePage1250(ZPCharacterReader *reader, unsigned char *bytes);
+ZP_EXPORT unsigned ZPUnicodeToAdobeStandardCyrillic(ZPCharacterReader *reader, unsigned char *bytes);
+ZP_EXPORT unsigned ZPUnicodeToWinLatin1(ZPCharacterReader *reader, unsigned char *bytes);
+ZP_EXPORT unsigned ZPUnicodeToWinCodePage1253(ZPCharacterReader *reader, unsigned char *bytes);
+ZP_EXPORT unsigned ZPUnicodeToWinCodePage1254(ZPCharacterReader *reader, unsigned char *bytes);
 /// Writes an approximation of up to four bytes, or '_'; never answers 0 before the end.
 ZP_EXPORT unsigned ZPUnicodeToLossyASCII(ZPCharacterReader *reader, unsigned char *bytes);
 /// Writes up to four bytes; takes both units of a surrogate pair, and a lone surrogate as it is.
@@ -70,10 +76,16 @@ ZP_EXPORT unsigned ZPUnicodeToUTF8(ZPCharacterReader *reader, unsigned char *byt
 /// The KESTREL byte of a unit; NO when there is none.
 ZP_EXPORT BOOL ZPPrecompUnicodeToKESTREL(unichar unit, unsigned char *byte);
 
-// Bytes to units.
+// Bytes to units; a byte without a character gives U+FFFD.
 ZP_EXPORT unichar ZPKESTRELToPrecompUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPASCIIToPrecompUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPISOLatin1ToPrecompUnicode(unsigned char byte);
+ZP_EXPORT unichar ZPISOLatin2ToPrecompUnicode(unsigned char byte);
+ZP_EXPORT unichar ZPWinCodePage1250ToUnicode(unsigned char byte);
+ZP_EXPORT unichar ZPAdobeStandardCyrillicToUnicode(unsigned char byte);
+ZP_EXPORT unichar ZPWinLatin1ToUnicode(unsigned char byte);
+ZP_EXPORT unichar ZPWinCodePage1253ToUnicode(unsigned char byte);
+ZP_EXPORT unichar ZPWinCodePage1254ToUnicode(unsigned char byte);
 /// Decodes one character at `*bytes`, of which `left` bytes may be read, into one or two units, and
 /// moves `*bytes` behind it. Answers the number of units; 0 when the character is cut short.
 ZP_EXPORT unsigned ZPUTF8ToUnicode(const unsigned char **bytes, unsigned left, unichar *units);
