@@ -1,0 +1,7 @@
+// expect: the_selector_must_have_one_colon_for_each_argument
+#include <Bedrock/core/ZPObject.h>
+struct Wrong : ZPObject {
+    ZP_CLASS(Wrong)
+    void add(int) {}
+};
+ZP_IMPLEMENT(Wrong).method<&Wrong::add>("add");

@@ -1,0 +1,3 @@
+// expect: error
+#include <Bedrock/collections/ZPArray.h>
+int main() { return ZPArray::arrayWithObjects("text", 5) != nullptr; }
