@@ -178,7 +178,7 @@ void addMethods(Class cls, objc_methodList *list) {
     }
     list->next = cls->methodLists;
     cls->methodLists = list;
-    ++generation;
+    __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
     flushCaches(cls);
 }
 
@@ -272,7 +272,7 @@ void objc_addClass(Class cls) {
     Lock lock;
     enterLoadedClasses();
     if (!names().emplace(cls->name, cls).second) objc_fatal("class %s is implemented twice", cls->name);
-    ++generation;
+    __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
 }
 
 unsigned objc_getClasses(Class *classes, unsigned capacity) {
@@ -420,7 +420,7 @@ Class class_poseAs(Class impostor, Class original) {
     setInfo(impostor, objc_isPosing);
     original->protocols = impostor->protocols ? impostor->protocols : original->protocols;
     posed()[original->name] = hidden;
-    ++generation;
+    __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
     flushCaches(hidden);
     flushCaches(hidden->counterpart);
     flushCaches(original);

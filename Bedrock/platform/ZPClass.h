@@ -54,6 +54,7 @@ struct objc_cacheBucket {
 struct objc_cache {
     std::uintptr_t mask;  ///< byte offset mask: (buckets - 1) * sizeof(objc_cacheBucket)
     unsigned count;
+    objc_cache *retired;  ///< the cache that was replaced before this one, of any class
     objc_cacheBucket buckets[1];
 };
 

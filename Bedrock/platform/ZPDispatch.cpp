@@ -9,7 +9,7 @@ using namespace objc;
 // No selector has this address; null would match a send of the null selector.
 static const SEL noSelector = reinterpret_cast<SEL>(~std::uintptr_t(0));
 
-objc_cache objc_emptyCache = {0, 0, {{reinterpret_cast<SEL>(~std::uintptr_t(0)), nullptr}}};
+objc_cache objc_emptyCache = {0, 0, nullptr, {{reinterpret_cast<SEL>(~std::uintptr_t(0)), nullptr}}};
 
 namespace {
 
@@ -20,6 +20,7 @@ objc_cache *makeCache(unsigned buckets) {
     if (!cache) objc_fatal("out of memory for method caches");
     cache->mask = (buckets - 1) * sizeof(objc_cacheBucket);
     cache->count = 0;
+    cache->retired = nullptr;
     for (unsigned i = 0; i < buckets; ++i) cache->buckets[i] = {noSelector, nullptr};
     return cache;
 }
@@ -117,7 +118,14 @@ bool ensureInitialized(Class cls) {
 
 void objc::retireCache(objc_cache *cache) {
     // A reader in another thread may still be looking at it; sizes double, so little is kept.
-    if (cache != &objc_emptyCache && __libc_single_threaded) std::free(cache);
+    static objc_cache *kept;
+    if (cache == &objc_emptyCache) return;
+    if (__libc_single_threaded) {
+        std::free(cache);
+        return;
+    }
+    cache->retired = kept;
+    kept = cache;
 }
 
 IMP objc_lookUpForSend(objc_object *receiver, SEL selector) {
