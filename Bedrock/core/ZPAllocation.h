@@ -38,10 +38,6 @@ ZP_EXPORT unsigned _ZPInternalRefCount(id object, unsigned counter, unsigned mas
 
 // Instances.
 
-/// A new instance, zero-filled, `isa` set, with `extraBytes` behind its fields. The caller owns it.
-ZP_EXPORT id ZPAllocateObject(Class cls, unsigned extraBytes, ZPZone *zone);
-/// A copy with the same extra bytes; null for null.
-ZP_EXPORT id ZPCopyObject(id object, unsigned extraBytes, ZPZone *zone);
 /// Frees an instance, or turns it into a zombie.
 ZP_EXPORT void ZPDeallocateObject(id object);
 /// YES when copying an immutable object into the zone may retain it instead.
@@ -80,3 +76,8 @@ ZP_EXPORT unsigned ZPRealMemoryAvailable();
 /// floor(log2 n); 0 for 0 and 1.
 ZP_EXPORT int ZPLog2(unsigned n);
 }
+
+/// A new instance, zero-filled, `isa` set, with `extraBytes` behind its fields. The caller owns it.
+ZP_EXPORT id ZPAllocateObject(Class cls, unsigned extraBytes, ZPZone *zone);
+/// A copy with the same extra bytes; null for null.
+ZP_EXPORT id ZPCopyObject(id object, unsigned extraBytes, ZPZone *zone);

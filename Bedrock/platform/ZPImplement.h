@@ -74,7 +74,7 @@ template <class C, class R, class... A> struct objc_function<R (C::*)(A...) cons
 template <class C, class R, class... A> struct objc_function<R (C::*)(A...) noexcept> : objc_member<C, R, A...> {};
 template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const noexcept> : objc_member<C, R, A...> {};
 
-consteval int objc_colonCount(const char *s) {
+constexpr int objc_colonCount(const char *s) {
     int n = 0;
     for (; *s; ++s) n += *s == ':';
     return n;
