@@ -1,0 +1,126 @@
+// The two concrete array classes.
+//
+//   _info    bits 0 to 26: the number of elements. References are counted as for every object, outside.
+//   _items   the elements: of an immutable array right behind the fields, in the same allocation, with room
+//            for 4 as `allocWithZone:` makes it; of a mutable array a block of the array's zone, null until
+//            the first element arrives
+//   _size    (mutable) the elements that the block has room for; what to allocate first while there is none
+#pragma once
+
+#include <Bedrock/collections/ZPCollections+Internal.h>
+
+struct ZPConcreteArray : ZPArray {
+    ZP_PRIVATE_CLASS(ZPConcreteArray)
+    unsigned _info;
+    id *_items;
+
+    static ZPConcreteArray *allocate(unsigned room, ZPZone *zone) {
+        auto *array = static_cast<ZPConcreteArray *>(static_cast<ZPArray *>(ZPAllocateObject(class_(), room * unsigned(sizeof(id)), zone)));
+        array->_items = reinterpret_cast<id *>(array + 1);
+        return array;
+    }
+
+    id init();
+    id initWithObjects_count(const id *objects, unsigned count);
+    void dealloc();
+    unsigned count() { return _info; }
+    id objectAtIndex(unsigned index) {
+        if (index >= _info) [[unlikely]] _ZPRaiseBounds(this, "objectAtIndex:"_sel, index, _info);
+        return _items[index];
+    }
+    id copyWithZone(ZPZone *) { return retain(); }
+};
+
+struct ZPConcreteMutableArray : ZPMutableArray {
+    ZP_PRIVATE_CLASS(ZPConcreteMutableArray)
+    unsigned _info;
+    id *_items;
+    unsigned _size;
+
+    id init() { return this; }
+    id initWithCapacity(unsigned capacity);
+    id initWithObjects_count(const id *objects, unsigned count);
+    void dealloc();
+    unsigned count() { return _info; }
+    id objectAtIndex(unsigned index) {
+        if (index >= _info) [[unlikely]] _ZPRaiseBounds(this, "objectAtIndex:"_sel, index, _info);
+        return _items[index];
+    }
+    void addObject(id object) {
+        if (!object) [[unlikely]] _ZPRaiseNil(this, "addObject:"_sel);
+        if (_info >= _size || !_items) [[unlikely]] makeRoom(1);
+        object->retain();
+        _items[_info++] = object;
+    }
+    void insertObject_atIndex(id object, unsigned index);
+    void replaceObjectAtIndex_withObject(unsigned index, id object);
+    void removeLastObject();
+    void removeObjectAtIndex(unsigned index);
+    void removeAllObjects();
+    void addObjectsFromArray(ZPArray *array);
+    void exchangeObjectAtIndex_withObjectAtIndex(unsigned index1, unsigned index2);
+
+    ZP_COLD void makeRoom(unsigned more);
+    void addRetained(const id *objects, unsigned count);
+    /// Closes the gap of a range whose elements have been dealt with.
+    void closeGap(unsigned location, unsigned length);
+    /// Makes `length` places at `location`, to be filled at once.
+    id *openGap(unsigned location, unsigned length);
+};
+
+/// The shared empty array.
+ZPArray *_ZPEmptyArray();
+/// A new immutable array that the caller owns; the shared empty one for no elements.
+ZPArray *_ZPNewArray(const id *objects, unsigned count, ZPZone *zone = nullptr);
+inline ZPArray *_ZPMakeArray(const id *objects, unsigned count) { return _ZPNewArray(objects, count)->autorelease(); }
+
+/// The storage of an array of a concrete class, whose count it sets; null for any other array.
+ZP_INLINE id *_ZPConcreteItems(id array, unsigned &count) {
+    Class isa = array.pointer()->isa;
+    if (isa == ZPConcreteArray::class_()) {
+        auto *a = reinterpret_cast<ZPConcreteArray *>(array.pointer());
+        count = a->_info;
+        return a->_items;
+    }
+    if (isa == ZPConcreteMutableArray::class_()) {
+        auto *a = reinterpret_cast<ZPConcreteMutableArray *>(array.pointer());
+        count = a->_info;
+        return a->_items ? a->_items : reinterpret_cast<id *>(a);  // never read: the count is 0
+    }
+    return nullptr;
+}
+
+/// The elements of an array, or of a range of it: its own storage for a concrete array, else a copy of the
+/// references. Null has no elements.
+struct _ZPElements {
+    id *items;
+    unsigned count;
+    _ZPObjectBuffer *gathered = nullptr;
+    alignas(_ZPObjectBuffer) char room[sizeof(_ZPObjectBuffer)];
+
+    explicit _ZPElements(ZPArray *array) {
+        count = 0;
+        if (!array || (items = _ZPConcreteItems(array, count))) return;
+        count = array->count();
+        gather(array, {0, count});
+    }
+    /// The range lies within the array.
+    _ZPElements(ZPArray *array, ZPRange range) {
+        if ((items = _ZPConcreteItems(array, count))) items += range.location;
+        else gather(array, range);
+        count = range.length;
+    }
+    _ZPElements(const _ZPElements &) = delete;
+    ~_ZPElements() {
+        if (gathered) gathered->~_ZPObjectBuffer();
+    }
+    id *begin() const { return items; }
+    id *end() const { return items + count; }
+
+  private:
+    ZP_COLD void gather(ZPArray *array, ZPRange range);
+};
+
+/// The index of an element within `items`: the identical object, else (unless `identical`) an equal one;
+/// ZPNotFound otherwise. Forward: the lowest, else the highest.
+unsigned _ZPIndexOf(id object, const id *items, unsigned count, bool identical, bool forward = true);

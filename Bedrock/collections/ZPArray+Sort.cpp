@@ -1,0 +1,164 @@
+// Sorting: a stable merge sort over lists of references, and the array operations on it.
+#include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/tables/ZPMapTable.h>
+
+#include <cstring>
+
+static void move(id *to, const id *from, unsigned count) { std::memcpy(static_cast<void *>(to), static_cast<const void *>(from), count * sizeof(id)); }
+
+static id *put(id *to, id a, id b, id c) {
+    to[0] = a, to[1] = b, to[2] = c;
+    return to;
+}
+
+id *_ZPMergeSort(unsigned count, id *source, id *result, id *scratch, ZPSortFunction *compare, void *context, BOOL checkPresorted) {
+    if (count < 2) return source;
+    if (count == 2) {
+        if (compare(source[0], source[1], context) <= 0) return source;
+        id first = source[0];
+        result[0] = source[1], result[1] = first;
+        return result;
+    }
+    if (count == 3) {
+        id x = source[0], y = source[1], z = source[2];
+        int r1 = compare(x, y, context), r2 = compare(y, z, context);
+        if (r1 <= 0 && r2 <= 0) return source;
+        if (r1 > 0 && r2 > 0) return put(result, z, y, x);
+        bool inOrder = compare(x, z, context) <= 0;
+        if (r1 <= 0) return inOrder ? put(result, x, z, y) : put(result, z, x, y);
+        return inOrder ? put(result, y, x, z) : put(result, y, z, x);
+    }
+    // The halves land in `source` or `scratch`; `result` serves them as scratch and then takes the merge.
+    unsigned half = count / 2, rest = count - half;
+    id *left = _ZPMergeSort(half, source, scratch, result, compare, context, checkPresorted);
+    id *right = _ZPMergeSort(rest, source + half, scratch + half, result + half, compare, context, checkPresorted);
+    id *leftEnd = left + half, *rightEnd = right + rest;
+    if (checkPresorted && compare(leftEnd[-1], right[0], context) <= 0) {
+        if (left == source && right == source + half) return source;
+        move(result, left, half);
+        move(result + half, right, rest);
+        return result;
+    }
+    id *to = result;
+    for (;;) {
+        if (compare(*left, *right, context) <= 0) {
+            *to++ = *left++;
+            if (left == leftEnd) break;
+        } else {
+            *to++ = *right++;
+            if (right == rightEnd) break;
+        }
+    }
+    if (left != leftEnd) move(to, left, unsigned(leftEnd - left));
+    else move(to, right, unsigned(rightEnd - right));
+    return result;
+}
+
+namespace {
+
+// The elements of an array, sorted: three lists in one block, on the stack up to 128 elements.
+struct Sorted {
+    _ZPObjectBufferOf<3 * 128> buffer;
+    id *items;
+    Sorted(ZPArray *array, unsigned count, ZPSortFunction *compare, void *context) : buffer(3 * std::size_t(count)) {
+        array->getObjects_range(buffer.items, {0, count});
+        items = _ZPMergeSort(count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count), compare, context, count > 63);
+    }
+};
+
+struct ZPArraySorting : ZPArray {
+    ZPArray *usingFunction(ZPSortFunction *compare, void *context) {
+        unsigned count = ZPArray::count();
+        if (count == 0) return _ZPEmptyArray();
+        if (count == 1) {
+            id only = ZPArray::objectAtIndex(0);
+            return _ZPMakeArray(&only, 1);
+        }
+        Sorted sorted(this, count, compare, context);
+        return _ZPMakeArray(sorted.items, count);
+    }
+    ZPArray *usingSelector(SEL selector) { return ZPArray::sortedArrayUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector)); }
+
+    // A hint holds the hash of each element in element order, as little-endian 32-bit words.
+    ZPData *hint() {
+        _ZPElements elements(this);
+        id data = objc_msgSend<id>(objc_getClass("ZPMutableData"), "dataWithCapacity:"_sel, 4 * elements.count);
+        for (id element : elements) {
+            unsigned hash = element->hash();
+            unsigned char word[4] = {static_cast<unsigned char>(hash), static_cast<unsigned char>(hash >> 8),
+                                     static_cast<unsigned char>(hash >> 16), static_cast<unsigned char>(hash >> 24)};
+            objc_msgSend(data, "appendBytes:length:"_sel, static_cast<const void *>(word), 4u);
+        }
+        return reinterpret_cast<ZPData *>(data.pointer());
+    }
+    // Puts the elements that the hint knows into its order first; what it does not know follows, then, at
+    // the end, the elements whose hashes cannot be told apart.
+    ZPArray *usingFunctionHint(ZPSortFunction *compare, void *context, ZPData *hint) {
+        unsigned count = ZPArray::count();
+        if (count < 4) return ZPArray::sortedArrayUsingFunction_context(compare, context);
+        _ZPObjectBufferOf<4 * 128> buffer(4 * std::size_t(count));
+        id *work = buffer.items, *gathered = work + count;
+        ZPArray::getObjects_range(gathered, {0, count});
+        unsigned front = 0, back = count;
+        struct Map {
+            ZPMapTable *table;
+            ~Map() { ZPFreeMapTable(table); }
+        } map{ZPCreateMapTable(ZPIntMapKeyCallBacks, ZPNonOwnedPointerMapValueCallBacks, 3 * count)};
+        auto key = [](unsigned hash) { return reinterpret_cast<const void *>(std::uintptr_t(hash)); };
+        for (unsigned i = 0; i < count; ++i) {
+            const void *hash = key(gathered[i]->hash());
+            if (hash == ZPNotAnIntMapKey || ZPMapMember(map.table, hash, nullptr, nullptr)) work[--back] = gathered[i];
+            else ZPMapInsertKnownAbsent(map.table, hash, gathered[i].pointer());
+        }
+        id data(reinterpret_cast<objc_object *>(hint));
+        auto *bytes = static_cast<const unsigned char *>(objc_msgSend<const void *>(data, "bytes"_sel));
+        for (unsigned words = objc_msgSend<unsigned>(data, "length"_sel) / 4; words; --words, bytes += 4) {
+            const void *hash = key(bytes[0] | bytes[1] << 8 | bytes[2] << 16 | unsigned(bytes[3]) << 24);
+            if (hash == ZPNotAnIntMapKey) continue;
+            if (void *element = ZPMapGet(map.table, hash)) {
+                work[front++] = id(static_cast<objc_object *>(element));
+                ZPMapRemove(map.table, hash);
+            }
+        }
+        ZPMapEnumerator rest = ZPEnumerateMapTable(map.table);
+        for (void *element; ZPNextMapEnumeratorPair(&rest, nullptr, &element);) work[front++] = id(static_cast<objc_object *>(element));
+        if (front != back)
+            ZPLog("%@: broken invariant, %d != %d"_zp, _ZPMethodExceptionProem(this, "sortedArrayUsingFunction:context:hint:"_sel), front, back);
+        return _ZPMakeArray(_ZPMergeSort(count, work, work + count, work + 2 * std::size_t(count), compare, context, YES), count);
+    }
+    ZPArray *usingSelectorHint(SEL selector, ZPData *hint) {
+        return ZPArray::sortedArrayUsingFunction_context_hint(_ZPCompareBySelector, const_cast<objc_selector *>(selector), hint);
+    }
+};
+
+struct ZPMutableArraySorting : ZPMutableArray {
+    void usingFunction(ZPSortFunction *compare, void *context) {
+        unsigned count = ZPArray::count();
+        if (count < 2) return;
+        Sorted sorted(this, count, compare, context);
+        unsigned now;
+        if (id *items = _ZPConcreteItems(this, now)) {
+            // A comparison that changed the array has made this order worthless.
+            if (now == count) move(items, sorted.items, count);
+            return;
+        }
+        _ZPReleaser releaser{sorted.items, 0};
+        for (; releaser.count < count; ++releaser.count) sorted.items[releaser.count]->retain();
+        for (unsigned i = 0; i < count; ++i) ZPMutableArray::replaceObjectAtIndex_withObject(i, sorted.items[i]);
+    }
+    void usingSelector(SEL selector) { ZPMutableArray::sortUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector)); }
+};
+
+}  // namespace
+
+ZP_CATEGORY(ZPArray, ZPSorting)
+    .method<&ZPArraySorting::usingFunction>("sortedArrayUsingFunction:context:")
+    .method<&ZPArraySorting::usingSelector>("sortedArrayUsingSelector:")
+    .method<&ZPArraySorting::hint>("sortedArrayHint")
+    .method<&ZPArraySorting::usingFunctionHint>("sortedArrayUsingFunction:context:hint:")
+    .method<&ZPArraySorting::usingSelectorHint>("sortedArrayUsingSelector:hint:");
+
+ZP_CATEGORY(ZPMutableArray, ZPSorting)
+    .method<&ZPMutableArraySorting::usingFunction>("sortUsingFunction:context:")
+    .method<&ZPMutableArraySorting::usingSelector>("sortUsingSelector:");

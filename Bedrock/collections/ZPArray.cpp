@@ -1,0 +1,333 @@
+// What every array does, on `count` and `objectAtIndex:`; a concrete array lends its storage instead.
+#include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/strings/ZPString.h>
+
+#include <algorithm>
+#include <cstring>
+
+void _ZPElements::gather(ZPArray *array, ZPRange range) {
+    gathered = new (room) _ZPObjectBuffer(range.length);
+    items = gathered->items;
+    if (range.length) array->getObjects_range(items, range);
+}
+
+unsigned _ZPIndexOf(id object, const id *items, unsigned count, bool identical, bool forward) {
+    if (!object || !count) return ZPNotFound;
+    if (count == 1) return object == items[0] || (!identical && object->isEqual(items[0])) ? 0 : ZPNotFound;
+    if (forward) {
+        for (unsigned i = 0; i < count; ++i)
+            if (items[i] == object) return i;
+    } else {
+        for (unsigned i = count; i-- > 0;)
+            if (items[i] == object) return i;
+    }
+    if (identical) return ZPNotFound;
+    _ZPEqualTo equals(object);
+    if (forward) {
+        for (unsigned i = 0; i < count; ++i)
+            if (equals(items[i])) return i;
+    } else {
+        for (unsigned i = count; i-- > 0;)
+            if (equals(items[i])) return i;
+    }
+    return ZPNotFound;
+}
+
+static ZPArray *emptyArray;
+ZPArray *_ZPEmptyArray() {
+    if (!emptyArray) [[unlikely]] ZPArray::array();  // the first message to the class makes it
+    return emptyArray;
+}
+
+namespace {
+
+struct ZPArrayClassMethods {
+    static void initialize(Class self) {
+        if (self == ZPArray::class_() && !emptyArray) emptyArray = ZPConcreteArray::allocate(0, nullptr);
+    }
+    static id allocWithZone(Class self, ZPZone *zone) {
+        if (self == ZPArray::class_() || self == ZPConcreteArray::class_()) return ZPConcreteArray::allocate(4, zone);
+        if (self == ZPMutableArray::class_()) self = ZPConcreteMutableArray::class_();
+        return ZPAllocateObject(self, 0, zone);
+    }
+    static ZPArray *alloc(Class self) { return objc_msgSend<id>(self, "alloc"_sel); }
+    static id array(Class self) {
+        if (self == ZPArray::class_()) return emptyArray;
+        return alloc(self)->init()->autorelease();
+    }
+    // A failed initialisation answers null.
+    static id finished(id array) { return array ? array->autorelease() : array; }
+    static id withArray(Class self, ZPArray *array) { return finished(alloc(self)->initWithArray(array)); }
+    static id withArrayCopy(Class self, ZPArray *array, BOOL copyItems) { return finished(alloc(self)->initWithArray_copyItems(array, copyItems)); }
+    static id withFile(Class self, ZPString *path) { return finished(alloc(self)->initWithContentsOfFile(path)); }
+    static id withObjectsCount(Class self, const id *objects, unsigned count) {
+        if (self == ZPArray::class_()) return _ZPMakeArray(objects, count);
+        return finished(alloc(self)->initWithObjects_count(objects, count));
+    }
+    static id withObject(Class self, id object) { return withObjectsCount(self, &object, 1); }
+    static id withObjects(Class self, id first, std::va_list rest) {
+        _ZPObjectList list;
+        _ZPGatherList(list, first, rest);
+        return withObjectsCount(self, list.items, list.count);
+    }
+};
+
+struct ZPArrayMethods : ZPArray {
+    // ---- initialisers ----
+    id initWithObjectsCount(const id *, unsigned) { _ZPRequestConcreteObject(this, "initWithObjects:count:"_sel); }
+    id initWithObjectList(id first, std::va_list rest) {
+        _ZPObjectList list;
+        _ZPGatherList(list, first, rest);
+        return ZPArray::initWithObjects_count(list.items, list.count);
+    }
+    id initWithArray(ZPArray *array) { return ZPArray::initWithArray_copyItems(array, NO); }
+    id initWithArray_copyItems(ZPArray *array, BOOL copyItems) {
+        _ZPElements elements(array);
+        if (!copyItems) return ZPArray::initWithObjects_count(elements.items, elements.count);
+        _ZPObjectBuffer copies(elements.count);
+        _ZPReleaser releaser{copies.items, 0};
+        ZPZone *zone = this->zone();
+        for (id element : elements) copies.items[releaser.count++] = element->copyWithZone(zone);
+        return ZPArray::initWithObjects_count(copies.items, elements.count);
+    }
+
+    // ---- primitives ----
+    unsigned count() { ZPRequestConcreteImplementation(this, "count"_sel, ZPArray::class_()); }
+    id objectAtIndex(unsigned) { ZPRequestConcreteImplementation(this, "objectAtIndex:"_sel, ZPArray::class_()); }
+
+    // ---- elements ----
+    unsigned size() {
+        unsigned count;
+        return _ZPConcreteItems(this, count) ? count : ZPArray::count();
+    }
+    id lastObject() {
+        unsigned count;
+        if (id *items = _ZPConcreteItems(this, count)) return count ? items[count - 1] : id();
+        count = ZPArray::count();
+        return count ? ZPArray::objectAtIndex(count - 1) : id();
+    }
+    void getObjects(id *objects) { ZPArray::getObjects_range(objects, {0, size()}); }
+    void getObjects_range(id *objects, ZPRange range) {
+        unsigned count;
+        id *items = _ZPConcreteItems(this, count);
+        if (!items) count = ZPArray::count();
+        _ZPCheckElements(this, "getObjects:range:"_sel, range, count);
+        if (items) std::memcpy(static_cast<void *>(objects), static_cast<void *>(items + range.location), range.length * sizeof(id));
+        else
+            for (unsigned i = 0; i < range.length; ++i) objects[i] = ZPArray::objectAtIndex(range.location + i);
+    }
+
+    // ---- searching ----
+    unsigned search(SEL selector, id object, ZPRange range, bool identical) {
+        _ZPCheckElements(this, selector, range, size());
+        if (!object || !range.length) return ZPNotFound;
+        _ZPElements elements(this, range);
+        unsigned index = _ZPIndexOf(object, elements.items, elements.count, identical);
+        return index == ZPNotFound ? index : range.location + index;
+    }
+    BOOL containsObject(id object) { return search("containsObject:"_sel, object, {0, size()}, false) != ZPNotFound; }
+    unsigned indexOfObject(id object) { return search("indexOfObject:"_sel, object, {0, size()}, false); }
+    unsigned indexOfObject_inRange(id object, ZPRange range) { return search("indexOfObject:inRange:"_sel, object, range, false); }
+    unsigned indexOfObjectIdenticalTo(id object) { return search("indexOfObjectIdenticalTo:"_sel, object, {0, size()}, true); }
+    unsigned indexOfObjectIdenticalTo_inRange(id object, ZPRange range) { return search("indexOfObjectIdenticalTo:inRange:"_sel, object, range, true); }
+    unsigned indexOfObject_range_identical(id object, ZPRange range, BOOL identical) {
+        return search("indexOfObject:range:identical:"_sel, object, range, identical);
+    }
+    unsigned indexOf(id object, int index, BOOL forward) {
+        unsigned count = size();
+        if (unsigned(index) >= count || index < 0) _ZPRaiseBounds(this, "indexOf:::"_sel, unsigned(index), count);
+        if (!object) return ZPNotFound;
+        unsigned first = forward ? unsigned(index) : 0;
+        _ZPElements elements(this, {first, forward ? count - first : unsigned(index) + 1});
+        unsigned found = _ZPIndexOf(object, elements.items, elements.count, false, forward);
+        return found == ZPNotFound ? found : first + found;
+    }
+    unsigned indexOfAttribute(SEL selector, id object) {
+        _ZPElements elements(this);
+        for (unsigned i = 0; i < elements.count; ++i)
+            if (object->isEqual(elements.items[i]->performSelector(selector))) return i;
+        return ZPNotFound;
+    }
+    id firstObjectCommonWithArray(ZPArray *array) {
+        _ZPElements elements(this), others(array);
+        for (id element : elements)
+            if (_ZPIndexOf(element, others.items, others.count, false) != ZPNotFound) return element;
+        return nullptr;
+    }
+    BOOL isEqual(id other) {
+        if (other.pointer() == this) return YES;
+        if (!other) return NO;
+        unsigned count;
+        if (!_ZPConcreteItems(other, count) && !other->isKindOfClass(ZPArray::class_())) return NO;
+        return ZPArray::isEqualToArray(other);
+    }
+    BOOL isEqualToArray(ZPArray *array) {
+        if (array == this) return YES;
+        if (!array) return NO;
+        unsigned ours = size(), theirs;
+        if (!_ZPConcreteItems(array, theirs)) theirs = array->count();
+        if (ours != theirs) return NO;
+        _ZPElements elements(this), others(array);
+        for (unsigned i = 0; i < ours; ++i)
+            if (!_ZPSameOrEqual(elements.items[i], others.items[i])) return NO;
+        return YES;
+    }
+    unsigned hash() { return size(); }
+
+    // ---- derived arrays ----
+    ZPArray *arrayByAddingObject(id object) { return ZPArray::arrayByAddingObjects_count(&object, 1); }
+    ZPArray *arrayByAddingObjects_count(const id *objects, unsigned count) {
+        unsigned ours = size();
+        if (count >= _ZPCollectionLimit - ours) _ZPRaiseAbsurd(this, "arrayByAddingObjects:count:"_sel, "count", ours + count);
+        _ZPObjectBuffer all(ours + count);
+        if (ours) ZPArray::getObjects_range(all.items, {0, ours});
+        std::copy_n(objects, count, all.items + ours);
+        return _ZPMakeArray(all.items, ours + count);
+    }
+    ZPArray *arrayByAddingObjectsFromArray(ZPArray *array) {
+        _ZPElements others(array);
+        return ZPArray::arrayByAddingObjects_count(others.items, others.count);
+    }
+    ZPArray *arrayByApplyingSelector(SEL selector) {
+        _ZPElements elements(this);
+        _ZPObjectList results;
+        for (id element : elements)
+            if (id result = element->performSelector(selector)) results.add(result);
+        return _ZPMakeArray(results.items, results.count);
+    }
+    ZPArray *arrayByExcluding(ZPArray *array) { return ZPArray::arrayByExcludingObjectsInArray_identical(array, NO); }
+    ZPArray *arrayByExcludingIdentical(ZPArray *array) { return ZPArray::arrayByExcludingObjectsInArray_identical(array, YES); }
+    ZPArray *arrayByExcludingObjectsInArray_identical(ZPArray *array, BOOL identical) {
+        _ZPElements elements(this), others(array);
+        if (!elements.count) return _ZPEmptyArray();
+        if (!others.count) return ZPArray::copy()->autorelease();
+        _ZPObjectList kept;
+        for (id element : elements)
+            if (_ZPIndexOf(element, others.items, others.count, identical) == ZPNotFound) kept.add(element);
+        return _ZPMakeArray(kept.items, kept.count);
+    }
+    ZPArray *subarrayWithRange(ZPRange range) {
+        _ZPCheckElements(this, "subarrayWithRange:"_sel, range, size());
+        if (!range.length) return _ZPEmptyArray();
+        _ZPElements elements(this, range);
+        return _ZPMakeArray(elements.items, elements.count);
+    }
+    ZPString *componentsJoinedByString(ZPString *separator) {
+        _ZPElements elements(this);
+        if (!elements.count) return ""_zp;
+        if (elements.count == 1) return elements.items[0]->description()->copy()->autorelease();
+        unsigned gap = separator->length();
+        _ZPObjectBuffer texts(elements.count);
+        std::uint64_t length = std::uint64_t(gap) * (elements.count - 1);
+        for (unsigned i = 0; i < elements.count; ++i) {
+            ZPString *text = elements.items[i]->description();
+            texts.items[i] = text;
+            length += text->length();
+        }
+        if (length > 0x7FFFFFFF) _ZPRaiseAbsurd(this, "componentsJoinedByString:"_sel, "count", unsigned(length));
+        struct Block {
+            unichar *units;
+            ~Block() { if (units) ZPZoneFree(nullptr, units); }
+        } block{static_cast<unichar *>(ZPZoneMalloc(nullptr, length * sizeof(unichar) + 1))};
+        if (!block.units) ZPException::raise_format(ZPMallocException, "*** out of memory for a string of %u characters"_zp, unsigned(length));
+        unichar *at = block.units, *end = at + length;
+        for (unsigned i = 0; i < elements.count; ++i) {
+            ZPString *text = texts.items[i];
+            // A text that changes its length meanwhile does not run past the buffer.
+            auto put = [&](ZPString *s) {
+                unsigned n = s->length();
+                if (n > end - at) n = unsigned(end - at);
+                if (n) s->getCharacters_range(at, {0, n});
+                at += n;
+            };
+            if (i) put(separator);
+            put(text);
+        }
+        unichar *units = block.units;
+        block.units = nullptr;
+        return ZPString::alloc()->initWithCharactersNoCopy_length_freeWhenDone(units, unsigned(at - units), YES)->autorelease();
+    }
+
+    // ---- messages to all ----
+    void perform(SEL selector) { performWith(selector, nullptr); }
+    void performWith(SEL selector, id object) {
+        for (unsigned i = 0; i < size(); ++i) {
+            unsigned count;
+            id *items = _ZPConcreteItems(this, count);
+            (items ? items[i] : ZPArray::objectAtIndex(i))->performSelector_withObject(selector, object);
+        }
+    }
+
+    // ---- enumeration ----
+    ZPEnumerator *enumerator(BOOL reverse) {
+        unsigned count;
+        if (id *items = _ZPConcreteItems(this, count))
+            return ZPIdEnumerator::alloc()->initWithObjects_count_target_reverse_freeWhenDone(items, count, this, reverse, NO)->autorelease();
+        count = ZPArray::count();
+        auto *list = static_cast<id *>(ZPZoneCalloc(nullptr, count ? count : 1, sizeof(id)));
+        if (!list) ZPException::raise_format(ZPMallocException, "*** out of memory for a list of objects"_zp);
+        ZPIdEnumerator *e = ZPIdEnumerator::alloc()->initWithObjects_count_target_reverse_freeWhenDone(list, count, this, reverse, YES)->autorelease();
+        if (count) ZPArray::getObjects_range(list, {0, count});
+        return e;
+    }
+    ZPEnumerator *objectEnumerator() { return enumerator(NO); }
+    ZPEnumerator *reverseObjectEnumerator() { return enumerator(YES); }
+
+    // ---- copies ----
+    id copyWithZone(ZPZone *zone) { return ZPArray::allocWithZone(zone)->initWithArray_copyItems(this, YES); }
+    id mutableCopyWithZone(ZPZone *zone) { return ZPMutableArray::allocWithZone(zone)->initWithArray_copyItems(this, NO); }
+    Class classForCoder() { return ZPArray::class_(); }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPArray)
+    .adopts<ZPCopying, ZPMutableCopying>()
+    .classMethod<&ZPArrayClassMethods::initialize>("initialize")
+    .classMethod<&ZPArrayClassMethods::allocWithZone>("allocWithZone:")
+    .classMethod<&ZPArrayClassMethods::array>("array")
+    .classMethod<&ZPArrayClassMethods::withArray>("arrayWithArray:")
+    .classMethod<&ZPArrayClassMethods::withArrayCopy>("arrayWithArray:copyItems:")
+    .classMethod<&ZPArrayClassMethods::withFile>("arrayWithContentsOfFile:")
+    .classMethod<&ZPArrayClassMethods::withObject>("arrayWithObject:")
+    .classMethod<&ZPArrayClassMethods::withObjectsCount>("arrayWithObjects:count:")
+    .variadicClassMethod<&ZPArrayClassMethods::withObjects>("arrayWithObjects:")
+    .method<&ZPArrayMethods::initWithObjectsCount>("initWithObjects:count:")
+    .variadic<&ZPArrayMethods::initWithObjectList>("initWithObjects:")
+    .method<&ZPArrayMethods::initWithArray>("initWithArray:")
+    .method<&ZPArrayMethods::initWithArray_copyItems>("initWithArray:copyItems:")
+    .method<&ZPArrayMethods::count>("count")
+    .method<&ZPArrayMethods::objectAtIndex>("objectAtIndex:")
+    .method<&ZPArrayMethods::lastObject>("lastObject")
+    .method<&ZPArrayMethods::getObjects>("getObjects:")
+    .method<&ZPArrayMethods::getObjects_range>("getObjects:range:")
+    .method<&ZPArrayMethods::containsObject>("containsObject:")
+    .method<&ZPArrayMethods::indexOfObject>("indexOfObject:")
+    .method<&ZPArrayMethods::indexOfObject_inRange>("indexOfObject:inRange:")
+    .method<&ZPArrayMethods::indexOfObjectIdenticalTo>("indexOfObjectIdenticalTo:")
+    .method<&ZPArrayMethods::indexOfObjectIdenticalTo_inRange>("indexOfObjectIdenticalTo:inRange:")
+    .method<&ZPArrayMethods::indexOfObject_range_identical>("indexOfObject:range:identical:")
+    .method<&ZPArrayMethods::indexOf>("indexOf:::")
+    .method<&ZPArrayMethods::indexOfAttribute>("indexOfAttributeBySelector:equalToObject:")
+    .method<&ZPArrayMethods::firstObjectCommonWithArray>("firstObjectCommonWithArray:")
+    .method<&ZPArrayMethods::isEqual>("isEqual:")
+    .method<&ZPArrayMethods::isEqualToArray>("isEqualToArray:")
+    .method<&ZPArrayMethods::hash>("hash")
+    .method<&ZPArrayMethods::arrayByAddingObject>("arrayByAddingObject:")
+    .method<&ZPArrayMethods::arrayByAddingObjects_count>("arrayByAddingObjects:count:")
+    .method<&ZPArrayMethods::arrayByAddingObjectsFromArray>("arrayByAddingObjectsFromArray:")
+    .method<&ZPArrayMethods::arrayByApplyingSelector>("arrayByApplyingSelector:")
+    .method<&ZPArrayMethods::arrayByExcluding>("arrayByExcludingObjectsInArray:")
+    .method<&ZPArrayMethods::arrayByExcludingIdentical>("arrayByExcludingIdenticalObjectsInArray:")
+    .method<&ZPArrayMethods::arrayByExcludingObjectsInArray_identical>("arrayByExcludingObjectsInArray:identical:")
+    .method<&ZPArrayMethods::subarrayWithRange>("subarrayWithRange:")
+    .method<&ZPArrayMethods::componentsJoinedByString>("componentsJoinedByString:")
+    .method<&ZPArrayMethods::perform>("makeObjectsPerform:")
+    .method<&ZPArrayMethods::performWith>("makeObjectsPerform:withObject:")
+    .method<&ZPArrayMethods::perform>("makeObjectsPerformSelector:")
+    .method<&ZPArrayMethods::performWith>("makeObjectsPerformSelector:withObject:")
+    .method<&ZPArrayMethods::objectEnumerator>("objectEnumerator")
+    .method<&ZPArrayMethods::reverseObjectEnumerator>("reverseObjectEnumerator")
+    .method<&ZPArrayMethods::copyWithZone>("copyWithZone:")
+    .method<&ZPArrayMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .method<&ZPArrayMethods::classForCoder>("classForCoder");

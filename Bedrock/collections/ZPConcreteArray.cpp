@@ -1,0 +1,182 @@
+#include <Bedrock/collections/ZPArray+Internal.h>
+
+#include <algorithm>
+#include <cstring>
+
+static void move(id *to, const id *from, unsigned count) { std::memmove(static_cast<void *>(to), static_cast<const void *>(from), count * sizeof(id)); }
+
+// ---- immutable -----------------------------------------------------------------------------------
+
+// Retains the objects into the storage; a null one destroys the array and raises.
+static void fill(ZPConcreteArray *array, const id *objects, unsigned count) {
+    for (unsigned i = 0; i < count; ++i) {
+        if (!objects[i]) [[unlikely]] {
+            array->_info = i;
+            ZPString *proem = _ZPMethodExceptionProem(array, "initWithObjects:count:"_sel);
+            array->release();
+            ZPException::raise_format(ZPInvalidArgumentException, "%@: attempt to insert nil object"_zp, proem);
+        }
+        array->_items[i] = objects[i]->retain();
+    }
+    array->_info = count;
+}
+
+ZPArray *_ZPNewArray(const id *objects, unsigned count, ZPZone *zone) {
+    if (count == 0) return _ZPEmptyArray()->retain();
+    if (count >= _ZPCollectionLimit) _ZPDestroyAndRaiseAbsurd(ZPConcreteArray::allocate(0, zone), "initWithObjects:count:"_sel, "count", count);
+    ZPConcreteArray *array = ZPConcreteArray::allocate(count, zone);
+    fill(array, objects, count);
+    return array;
+}
+
+id ZPConcreteArray::init() { return initWithObjects_count(nullptr, 0); }
+
+id ZPConcreteArray::initWithObjects_count(const id *objects, unsigned count) {
+    if (count >= _ZPCollectionLimit) _ZPDestroyAndRaiseAbsurd(this, "initWithObjects:count:"_sel, "count", count);
+    if (count == 0 || count > 4) {
+        ZPZone *zone = this->zone();
+        release();
+        return _ZPNewArray(objects, count, zone);
+    }
+    fill(this, objects, count);
+    return this;
+}
+
+void ZPConcreteArray::dealloc() {
+    while (_info) _items[--_info]->release();
+    objc_super<ZPConcreteArray>(this).send("dealloc"_sel);
+}
+
+// ---- mutable -------------------------------------------------------------------------------------
+
+id ZPConcreteMutableArray::initWithCapacity(unsigned capacity) {
+    if (capacity >= _ZPCollectionLimit) _ZPDestroyAndRaiseAbsurd(this, "initWithCapacity:"_sel, "capacity", capacity);
+    _size = capacity < 4 ? 4 : capacity;
+    return this;
+}
+
+id ZPConcreteMutableArray::initWithObjects_count(const id *objects, unsigned count) {
+    if (count >= _ZPCollectionLimit) _ZPDestroyAndRaiseAbsurd(this, "initWithObjects:count:"_sel, "count", count);
+    if (count) makeRoom(count);
+    for (unsigned i = 0; i < count; ++i) {
+        if (!objects[i]) [[unlikely]] {
+            ZPString *proem = _ZPMethodExceptionProem(this, "initWithObjects:count:"_sel);
+            release();
+            ZPException::raise_format(ZPInvalidArgumentException, "%@: attempt to insert nil object"_zp, proem);
+        }
+        _items[_info++] = objects[i]->retain();
+    }
+    return this;
+}
+
+void ZPConcreteMutableArray::dealloc() {
+    while (_info) _items[--_info]->release();
+    if (_items) ZPZoneFree(ZPZoneFromPointer(_items), _items);
+    objc_super<ZPConcreteMutableArray>(this).send("dealloc"_sel);
+}
+
+void ZPConcreteMutableArray::makeRoom(unsigned more) {
+    if (more >= _ZPCollectionLimit - _info) _ZPRaiseAbsurd(this, "addObject:"_sel, "count", _info + more);
+    unsigned size;
+    void *block;
+    if (!_items) {
+        size = std::max({_size, 4u, more});
+        block = ZPZoneMalloc(zone(), size * sizeof(id));
+    } else {
+        if (_info + more <= _size) return;
+        size = std::max(2 * _size, _info + more);
+        block = ZPZoneRealloc(ZPZoneFromPointer(_items), _items, size * sizeof(id));
+    }
+    if (!block) ZPException::raise_format(ZPMallocException, "*** out of memory for an array of %u elements"_zp, size);
+    _items = static_cast<id *>(block);
+    _size = size;
+}
+
+id *ZPConcreteMutableArray::openGap(unsigned location, unsigned length) {
+    makeRoom(length);
+    move(_items + location + length, _items + location, _info - location);
+    _info += length;
+    return _items + location;
+}
+
+void ZPConcreteMutableArray::closeGap(unsigned location, unsigned length) {
+    _info -= length;
+    move(_items + location, _items + location + length, _info - location);
+}
+
+void ZPConcreteMutableArray::insertObject_atIndex(id object, unsigned index) {
+    if (!object) _ZPRaiseNil(this, "insertObject:atIndex:"_sel);
+    if (index > _info) _ZPRaiseBounds(this, "insertObject:atIndex:"_sel, index, _info + 1);
+    object->retain();
+    *openGap(index, 1) = object;
+}
+
+void ZPConcreteMutableArray::replaceObjectAtIndex_withObject(unsigned index, id object) {
+    if (!object) _ZPRaiseNil(this, "replaceObjectAtIndex:withObject:"_sel);
+    if (index >= _info) _ZPRaiseBounds(this, "replaceObjectAtIndex:withObject:"_sel, index, _info);
+    id old = _items[index];
+    if (old == object) return;
+    _items[index] = object->retain();
+    old->release();
+}
+
+void ZPConcreteMutableArray::removeLastObject() {
+    if (!_info) _ZPRaiseBounds(this, "removeLastObject"_sel, 0, 0);
+    _items[--_info]->release();
+}
+
+void ZPConcreteMutableArray::removeObjectAtIndex(unsigned index) {
+    if (index >= _info) _ZPRaiseBounds(this, "removeObjectAtIndex:"_sel, index, _info);
+    id old = _items[index];
+    closeGap(index, 1);
+    old->release();
+}
+
+void ZPConcreteMutableArray::removeAllObjects() {
+    while (_info) _items[--_info]->release();
+}
+
+void ZPConcreteMutableArray::addRetained(const id *objects, unsigned count) {
+    for (unsigned i = 0; i < count; ++i) objects[i]->retain();
+    move(_items + _info, objects, count);
+    _info += count;
+}
+
+void ZPConcreteMutableArray::addObjectsFromArray(ZPArray *array) {
+    unsigned count = array ? array->count() : 0;
+    if (!count) return;
+    makeRoom(count);
+    // Gathered after the growth: the array may be the receiver.
+    _ZPElements elements(array, {0, count});
+    addRetained(elements.items, count);
+}
+
+void ZPConcreteMutableArray::exchangeObjectAtIndex_withObjectAtIndex(unsigned index1, unsigned index2) {
+    for (unsigned index : {index1, index2})
+        if (index >= _info) _ZPRaiseBounds(this, "exchangeObjectAtIndex:withObjectAtIndex:"_sel, index, _info);
+    std::swap(_items[index1], _items[index2]);
+}
+
+ZP_IMPLEMENT(ZPConcreteArray)
+    .method<&ZPConcreteArray::init>("init")
+    .method<&ZPConcreteArray::initWithObjects_count>("initWithObjects:count:")
+    .method<&ZPConcreteArray::dealloc>("dealloc")
+    .method<&ZPConcreteArray::count>("count")
+    .method<&ZPConcreteArray::objectAtIndex>("objectAtIndex:")
+    .method<&ZPConcreteArray::copyWithZone>("copyWithZone:");
+
+ZP_IMPLEMENT(ZPConcreteMutableArray)
+    .method<&ZPConcreteMutableArray::init>("init")
+    .method<&ZPConcreteMutableArray::initWithCapacity>("initWithCapacity:")
+    .method<&ZPConcreteMutableArray::initWithObjects_count>("initWithObjects:count:")
+    .method<&ZPConcreteMutableArray::dealloc>("dealloc")
+    .method<&ZPConcreteMutableArray::count>("count")
+    .method<&ZPConcreteMutableArray::objectAtIndex>("objectAtIndex:")
+    .method<&ZPConcreteMutableArray::addObject>("addObject:")
+    .method<&ZPConcreteMutableArray::insertObject_atIndex>("insertObject:atIndex:")
+    .method<&ZPConcreteMutableArray::replaceObjectAtIndex_withObject>("replaceObjectAtIndex:withObject:")
+    .method<&ZPConcreteMutableArray::removeLastObject>("removeLastObject")
+    .method<&ZPConcreteMutableArray::removeObjectAtIndex>("removeObjectAtIndex:")
+    .method<&ZPConcreteMutableArray::removeAllObjects>("removeAllObjects")
+    .method<&ZPConcreteMutableArray::addObjectsFromArray>("addObjectsFromArray:")
+    .method<&ZPConcreteMutableArray::exchangeObjectAtIndex_withObjectAtIndex>("exchangeObjectAtIndex:withObjectAtIndex:");

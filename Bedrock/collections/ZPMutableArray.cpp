@@ -1,0 +1,228 @@
+// What every mutable array does, on the primitives; where it pays, on the storage of a concrete array.
+#include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/tables/ZPHashTable.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+ZPConcreteMutableArray *concrete(ZPMutableArray *array) {
+    return array->isa == ZPConcreteMutableArray::class_() ? static_cast<ZPConcreteMutableArray *>(array) : nullptr;
+}
+
+struct ZPMutableArrayClassMethods {
+    static id withCapacity(Class self, unsigned capacity) {
+        ZPMutableArray *array = objc_msgSend<id>(self, "alloc"_sel);
+        return array->initWithCapacity(capacity)->autorelease();
+    }
+};
+
+// Takes elements out of the storage of a concrete array while a scan decides which. What was kept moves down
+// as the scan goes on; the array is whole again, and the taken elements are released, when this ends.
+struct Compaction {
+    ZPConcreteMutableArray *array;
+    unsigned from, to, end;
+    _ZPObjectList taken;
+    Compaction(ZPConcreteMutableArray *a, ZPRange range) : array(a), from(range.location), to(range.location), end(range.location + range.length) {}
+    id current() const { return array->_items[from]; }
+    void keep() { array->_items[to++] = array->_items[from++]; }
+    void take() {
+        taken.add(array->_items[from]);
+        ++from;
+    }
+    ~Compaction() {
+        array->closeGap(to, from - to);
+        for (unsigned i = 0; i < taken.count; ++i) taken.items[i]->release();
+    }
+};
+
+struct ZPMutableArrayMethods : ZPMutableArray {
+    id initWithCapacity(unsigned) { _ZPRequestConcreteObject(this, "initWithCapacity:"_sel); }
+
+    // ---- primitives ----
+    void addObject(id) { ZPRequestConcreteImplementation(this, "addObject:"_sel, ZPMutableArray::class_()); }
+    void insertObject_atIndex(id, unsigned) { ZPRequestConcreteImplementation(this, "insertObject:atIndex:"_sel, ZPMutableArray::class_()); }
+    void removeLastObject() { ZPRequestConcreteImplementation(this, "removeLastObject"_sel, ZPMutableArray::class_()); }
+    void removeObjectAtIndex(unsigned) { ZPRequestConcreteImplementation(this, "removeObjectAtIndex:"_sel, ZPMutableArray::class_()); }
+    void replaceObjectAtIndex_withObject(unsigned, id) {
+        ZPRequestConcreteImplementation(this, "replaceObjectAtIndex:withObject:"_sel, ZPMutableArray::class_());
+    }
+
+    // ---- adding ----
+    void addObjectsFromArray(ZPArray *array) {
+        unsigned count = array ? array->count() : 0;
+        for (unsigned i = 0; i < count; ++i) ZPMutableArray::addObject(array->objectAtIndex(i));
+    }
+    void setArray(ZPArray *array) {
+        ZPMutableArray::removeAllObjects();
+        ZPMutableArray::addObjectsFromArray(array);
+    }
+
+    // ---- replacing ----
+    void exchange(unsigned index1, unsigned index2) {
+        unsigned count = ZPArray::count();
+        for (unsigned index : {index1, index2})
+            if (index >= count) _ZPRaiseBounds(this, "exchangeObjectAtIndex:withObjectAtIndex:"_sel, index, count);
+        id first = ZPArray::objectAtIndex(index1)->retain();
+        _ZPReleaser releaser{&first, 1};
+        ZPMutableArray::replaceObjectAtIndex_withObject(index1, ZPArray::objectAtIndex(index2));
+        ZPMutableArray::replaceObjectAtIndex_withObject(index2, first);
+    }
+    void replaceInRange(ZPRange range, ZPArray *array) {
+        ZPMutableArray::replaceObjectsInRange_withObjectsFromArray_range(range, array, {0, array ? array->count() : 0});
+    }
+    void replaceInRangeFromRange(ZPRange range, ZPArray *array, ZPRange arrayRange) {
+        SEL selector = "replaceObjectsInRange:withObjectsFromArray:range:"_sel;
+        _ZPCheckElements(this, selector, range, ZPArray::count());
+        _ZPCheckElements(this, selector, arrayRange, array ? array->count() : 0);
+        // A list of its own, retained: the array may be the receiver, or go away with what is replaced.
+        _ZPObjectBuffer added(arrayRange.length);
+        if (arrayRange.length) array->getObjects_range(added.items, arrayRange);
+        _ZPReleaser releaser{added.items, 0};
+        for (; releaser.count < arrayRange.length; ++releaser.count) added.items[releaser.count]->retain();
+        if (auto *c = concrete(this)) {
+            // The references change hands: what lay in the range is released instead of what was added.
+            _ZPObjectBuffer removed(range.length);
+            if (arrayRange.length > range.length) c->openGap(range.location + range.length, arrayRange.length - range.length);
+            std::copy_n(c->_items + range.location, range.length, removed.items);
+            std::copy_n(added.items, arrayRange.length, c->_items + range.location);
+            releaser.count = 0;
+            if (arrayRange.length < range.length) c->closeGap(range.location + arrayRange.length, range.length - arrayRange.length);
+            for (unsigned i = 0; i < range.length; ++i) removed.items[i]->release();
+            return;
+        }
+        unsigned at = range.location, taken = 0;
+        for (; range.length && taken < arrayRange.length; --range.length) ZPMutableArray::replaceObjectAtIndex_withObject(at++, added.items[taken++]);
+        for (; range.length; --range.length) ZPMutableArray::removeObjectAtIndex(at);
+        for (; taken < arrayRange.length;) ZPMutableArray::insertObject_atIndex(added.items[taken++], at++);
+    }
+
+    // ---- removing ----
+    void removeAllObjects() {
+        for (unsigned count = ZPArray::count(); count; --count) ZPMutableArray::removeLastObject();
+    }
+    void removeObject(id object) { removeMatching("removeObject:"_sel, object, {0, ZPArray::count()}, false); }
+    void removeObject_inRange(id object, ZPRange range) { removeMatching("removeObject:inRange:"_sel, object, range, false); }
+    void removeObjectIdenticalTo(id object) { removeMatching("removeObjectIdenticalTo:"_sel, object, {0, ZPArray::count()}, true); }
+    void removeObjectIdenticalTo_inRange(id object, ZPRange range) { removeMatching("removeObjectIdenticalTo:inRange:"_sel, object, range, true); }
+    void removeObject_range_identical(id object, ZPRange range, BOOL identical) {
+        removeMatching("removeObject:range:identical:"_sel, object, range, identical);
+    }
+    // The object may be kept alive by the receiver alone: the scan ends when as many references to it as it
+    // had have been given up.
+    void removeMatching(SEL selector, id object, ZPRange range, bool identical) {
+        _ZPCheckElements(this, selector, range, ZPArray::count());
+        if (!object || !range.length) return;
+        unsigned references = object->retainCount();
+        _ZPEqualTo equals(object);
+        auto matches = [&](id element) {
+            if (element == object) {
+                --references;
+                return true;
+            }
+            return !identical && equals(element);
+        };
+        if (auto *c = concrete(this)) {
+            Compaction scan(c, range);
+            while (scan.from < scan.end && references) {
+                if (matches(scan.current())) scan.take();
+                else scan.keep();
+            }
+            return;
+        }
+        id kept = object->retain();
+        _ZPReleaser releaser{&kept, 1};
+        while (range.length && references) {
+            unsigned n = std::min(range.length, 128u), marked = 0, marks[128];
+            id elements[128];
+            ZPArray::getObjects_range(elements, {range.location, n});
+            for (unsigned i = 0; i < n && references; ++i)
+                if (matches(elements[i])) marks[marked++] = range.location + i;
+            range = {range.location + n - marked, range.length - n};
+            while (marked) ZPMutableArray::removeObjectAtIndex(marks[--marked]);
+        }
+    }
+    void removeObjectsInRange(ZPRange range) {
+        if (auto *c = concrete(this)) {
+            _ZPCheckElements(this, "removeObjectAtIndex:"_sel, range, c->_info);
+            Compaction scan(c, range);
+            while (scan.from < scan.end) scan.take();
+            std::reverse(scan.taken.items, scan.taken.items + scan.taken.count);
+            return;
+        }
+        if (range.length && range.location + range.length - 1 < range.location)
+            _ZPRaiseBounds(this, "removeObjectsInRange:"_sel, range.location + range.length - 1, ZPArray::count());
+        while (range.length) ZPMutableArray::removeObjectAtIndex(range.location + --range.length);
+    }
+    void removeObjectsFromIndices(const unsigned *indices, unsigned count) {
+        unsigned size = ZPArray::count();
+        bool ascending = std::is_sorted(indices, indices + count);
+        auto *c = concrete(this);
+        if (ascending && c && count && indices[count - 1] < size && std::adjacent_find(indices, indices + count) == indices + count) {
+            Compaction scan(c, {indices[0], size - indices[0]});
+            for (unsigned next = 0; next < count;) {
+                if (scan.from == indices[next]) {
+                    scan.take();
+                    ++next;
+                } else scan.keep();
+            }
+            std::reverse(scan.taken.items, scan.taken.items + scan.taken.count);
+            return;
+        }
+        if (ascending) {
+            while (count) ZPMutableArray::removeObjectAtIndex(indices[--count]);
+            return;
+        }
+        std::vector<unsigned> sorted(indices, indices + count);
+        for (unsigned index : sorted)
+            if (index >= size) _ZPRaiseBounds(this, "removeObjectsFromIndices:numIndices:"_sel, index, size);
+        std::sort(sorted.begin(), sorted.end());
+        sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
+        ZPMutableArray::removeObjectsFromIndices_numIndices(sorted.data(), unsigned(sorted.size()));
+    }
+    void removeObjectsInArray(ZPArray *array) {
+        _ZPElements others(array);
+        if (!others.count) return;
+        if (others.count == 1) return ZPMutableArray::removeObject(others.items[0]);
+        std::vector<unsigned> indices;
+        {
+            struct Table {
+                ZPHashTable *table;
+                ~Table() { ZPFreeHashTable(table); }
+            } known{ZPCreateHashTable(ZPNonRetainedObjectHashCallBacks, others.count)};
+            for (id other : others) ZPHashInsertIfAbsent(known.table, other.pointer());
+            _ZPElements elements(this);
+            for (unsigned i = 0; i < elements.count; ++i)
+                if (ZPHashGet(known.table, elements.items[i].pointer())) indices.push_back(i);
+        }
+        ZPMutableArray::removeObjectsFromIndices_numIndices(indices.data(), unsigned(indices.size()));
+    }
+    Class classForCoder() { return ZPMutableArray::class_(); }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPMutableArray)
+    .classMethod<&ZPMutableArrayClassMethods::withCapacity>("arrayWithCapacity:")
+    .method<&ZPMutableArrayMethods::initWithCapacity>("initWithCapacity:")
+    .method<&ZPMutableArrayMethods::addObject>("addObject:")
+    .method<&ZPMutableArrayMethods::insertObject_atIndex>("insertObject:atIndex:")
+    .method<&ZPMutableArrayMethods::removeLastObject>("removeLastObject")
+    .method<&ZPMutableArrayMethods::removeObjectAtIndex>("removeObjectAtIndex:")
+    .method<&ZPMutableArrayMethods::replaceObjectAtIndex_withObject>("replaceObjectAtIndex:withObject:")
+    .method<&ZPMutableArrayMethods::addObjectsFromArray>("addObjectsFromArray:")
+    .method<&ZPMutableArrayMethods::setArray>("setArray:")
+    .method<&ZPMutableArrayMethods::exchange>("exchangeObjectAtIndex:withObjectAtIndex:")
+    .method<&ZPMutableArrayMethods::replaceInRange>("replaceObjectsInRange:withObjectsFromArray:")
+    .method<&ZPMutableArrayMethods::replaceInRangeFromRange>("replaceObjectsInRange:withObjectsFromArray:range:")
+    .method<&ZPMutableArrayMethods::removeAllObjects>("removeAllObjects")
+    .method<&ZPMutableArrayMethods::removeObject>("removeObject:")
+    .method<&ZPMutableArrayMethods::removeObject_inRange>("removeObject:inRange:")
+    .method<&ZPMutableArrayMethods::removeObjectIdenticalTo>("removeObjectIdenticalTo:")
+    .method<&ZPMutableArrayMethods::removeObjectIdenticalTo_inRange>("removeObjectIdenticalTo:inRange:")
+    .method<&ZPMutableArrayMethods::removeObject_range_identical>("removeObject:range:identical:")
+    .method<&ZPMutableArrayMethods::removeObjectsInRange>("removeObjectsInRange:")
+    .method<&ZPMutableArrayMethods::removeObjectsFromIndices>("removeObjectsFromIndices:numIndices:")
+    .method<&ZPMutableArrayMethods::removeObjectsInArray>("removeObjectsInArray:")
+    .method<&ZPMutableArrayMethods::classForCoder>("classForCoder");
