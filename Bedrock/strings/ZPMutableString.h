@@ -79,7 +79,14 @@ struct ZPMutableString : ZPString {
 /// The mutable string that the library makes: its contents are another string, shared until changed.
 struct ZPConcreteMutableString : ZPMutableString {
     ZP_CLASS(ZPConcreteMutableString)
-    unsigned _flags;
+    struct {
+        unsigned refs : 8;
+        unsigned contentsIsMine : 1;     ///< the contents are a gap-buffer string that only this class changes
+        unsigned contentsIsCString : 1;  ///< the contents are in 8-bit form
+        unsigned hasExternalRefCount : 1;
+        unsigned unused : 5;
+        unsigned capacity : 16;          ///< of the first buffer, in the stored form
+    } _flags;
     ZPString *_contents;
 
     /// Replaces the whole text with the formatted text. `locale` answers `objectForKey:` or is null.

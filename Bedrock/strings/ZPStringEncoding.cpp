@@ -113,10 +113,10 @@ long long decodeUTF8(const unsigned char *in, const unsigned char *end, unichar 
             _ZPWidenBytes(in, run, out);
             in += run;
             out += run;
-        } else if (b >= 0xC0 && b < 0xE0 && end - in >= 2) {
+        } else if (b >= 0xC0 && b < 0xE0 && end - in >= 2 && (in[1] & 0xC0) == 0x80) {
             *out++ = static_cast<unichar>((b << 6) + in[1] - 0x3080u);
             in += 2;
-        } else if (b >= 0xE0 && b < 0xF0 && end - in >= 3) {
+        } else if (b >= 0xE0 && b < 0xF0 && end - in >= 3 && (in[1] & in[2] & 0xC0) == 0x80 && !((in[1] | in[2]) & 0x40)) {
             *out++ = static_cast<unichar>((b << 12) + (in[1] << 6) + in[2] - 0xE2080u);
             in += 3;
         } else {
