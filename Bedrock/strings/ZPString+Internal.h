@@ -15,9 +15,11 @@
 
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/strings/ZPString.h>
 
+#include <algorithm>
 #include <cstring>
 
 struct ZPStringFlags {
@@ -79,6 +81,11 @@ struct ZPPlaceholderString : ZPString {
 
 // ---- views ----
 
+/// Substrings below this many units are copied, longer ones share their parent's buffer.
+inline constexpr unsigned _ZPShareThreshold = 25;
+/// Generic algorithms read units in blocks of this many.
+inline constexpr unsigned _ZPBlockUnits = 32;
+
 /// The unit of a byte in the storage encoding.
 ZP_INLINE unichar _ZPUnitOfByte(unsigned char byte) { return byte < 0x80 ? byte : _ZPCStringCharToUnichar(byte); }
 
@@ -123,10 +130,41 @@ inline bool _ZPFitsByteStorage(const void *bytes, unsigned length) {
     return _ZPIsASCII(bytes, length) || _ZPDefaultCStringEncoding() == _ZPCStringEncoding;
 }
 
-/// Substrings below this many units are copied, longer ones share their parent's buffer.
-inline constexpr unsigned _ZPShareThreshold = 25;
-/// Generic algorithms read units in blocks of this many.
-inline constexpr unsigned _ZPBlockUnits = 32;
+// ---- units of any string ----
+
+/// Reads the units of a string that shows no run, a block at a time around the index asked for.
+struct ZPUnitReader {
+    ZPString *string;
+    unsigned length, start = 0, count = 0;
+    unichar buffer[_ZPBlockUnits];
+
+    ZPUnitReader(ZPString *s, unsigned n) : string(s), length(n) {}
+    unichar operator[](unsigned i) {
+        if (i - start >= count) [[unlikely]] fill(i);
+        return buffer[i - start];
+    }
+    void fill(unsigned i) {
+        constexpr unsigned half = _ZPBlockUnits / 2;
+        start = i < half ? 0 : i - half;
+        if (length - i < half) start = length < _ZPBlockUnits ? 0 : length - _ZPBlockUnits;
+        count = length - start < _ZPBlockUnits ? length - start : _ZPBlockUnits;
+        string->getCharacters_range(buffer, {start, count});
+    }
+};
+
+/// The units of bytes in the storage encoding.
+struct ZPByteUnits {
+    const unsigned char *bytes;
+    unichar operator[](unsigned i) const { return _ZPUnitOfByte(bytes[i]); }
+};
+
+/// Calls `f(units, length)` with an indexable form of the string's units, `f` being compiled for each form.
+template <class F> auto _ZPWithUnits(ZPString *string, F f) {
+    ZPStringView view = _ZPViewOfString(string);
+    if (view.bytes) return f(ZPByteUnits{view.bytes}, view.length);
+    if (view.units) return f(view.units, view.length);
+    return f(ZPUnitReader(string, view.length), view.length);
+}
 
 // ---- errors ----
 
@@ -144,7 +182,7 @@ inline void _ZPCheckRange(id receiver, SEL selector, ZPRange range, unsigned len
 template <class T> struct ZPZoneBlock {
     T *memory;
     ZPZone *zone;
-    explicit ZPZoneBlock(std::size_t count, ZPZone *z = nullptr) : memory(static_cast<T *>(ZPZoneMalloc(z, count * sizeof(T)))), zone(z) {
+    explicit ZPZoneBlock(std::size_t count, ZPZone *z = nullptr) : memory(static_cast<T *>(ZPZoneMalloc(z, count ? count * sizeof(T) : 1))), zone(z) {
         if (!memory) [[unlikely]] ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
     }
     ZPZoneBlock(const ZPZoneBlock &) = delete;

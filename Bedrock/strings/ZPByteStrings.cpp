@@ -1,0 +1,235 @@
+// The concrete classes with 8-bit storage. Bytes lie in `bytes` (ZPSimpleCString and its subclasses) or
+// behind the fields (ZPInlineCString). Who frees `bytes`:
+//
+//   ZPSimpleCString    always the object
+//   ZPCString          the object when `freeWhenDone` is set
+//   ZPCSubstring       its parent while `_referenceString` is set, then the object
+//   ZPConstantString   nobody
+//
+// A ZPCSubstring goes from borrowing to owning at its first retain and never back. Two threads that retain
+// it at once are kept apart by `detaching`.
+#include <Bedrock/strings/ZPString+Internal.h>
+
+#include <mutex>
+
+namespace {
+
+std::mutex detaching;
+
+unsigned countOf(ZPSimpleCString *s) { return s->numBytes; }
+unsigned countOf(ZPInlineCString *s) { return s->_flags.numBytes; }
+char *bytesOf(ZPSimpleCString *s) { return s->bytes; }
+char *bytesOf(ZPInlineCString *s) { return s->contents(); }
+
+// What both layouts do on their bytes.
+template <class S> struct ByteStringMethods : S {
+    ZPStringView view() { return {reinterpret_cast<unsigned char *>(bytesOf(this)), nullptr, countOf(this)}; }
+
+    unsigned length() { return countOf(this); }
+    unichar characterAtIndex(unsigned index) {
+        if (index >= countOf(this)) [[unlikely]] _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
+        return _ZPUnitOfByte(static_cast<unsigned char>(bytesOf(this)[index]));
+    }
+    void getCharactersRange(unichar *buffer, ZPRange range) {
+        _ZPCheckRange(this, "getCharacters:range:"_sel, range, countOf(this));
+        _ZPCopyUnits(view(), range.location, range.length, buffer);
+    }
+    const char *fastCStringContents() { return bytesOf(this); }
+    ZPStringEncoding storageEncoding() { return _ZPCStringEncoding; }
+    unsigned cStringLength() { return countOf(this); }
+    const char *ownCString() { return bytesOf(this); }
+    BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) {
+        return encoding == _ZPCStringEncoding ? YES : objc_super<S>(this).template send<BOOL>("canBeConvertedToEncoding:"_sel, encoding);
+    }
+    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
+        _ZPCheckRange(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, range, countOf(this));
+        // Bytes of the storage encoding, and ASCII text in every encoding that extends ASCII, are copied.
+        constexpr unsigned extendsASCII = 1u << ZPASCIIStringEncoding | 1u << ZPUTF8StringEncoding | 1u << ZPISOLatin1StringEncoding |
+                                          1u << ZPISOLatin2StringEncoding | 0x1Fu << ZPWindowsCP1251StringEncoding;
+        const char *from = bytesOf(this) + range.location;
+        bool plain = encoding == _ZPCStringEncoding || (encoding < 32 && (extendsASCII >> encoding & 1) && _ZPIsASCII(from, range.length));
+        if (!plain)
+            return objc_super<S>(this).template send<BOOL>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel,
+                                                           buffer, maxLength, filled, encoding, lossy, range, remaining);
+        unsigned n = range.length < maxLength ? range.length : maxLength;
+        if (buffer && n) std::memcpy(buffer, from, n);
+        if (filled) *filled = n;
+        if (remaining) *remaining = {range.location + n, range.length - n};
+        return YES;
+    }
+    id copyWithZone(ZPZone *zone) {
+        if (ZPShouldRetainWithZone(this, zone)) return this->retain();
+        return _ZPNewInlineCString(bytesOf(this), countOf(this), zone);
+    }
+};
+
+using InlineMethods = ByteStringMethods<ZPInlineCString>;
+using SimpleMethods = ByteStringMethods<ZPSimpleCString>;
+
+struct SimpleCStringMethods : ZPSimpleCString {
+    ZPString *init() { return initWithCStringNoCopy(nullptr, 0, NO); }
+    ZPString *initWithCStringNoCopy(char *b, unsigned length, BOOL) {
+        bytes = b;
+        numBytes = length;
+        return this;
+    }
+    ZPString *initWithCStringLength(const char *b, unsigned length) {
+        ZPZoneBlock<char> block(length, zone());
+        std::copy_n(b, length, block.memory);
+        return initWithCStringNoCopy_length_freeWhenDone(block.take(), length, YES);
+    }
+    void dealloc() {
+        if (bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
+        objc_super<ZPSimpleCString>(this).send("dealloc"_sel);
+    }
+};
+
+struct CStringMethods : ZPCString {
+    ZPString *initWithCStringNoCopy(char *b, unsigned length, BOOL freeWhenDone) {
+        bytes = b;
+        numBytes = length;
+        _flags.freeWhenDone = freeWhenDone != NO;
+        return this;
+    }
+    void dealloc() {
+        if (!_flags.freeWhenDone) bytes = nullptr;
+        objc_super<ZPCString>(this).send("dealloc"_sel);
+    }
+};
+
+struct CSubstringMethods : ZPCSubstring {
+    ZPString *refuseBytes(char *, unsigned, BOOL) { refuse("initWithCStringNoCopy:length:freeWhenDone:"_sel); }
+    ZPString *refuseUnits(unichar *, unsigned, BOOL) { refuse("initWithCharactersNoCopy:length:freeWhenDone:"_sel); }
+    [[noreturn]] void refuse(SEL selector) {
+        ZPException::raise_format(ZPInvalidArgumentException, "Can't call %s in %s"_zp, sel_getName(selector), isa->name);
+    }
+    id retain() {
+        if (__atomic_load_n(&_referenceString, __ATOMIC_ACQUIRE)) detach();
+        ZPIncrementExtraRefCount(this);
+        return this;
+    }
+    void detach() {
+        ZPZone *own = zone();
+        ZPString *parent;
+        {
+            std::lock_guard lock(detaching);
+            parent = _referenceString;
+            if (!parent) return;
+            char *copy = nullptr;
+            if (numBytes) {
+                ZPZoneBlock<char> block(numBytes, own);
+                std::memcpy(block.memory, bytes, numBytes);
+                copy = block.take();
+            }
+            __atomic_store_n(&bytes, copy, __ATOMIC_RELEASE);
+            __atomic_store_n(&_referenceString, nullptr, __ATOMIC_RELEASE);
+        }
+        // Another thread may still be reading the borrowed bytes.
+        if (__libc_single_threaded) parent->release();
+        else parent->autorelease();
+    }
+    void dealloc() {
+        if (_referenceString) {
+            _flags.freeWhenDone = 0;
+            _referenceString->release();
+        }
+        objc_super<ZPCSubstring>(this).send("dealloc"_sel);
+    }
+};
+
+struct ConstantStringMethods : ZPConstantString {
+    id self() { return this; }
+    void nothing() {}
+    unsigned retainCount() { return 0xFFFFFFFF; }
+    id copyWithZone(ZPZone *) { return this; }
+    void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
+    ZPString *refuse(unichar *, unsigned) {
+        doesNotRecognizeSelector("initWithCharactersNoCopy:length:"_sel);
+        return nullptr;
+    }
+};
+
+struct InlineCStringMethods : ZPInlineCString {
+    ZPString *substringWithRange(ZPRange range) {
+        _ZPCheckRange(this, "substringWithRange:"_sel, range, _flags.numBytes);
+        return _newSubstringWithRange_zone(range, nullptr)->autorelease();
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPSimpleCString)
+    .method<&SimpleCStringMethods::init>("init")
+    .method<&SimpleCStringMethods::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&SimpleCStringMethods::initWithCStringLength>("initWithCString:length:")
+    .method<&SimpleCStringMethods::dealloc>("dealloc")
+    .method<&SimpleMethods::length>("length")
+    .method<&SimpleMethods::characterAtIndex>("characterAtIndex:")
+    .method<&SimpleMethods::getCharactersRange>("getCharacters:range:")
+    .method<&SimpleMethods::fastCStringContents>("_fastCStringContents")
+    .method<&SimpleMethods::storageEncoding>("fastestEncoding")
+    .method<&SimpleMethods::storageEncoding>("smallestEncoding")
+    .method<&SimpleMethods::cStringLength>("cStringLength")
+    .method<&SimpleMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
+    .method<&SimpleMethods::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&SimpleMethods::copyWithZone>("copyWithZone:");
+
+ZP_IMPLEMENT(ZPCString)
+    .method<&CStringMethods::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&CStringMethods::dealloc>("dealloc");
+
+ZP_IMPLEMENT(ZPCSubstring)
+    .method<&CSubstringMethods::refuseBytes>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&CSubstringMethods::refuseUnits>("initWithCharactersNoCopy:length:freeWhenDone:")
+    .method<&CSubstringMethods::retain>("retain")
+    .method<&CSubstringMethods::dealloc>("dealloc");
+
+ZP_IMPLEMENT(ZPConstantString)
+    .staticInstances()
+    .method<&ConstantStringMethods::self>("retain")
+    .method<&ConstantStringMethods::self>("autorelease")
+    .method<&ConstantStringMethods::nothing>("release")
+    .method<&ConstantStringMethods::retainCount>("retainCount")
+    .method<&ConstantStringMethods::copyWithZone>("copyWithZone:")
+    .method<&ConstantStringMethods::dealloc>("dealloc")
+    .method<&ConstantStringMethods::refuse>("initWithCharactersNoCopy:length:")
+    .method<&SimpleMethods::ownCString>("cString")
+    .method<&SimpleMethods::ownCString>("lossyCString");
+
+ZP_IMPLEMENT(ZPInlineCString)
+    .method<&InlineMethods::length>("length")
+    .method<&InlineMethods::characterAtIndex>("characterAtIndex:")
+    .method<&InlineMethods::getCharactersRange>("getCharacters:range:")
+    .method<&InlineMethods::fastCStringContents>("_fastCStringContents")
+    .method<&InlineMethods::storageEncoding>("fastestEncoding")
+    .method<&InlineMethods::storageEncoding>("smallestEncoding")
+    .method<&InlineMethods::cStringLength>("cStringLength")
+    .method<&InlineMethods::ownCString>("cString")
+    .method<&InlineMethods::ownCString>("lossyCString")
+    .method<&InlineMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
+    .method<&InlineMethods::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&InlineMethods::copyWithZone>("copyWithZone:")
+    .method<&InlineCStringMethods::substringWithRange>("substringWithRange:");
+
+constinit objc_literal8 ZPEmptyStringLiteral = {&ZPConstantStringRecord.cls, "", 0};
+
+ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) {
+    if (length == 0) return ""_zp;
+    if (length > 0xFFFF) return static_cast<ZPString *>(ZPAllocateObject(ZPCString::class_(), 0, zone))->initWithCString_length(bytes, length);
+    ZPInlineCString *s = ZPAllocateObject(ZPInlineCString::class_(), length + 1, zone);
+    s->_flags.numBytes = length & 0xFFFF;
+    std::memcpy(s->contents(), bytes, length);
+    return s;
+}
+
+ZPString *_ZPNewStringAdoptingBytes(char *bytes, unsigned length, BOOL freeWhenDone, ZPZone *zone) {
+    if (length == 0) {
+        if (freeWhenDone && bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
+        return ""_zp;
+    }
+    ZPCString *s = ZPAllocateObject(ZPCString::class_(), 0, zone);
+    s->bytes = bytes;
+    s->numBytes = length;
+    s->_flags.freeWhenDone = freeWhenDone != NO;
+    return s;
+}

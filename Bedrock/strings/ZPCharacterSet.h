@@ -1,0 +1,80 @@
+// Sets of 16-bit units.
+#pragma once
+
+#include <Bedrock/core/ZPObject.h>
+
+ZP_FORWARD(ZPData);
+ZP_FORWARD(ZPString);
+
+/// A set of units, for searching, trimming and scanning: the front of a class cluster. A subclass supplies
+/// `characterIsMember:`. Immutable sets may be used from any thread.
+struct ZPCharacterSet : ZPObject {
+    ZP_CLASS(ZPCharacterSet)
+
+    // The standard sets: shared objects that live as long as the process and ignore counting.
+
+    static ZPCharacterSet *controlCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "controlCharacterSet"_sel); }
+    /// Space, TAB, U+00A0 and the other spaces; no line ends.
+    static ZPCharacterSet *whitespaceCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "whitespaceCharacterSet"_sel); }
+    /// The same with LF, U+2028 and U+2029; not CR.
+    static ZPCharacterSet *whitespaceAndNewlineCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "whitespaceAndNewlineCharacterSet"_sel);
+    }
+    static ZPCharacterSet *decimalDigitCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "decimalDigitCharacterSet"_sel); }
+    /// Letters, marks and modifier symbols.
+    static ZPCharacterSet *letterCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "letterCharacterSet"_sel); }
+    static ZPCharacterSet *lowercaseLetterCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "lowercaseLetterCharacterSet"_sel);
+    }
+    static ZPCharacterSet *uppercaseLetterCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "uppercaseLetterCharacterSet"_sel);
+    }
+    static ZPCharacterSet *alphanumericCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "alphanumericCharacterSet"_sel); }
+    /// Combining marks.
+    static ZPCharacterSet *nonBaseCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "nonBaseCharacterSet"_sel); }
+    static ZPCharacterSet *decomposableCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "decomposableCharacterSet"_sel); }
+    /// Units that Unicode assigns to no character.
+    static ZPCharacterSet *illegalCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "illegalCharacterSet"_sel); }
+    static ZPCharacterSet *punctuationCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "punctuationCharacterSet"_sel); }
+
+    /// The units from range.location on; empty for a location of ZPNotFound. Ends at U+FFFF.
+    static ZPCharacterSet *characterSetWithRange(ZPRange range) {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithRange:"_sel, range);
+    }
+    static ZPCharacterSet *characterSetWithCharactersInString(ZPString *string) {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithCharactersInString:"_sel, string);
+    }
+    /// 8,192 bytes: unit u is bit u mod 8 (least significant first) of byte u / 8; missing bytes count as 0.
+    static ZPCharacterSet *characterSetWithBitmapRepresentation(ZPData *data) {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithBitmapRepresentation:"_sel, data);
+    }
+
+    BOOL characterIsMember(unichar unit) { return objc_msgSend<BOOL>(this, "characterIsMember:"_sel, unit); }
+    /// The set of all other units.
+    ZPCharacterSet *invertedSet() { return objc_msgSend<ZPCharacterSet *>(this, "invertedSet"_sel); }
+    ZPData *bitmapRepresentation() { return objc_msgSend<ZPData *>(this, "bitmapRepresentation"_sel); }
+    BOOL isEmpty() { return objc_msgSend<BOOL>(this, "isEmpty"_sel); }
+    /// The number of members.
+    unsigned count() { return objc_msgSend<unsigned>(this, "count"_sel); }
+    BOOL isMutable() { return objc_msgSend<BOOL>(this, "isMutable"_sel); }
+    void makeImmutable() { objc_msgSend(this, "makeImmutable"_sel); }
+};
+
+/// A set that can be changed, by one thread at a time. Ranges end at U+FFFF.
+struct ZPMutableCharacterSet : ZPCharacterSet {
+    ZP_CLASS(ZPMutableCharacterSet)
+
+    static ZPMutableCharacterSet *characterSetWithRange(ZPRange range) {
+        return objc_msgSend<id>(class_(), "characterSetWithRange:"_sel, range);
+    }
+    static ZPMutableCharacterSet *characterSetWithCharactersInString(ZPString *string) {
+        return objc_msgSend<id>(class_(), "characterSetWithCharactersInString:"_sel, string);
+    }
+    void addCharactersInRange(ZPRange range) { objc_msgSend(this, "addCharactersInRange:"_sel, range); }
+    void removeCharactersInRange(ZPRange range) { objc_msgSend(this, "removeCharactersInRange:"_sel, range); }
+    void addCharactersInString(ZPString *string) { objc_msgSend(this, "addCharactersInString:"_sel, string); }
+    void removeCharactersInString(ZPString *string) { objc_msgSend(this, "removeCharactersInString:"_sel, string); }
+    void formUnionWithCharacterSet(ZPCharacterSet *set) { objc_msgSend(this, "formUnionWithCharacterSet:"_sel, set); }
+    void formIntersectionWithCharacterSet(ZPCharacterSet *set) { objc_msgSend(this, "formIntersectionWithCharacterSet:"_sel, set); }
+    void invert() { objc_msgSend(this, "invert"_sel); }
+};
