@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS)
+set(PUBLIC_HEADERS ZPData.h ZPFileMapper.h)

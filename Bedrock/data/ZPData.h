@@ -1,0 +1,143 @@
+// Runs of bytes: immutable and mutable data objects, whole files, bit vectors.
+#pragma once
+
+#include <Bedrock/core/ZPObject.h>
+
+ZP_FORWARD(ZPFileMapper);
+ZP_FORWARD(ZPMutableData);
+ZP_FORWARD(ZPString);
+
+/// An immutable run of bytes, the front of a class cluster. A subclass supplies `length` and `bytes`. Lengths,
+/// locations and ranges count bytes. A length above 1,073,741,823 raises ZPInvalidArgumentException. May be
+/// read from any thread.
+struct ZPData : ZPObject {
+    ZP_CLASS(ZPData)
+
+    // ---- making data: autoreleased ----
+
+    static ZPData *data() { return objc_msgSend<ZPData *>(class_(), "data"_sel); }
+    /// Copies the bytes.
+    static ZPData *dataWithBytes_length(const void *bytes, unsigned length) {
+        return objc_msgSend<ZPData *>(class_(), "dataWithBytes:length:"_sel, bytes, length);
+    }
+    /// Takes over a zone's block.
+    static ZPData *dataWithBytesNoCopy_length(void *bytes, unsigned length) {
+        return objc_msgSend<ZPData *>(class_(), "dataWithBytesNoCopy:length:"_sel, bytes, length);
+    }
+    static ZPData *dataWithData(ZPData *other) { return objc_msgSend<ZPData *>(class_(), "dataWithData:"_sel, other); }
+    /// A regular file read whole; null, with the reason in `errno`, when it cannot be read.
+    static ZPData *dataWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfFile:"_sel, path); }
+    /// The same without reading it first. The file must not become shorter while the data lives.
+    static ZPData *dataWithContentsOfMappedFile(ZPString *path) { return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfMappedFile:"_sel, path); }
+
+    // ---- initialisers: each may answer another object than the receiver ----
+
+    ZPData *initWithBytes_length(const void *bytes, unsigned length) { return objc_msgSend<ZPData *>(this, "initWithBytes:length:"_sel, bytes, length); }
+    ZPData *initWithBytesNoCopy_length(void *bytes, unsigned length) { return objc_msgSend<ZPData *>(this, "initWithBytesNoCopy:length:"_sel, bytes, length); }
+    ZPData *initWithData(ZPData *other) { return objc_msgSend<ZPData *>(this, "initWithData:"_sel, other); }
+    ZPData *initWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPData *>(this, "initWithContentsOfFile:"_sel, path); }
+    ZPData *initWithContentsOfMappedFile(ZPString *path) { return objc_msgSend<ZPData *>(this, "initWithContentsOfMappedFile:"_sel, path); }
+    /// The others end here. Bytes that are not copied outlive the object, or with `freeWhenDone` are its own: a
+    /// zone's block, or whole pages when `bytesAreVM`.
+    ZPData *initWithBytes_length_copy_freeWhenDone_bytesAreVM(void *bytes, unsigned length, BOOL copy, BOOL freeWhenDone, BOOL bytesAreVM) {
+        return objc_msgSend<ZPData *>(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, bytes, length, copy, freeWhenDone, bytesAreVM);
+    }
+    /// A view of the mapper's first `length` bytes. Null when there can be none.
+    ZPData *initWithFileMapper_length(ZPFileMapper *mapper, unsigned length) {
+        return objc_msgSend<ZPData *>(this, "initWithFileMapper:length:"_sel, mapper, length);
+    }
+
+    // ---- reading ----
+
+    unsigned length() { return objc_msgSend<unsigned>(this, "length"_sel); }
+    /// Valid while the receiver lives and its length does not change; may be null when it is empty.
+    const void *bytes() { return objc_msgSend<const void *>(this, "bytes"_sel); }
+    /// The buffer holds `length()` bytes.
+    void getBytes(void *buffer) { objc_msgSend(this, "getBytes:"_sel, buffer); }
+    /// Copies the first `length` bytes, or all when there are fewer.
+    void getBytes_length(void *buffer, unsigned length) { objc_msgSend(this, "getBytes:length:"_sel, buffer, length); }
+    /// Copies what exists of the range; a location past the end raises ZPRangeException.
+    void getBytes_range(void *buffer, ZPRange range) { objc_msgSend(this, "getBytes:range:"_sel, buffer, range); }
+    /// Shares the receiver's bytes where they are many. A range past the end raises ZPRangeException.
+    ZPData *subdataWithRange(ZPRange range) { return objc_msgSend<ZPData *>(this, "subdataWithRange:"_sel, range); }
+    BOOL isEqualToData(ZPData *other) { return objc_msgSend<BOOL>(this, "isEqualToData:"_sel, other); }
+    /// Written to a file, through a temporary one beside it when `atomically`. NO, with the reason in `errno`,
+    /// and an existing file unchanged in the atomic case, when that fails.
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) { return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically); }
+    /// Whether the bytes are whole pages.
+    BOOL _bytesAreVM() { return objc_msgSend<BOOL>(this, "_bytesAreVM"_sel); }
+    /// The mapper whose view the bytes are, or null.
+    ZPFileMapper *fileMapper() { return objc_msgSend<ZPFileMapper *>(this, "fileMapper"_sel); }
+    Class classForCoder() { return objc_msgSend<Class>(this, "classForCoder"_sel); }
+
+    // ---- bit vectors: byte 0 first; bytes behind the end count as zero ----
+
+    BOOL isEqualToBitVector(ZPData *other) { return objc_msgSend<BOOL>(this, "isEqualToBitVector:"_sel, other); }
+    BOOL intersectsBitVector(ZPData *other) { return objc_msgSend<BOOL>(this, "intersectsBitVector:"_sel, other); }
+    /// Ends with the last byte that is not zero.
+    ZPData *intersectionWithBitVector(ZPData *other) { return objc_msgSend<ZPData *>(this, "intersectionWithBitVector:"_sel, other); }
+    ZPData *unionWithBitVector(ZPData *other) { return objc_msgSend<ZPData *>(this, "unionWithBitVector:"_sel, other); }
+    unsigned numberOfSetBits() { return objc_msgSend<unsigned>(this, "numberOfSetBits"_sel); }
+    // Compressed vectors, which end in a zero byte as a plain one does not; long runs of zeros are taken out.
+    ZPData *_compressIfNeeded() { return objc_msgSend<ZPData *>(this, "_compressIfNeeded"_sel); }
+    ZPData *_decompressIfNeeded() { return objc_msgSend<ZPData *>(this, "_decompressIfNeeded"_sel); }
+    BOOL _intersectsBitVectorMaybeCompressed(ZPData *other) { return objc_msgSend<BOOL>(this, "_intersectsBitVectorMaybeCompressed:"_sel, other); }
+};
+
+/// Bytes that can be changed. A subclass supplies `mutableBytes` and `setLength:` beside the primitives of
+/// ZPData. One thread at a time.
+struct ZPMutableData : ZPData {
+    ZP_CLASS(ZPMutableData)
+
+    static ZPMutableData *data() { return objc_msgSend<id>(class_(), "data"_sel); }
+    static ZPMutableData *dataWithBytes_length(const void *bytes, unsigned length) {
+        return objc_msgSend<id>(class_(), "dataWithBytes:length:"_sel, bytes, length);
+    }
+    static ZPMutableData *dataWithData(ZPData *other) { return objc_msgSend<id>(class_(), "dataWithData:"_sel, other); }
+    static ZPMutableData *dataWithContentsOfFile(ZPString *path) { return objc_msgSend<id>(class_(), "dataWithContentsOfFile:"_sel, path); }
+    /// Changes stay in memory: the file keeps its bytes.
+    static ZPMutableData *dataWithContentsOfMappedFile(ZPString *path) { return objc_msgSend<id>(class_(), "dataWithContentsOfMappedFile:"_sel, path); }
+    /// Empty, with room for `capacity` bytes.
+    static ZPMutableData *dataWithCapacity(unsigned capacity) { return objc_msgSend<id>(class_(), "dataWithCapacity:"_sel, capacity); }
+    /// Zero bytes.
+    static ZPMutableData *dataWithLength(unsigned length) { return objc_msgSend<id>(class_(), "dataWithLength:"_sel, length); }
+    ZPMutableData *initWithCapacity(unsigned capacity) { return objc_msgSend<id>(this, "initWithCapacity:"_sel, capacity); }
+    ZPMutableData *initWithLength(unsigned length) { return objc_msgSend<id>(this, "initWithLength:"_sel, length); }
+
+    /// Valid until the length changes.
+    void *mutableBytes() { return objc_msgSend<void *>(this, "mutableBytes"_sel); }
+    /// Cuts off, or adds zero bytes.
+    void setLength(unsigned length) { objc_msgSend(this, "setLength:"_sel, length); }
+    void increaseLengthBy(unsigned extra) { objc_msgSend(this, "increaseLengthBy:"_sel, extra); }
+    /// The bytes may lie in the receiver.
+    void appendBytes_length(const void *bytes, unsigned length) { objc_msgSend(this, "appendBytes:length:"_sel, bytes, length); }
+    void appendData(ZPData *other) { objc_msgSend(this, "appendData:"_sel, other); }
+    /// Overwrites the range, which may reach past the end but not begin there.
+    void replaceBytesInRange_withBytes(ZPRange range, const void *bytes) { objc_msgSend(this, "replaceBytesInRange:withBytes:"_sel, range, bytes); }
+    /// Overwrites the range with zeros.
+    void resetBytesInRange(ZPRange range) { objc_msgSend(this, "resetBytesInRange:"_sel, range); }
+    void setData(ZPData *other) { objc_msgSend(this, "setData:"_sel, other); }
+
+    void intersectBitVector(ZPData *other) { objc_msgSend(this, "intersectBitVector:"_sel, other); }
+    void unionBitVector(ZPData *other) { objc_msgSend(this, "unionBitVector:"_sel, other); }
+    void _unionBitVectorMaybeCompressed(ZPData *other) { objc_msgSend(this, "_unionBitVectorMaybeCompressed:"_sel, other); }
+};
+
+extern "C" {
+/// Fast constructors; the caller owns the result. A null zone means the default zone.
+ZP_EXPORT ZPData *_ZPNewImmutableData(const void *bytes, unsigned length, ZPZone *zone);
+/// Takes over a zone's block.
+ZP_EXPORT ZPData *_ZPNewImmutableDataNoCopy(void *bytes, unsigned length, ZPZone *zone);
+
+// Whole files. Failure answers NO (or -1) with the reason in `errno`. Paths as C strings are in the form that
+// `fileSystemRepresentation` answers.
+
+/// Reads a regular file into a new block of the zone, which the caller frees unless the length is 0.
+ZP_EXPORT BOOL _ZPReadBytesFromFile(const char *path, void **bytes, unsigned *length, ZPZone *zone);
+ZP_EXPORT BOOL _ZPWriteBytesToFile(ZPString *path, const void *bytes, unsigned length, BOOL atomically);
+/// Creates a file of an unused name in a directory (empty: the current one). The buffer gets the file's path
+/// and has room for 14 bytes behind the directory; at most four characters of the prefix are used.
+ZP_EXPORT int _ZPmkstemp83(char *directory, const char *prefix, int *descriptor);
+/// Replaces an existing destination in one step.
+ZP_EXPORT int _ZPMoveFile(const char *from, const char *to);
+}

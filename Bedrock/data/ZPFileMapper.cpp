@@ -1,0 +1,87 @@
+#include <Bedrock/data/ZPFileMapper.h>
+
+#include <Bedrock/platform/ZPFile.h>
+#include <Bedrock/platform/ZPPath.h>
+#include <Bedrock/strings/ZPString.h>
+
+#include <cerrno>
+
+namespace {
+
+struct FileMapperMethods : ZPFileMapper {
+    id init() {
+        _mapping = -1;
+        release();
+        return nullptr;
+    }
+    ZPFileMapper *initWithHandle(int handle, unsigned length, BOOL releaseHandle) {
+        _mapping = handle < 0 ? ZPHostMakeAnonymousFile(length) : ZPHostDuplicateFile(handle);
+        _length = length;
+        ZPHostStatus status;
+        bool usable = _mapping >= 0 && length != 0xFFFFFFFF;
+        if (usable && handle >= 0) {
+            usable = ZPHostFileStatus(handle, &status);
+            if (usable && status.size < length) usable = false, errno = EINVAL;
+        }
+        if (!usable) {
+            release();
+            return nullptr;
+        }
+        if (handle >= 0 && releaseHandle) ZPHostCloseFile(handle);
+        return this;
+    }
+    unsigned length() { return _length; }
+    void *view(unsigned length, ZPHostView kind, void *at = nullptr) {
+        return length == 0 || length > _length ? nullptr : ZPHostMapView(_mapping, length, kind, at);
+    }
+    void *readOnly(unsigned length) { return view(length, ZPHostViewReadOnly); }
+    void *readWrite(unsigned length) { return view(length, ZPHostViewReadWrite); }
+    void *copyOnWrite(unsigned length) { return view(length, ZPHostViewCopyOnWrite); }
+    BOOL copyMapping(void *mapped, unsigned length) { return view(length, ZPHostViewCopyOnWrite, mapped) ? YES : NO; }
+    void removeMapping(void *mapped, unsigned length) { ZPHostUnmapView(mapped, length); }
+    void dealloc() {
+        if (_mapping >= 0) ZPHostCloseFile(_mapping);
+        objc_super<ZPFileMapper>(this).send("dealloc"_sel);
+    }
+
+    static ZPFileMapper *forPath(Class, ZPString *path) {
+        char own[4096], host[4096];
+        if (!path || !path->getFileSystemRepresentation_maxLength(own, sizeof own) || !ZPHostPathFromPath(own, host, sizeof host)) {
+            errno = ENOENT;
+            return nullptr;
+        }
+        int file = ZPHostOpenFile(host, ZPHostOpenToRead, 0);
+        if (file < 0) return nullptr;
+        ZPHostStatus status;
+        ZPFileMapper *mapper = nullptr;
+        if (ZPHostFileStatus(file, &status)) {
+            if (!status.isRegular) errno = EACCES;
+            else {
+                unsigned length = status.size > 0xFFFFFFFF ? 0xFFFFFFFF : unsigned(status.size);
+                mapper = ZPFileMapper::alloc()->initWithNativeFileHandle_length_releaseHandle(file, length, YES);
+                if (mapper) return mapper->autorelease();
+            }
+        }
+        ZPHostCloseFile(file);
+        return nullptr;
+    }
+    static ZPFileMapper *empty(Class, unsigned length) {
+        ZPFileMapper *mapper = ZPFileMapper::alloc()->initWithNativeFileHandle_length_releaseHandle(-1, length, NO);
+        return mapper ? static_cast<ZPFileMapper *>(mapper->autorelease()) : nullptr;
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPFileMapper)
+    .method<&FileMapperMethods::init>("init")
+    .method<&FileMapperMethods::initWithHandle>("initWithNativeFileHandle:length:releaseHandle:")
+    .method<&FileMapperMethods::length>("length")
+    .method<&FileMapperMethods::readOnly>("newReadOnlyMappingOfLength:")
+    .method<&FileMapperMethods::readWrite>("newReadWriteMappingOfLength:")
+    .method<&FileMapperMethods::copyOnWrite>("newCopyOnWriteMappingOfLength:")
+    .method<&FileMapperMethods::copyMapping>("copyMapping:length:")
+    .method<&FileMapperMethods::removeMapping>("removeMapping:length:")
+    .method<&FileMapperMethods::dealloc>("dealloc")
+    .classMethod<&FileMapperMethods::forPath>("fileMapperForPath:")
+    .classMethod<&FileMapperMethods::empty>("emptyFileMapperWithLength:");
