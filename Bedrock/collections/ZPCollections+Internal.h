@@ -80,6 +80,25 @@ inline bool _ZPSameOrEqual(id a, id b) { return a == b || a->isEqual(b); }
 /// Deallocates a receiver whose initialisation failed, then raises.
 [[noreturn]] ZP_COLD void _ZPDestroyAndRaiseAbsurd(ZPObject *receiver, SEL selector, const char *what, unsigned value);
 
+/// Releases a new instance of one of the library's classes when its initialiser raises.
+struct _ZPNewInstance {
+    ZPObject *instance;
+    bool ours;
+    template <class T> _ZPNewInstance(T *object, bool isOurs) : instance(object), ours(isOurs) {}
+    ~_ZPNewInstance() {
+        if (instance && ours) instance->release();
+    }
+    id finish(id initialised) {
+        instance = nullptr;
+        return initialised ? initialised->autorelease() : initialised;
+    }
+};
+
+/// The zone of a collection's own memory; null for the default zone.
+inline ZPZone *_ZPZoneOf(ZPObject *object) {
+    return objc_countsInItsHeader(object) && objc_headerOf(object)->origin != objc_fromChildZone ? nullptr : object->zone();
+}
+
 inline void _ZPCheckElements(id receiver, SEL selector, ZPRange range, unsigned count) {
     if (range.location > count || range.length > count - range.location) [[unlikely]]
         _ZPRaiseBounds(receiver, selector, range.location + range.length - 1, count);

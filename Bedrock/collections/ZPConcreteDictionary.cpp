@@ -1,0 +1,286 @@
+// The concrete dictionaries on their tables, and the enumerator over a table.
+#include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/collections/ZPDictionary+Internal.h>
+
+BOOL _ZPStoredObjectsEqual(void *, const void *stored, const void *probe) { return _ZPObjectEquality()(stored, probe); }
+
+namespace {
+
+using Table = ZPSimpleDictionary;
+using Bucket = ZPSimpleDictionaryBucket;
+
+Table *newTable(unsigned capacity, ZPZone *zone) { return ZPCreateSimpleDictionary(capacity, _ZPStoredObjectsEqual, zone); }
+
+void releaseEntry(void *, void *key, void *value) {
+    id(_ZPStored(key))->release();
+    id(_ZPStored(value))->release();
+}
+
+void destroyTable(Table *&table) {
+    if (!table) return;
+    ZPResetSimpleDictionary(table, releaseEntry, nullptr);
+    ZPFreeSimpleDictionary(table);
+    table = nullptr;
+}
+
+// A table that goes away, with the references it owns, unless it is taken over.
+struct OwnedTable {
+    Table *table;
+    ~OwnedTable() { destroyTable(table); }
+    Table *take() { return std::exchange(table, nullptr); }
+};
+
+[[noreturn]] ZP_COLD void raise(id receiver, SEL selector, ZPString *format) {
+    ZPException::raise_format(ZPInvalidArgumentException, format, _ZPMethodExceptionProem(receiver, selector));
+}
+
+ZP_INLINE void checkEntry(id receiver, SEL selector, id object, id key) {
+    if (!key) [[unlikely]] raise(receiver, selector, "%@: attempt to insert nil key"_zp);
+    if (!object) [[unlikely]] raise(receiver, selector, "%@: attempt to insert nil value"_zp);
+}
+
+// Sets a value, neither key nor value being null. The stored key is a copy in the zone.
+ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
+    unsigned hash = key->hash();
+    Bucket *place, *b = ZPSimpleFind(*table, key.pointer(), hash, _ZPObjectEquality(), &place);
+    if (b) {
+        id old = _ZPValue(b);
+        b->value = object->retain().pointer();
+        old->release();
+        return;
+    }
+    struct Owned {
+        id key, value;
+        ~Owned() {
+            if (key) key->release();
+            if (value) value->release();
+        }
+    } owned;
+    unsigned info = (*table)->info;
+    Table *before = *table;
+    owned.key = key->copyWithZone(zone);
+    owned.value = object->retain();
+    // Copying a key may run anybody's code.
+    if (*table != before || before->info != info) [[unlikely]] ZPSimpleFind(*table, key.pointer(), hash, ZPSimpleIdentityOnly(), &place);
+    ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, owned.key.pointer(), owned.value.pointer()});
+    owned.key = owned.value = nullptr;
+}
+
+void setEntries(id receiver, Table **table, ZPZone *zone, const id *objects, const id *keys, unsigned count) {
+    for (unsigned i = 0; i < count; ++i) {
+        checkEntry(receiver, "initWithObjects:forKeys:count:"_sel, objects[i], keys[i]);
+        setEntry(table, zone, objects[i], keys[i]);
+    }
+}
+
+id find(Table *table, id key) {
+    if (!key || !table || !ZPSimpleCount(table)) return nullptr;
+    Bucket *b = ZPSimpleFind(table, key.pointer(), key->hash(), _ZPObjectEquality());
+    return b ? _ZPValue(b) : id();
+}
+
+// The same buckets with copies of the keys and with the values, or copies of them.
+Table *copyTable(id receiver, Table *source, ZPZone *zone, bool copyValues) {
+    Table *copy = ZPCopySimpleDictionary(source, zone);
+    // Entries below `done` in bucket order still belong to the source.
+    struct Guard {
+        Table *table;
+        unsigned done;
+        ~Guard() {
+            if (!table) return;
+            for (unsigned i = done; i < ZPSimpleBuckets(table); ++i)
+                if (Bucket *b = ZPSimpleDictionaryGetBucket(table, i)) releaseEntry(nullptr, b->key, b->value);
+            ZPFreeSimpleDictionary(table);
+        }
+    } guard{copy, ZPSimpleBuckets(copy)};
+    for (unsigned i = guard.done; i-- > 0;) {
+        Bucket *b = ZPSimpleDictionaryGetBucket(copy, i);
+        if (b) {
+            id key = _ZPKey(b)->copyWithZone(zone);
+            _ZPReleaser releaser{&key, key ? 1u : 0u};
+            id value = copyValues ? _ZPValue(b)->copyWithZone(zone) : _ZPValue(b)->retain();
+            _ZPReleaser valueReleaser{&value, value ? 1u : 0u};
+            checkEntry(receiver, "initWithDictionary:copyItems:"_sel, value, key);
+            b->key = key.pointer();
+            b->value = value.pointer();
+            releaser.count = valueReleaser.count = 0;
+        }
+        guard.done = i;
+    }
+    guard.table = nullptr;
+    return copy;
+}
+
+struct ZPConcreteDictionaryMethods : ZPConcreteDictionary {
+    id init() { return initWithObjects(nullptr, nullptr, 0); }
+    id initWithObjects(const id *objects, const id *keys, unsigned count) {
+        if (count >= _ZPCollectionLimit) _ZPRaiseAbsurd(this, "initWithObjects:forKeys:count:"_sel, "count", count);
+        if (!count) {
+            release();
+            return _ZPEmptyDictionary()->retain();
+        }
+        ZPZone *zone = this->zone();
+        _table = newTable(count, zone);
+        setEntries(this, &_table, zone, objects, keys, count);
+        return this;
+    }
+    id initWithDictionary(ZPDictionary *other, BOOL copyItems) {
+        Table *table;
+        if (!other || !_ZPConcreteTable(other, table)) return objc_super<ZPConcreteDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other, copyItems);
+        if (!table || !ZPSimpleCount(table)) return init();
+        _table = copyTable(this, table, zone(), copyItems);
+        return this;
+    }
+    void dealloc() {
+        destroyTable(_table);
+        objc_super<ZPConcreteDictionary>(this).send("dealloc"_sel);
+    }
+    unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
+    id objectForKey(id key) { return find(_table, key); }
+    ZPEnumerator *keyEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, NO); }
+    ZPEnumerator *objectEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, YES); }
+    id copyWithZone(ZPZone *) { return retain(); }
+};
+
+struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
+    void makeTable() {
+        if (!_table) [[unlikely]] _table = newTable(0, _ZPZoneOf(this));
+    }
+    id init() {
+        makeTable();
+        return this;
+    }
+    id initWithCapacity(unsigned capacity) {
+        if (capacity >= _ZPCollectionLimit) _ZPRaiseAbsurd(this, "initWithCapacity:"_sel, "capacity", capacity);
+        _table = newTable(capacity, zone());
+        return this;
+    }
+    id initWithObjects(const id *objects, const id *keys, unsigned count) {
+        if (count >= _ZPCollectionLimit) _ZPRaiseAbsurd(this, "initWithObjects:forKeys:count:"_sel, "count", count);
+        ZPZone *zone = this->zone();
+        _table = newTable(count, zone);
+        setEntries(this, &_table, zone, objects, keys, count);
+        return this;
+    }
+    id initWithDictionary(ZPDictionary *other, BOOL copyItems) {
+        Table *table;
+        if (!other || !_ZPConcreteTable(other, table))
+            return objc_super<ZPConcreteMutableDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other, copyItems);
+        if (table) _table = copyTable(this, table, zone(), copyItems);
+        return this;
+    }
+    void dealloc() {
+        destroyTable(_table);
+        objc_super<ZPConcreteMutableDictionary>(this).send("dealloc"_sel);
+    }
+    unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
+    id objectForKey(id key) { return find(_table, key); }
+    ZPEnumerator *keyEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, NO); }
+    ZPEnumerator *objectEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, YES); }
+    id copyWithZone(ZPZone *zone) {
+        if (!_table || !ZPSimpleCount(_table)) return _ZPEmptyDictionary()->retain();
+        OwnedTable copied{copyTable(this, _table, zone, true)};
+        auto *copy = static_cast<ZPConcreteDictionary *>(static_cast<ZPDictionary *>(ZPAllocateObject(ZPConcreteDictionary::class_(), 0, zone)));
+        copy->_table = copied.take();
+        return copy;
+    }
+
+    void setObject(id object, id key) {
+        checkEntry(this, "setObject:forKey:"_sel, object, key);
+        makeTable();
+        setEntry(&_table, _ZPZoneOf(this), object, key);
+    }
+    void removeObject(id key) {
+        if (!key) raise(this, "removeObjectForKey:"_sel, "%@: attempt to remove nil key"_zp);
+        if (!_table || !ZPSimpleCount(_table)) return;
+        Bucket *b = ZPSimpleFind(_table, key.pointer(), key->hash(), _ZPObjectEquality());
+        if (!b) return;
+        id storedKey = _ZPKey(b), value = _ZPValue(b);
+        ZPSimpleRemove(_table, b);
+        storedKey->release();
+        value->release();
+    }
+    // The table is set aside meanwhile: releasing may run anybody's code, which finds an empty dictionary.
+    void removeAllObjects() {
+        if (!_table || !ZPSimpleCount(_table)) return;
+        Table *table = std::exchange(_table, nullptr);
+        ZPResetSimpleDictionary(table, releaseEntry, nullptr);
+        if (_table) ZPFreeSimpleDictionary(table);
+        else _table = table;
+    }
+};
+
+struct EnumeratorMethods : _ZPDictionaryEnumerator {
+    id nextObject() {
+        while (_slot) {
+            Bucket *b = &_table->buckets[--_slot];
+            if (b->state & ZPSimpleOccupied) return _fastObjects ? _ZPValue(b) : _ZPKey(b);
+        }
+        if (_keyEnumerator)
+            if (id key = _keyEnumerator->nextObject()) return objc_msgSend<id>(_target, "objectForKey:"_sel, key);
+        finish();
+        return nullptr;
+    }
+    void finish() {
+        _slot = 0;
+        id target = std::exchange(_target, id()), keys = std::exchange(_keyEnumerator, nullptr);
+        if (keys) keys->release();
+        if (target) target->release();
+    }
+    void dealloc() {
+        finish();
+        objc_super<_ZPDictionaryEnumerator>(this).send("dealloc"_sel);
+    }
+};
+
+}  // namespace
+
+ZPEnumerator *_ZPDictionaryEnumerator::over(ZPSimpleDictionary *table, id target, BOOL objects) {
+    auto *e = static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    e->_fastObjects = e->_enumerateObjects = objects;
+    if (table && ZPSimpleCount(table)) {
+        e->_target = target->retain();
+        e->_table = table;
+        e->_slot = ZPSimpleIsLinear(table) ? ZPSimpleCount(table) : ZPSimpleBuckets(table);
+    }
+    return e->autorelease();
+}
+
+ZPEnumerator *_ZPDictionaryEnumerator::overValues(ZPDictionary *dictionary) {
+    auto *e = static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    e->autorelease();
+    e->_enumerateObjects = YES;
+    e->_keyEnumerator = dictionary->keyEnumerator()->retain();
+    e->_target = dictionary->retain();
+    return e;
+}
+
+ZP_IMPLEMENT(ZPConcreteDictionary)
+    .method<&ZPConcreteDictionaryMethods::init>("init")
+    .method<&ZPConcreteDictionaryMethods::initWithObjects>("initWithObjects:forKeys:count:")
+    .method<&ZPConcreteDictionaryMethods::initWithDictionary>("initWithDictionary:copyItems:")
+    .method<&ZPConcreteDictionaryMethods::dealloc>("dealloc")
+    .method<&ZPConcreteDictionaryMethods::count>("count")
+    .method<&ZPConcreteDictionaryMethods::objectForKey>("objectForKey:")
+    .method<&ZPConcreteDictionaryMethods::keyEnumerator>("keyEnumerator")
+    .method<&ZPConcreteDictionaryMethods::objectEnumerator>("objectEnumerator")
+    .method<&ZPConcreteDictionaryMethods::copyWithZone>("copyWithZone:");
+
+ZP_IMPLEMENT(ZPConcreteMutableDictionary)
+    .method<&ZPConcreteMutableDictionaryMethods::init>("init")
+    .method<&ZPConcreteMutableDictionaryMethods::initWithCapacity>("initWithCapacity:")
+    .method<&ZPConcreteMutableDictionaryMethods::initWithObjects>("initWithObjects:forKeys:count:")
+    .method<&ZPConcreteMutableDictionaryMethods::initWithDictionary>("initWithDictionary:copyItems:")
+    .method<&ZPConcreteMutableDictionaryMethods::dealloc>("dealloc")
+    .method<&ZPConcreteMutableDictionaryMethods::count>("count")
+    .method<&ZPConcreteMutableDictionaryMethods::objectForKey>("objectForKey:")
+    .method<&ZPConcreteMutableDictionaryMethods::keyEnumerator>("keyEnumerator")
+    .method<&ZPConcreteMutableDictionaryMethods::objectEnumerator>("objectEnumerator")
+    .method<&ZPConcreteMutableDictionaryMethods::copyWithZone>("copyWithZone:")
+    .method<&ZPConcreteMutableDictionaryMethods::setObject>("setObject:forKey:")
+    .method<&ZPConcreteMutableDictionaryMethods::removeObject>("removeObjectForKey:")
+    .method<&ZPConcreteMutableDictionaryMethods::removeAllObjects>("removeAllObjects");
+
+ZP_IMPLEMENT(_ZPDictionaryEnumerator)
+    .method<&EnumeratorMethods::nextObject>("nextObject")
+    .method<&EnumeratorMethods::dealloc>("dealloc");

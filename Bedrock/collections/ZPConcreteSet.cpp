@@ -1,0 +1,344 @@
+// The concrete sets and the counted set on their tables, and the enumerator over a table.
+#include <Bedrock/collections/ZPSet+Internal.h>
+
+namespace {
+
+[[noreturn]] ZP_COLD void raise(id receiver, SEL selector, ZPString *format) {
+    ZPException::raise_format(ZPInvalidArgumentException, format, _ZPMethodExceptionProem(receiver, selector));
+}
+
+ZP_INLINE void checkMember(id receiver, SEL selector, id object) {
+    if (!object) [[unlikely]] raise(receiver, selector, "%@: attempt to insert nil object"_zp);
+}
+ZP_INLINE void checkRemoval(id receiver, id object) {
+    if (!object) [[unlikely]] raise(receiver, "removeObject:"_sel, "%@: attempt to remove nil object"_zp);
+}
+void checkLimit(id receiver, SEL selector, const char *what, unsigned value) {
+    if (value >= _ZPSetLimit) _ZPRaiseAbsurd(receiver, selector, what, value);
+}
+
+// ---- tables of members ---------------------------------------------------------------------------
+
+ZPSimpleSet *newTable(unsigned capacity, ZPZone *zone) { return ZPCreateSimpleSet(capacity, _ZPStoredObjectsEqual, zone); }
+
+void releaseMember(void *, void *item) { id(_ZPStored(item))->release(); }
+void releaseCounted(void *, void *item, void *) { id(_ZPStored(item))->release(); }
+
+void destroyTable(ZPSimpleSet *&table) {
+    if (!table) return;
+    ZPResetSimpleSet(table, releaseMember, nullptr);
+    ZPFreeSimpleSet(table);
+    table = nullptr;
+}
+
+template <class S> ZPSimpleBucketOf<S> *find(S *table, id object) {
+    if (!object || !table || !ZPSimpleCount(table)) return nullptr;
+    return ZPSimpleFind(table, object.pointer(), object->hash(), _ZPObjectEquality());
+}
+
+ZP_INLINE void addMember(ZPSimpleSet **table, id object) {
+    unsigned hash = object->hash();
+    ZPSimpleSetBucket *place;
+    if (ZPSimpleFind(*table, object.pointer(), hash, _ZPObjectEquality(), &place)) return;
+    ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, object.pointer()});
+    object->retain();
+}
+
+void addMembers(id receiver, ZPSimpleSet **table, const id *objects, unsigned count) {
+    for (unsigned i = 0; i < count; ++i) {
+        checkMember(receiver, "initWithObjects:count:"_sel, objects[i]);
+        addMember(table, objects[i]);
+    }
+}
+
+// The same buckets with the members retained.
+ZPSimpleSet *copyTable(ZPSimpleSet *source, ZPZone *zone) {
+    ZPSimpleSet *copy = ZPCopySimpleSet(source, zone);
+    ZPSimpleForEach(copy, [](ZPSimpleSetBucket *b) { _ZPMember(b)->retain(); });
+    return copy;
+}
+
+ZP_INLINE id memberOf(ZPSimpleSet *table, id object) {
+    ZPSimpleSetBucket *b = find(table, object);
+    return b ? _ZPMember(b) : id();
+}
+
+// Empties a table that an object holds. It is set aside meanwhile: releasing may run anybody's code, which
+// finds an empty set.
+template <class S, class R, class F> void emptyTable(S *&held, void (*reset)(S *, R, void *), R release, F free) {
+    if (!held || !ZPSimpleCount(held)) return;
+    S *table = std::exchange(held, nullptr);
+    reset(table, release, nullptr);
+    if (held) free(table);
+    else held = table;
+}
+
+// ---- concrete sets -------------------------------------------------------------------------------
+
+struct ZPConcreteSetMethods : ZPConcreteSet {
+    id init() { return initWithObjects(nullptr, 0); }
+    id initWithObjects(const id *objects, unsigned count) {
+        checkLimit(this, "initWithObjects:count:"_sel, "count", count);
+        if (!count) {
+            release();
+            return _ZPEmptySet()->retain();
+        }
+        _table = newTable(count, _ZPZoneOf(this));
+        addMembers(this, &_table, objects, count);
+        return this;
+    }
+    id initWithSet(ZPSet *other, BOOL copyItems) {
+        ZPSimpleSet *table;
+        if (copyItems || !other || !_ZPConcreteTable(other, table))
+            return objc_super<ZPConcreteSet>(this).send<id>("initWithSet:copyItems:"_sel, other, copyItems);
+        if (!table || !ZPSimpleCount(table)) return init();
+        _table = copyTable(table, _ZPZoneOf(this));
+        return this;
+    }
+    void dealloc() {
+        destroyTable(_table);
+        objc_super<ZPConcreteSet>(this).send("dealloc"_sel);
+    }
+    unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
+    id member(id object) { return memberOf(_table, object); }
+    ZPEnumerator *objectEnumerator() { return _ZPSetEnumerator::over(_table, this); }
+    id copyWithZone(ZPZone *) { return retain(); }
+};
+
+struct ZPConcreteMutableSetMethods : ZPConcreteMutableSet {
+    void makeTable() {
+        if (!_table) [[unlikely]] _table = newTable(0, _ZPZoneOf(this));
+    }
+    id init() { return this; }
+    id initWithCapacity(unsigned capacity) {
+        checkLimit(this, "initWithCapacity:"_sel, "capacity", capacity);
+        _table = newTable(capacity, _ZPZoneOf(this));
+        return this;
+    }
+    id initWithObjects(const id *objects, unsigned count) {
+        checkLimit(this, "initWithObjects:count:"_sel, "count", count);
+        _table = newTable(count, _ZPZoneOf(this));
+        addMembers(this, &_table, objects, count);
+        return this;
+    }
+    id initWithSet(ZPSet *other, BOOL copyItems) {
+        ZPSimpleSet *table;
+        if (copyItems || !other || !_ZPConcreteTable(other, table))
+            return objc_super<ZPConcreteMutableSet>(this).send<id>("initWithSet:copyItems:"_sel, other, copyItems);
+        if (table) _table = copyTable(table, _ZPZoneOf(this));
+        return this;
+    }
+    void dealloc() {
+        destroyTable(_table);
+        objc_super<ZPConcreteMutableSet>(this).send("dealloc"_sel);
+    }
+    unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
+    id member(id object) { return memberOf(_table, object); }
+    ZPEnumerator *objectEnumerator() { return _ZPSetEnumerator::over(_table, this); }
+    id copyWithZone(ZPZone *zone) {
+        if (!_table || !ZPSimpleCount(_table)) return _ZPEmptySet()->retain();
+        auto *copy = static_cast<ZPConcreteSet *>(static_cast<ZPSet *>(ZPAllocateObject(ZPConcreteSet::class_(), 0, zone)));
+        copy->_table = copyTable(_table, zone);
+        return copy;
+    }
+    void addObject(id object) {
+        checkMember(this, "addObject:"_sel, object);
+        makeTable();
+        addMember(&_table, object);
+    }
+    void removeObject(id object) {
+        checkRemoval(this, object);
+        ZPSimpleSetBucket *b = find(_table, object);
+        if (!b) return;
+        id member = _ZPMember(b);
+        ZPSimpleRemove(_table, b);
+        member->release();
+    }
+    void removeAllObjects() { emptyTable(_table, ZPResetSimpleSet, releaseMember, ZPFreeSimpleSet); }
+};
+
+// ---- counted sets --------------------------------------------------------------------------------
+
+struct ZPCountedSetMethods : ZPCountedSet {
+    void makeTable(unsigned capacity) {
+        if (!_table) [[unlikely]] _table = ZPCreateSimpleDictionary(capacity, _ZPStoredObjectsEqual, _ZPZoneOf(this));
+    }
+    id initWithCapacity(unsigned capacity) {
+        checkLimit(this, "initWithCapacity:"_sel, "capacity", capacity);
+        makeTable(capacity);
+        return this;
+    }
+    id initWithObjects(const id *objects, unsigned count) {
+        checkLimit(this, "initWithObjects:count:"_sel, "count", count);
+        makeTable(count);
+        for (unsigned i = 0; i < count; ++i) {
+            checkMember(this, "initWithObjects:count:"_sel, objects[i]);
+            add(objects[i], 1);
+        }
+        return this;
+    }
+    id initWithSet(ZPSet *other, BOOL copyItems) {
+        ZPZone *zone = _ZPZoneOf(this);
+        makeTable(other ? other->count() : 0);
+        _ZPForEachMember(other, [&](id member, unsigned count) {
+            if (copyItems) {
+                id copy = member->copyWithZone(zone);
+                _ZPReleaser releaser{&copy, copy ? 1u : 0u};
+                checkMember(this, "initWithSet:copyItems:"_sel, copy);
+                add(copy, count);
+            } else add(member, count);
+            return true;
+        });
+        return this;
+    }
+    void dealloc() {
+        if (_table) {
+            ZPResetSimpleDictionary(_table, releaseCounted, nullptr);
+            ZPFreeSimpleDictionary(_table);
+            _table = nullptr;
+        }
+        objc_super<ZPCountedSet>(this).send("dealloc"_sel);
+    }
+    unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
+    id member(id object) {
+        ZPSimpleDictionaryBucket *b = find(_table, object);
+        return b ? _ZPKey(b) : id();
+    }
+    unsigned countForObject(id object) {
+        ZPSimpleDictionaryBucket *b = find(_table, object);
+        return b ? _ZPMemberCount(b) : 0;
+    }
+    ZPEnumerator *objectEnumerator() { return _ZPSetEnumerator::over(_table, this); }
+    // Counts an object, not null, `times` more.
+    void add(id object, unsigned times) {
+        makeTable(0);
+        unsigned hash = object->hash();
+        ZPSimpleDictionaryBucket *place, *b = ZPSimpleFind(_table, object.pointer(), hash, _ZPObjectEquality(), &place);
+        unsigned before = b ? _ZPMemberCount(b) : 0;
+        void *count = reinterpret_cast<void *>(std::uintptr_t(times > ~before ? ~0u : before + times));
+        if (b) {
+            b->value = count;
+            return;
+        }
+        ZPSimpleAdd(&_table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, object.pointer(), count});
+        object->retain();
+    }
+    void addObject(id object) {
+        checkMember(this, "addObject:"_sel, object);
+        add(object, 1);
+    }
+    void removeObject(id object) {
+        checkRemoval(this, object);
+        remove(object, 1);
+    }
+    void remove(id object, unsigned times) {
+        ZPSimpleDictionaryBucket *b = find(_table, object);
+        if (!b) return;
+        if (unsigned count = _ZPMemberCount(b); count > times) {
+            b->value = reinterpret_cast<void *>(std::uintptr_t(count - times));
+            return;
+        }
+        id member = _ZPKey(b);
+        ZPSimpleRemove(_table, b);
+        member->release();
+    }
+    void removeAllObjects() { emptyTable(_table, ZPResetSimpleDictionary, releaseCounted, ZPFreeSimpleDictionary); }
+    id copyWithZone(ZPZone *zone) { return copyTo(zone, YES); }
+    id mutableCopyWithZone(ZPZone *zone) { return copyTo(zone, NO); }
+    id copyTo(ZPZone *zone, BOOL copyItems) {
+        ZPCountedSet *copy = ZPCountedSet::allocWithZone(zone);
+        _ZPNewInstance made(copy, true);
+        id result = copy->initWithSet_copyItems(this, copyItems);
+        made.instance = nullptr;
+        return result;
+    }
+    Class classForCoder() { return ZPCountedSet::class_(); }
+};
+
+// ---- enumeration ---------------------------------------------------------------------------------
+
+struct EnumeratorMethods : _ZPSetEnumerator {
+    id nextObject() {
+        while (_slot) {
+            --_slot;
+            if (_countedSet) {
+                auto *b = &static_cast<ZPSimpleDictionary *>(_table)->buckets[_slot];
+                if (b->state & ZPSimpleOccupied) return _ZPKey(b);
+            } else {
+                auto *b = &static_cast<ZPSimpleSet *>(_table)->buckets[_slot];
+                if (b->state & ZPSimpleOccupied) return _ZPMember(b);
+            }
+        }
+        finish();
+        return nullptr;
+    }
+    void finish() {
+        _slot = 0;
+        if (id target = std::exchange(_target, id())) target->release();
+    }
+    void dealloc() {
+        finish();
+        objc_super<_ZPSetEnumerator>(this).send("dealloc"_sel);
+    }
+};
+
+}  // namespace
+
+ZPEnumerator *_ZPSetEnumerator::over(void *table, id target, BOOL counted, unsigned count, unsigned buckets) {
+    auto *e = static_cast<_ZPSetEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    if (count) {
+        e->_target = target->retain();
+        e->_table = table;
+        e->_countedSet = counted;
+        e->_slot = buckets;
+    }
+    return e->autorelease();
+}
+
+void _ZPCountMore(ZPCountedSet *set, id object, unsigned times) { static_cast<ZPCountedSetMethods *>(set)->add(object, times); }
+void _ZPCountLess(ZPCountedSet *set, id object, unsigned times) { static_cast<ZPCountedSetMethods *>(set)->remove(object, times); }
+
+ZP_IMPLEMENT(ZPConcreteSet)
+    .method<&ZPConcreteSetMethods::init>("init")
+    .method<&ZPConcreteSetMethods::initWithObjects>("initWithObjects:count:")
+    .method<&ZPConcreteSetMethods::initWithSet>("initWithSet:copyItems:")
+    .method<&ZPConcreteSetMethods::dealloc>("dealloc")
+    .method<&ZPConcreteSetMethods::count>("count")
+    .method<&ZPConcreteSetMethods::member>("member:")
+    .method<&ZPConcreteSetMethods::objectEnumerator>("objectEnumerator")
+    .method<&ZPConcreteSetMethods::copyWithZone>("copyWithZone:");
+
+ZP_IMPLEMENT(ZPConcreteMutableSet)
+    .method<&ZPConcreteMutableSetMethods::init>("init")
+    .method<&ZPConcreteMutableSetMethods::initWithCapacity>("initWithCapacity:")
+    .method<&ZPConcreteMutableSetMethods::initWithObjects>("initWithObjects:count:")
+    .method<&ZPConcreteMutableSetMethods::initWithSet>("initWithSet:copyItems:")
+    .method<&ZPConcreteMutableSetMethods::dealloc>("dealloc")
+    .method<&ZPConcreteMutableSetMethods::count>("count")
+    .method<&ZPConcreteMutableSetMethods::member>("member:")
+    .method<&ZPConcreteMutableSetMethods::objectEnumerator>("objectEnumerator")
+    .method<&ZPConcreteMutableSetMethods::copyWithZone>("copyWithZone:")
+    .method<&ZPConcreteMutableSetMethods::addObject>("addObject:")
+    .method<&ZPConcreteMutableSetMethods::removeObject>("removeObject:")
+    .method<&ZPConcreteMutableSetMethods::removeAllObjects>("removeAllObjects");
+
+ZP_IMPLEMENT(ZPCountedSet)
+    .version(1)
+    .method<&ZPCountedSetMethods::initWithCapacity>("initWithCapacity:")
+    .method<&ZPCountedSetMethods::initWithObjects>("initWithObjects:count:")
+    .method<&ZPCountedSetMethods::initWithSet>("initWithSet:copyItems:")
+    .method<&ZPCountedSetMethods::dealloc>("dealloc")
+    .method<&ZPCountedSetMethods::count>("count")
+    .method<&ZPCountedSetMethods::member>("member:")
+    .method<&ZPCountedSetMethods::countForObject>("countForObject:")
+    .method<&ZPCountedSetMethods::objectEnumerator>("objectEnumerator")
+    .method<&ZPCountedSetMethods::addObject>("addObject:")
+    .method<&ZPCountedSetMethods::removeObject>("removeObject:")
+    .method<&ZPCountedSetMethods::removeAllObjects>("removeAllObjects")
+    .method<&ZPCountedSetMethods::copyWithZone>("copyWithZone:")
+    .method<&ZPCountedSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .method<&ZPCountedSetMethods::classForCoder>("classForCoder");
+
+ZP_IMPLEMENT(_ZPSetEnumerator)
+    .method<&EnumeratorMethods::nextObject>("nextObject")
+    .method<&EnumeratorMethods::dealloc>("dealloc");
