@@ -30,8 +30,8 @@ ZP_EXPORT BOOL ZPDecrementExtraRefCountWasZero(id object);
 ZP_EXPORT unsigned ZPExtraRefCount(id object);
 
 // Counts in a word of the instance: the bits of `mask` hold the count, the side count takes over when
-// they are full. `lock` (may be null) is sent lock and unlock around the change. Without a lock the
-// change is atomic once the process has a second thread.
+// they are full. `lock` (may be null) is sent lock and unlock around the change. Without a lock changes of
+// a word that is not full are atomic; where threads may fill a word, they need the lock.
 ZP_EXPORT void _ZPIncrementInternalRefCount(id object, unsigned *counter, unsigned mask, id lock);
 ZP_EXPORT BOOL _ZPDecrementInternalRefCountWasZero(id object, unsigned *counter, unsigned mask, id lock);
 ZP_EXPORT unsigned _ZPInternalRefCount(id object, unsigned counter, unsigned mask);

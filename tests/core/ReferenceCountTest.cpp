@@ -145,12 +145,12 @@ TEST(ReferenceCount, ThreadsLoseNothing) {
             for (int i = 0; i < 20000; ++i) {
                 object->retain();
                 fixed.retain();
-                _ZPIncrementInternalRefCount(object, &object->_word, 0xFF, nullptr);
+                _ZPIncrementInternalRefCount(object, &object->_word, 0xFFFFFFFF, nullptr);
             }
             for (int i = 0; i < 20000; ++i) {
                 object->release();
                 fixed.release();
-                _ZPDecrementInternalRefCountWasZero(object, &object->_word, 0xFF, nullptr);
+                _ZPDecrementInternalRefCountWasZero(object, &object->_word, 0xFFFFFFFF, nullptr);
             }
         });
     for (auto &t : threads) t.join();

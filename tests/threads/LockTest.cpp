@@ -1,5 +1,6 @@
 // Locks and thread objects from many threads.
 #include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/strings/ZPString.h>
