@@ -44,6 +44,7 @@ struct Record {
     Page *sparePages;
     ZPAutoreleasePool *sparePools[sparePoolCount];
     unsigned capacity, depth;
+    unsigned slotsPerPage;
     Level levels[];
 };
 
@@ -65,6 +66,7 @@ Record *makeRecord() {
     auto *r = static_cast<Record *>(ZPZoneCalloc(nullptr, 1, sizeOfRecord(8)));
     if (!r) ZPException::raise_format(ZPMallocException, "*** out of memory for an autorelease pool"_zp);
     r->settings = initialSettings;
+    r->slotsPerPage = slotsPerPage();
     r->capacity = 8;
     slotOfThread() = r;
     ZPCleanUpThread(popOnThreadExit);
@@ -105,8 +107,11 @@ void noteHighWater(Record *r) {
 BOOL isFreed(objc_object *object) { return object && (!object->isa || _ZPIsZombie(object)); }
 
 void releaseObject(objc_object *object) {
-    if (__atomic_load_n(&object->isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) {
-        if (objc_releaseInHeader(object)) objc_msgSendUnchecked<void>(object, "dealloc"_sel);
+    unsigned info = __atomic_load_n(&object->isa->info, __ATOMIC_RELAXED);
+    if (info & objc_defaultCounting) [[likely]] {
+        if (!objc_releaseInHeader(object)) return;
+        if (info & objc_defaultDealloc) objc_deallocatePlainly(object);
+        else objc_msgSendUnchecked<void>(object, "dealloc"_sel);
     } else {
         objc_msgSendUnchecked<void>(object, "release"_sel);
     }
@@ -127,10 +132,12 @@ unsigned releasePass(Page *startPage, unsigned startIndex, const Settings &setti
     Page *page = r->page;
     while (page->count == 0 && page != startPage) page = page->older;
     unsigned limit = page == startPage ? startIndex : 0;
+    bool plain = settings.releaseEnabled && !settings.freedCheck;
     while (page->count > limit) {
         objc_object *object = page->slots[--page->count];
         ++met;
-        if (settings.freedCheck && isFreed(object)) _ZPAutoreleaseFreedObject(object);
+        if (plain) [[likely]] releaseObject(object);
+        else if (settings.freedCheck && isFreed(object)) _ZPAutoreleaseFreedObject(object);
         else if (settings.releaseEnabled) releaseObject(object);
     }
     return met;
@@ -176,8 +183,12 @@ void ZPAutoreleaseObject(id object) {
         _ZPAutoreleaseNoPool(object);
         return;
     }
-    if (r->page->count == slotsPerPage()) [[unlikely]] addPage(r);
-    r->page->slots[r->page->count++] = object.pointer();
+    Page *page = r->page;
+    if (page->count == r->slotsPerPage) [[unlikely]] {
+        addPage(r);
+        page = r->page;
+    }
+    page->slots[page->count++] = object.pointer();
     ++r->objectCount;
     __atomic_store_n(&totalCount, __atomic_load_n(&totalCount, __ATOMIC_RELAXED) + 1, __ATOMIC_RELAXED);
     if (r->settings.mark) [[unlikely]] noteHighWater(r);

@@ -56,18 +56,20 @@ using Died = std::vector<int>;
 
 TEST_F(Pools, ReleaseNewestFirstAndWithTheOuterPoolTheInner) {
     EXPECT_EQ(ZPPushAutoreleasePool(0), 0u);
+    unsigned outer = ZPPushAutoreleasePool(0);
     make(1)->autorelease();
     ZPAutoreleasePool *inner = ZPAutoreleasePool::new_();
     make(2)->autorelease();
     make(3)->autorelease();
     EXPECT_EQ(ZPAutoreleasePoolCount(), 3u);
     EXPECT_EQ(ZPTopAutoreleasePoolCount(), 2u);
-    ZPPopAutoreleasePool(0);
+    ZPPopAutoreleasePool(outer);
     EXPECT_EQ(died, (Died{3, 2, 1}));
     EXPECT_EQ(ZPAutoreleasePoolCount(), 0u);
     inner->release();  // already popped: nothing
     ZPPopAutoreleasePool(5);
     EXPECT_EQ(died.size(), 3u);
+    ZPPopAutoreleasePool(0);
 }
 
 TEST_F(Pools, WhatReleasesAutoreleaseGoesWithTheSamePop) {
