@@ -148,5 +148,5 @@ ZPString *_ZPNewInlineCStringFromString(ZPString *string, ZPZone *zone) {
 }
 
 ZPString *_ZPNewStringFromCString(const char *bytes) {
-    return ZPString::stringWithCString_length(bytes, unsigned(std::strlen(bytes)))->retain();
+    return _ZPPlaceholderStringFromZone(nullptr)->initWithCString_length(bytes, unsigned(std::strlen(bytes)));
 }

@@ -14,6 +14,9 @@ ZPString *newFormatted(ZPString *format, ZPDictionary *locale, std::va_list argu
     return _ZPPlaceholderStringFromZone(nullptr)->initWithFormat_locale_arguments(format, locale, arguments);
 }
 
+// Making a string of bytes or of a format may fail.
+ZPString *autoreleased(ZPString *string) { return string ? string->autorelease() : id(); }
+
 struct ZPStringClassMethods {
     static id alloc(Class self) {
         if (self == ZPString::class_()) [[likely]] return _ZPPlaceholderStringFromZone(nullptr);
@@ -37,16 +40,16 @@ struct ZPStringClassMethods {
         return ZPString::stringWithCString_length(bytes, unsigned(std::strlen(bytes)));
     }
     static ZPString *stringWithCStringLength(Class, const char *bytes, unsigned length) {
-        return _ZPPlaceholderStringFromZone(nullptr)->initWithCString_length(bytes, length)->autorelease();
+        return autoreleased(_ZPPlaceholderStringFromZone(nullptr)->initWithCString_length(bytes, length));
     }
     static ZPString *stringWithFormat(Class, ZPString *format, std::va_list arguments) {
-        return newFormatted(format, nullptr, arguments)->autorelease();
+        return autoreleased(newFormatted(format, nullptr, arguments));
     }
     static ZPString *stringWithFormatLocale(Class, ZPString *format, ZPDictionary *locale, std::va_list arguments) {
-        return newFormatted(format, locale, arguments)->autorelease();
+        return autoreleased(newFormatted(format, locale, arguments));
     }
     static ZPString *localizedStringWithFormat(Class, ZPString *format, std::va_list arguments) {
-        return newFormatted(format, userLocale(), arguments)->autorelease();
+        return autoreleased(newFormatted(format, userLocale(), arguments));
     }
 };
 

@@ -38,10 +38,10 @@ struct ZPString : ZPObject {
     static ZPString *stringWithCharacters_length(const unichar *characters, unsigned length) {
         return objc_msgSend<ZPString *>(class_(), "stringWithCharacters:length:"_sel, characters, length);
     }
-    /// Copies bytes in the default C-string encoding up to the NUL. A null pointer raises
-    /// ZPInvalidArgumentException.
+    /// Copies bytes in the default C-string encoding up to the NUL; null when they are not text in it. A null
+    /// pointer raises ZPInvalidArgumentException.
     static ZPString *stringWithCString(const char *bytes) { return objc_msgSend<ZPString *>(class_(), "stringWithCString:"_sel, bytes); }
-    /// Copies `length` bytes in the default C-string encoding.
+    /// Copies `length` bytes in the default C-string encoding; null when they are not text in it.
     static ZPString *stringWithCString_length(const char *bytes, unsigned length) {
         return objc_msgSend<ZPString *>(class_(), "stringWithCString:length:"_sel, bytes, length);
     }
@@ -60,7 +60,8 @@ struct ZPString : ZPObject {
     /// The text of a file: see `initWithContentsOfFile`.
     static ZPString *stringWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPString *>(class_(), "stringWithContentsOfFile:"_sel, path); }
 
-    // ---- initialisers: each may answer another object than the receiver ----
+    // ---- initialisers: each may answer another object than the receiver, or null for bytes that are not text
+    // in their encoding ----
 
     ZPString *init() { return objc_msgSend<id>(this, "init"_sel); }
     /// Uses the caller's units, which must outlive the string unless it frees them (in the zone that owns

@@ -1,0 +1,85 @@
+// C strings under different default encodings, each in a process of its own.
+#include "StringForms.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+using namespace strings;
+
+namespace {
+
+std::string reasonOf(ZPString *s) {
+    try {
+        s->cString();
+    } catch (ZPException *e) {
+        if (!e->name()->isEqual(ZPCharacterConversionException)) return "another exception";
+        std::u16string reason = textOf(e->reason());
+        return {reason.begin(), reason.end()};
+    }
+    return "";
+}
+
+void checkKESTREL() {
+    ZPString *s = ZPString::stringWithCString("\xE9t\xE9");
+    EXPECT_STREQ(s->isa->name, "ZPInlineCString");
+    EXPECT_EQ(textOf(s), u"\u00e9t\u00e9");
+    EXPECT_STREQ(make(u"\u00e9t\u00e9")->cString(), "\xE9t\xE9");
+    EXPECT_EQ(s->displayableString(), s);
+    EXPECT_STREQ(ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(const_cast<char *>("\xE9"), 1, NO)->autorelease()->isa->name, "ZPCString");
+}
+
+void checkWindowsLatin1() {
+    ZPString *s = ZPString::stringWithCString("\xE9\x80");
+    EXPECT_STREQ(s->isa->name, "ZPUnicodeString");
+    EXPECT_EQ(textOf(s), u"\u00e9\u20ac");
+    EXPECT_STREQ(s->cString(), "\xE9\x80");
+    EXPECT_EQ(s->cStringLength(), 2u);
+    inEveryForm(u"a\u00e9\u0001", [](const Form &, ZPString *t) { EXPECT_STREQ(t->displayableString()->cString(), "a\\U00e9\\001"); });
+
+    EXPECT_EQ(reasonOf(make(u"a text of more than \u0416 units")), "Conversion to cString failed for string \"a text of more than ...\"");
+    char buffer[8];
+    EXPECT_THROW(make(u"\u0416")->getCString(buffer), ZPException *);
+    EXPECT_EQ(make(u"\u0416")->cStringLength(), 0u);
+    EXPECT_STREQ(make(u"\u0416")->lossyCString(), "_");
+    std::u16string units(3000, u'x');
+    units[1500] = u'\u0416';
+    std::string lossy(3000, 'x');
+    lossy[1500] = '_';
+    EXPECT_EQ(make(units)->lossyCString(), lossy);
+}
+
+void checkUTF8() {
+    EXPECT_EQ(textOf(ZPString::stringWithCString("\xC3\xA9\xE4\xB8\xAD")), u"\u00e9\u4e2d");
+    EXPECT_EQ(ZPString::stringWithCString("\xE9"), nullptr);
+    inEveryForm(u"\u00e9\u4e2d", [](const Form &, ZPString *s) {
+        EXPECT_STREQ(s->cString(), "\xC3\xA9\xE4\xB8\xAD");
+        char buffer[4];
+        ZPRange rest;
+        s->getCString_maxLength_range_remainingRange(buffer, 3, {0, 2}, &rest);
+        EXPECT_STREQ(buffer, "\xC3\xA9") << "a character is never split";
+        EXPECT_EQ(rest, ZPMakeRange(1, 1));
+    });
+}
+
+void runUnder(ZPStringEncoding encoding, void (*check)()) {
+    namespace fs = std::filesystem;
+    fs::path root = fs::path(testing::TempDir()) / ("encoding" + std::to_string(encoding) + "-" + std::to_string(std::rand()));
+    fs::path folder = root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources";
+    fs::create_directories(folder);
+    std::ofstream(folder / "CStringEncoding") << encoding;
+    setenv("CORVID_ROOT", root.c_str(), 1);
+    EXPECT_EQ(ZPString::defaultCStringEncoding(), encoding);
+    check();
+    fs::remove_all(root);
+    std::exit(testing::Test::HasFailure());
+}
+
+}  // namespace
+
+TEST(DefaultEncoding, decidesWhatBytesMean) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(runUnder(ZPKESTRELStringEncoding, checkKESTREL), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(runUnder(ZPWindowsCP1252StringEncoding, checkWindowsLatin1), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(runUnder(ZPUTF8StringEncoding, checkUTF8), testing::ExitedWithCode(0), "");
+}

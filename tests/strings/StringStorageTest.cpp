@@ -1,0 +1,222 @@
+// Which class keeps a text, who owns its buffer, and when a substring lets its parent go.
+#include "StringForms.h"
+
+#include <thread>
+
+using namespace strings;
+
+namespace {
+
+std::string classOf(ZPString *s) { return s->isa->name; }
+
+ZPString *ascii(unsigned length) { return ZPString::stringWithCString_length(std::string(length, 'x').data(), length); }
+
+char *zoneBytes(const char *text) {
+    std::size_t n = std::strlen(text);
+    return static_cast<char *>(std::memcpy(ZPZoneMalloc(nullptr, n), text, n));
+}
+
+}  // namespace
+
+TEST(StringStorage, theInitialiserPicksTheClass) {
+    Pool pool;
+    EXPECT_EQ(classOf("x"_zp), "ZPConstantString");
+    EXPECT_EQ(classOf("\u4e2d"_zp), "_ZPConstantUnicodeString");
+    EXPECT_EQ(classOf(ZPString::stringWithCString("abc")), "ZPInlineCString");
+    EXPECT_EQ(classOf(ascii(65535)), "ZPInlineCString");
+    EXPECT_EQ(classOf(ascii(65536)), "ZPCString");
+    EXPECT_EQ(classOf(make(u"abc")), "ZPUnicodeString");
+    EXPECT_EQ(classOf(ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(zoneBytes("abc"), 3, YES)->autorelease()), "ZPCString");
+    auto *units = static_cast<unichar *>(ZPZoneMalloc(nullptr, 4));
+    units[0] = units[1] = 'u';
+    EXPECT_EQ(classOf(ZPString::alloc()->initWithCharactersNoCopy_length_freeWhenDone(units, 2, YES)->autorelease()), "ZPUnicodeString");
+    // From bytes of an encoding: short ASCII inline, longer ASCII in the converted buffer, the rest in units.
+    auto decoded = [](std::string bytes, ZPStringEncoding e) {
+        return (ZPString *)ZPString::alloc()->initWithBytes_length_encoding(bytes.data(), unsigned(bytes.size()), e)->autorelease();
+    };
+    EXPECT_EQ(classOf(decoded(std::string(24, 'x'), ZPUTF8StringEncoding)), "ZPInlineCString");
+    EXPECT_EQ(classOf(decoded(std::string(25, 'x'), ZPUTF8StringEncoding)), "ZPCString");
+    EXPECT_EQ(classOf(decoded("\xC3\xA9", ZPUTF8StringEncoding)), "ZPUnicodeString");
+    EXPECT_EQ(textOf(decoded("\xC3\xA9", ZPUTF8StringEncoding)), u"\u00e9");
+    EXPECT_EQ(ZPString::alloc()->initWithBytes_length_encoding("\xE2\x82", 2, ZPUTF8StringEncoding), nullptr);
+}
+
+TEST(StringStorage, emptyResultsAreTheEmptyLiteral) {
+    Pool pool;
+    ZPString *empty = ""_zp;
+    unichar none[1];
+    EXPECT_EQ(ZPString::string(), empty);
+    EXPECT_EQ(ZPString::stringWithCString(""), empty);
+    EXPECT_EQ(ZPString::stringWithCharacters_length(none, 0), empty);
+    EXPECT_EQ(ZPString::stringWithString(make(u"")), empty);
+    EXPECT_EQ(ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(zoneBytes("a"), 0, YES), empty);
+    EXPECT_EQ(ZPString::alloc()->initWithBytes_length_encoding("", 0, ZPUTF8StringEncoding), empty);
+    inEveryForm(u"abc", [&](const Form &form, ZPString *s) {
+        EXPECT_EQ(s->substringFromIndex(3), empty);
+        EXPECT_EQ(s->substringWithRange({1, 0}), empty);
+        EXPECT_EQ(s->substringToIndex(0), empty);
+        (void)form;
+    });
+    EXPECT_EQ(empty->uppercaseString(), empty);
+    EXPECT_EQ(empty->stringByAppendingString(make(u"")), empty);
+}
+
+TEST(StringStorage, copiesShareWhereTheyCan) {
+    Pool pool;
+    for (ZPString *s : {ZPString::stringWithCString("abc"), ascii(70000), make(u"abc")}) {
+        EXPECT_EQ(ZPString::stringWithString(s), s);
+        EXPECT_EQ(s->copy()->autorelease(), id(s));
+    }
+    ZPString *literal = "abc"_zp, *made = ZPString::stringWithString(literal);
+    EXPECT_NE(made, literal);
+    EXPECT_EQ(classOf(made), "ZPInlineCString");
+    EXPECT_EQ(literal->copy(), id(literal));
+    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    ZPString *inZone = made->copyWithZone(zone), *wide = make(u"wide")->copyWithZone(zone);
+    EXPECT_NE(inZone, made);
+    EXPECT_EQ(inZone->zone(), zone);
+    EXPECT_EQ(wide->zone(), zone);
+    EXPECT_EQ(inZone->copyWithZone(zone), id(inZone));
+    inZone->release();
+    EXPECT_TRUE(inZone->isEqual("abc"_zp) && wide->isEqual("wide"_zp));
+    inZone->release();
+    wide->release();
+    ZPRecycleZone(zone);
+}
+
+TEST(StringStorage, placeholdersLiveForEverAndAreNoStrings) {
+    Pool pool;
+    ZPString *p = ZPString::alloc();
+    EXPECT_EQ(p, ZPString::alloc());
+    EXPECT_EQ(p, _ZPPlaceholderStringFromZone(ZPDefaultMallocZone()));
+    p->release();
+    EXPECT_EQ(p->retainCount(), 0xFFFFFFFF);
+    EXPECT_NE(raised([&] { p->length(); }).find("length"), std::string::npos);
+    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    ZPString *inZone = ZPString::allocWithZone(zone);
+    EXPECT_NE(inZone, p);
+    EXPECT_EQ(inZone, ZPString::allocWithZone(zone));
+    ZPString *s = inZone->initWithCString("in its zone");
+    EXPECT_EQ(s->zone(), zone);
+    s->release();
+    ZPRecycleZone(zone);
+    EXPECT_EQ(raised([] { ZPString::stringWithCString(nullptr); }), "[ZPString stringWithCString:]: NULL cString");
+    EXPECT_EQ(raised([] { ZPString::alloc()->initWithCString(nullptr); }), "[ZPPlaceholderString initWithCString:]: NULL cString");
+    EXPECT_NE(raised([] { ClientString::alloc()->autorelease(); ((ZPString *)ClientString::alloc()->autorelease())->initWithCharacters_length(u"a", 1); }), "");
+}
+
+TEST(StringStorage, literalsIgnoreCounting) {
+    for (ZPString *s : {"abc"_zp, "\u4e2d\u6587"_zp}) {
+        s->release();
+        s->release();
+        EXPECT_EQ(s->retain(), id(s));
+        EXPECT_EQ(s->autorelease(), id(s));
+        EXPECT_EQ(s->retainCount(), 0xFFFFFFFF);
+        EXPECT_EQ(s->copyWithZone(nullptr), id(s));
+    }
+    EXPECT_STREQ("abc"_zp->cString(), "abc");
+    EXPECT_EQ("gr\u00fc\u00df"_zp->length(), 4u);
+}
+
+TEST(StringStorage, byteSubstringsBorrowUntilTheyAreRetained) {
+    Pool pool;
+    std::string text(100, 'p');
+    text[40] = 'q';
+    ZPString *parent = ZPString::alloc()->initWithCString_length(text.data(), 100);
+    EXPECT_EQ(classOf(parent->substringWithRange({0, 24})), "ZPInlineCString");
+    EXPECT_EQ(parent->retainCount(), 1u);
+    ZPString *part = parent->substringWithRange({40, 25});
+    EXPECT_EQ(classOf(part), "ZPCSubstring");
+    EXPECT_EQ(parent->retainCount(), 2u);
+    EXPECT_EQ(part->_fastCStringContents(), parent->_fastCStringContents() + 40);
+    part->retain();
+    EXPECT_EQ(parent->retainCount(), 1u);
+    EXPECT_EQ(part->retainCount(), 2u);
+    parent->release();
+    EXPECT_EQ(part->characterAtIndex(0), u'q');
+    part->release();
+    EXPECT_EQ(raised([&] { part->initWithCStringNoCopy_length_freeWhenDone(nullptr, 0, NO); }),
+              "Can't call initWithCStringNoCopy:length:freeWhenDone: in ZPCSubstring");
+}
+
+TEST(StringStorage, unitSubstringsOfNearlyAllStayAttached) {
+    Pool pool;
+    ZPString *parent = make(std::u16string(100, u'p'));
+    struct { unsigned length; bool attached; } cases[] = {{25, false}, {89, false}, {90, true}, {95, true}};
+    for (auto &c : cases) {
+        unsigned before = parent->retainCount();
+        ZPString *part = parent->substringWithRange({1, c.length});
+        EXPECT_EQ(classOf(part), "ZPUnicodeSubstring");
+        EXPECT_EQ(parent->retainCount(), before + 1);
+        part->retain();
+        EXPECT_EQ(parent->retainCount(), before + c.attached) << c.length;
+        EXPECT_EQ(textOf(part), std::u16string(c.length, u'p'));
+        part->release();
+    }
+    // A part of an attached part holds the outermost string.
+    unsigned before = parent->retainCount();
+    ZPString *inner = parent->substringWithRange({5, 95})->substringWithRange({3, 10});
+    EXPECT_EQ(classOf(inner), "ZPUnicodeSubstring");
+    EXPECT_EQ(parent->retainCount(), before + 2);
+    EXPECT_EQ(classOf(parent->substringWithRange({0, 24})), "ZPUnicodeString");
+}
+
+TEST(StringStorage, substringsSurviveTheirParentAndEachOther) {
+    Pool pool;
+    std::mt19937 random(3);
+    inEveryForm(u"The quick brown fox jumps over the lazy dog, twice over the hedge", [&](const Form &, ZPString *s) {
+        std::u16string text = textOf(s);
+        std::vector<std::pair<ZPString *, std::u16string>> parts = {{s->retain(), text}};
+        for (int i = 0; i < 40; ++i) {
+            auto &[from, whole] = parts[random() % parts.size()];
+            unsigned at = unsigned(random() % (whole.size() + 1)), n = unsigned(random() % (whole.size() - at + 1));
+            Pool inner;
+            ZPString *part = from->_newSubstringWithRange_zone({at, n}, nullptr);
+            if (random() % 2) part->retain()->release();
+            parts.push_back({part, whole.substr(at, n)});
+        }
+        for (auto &[part, whole] : parts) {
+            EXPECT_EQ(textOf(part), whole);
+            part->release();
+        }
+    });
+}
+
+TEST(StringStorage, partsRetainedByManyThreads) {
+    Pool pool;
+    std::string text(1000, 't');
+    for (int round = 0; round < 50; ++round) {
+        ZPString *parent = ZPString::alloc()->initWithCString_length(text.data(), 1000);
+        ZPString *part = parent->_newSubstringWithRange_zone({10, 500}, nullptr);
+        parent->release();
+        std::thread threads[4];
+        for (auto &t : threads)
+            t = std::thread([part] {
+                Pool own;
+                for (int i = 0; i < 20; ++i) part->retain();
+                for (int i = 0; i < 20; ++i) part->release();
+            });
+        for (auto &t : threads) t.join();
+        EXPECT_EQ(part->retainCount(), 1u);
+        EXPECT_EQ(part->length(), 500u);
+        part->release();
+    }
+}
+
+TEST(StringStorage, scratchMemoryIsCarvedFromBlocks) {
+    Pool pool;
+    auto request = [](unsigned n) {
+        return static_cast<char *>(objc_msgSend<void *>(objc_getClass("_ZPAutoreleasedMallocMemory"), "mallocMemoryWithCapacity:"_sel, n));
+    };
+    char *first = request(300), *second = request(300), *third = request(150);
+    EXPECT_EQ(third, first + 300) << "the first block stays current";
+    EXPECT_FALSE(second >= first && second < first + 500);
+    std::memset(request(5000), 1, 5000);
+    {
+        Pool inner;
+        std::memset(request(200), 2, 200);  // becomes the current block, and goes with its pool
+    }
+    std::memset(request(500), 3, 500);
+    char *p = request(40);
+    EXPECT_EQ(request(40), p + 40);
+}
