@@ -16,6 +16,7 @@
 #pragma once
 
 #include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/data/ZPData.h>
@@ -75,5 +76,5 @@ inline void _ZPCheckDataSize(id receiver, SEL selector, const char *what, unsign
 [[noreturn]] ZP_COLD void _ZPRaiseDataLocation(id receiver, SEL selector, unsigned location, unsigned length);
 [[noreturn]] ZP_COLD void _ZPRaiseDataRange(id receiver, SEL selector, ZPRange range, unsigned length);
 [[noreturn]] ZP_COLD void _ZPRaiseDataMemory(unsigned bytes);
-/// 1,025 bytes for files: the path as `fileSystemRepresentation` has it; NO with `errno` set when it has none.
+/// The host path of a path; NO, with `errno` set, when there is none.
 BOOL _ZPHostPathOfString(ZPString *path, char *buffer, unsigned size);

@@ -1,8 +1,5 @@
-#include <Bedrock/data/ZPFileMapper.h>
-
+#include <Bedrock/data/ZPData+Internal.h>
 #include <Bedrock/platform/ZPFile.h>
-#include <Bedrock/platform/ZPPath.h>
-#include <Bedrock/strings/ZPString.h>
 
 #include <cerrno>
 
@@ -45,11 +42,8 @@ struct FileMapperMethods : ZPFileMapper {
     }
 
     static ZPFileMapper *forPath(Class, ZPString *path) {
-        char own[4096], host[4096];
-        if (!path || !path->getFileSystemRepresentation_maxLength(own, sizeof own) || !ZPHostPathFromPath(own, host, sizeof host)) {
-            errno = ENOENT;
-            return nullptr;
-        }
+        char host[4096];
+        if (!_ZPHostPathOfString(path, host, sizeof host)) return nullptr;
         int file = ZPHostOpenFile(host, ZPHostOpenToRead, 0);
         if (file < 0) return nullptr;
         ZPHostStatus status;

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -81,6 +82,15 @@ BOOL ZPHostWriteAll(int file, const void *bytes, std::size_t size) {
 BOOL ZPHostMoveFile(const char *from, const char *to) { return rename(from, to) == 0; }
 BOOL ZPHostRemoveFile(const char *path) { return unlink(path) == 0; }
 BOOL ZPHostSetMode(const char *path, unsigned mode) { return chmod(path, mode & 07777) == 0; }
+
+unsigned ZPHostCreationMask() {
+    // Asking the kernel by setting the mask would lay it bare to other threads meanwhile.
+    char text[1024] = {};
+    ZPHostReadFile("/proc/self/status", text, sizeof text - 1);
+    unsigned mask;
+    const char *line = std::strstr(text, "Umask:");
+    return line && std::sscanf(line + 6, "%o", &mask) == 1 ? mask & 0777 : 022;
+}
 
 long long ZPHostReadFile(const char *path, void *buffer, std::size_t size) {
     int file = ZPHostOpenFile(path, ZPHostOpenToRead, 0);

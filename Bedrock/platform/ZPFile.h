@@ -29,6 +29,8 @@ BOOL ZPHostWriteAll(int file, const void *bytes, std::size_t size);
 BOOL ZPHostMoveFile(const char *from, const char *to);
 BOOL ZPHostRemoveFile(const char *path);
 BOOL ZPHostSetMode(const char *path, unsigned mode);
+/// The permission bits that new files do not get.
+unsigned ZPHostCreationMask();
 /// Up to `size` bytes of a file from its start; -1 when it cannot be read.
 long long ZPHostReadFile(const char *path, void *buffer, std::size_t size);
 

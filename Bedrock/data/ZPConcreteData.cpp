@@ -1,0 +1,139 @@
+#include <Bedrock/data/ZPData+Internal.h>
+
+namespace {
+
+struct Pool {
+    unsigned token = ZPPushAutoreleasePool(0);
+    ~Pool() { ZPPopAutoreleasePool(token); }
+};
+
+struct ConcreteDataMethods : ZPConcreteData {
+    // Answers the receiver, or a larger instance in its place.
+    ZPConcreteData *fillInline(const void *bytes, unsigned length) {
+        ZPConcreteData *data = this;
+        if (length > sizeof _bytes) {
+            Class cls = isa;
+            ZPZone *zone = ZPData::zone();
+            ZPDeallocateObject(this);
+            data = ZPAllocateObject(cls, length - unsigned(sizeof _bytes), zone);
+        }
+        data->_flags = _ZPDataInline;
+        data->_length = data->_capacity = length;
+        copyInline(data, bytes, length);
+        return data;
+    }
+    static void copyInline(ZPConcreteData *data, const void *bytes, unsigned length) {
+        void *to = &data->_bytes;
+        __asm__("" : "+r"(to));  // the bytes go on behind the field
+        std::memcpy(to, bytes, length);
+    }
+    ZPConcreteData *giveUp() {
+        release();
+        return nullptr;
+    }
+
+    ZPData *initDesignated(void *bytes, unsigned length, BOOL copy, BOOL freeWhenDone, BOOL pages) {
+        _ZPCheckDataSize(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, "length", length);
+        if (length == 0) {
+            _flags = 0;
+            _capacity = _length = 0;
+            _bytes = nullptr;
+            return this;
+        }
+        if (!copy) {
+            _flags = (freeWhenDone ? unsigned(_ZPDataFreeWhenDone) : 0u) | (pages ? unsigned(_ZPDataPages) : 0u);
+            _capacity = pages ? ZPRoundUpToMultipleOfPageSize(length) : length;
+            _bytes = bytes;
+            _length = length;
+            return this;
+        }
+        if (length < ZPPageSize()) return fillInline(bytes, length);
+        if (length < _ZPWorthMapping) {
+            _bytes = ZPZoneMalloc(zone(), length);
+            if (!_bytes) return giveUp();
+            _flags = _ZPDataFreeWhenDone;
+            _capacity = length;
+        } else {
+            unsigned capacity = ZPRoundUpToMultipleOfPageSize(length);
+            {
+                Pool pool;
+                _mapper = ZPFileMapper::emptyFileMapperWithLength(capacity);
+                if (_mapper) _mapper->retain();
+            }
+            _bytes = _mapper ? _mapper->newReadWriteMappingOfLength(capacity) : nullptr;
+            if (!_bytes) return giveUp();
+            _flags = _ZPDataFreeWhenDone | _ZPDataPages;
+            _capacity = capacity;
+        }
+        std::memcpy(_bytes, bytes, length);
+        _length = length;
+        return this;
+    }
+    ZPData *initWithBytes(const void *bytes, unsigned length) {
+        return ConcreteDataMethods::initDesignated(const_cast<void *>(bytes), length, YES, NO, NO);
+    }
+    ZPData *initWithFileMapper(ZPFileMapper *mapper, unsigned length) {
+        if (!mapper || length == 0) return initWithBytes_length_copy_freeWhenDone_bytesAreVM(nullptr, 0, NO, NO, NO);
+        _ZPCheckDataSize(this, "initWithFileMapper:length:"_sel, "length", length);
+        void *view = mapper->newReadOnlyMappingOfLength(length);
+        if (!view) return giveUp();
+        _mapper = static_cast<ZPFileMapper *>(mapper->retain());
+        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(view, length, NO, YES, YES);
+    }
+    ZPData *initWithContentsOfMappedFile(ZPString *path) {
+        ZPFileMapper *mapper;
+        {
+            Pool pool;
+            mapper = ZPFileMapper::fileMapperForPath(path);
+            if (mapper) mapper->retain();
+        }
+        if (!mapper) return giveUp();
+        struct Held { ZPFileMapper *mapper; ~Held() { mapper->release(); } } held{mapper};
+        return initWithFileMapper_length(mapper, mapper->length());
+    }
+    void dealloc() {
+        if (_flags & _ZPDataFreeWhenDone && _bytes) {
+            if (!(_flags & _ZPDataPages)) ZPZoneFree(ZPZoneFromPointer(_bytes), _bytes);
+            else if (!_mapper) ZPDeallocateMemoryPages(_bytes, _capacity);
+            else _mapper->removeMapping_length(_bytes, _capacity);
+        }
+        if (_mapper) _mapper->release();
+        objc_super<ZPConcreteData>(this).send("dealloc"_sel);
+    }
+
+    unsigned length() { return _length; }
+    const void *bytes() { return contents(); }
+    BOOL bytesAreVM() { return _flags & _ZPDataPages ? YES : NO; }
+    ZPFileMapper *fileMapper() { return _mapper; }
+    id copyWithZone(ZPZone *) { return retain(); }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPConcreteData)
+    .method<&ConcreteDataMethods::initDesignated>("initWithBytes:length:copy:freeWhenDone:bytesAreVM:")
+    .method<&ConcreteDataMethods::initWithBytes>("initWithBytes:length:")
+    .method<&ConcreteDataMethods::initWithFileMapper>("initWithFileMapper:length:")
+    .method<&ConcreteDataMethods::initWithContentsOfMappedFile>("initWithContentsOfMappedFile:")
+    .method<&ConcreteDataMethods::dealloc>("dealloc")
+    .method<&ConcreteDataMethods::length>("length")
+    .method<&ConcreteDataMethods::bytes>("bytes")
+    .method<&ConcreteDataMethods::bytesAreVM>("_bytesAreVM")
+    .method<&ConcreteDataMethods::fileMapper>("fileMapper")
+    .method<&ConcreteDataMethods::copyWithZone>("copyWithZone:");
+
+ZPData *_ZPNewImmutableData(const void *bytes, unsigned length, ZPZone *zone) {
+    if (length == 0 || length >= ZPPageSize())
+        return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))->initWithBytes_length(bytes, length);
+    constexpr unsigned field = sizeof(void *);
+    ZPConcreteData *data = ZPAllocateObject(ZPConcreteData::class_(), length > field ? length - field : 0, zone);
+    data->_flags = _ZPDataInline;
+    data->_length = data->_capacity = length;
+    ConcreteDataMethods::copyInline(data, bytes, length);
+    return data;
+}
+
+ZPData *_ZPNewImmutableDataNoCopy(void *bytes, unsigned length, ZPZone *zone) {
+    return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))
+        ->initWithBytes_length_copy_freeWhenDone_bytesAreVM(bytes, length, NO, YES, NO);
+}

@@ -1,0 +1,239 @@
+// What every data object does on the primitives.
+#include <Bedrock/data/ZPData+Internal.h>
+
+ZP_FORWARD(ZPCoder);
+
+namespace {
+
+struct DataMethods : ZPData {
+    // ---- initialisers ----
+
+    id init() { return initWithBytes_length_copy_freeWhenDone_bytesAreVM(nullptr, 0, NO, NO, NO); }
+    ZPData *initDesignated(void *, unsigned, BOOL, BOOL, BOOL) {
+        ZPRequestConcreteImplementation(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, ZPData::class_());
+    }
+    ZPData *initWithBytes(const void *bytes, unsigned length) {
+        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<void *>(bytes), length, YES, NO, NO);
+    }
+    ZPData *initWithBytesNoCopy(void *bytes, unsigned length) {
+        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(bytes, length, NO, YES, NO);
+    }
+    ZPData *initWithData(ZPData *other) {
+        ZPDataView view = _ZPViewOfData(other);
+        if (view.length == 0) return DataMethods::init();
+        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<unsigned char *>(view.bytes), view.length, YES, NO, other->_bytesAreVM());
+    }
+    ZPData *initWithContentsOfFile(ZPString *path) {
+        char own[4096];
+        void *bytes;
+        unsigned length;
+        ZPZone *zone = ZPData::zone();
+        if (!path || !path->getFileSystemRepresentation_maxLength(own, sizeof own) || !_ZPReadBytesFromFile(own, &bytes, &length, zone)) {
+            release();
+            return nullptr;
+        }
+        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(length ? bytes : nullptr, length, NO, YES, NO);
+    }
+    ZPData *initWithContentsOfMappedFile(ZPString *path) { return ZPData::initWithContentsOfFile(path); }
+
+    // ---- reading ----
+
+    unsigned length() { ZPRequestConcreteImplementation(this, "length"_sel, ZPData::class_()); }
+    const void *bytes() { ZPRequestConcreteImplementation(this, "bytes"_sel, ZPData::class_()); }
+    void getBytes(void *buffer) {
+        ZPDataView view = _ZPViewOfData(this);
+        if (view.length) std::memmove(buffer, view.bytes, view.length);
+    }
+    void getBytesLength(void *buffer, unsigned length) {
+        ZPDataView view = _ZPViewOfData(this);
+        if (unsigned n = std::min(length, view.length)) std::memmove(buffer, view.bytes, n);
+    }
+    void getBytesRange(void *buffer, ZPRange range) {
+        if (range.length == 0) return;
+        ZPDataView view = _ZPViewOfData(this);
+        if (range.location >= view.length) _ZPRaiseDataLocation(this, "getBytes:range:"_sel, range.location, view.length);
+        std::memmove(buffer, view.bytes + range.location, std::min(range.length, view.length - range.location));
+    }
+    ZPData *subdata(ZPRange range) {
+        constexpr unsigned worthSharing = 64, worthSharingAnywhere = 32768;
+        ZPZone *zone = ZPData::zone();
+        if (range.length == 0) return _ZPNewImmutableData(nullptr, 0, zone)->autorelease();
+        bool concrete = isa == ZPConcreteData::class_();
+        unsigned length = concrete ? static_cast<ZPConcreteData *>(static_cast<ZPData *>(this))->_length : ZPData::length();
+        if (range.location > length || range.length > length - range.location) _ZPRaiseDataRange(this, "subdataWithRange:"_sel, range, length);
+        if (range.length == length) return copyWithZone(nullptr)->autorelease();
+        if (range.length >= (concrete ? worthSharing : worthSharingAnywhere)) {
+            ZPSubrangeData *part = ZPAllocateObject(ZPSubrangeData::class_(), 0, zone);
+            part->_data = copyWithZone(nullptr);
+            part->_location = range.location;
+            part->_length = range.length;
+            return part->autorelease();
+        }
+        return _ZPNewImmutableData(_ZPViewOfData(this).bytes + range.location, range.length, zone)->autorelease();
+    }
+    BOOL isEqualToData(ZPData *other) {
+        if (other == this) return YES;
+        if (!other) return NO;
+        ZPDataView a = _ZPViewOfData(this), b = _ZPViewOfData(other);
+        return a.length == b.length && (a.length == 0 || std::memcmp(a.bytes, b.bytes, a.length) == 0);
+    }
+    BOOL isEqual(id other) {
+        if (other == this) return YES;
+        if (!other || !other->isKindOfClass(ZPData::class_())) return NO;
+        return ZPData::isEqualToData(other);
+    }
+    unsigned hash() {
+        ZPDataView view = _ZPViewOfData(this);
+        unsigned h = 0;
+        for (unsigned i = std::min(view.length, 16u); i-- > 0;) {
+            h = (h << 4) + view.bytes[i];
+            if (unsigned g = h & 0xF0000000) h = (h ^ g >> 24) & ~g;
+        }
+        return h;
+    }
+    ZPString *description() {
+        static const char digits[] = "0123456789abcdef";
+        ZPDataView view = _ZPViewOfData(this);
+        std::uint64_t room = 2 * std::uint64_t(view.length) + view.length / 4 + 2;
+        char *text = room < 0x7FFFFFFF ? static_cast<char *>(ZPZoneMalloc(nullptr, room)) : nullptr;
+        if (!text) _ZPRaiseDataMemory(unsigned(room));
+        char *at = text;
+        *at++ = '<';
+        for (unsigned i = 0; i < view.length; ++i) {
+            *at++ = digits[view.bytes[i] >> 4];
+            *at++ = digits[view.bytes[i] & 15];
+            if (i % 4 == 3) *at++ = ' ';
+        }
+        *at++ = '>';
+        return ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(text, unsigned(at - text), YES)->autorelease();
+    }
+    BOOL writeToFile(ZPString *path, BOOL atomically) {
+        ZPDataView view = _ZPViewOfData(this);
+        return _ZPWriteBytesToFile(path, view.bytes, view.length, atomically);
+    }
+    BOOL bytesAreVM() { return NO; }
+    ZPFileMapper *fileMapper() { return nullptr; }
+
+    id copyWithZone(ZPZone *zone) { return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))->initWithData(this); }
+    id mutableCopyWithZone(ZPZone *zone) {
+        return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteMutableData::class_(), 0, zone))->initWithData(this);
+    }
+    Class classForCoder() { return ZPData::class_(); }
+    id replacementObjectForPortCoder(id) { return this; }
+    void encodeWithCoder(ZPCoder *coder) { objc_msgSend(id((objc_object *)coder), "encodeDataObject:"_sel, static_cast<ZPData *>(this)); }
+    id initWithCoder(ZPCoder *coder) {
+        release();
+        ZPData *data = objc_msgSend<ZPData *>(id((objc_object *)coder), "decodeDataObject"_sel);
+        return data ? data->retain() : id();
+    }
+};
+
+struct DataClassMethods {
+    static id made(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
+    static ZPData *autoreleased(ZPData *data) { return data ? static_cast<ZPData *>(data->autorelease()) : nullptr; }
+
+    static id allocWithZone(Class self, ZPZone *zone) {
+        return ZPAllocateObject(self == ZPData::class_() ? ZPConcreteData::class_() : self, 0, zone);
+    }
+    static id alloc(Class self) { return made(self); }
+    static ZPData *data(Class self) { return autoreleased(made(self)->init()); }
+    static ZPData *withBytes(Class self, const void *bytes, unsigned length) {
+        if (self == ZPData::class_()) return autoreleased(_ZPNewImmutableData(bytes, length, nullptr));
+        return autoreleased(static_cast<ZPData *>(made(self))->initWithBytes_length(bytes, length));
+    }
+    static ZPData *withBytesNoCopy(Class self, void *bytes, unsigned length) {
+        return autoreleased(static_cast<ZPData *>(made(self))->initWithBytesNoCopy_length(bytes, length));
+    }
+    static ZPData *withData(Class self, ZPData *other) { return autoreleased(static_cast<ZPData *>(made(self))->initWithData(other)); }
+    static ZPData *withContentsOfFile(Class self, ZPString *path) {
+        return autoreleased(static_cast<ZPData *>(made(self))->initWithContentsOfFile(path));
+    }
+    static ZPData *withContentsOfMappedFile(Class self, ZPString *path) {
+        return autoreleased(static_cast<ZPData *>(made(self))->initWithContentsOfMappedFile(path));
+    }
+};
+
+struct SubrangeMethods : ZPSubrangeData {
+    id init() {
+        ZPException::raise_format(ZPGenericException, "%@: should never be called"_zp, _ZPMethodExceptionProem(this, "init"_sel));
+    }
+    ZPData *initWithDataRange(ZPData *data, ZPRange range) {
+        SEL selector = "initWithData:range:"_sel;
+        unsigned length = data ? data->length() : 0;
+        if (range.length == 0 && range.location > length) _ZPRaiseDataLocation(this, selector, range.location, length);
+        if (range.location > length || range.length > length - range.location) _ZPRaiseDataRange(this, selector, range, length);
+        _data = static_cast<ZPData *>(id(data)->copyWithZone(nullptr));
+        _location = range.location;
+        _length = range.length;
+        return this;
+    }
+    unsigned length() { return _length; }
+    const void *bytes() { return _ZPViewOfData(_data).bytes + _location; }
+    BOOL bytesAreVM() { return _data->_bytesAreVM(); }
+    id copyWithZone(ZPZone *) { return retain(); }
+    void dealloc() {
+        if (_data) _data->release();
+        objc_super<ZPSubrangeData>(this).send("dealloc"_sel);
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPData)
+    .adopts<ZPCopying, ZPMutableCopying>()
+    .classMethod<&DataClassMethods::alloc>("alloc")
+    .classMethod<&DataClassMethods::allocWithZone>("allocWithZone:")
+    .classMethod<&DataClassMethods::data>("data")
+    .classMethod<&DataClassMethods::withBytes>("dataWithBytes:length:")
+    .classMethod<&DataClassMethods::withBytesNoCopy>("dataWithBytesNoCopy:length:")
+    .classMethod<&DataClassMethods::withData>("dataWithData:")
+    .classMethod<&DataClassMethods::withContentsOfFile>("dataWithContentsOfFile:")
+    .classMethod<&DataClassMethods::withContentsOfMappedFile>("dataWithContentsOfMappedFile:")
+    .method<&DataMethods::init>("init")
+    .method<&DataMethods::initDesignated>("initWithBytes:length:copy:freeWhenDone:bytesAreVM:")
+    .method<&DataMethods::initWithBytes>("initWithBytes:length:")
+    .method<&DataMethods::initWithBytesNoCopy>("initWithBytesNoCopy:length:")
+    .method<&DataMethods::initWithData>("initWithData:")
+    .method<&DataMethods::initWithContentsOfFile>("initWithContentsOfFile:")
+    .method<&DataMethods::initWithContentsOfMappedFile>("initWithContentsOfMappedFile:")
+    .method<&DataMethods::length>("length")
+    .method<&DataMethods::bytes>("bytes")
+    .method<&DataMethods::getBytes>("getBytes:")
+    .method<&DataMethods::getBytesLength>("getBytes:length:")
+    .method<&DataMethods::getBytesRange>("getBytes:range:")
+    .method<&DataMethods::subdata>("subdataWithRange:")
+    .method<&DataMethods::isEqualToData>("isEqualToData:")
+    .method<&DataMethods::isEqual>("isEqual:")
+    .method<&DataMethods::hash>("hash")
+    .method<&DataMethods::description>("description")
+    .method<&DataMethods::writeToFile>("writeToFile:atomically:")
+    .method<&DataMethods::bytesAreVM>("_bytesAreVM")
+    .method<&DataMethods::fileMapper>("fileMapper")
+    .method<&DataMethods::copyWithZone>("copyWithZone:")
+    .method<&DataMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .method<&DataMethods::classForCoder>("classForCoder")
+    .method<&DataMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
+    .method<&DataMethods::encodeWithCoder>("encodeWithCoder:")
+    .method<&DataMethods::initWithCoder>("initWithCoder:");
+
+ZP_IMPLEMENT(ZPSubrangeData)
+    .method<&SubrangeMethods::init>("init")
+    .method<&SubrangeMethods::initWithDataRange>("initWithData:range:")
+    .method<&SubrangeMethods::length>("length")
+    .method<&SubrangeMethods::bytes>("bytes")
+    .method<&SubrangeMethods::bytesAreVM>("_bytesAreVM")
+    .method<&SubrangeMethods::copyWithZone>("copyWithZone:")
+    .method<&SubrangeMethods::dealloc>("dealloc");
+
+void _ZPRaiseDataLocation(id receiver, SEL selector, unsigned location, unsigned length) {
+    ZPException::raise_format(ZPRangeException, "%@: location %u exceeds data length %u"_zp, _ZPMethodExceptionProem(receiver, selector), location, length);
+}
+
+void _ZPRaiseDataRange(id receiver, SEL selector, ZPRange range, unsigned length) {
+    ZPException::raise_format(ZPRangeException, "%@: range {location = %d; length = %d} exceeds data length %u"_zp,
+                              _ZPMethodExceptionProem(receiver, selector), int(range.location), int(range.length), length);
+}
+
+void _ZPRaiseDataMemory(unsigned bytes) {
+    ZPException::raise_format(ZPMallocException, "*** out of memory for %u bytes of data"_zp, bytes);
+}

@@ -1,0 +1,322 @@
+// The front of mutable data, and its concrete class.
+#include <Bedrock/data/ZPData+Internal.h>
+
+namespace {
+
+struct Pool {
+    unsigned token = ZPPushAutoreleasePool(0);
+    ~Pool() { ZPPopAutoreleasePool(token); }
+};
+
+struct MutableDataMethods : ZPMutableData {
+    [[noreturn]] void abstract(SEL selector) { ZPRequestConcreteImplementation(this, selector, ZPMutableData::class_()); }
+    ZPMutableData *initWithCapacity(unsigned) { abstract("initWithCapacity:"_sel); }
+    void *mutableBytes() { abstract("mutableBytes"_sel); }
+    void setLength(unsigned) { abstract("setLength:"_sel); }
+
+    ZPMutableData *initWithLength(unsigned length) {
+        ZPMutableData *data = ZPMutableData::initWithCapacity(length);
+        data->setLength(length);
+        return data;
+    }
+    void increaseLength(unsigned extra) {
+        if (extra == 0) return;
+        _ZPCheckDataSize(this, "increaseLengthBy:"_sel, "extra length", extra);
+        ZPMutableData::setLength(length() + extra);
+    }
+    void appendBytes(const void *bytes, unsigned count) {
+        if (count) replaceBytesInRange_withBytes({length(), count}, bytes);
+    }
+    void appendData(ZPData *other) {
+        ZPDataView view = _ZPViewOfData(other);
+        if (view.length) appendBytes_length(view.bytes, view.length);
+    }
+    unsigned char *overwrite(SEL selector, ZPRange range) {
+        unsigned length = ZPData::length();
+        if (range.location > length) _ZPRaiseDataLocation(this, selector, range.location, length);
+        _ZPCheckDataSize(this, selector, "length", range.length);
+        if (range.length > length - range.location) ZPMutableData::setLength(range.location + range.length);
+        return static_cast<unsigned char *>(ZPMutableData::mutableBytes()) + range.location;
+    }
+    void replaceBytes(ZPRange range, const void *bytes) {
+        if (range.length == 0) return;
+        // The bytes may lie in storage that growth moves.
+        auto *own = static_cast<const unsigned char *>(bytes), *storage = static_cast<const unsigned char *>(this->bytes());
+        bool inside = storage && own >= storage && own < storage + length();
+        unsigned char *to = overwrite("replaceBytesInRange:withBytes:"_sel, range);
+        if (inside) own = to - range.location + (own - storage);
+        std::memmove(to, own, range.length);
+    }
+    void resetBytes(ZPRange range) {
+        if (range.length) std::memset(overwrite("resetBytesInRange:"_sel, range), 0, range.length);
+    }
+    void setData(ZPData *other) {
+        ZPDataView view = _ZPViewOfData(other);
+        replaceBytesInRange_withBytes({0, view.length}, view.bytes);
+        ZPMutableData::setLength(view.length);
+    }
+    Class classForCoder() { return ZPMutableData::class_(); }
+};
+
+struct MutableDataClassMethods {
+    static id allocWithZone(Class self, ZPZone *zone) {
+        return ZPAllocateObject(self == ZPMutableData::class_() ? ZPConcreteMutableData::class_() : self, 0, zone);
+    }
+    static id made(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
+    static id withCapacity(Class self, unsigned capacity) { return static_cast<ZPMutableData *>(made(self))->initWithCapacity(capacity)->autorelease(); }
+    static id withLength(Class self, unsigned length) { return static_cast<ZPMutableData *>(made(self))->initWithLength(length)->autorelease(); }
+};
+
+struct ConcreteMutableData : ZPConcreteMutableData {
+    // n and a quarter, in whole words of 4 bytes, or whole pages.
+    static unsigned roomFor(unsigned n, unsigned extra) {
+        unsigned capacity = (n + extra + 3) & ~3u;
+        return capacity >= ZPPageSize() ? ZPRoundUpToMultipleOfPageSize(capacity) : capacity;
+    }
+    unsigned char *at(unsigned location) { return static_cast<unsigned char *>(_bytes) + location; }
+
+    // ---- storage ----
+
+    static ZPFileMapper *newMapper(unsigned capacity) {
+        Pool pool;
+        ZPFileMapper *mapper = ZPFileMapper::emptyFileMapperWithLength(capacity);
+        if (mapper) mapper->retain();
+        return mapper;
+    }
+    // A mapping where that is worth it, else, or when there is none, a block; answers whether there is one now.
+    bool setUp(unsigned capacity) {
+        ZPFileMapper *mapper = capacity >= _ZPWorthMapping ? newMapper(capacity) : nullptr;
+        void *storage = mapper ? mapper->newReadWriteMappingOfLength(capacity) : nullptr;
+        if (mapper && !storage) {
+            mapper->release();
+            mapper = nullptr;
+        }
+        if (!storage) storage = ZPZoneMalloc(zone(), capacity ? capacity : 4);
+        if (!storage) return false;
+        _mapper = mapper;
+        _bytes = storage;
+        _capacity = capacity;
+        _flags = mapper ? unsigned(_ZPDataPages) : 0u;
+        return true;
+    }
+    void setUpIfNeeded() {
+        if (!_bytes && !setUp(_capacity)) _ZPRaiseDataMemory(_capacity);
+    }
+    void freeStorage(void *bytes, unsigned capacity, unsigned flags, ZPFileMapper *mapper) {
+        if (!bytes) return;
+        if (!(flags & _ZPDataPages)) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
+        else if (mapper) mapper->removeMapping_length(bytes, capacity);
+        else ZPDeallocateMemoryPages(bytes, capacity);
+        if (mapper) mapper->release();
+    }
+    // Makes room for a length; the bytes stay when there is no memory.
+    void grow(unsigned length) {
+        unsigned capacity = roomFor(length, length >> (length < ZPPageSize() ? 1 : 2));
+        if (!_bytes) {
+            if (!setUp(capacity)) _ZPRaiseDataMemory(capacity);
+            return;
+        }
+        if (!(_flags & _ZPDataPages) && capacity < _ZPWorthMapping) {
+            void *larger = ZPZoneRealloc(ZPZoneFromPointer(_bytes), _bytes, capacity);
+            if (!larger) _ZPRaiseDataMemory(capacity);
+            _bytes = larger;
+            _capacity = capacity;
+            return;
+        }
+        void *oldBytes = _bytes;
+        unsigned oldCapacity = _capacity, oldFlags = _flags;
+        ZPFileMapper *oldMapper = _mapper;
+        if (!setUp(capacity)) _ZPRaiseDataMemory(capacity);
+        std::memcpy(_bytes, oldBytes, _length);
+        freeStorage(oldBytes, oldCapacity, oldFlags, oldMapper);
+    }
+    // Sets a longer length; what lies between is not set.
+    void extend(unsigned length) {
+        if (length > _capacity || !_bytes) grow(length);
+        _length = length;
+    }
+
+    // ---- initialisers ----
+
+    ZPMutableData *initWithCapacity(unsigned n) {
+        _ZPCheckDataSize(this, "initWithCapacity:"_sel, "capacity", n);
+        _capacity = roomFor(n, n / 4);
+        return this;
+    }
+    id init() { return ConcreteMutableData::initWithCapacity(0); }
+    ZPData *initDesignated(void *bytes, unsigned length, BOOL, BOOL freeWhenDone, BOOL pages) {
+        ConcreteMutableData::initWithCapacity(length);
+        if (!setUp(_capacity)) {
+            release();
+            return nullptr;
+        }
+        if (length) std::memcpy(_bytes, bytes, length);
+        _length = length;
+        if (freeWhenDone && bytes) {
+            if (pages) ZPDeallocateMemoryPages(bytes, ZPRoundUpToMultipleOfPageSize(length));
+            else ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
+        }
+        return this;
+    }
+    ZPData *initWithFileMapper(ZPFileMapper *mapper, unsigned length) {
+        if (!mapper || length == 0) return ConcreteMutableData::init();
+        _ZPCheckDataSize(this, "initWithFileMapper:length:"_sel, "capacity", length);
+        void *view = mapper->newCopyOnWriteMappingOfLength(length);
+        if (!view) {
+            release();
+            return nullptr;
+        }
+        _mapper = static_cast<ZPFileMapper *>(mapper->retain());
+        _bytes = view;
+        _length = length;
+        _capacity = ZPRoundUpToMultipleOfPageSize(length);
+        _flags = _ZPDataSharedView | _ZPDataPages;
+        return this;
+    }
+    ZPData *initWithContentsOfMappedFile(ZPString *path) {
+        ZPFileMapper *mapper;
+        {
+            Pool pool;
+            mapper = ZPFileMapper::fileMapperForPath(path);
+            if (mapper) mapper->retain();
+        }
+        if (!mapper) {
+            release();
+            return nullptr;
+        }
+        struct Held { ZPFileMapper *mapper; ~Held() { mapper->release(); } } held{mapper};
+        return initWithFileMapper_length(mapper, mapper->length());
+    }
+    ZPData *initWithData(ZPData *other) {
+        ZPFileMapper *mapper = nullptr;
+        unsigned length = 0;
+        if (other && other->isa == ZPConcreteData::class_()) {
+            auto *data = static_cast<ZPConcreteData *>(other);
+            mapper = data->_mapper;
+            length = data->_length;
+        } else if (other && other->isa == ZPConcreteMutableData::class_()) {
+            auto *data = static_cast<ZPConcreteMutableData *>(other);
+            if (data->_mapper && !(data->_flags & _ZPDataSharedView) && data->_length && data->_mapper->copyMapping_length(data->_bytes, data->_capacity)) {
+                data->_flags |= _ZPDataSharedView;
+                mapper = data->_mapper;
+                length = data->_length;
+            }
+        }
+        if (mapper && length) {
+            if (void *view = mapper->newCopyOnWriteMappingOfLength(length)) {
+                _mapper = static_cast<ZPFileMapper *>(mapper->retain());
+                _bytes = view;
+                _length = length;
+                _capacity = ZPRoundUpToMultipleOfPageSize(length);
+                _flags = _ZPDataSharedView | _ZPDataPages;
+                return this;
+            }
+        }
+        return objc_super<ZPConcreteMutableData>(this).send<ZPData *>("initWithData:"_sel, other);
+    }
+    void dealloc() {
+        freeStorage(_bytes, _capacity, _flags, _mapper);
+        objc_super<ZPConcreteMutableData>(this).send("dealloc"_sel);
+    }
+
+    // ---- reading and changing ----
+
+    unsigned length() { return _length; }
+    const void *bytes() {
+        setUpIfNeeded();
+        return _bytes;
+    }
+    void *mutableBytes() {
+        setUpIfNeeded();
+        return _bytes;
+    }
+    BOOL bytesAreVM() { return _flags & _ZPDataPages ? YES : NO; }
+    ZPFileMapper *fileMapper() { return _mapper; }
+    void setLength(unsigned length) {
+        _ZPCheckDataSize(this, "setLength:"_sel, "length", length);
+        unsigned old = _length;
+        if (length <= old) {
+            _length = length;
+            return;
+        }
+        extend(length);
+        std::memset(at(old), 0, length - old);
+    }
+    void increaseLength(unsigned extra) {
+        if (extra == 0) return;
+        _ZPCheckDataSize(this, "increaseLengthBy:"_sel, "extra length", extra);
+        ConcreteMutableData::setLength(_length + extra);
+    }
+    // Bytes in the receiver's own storage are found again when that has moved.
+    void put(unsigned location, const void *bytes, unsigned count) {
+        auto *from = static_cast<const unsigned char *>(bytes);
+        bool inside = _bytes && from >= at(0) && from < at(_length);
+        std::size_t offset = inside ? std::size_t(from - at(0)) : 0;
+        if (location + count > _length) extend(location + count);
+        std::memmove(at(location), inside ? at(0) + offset : from, count);
+    }
+    void appendBytes(const void *bytes, unsigned count) {
+        if (count == 0) return;
+        _ZPCheckDataSize(this, "appendBytes:length:"_sel, "length", count);
+        _ZPCheckDataSize(this, "appendBytes:length:"_sel, "length", _length + count);
+        put(_length, bytes, count);
+    }
+    void appendData(ZPData *other) {
+        ZPDataView view = _ZPViewOfData(other);
+        if (view.length) ConcreteMutableData::appendBytes(view.bytes, view.length);
+    }
+    void checkRange(SEL selector, ZPRange range) {
+        if (range.location > _length) _ZPRaiseDataLocation(this, selector, range.location, _length);
+        _ZPCheckDataSize(this, selector, "length", range.length);
+        _ZPCheckDataSize(this, selector, "length", range.location + range.length);
+    }
+    void replaceBytes(ZPRange range, const void *bytes) {
+        if (range.length == 0) return;
+        checkRange("replaceBytesInRange:withBytes:"_sel, range);
+        put(range.location, bytes, range.length);
+    }
+    void resetBytes(ZPRange range) {
+        if (range.length == 0) return;
+        checkRange("resetBytesInRange:"_sel, range);
+        if (range.location + range.length > _length) extend(range.location + range.length);
+        std::memset(at(range.location), 0, range.length);
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPMutableData)
+    .classMethod<&MutableDataClassMethods::allocWithZone>("allocWithZone:")
+    .classMethod<&MutableDataClassMethods::withCapacity>("dataWithCapacity:")
+    .classMethod<&MutableDataClassMethods::withLength>("dataWithLength:")
+    .method<&MutableDataMethods::initWithCapacity>("initWithCapacity:")
+    .method<&MutableDataMethods::initWithLength>("initWithLength:")
+    .method<&MutableDataMethods::mutableBytes>("mutableBytes")
+    .method<&MutableDataMethods::setLength>("setLength:")
+    .method<&MutableDataMethods::increaseLength>("increaseLengthBy:")
+    .method<&MutableDataMethods::appendBytes>("appendBytes:length:")
+    .method<&MutableDataMethods::appendData>("appendData:")
+    .method<&MutableDataMethods::replaceBytes>("replaceBytesInRange:withBytes:")
+    .method<&MutableDataMethods::resetBytes>("resetBytesInRange:")
+    .method<&MutableDataMethods::setData>("setData:")
+    .method<&MutableDataMethods::classForCoder>("classForCoder");
+
+ZP_IMPLEMENT(ZPConcreteMutableData)
+    .method<&ConcreteMutableData::init>("init")
+    .method<&ConcreteMutableData::initWithCapacity>("initWithCapacity:")
+    .method<&ConcreteMutableData::initDesignated>("initWithBytes:length:copy:freeWhenDone:bytesAreVM:")
+    .method<&ConcreteMutableData::initWithFileMapper>("initWithFileMapper:length:")
+    .method<&ConcreteMutableData::initWithContentsOfMappedFile>("initWithContentsOfMappedFile:")
+    .method<&ConcreteMutableData::initWithData>("initWithData:")
+    .method<&ConcreteMutableData::dealloc>("dealloc")
+    .method<&ConcreteMutableData::length>("length")
+    .method<&ConcreteMutableData::bytes>("bytes")
+    .method<&ConcreteMutableData::mutableBytes>("mutableBytes")
+    .method<&ConcreteMutableData::bytesAreVM>("_bytesAreVM")
+    .method<&ConcreteMutableData::fileMapper>("fileMapper")
+    .method<&ConcreteMutableData::setLength>("setLength:")
+    .method<&ConcreteMutableData::increaseLength>("increaseLengthBy:")
+    .method<&ConcreteMutableData::appendBytes>("appendBytes:length:")
+    .method<&ConcreteMutableData::appendData>("appendData:")
+    .method<&ConcreteMutableData::replaceBytes>("replaceBytesInRange:withBytes:")
+    .method<&ConcreteMutableData::resetBytes>("resetBytesInRange:");

@@ -1,0 +1,48 @@
+// Strings as data objects.
+#include <Bedrock/strings/ZPString+Internal.h>
+#include <Bedrock/strings/ZPStringEncoding+Internal.h>
+
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/data/ZPData.h>
+
+namespace {
+
+struct DataMethods : ZPString {
+    ZPData *data(ZPStringEncoding encoding, BOOL lossy) {
+        if (encoding == 0) encoding = ZPUnicodeStringEncoding;
+        if (!_ZPEncodingIsKnown(encoding)) {
+            ZPLog("Unknown encoding %d"_zp, int(encoding));
+            return nullptr;
+        }
+        std::uint64_t length = ZPString::length();
+        if (length == 0) return ZPMutableData::data();
+        std::uint64_t room = encoding == ZPUnicodeStringEncoding         ? 2 * length + 2
+                             : encoding == ZPASCIIStringEncoding         ? (lossy ? 4 : 1) * length
+                             : encoding == ZPUTF8StringEncoding          ? 3 * length
+                             : encoding == ZPNonLossyASCIIStringEncoding ? 6 * length
+                                                                         : length;
+        ZPRange whole{0, unsigned(length)}, remaining;
+        unsigned filled = unsigned(room);
+        constexpr unsigned worthMeasuring = 4096;
+        if (room > 2 * length + 2 && room > worthMeasuring &&
+            !getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, 0x7FFFFFFE, &filled, encoding, lossy, whole, nullptr))
+            return nullptr;
+        ZPMutableData *data = ZPMutableData::alloc()->initWithLength(filled);
+        data->autorelease();
+        if (!getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(data->mutableBytes(), filled, &filled, encoding,
+                                                                                               lossy, whole, &remaining))
+            return nullptr;
+        if (remaining.length)
+            ZPException::raise_format(ZPInternalInconsistencyException, "%@: didn't convert all characters"_zp,
+                                      _ZPMethodExceptionProem(this, "dataUsingEncoding:allowLossyConversion:"_sel));
+        data->setLength(filled);
+        return data;
+    }
+    ZPData *dataWithoutLoss(ZPStringEncoding encoding) { return dataUsingEncoding_allowLossyConversion(encoding, NO); }
+};
+
+}  // namespace
+
+ZP_CATEGORY(ZPString, ZPStringData)
+    .method<&DataMethods::data>("dataUsingEncoding:allowLossyConversion:")
+    .method<&DataMethods::dataWithoutLoss>("dataUsingEncoding:");
