@@ -83,10 +83,10 @@ struct MutableStringClassMethods {
     }
     static id withCString(Class self, const char *bytes) {
         if (!bytes) _ZPRaiseNullCString(self, "stringWithCString:"_sel);
-        return made()->initWithCString_length(bytes, unsigned(std::strlen(bytes)))->autorelease();
+        return autoreleased(made()->initWithCString_length(bytes, unsigned(std::strlen(bytes))));
     }
     static id withCStringLength(Class, const char *bytes, unsigned length) {
-        return made()->initWithCString_length(bytes, length)->autorelease();
+        return autoreleased(made()->initWithCString_length(bytes, length));
     }
     static id withFormat(Class, ZPString *format, std::va_list arguments) {
         return made()->initWithFormat_locale_arguments(format, nullptr, arguments)->autorelease();
@@ -96,7 +96,8 @@ struct MutableStringClassMethods {
         auto *locale = objc_msgSend<ZPDictionary *>(defaults, "dictionaryRepresentation"_sel);
         return made()->initWithFormat_locale_arguments(format, locale, arguments)->autorelease();
     }
-    static id withContentsOfFile(Class, ZPString *path) { return made()->initWithContentsOfFile(path)->autorelease(); }
+    static id autoreleased(ZPString *string) { return string ? string->autorelease() : id(); }
+    static id withContentsOfFile(Class, ZPString *path) { return autoreleased(made()->initWithContentsOfFile(path)); }
 };
 
 }  // namespace
