@@ -183,7 +183,6 @@ ZP_CATEGORY(ZPString, ZPPathUtilities)
     .method<&PathMethods::deletingLast>("stringByDeletingLastPathComponent")
     .method<&PathMethods::pathExtension>("pathExtension")
     .method<&PathMethods::deletingExtension>("stringByDeletingPathExtension")
-    .method<&PathMethods::deletingExtension>("stringByDeletingPathExtension")
     .method<&PathMethods::appending>("stringByAppendingPathComponent:")
     .method<&PathMethods::fileSystemRepresentation>("fileSystemRepresentation")
     .method<&PathMethods::getFileSystemRepresentation>("getFileSystemRepresentation:maxLength:");
