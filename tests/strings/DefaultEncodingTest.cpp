@@ -70,7 +70,10 @@ void runUnder(ZPStringEncoding encoding, void (*check)()) {
     std::ofstream(folder / "CStringEncoding") << encoding;
     setenv("CORVID_ROOT", root.c_str(), 1);
     EXPECT_EQ(ZPString::defaultCStringEncoding(), encoding);
-    check();
+    {
+        Pool pool;
+        check();
+    }
     fs::remove_all(root);
     std::exit(testing::Test::HasFailure());
 }
