@@ -23,8 +23,6 @@ void _ZPReadAutoreleaseSwitches();
 BOOL _ZPIsZombie(objc_object *object);
 /// Turns a dead instance into a zombie; answers NO when its memory is to be freed all the same.
 BOOL _ZPMakeZombie(objc_object *object);
-/// The root classes' answer to a message that is not implemented.
-void _ZPForward(objc_object *self, SEL selector, objc_frame *frame);
 /// Searches protocols, then method lists.
 const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector);
 BOOL _ZPConforms(Class cls, Protocol *protocol);

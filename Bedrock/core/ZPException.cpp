@@ -108,6 +108,7 @@ struct ExceptionMethods : ZPException {
     }
     unsigned hash() { return objc_msgSend<unsigned>(id((objc_object *)_name), "hash"_sel); }
     id copyWithZone(ZPZone *) { return ZPObject::retain(); }
+    id replacementObjectForPortCoder(id) { return this; }
 };
 
 struct ExceptionClassMethods {
@@ -158,6 +159,7 @@ ZP_IMPLEMENT(ZPException)
     .method<&ExceptionMethods::isEqual>("isEqual:")
     .method<&ExceptionMethods::hash>("hash")
     .method<&ExceptionMethods::copyWithZone>("copyWithZone:")
+    .method<&ExceptionMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
     .classMethod<&ExceptionClassMethods::initialize>("initialize")
     .classMethod<&ExceptionClassMethods::make>("exceptionWithName:reason:userInfo:")
     .variadicClassMethod<&ExceptionClassMethods::raiseFormat>("raise:format:")

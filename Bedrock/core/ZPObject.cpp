@@ -13,6 +13,12 @@ namespace {
     ZPException::raise_format(ZPInvalidArgumentException, "%@: null selector"_zp, _ZPMethodExceptionProem(receiver, operation));
 }
 
+// Method signatures belong to a higher floor; until it is there, nothing has one.
+ZPMethodSignature *signatureOf(const objc_methodDescription *description) {
+    Class signatures = objc_getClass("ZPMethodSignature");
+    return description && signatures ? objc_msgSend<ZPMethodSignature *>(signatures, "signatureWithObjCTypes:"_sel, description->types) : nullptr;
+}
+
 // Sends through whatever C++ type the method has, as one that takes objects and answers one: the
 // classic perform operations know nothing of the method's type.
 template <class... A> id perform(objc_object *self, SEL selector, A... arguments) {
@@ -90,7 +96,17 @@ struct ZPObjectMethods : ZPObject {
     IMP methodForSelector(SEL selector) { return class_lookupMethod(isa, selector); }
     BOOL implementsSelector(SEL selector) { return class_lookupMethod(isa, selector) != &_objc_msgForward; }
     const objc_methodDescription *methodDescriptionForSelector(SEL selector) { return _ZPDescribeMethod(isa, selector); }
-    void forward(SEL selector, objc_frame *frame) { _ZPForward(this, selector, frame); }
+    ZPMethodSignature *methodSignatureForSelector(SEL selector) { return signatureOf(ZPObject::methodDescriptionForSelector(selector)); }
+    void forward(SEL selector, objc_frame *) {
+        // Without the machinery that makes invocations of messages, nothing is recognized.
+        objc_msgSend<ZPMethodSignature *>(this, "methodSignatureForSelector:"_sel, selector);
+        ZPObject::doesNotRecognizeSelector(selector);
+    }
+    void forwardInvocation(ZPInvocation *invocation) {
+        ZPObject::doesNotRecognizeSelector(objc_msgSend<SEL>(id((objc_object *)invocation), "selector"_sel));
+    }
+    id awakeAfterUsingCoder(id) { return this; }
+    id replacementObjectForCoder(id) { return this; }
     void doesNotRecognizeSelector(SEL selector) {
         ZPString *proem = _ZPMethodExceptionProem(this, selector);
         ZPLog("%@: selector not recognized"_zp, proem);
@@ -118,6 +134,7 @@ struct ZPClassMethods {
     static IMP instanceMethod(Class self, SEL selector) { return class_lookupMethod(self, selector); }
     static BOOL instancesImplement(Class self, SEL selector) { return class_lookupMethod(self, selector) != &_objc_msgForward; }
     static const objc_methodDescription *describe(Class self, SEL selector) { return _ZPDescribeMethod(self, selector); }
+    static ZPMethodSignature *signature(Class self, SEL selector) { return signatureOf(_ZPDescribeMethod(self, selector)); }
     static id poseAsClass(Class self, Class other) { return class_poseAs(self, other); }
     static int version(Class self) { return self->version; }
     static void setVersion(Class self, int version) { self->version = version; }
@@ -170,9 +187,15 @@ ZP_IMPLEMENT(ZPObject)
     .method<&ZPObjectMethods::methodForSelector>("methodForSelector:")
     .method<&ZPObjectMethods::implementsSelector>("implementsSelector:")
     .method<&ZPObjectMethods::methodDescriptionForSelector>("methodDescriptionForSelector:")
+    .method<&ZPObjectMethods::methodSignatureForSelector>("methodSignatureForSelector:")
     .method<&ZPObjectMethods::forward>("forward::")
+    .method<&ZPObjectMethods::forwardInvocation>("forwardInvocation:")
+    .method<&ZPObjectMethods::awakeAfterUsingCoder>("awakeAfterUsingCoder:")
+    .method<&ZPObjectMethods::replacementObjectForCoder>("replacementObjectForCoder:")
+    .method<&ZPObjectMethods::ownClass>("classForCoder")
     .method<&ZPObjectMethods::doesNotRecognizeSelector>("doesNotRecognizeSelector:")
     .classMethod<&ZPClassMethods::initialize>("initialize")
+    .classMethod<&ZPClassMethods::initialize>("load")
     .classMethod<&ZPClassMethods::alloc>("alloc")
     .classMethod<&ZPClassMethods::allocWithZone>("allocWithZone:")
     .classMethod<&ZPClassMethods::new_>("new")
@@ -197,6 +220,7 @@ ZP_IMPLEMENT(ZPObject)
     .classMethod<&ZPClassMethods::instanceMethod>("instanceMethodForSelector:")
     .classMethod<&ZPClassMethods::instancesImplement>("instancesImplementSelector:")
     .classMethod<&ZPClassMethods::describe>("instanceMethodDescriptionForSelector:")
+    .classMethod<&ZPClassMethods::signature>("instanceMethodSignatureForSelector:")
     .classMethod<&ZPClassMethods::poseAsClass>("poseAsClass:")
     .classMethod<&ZPClassMethods::version>("version")
     .classMethod<&ZPClassMethods::setVersion>("setVersion:")
@@ -205,14 +229,6 @@ ZP_IMPLEMENT(ZPObject)
 
 ZP_DEFINE_PROTOCOL(ZPCopying).method<id(ZPZone *)>("copyWithZone:");
 ZP_DEFINE_PROTOCOL(ZPMutableCopying).method<id(ZPZone *)>("mutableCopyWithZone:");
-
-void _ZPForward(objc_object *self, SEL selector, objc_frame *) {
-    // A receiver that answers signatures is asked for one first, as the machinery that makes
-    // invocations of messages will need it; without it, nothing is recognized.
-    SEL signature = "methodSignatureForSelector:"_sel;
-    if (class_respondsToMethod(self->isa, signature)) objc_msgSend<id>(self, signature, selector);
-    objc_msgSend(self, "doesNotRecognizeSelector:"_sel, selector);
-}
 
 const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector) {
     if (!selector) return nullptr;

@@ -47,7 +47,6 @@ struct ZPProxyMethods : ZPProxy {
     BOOL respondsToSelector(SEL selector) { return ask("respondsToSelector:"_sel, selector); }
 
     BOOL willForwardSelector(SEL selector) { return !class_respondsToMethod(isa, selector); }
-    void forward(SEL selector, objc_frame *frame) { _ZPForward(this, selector, frame); }
     ZPMethodSignature *methodSignatureForSelector(SEL) {
         ZPException::raise_format(ZPInvalidArgumentException, "*** -[ZPProxy methodSignatureForSelector:] called!"_zp);
     }
@@ -60,7 +59,13 @@ struct ZPProxyMethods : ZPProxy {
 };
 
 struct ZPProxyClassMethods {
-    static void initialize(Class) { _ZPStartUp(); }
+    // Proxies forward as the root object does at this moment.
+    static void initialize(Class self) {
+        _ZPStartUp();
+        if (self != ZPProxy::class_()) return;
+        const objc_method *m = class_getInstanceMethod(ZPObject::class_(), "forward::"_sel);
+        class_addMethod(self, m->name, m->implementation, m->types, m->invoker, m->argumentSize);
+    }
     static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
     static id allocWithZone(Class self, ZPZone *zone) { return ZPAllocateObject(self, 0, zone); }
     static id self(Class self) { return self; }
@@ -113,11 +118,11 @@ ZP_IMPLEMENT(ZPProxy)
     .method<&ZPProxyMethods::conformsToProtocol>("conformsToProtocol:")
     .method<&ZPProxyMethods::respondsToSelector>("respondsToSelector:")
     .method<&ZPProxyMethods::willForwardSelector>("willForwardSelector:")
-    .method<&ZPProxyMethods::forward>("forward::")
     .method<&ZPProxyMethods::methodSignatureForSelector>("methodSignatureForSelector:")
     .method<&ZPProxyMethods::forwardInvocation>("forwardInvocation:")
     .method<&ZPProxyMethods::doesNotRecognizeSelector>("doesNotRecognizeSelector:")
     .classMethod<&ZPProxyClassMethods::initialize>("initialize")
+    .classMethod<&ZPProxyClassMethods::initialize>("load")
     .classMethod<&ZPProxyClassMethods::alloc>("alloc")
     .classMethod<&ZPProxyClassMethods::allocWithZone>("allocWithZone:")
     .classMethod<&ZPProxyClassMethods::self>("self")
