@@ -2,6 +2,7 @@
 #pragma once
 
 #include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/bridge/ZPStringBridge.h>
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/collections/ZPEnumerator.h>
@@ -17,6 +18,7 @@
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
 #include <Bedrock/strings/ZPMutableString.h>
+#include <Bedrock/strings/ZPNumberReader.h>
 #include <Bedrock/strings/ZPPathUtilities.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/strings/ZPStringEncoding.h>

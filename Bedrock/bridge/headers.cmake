@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS ZPMemory.h)
+set(PUBLIC_HEADERS ZPMemory.h ZPStringBridge.h)

@@ -1,0 +1,39 @@
+// Strings and the standard library's texts. Bytes are UTF-8 here, whatever the default C-string encoding.
+#pragma once
+
+#include <Bedrock/strings/ZPString.h>
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+/// An autoreleased string of UTF-8 text; null when the text is cut short or too long. May hold NULs.
+ZP_EXPORT ZPString *ZPMakeString(std::string_view utf8);
+/// An autoreleased string of UTF-16 text.
+ZP_EXPORT ZPString *ZPMakeString(std::u16string_view utf16);
+/// The text in UTF-8; empty for null. A lone surrogate is written as three bytes.
+ZP_EXPORT std::string ZPStdString(ZPString *string);
+/// The text's units; empty for null.
+ZP_EXPORT std::u16string ZPStdU16String(ZPString *string);
+
+/// Writes the text in UTF-8, "(null)" for null.
+ZP_EXPORT std::ostream &operator<<(std::ostream &stream, ZPString *string);
+
+/// Hash and equality by text, for unordered containers of strings: `std::unordered_map<ZPRef<ZPString>, int,
+/// ZPStringHash, ZPStringEqual>`. Also takes UTF-8 and UTF-16 views, so that a look-up makes no string. Null is
+/// equal to null alone.
+struct ZPStringHash {
+    using is_transparent = void;
+    ZP_EXPORT std::size_t operator()(ZPString *string) const;
+    ZP_EXPORT std::size_t operator()(std::u16string_view text) const;
+    ZP_EXPORT std::size_t operator()(std::string_view utf8) const;
+};
+struct ZPStringEqual {
+    using is_transparent = void;
+    ZP_EXPORT bool operator()(ZPString *a, ZPString *b) const;
+    ZP_EXPORT bool operator()(ZPString *a, std::u16string_view b) const;
+    ZP_EXPORT bool operator()(ZPString *a, std::string_view utf8) const;
+    bool operator()(std::u16string_view a, ZPString *b) const { return (*this)(b, a); }
+    bool operator()(std::string_view utf8, ZPString *b) const { return (*this)(b, utf8); }
+};

@@ -1,0 +1,50 @@
+// Strings beside std::string, std::u16string, streams and unordered containers.
+#include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/bridge/ZPStringBridge.h>
+#include <Bedrock/strings/ZPMutableString.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <unordered_map>
+
+TEST(StringBridge, textsGoThereAndBack) {
+    unsigned pool = ZPPushAutoreleasePool(0);
+    std::string longText;
+    for (int i = 0; i < 2000; ++i) longText += i % 7 ? "a" : "\U0001F600\u00e9\u4e2d";
+    for (std::string text : {std::string(), std::string("plain"), std::string("gr\u00fc\u00df \u4e2d \U0001F600"), std::string("nul\0in", 6), longText}) {
+        ZPString *s = ZPMakeString(text);
+        EXPECT_EQ(ZPStdString(s), text);
+        EXPECT_EQ(ZPStdString(ZPMakeString(ZPStdU16String(s))), text);
+        ZPMutableString *m = ZPMutableString::stringWithString(s);
+        m->appendString("!"_zp);
+        EXPECT_EQ(ZPStdString(m), text + "!");
+        std::ostringstream out;
+        out << s << m;
+        EXPECT_EQ(out.str(), text + text + "!");
+    }
+    EXPECT_EQ(ZPStdU16String(ZPMakeString("\U0001F600")), u"\xD83D\xDE00");
+    EXPECT_EQ(ZPMakeString("cut \xE2\x82"), nullptr);
+    std::ostringstream out;
+    out << static_cast<ZPString *>(nullptr);
+    EXPECT_EQ(out.str(), "(null)");
+    ZPPopAutoreleasePool(pool);
+}
+
+TEST(StringBridge, unorderedContainers) {
+    unsigned pool = ZPPushAutoreleasePool(0);
+    {
+        std::unordered_map<ZPRef<ZPString>, int, ZPStringHash, ZPStringEqual> map;
+        map[ZPMakeString("one")] = 1;
+        map[ZPMakeString(u"one")] += 1;
+        map[ZPMakeString("zw\u00f6lf und noch viel mehr")] = 12;
+        map["literal"_zp] = 3;
+        EXPECT_EQ(map.size(), 3u);
+        EXPECT_EQ(map[ZPMutableString::stringWithString("one"_zp)], 2);
+        EXPECT_EQ(map.find(std::string_view("one"))->second, 2);
+        EXPECT_EQ(map.find(std::string_view("zw\u00f6lf und noch viel mehr"))->second, 12);
+        EXPECT_EQ(map.find(std::u16string_view(u"literal"))->second, 3);
+        EXPECT_EQ(map.find(std::string_view("\xE2\x82")), map.end());
+        EXPECT_EQ(map.find(std::string_view()), map.end());
+    }
+    ZPPopAutoreleasePool(pool);
+}
