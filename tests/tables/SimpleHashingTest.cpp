@@ -109,7 +109,7 @@ TEST(SimpleHashing, IdentityIsTriedBeforeEquality) {
         EXPECT_EQ(number(ZPSimpleSetLookup(set, word(1), 9, word(1))->item), 1u);
         EXPECT_EQ(calls, 0);
         // In a packed class an identical entry wins over an earlier equal one, whatever its hash.
-        if (capacity == 7) EXPECT_EQ(number(ZPSimpleSetLookup(set, word(2), 4, word(1))->item), 2u);
+        if (capacity == 7) { EXPECT_EQ(number(ZPSimpleSetLookup(set, word(2), 4, word(1))->item), 2u); }
         EXPECT_FALSE(ZPSimpleSetLookup(set, word(3), 10, word(1))) << "another hash is not compared";
         EXPECT_EQ(calls, 0);
         void *item = word(3);

@@ -1,0 +1,335 @@
+// Arrays over every storage form: the two concrete classes and client subclasses with the primitives only.
+#include "Support.h"
+
+#include <Bedrock/core/ZPAllocation.h>
+
+#include <algorithm>
+
+ZP_IMPLEMENT(TestItem)
+    .method<&TestItem::dealloc>("dealloc")
+    .method<&TestItem::hash>("hash")
+    .method<&TestItem::isEqual>("isEqual:")
+    .method<&TestItem::copyWithZone>("copyWithZone:")
+    .method<&TestItem::compare>("compare:")
+    .method<&TestItem::half>("half")
+    .method<&TestItem::add>("add:");
+
+ZP_IMPLEMENT(PlainArray)
+    .method<&PlainArray::initWithObjects_count>("initWithObjects:count:")
+    .method<&PlainArray::count>("count")
+    .method<&PlainArray::objectAtIndex>("objectAtIndex:");
+
+ZP_IMPLEMENT(PlainMutableArray)
+    .method<&PlainMutableArray::initWithObjects_count>("initWithObjects:count:")
+    .method<&PlainMutableArray::initWithCapacity>("initWithCapacity:")
+    .method<&PlainMutableArray::count>("count")
+    .method<&PlainMutableArray::objectAtIndex>("objectAtIndex:")
+    .method<&PlainMutableArray::addObject>("addObject:")
+    .method<&PlainMutableArray::insertObject_atIndex>("insertObject:atIndex:")
+    .method<&PlainMutableArray::removeLastObject>("removeLastObject")
+    .method<&PlainMutableArray::removeObjectAtIndex>("removeObjectAtIndex:")
+    .method<&PlainMutableArray::replaceObjectAtIndex_withObject>("replaceObjectAtIndex:withObject:");
+
+namespace {
+
+std::string nameOf(id object) { return object.pointer()->isa->name; }
+std::string bounds(const char *method, int index, int bound) {
+    return "ZPRangeException: *** -[" + std::string(method) + "]: index (" + std::to_string(index) + ") beyond bounds (" + std::to_string(bound) + ")";
+}
+
+struct Array : CollectionTest, testing::WithParamInterface<Class> {
+    ZPArray *make(const std::vector<id> &items) {
+        return objc_msgSend<id>(GetParam(), "arrayWithObjects:count:"_sel, items.data(), unsigned(items.size()));
+    }
+    ZPArray *make(std::initializer_list<int> values) {
+        auto items = itemsOf(values);
+        return make(std::vector<id>(items.begin(), items.end()));
+    }
+    std::string concrete() { return make({1})->isa->name; }
+};
+
+INSTANTIATE_TEST_SUITE_P(Forms, Array,
+                         testing::Values(ZPArray::class_(), ZPMutableArray::class_(), PlainArray::class_(), PlainMutableArray::class_()),
+                         [](auto &info) { return info.param->name; });
+
+TEST_P(Array, Elements) {
+    ZPArray *empty = make({}), *some = make({1, 2, 3});
+    EXPECT_EQ(empty->count(), 0u);
+    EXPECT_EQ(empty->lastObject(), nullptr);
+    EXPECT_EQ(some->count(), 3u);
+    EXPECT_EQ(valueOf(some->lastObject()), 3);
+    id objects[5];
+    some->getObjects(objects);
+    EXPECT_EQ(valueOf(objects[2]), 3);
+    some->getObjects_range(objects, {1, 2});
+    EXPECT_EQ(valueOf(objects[0]), 2);
+    if (!GetParam()->superclass || GetParam()->name[0] == 'Z') {
+        std::string name = some->isa->name;
+        EXPECT_EQ(raised([&] { some->objectAtIndex(3); }), bounds((name + " objectAtIndex:").c_str(), 3, 3));
+        EXPECT_EQ(raised([&] { some->getObjects_range(objects, {2, 2}); }), bounds((name + " getObjects:range:").c_str(), 3, 3));
+    }
+    EXPECT_NE(raised([&] { some->getObjects_range(objects, {0xFFFFFFFF, 2}); }), "");
+    EXPECT_EQ(raised([&] { some->getObjects_range(objects, {3, 0}); }), "");
+    EXPECT_NE(raised([&] { some->subarrayWithRange({4, 0}); }), "");
+}
+
+TEST_P(Array, SearchPrefersTheIdenticalObject) {
+    TestItem *a = TestItem::with(1), *b = TestItem::with(1), *c = TestItem::with(2);
+    ZPArray *array = make({c, a, b, a});
+    EXPECT_EQ(array->indexOfObject(b), 2u) << "not the equal one before it";
+    EXPECT_EQ(array->indexOfObject(TestItem::with(1)), 1u);
+    EXPECT_EQ(array->indexOfObjectIdenticalTo(TestItem::with(1)), ZPNotFound);
+    EXPECT_EQ(array->indexOfObject_inRange(b, {0, 2}), 1u);
+    EXPECT_EQ(array->indexOfObject_inRange(a, {2, 2}), 3u);
+    EXPECT_EQ(array->indexOfObjectIdenticalTo_inRange(a, {2, 1}), ZPNotFound);
+    EXPECT_EQ(array->indexOfObject_range_identical(c, {0, 4}, YES), 0u);
+    EXPECT_EQ(array->indexOf(a, 2, YES), 3u);
+    EXPECT_EQ(array->indexOf(a, 2, NO), 1u);
+    EXPECT_EQ(array->indexOf(TestItem::with(1), 2, NO), 2u) << "backward: the highest first";
+    EXPECT_EQ(array->indexOf(c, 0, NO), 0u);
+    EXPECT_NE(raised([&] { array->indexOf(c, 4, NO); }), "");
+    EXPECT_NE(raised([&] { array->indexOf(c, -1, YES); }), "");
+    EXPECT_EQ(array->indexOfObject(nullptr), ZPNotFound);
+    EXPECT_EQ(make({})->indexOfObject(c), ZPNotFound);
+    EXPECT_FALSE(array->containsObject(TestItem::with(3)));
+    EXPECT_TRUE(array->containsObject(TestItem::with(2)));
+    EXPECT_NE(raised([&] { array->indexOfObject_inRange(a, {3, 2}); }), "");
+    EXPECT_EQ(array->indexOfAttributeBySelector_equalToObject("half"_sel, TestItem::with(1)), 0u);
+}
+
+TEST_P(Array, SearchReachesBeyondOneBlock) {
+    std::vector<id> items;
+    for (int i = 0; i < 1000; ++i) items.push_back(TestItem::with(i));
+    ZPArray *array = make(items);
+    EXPECT_EQ(array->indexOfObject(TestItem::with(999)), 999u);
+    EXPECT_EQ(array->indexOfObjectIdenticalTo(items[500]), 500u);
+    EXPECT_EQ(array->firstObjectCommonWithArray(make({5000, 300, 200})), items[200]);
+    EXPECT_EQ(array->firstObjectCommonWithArray(nullptr), nullptr);
+}
+
+TEST_P(Array, Equality) {
+    ZPArray *array = make({1, 2});
+    EXPECT_TRUE(array->isEqual(ZPMutableArray::arrayWithArray(make({1, 2}))));
+    EXPECT_TRUE(PlainArray::arrayWithArray(array)->isEqual(array));
+    EXPECT_FALSE(array->isEqual(make({2, 1})));
+    EXPECT_FALSE(array->isEqual(make({1})));
+    EXPECT_FALSE(array->isEqual(nullptr));
+    EXPECT_FALSE(array->isEqual(TestItem::with(1)));
+    EXPECT_FALSE(make({})->isEqualToArray(nullptr));
+    EXPECT_EQ(array->hash(), 2u);
+}
+
+TEST_P(Array, DerivedArrays) {
+    ZPArray *array = make({4, 3, 2}), *empty = ZPArray::array();
+    EXPECT_EQ(valuesOf(array->arrayByAddingObject(TestItem::with(1))), (Values{4, 3, 2, 1}));
+    EXPECT_EQ(valuesOf(array->arrayByAddingObjectsFromArray(array)), (Values{4, 3, 2, 4, 3, 2}));
+    EXPECT_EQ(valuesOf(array->arrayByApplyingSelector("half"_sel)), (Values{2, 1})) << "nulls are left out";
+    EXPECT_EQ(valuesOf(array->arrayByExcludingObjectsInArray(make({3}))), (Values{4, 2}));
+    EXPECT_EQ(valuesOf(array->arrayByExcludingIdenticalObjectsInArray(make({3}))), (Values{4, 3, 2}));
+    EXPECT_EQ(valuesOf(array->arrayByExcludingObjectsInArray(nullptr)), (Values{4, 3, 2}));
+    EXPECT_EQ(valuesOf(array->subarrayWithRange({1, 2})), (Values{3, 2}));
+    // Every empty result is the one shared object.
+    EXPECT_EQ(array->subarrayWithRange({3, 0}), empty);
+    EXPECT_EQ(array->arrayByExcludingObjectsInArray(array), empty);
+    EXPECT_EQ(make({})->arrayByExcludingObjectsInArray(array), empty);
+    EXPECT_EQ(make({1})->arrayByApplyingSelector("half"_sel), empty);
+    EXPECT_EQ(make({})->sortedArrayUsingSelector("compare:"_sel), empty);
+    EXPECT_NE(raised([&] { array->arrayByAddingObject(nullptr); }), "");
+    EXPECT_EQ(nameOf(array->subarrayWithRange({0, 2})), "ZPConcreteArray");
+}
+
+TEST_P(Array, Joining) {
+    auto join = [&](std::vector<id> items, ZPString *separator) { return text(make(items)->componentsJoinedByString(separator)); };
+    EXPECT_EQ(join({}, ","_zp), "");
+    EXPECT_EQ(join({"a"_zp}, ","_zp), "a");
+    EXPECT_EQ(join({"a"_zp, "bc"_zp, ""_zp}, ", "_zp), "a, bc, ");
+    EXPECT_EQ(join({"a"_zp, "b"_zp}, nullptr), "ab");
+    EXPECT_TRUE(make({"\u3042"_zp, "b"_zp})->componentsJoinedByString("\u20ac"_zp)->isEqual("\u3042\u20acb"_zp));
+    std::vector<id> many(300, "xy"_zp);
+    EXPECT_EQ(join(many, "-"_zp).size(), 300u * 2 + 299);
+}
+
+TEST_P(Array, MessagesToAll) {
+    TestItem *sum = TestItem::with(0);
+    make({1, 2, 3})->makeObjectsPerformSelector_withObject("add:"_sel, sum);
+    make({10})->makeObjectsPerform_withObject("add:"_sel, sum);
+    EXPECT_EQ(sum->value, 16);
+    make({1, 2})->makeObjectsPerform("self"_sel);
+}
+
+TEST_P(Array, Enumeration) {
+    ZPArray *array = make({1, 2, 3});
+    EXPECT_EQ(valuesOf(array->objectEnumerator()), (Values{1, 2, 3}));
+    EXPECT_EQ(valuesOf(array->reverseObjectEnumerator()), (Values{3, 2, 1}));
+    EXPECT_EQ(make({})->objectEnumerator()->nextObject(), nullptr);
+    ZPEnumerator *e = array->reverseObjectEnumerator();
+    e->nextObject();
+    EXPECT_EQ(valuesOf(e->allObjects()), (Values{2, 1}));
+    EXPECT_EQ(e->nextObject(), nullptr);
+    EXPECT_EQ(e->allObjects()->count(), 0u);
+
+    unsigned count = array->retainCount();
+    e = array->objectEnumerator();
+    EXPECT_EQ(array->retainCount(), count + 1);
+    e->nextObject(), e->nextObject();
+    EXPECT_EQ(array->retainCount(), count + 1);
+    e->nextObject();
+    EXPECT_EQ(array->retainCount(), count) << "the last element lets the array go";
+    EXPECT_EQ(e->nextObject(), nullptr);
+}
+
+TEST_P(Array, TheLastElementOutlivesItsArray) {
+    id last;
+    {
+        auto items = itemsOf({1, 2});
+        ZPArray *array = objc_msgSend<id>(objc_msgSend<id>(GetParam(), "alloc"_sel), "initWithObjects:count:"_sel,
+                                          static_cast<const id *>(std::vector<id>(items.begin(), items.end()).data()), 2u);
+        ZPEnumerator *e = array->objectEnumerator();
+        items.clear();
+        array->release();
+        e->nextObject();
+        last = e->nextObject();
+    }
+    EXPECT_EQ(valueOf(last), 2);
+}
+
+TEST_P(Array, SortingIsStable) {
+    std::vector<id> items;
+    for (int i = 0; i < 400; ++i) items.push_back(TestItem::with(i * 7919 % 37));
+    for (unsigned n : {2u, 3u, 4u, 5u, 7u, 42u, 63u, 64u, 65u, 128u, 129u, 400u}) {
+        std::vector<id> some(items.begin(), items.begin() + n), expected = some;
+        std::stable_sort(expected.begin(), expected.end(), [](id a, id b) { return valueOf(a) < valueOf(b); });
+        ZPArray *sorted = make(some)->sortedArrayUsingSelector("compare:"_sel);
+        for (unsigned i = 0; i < n; ++i) ASSERT_EQ(sorted->objectAtIndex(i), expected[i]) << n << " " << i;
+        EXPECT_EQ(nameOf(sorted), "ZPConcreteArray");
+    }
+}
+
+TEST_P(Array, Copies) {
+    ZPArray *array = make({1, 2}), *copy = array->copy()->autorelease();
+    TestItem::copies = 0;
+    ZPMutableArray *mutableCopy = array->mutableCopy()->autorelease();
+    EXPECT_EQ(TestItem::copies, 0);
+    EXPECT_EQ(mutableCopy->objectAtIndex(0), array->objectAtIndex(0));
+    EXPECT_EQ(nameOf(mutableCopy), "ZPConcreteMutableArray");
+    EXPECT_TRUE(copy->isEqual(array));
+    if (GetParam() == ZPArray::class_()) { EXPECT_EQ(copy, array); }
+    else EXPECT_NE(copy->objectAtIndex(0), array->objectAtIndex(0)) << "copies of the elements";
+    ZPArray *withCopies = objc_msgSend<id>(GetParam(), "arrayWithArray:copyItems:"_sel, array, YES);
+    EXPECT_NE(withCopies->objectAtIndex(1), array->objectAtIndex(1));
+    EXPECT_EQ(withCopies->objectAtIndex(1)->retainCount(), 1u) << "the array is the only owner of its copies";
+}
+
+// ---- the immutable class -------------------------------------------------------------------------
+
+struct ConcreteArray : CollectionTest {};
+
+TEST_F(ConcreteArray, AFailedInitialiserGivesEverythingBack) {
+    TestItem *a = TestItem::with(1);
+    std::vector<id> items = {a, a, nullptr, a};
+    for (Class cls : {ZPArray::class_(), ZPMutableArray::class_()}) {
+        std::string name = cls == ZPArray::class_() ? "ZPConcreteArray" : "ZPConcreteMutableArray";
+        EXPECT_EQ(raised([&] { objc_msgSend<id>(cls, "arrayWithObjects:count:"_sel, static_cast<const id *>(items.data()), 4u); }),
+                  "ZPInvalidArgumentException: *** -[" + name + " initWithObjects:count:]: attempt to insert nil object");
+        EXPECT_EQ(raised([&] { objc_msgSend<id>(cls, "arrayWithObjects:count:"_sel, static_cast<const id *>(items.data()), 0x8000000u); }),
+                  "ZPInvalidArgumentException: *** -[" + name + " initWithObjects:count:]: absurd count: 134217728");
+    }
+    EXPECT_EQ(raised([&] { ZPMutableArray::arrayWithCapacity(0xFFFFFFFF); }),
+              "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray initWithCapacity:]: absurd capacity: -1");
+    EXPECT_EQ(a->retainCount(), 1u);
+}
+
+TEST_F(ConcreteArray, EmptyArraysAreShared) {
+    ZPArray *empty = ZPArray::array();
+    EXPECT_EQ(ZPArray::array(), empty);
+    EXPECT_EQ(ZPArray::arrayWithObjects(), empty);
+    EXPECT_EQ(ZPArray::alloc()->init(), id(empty));
+    EXPECT_EQ(ZPArray::arrayWithArray(nullptr), empty);
+    EXPECT_NE(ZPMutableArray::array(), ZPMutableArray::array());
+}
+
+TEST_F(ConcreteArray, FourElementsFitTheAllocatedObject) {
+    auto items = itemsOf({1, 2, 3, 4, 5});
+    std::vector<id> list(items.begin(), items.end());
+    ZPArray *allocated = ZPArray::alloc();
+    EXPECT_EQ(allocated->initWithObjects_count(list.data(), 4), allocated);
+    allocated->release();
+    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    ZPArray *five = ZPArray::allocWithZone(zone)->initWithObjects_count(list.data(), 5);
+    EXPECT_EQ(ZPZoneFromPointer(five), zone) << "the larger one lies in the same zone";
+    EXPECT_EQ(five->count(), 5u);
+    five->release();
+    ZPRecycleZone(zone);
+}
+
+TEST_F(ConcreteArray, AbstractInitialisersAndPrimitivesSayWhatIsMissing) {
+    struct Bare : ZPMutableArray {};
+    static Class bare = [] {
+        Class cls = objc_makeClass(ZPMutableArray::class_(), "BareArray", 0);
+        objc_addClass(cls);
+        return cls;
+    }();
+    ZPMutableArray *array = objc_msgSend<id>(bare, "alloc"_sel);
+    array->autorelease();
+    EXPECT_EQ(raised([&] { array->count(); }), "ZPInvalidArgumentException: *** -count only defined for abstract class.  Define -[BareArray count]!");
+    EXPECT_EQ(raised([&] { array->addObject("x"_zp); }), "ZPInvalidArgumentException: *** -addObject: only defined for abstract class.  Define -[BareArray addObject:]!");
+    EXPECT_EQ(raised([&] { array->initWithCapacity(3); }),
+              "ZPInvalidArgumentException: *** initialization method -initWithCapacity: cannot be sent to an abstract object of class BareArray: Create a concrete instance!");
+}
+
+TEST_F(ConcreteArray, RetainCounts) {
+    ZPArray *array = ZPArray::alloc()->initWithObjects("a"_zp);
+    for (int i = 0; i < 16; ++i) array->retain();
+    EXPECT_EQ(array->retainCount(), 17u);
+    for (int i = 0; i < 16; ++i) array->release();
+    EXPECT_EQ(array->retainCount(), 1u);
+    array->release();
+}
+
+TEST_F(ConcreteArray, SortsWithAHint) {
+    std::vector<id> items;
+    for (int i = 0; i < 200; ++i) items.push_back(TestItem::with(i * 7919 % 211));
+    auto compare = [](id a, id b, void *calls) {
+        ++*static_cast<int *>(calls);
+        return valueOf(a) - valueOf(b);
+    };
+    int calls = 0;
+    ZPArray *sorted = ZPArray::arrayWithObjects_count(items.data(), 200)->sortedArrayUsingFunction_context(compare, &calls);
+    EXPECT_GT(calls, 800);
+    id hint = sorted->sortedArrayHint();
+    EXPECT_EQ(objc_msgSend<unsigned>(hint, "length"_sel), 800u);
+    std::swap(items[10], items[100]);
+    items[20] = TestItem::with(500);
+    items[21] = TestItem::with(500);  // shares its hash
+    ZPArray *changed = ZPArray::arrayWithObjects_count(items.data(), 200);
+    calls = 0;
+    ZPArray *again = changed->sortedArrayUsingFunction_context_hint(compare, &calls, (ZPData *)hint.pointer());
+    EXPECT_LT(calls, 450);
+    EXPECT_TRUE(again->isEqual(changed->sortedArrayUsingFunction_context(compare, &calls)));
+    EXPECT_EQ(valuesOf(ZPArray::arrayWithObjects_count(items.data(), 3)->sortedArrayUsingSelector_hint("compare:"_sel, nullptr)).size(), 3u);
+}
+
+TEST(MergeSort, AnswersOneOfItsLists) {
+    ZPAutoreleasePoolScope pool;
+    auto compare = [](id a, id b, void *) { return valueOf(a) - valueOf(b); };
+    std::vector<id> source, result(9), scratch(9);
+    for (int i = 0; i < 9; ++i) source.push_back(TestItem::with(i));
+    EXPECT_EQ(_ZPMergeSort(9, source.data(), result.data(), scratch.data(), compare, nullptr, YES), source.data());
+    EXPECT_EQ(_ZPMergeSort(9, source.data(), result.data(), scratch.data(), compare, nullptr, NO), result.data());
+    // All orders of up to 6 elements, some equal.
+    for (unsigned n = 0; n <= 6; ++n) {
+        std::vector<int> order;
+        for (unsigned i = 0; i < n; ++i) order.push_back(int(i) / 2 * 2 + int(n) % 2 * int(i) % 2);
+        std::sort(order.begin(), order.end());
+        do {
+            std::vector<id> list, r(6), s(6), expected;
+            for (int v : order) list.push_back(TestItem::with(v));
+            expected = list;
+            std::stable_sort(expected.begin(), expected.end(), [](id a, id b) { return valueOf(a) < valueOf(b); });
+            id *sorted = _ZPMergeSort(n, list.data(), r.data(), s.data(), compare, nullptr, n % 2);
+            for (unsigned i = 0; i < n; ++i) ASSERT_EQ(sorted[i], expected[i]);
+        } while (std::next_permutation(order.begin(), order.end()));
+    }
+}
+
+}  // namespace

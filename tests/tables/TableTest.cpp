@@ -1,0 +1,231 @@
+// Hash tables and map tables: what they keep, give up and report.
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/tables/ZPHashTable.h>
+#include <Bedrock/tables/ZPMapTable.h>
+#include <support/Objects.h>
+
+#include <cstdlib>
+#include <vector>
+
+ZP_IMPLEMENT(TestItem)
+    .method<&TestItem::dealloc>("dealloc")
+    .method<&TestItem::hash>("hash")
+    .method<&TestItem::isEqual>("isEqual:");
+
+namespace {
+
+const void *word(std::uintptr_t n) { return reinterpret_cast<const void *>(n); }
+std::uintptr_t number(const void *p) { return reinterpret_cast<std::uintptr_t>(p); }
+
+TEST(HashTable, ObjectsAreReplacedByEqualOnes) {
+    ZPAutoreleasePoolScope pool;
+    ZPHashTable *table = ZPCreateHashTable(ZPObjectHashCallBacks, 0);
+    TestItem *one = TestItem::with(1), *other = TestItem::with(1);
+    ZPHashInsert(table, one);
+    EXPECT_EQ(one->retainCount(), 2u);
+    EXPECT_EQ(ZPHashInsertIfAbsent(table, other), one);
+    EXPECT_EQ(other->retainCount(), 1u);
+    ZPHashInsert(table, other);
+    EXPECT_EQ(one->retainCount(), 1u);
+    EXPECT_EQ(other->retainCount(), 2u);
+    EXPECT_EQ(ZPHashGet(table, one), other);
+    ZPHashInsert(table, other);
+    EXPECT_EQ(other->retainCount(), 2u) << "the same object again";
+    ZPHashRemove(table, one);
+    EXPECT_EQ(other->retainCount(), 1u);
+    EXPECT_EQ(ZPCountHashTable(table), 0u);
+    ZPHashInsert(table, one);
+    ZPFreeHashTable(table);
+    EXPECT_EQ(one->retainCount(), 1u);
+}
+
+TEST(HashTable, IdentityTablesKeepEqualObjectsApart) {
+    ZPAutoreleasePoolScope pool;
+    ZPHashTable *table = ZPCreateHashTable(ZPOwnedObjectIdentityHashCallBacks, 0);
+    ZPHashInsert(table, TestItem::with(1));
+    ZPHashInsert(table, TestItem::with(1));
+    EXPECT_EQ(ZPCountHashTable(table), 2u);
+    ZPFreeHashTable(table);
+}
+
+TEST(HashTable, EnumeratesFromTheLastBucket) {
+    ZPHashTable *table = ZPCreateHashTable(ZPIntHashCallBacks, 7);
+    for (int n : {5, 6, 7}) ZPHashInsert(table, word(n));
+    std::vector<std::uintptr_t> seen;
+    ZPHashEnumerator e = ZPEnumerateHashTable(table);
+    while (void *item = ZPNextHashEnumeratorItem(&e)) seen.push_back(number(item));
+    EXPECT_EQ(seen, (std::vector<std::uintptr_t>{7, 6, 5}));
+    ZPFreeHashTable(table);
+}
+
+TEST(HashTable, StructuresAreEqualByTheirFirstWord) {
+    struct Pair { std::uintptr_t key, value; };
+    auto make = [](std::uintptr_t key, std::uintptr_t value) { return new (std::malloc(sizeof(Pair))) Pair{key, value}; };
+    ZPHashTable *table = ZPCreateHashTable(ZPPointerToStructHashCallBacks, 0);
+    ZPHashInsert(table, make(1, 10));
+    ZPHashInsert(table, make(1, 11));  // frees the first
+    ZPHashInsert(table, make(2, 20));
+    Pair probe{1, 0};
+    EXPECT_EQ(static_cast<Pair *>(ZPHashGet(table, &probe))->value, 11u);
+    EXPECT_EQ(ZPCountHashTable(table), 2u);
+    ZPFreeHashTable(table);
+}
+
+TEST(HashTable, ByteStrings) {
+    ZPAutoreleasePoolScope pool;
+    ZPHashTable *table = ZPCreateHashTable(_ZPByteStringHashCallBacks, 0);
+    auto hash = [&](const char *s) { return _ZPByteStringHashCallBacks.hash(table, s); };
+    EXPECT_EQ(hash(nullptr), 0u);
+    EXPECT_EQ(hash("ab"), 0x6261u);
+    EXPECT_EQ(hash("abcdE"), 0x64636261u ^ 0x45u);
+    EXPECT_EQ(hash("\x80"), 0xFFFFFF80u);
+    EXPECT_EQ(hash("a\x80"), 0x61u ^ 0xFFFF8000u);
+    EXPECT_EQ(hash("abc\x80"), 0x80636261u);
+    char key[] = "name";
+    ZPHashInsert(table, "name");
+    EXPECT_STREQ(static_cast<char *>(ZPHashGet(table, key)), "name");
+    EXPECT_FALSE(ZPHashGet(table, "names"));
+    ZPFreeHashTable(table);
+}
+
+TEST(HashTable, ComparesAndCopies) {
+    ZPAutoreleasePoolScope pool;
+    ZPHashTable *a = ZPCreateHashTable(ZPObjectHashCallBacks, 0);
+    std::vector<TestItem *> items;
+    for (int i = 0; i < 20; ++i) ZPHashInsert(a, items.emplace_back(TestItem::with(i)));
+    ZPHashTable *b = ZPCopyHashTableWithZone(a, nullptr);
+    EXPECT_TRUE(ZPCompareHashTables(a, b));
+    EXPECT_EQ(items[3]->retainCount(), 3u);
+    ZPHashRemove(b, items[3]);
+    EXPECT_FALSE(ZPCompareHashTables(a, b));
+    ZPHashInsert(b, TestItem::with(99));
+    EXPECT_FALSE(ZPCompareHashTables(a, b));
+    ZPFreeHashTable(a);
+    ZPFreeHashTable(b);
+    EXPECT_EQ(items[3]->retainCount(), 1u);
+}
+
+TEST(HashTable, Errors) {
+    ZPAutoreleasePoolScope pool;
+    ZPHashTable *table = ZPCreateHashTable(ZPIntHashCallBacks, 0);
+    EXPECT_EQ(raised([&] { ZPHashInsert(table, nullptr); }), "ZPInvalidArgumentException: *** ZPHashInsert(): attempt to insert NULL pointer");
+    EXPECT_EQ(raised([&] { ZPHashInsertKnownAbsent(table, nullptr); }), "ZPInvalidArgumentException: *** ZPHashInsertKnownAbsent(): attempt to insert NULL pointer");
+    EXPECT_EQ(raised([&] { ZPHashInsertIfAbsent(table, nullptr); }), "ZPInvalidArgumentException: *** ZPHashInsertIfAbsent(): attempt to insert NULL pointer");
+    EXPECT_EQ(raised([&] { ZPHashRemove(table, nullptr); }), "ZPInvalidArgumentException: *** ZPHashRemove(): attempt to remove NULL pointer");
+    ZPHashInsertKnownAbsent(table, word(255));
+    EXPECT_EQ(raised([&] { ZPHashInsertKnownAbsent(table, word(255)); }), "ZPInvalidArgumentException: *** ZPHashInsertKnownAbsent(): item already in table: 0xff");
+    ZPFreeHashTable(table);
+    EXPECT_NE(raised([] { ZPCreateHashTable(ZPIntHashCallBacks, 357913942); }), "");
+    EXPECT_NE(raised([] { ZPCreateHashTable(ZPIntHashCallBacks, ~0u); }), "");
+}
+
+TEST(HashTable, DescriptionAndArray) {
+    ZPAutoreleasePoolScope pool;
+    ZPHashTable *table = ZPCreateHashTable(ZPObjectHashCallBacks, 7);
+    std::string head = "<ZPHashTable: " + text(ZPString::stringWithFormat("0x%lx"_zp, reinterpret_cast<unsigned long>(table))) + "> ";
+    EXPECT_EQ(text(ZPStringFromHashTable(table)), head + "()");
+    EXPECT_EQ(ZPAllHashTableObjects(table)->count(), 0u);
+    ZPHashInsert(table, "a"_zp);
+    ZPHashInsert(table, "b"_zp);
+    EXPECT_EQ(text(ZPStringFromHashTable(table)), head + "(b, a)");
+    EXPECT_TRUE(ZPAllHashTableObjects(table)->isEqual(ZPArray::arrayWithObjects("b"_zp, "a"_zp)));
+    for (int i = 0; i < 300; ++i) ZPHashInsert(table, TestItem::with(i));
+    EXPECT_EQ(ZPAllHashTableObjects(table)->count(), 302u);
+    ZPFreeHashTable(table);
+}
+
+TEST(MapTable, InsertionKeepsTheKeyAndReleasesTheOldValue) {
+    ZPAutoreleasePoolScope pool;
+    ZPMapTable *table = ZPCreateMapTable(ZPObjectMapKeyCallBacks, ZPObjectMapValueCallBacks, 0);
+    TestItem *key = TestItem::with(1), *equal = TestItem::with(1), *v1 = TestItem::with(10), *v2 = TestItem::with(20);
+    ZPMapInsert(table, key, v1);
+    ZPMapInsert(table, equal, v2);
+    EXPECT_EQ(equal->retainCount(), 1u);
+    EXPECT_EQ(v1->retainCount(), 1u);
+    EXPECT_EQ(v2->retainCount(), 2u);
+    void *storedKey, *value;
+    EXPECT_TRUE(ZPMapMember(table, equal, &storedKey, &value));
+    EXPECT_EQ(storedKey, key);
+    EXPECT_EQ(value, v2);
+    EXPECT_EQ(ZPMapInsertIfAbsent(table, equal, v1), key);
+    EXPECT_EQ(v1->retainCount(), 1u);
+    ZPMapInsert(table, key, v2);
+    EXPECT_EQ(v2->retainCount(), 2u) << "the same value again";
+    ZPMapRemove(table, equal);
+    EXPECT_EQ(key->retainCount(), 1u);
+    EXPECT_EQ(v2->retainCount(), 1u);
+    EXPECT_EQ(ZPMapInsertIfAbsent(table, key, v1), nullptr);
+    ZPMapTable *copy = ZPCopyMapTableWithZone(table, nullptr);
+    EXPECT_EQ(v1->retainCount(), 3u);
+    ZPMapInsert(copy, key, v2);
+    EXPECT_TRUE(ZPCompareMapTables(table, copy)) << "values do not count";
+    ZPResetMapTable(table);
+    EXPECT_FALSE(ZPCompareMapTables(table, copy));
+    ZPFreeMapTable(table);
+    ZPFreeMapTable(copy);
+    EXPECT_EQ(key->retainCount(), 1u);
+    EXPECT_EQ(v1->retainCount(), 1u);
+}
+
+TEST(MapTable, MarkersAndNullValues) {
+    ZPAutoreleasePoolScope pool;
+    ZPMapTable *ints = ZPCreateMapTable(ZPIntMapKeyCallBacks, ZPIntMapValueCallBacks, 0);
+    EXPECT_EQ(raised([&] { ZPMapInsert(ints, ZPNotAnIntMapKey, nullptr); }), "ZPInvalidArgumentException: *** ZPMapInsert(): attempt to insert notAKeyMarker");
+    EXPECT_EQ(raised([&] { ZPMapInsertKnownAbsent(ints, word(0x80000000), nullptr); }), "ZPInvalidArgumentException: *** ZPMapInsertKnownAbsent(): attempt to insert notAKeyMarker");
+    EXPECT_EQ(raised([&] { ZPMapInsertIfAbsent(ints, word(0x80000000), nullptr); }), "ZPInvalidArgumentException: *** ZPMapInsertIfAbsent(): attempt to insert notAKeyMarker");
+    EXPECT_EQ(raised([&] { ZPMapRemove(ints, word(0x80000000)); }), "ZPInvalidArgumentException: *** ZPMapRemove(): attempt to remove notAKeyMarker");
+    EXPECT_EQ(ZPMapGet(ints, word(0x80000000)), nullptr);
+    ZPMapInsert(ints, word(0), nullptr);
+    EXPECT_EQ(ZPMapGet(ints, word(0)), nullptr);
+    EXPECT_TRUE(ZPMapMember(ints, word(0), nullptr, nullptr));
+    EXPECT_FALSE(ZPMapMember(ints, word(1), nullptr, nullptr));
+    ZPMapInsertKnownAbsent(ints, word(7), word(8));
+    EXPECT_EQ(raised([&] { ZPMapInsertKnownAbsent(ints, word(7), word(9)); }), "ZPInvalidArgumentException: *** ZPMapInsertKnownAbsent(): key already in table: 0x7");
+    EXPECT_EQ(ZPMapGet(ints, word(7)), word(8));
+    ZPFreeMapTable(ints);
+
+    ZPMapTable *pointers = ZPCreateMapTable(ZPNonOwnedPointerMapKeyCallBacks, ZPIntMapValueCallBacks, 0);
+    EXPECT_NE(raised([&] { ZPMapInsert(pointers, nullptr, nullptr); }), "");
+    ZPFreeMapTable(pointers);
+    ZPMapTable *orNull = ZPCreateMapTable(ZPNonOwnedPointerOrNullMapKeyCallBacks, ZPIntMapValueCallBacks, 0);
+    ZPMapInsert(orNull, nullptr, word(3));
+    EXPECT_EQ(ZPMapGet(orNull, nullptr), word(3));
+    EXPECT_NE(raised([&] { ZPMapInsert(orNull, ZPNotAPointerMapKey, nullptr); }), "");
+    ZPFreeMapTable(orNull);
+}
+
+TEST(MapTable, OwnedPointersAreFreed) {  // the leak checker watches
+    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    ZPMapTable *table = ZPCreateMapTableWithZone(ZPOwnedPointerMapKeyCallBacks, ZPOwnedPointerMapValueCallBacks, 0, zone);
+    for (int i = 0; i < 50; ++i) ZPMapInsert(table, std::malloc(8), i % 2 ? std::malloc(8) : ZPZoneMalloc(zone, 8));
+    EXPECT_EQ(ZPZoneFromPointer(table), zone);
+    EXPECT_EQ(ZPZoneFromPointer(table->dictionary), zone);
+    ZPFreeMapTable(table);
+    ZPRecycleZone(zone);
+}
+
+TEST(MapTable, DescriptionEnumerationAndArrays) {
+    ZPAutoreleasePoolScope pool;
+    ZPMapTable *table = ZPCreateMapTable(ZPObjectMapKeyCallBacks, ZPIntMapValueCallBacks, 7);
+    std::string head = "<ZPMapTable: " + text(ZPString::stringWithFormat("0x%lx"_zp, reinterpret_cast<unsigned long>(table))) + "> ";
+    EXPECT_EQ(text(ZPStringFromMapTable(table)), head + "{}");
+    ZPMapInsert(table, "a"_zp, word(1));
+    ZPMapInsert(table, "b"_zp, word(0));
+    EXPECT_EQ(text(ZPStringFromMapTable(table)), head + "{b = 0x0;\na = 0x1;\n}");
+    ZPMapEnumerator e = ZPEnumerateMapTable(table);
+    void *key, *value;
+    EXPECT_TRUE(ZPNextMapEnumeratorPair(&e, &key, &value));
+    EXPECT_EQ(value, nullptr);
+    EXPECT_TRUE(ZPNextMapEnumeratorPair(&e, &key, &value));
+    EXPECT_EQ(number(value), 1u);
+    EXPECT_FALSE(ZPNextMapEnumeratorPair(&e, &key, &value));
+    EXPECT_TRUE(ZPAllMapTableKeys(table)->isEqual(ZPArray::arrayWithObjects("b"_zp, "a"_zp)));
+    ZPFreeMapTable(table);
+    ZPMapTable *values = ZPCreateMapTable(ZPIntMapKeyCallBacks, ZPObjectMapValueCallBacks, 7);
+    ZPMapInsert(values, word(1), "x"_zp);
+    EXPECT_TRUE(ZPAllMapTableValues(values)->isEqual(ZPArray::arrayWithObjects("x"_zp)));
+    ZPFreeMapTable(values);
+}
+
+}  // namespace
