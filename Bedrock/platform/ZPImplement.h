@@ -202,40 +202,42 @@ template <auto M, class S, class R, class... A> struct objc_variadicDescriber<M,
 
 // ---- registration ------------------------------------------------------------------------------
 
-/// Registers methods with a class or a category; made by ZP_IMPLEMENT and ZP_CATEGORY.
+/// Registers methods with a class or a category; made by ZP_IMPLEMENT and ZP_CATEGORY. Its templates are
+/// always inlined: g++ gives their instances external linkage even when M belongs to an unnamed namespace,
+/// so methods of two files' local classes with the same names would be taken for each other.
 struct objc_implementer {
     Class cls;
 
     /// An instance method: a member function, or a function whose first parameter is the receiver.
     template <auto M>
         requires(std::is_member_function_pointer_v<decltype(M)>)
-    const objc_implementer &method(objc_selectorText<objc_function<decltype(M)>::count> name) const {
+    ZP_INLINE const objc_implementer &method(objc_selectorText<objc_function<decltype(M)>::count> name) const {
         objc_loadMethod(cls, name.text, &objc_describer<M, false>::describe);
         return *this;
     }
     template <auto M>
         requires(!std::is_member_function_pointer_v<decltype(M)>)
-    const objc_implementer &method(objc_selectorText<objc_function<decltype(+M)>::count - 1> name) const {
+    ZP_INLINE const objc_implementer &method(objc_selectorText<objc_function<decltype(+M)>::count - 1> name) const {
         objc_loadMethod(cls, name.text, &objc_describer<+M, true>::describe);
         return *this;
     }
     /// A class method: a static function whose first parameter is the receiving `Class`.
-    template <auto M> const objc_implementer &classMethod(objc_selectorText<objc_function<decltype(+M)>::count - 1> name) const {
+    template <auto M> ZP_INLINE const objc_implementer &classMethod(objc_selectorText<objc_function<decltype(+M)>::count - 1> name) const {
         objc_loadMethod(cls->counterpart, name.text, &objc_describer<+M, true>::describe);
         return *this;
     }
     /// A class method that has no use for its receiver: a static function of the arguments alone.
-    template <auto M> const objc_implementer &plainClassMethod(objc_selectorText<objc_function<decltype(+M)>::count> name) const {
+    template <auto M> ZP_INLINE const objc_implementer &plainClassMethod(objc_selectorText<objc_function<decltype(+M)>::count> name) const {
         objc_loadMethod(cls->counterpart, name.text, &objc_describer<+M, false>::describe);
         return *this;
     }
     /// An instance method with unnamed arguments behind the named ones, which M takes as a `va_list`.
-    template <auto M> const objc_implementer &variadic(objc_selectorText<objc_function<decltype(M)>::count - 1> name) const {
+    template <auto M> ZP_INLINE const objc_implementer &variadic(objc_selectorText<objc_function<decltype(M)>::count - 1> name) const {
         objc_loadMethod(cls, name.text, &objc_variadicDescriber<M>::describe);
         return *this;
     }
     /// A class method of that kind: M takes the receiving class first.
-    template <auto M> const objc_implementer &variadicClassMethod(objc_selectorText<objc_function<decltype(+M)>::count - 2> name) const {
+    template <auto M> ZP_INLINE const objc_implementer &variadicClassMethod(objc_selectorText<objc_function<decltype(+M)>::count - 2> name) const {
         objc_loadMethod(cls->counterpart, name.text, &objc_variadicDescriber<+M>::describe);
         return *this;
     }
