@@ -1,6 +1,7 @@
 // Sorting: a stable merge sort over lists of references, and the array operations on it.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/core/ZPLog.h>
+#include <Bedrock/data/ZPData.h>
 #include <Bedrock/tables/ZPMapTable.h>
 
 #include <cstring>
@@ -83,14 +84,14 @@ struct ZPArraySorting : ZPArray {
     // A hint holds the hash of each element in element order, as little-endian 32-bit words.
     ZPData *hint() {
         _ZPElements elements(this);
-        id data = objc_msgSend<id>(objc_getClass("ZPMutableData"), "dataWithCapacity:"_sel, 4 * elements.count);
+        ZPMutableData *data = ZPMutableData::dataWithCapacity(4 * elements.count);
         for (id element : elements) {
             unsigned hash = element->hash();
             unsigned char word[4] = {static_cast<unsigned char>(hash), static_cast<unsigned char>(hash >> 8),
                                      static_cast<unsigned char>(hash >> 16), static_cast<unsigned char>(hash >> 24)};
-            objc_msgSend(data, "appendBytes:length:"_sel, static_cast<const void *>(word), 4u);
+            data->appendBytes_length(word, 4);
         }
-        return reinterpret_cast<ZPData *>(data.pointer());
+        return data;
     }
     // Puts the elements that the hint knows into its order first; what it does not know follows, then, at
     // the end, the elements whose hashes cannot be told apart.
@@ -111,9 +112,8 @@ struct ZPArraySorting : ZPArray {
             if (hash == ZPNotAnIntMapKey || ZPMapMember(map.table, hash, nullptr, nullptr)) work[--back] = gathered[i];
             else ZPMapInsertKnownAbsent(map.table, hash, gathered[i].pointer());
         }
-        id data(reinterpret_cast<objc_object *>(hint));
-        auto *bytes = static_cast<const unsigned char *>(objc_msgSend<const void *>(data, "bytes"_sel));
-        for (unsigned words = objc_msgSend<unsigned>(data, "length"_sel) / 4; words; --words, bytes += 4) {
+        auto *bytes = static_cast<const unsigned char *>(hint->bytes());
+        for (unsigned words = hint->length() / 4; words; --words, bytes += 4) {
             const void *hash = key(bytes[0] | bytes[1] << 8 | bytes[2] << 16 | unsigned(bytes[3]) << 24);
             if (hash == ZPNotAnIntMapKey) continue;
             if (void *element = ZPMapGet(map.table, hash)) {

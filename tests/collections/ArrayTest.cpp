@@ -303,7 +303,7 @@ TEST_F(ConcreteArray, SortsWithAHint) {
     items[21] = TestItem::with(500);  // shares its hash
     ZPArray *changed = ZPArray::arrayWithObjects_count(items.data(), 200);
     calls = 0;
-    ZPArray *again = changed->sortedArrayUsingFunction_context_hint(compare, &calls, (ZPData *)hint.pointer());
+    ZPArray *again = changed->sortedArrayUsingFunction_context_hint(compare, &calls, hint);
     EXPECT_LT(calls, 450);
     EXPECT_TRUE(again->isEqual(changed->sortedArrayUsingFunction_context(compare, &calls)));
     EXPECT_EQ(valuesOf(ZPArray::arrayWithObjects_count(items.data(), 3)->sortedArrayUsingSelector_hint("compare:"_sel, nullptr)).size(), 3u);

@@ -1,0 +1,270 @@
+// Dictionaries over every storage form: the two concrete classes and a client subclass with the primitives
+// only.
+#include "Support.h"
+
+#include <map>
+#include <random>
+
+ZP_IMPLEMENT(PlainMutableDictionary)
+    .method<&PlainMutableDictionary::init>("init")
+    .method<&PlainMutableDictionary::initWithCapacity>("initWithCapacity:")
+    .method<&PlainMutableDictionary::initWithObjects>("initWithObjects:forKeys:count:")
+    .method<&PlainMutableDictionary::count>("count")
+    .method<&PlainMutableDictionary::objectForKey>("objectForKey:")
+    .method<&PlainMutableDictionary::keyEnumerator>("keyEnumerator")
+    .method<&PlainMutableDictionary::setObject>("setObject:forKey:")
+    .method<&PlainMutableDictionary::removeObject>("removeObjectForKey:");
+
+namespace {
+
+std::map<int, int> contentsOf(ZPDictionary *dictionary) {
+    std::map<int, int> contents;
+    ZPEnumerator *keys = dictionary->keyEnumerator();
+    while (id key = keys->nextObject()) contents[valueOf(key)] = valueOf(dictionary->objectForKey(key));
+    return contents;
+}
+using Contents = std::map<int, int>;
+
+struct Dictionary : CollectionTest, testing::WithParamInterface<Class> {
+    ZPDictionary *make(Contents contents) {
+        std::vector<id> objects, keys;
+        for (auto [key, value] : contents) {
+            objects.push_back(TestItem::with(value));
+            keys.push_back(TestItem::with(key));
+        }
+        return objc_msgSend<id>(GetParam(), "dictionaryWithObjects:forKeys:count:"_sel, static_cast<const id *>(objects.data()),
+                                static_cast<const id *>(keys.data()), unsigned(keys.size()));
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Forms, Dictionary,
+                         testing::Values(ZPDictionary::class_(), ZPMutableDictionary::class_(), PlainMutableDictionary::class_()),
+                         [](auto &info) { return info.param->name; });
+
+TEST_P(Dictionary, LooksUp) {
+    Contents contents;
+    for (int n : {0, 1, 3, 4, 7, 8, 12, 1000}) {
+        for (int i = int(contents.size()); i < n; ++i) contents[i * 3] = i;
+        ZPDictionary *dictionary = make(contents);
+        EXPECT_EQ(dictionary->count(), unsigned(n));
+        for (int i = 0; i < n; ++i) EXPECT_EQ(valueOf(dictionary->objectForKey(TestItem::with(i * 3))), i);
+        EXPECT_EQ(dictionary->objectForKey(TestItem::with(1)), nullptr);
+        EXPECT_EQ(dictionary->objectForKey(nullptr), nullptr);
+        EXPECT_EQ(contentsOf(dictionary), contents);
+        EXPECT_EQ(dictionary->hash(), unsigned(n));
+    }
+}
+
+TEST_P(Dictionary, LaterPairsWinAndTheFirstKeyStays) {
+    TestItem *a = TestItem::with(1), *b = TestItem::with(2), *a2 = TestItem::with(1);
+    std::vector<id> keys = {a, b, a2}, objects = {TestItem::with(10), TestItem::with(20), TestItem::with(30)};
+    TestItem::copies = 0;
+    ZPDictionary *dictionary = objc_msgSend<id>(GetParam(), "dictionaryWithObjects:forKeys:count:"_sel, static_cast<const id *>(objects.data()),
+                                                static_cast<const id *>(keys.data()), 3u);
+    EXPECT_EQ(contentsOf(dictionary), (Contents{{1, 30}, {2, 20}}));
+    EXPECT_GE(TestItem::copies, 2) << "keys are copies";
+    EXPECT_EQ(a->retainCount(), 1u);
+}
+
+TEST_P(Dictionary, KeysAndValues) {
+    ZPDictionary *dictionary = make({{1, 10}, {2, 20}, {3, 10}});
+    ZPArray *keys = dictionary->allKeys(), *values = dictionary->allValues();
+    ASSERT_EQ(keys->count(), 3u);
+    for (unsigned i = 0; i < 3; ++i) EXPECT_EQ(dictionary->objectForKey(keys->objectAtIndex(i)), values->objectAtIndex(i));
+    EXPECT_EQ(valuesOf(dictionary->objectEnumerator()), valuesOf(values));
+    EXPECT_EQ(valuesOf(dictionary->keyEnumerator()), valuesOf(keys));
+    EXPECT_EQ(valuesOf(dictionary->allKeysForObject(TestItem::with(10))->sortedArrayUsingSelector("compare:"_sel)), (Values{1, 3}));
+    EXPECT_EQ(dictionary->countForObject(TestItem::with(10)), 2u);
+    EXPECT_EQ(dictionary->countForObject(nullptr), 0u);
+    EXPECT_TRUE(dictionary->containsObject(TestItem::with(20)));
+    EXPECT_FALSE(dictionary->containsObject(TestItem::with(30)));
+    EXPECT_TRUE(dictionary->containsKey(TestItem::with(3)));
+    EXPECT_FALSE(dictionary->containsKey(nullptr));
+    EXPECT_EQ(valuesOf(dictionary->objectsForKeys_notFoundMarker(ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(9)), TestItem::with(-5))),
+              (Values{20, -5}));
+    id o[3], k[3];
+    dictionary->getObjects_forKeys(o, k);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(dictionary->objectForKey(k[i]), o[i]);
+    dictionary->getObjects_forKeys(nullptr, k);
+    EXPECT_EQ(valuesOf(make({{1, 30}, {2, 10}, {3, 20}})->keysSortedByValueUsingSelector("compare:"_sel)), (Values{2, 3, 1}));
+    EXPECT_EQ(contentsOf(make({{1, 30}, {2, 10}})->invertedDictionary()), (Contents{{30, 1}, {10, 2}}));
+    EXPECT_EQ(make({})->allKeys()->count(), 0u);
+}
+
+TEST_P(Dictionary, Equality) {
+    Contents contents{{1, 10}, {2, 20}};
+    ZPDictionary *dictionary = make(contents);
+    for (Class cls : {ZPDictionary::class_(), ZPMutableDictionary::class_(), PlainMutableDictionary::class_()}) {
+        ZPDictionary *other = objc_msgSend<id>(cls, "dictionaryWithDictionary:"_sel, dictionary);
+        EXPECT_TRUE(dictionary->isEqual(other)) << cls->name;
+        EXPECT_TRUE(other->isEqual(dictionary)) << cls->name;
+    }
+    EXPECT_FALSE(dictionary->isEqual(make({{1, 10}, {2, 21}})));
+    EXPECT_FALSE(dictionary->isEqual(make({{1, 10}, {3, 20}})));
+    EXPECT_FALSE(dictionary->isEqual(make({{1, 10}})));
+    EXPECT_FALSE(dictionary->isEqual(nullptr));
+    EXPECT_FALSE(dictionary->isEqual(ZPArray::array()));
+    EXPECT_TRUE(make({})->isEqual(ZPDictionary::dictionary()));
+}
+
+TEST_P(Dictionary, Copies) {
+    ZPDictionary *dictionary = make({{1, 10}, {2, 20}});
+    id value = dictionary->objectForKey(TestItem::with(1));
+    ZPDictionary *copy = dictionary->copy()->autorelease(), *mutableCopy = dictionary->mutableCopy()->autorelease();
+    EXPECT_EQ(mutableCopy->objectForKey(TestItem::with(1)), value);
+    EXPECT_STREQ(mutableCopy->isa->name, "ZPConcreteMutableDictionary");
+    EXPECT_TRUE(copy->isEqual(dictionary));
+    EXPECT_STREQ(copy->isa->name, "ZPConcreteDictionary");
+    if (GetParam() == ZPDictionary::class_()) { EXPECT_EQ(copy, dictionary); }
+    else { EXPECT_NE(copy->objectForKey(TestItem::with(1)), value); }
+    ZPRef<ZPDictionary> withCopies = ZPAdopt<ZPDictionary>(ZPDictionary::alloc()->initWithDictionary_copyItems(dictionary, YES));
+    EXPECT_EQ(withCopies->objectForKey(TestItem::with(1))->retainCount(), 1u);
+    EXPECT_EQ(make({})->copy(), id(ZPDictionary::dictionary()));
+    ZPRef<ZPMutableDictionary> empty = ZPAdopt<ZPMutableDictionary>(make({})->mutableCopy());
+    empty->setObject_forKey("v"_zp, "k"_zp);
+    EXPECT_EQ(empty->count(), 1u);
+}
+
+struct MutableDictionary : Dictionary {
+    ZPMutableDictionary *make(Contents contents) { return (ZPMutableDictionary *)Dictionary::make(contents); }
+};
+INSTANTIATE_TEST_SUITE_P(Forms, MutableDictionary, testing::Values(ZPMutableDictionary::class_(), PlainMutableDictionary::class_()),
+                         [](auto &info) { return info.param->name; });
+
+TEST_P(MutableDictionary, Changes) {
+    ZPMutableDictionary *dictionary = make({{1, 10}, {2, 20}, {3, 30}});
+    dictionary->addEntriesFromDictionary(make({{3, 33}, {4, 40}}));
+    EXPECT_EQ(contentsOf(dictionary), (Contents{{1, 10}, {2, 20}, {3, 33}, {4, 40}}));
+    dictionary->removeObjectsForKeys(ZPArray::arrayWithObjects(TestItem::with(1), TestItem::with(9)));
+    dictionary->removeKeysForObject(dictionary->objectForKey(TestItem::with(4)));
+    dictionary->removeKeysForObject(TestItem::with(20)); // equal is not enough
+    EXPECT_EQ(contentsOf(dictionary), (Contents{{2, 20}, {3, 33}}));
+    dictionary->invert();
+    EXPECT_EQ(contentsOf(dictionary), (Contents{{20, 2}, {33, 3}}));
+    dictionary->setDictionary(make({{5, 50}}));
+    EXPECT_EQ(contentsOf(dictionary), (Contents{{5, 50}}));
+    dictionary->removeAllObjects();
+    EXPECT_EQ(dictionary->count(), 0u);
+    dictionary->addEntriesFromDictionary(nullptr);
+    dictionary->removeObjectForKey(TestItem::with(5));
+}
+
+TEST_P(MutableDictionary, AgreesWithAMapUnderRandomChanges) {
+    std::mt19937 random(5);
+    ZPMutableDictionary *dictionary = make({});
+    Contents model;
+    for (int step = 0; step < 5000; ++step) {
+        ZPAutoreleasePoolScope inner;
+        int key = int(random() % 60), value = int(random() % 1000);
+        if (random() % 3) {
+            dictionary->setObject_forKey(TestItem::with(value), TestItem::with(key));
+            model[key] = value;
+        } else {
+            dictionary->removeObjectForKey(TestItem::with(key));
+            model.erase(key);
+        }
+        if (step % 50 == 0) { ASSERT_EQ(contentsOf(dictionary), model) << step; }
+    }
+    EXPECT_EQ(contentsOf(dictionary), model);
+}
+
+struct ConcreteDictionary : CollectionTest {};
+
+TEST_F(ConcreteDictionary, ReferencesAreKeptOnce) {
+    TestItem *key = TestItem::with(1), *v1 = TestItem::with(10), *v2 = TestItem::with(20);
+    ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
+    dictionary->setObject_forKey(v1, key);
+    EXPECT_EQ(key->retainCount(), 1u) << "a copy is the key";
+    dictionary->setObject_forKey(v2, key);
+    EXPECT_EQ(v1->retainCount(), 1u);
+    EXPECT_EQ(v2->retainCount(), 2u);
+    dictionary->setObject_forKey(v2, key);
+    EXPECT_EQ(v2->retainCount(), 2u);
+    dictionary->removeObjectForKey(key);
+    EXPECT_EQ(v2->retainCount(), 1u);
+}
+
+TEST_F(ConcreteDictionary, AMutableKeyIsCopied) {
+    ZPRef<ZPString> key = ZPAdopt<ZPString>("key"_zp->mutableCopy());
+    ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
+    dictionary->setObject_forKey("v"_zp, key.get());
+    objc_msgSend(key.get(), "setString:"_sel, "other"_zp);
+    EXPECT_TRUE(dictionary->containsKey("key"_zp));
+    EXPECT_FALSE(dictionary->containsKey("other"_zp));
+}
+
+TEST_F(ConcreteDictionary, Errors) {
+    auto message = [](const char *method, const char *what) { return std::string("ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary ") + method + "]: attempt to " + what; };
+    ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
+    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, nullptr); }), message("setObject:forKey:", "insert nil key"));
+    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, "k"_zp); }), message("setObject:forKey:", "insert nil value"));
+    EXPECT_EQ(raised([&] { dictionary->removeObjectForKey(nullptr); }), message("removeObjectForKey:", "remove nil key"));
+    id objects[] = {TestItem::with(1), nullptr}, keys[] = {TestItem::with(2), TestItem::with(3)};
+    EXPECT_EQ(raised([&] { ZPMutableDictionary::dictionaryWithObjects_forKeys_count(objects, keys, 2); }), message("initWithObjects:forKeys:count:", "insert nil value"));
+    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjects_forKeys_count(keys, objects, 0x8000000); }),
+              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:count:]: absurd count: 134217728");
+    EXPECT_EQ(raised([&] { ZPMutableDictionary::dictionaryWithCapacity(0x8000000); }),
+              "ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary initWithCapacity:]: absurd capacity: 134217728");
+    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjectsAndKeys("a"_zp, "b"_zp, "c"_zp); }),
+              "ZPInvalidArgumentException: *** +[ZPDictionary dictionaryWithObjectsAndKeys:]: second object of each pair must be non-nil");
+    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjects_forKeys(ZPArray::arrayWithObjects("a"_zp), ZPArray::array()); }),
+              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:]: number of objects (1) not equal to number of keys (0)");
+    ZPDictionary *pairs = ZPDictionary::dictionaryWithObjectsAndKeys("v"_zp, "k"_zp, "w"_zp, "l"_zp);
+    EXPECT_EQ(pairs->objectForKey("l"_zp), id("w"_zp));
+}
+
+TEST_F(ConcreteDictionary, EmptyDictionariesAreShared) {
+    ZPDictionary *empty = ZPDictionary::dictionary();
+    EXPECT_EQ(ZPDictionary::dictionaryWithObjectsAndKeys(), empty);
+    EXPECT_EQ(ZPDictionary::alloc()->init(), id(empty));
+    EXPECT_EQ(ZPDictionary::dictionaryWithDictionary(ZPMutableDictionary::dictionary()), empty);
+    EXPECT_EQ(ZPDictionary::dictionaryWithDictionary(nullptr), empty);
+    EXPECT_EQ(empty->keyEnumerator()->nextObject(), nullptr);
+}
+
+TEST_F(ConcreteDictionary, CopiedTablesKeepTheirOrder) {
+    std::vector<id> keys;
+    for (int i = 0; i < 50; ++i) keys.push_back(TestItem::with(i * 7919));
+    ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
+    for (id key : keys) dictionary->setObject_forKey(key, key);
+    for (int i = 0; i < 20; ++i) dictionary->removeObjectForKey(keys[i * 2]);
+    ZPDictionary *copy = ZPDictionary::dictionaryWithDictionary(dictionary);
+    EXPECT_EQ(valuesOf(copy->allKeys()), valuesOf(dictionary->allKeys()));
+    EXPECT_TRUE(copy->isEqual(dictionary));
+}
+
+TEST_F(ConcreteDictionary, AnEnumeratorKeepsItsDictionaryUntilTheEnd) {
+    ZPDictionary *dictionary = ZPDictionary::dictionaryWithObjectsAndKeys("v"_zp, "k"_zp);
+    unsigned count = dictionary->retainCount();
+    ZPEnumerator *e = dictionary->objectEnumerator();
+    EXPECT_EQ(dictionary->retainCount(), count + 1);
+    e->nextObject();
+    EXPECT_EQ(e->nextObject(), nullptr);
+    EXPECT_EQ(dictionary->retainCount(), count);
+    EXPECT_EQ(e->nextObject(), nullptr);
+}
+
+// Releasing a value may run code that uses the dictionary.
+struct Meddler : ZPObject {
+    ZP_CLASS(Meddler)
+    ZPMutableDictionary *dictionary;
+    void dealloc() {
+        EXPECT_EQ(dictionary->count(), 0u);
+        dictionary->setObject_forKey("again"_zp, "again"_zp);
+        objc_super<Meddler>(this).send("dealloc"_sel);
+    }
+};
+ZP_IMPLEMENT(Meddler).method<&Meddler::dealloc>("dealloc");
+
+TEST_F(ConcreteDictionary, MayBeUsedWhileItIsEmptied) {
+    ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
+    Meddler *meddler = Meddler::new_();
+    meddler->dictionary = dictionary;
+    dictionary->setObject_forKey(meddler, "k"_zp);
+    meddler->release();
+    dictionary->removeAllObjects();
+    EXPECT_EQ(dictionary->count(), 1u);
+    EXPECT_TRUE(dictionary->containsKey("again"_zp));
+}
+
+}  // namespace

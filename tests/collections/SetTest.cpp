@@ -1,0 +1,187 @@
+// Sets over every storage form, and multisets.
+#include "Support.h"
+
+#include <set>
+
+ZP_IMPLEMENT(PlainMutableSet)
+    .method<&PlainMutableSet::init>("init")
+    .method<&PlainMutableSet::initWithCapacity>("initWithCapacity:")
+    .method<&PlainMutableSet::initWithObjects_count>("initWithObjects:count:")
+    .method<&PlainMutableSet::count>("count")
+    .method<&PlainMutableSet::member>("member:")
+    .method<&PlainMutableSet::objectEnumerator>("objectEnumerator")
+    .method<&PlainMutableSet::addObject>("addObject:")
+    .method<&PlainMutableSet::removeObject>("removeObject:");
+
+namespace {
+
+std::multiset<int> contentsOf(ZPSet *set) {
+    std::multiset<int> contents;
+    ZPEnumerator *e = set->objectEnumerator();
+    while (id member = e->nextObject())
+        for (unsigned i = set->countForObject(member); i; --i) contents.insert(valueOf(member));
+    return contents;
+}
+using Contents = std::multiset<int>;
+
+ZPSet *makeSet(Class cls, std::initializer_list<int> values) {
+    auto items = itemsOf(values);
+    std::vector<id> list(items.begin(), items.end());
+    return objc_msgSend<id>(cls, "setWithObjects:count:"_sel, static_cast<const id *>(list.data()), unsigned(list.size()));
+}
+
+struct Set : CollectionTest, testing::WithParamInterface<Class> {
+    ZPSet *make(std::initializer_list<int> values) { return makeSet(GetParam(), values); }
+    bool counts() { return GetParam() == ZPCountedSet::class_(); }
+};
+struct MutableSet : CollectionTest, testing::WithParamInterface<Class> {
+    ZPMutableSet *make(std::initializer_list<int> values) { return (ZPMutableSet *)makeSet(GetParam(), values); }
+    bool counts() { return GetParam() == ZPCountedSet::class_(); }
+};
+auto name = [](auto &info) { return info.param->name; };
+INSTANTIATE_TEST_SUITE_P(Forms, Set, testing::Values(ZPSet::class_(), ZPMutableSet::class_(), ZPCountedSet::class_(), PlainMutableSet::class_()), name);
+INSTANTIATE_TEST_SUITE_P(Forms, MutableSet, testing::Values(ZPMutableSet::class_(), ZPCountedSet::class_(), PlainMutableSet::class_()), name);
+
+TEST_P(Set, Members) {
+    TestItem *first = TestItem::with(1);
+    std::vector<id> objects = {first, TestItem::with(1), TestItem::with(2), TestItem::with(1)};
+    ZPSet *set = objc_msgSend<id>(GetParam(), "setWithObjects:count:"_sel, static_cast<const id *>(objects.data()), 4u);
+    EXPECT_EQ(set->count(), 2u);
+    EXPECT_EQ(set->member(objects[3]), first) << "the first of equal objects is the member";
+    EXPECT_EQ(first->retainCount(), 2u);
+    EXPECT_EQ(set->member(TestItem::with(3)), nullptr);
+    EXPECT_TRUE(set->containsObject(TestItem::with(2)));
+    EXPECT_FALSE(set->containsObject(nullptr));
+    EXPECT_EQ(set->countForObject(first), counts() ? 3u : 1u);
+    EXPECT_EQ(set->countForObject(nullptr), 0u);
+    EXPECT_EQ(set->hash(), 2u);
+    EXPECT_EQ(set->allObjects()->count(), 2u);
+    EXPECT_EQ(set->anyObject(), set->allObjects()->objectAtIndex(0));
+    EXPECT_EQ(make({})->anyObject(), nullptr);
+    EXPECT_EQ(valuesOf(set->members_notFoundMarker(ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(7)), TestItem::with(-9))), (Values{2, -9}));
+    TestItem *sum = TestItem::with(0);
+    set->makeObjectsPerformSelector_withObject("add:"_sel, sum);
+    EXPECT_EQ(sum->value, 3);
+}
+
+TEST_P(Set, Relations) {
+    ZPSet *set = make({1, 2, 3});
+    for (Class cls : {ZPSet::class_(), ZPMutableSet::class_(), ZPCountedSet::class_(), PlainMutableSet::class_()}) {
+        EXPECT_TRUE(set->isEqual(makeSet(cls, {3, 2, 1}))) << cls->name;
+        EXPECT_FALSE(set->isEqual(makeSet(cls, {1, 2, 4}))) << cls->name;
+        EXPECT_FALSE(set->isEqual(makeSet(cls, {1, 2}))) << cls->name;
+        EXPECT_TRUE(set->isSubsetOfSet(makeSet(cls, {0, 1, 2, 3}))) << cls->name;
+        EXPECT_FALSE(set->isSubsetOfSet(makeSet(cls, {1, 2, 4, 5}))) << cls->name;
+        EXPECT_TRUE(set->intersectsSet(makeSet(cls, {3, 4}))) << cls->name;
+        EXPECT_FALSE(set->intersectsSet(makeSet(cls, {4}))) << cls->name;
+    }
+    EXPECT_FALSE(set->isEqual(nullptr));
+    EXPECT_FALSE(set->isEqual(set->allObjects()));
+    EXPECT_FALSE(set->isSubsetOfSet(nullptr));
+    EXPECT_TRUE(make({})->isSubsetOfSet(nullptr));
+    EXPECT_FALSE(set->intersectsSet(nullptr));
+}
+
+TEST_P(Set, Copies) {
+    ZPSet *set = make({1, 2});
+    id one = set->member(TestItem::with(1));
+    ZPSet *copy = set->copy()->autorelease(), *mutableCopy = set->mutableCopy()->autorelease();
+    EXPECT_TRUE(copy->isEqual(set));
+    EXPECT_EQ(mutableCopy->member(one), one);
+    EXPECT_STREQ(copy->isa->name, counts() ? "ZPCountedSet" : "ZPConcreteSet");
+    EXPECT_STREQ(mutableCopy->isa->name, counts() ? "ZPCountedSet" : "ZPConcreteMutableSet");
+    if (GetParam() == ZPSet::class_()) { EXPECT_EQ(copy, set); }
+    // A mutable set's copy shares the members, a counted or a client's set's copies them.
+    EXPECT_EQ(copy->member(one) == one, GetParam() == ZPSet::class_() || GetParam() == ZPMutableSet::class_());
+}
+
+TEST_P(Set, CountsSurviveIntoACountedSet) {
+    ZPCountedSet *counted = ZPCountedSet::setWithSet(make({1, 1, 2}));
+    EXPECT_EQ(contentsOf(counted), counts() ? (Contents{1, 1, 2}) : (Contents{1, 2}));
+    EXPECT_EQ(contentsOf(ZPSet::setWithSet(counted)), (Contents{1, 2}));
+}
+
+TEST_P(MutableSet, Algebra) {
+    auto apply = [&](void (ZPMutableSet::*operation)(ZPSet *), std::initializer_list<int> a, ZPSet *b) {
+        ZPMutableSet *set = make(a);
+        (set->*operation)(b);
+        return contentsOf(set);
+    };
+    ZPSet *plain = makeSet(ZPSet::class_(), {2, 3}), *counted = makeSet(ZPCountedSet::class_(), {2, 2, 3});
+    bool c = counts();
+    EXPECT_EQ(apply(&ZPMutableSet::unionSet, {1, 2}, plain), c ? (Contents{1, 2, 2, 3}) : (Contents{1, 2, 3}));
+    EXPECT_EQ(apply(&ZPMutableSet::unionSet, {1, 2}, counted), c ? (Contents{1, 2, 2, 2, 3}) : (Contents{1, 2, 3}));
+    EXPECT_EQ(apply(&ZPMutableSet::minusSet, {1, 2, 2, 2}, counted), c ? (Contents{1, 2}) : (Contents{1}));
+    EXPECT_EQ(apply(&ZPMutableSet::intersectSet, {1, 2, 2, 2, 3}, counted), c ? (Contents{2, 2, 3}) : (Contents{2, 3}));
+    EXPECT_EQ(apply(&ZPMutableSet::intersectSet, {1, 2}, nullptr), (Contents{}));
+    EXPECT_EQ(apply(&ZPMutableSet::setSet, {1, 2}, plain), (Contents{2, 3}));
+    EXPECT_EQ(apply(&ZPMutableSet::setSet, {1, 2}, nullptr), (Contents{1, 2}));
+    ZPMutableSet *set = make({1, 2, 2});
+    Contents before = contentsOf(set);
+    set->intersectSet(set);
+    set->setSet(set);
+    EXPECT_EQ(contentsOf(set), before);
+    set->unionSet(set);
+    EXPECT_EQ(set->countForObject(TestItem::with(2)), c ? 4u : 1u);
+    set->minusSet(set);
+    EXPECT_EQ(set->count(), 0u);
+    set->addObjectsFromArray(ZPArray::arrayWithObjects(TestItem::with(1), TestItem::with(1)));
+    EXPECT_EQ(set->countForObject(TestItem::with(1)), c ? 2u : 1u);
+    set->removeObject(TestItem::with(1));
+    EXPECT_EQ(set->count(), c ? 1u : 0u);
+    set->removeObject(TestItem::with(1));
+    set->removeObject(TestItem::with(1));
+    EXPECT_EQ(set->count(), 0u);
+}
+
+TEST_P(MutableSet, EmptiesAndKeepsReferencesOnce) {
+    TestItem *a = TestItem::with(1), *b = TestItem::with(1);
+    ZPMutableSet *set = make({});
+    set->addObject(a);
+    set->addObject(b);
+    EXPECT_EQ(a->retainCount(), 2u);
+    EXPECT_EQ(b->retainCount(), 1u);
+    {
+        ZPAutoreleasePoolScope inner;
+        set->removeAllObjects();
+    }
+    EXPECT_EQ(a->retainCount(), 1u);
+    EXPECT_EQ(set->count(), 0u);
+    for (int i = 0; i < 1000; ++i) set->addObject(TestItem::with(i % 300));
+    EXPECT_EQ(set->count(), 300u);
+    set->removeAllObjects();
+    EXPECT_EQ(set->count(), 0u);
+}
+
+struct ConcreteSet : CollectionTest {};
+
+TEST_F(ConcreteSet, CountedSubsets) {
+    ZPCountedSet *two = ZPCountedSet::setWithObjects("x"_zp, "x"_zp);
+    EXPECT_FALSE(two->isSubsetOfSet(ZPSet::setWithObject("x"_zp)));
+    EXPECT_TRUE(ZPSet::setWithObject("x"_zp)->isSubsetOfSet(two));
+    EXPECT_FALSE(two->isEqual(ZPSet::setWithObject("x"_zp)));
+    EXPECT_EQ(ZPCountedSet::class_()->version, 1);
+}
+
+TEST_F(ConcreteSet, Errors) {
+    auto message = [](const char *method, const char *what) { return std::string("ZPInvalidArgumentException: *** -[") + method + "]: " + what; };
+    ZPMutableSet *set = ZPMutableSet::set();
+    ZPCountedSet *counted = ZPCountedSet::set();
+    EXPECT_EQ(raised([&] { set->addObject(nullptr); }), message("ZPConcreteMutableSet addObject:", "attempt to insert nil object"));
+    EXPECT_EQ(raised([&] { set->removeObject(nullptr); }), message("ZPConcreteMutableSet removeObject:", "attempt to remove nil object"));
+    EXPECT_EQ(raised([&] { counted->addObject(nullptr); }), message("ZPCountedSet addObject:", "attempt to insert nil object"));
+    EXPECT_EQ(raised([&] { counted->removeObject(nullptr); }), message("ZPCountedSet removeObject:", "attempt to remove nil object"));
+    EXPECT_EQ(raised([&] { ZPSet::setWithObject(nullptr); }), message("ZPConcreteSet initWithObjects:count:", "attempt to insert nil object"));
+    EXPECT_EQ(raised([&] { ZPMutableSet::setWithCapacity(0x10000000); }), message("ZPConcreteMutableSet initWithCapacity:", "absurd capacity: 268435456"));
+    EXPECT_EQ(ZPSet::setWithObjects(), ZPSet::set());
+}
+
+TEST_F(ConcreteSet, Descriptions) {
+    auto address = [](ZPSet *set) { return text(ZPString::stringWithFormat("0x%lx"_zp, reinterpret_cast<unsigned long>(set))); };
+    ZPSet *empty = ZPSet::set(), *set = ZPSet::setWithObjects("a"_zp, "b"_zp), *counted = ZPCountedSet::setWithObjects("a"_zp, "a"_zp);
+    EXPECT_EQ(text(empty->description()), "<ZPConcreteSet: " + address(empty) + "> ()");
+    EXPECT_EQ(text(set->description()), "<ZPConcreteSet: " + address(set) + "> (b, a)");
+    EXPECT_EQ(text(counted->description()), "<ZPCountedSet: " + address(counted) + "> (a [2])");
+}
+
+}  // namespace
