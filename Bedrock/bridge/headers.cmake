@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS ZPMemory.h ZPStringBridge.h)
+set(PUBLIC_HEADERS ZPCollectionBridge.h ZPMemory.h ZPStringBridge.h)
