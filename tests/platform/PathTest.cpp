@@ -1,0 +1,51 @@
+// The mapping between the library's paths and the host's.
+#include <Bedrock/platform/ZPPath.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+template <auto Map> std::string mapped(const std::string &path, unsigned size = 64) {
+    char buffer[65];
+    std::fill(buffer, buffer + 65, '#');
+    BOOL done = Map(path.c_str(), buffer, size);
+    EXPECT_TRUE(done || size == 0 || buffer[0] == 0);
+    EXPECT_EQ(buffer[size], '#') << "past the buffer";
+    return done ? buffer : "<none>";
+}
+constexpr auto toHost = mapped<ZPHostPathFromPath>;
+constexpr auto fromHost = mapped<ZPPathFromHostPath>;
+
+}  // namespace
+
+TEST(PathMapping, TakesDriveCAndSingleSeparatorsFromTheRoot) {
+    EXPECT_EQ(toHost("C:\\home\\me", 64), "/home/me");
+    EXPECT_EQ(toHost("c:/home\\me", 64), "/home/me");
+    EXPECT_EQ(toHost("/etc/hosts", 64), "/etc/hosts");
+    EXPECT_EQ(toHost("\\etc", 64), "/etc");
+    EXPECT_EQ(toHost("C:\\", 64), "/");
+    EXPECT_EQ(toHost("C:", 64), ".");
+    EXPECT_EQ(toHost("C:x\\y", 64), "x/y");
+    EXPECT_EQ(toHost("a\\..\\b", 64), "a/../b");
+    for (const char *none : {"", "D:\\x", "D:", "\\\\server\\share"}) EXPECT_EQ(toHost(none, 64), "<none>") << none;
+}
+
+TEST(PathMapping, GoesBack) {
+    for (const char *host : {"/", "/home/me", "relative/name", "./c:name", "/a b/\xC3\xA9"}) {
+        std::string own = fromHost(host, 64);
+        EXPECT_EQ(toHost(own, 64), host) << own;
+    }
+    EXPECT_EQ(fromHost("/home", 64), "C:\\home");
+    EXPECT_EQ(toHost(fromHost("c:name", 64), 64), "./c:name") << "a relative name is not taken for a drive";
+    EXPECT_EQ(fromHost("/a\\b", 64), "<none>");
+    EXPECT_EQ(fromHost("", 64), "<none>");
+}
+
+TEST(PathMapping, NeverWritesPastTheBuffer) {
+    EXPECT_EQ(toHost("/abc", 5), "/abc");
+    EXPECT_EQ(toHost("/abc", 4), "<none>");
+    EXPECT_EQ(fromHost("/abc", 7), "C:\\abc");
+    EXPECT_EQ(fromHost("/abc", 6), "<none>");
+    EXPECT_EQ(toHost("/abc", 0), "<none>");
+}

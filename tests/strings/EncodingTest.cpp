@@ -1,0 +1,202 @@
+// Encodings: both directions, tables and their inverses, loss, cut-off and damaged input.
+#include "StringForms.h"
+
+#include <Bedrock/data/ZPData.h>
+
+using namespace strings;
+
+namespace {
+
+struct Encoding : testing::Test {
+    Pool pool;
+};
+
+// Bytes as units, or u"<fails>".
+std::u16string decoded(const std::string &bytes, ZPStringEncoding encoding) {
+    // The exact size lets a sanitizer see a read past the end.
+    std::vector<char> exact(bytes.begin(), bytes.end());
+    void *buffer = nullptr;
+    unsigned count = 99;
+    BOOL isASCII;
+    if (!_ZPConvertToASCIIorUnicode(exact.data(), unsigned(exact.size()), encoding, &buffer, &count, &isASCII, nullptr)) return u"<fails>";
+    std::u16string text;
+    for (unsigned i = 0; i < count; ++i) text += isASCII ? char16_t(static_cast<unsigned char *>(buffer)[i]) : static_cast<unichar *>(buffer)[i];
+    if (buffer) ZPZoneFree(nullptr, buffer);
+    return text;
+}
+
+// Units as bytes, or "<fails>", the same from every form.
+std::string encoded(const std::u16string &text, ZPStringEncoding encoding, BOOL lossy = NO) {
+    std::string result;
+    bool first = true;
+    inEveryForm(text, [&](const Form &, ZPString *s) {
+        ZPData *data = s->dataUsingEncoding_allowLossyConversion(encoding, lossy);
+        std::string bytes = data ? std::string(static_cast<const char *>(data->bytes()), data->length()) : "<fails>";
+        EXPECT_TRUE(first || bytes == result);
+        result = bytes;
+        first = false;
+        EXPECT_TRUE(lossy || s->canBeConvertedToEncoding(encoding) == (data ? YES : NO));
+    });
+    return result;
+}
+
+constexpr ZPStringEncoding singleByte[] = {ZPASCIIStringEncoding, ZPKESTRELStringEncoding, ZPISOLatin1StringEncoding, ZPISOLatin2StringEncoding,
+                                           ZPWindowsCP1250StringEncoding, ZPWindowsCP1251StringEncoding, ZPWindowsCP1252StringEncoding,
+                                           ZPWindowsCP1253StringEncoding, ZPWindowsCP1254StringEncoding};
+
+}  // namespace
+
+TEST_F(Encoding, TablesAreInversesOfEachOther) {
+    for (ZPStringEncoding e : singleByte) {
+        SCOPED_TRACE(e);
+        unsigned assigned = 0;
+        for (unsigned b = 0; b < 256; ++b) {
+            std::u16string unit = decoded(std::string(1, char(b)), e);
+            ASSERT_EQ(unit.size(), 1u);
+            if (unit == u"\ufffd" || (e == ZPASCIIStringEncoding && b >= 0x80)) continue;
+            ++assigned;
+            EXPECT_EQ(encoded(unit, e), std::string(1, char(b))) << b;
+        }
+        EXPECT_EQ(encoded(u"\u2029", e), "\n");
+        unsigned convertible = 0;
+        for (unsigned u = 0; u < 0x10000; ++u) {
+            char16_t unit = char16_t(u);
+            convertible += ZPString::stringWithCharacters_length(&unit, 1)->canBeConvertedToEncoding(e);
+        }
+        EXPECT_EQ(convertible, assigned + 1);
+    }
+    const std::pair<ZPStringEncoding, unsigned> counts[] = {{ZPKESTRELStringEncoding, 255}, {ZPISOLatin2StringEncoding, 256}, {ZPWindowsCP1250StringEncoding, 251},
+                                                            {ZPWindowsCP1251StringEncoding, 255}, {ZPWindowsCP1253StringEncoding, 242},
+                                                            {ZPWindowsCP1254StringEncoding, 249}};
+    for (auto [e, count] : counts) {
+        unsigned n = 0;
+        for (unsigned b = 0; b < 256; ++b) n += decoded(std::string(1, char(b)), e) != u"\ufffd";
+        EXPECT_EQ(n, count) << e;
+    }
+    for (unsigned b = 0xA0; b < 0x100; ++b) EXPECT_EQ(ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(b)), b);
+}
+
+TEST_F(Encoding, ConvertsUnicodeWithAMark) {
+    using namespace std::string_literals;
+    EXPECT_EQ(encoded(u"ab", ZPUnicodeStringEncoding), "\xFF\xFE\x61\0\x62\0"s);
+    EXPECT_EQ(encoded(u"ab", 0), "\xFF\xFE\x61\0\x62\0"s);
+    EXPECT_EQ(encoded(u"", ZPUnicodeStringEncoding), "");
+    EXPECT_EQ(decoded("\xFF\xFE\x61\0\x62\0"s, ZPUnicodeStringEncoding), u"ab");
+    EXPECT_EQ(decoded("\xFE\xFF\0\x61\0\x62"s, 0), u"ab");
+    EXPECT_EQ(decoded("\0\x61\0\x62"s, ZPUnicodeStringEncoding), u"ab") << "big-endian without a mark";
+    EXPECT_EQ(decoded("\xFF\xFE\x61\0\x62"s, ZPUnicodeStringEncoding), u"a") << "half a unit is dropped";
+    EXPECT_EQ(decoded("\xFF\xFE", ZPUnicodeStringEncoding), u"");
+    EXPECT_EQ(decoded("\xFF", ZPUnicodeStringEncoding), u"");
+    for (ZPStringEncoding e : {0u, 1u, 2u, 4u, 5u, 7u, 10u, 12u}) EXPECT_EQ(decoded("", e), u"");
+}
+
+TEST_F(Encoding, ConvertsUTF8) {
+    std::u16string text = u"a\u00e9\u07ff\u0800\uffff\U0001F600";
+    std::string bytes = "a\xC3\xA9\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x9F\x98\x80";
+    EXPECT_EQ(encoded(text, ZPUTF8StringEncoding), bytes);
+    EXPECT_EQ(decoded(bytes, ZPUTF8StringEncoding), text);
+    const std::u16string high(1, char16_t(0xD83D)), low(1, char16_t(0xDE00));
+    EXPECT_EQ(encoded(high, ZPUTF8StringEncoding), "\xED\xA0\xBD");
+    EXPECT_EQ(encoded(low + high, ZPUTF8StringEncoding), "\xED\xB8\x80\xED\xA0\xBD");
+    for (unsigned cut = 1; cut < 4; ++cut) EXPECT_EQ(decoded(std::string("x\xF0\x9F\x98\x80", 1 + cut), ZPUTF8StringEncoding), u"<fails>");
+    EXPECT_EQ(decoded("\xF5\x80\x80\x80", ZPUTF8StringEncoding), u"\ufffd");
+    EXPECT_EQ(decoded("\xE0\x01\x01", ZPUTF8StringEncoding), u"\ufffd");
+    EXPECT_EQ(decoded("\xFC\x84\x80\x80\x80\x80", ZPUTF8StringEncoding), u"\ufffd");
+    EXPECT_EQ(decoded("\x80", ZPUTF8StringEncoding), u"\u0080");
+
+    // Pairs on the borders of the blocks that conversion reads.
+    for (unsigned before : {30u, 31u, 254u, 255u, 256u}) {
+        std::u16string units(before, u'\u00e9');
+        units += u"\U0001F600!";
+        std::string wanted;
+        for (unsigned i = 0; i < before; ++i) wanted += "\xC3\xA9";
+        EXPECT_EQ(encoded(units, ZPUTF8StringEncoding), wanted + "\xF0\x9F\x98\x80!");
+    }
+    std::mt19937 random(3);
+    for (int i = 0; i < 2000; ++i) {
+        std::string noise(random() % 40, '\0');
+        for (char &c : noise) c = char(random() % 3 ? 0x80 | random() : random());
+        decoded(noise, ZPUTF8StringEncoding);
+        decoded(noise, ZPUnicodeStringEncoding);
+    }
+}
+
+TEST_F(Encoding, EscapesInNonLossyASCII) {
+    std::u16string text = u"\\\u00e9\u4e2d\t\u0001x";
+    EXPECT_EQ(encoded(text, ZPNonLossyASCIIStringEncoding), "\\\\\\351\\U4E2D\t\\001x");
+    EXPECT_EQ(decoded("\\\\\\351\\U4E2D\t\\001x", ZPNonLossyASCIIStringEncoding), text);
+    for (const char *bad : {"\\", "\\1", "\\12", "\\189", "\\U4e2d", "\\U4E2", "\\x12"}) EXPECT_EQ(decoded(bad, ZPNonLossyASCIIStringEncoding), u"<fails>") << bad;
+    std::mt19937 random(5);
+    for (int i = 0; i < 2000; ++i) {
+        std::u16string units(random() % 30, u'\0');
+        for (char16_t &u : units) u = char16_t(random() % 2 ? random() % 0x100 : random());
+        ASSERT_EQ(decoded(encoded(units, ZPNonLossyASCIIStringEncoding), ZPNonLossyASCIIStringEncoding), units);
+    }
+}
+
+TEST_F(Encoding, ApproximatesWhereLossIsAllowed) {
+    EXPECT_EQ(encoded(u"\u00e9\u00df\u2026\ufb01\u4e2d", ZPASCIIStringEncoding, YES), "ess...fi_");
+    EXPECT_EQ(encoded(u"a\u0100", ZPISOLatin1StringEncoding), "<fails>");
+    EXPECT_EQ(encoded(u"a\u0100b", ZPISOLatin1StringEncoding, YES), "a_b");
+    EXPECT_EQ(encoded(u"\u20ac", ZPWindowsCP1252StringEncoding), "\x80");
+    EXPECT_EQ(encoded(u"\u017d", ZPWindowsCP1252StringEncoding), "<fails>");
+    for (unsigned b = 0x80; b < 0x100; ++b) {
+        unichar unit = ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(b));
+        std::string ascii = encoded(std::u16string(1, unit), ZPASCIIStringEncoding, YES);
+        EXPECT_LE(ascii.size(), 4u);
+        for (char c : ascii) EXPECT_TRUE(c >= 0x20 && c < 0x7F);
+    }
+}
+
+TEST_F(Encoding, StopsBeforeACharacterThatDoesNotFit) {
+    inEveryForm(u"ab\u4e2dc", [](const Form &, ZPString *s) {
+        char buffer[5] = {'#', '#', '#', '#', '#'};
+        unsigned filled;
+        ZPRange rest;
+        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, 4, &filled, ZPUTF8StringEncoding, NO, {0, 4}, &rest));
+        EXPECT_EQ(filled, 2u);
+        EXPECT_EQ(rest, ZPMakeRange(2, 2));
+        EXPECT_EQ(std::string(buffer, 5), "ab###");
+        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, 100, &filled, ZPUTF8StringEncoding, NO, {1, 3}, &rest));
+        EXPECT_EQ(filled, 5u);
+        EXPECT_EQ(rest, ZPMakeRange(4, 0));
+        filled = 77;
+        EXPECT_FALSE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, 4, &filled, ZPISOLatin1StringEncoding, NO, {0, 4}, &rest));
+        EXPECT_EQ(filled, 77u);
+        for (unsigned room = 0; room < 8; ++room) {
+            EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, room > 5 ? 5 : room, &filled, 10, NO, {0, 4}, &rest));
+            EXPECT_LE(filled, room > 5 ? 5 : room);
+        }
+        EXPECT_NE(raised([&] { s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, 9, nullptr, 10, NO, {3, 2}, nullptr); }), "");
+    });
+}
+
+TEST_F(Encoding, AnswersForWhatItDoesNotKnow) {
+    EXPECT_EQ(make(u"x")->dataUsingEncoding(99), nullptr);
+    EXPECT_FALSE(make(u"x")->canBeConvertedToEncoding(99));
+    EXPECT_EQ(decoded("x", 99), u"<fails>");
+    const ZPStringEncoding *list = ZPString::availableStringEncodings();
+    unsigned n = 0;
+    while (list[n]) EXPECT_GT(ZPString::localizedNameOfStringEncoding(list[n++])->length(), 0u);
+    EXPECT_EQ(n, 16u);
+    EXPECT_EQ(list[0], ZPUnicodeStringEncoding);
+    EXPECT_EQ(ZPString::localizedNameOfStringEncoding(99), ""_zp);
+}
+
+TEST_F(Encoding, ReadersConvertOneCharacterAtATime) {
+    std::u16string text(40, u'\u00e9');
+    text += u"\U0001F600\u0151\uffff";
+    inEveryForm(text, [&](const Form &, ZPString *s) {
+        ZPCharacterReader reader;
+        unsigned char bytes[8];
+        _ZPStartCharacterReader(&reader, s, {1, unsigned(text.size()) - 1});
+        for (int i = 0; i < 39; ++i) EXPECT_EQ(ZPUnicodeToISOLatin1(&reader, bytes), 1u);
+        EXPECT_EQ(ZPUnicodeToISOLatin1(&reader, bytes), 0u) << "stays at what it cannot convert";
+        EXPECT_EQ(ZPUnicodeToUTF8(&reader, bytes), 4u);
+        EXPECT_EQ(ZPUnicodeToLossyASCII(&reader, bytes), 1u);
+        EXPECT_EQ(bytes[0], '_');
+        EXPECT_EQ(ZPUnicodeToUTF8(&reader, bytes), 3u);
+        EXPECT_EQ(ZPUnicodeToUTF8(&reader, bytes), 0u);
+        EXPECT_EQ(ZPUnicodeToLossyASCII(&reader, bytes), 0u);
+    });
+}
