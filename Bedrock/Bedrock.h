@@ -1,7 +1,9 @@
 // Everything a client needs.
 #pragma once
 
+#include <Bedrock/bridge/ZPCollectionBridge.h>
 #include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/bridge/ZPStringBridge.h>
 #include <Bedrock/bridge/ZPStringBridge.h>
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>

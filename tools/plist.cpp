@@ -33,7 +33,7 @@ ZPData *readStandardInput() {
 /// The text of a file, or null after a complaint.
 ZPString *readText(const char *file) {
     errno = 0;
-    ZPData *data = std::strcmp(file, "-") == 0 ? readStandardInput() : ZPData::dataWithContentsOfFile(ZPStringFromUTF8(file));
+    ZPData *data = std::strcmp(file, "-") == 0 ? readStandardInput() : ZPData::dataWithContentsOfFile(ZPMakeString(file));
     if (!data) {
         complain(file, errno == EACCES ? "not a readable regular file" : std::strerror(errno ? errno : EIO));
         return nullptr;
@@ -64,13 +64,13 @@ id readTree(const char *file, Dialect dialect) {
     try {
         return dialect == Dialect::strings ? id(text->propertyListFromStringsFileFormat()) : id(text->propertyList());
     } catch (ZPException *e) {
-        complain(file, ZPUTF8FromString(e->reason()).c_str());
+        complain(file, ZPStdString(e->reason()).c_str());
         return nullptr;
     }
 }
 
 bool write(ZPString *text) {
-    std::string bytes = ZPUTF8FromString(text);
+    std::string bytes = ZPStdString(text);
     if (bytes.empty() || bytes.back() != '\n') bytes += '\n';
     return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
 }
@@ -94,7 +94,7 @@ int lint(int count, char **files) {
 int get(const char *file, const char *path) {
     id at = readTree(file, Dialect::propertyList);
     if (!at) return 1;
-    for (ZPString *step : *ZPStringFromUTF8(path)->componentsSeparatedByString("."_zp)) {
+    for (ZPString *step : ZPMakeString(path)->componentsSeparatedByString("."_zp)) {
         id next;
         if (at->isKindOfClass(ZPDictionary::class_())) {
             next = static_cast<ZPDictionary *>(at)->objectForKey(step);
@@ -104,7 +104,7 @@ int get(const char *file, const char *path) {
             if (index >= 0 && unsigned(index) < array->count()) next = array->objectAtIndex(unsigned(index));
         }
         if (!next) {
-            complain(file, ("no value at " + std::string(path) + " (" + ZPUTF8FromString(step) + ")").c_str());
+            complain(file, ("no value at " + std::string(path) + " (" + ZPStdString(step) + ")").c_str());
             return 1;
         }
         at = next;
