@@ -61,10 +61,10 @@ struct DataMethods : ZPData {
         bool concrete = isa == ZPConcreteData::class_();
         unsigned length = concrete ? static_cast<ZPConcreteData *>(static_cast<ZPData *>(this))->_length : ZPData::length();
         if (range.location > length || range.length > length - range.location) _ZPRaiseDataRange(this, "subdataWithRange:"_sel, range, length);
-        if (range.length == length) return copyWithZone(nullptr)->autorelease();
+        if (range.length == length) return ZPObject::copyWithZone(nullptr)->autorelease();
         if (range.length >= (concrete ? worthSharing : worthSharingAnywhere)) {
             ZPSubrangeData *part = ZPAllocateObject(ZPSubrangeData::class_(), 0, zone);
-            part->_data = copyWithZone(nullptr);
+            part->_data = ZPObject::copyWithZone(nullptr);
             part->_location = range.location;
             part->_length = range.length;
             return part->autorelease();
