@@ -126,6 +126,12 @@ objc_object *_zoneAlloc(Class cls, std::size_t extraBytes, ZPZone *zone) {
     return object;
 }
 
+objc_object *_zoneAllocBare(Class cls, std::size_t extraBytes, ZPZone *zone) {
+    objc_object *object = allocateRaw(prefixOf(cls), cls->instanceSize + extraBytes, zone);
+    if (object) object->isa = cls;
+    return object;
+}
+
 objc_object *objc_allocateInstance(Class cls) { return _zoneAlloc(cls, 0, nullptr); }
 
 objc_object *_zoneCopy(objc_object *source, std::size_t extraBytes, ZPZone *zone) {

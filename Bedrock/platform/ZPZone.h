@@ -34,6 +34,8 @@ ZP_EXPORT BOOL vm_deallocate(void *pages, std::size_t bytes);
 
 /// A new instance with `extraBytes` behind its fields: zero-filled, `isa` set, C++ fields constructed.
 ZP_EXPORT objc_object *_zoneAlloc(Class cls, std::size_t extraBytes, ZPZone *zone);
+/// The same with nothing set but `isa`, for a class without C++ fields whose caller writes every field at once.
+objc_object *_zoneAllocBare(Class cls, std::size_t extraBytes, ZPZone *zone);
 /// A copy of an instance, C++ fields copied by their copy constructors.
 ZP_EXPORT objc_object *_zoneCopy(objc_object *object, std::size_t extraBytes, ZPZone *zone);
 /// Destroys the C++ fields of an instance and frees it.

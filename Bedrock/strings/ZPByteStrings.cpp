@@ -150,6 +150,14 @@ struct ConstantStringMethods : ZPConstantString {
 };
 
 struct InlineCStringMethods : ZPInlineCString {
+    // The most common class meets itself most of the time.
+    BOOL isEqualToString(ZPString *other) {
+        if (!other || other->isa != isa) return _ZPEqualStrings(this, other);
+        auto *same = static_cast<ZPInlineCString *>(other);
+        unsigned n = _flags.numBytes;
+        return n == same->_flags.numBytes && std::memcmp(contents(), same->contents(), n) == 0;
+    }
+    unsigned hash() { return ZPHashCString(contents(), _flags.numBytes); }
     ZPString *substringWithRange(ZPRange range) {
         _ZPCheckRange(this, "substringWithRange:"_sel, range, _flags.numBytes);
         return _newSubstringWithRange_zone(range, nullptr)->autorelease();
@@ -209,6 +217,8 @@ ZP_IMPLEMENT(ZPInlineCString)
     .method<&InlineMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
     .method<&InlineMethods::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
     .method<&InlineMethods::copyWithZone>("copyWithZone:")
+    .method<&InlineCStringMethods::isEqualToString>("isEqualToString:")
+    .method<&InlineCStringMethods::hash>("hash")
     .method<&InlineCStringMethods::substringWithRange>("substringWithRange:");
 
 constinit objc_literal8 ZPEmptyStringLiteral = {&ZPConstantStringRecord.cls, "", 0};
@@ -216,9 +226,12 @@ constinit objc_literal8 ZPEmptyStringLiteral = {&ZPConstantStringRecord.cls, "",
 ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) {
     if (length == 0) return ""_zp;
     if (length > 0xFFFF) return static_cast<ZPString *>(ZPAllocateObject(ZPCString::class_(), 0, zone))->initWithCString_length(bytes, length);
-    ZPInlineCString *s = ZPAllocateObject(ZPInlineCString::class_(), length + 1, zone);
-    s->_flags.numBytes = length & 0xFFFF;
-    std::memcpy(s->contents(), bytes, length);
+    auto *s = static_cast<ZPInlineCString *>(_zoneAllocBare(ZPInlineCString::class_(), length + 1, zone));
+    if (!s) [[unlikely]] ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    s->_flags = {0, 0, 0, length & 0xFFFF};
+    char *contents = s->contents();
+    std::memcpy(contents, bytes, length);
+    contents[length] = '\0';
     return s;
 }
 

@@ -75,7 +75,19 @@ void fetch(ZPString *string, const ZPStringView &view, unsigned from, unsigned c
 // ---- equality ----
 
 bool equalBytesAndUnits(const unsigned char *bytes, const unichar *units, unsigned n) {
-    for (unsigned i = 0; i < n; ++i)
+    unsigned i = 0;
+    if constexpr (std::endian::native == std::endian::little)
+        for (; i + 4 <= n; i += 4) {  // four ASCII bytes, spread to the width of units
+            std::uint32_t four;
+            std::uint64_t wide;
+            std::memcpy(&four, bytes + i, 4);
+            std::memcpy(&wide, units + i, 8);
+            if (four & 0x80808080) break;
+            std::uint64_t spread = (four | std::uint64_t(four) << 16) & 0x0000FFFF0000FFFF;
+            spread = (spread | spread << 8) & 0x00FF00FF00FF00FF;
+            if (spread != wide) return false;
+        }
+    for (; i < n; ++i)
         if (_ZPUnitOfByte(bytes[i]) != units[i]) return false;
     return true;
 }
@@ -115,23 +127,7 @@ struct CompareMethods : ZPString {
         if (other.pointer()->isa != isa && !objc_msgSend<BOOL>(other, "isKindOfClass:"_sel, ZPString::class_())) return NO;
         return ZPString::isEqualToString(static_cast<ZPString *>(other.pointer()));
     }
-    BOOL isEqualToString(ZPString *other) {
-        if (other == this) return YES;
-        if (!other) return NO;
-        ZPStringView a = _ZPViewOfString(this);
-        if (!a.shown()) return compare_options_range(other, 0, {0, a.length}) == ZPOrderedSame;
-        ZPStringView b = _ZPViewOfString(other);
-        if (b.shown()) return equalRuns(a, b);
-        if (a.length != b.length) return NO;
-        unichar its[_ZPBlockUnits];
-        for (unsigned at = 0; at < a.length; at += _ZPBlockUnits) {
-            unsigned n = std::min(a.length - at, _ZPBlockUnits);
-            other->getCharacters_range(its, {at, n});
-            ZPStringView piece{a.bytes ? a.bytes + at : nullptr, a.units ? a.units + at : nullptr, n};
-            if (!equalRuns(piece, {nullptr, its, n})) return NO;
-        }
-        return YES;
-    }
+    BOOL isEqualToString(ZPString *other) { return _ZPEqualStrings(this, other); }
     unsigned hash() { return ZPHashString(this); }
 };
 
@@ -146,6 +142,24 @@ ZP_CATEGORY(ZPString, ZPStringComparison)
     .method<&CompareMethods::isEqualToString>("isEqualToString:")
     .method<&CompareMethods::hash>("hash");
 
+BOOL _ZPEqualStrings(ZPString *string, ZPString *other) {
+    if (other == string) return YES;
+    if (!other) return NO;
+    ZPStringView a = _ZPViewOfString(string);
+    if (!a.shown()) return string->compare_options_range(other, 0, {0, a.length}) == ZPOrderedSame;
+    ZPStringView b = _ZPViewOfString(other);
+    if (b.shown()) return equalRuns(a, b);
+    if (a.length != b.length) return NO;
+    unichar its[_ZPBlockUnits];
+    for (unsigned at = 0; at < a.length; at += _ZPBlockUnits) {
+        unsigned n = std::min(a.length - at, _ZPBlockUnits);
+        other->getCharacters_range(its, {at, n});
+        ZPStringView piece{a.bytes ? a.bytes + at : nullptr, a.units ? a.units + at : nullptr, n};
+        if (!equalRuns(piece, {nullptr, its, n})) return NO;
+    }
+    return YES;
+}
+
 unsigned ZPHashCharacters(const unichar *characters, unsigned length) {
     if (length > hashedUnits) return hashEnds(characters, characters + length - 8, length);
     return hashOf(characters, length, length);
@@ -155,8 +169,12 @@ unsigned ZPHashCString(const char *text, unsigned length) {
     auto *bytes = reinterpret_cast<const unsigned char *>(text);
     unsigned hashed = std::min(length, hashedUnits);
     bool ends = length > hashedUnits;
-    if (ends ? _ZPIsASCII(bytes, 8) && _ZPIsASCII(bytes + length - 8, 8) : _ZPIsASCII(bytes, length)) [[likely]]
-        return ends ? hashEnds(bytes, bytes + length - 8, length) : hashOf(bytes, length, length);
+    if (ends) {
+        std::uint64_t first, last;
+        std::memcpy(&first, bytes, 8);
+        std::memcpy(&last, bytes + length - 8, 8);
+        if (!((first | last) & 0x8080808080808080)) [[likely]] return hashEnds(bytes, bytes + length - 8, length);
+    } else if (_ZPIsASCII(bytes, length)) [[likely]] return hashOf(bytes, length, length);
     unichar units[hashedUnits];
     for (unsigned i = 0; i < hashed; ++i) units[i] = _ZPUnitOfByte(bytes[ends && i >= 8 ? length - 16 + i : i]);
     return hashOf(units, length, hashed);

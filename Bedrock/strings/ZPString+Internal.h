@@ -124,6 +124,9 @@ inline ZPStringView _ZPViewOfString(ZPString *string) {
 /// Copies a part of a view as units.
 void _ZPCopyUnits(const ZPStringView &view, unsigned from, unsigned count, unichar *buffer);
 
+/// What `isEqualToString:` answers.
+BOOL _ZPEqualStrings(ZPString *string, ZPString *other);
+
 bool _ZPIsASCII(const void *bytes, unsigned length);
 /// Whether bytes in the default C-string encoding may be kept as they are in an 8-bit object.
 inline bool _ZPFitsByteStorage(const void *bytes, unsigned length) {
