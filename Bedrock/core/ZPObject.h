@@ -29,6 +29,7 @@ struct ZPObject : objc_object {
 
     /// Adds a reference and answers the receiver.
     id retain() {
+        if (!objc_receiver(this)) return nullptr;
         if (__atomic_load_n(&isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) [[likely]] {
             objc_retainInHeader(this);
             return this;
@@ -37,6 +38,7 @@ struct ZPObject : objc_object {
     }
     /// Gives a reference up; the last one deallocates the receiver.
     void release() {
+        if (!objc_receiver(this)) return;
         unsigned info = __atomic_load_n(&isa->info, __ATOMIC_RELAXED);
         if (info & objc_defaultCounting) [[likely]] {
             if (!objc_releaseInHeader(this)) return;
@@ -48,6 +50,7 @@ struct ZPObject : objc_object {
     }
     /// Has the innermost autorelease pool of the calling thread release the receiver later.
     id autorelease() {
+        if (!objc_receiver(this)) return nullptr;
         if (__atomic_load_n(&isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) [[likely]] {
             ZPAutoreleaseObject(this);
             return this;

@@ -134,7 +134,7 @@ template <class R = void, class... A> ZP_INLINE R objc_msgSendUnchecked(objc_obj
 /// types must be the method's own: in checked builds a send whose types do not match the method's
 /// type string stops the process with a message that names both.
 template <class R = void, class... A> ZP_INLINE R objc_msgSend(id receiver, SEL selector, A... arguments) {
-    objc_object *self = receiver.pointer();
+    objc_object *self = objc_receiver(receiver.pointer());
 #if ZP_CHECKED
     if (self) objc_checkSend(self->isa, selector, objc_methodTypes<R, A...>());
 #endif
@@ -164,7 +164,7 @@ template <class T> ZP_INLINE auto objc_variadicArgument(T value) {
 /// `objc_sendVariadic<ZPString *, ZPString *>::send(receiver, "stringWithFormat:"_sel, format, 1, 2.5)`.
 template <class R, class... N> struct objc_sendVariadic {
     template <class... A> static ZP_INLINE R send(id receiver, SEL selector, N... named, A... arguments) {
-        objc_object *self = receiver.pointer();
+        objc_object *self = objc_receiver(receiver.pointer());
         if (!self) [[unlikely]] {
             if constexpr (std::is_void_v<R>) return;
             else return R{};

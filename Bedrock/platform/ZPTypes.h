@@ -73,6 +73,13 @@ template <class T> consteval bool objc_isObjectClass() {
 
 template <class T> concept objc_ObjectClass = objc_isObjectClass<std::remove_cv_t<T>>();
 
+/// A receiver as it is. A front's member may be called on a null pointer, which the compiler otherwise takes
+/// for impossible: it must not drop the test that answers a message to null.
+ZP_INLINE objc_object *objc_receiver(objc_object *object) {
+    __asm__("" : "+r"(object));
+    return object;
+}
+
 /// Stops the process when `object` is not of class T (checked builds).
 template <class T> void objc_checkConversion(objc_object *object);
 
