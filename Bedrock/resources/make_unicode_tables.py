@@ -71,7 +71,7 @@ def row(bits):
 def numbers(values, width=118):
     lines, line = [], "   "
     for v in values:
-        text = f" {v},"
+        text = f"{v},"
         if len(line) + len(text) > width:
             lines.append(line)
             line = "   "
@@ -82,7 +82,7 @@ def numbers(values, width=118):
 def case_table(name, mapping):
     pairs = sorted(mapping.items())
     starts = [sum(p < high << 8 for p, _ in pairs) for high in range(257)]
-    body = numbers(f"{{0x{a:X}, 0x{b:X}}}" for a, b in pairs)
+    body = numbers(f"{{{a},{b}}}" for a, b in pairs)
     return (f"static constexpr ZPCaseTable::Pair {name}Pairs[] = {{\n{body}\n}};\n"
             f"static constexpr unsigned short {name}Starts[257] = {{\n{numbers(starts)}\n}};\n"
             f"const ZPCaseTable _ZP{name}Table = {{{name}Pairs, {name}Starts}};\n")

@@ -2,6 +2,7 @@
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
+#include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>
 #include <Bedrock/strings/ZPString+Internal.h>
 
@@ -86,10 +87,13 @@ struct CharacterSetClassMethods {
     }
     static ZPCharacterSet *withBitmap(Class, ZPData *data) {
         ZPConcreteMutableCharacterSet *set = newConcrete(nullptr);
-        const void *bytes = objc_msgSend<const void *>(data, "bytes"_sel);
-        unsigned length = std::min(objc_msgSend<unsigned>(data, "length"_sel), bitmapBytes);
-        if (length) std::memcpy(set->bits, bytes, length);
+        unsigned length = data ? std::min(data->length(), bitmapBytes) : 0;
+        if (length) std::memcpy(set->bits, data->bytes(), length);
         return set->autorelease();
+    }
+    static ZPCharacterSet *withFile(Class self, ZPString *path) {
+        ZPData *data = path && path->hasSuffix(".bitmap"_zp) ? ZPData::dataWithContentsOfFile(path) : nullptr;
+        return data ? withBitmap(self, data) : nullptr;
     }
     static ZPCharacterSet *concreteWithRange(Class, ZPRange range) {
         ZPConcreteMutableCharacterSet *set = newConcrete(nullptr);
@@ -117,7 +121,7 @@ struct CharacterSetMethods : ZPCharacterSet {
     }
     ZPData *bitmapRepresentation() {
         Bitmap bitmap(this);
-        return objc_msgSend<ZPData *>(objc_getClass("ZPData"), "dataWithBytes:length:"_sel, static_cast<const void *>(bitmap.bits), bitmapBytes);
+        return ZPData::dataWithBytes_length(bitmap.bits, bitmapBytes);
     }
     BOOL isEmpty() { return Bitmap(this).count() == 0; }
     unsigned count() { return Bitmap(this).count(); }
@@ -135,7 +139,7 @@ struct CharacterSetMethods : ZPCharacterSet {
         Bitmap mine(this), its(static_cast<ZPCharacterSet *>(other.pointer()));
         return std::memcmp(mine.bits, its.bits, bitmapBytes) == 0;
     }
-    unsigned hash() { return objc_msgSend<unsigned>(ZPCharacterSet::bitmapRepresentation(), "hash"_sel); }
+    unsigned hash() { return ZPCharacterSet::bitmapRepresentation()->hash(); }
 };
 
 struct MutableCharacterSetMethods : ZPMutableCharacterSet {
@@ -223,6 +227,7 @@ ZP_IMPLEMENT(ZPCharacterSet)
     .classMethod<&CharacterSetClassMethods::withRange>("characterSetWithRange:")
     .classMethod<&CharacterSetClassMethods::withString>("characterSetWithCharactersInString:")
     .classMethod<&CharacterSetClassMethods::withBitmap>("characterSetWithBitmapRepresentation:")
+    .classMethod<&CharacterSetClassMethods::withFile>("characterSetWithContentsOfFile:")
     .method<&CharacterSetMethods::characterIsMember>("characterIsMember:")
     .method<&CharacterSetMethods::invertedSet>("invertedSet")
     .method<&CharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")

@@ -48,6 +48,10 @@ struct ZPCharacterSet : ZPObject {
     static ZPCharacterSet *characterSetWithBitmapRepresentation(ZPData *data) {
         return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithBitmapRepresentation:"_sel, data);
     }
+    /// Reads a file whose name ends in ".bitmap" and which holds such bytes; null when that cannot be done.
+    static ZPCharacterSet *characterSetWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithContentsOfFile:"_sel, path);
+    }
 
     BOOL characterIsMember(unichar unit) { return objc_msgSend<BOOL>(this, "characterIsMember:"_sel, unit); }
     /// The set of all other units.

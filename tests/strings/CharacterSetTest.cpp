@@ -1,6 +1,7 @@
 // Character sets: the standard sets, and every kind of set beside one bitmap.
 #include "StringForms.h"
 
+#include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
 
 #include <bitset>
@@ -92,4 +93,25 @@ TEST(CharacterSet, changes) {
     EXPECT_FALSE(set->characterIsMember('a'));
     set->formUnionWithCharacterSet(ZPCharacterSet::characterSetWithCharactersInString("xyz"_zp));
     EXPECT_TRUE(set->characterIsMember('z'));
+}
+
+TEST(CharacterSet, bitmaps) {
+    ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(), *odd = OddSet::new_()->autorelease();
+    for (ZPCharacterSet *set : {letters, letters->invertedSet(), ZPCharacterSet::characterSetWithRange({0xFFF0, 16}), odd}) {
+        ZPData *bitmap = set->bitmapRepresentation();
+        ASSERT_EQ(bitmap->length(), 8192u);
+        ZPCharacterSet *again = ZPCharacterSet::characterSetWithBitmapRepresentation(bitmap);
+        Members expected = membersOf(set);
+        if (set == odd) expected[0xFFFF] = false;  // what only answers membership never tells of the last unit
+        EXPECT_EQ(membersOf(again), expected);
+        EXPECT_TRUE(again->isEqual(set));
+        EXPECT_EQ(again->hash(), set->hash());
+    }
+    ZPCharacterSet *shortened = ZPCharacterSet::characterSetWithBitmapRepresentation(ZPData::dataWithBytes_length("\x03", 1));
+    EXPECT_EQ(shortened->count(), 2u);
+    ZPString *path = ZPString::stringWithCString((testing::TempDir() + "set" + std::to_string(std::random_device()()) + ".bitmap").c_str());
+    ASSERT_TRUE(letters->bitmapRepresentation()->writeToFile_atomically(path, NO));
+    EXPECT_TRUE(ZPCharacterSet::characterSetWithContentsOfFile(path)->isEqual(letters));
+    std::remove(path->cString());
+    EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(path), nullptr);
 }
