@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <strings.h>
 
 Class (*_ZPAltClassNameFromString)(ZPString *name);
@@ -16,7 +17,13 @@ static ZPString *stringWithCString(const char *text) {
         if (!cls) objc_fatal("%s", text);  // no strings in this process: the text itself is all there is
         __atomic_store_n(&strings, cls, __ATOMIC_RELAXED);
     }
-    return objc_msgSend<ZPString *>(cls, "stringWithCString:"_sel, text);
+    ZPString *string = objc_msgSend<ZPString *>(cls, "stringWithCString:"_sel, text);
+    if (string) return string;
+    // Bytes that are no text in the default encoding: a message with gaps is better than none.
+    std::string shown = text;
+    for (char &c : shown)
+        if (c & 0x80) c = '?';
+    return objc_msgSend<ZPString *>(cls, "stringWithCString:"_sel, shown.c_str());
 }
 
 ZPString *_ZPStringWithCText(const char *format, ...) {

@@ -30,10 +30,11 @@ struct Shelf {
     unsigned count;
 };
 [[gnu::tls_model("initial-exec")]] thread_local constinit Shelf shelves[largestKept / grain + 1]{};
-[[gnu::tls_model("initial-exec")]] thread_local constinit bool ended = false;
+enum class Keeping : char { notYet, yes, ended };
+[[gnu::tls_model("initial-exec")]] thread_local constinit Keeping keeping = Keeping::notYet;
 
 void emptyShelves(ZPThreadData *) {
-    ended = true;
+    keeping = Keeping::ended;
     for (Shelf &shelf : shelves) {
         for (Block *block = shelf.first; block;) {
             Block *next = block->next;
@@ -61,12 +62,13 @@ ZP_INLINE void *takeBlock(std::size_t size, unsigned &shelf) {
 
 ZP_INLINE void keepBlock(void *memory, unsigned index) {
     Shelf &shelf = shelves[index];
-    if (shelf.count == 0) [[unlikely]] {
-        if (ended || kept == 0) {
+    if (keeping != Keeping::yes) [[unlikely]] {
+        if (keeping == Keeping::ended || kept == 0) {
             std::free(memory);
             return;
         }
         ZPCleanUpThread(emptyShelves);
+        keeping = Keeping::yes;
     }
     if (shelf.count >= kept) {
         std::free(memory);
