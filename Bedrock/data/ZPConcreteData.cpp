@@ -33,7 +33,7 @@ struct ConcreteDataMethods : ZPConcreteData {
     }
 
     ZPData *initDesignated(void *bytes, unsigned length, BOOL copy, BOOL freeWhenDone, BOOL pages) {
-        _ZPCheckDataSize(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, "length", length);
+        _ZPCheckInitialDataSize(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, "length", length);
         if (length == 0) {
             _flags = 0;
             _capacity = _length = 0;
@@ -74,7 +74,7 @@ struct ConcreteDataMethods : ZPConcreteData {
     }
     ZPData *initWithFileMapper(ZPFileMapper *mapper, unsigned length) {
         if (!mapper || length == 0) return initWithBytes_length_copy_freeWhenDone_bytesAreVM(nullptr, 0, NO, NO, NO);
-        _ZPCheckDataSize(this, "initWithFileMapper:length:"_sel, "length", length);
+        _ZPCheckInitialDataSize(this, "initWithFileMapper:length:"_sel, "length", length);
         void *view = mapper->newReadOnlyMappingOfLength(length);
         if (!view) return giveUp();
         _mapper = static_cast<ZPFileMapper *>(mapper->retain());

@@ -155,13 +155,17 @@ struct DataClassMethods {
 
 struct SubrangeMethods : ZPSubrangeData {
     id init() {
-        ZPException::raise_format(ZPGenericException, "%@: should never be called"_zp, _ZPMethodExceptionProem(this, "init"_sel));
+        ZPString *proem = _ZPMethodExceptionProem(this, "init"_sel);
+        release();
+        ZPException::raise_format(ZPGenericException, "%@: should never be called"_zp, proem);
     }
     ZPData *initWithDataRange(ZPData *data, ZPRange range) {
         SEL selector = "initWithData:range:"_sel;
         unsigned length = data ? data->length() : 0;
-        if (range.length == 0 && range.location > length) _ZPRaiseDataLocation(this, selector, range.location, length);
-        if (range.location > length || range.length > length - range.location) _ZPRaiseDataRange(this, selector, range, length);
+        bool outside = range.location > length || range.length > length - range.location;
+        if (outside) autorelease();
+        if (range.length == 0 && outside) _ZPRaiseDataLocation(this, selector, range.location, length);
+        if (outside) _ZPRaiseDataRange(this, selector, range, length);
         _data = static_cast<ZPData *>(id(data)->copyWithZone(nullptr));
         _location = range.location;
         _length = range.length;
@@ -224,6 +228,12 @@ ZP_IMPLEMENT(ZPSubrangeData)
     .method<&SubrangeMethods::bytesAreVM>("_bytesAreVM")
     .method<&SubrangeMethods::copyWithZone>("copyWithZone:")
     .method<&SubrangeMethods::dealloc>("dealloc");
+
+void _ZPRaiseDataSize(ZPData *receiver, SEL selector, const char *what, unsigned value, bool releases) {
+    ZPString *proem = _ZPMethodExceptionProem(receiver, selector);
+    if (releases) receiver->release();
+    ZPException::raise_format(ZPInvalidArgumentException, "%@: absurd %s: %d"_zp, proem, what, int(value));
+}
 
 void _ZPRaiseDataLocation(id receiver, SEL selector, unsigned location, unsigned length) {
     ZPException::raise_format(ZPRangeException, "%@: location %u exceeds data length %u"_zp, _ZPMethodExceptionProem(receiver, selector), location, length);

@@ -139,7 +139,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
     // ---- initialisers ----
 
     ZPMutableData *initWithCapacity(unsigned n) {
-        _ZPCheckDataSize(this, "initWithCapacity:"_sel, "capacity", n);
+        _ZPCheckInitialDataSize(this, "initWithCapacity:"_sel, "capacity", n);
         _capacity = roomFor(n, n / 4);
         return this;
     }
@@ -160,7 +160,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
     }
     ZPData *initWithFileMapper(ZPFileMapper *mapper, unsigned length) {
         if (!mapper || length == 0) return ConcreteMutableData::init();
-        _ZPCheckDataSize(this, "initWithFileMapper:length:"_sel, "capacity", length);
+        _ZPCheckInitialDataSize(this, "initWithFileMapper:length:"_sel, "capacity", length);
         void *view = mapper->newCopyOnWriteMappingOfLength(length);
         if (!view) {
             release();

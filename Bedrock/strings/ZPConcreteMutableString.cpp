@@ -96,7 +96,12 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         ConcreteMutable::initWithCapacity(100);
-        setStringWithFormat_locale_arguments(format, locale, arguments);
+        try {
+            setStringWithFormat_locale_arguments(format, locale, arguments);
+        } catch (...) {
+            release();
+            throw;
+        }
         return this;
     }
     void dealloc() {

@@ -4,8 +4,7 @@
 //   placeholders         those of other zones, with the one answered last in front; under a mutex
 //
 // A zone that is recycled leaves its placeholder behind, so that another zone at the same address finds it.
-#include <Bedrock/strings/ZPMutableString.h>
-#include <Bedrock/strings/ZPString+Internal.h>
+#include <Bedrock/strings/ZPMutableString+Internal.h>
 
 #include <mutex>
 #include <vector>
@@ -65,11 +64,7 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
         return _ZPNewStringAdoptingUnits(block.take(), length, YES, zoneForString);
     }
     ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
-        auto *text = static_cast<ZPConcreteMutableString *>(ZPConcreteMutableString::allocWithZone(zoneForString)->initWithCapacity(100));
-        struct Owned { ZPConcreteMutableString *text; ~Owned() { if (text) text->release(); } } owned{text};
-        text->setStringWithFormat_locale_arguments(format, id(reinterpret_cast<objc_object *>(locale)), arguments);
-        owned.text = nullptr;
-        return objc_msgSend<id>(text, "_copyAndRelease"_sel);
+        return _ZPNewFormattedString(zoneForString, format, id(reinterpret_cast<objc_object *>(locale)), arguments);
     }
     ZPString *initWithData(ZPData *data, ZPStringEncoding encoding) {
         auto *receiver = reinterpret_cast<objc_object *>(data);

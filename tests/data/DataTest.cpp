@@ -13,7 +13,8 @@ const std::vector<Form> &forms() {
     static const std::vector<Form> all = {
         {"copied", make},
         {"adopted", [](const std::string &b) {
-             void *block = ZPZoneMalloc(nullptr, b.size() + 1);
+             if (b.empty()) return ZPData::data();
+             void *block = ZPZoneMalloc(nullptr, b.size());
              std::memcpy(block, b.data(), b.size());
              return ZPData::dataWithBytesNoCopy_length(block, unsigned(b.size()));
          }},

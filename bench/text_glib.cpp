@@ -1,0 +1,15 @@
+#include "common.h"
+
+#include <glib.h>
+
+static void format_glib(State &s) {
+    const char *name = "Warehouse 7";
+    int count = 1234;
+    for (auto _ : s) {
+        DoNotOptimize(count);
+        char *x = g_strdup_printf("%s has %d items (%.2f)", name, count, 98.765);
+        DoNotOptimize(x);
+        g_free(x);
+    }
+}
+BENCHMARK(format_glib);
