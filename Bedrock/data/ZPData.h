@@ -129,6 +129,9 @@ ZP_EXPORT ZPData *_ZPNewImmutableData(const void *bytes, unsigned length, ZPZone
 /// Takes over a zone's block.
 ZP_EXPORT ZPData *_ZPNewImmutableDataNoCopy(void *bytes, unsigned length, ZPZone *zone);
 
+/// Takes over a block of the zone that has room for `capacity` bytes.
+ZP_EXPORT ZPMutableData *_ZPNewMutableDataNoCopy(void *bytes, unsigned length, unsigned capacity, ZPZone *zone);
+
 // Whole files. Failure answers NO (or -1) with the reason in `errno`. Paths as C strings are in the form that
 // `fileSystemRepresentation` answers.
 

@@ -320,3 +320,11 @@ ZP_IMPLEMENT(ZPConcreteMutableData)
     .method<&ConcreteMutableData::appendData>("appendData:")
     .method<&ConcreteMutableData::replaceBytes>("replaceBytesInRange:withBytes:")
     .method<&ConcreteMutableData::resetBytes>("resetBytesInRange:");
+
+ZPMutableData *_ZPNewMutableDataNoCopy(void *bytes, unsigned length, unsigned capacity, ZPZone *zone) {
+    ZPConcreteMutableData *data = ZPAllocateObject(ZPConcreteMutableData::class_(), 0, zone);
+    data->_bytes = bytes;
+    data->_length = length;
+    data->_capacity = capacity;
+    return data;
+}

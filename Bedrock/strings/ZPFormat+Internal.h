@@ -21,6 +21,11 @@ class ZPFormatText {
     ~ZPFormatText() {
         if (_buffer != _local) ZPZoneFree(nullptr, _buffer);
     }
+    /// Empties the text; what it has become wide for is forgotten with it.
+    void clear() {
+        _length = 0;
+        if (_wide) _wide = false;
+    }
     /// Bytes in the storage encoding.
     void append(const void *text, unsigned count) {
         if (count > _capacity - _length) grow(count);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <cwchar>
 
 namespace {
@@ -15,6 +16,10 @@ unsigned padding(const ZPFormatDirective &d, unsigned length) {
 
 // prefix (sign or base), then `zeros` zeros, then digits, padded to the width.
 void number(ZPFormatText &text, const ZPFormatDirective &d, const char *prefix, unsigned zeros, const char *digits, unsigned length, bool padZeros) {
+    if (d.width <= 0 && zeros == 0 && !*prefix) {
+        text.append(digits, length);
+        return;
+    }
     unsigned head = unsigned(std::strlen(prefix)), pad = padding(d, head + zeros + length);
     if (pad && !d.left && !padZeros) text.fill(' ', pad);
     text.append(prefix, head);
@@ -37,10 +42,8 @@ void integer(ZPFormatText &text, const ZPFormatDirective &d, std::uint64_t magni
         for (std::uint64_t v = magnitude; v; v >>= 4) *--p = set[v & 15];
         break;
     }
-    default: {
-        std::uint64_t v = magnitude;
-        for (; v; v /= 10) *--p = char('0' + v % 10);
-    }
+    default:
+        for (std::uint64_t v = magnitude; v; v /= 10) *--p = char('0' + v % 10);
     }
     unsigned length = unsigned(end - p), least = d.precision < 0 ? 1 : unsigned(d.precision), zeros = least > length ? least - length : 0;
     const char *prefix = "";
@@ -50,9 +53,39 @@ void integer(ZPFormatText &text, const ZPFormatDirective &d, std::uint64_t magni
     number(text, d, prefix, zeros, p, length, d.zeros && d.precision < 0);
 }
 
+// Fixed decimals of a number with a fraction, as a whole number of units of the last place: the exact product
+// mantissa x 10^precision / 2^shift, rounded half to even. Answers the text's end, or null when the product does
+// not fit.
+char *shortFixed(double value, int precision, char *buffer) {
+    static constexpr std::uint64_t powers[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
+    std::uint64_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    int exponent = int(bits >> 52 & 0x7FF);
+    std::uint64_t mantissa = (bits & ((1ull << 52) - 1)) | (exponent ? 1ull << 52 : 0);
+    int shift = 1075 - (exponent ? exponent : 1);
+    if (precision >= int(std::size(powers)) || shift < 1 || shift > 120) return nullptr;
+    unsigned __int128 product = static_cast<unsigned __int128>(mantissa) * powers[precision], whole = product >> shift;
+    if (whole >> 63) return nullptr;
+    unsigned __int128 rest = product - (whole << shift), half = static_cast<unsigned __int128>(1) << (shift - 1);
+    auto low = static_cast<std::uint64_t>(whole);
+    if (rest > half || (rest == half && (low & 1))) ++low;
+    char digits[24], *p = digits + sizeof digits;
+    int n = 0;
+    for (; n < precision; ++n, low /= 10) *--p = char('0' + low % 10);
+    if (precision) *--p = '.';
+    do *--p = char('0' + low % 10);
+    while (low /= 10);
+    std::size_t length = std::size_t(digits + sizeof digits - p);
+    std::memcpy(buffer, p, length);
+    return buffer + length;
+}
+
 // Decimal text of a finite, non-negative number. `buffer` has room for what the precision asks for.
 template <class T> char *decimal(const ZPFormatDirective &d, T value, char *buffer, char *limit) {
     int precision = d.precision < 0 ? 6 : d.precision;
+    if constexpr (sizeof(T) == sizeof(double))
+        if (d.conversion == 'f' && !d.alternate)
+            if (char *end = shortFixed(value, precision, buffer)) return end;
     auto write = [&](std::chars_format format, int digits) { return std::to_chars(buffer, limit, value, format, digits).ptr; };
     char *end;
     char conversion = d.conversion | 0x20;

@@ -8,6 +8,7 @@
 #include <Bedrock/strings/ZPStringEncoding+Internal.h>
 
 #include <algorithm>
+#include <array>
 
 // ---- the text under construction ----------------------------------------------------------------
 
@@ -78,12 +79,23 @@ ZPString *ZPFormatText::newString(ZPZone *zone) {
     if (_length == 0) return ""_zp;
     auto make = [&]<class S>(std::type_identity<S>) {
         using Unit = typename S::Unit;
-        ZPZoneBlock<Unit> block(_length, zone);
-        std::memcpy(block.memory, _buffer, _length * sizeof(Unit));
-        S *s = _ZPNewStringWithGap<S>(_capacityToInternal(_length), zone);
-        _ZPBufferOf(s) = block.take();
+        constexpr std::size_t largestInside = 1024;
+        std::size_t size = _length * sizeof(Unit);
+        S *s;
+        if (size <= largestInside) {
+            s = ZPAllocateObject(S::class_(), unsigned(size), zone);
+            _ZPBufferOf(s) = reinterpret_cast<Unit *>(s + 1);
+            std::memcpy(_ZPBufferOf(s), _buffer, size);
+        } else {
+            ZPZoneBlock<Unit> block(_length, zone);
+            std::memcpy(block.memory, _buffer, size);
+            s = ZPAllocateObject(S::class_(), 0, zone);
+            _ZPBufferOf(s) = block.take();
+            s->_flags.freeWhenDone = 1;
+        }
+        s->_flags.capacity = _capacityToInternal(_length) & 0xFFFF;
+        s->_flags.canWriteIntoBuffer = 1;
         _ZPLengthOf(s) = s->gapBegin = s->gapEnd = _length;
-        s->_flags.freeWhenDone = s->_flags.canWriteIntoBuffer = 1;
         return s;
     };
     if (_wide) return make(std::type_identity<ZPUnicodeStringWithGap>{});
@@ -94,84 +106,101 @@ ZPString *ZPFormatText::newString(ZPZone *zone) {
 
 namespace {
 
-bool isConversion(char c) {
-    switch (c) {
-    case 'd': case 'i': case 'o': case 'u': case 'x': case 'X': case 'c': case 's': case 'e': case 'E': case 'f':
-    case 'g': case 'G': case 'p': case 'n': case '@': case '%': return true;
-    default: return false;
-    }
-}
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr auto conversions = [] {
+    std::array<bool, 128> set{};
+    for (char c : {'d', 'i', 'o', 'u', 'x', 'X', 'c', 's', 'e', 'E', 'f', 'g', 'G', 'p', 'n', '@', '%'}) set[std::size_t(c)] = true;
+    return set;
+}();
+bool isConversion(char c) { return conversions[static_cast<unsigned char>(c)]; }
 
 constexpr int largestWidth = 999999999;
 
-// Digits, a star, or a star with a position; answers false for a star with a malformed position.
-void parseNumber(const char *&p, int *number, unsigned *position) {
-    if (*p == '*') {
+// The units of a directive as characters: 0 behind the longest directive, the format's end and a unit above 0x7F.
+struct Cursor {
+    const ZPStringView &format;
+    unsigned at, end;
+
+    char operator*() const {
+        if (at >= end) return 0;
+        unsigned unit = format.bytes ? format.bytes[at] : format.units[at];
+        return unit <= 0x7F ? char(unit) : 0;
+    }
+    char next() const { return *Cursor{format, at + 1, end}; }
+    bool isDigit() const { return **this >= '0' && **this <= '9'; }
+    bool atPosition() const { return **this >= '1' && **this <= '9' && next() == '$'; }
+    bool take(char c) {
+        if (**this != c) return false;
+        ++at;
+        return true;
+    }
+};
+
+// Digits, a star, or a star with a position.
+void parseNumber(Cursor &c, int *number, unsigned *position) {
+    if (c.take('*')) {
         *number = ZPFormatDirective::fromArgument;
-        ++p;
-        if (*p >= '1' && *p <= '9' && p[1] == '$') {
-            *position = unsigned(*p - '0');
-            p += 2;
+        if (c.atPosition()) {
+            *position = unsigned(*c - '0');
+            c.at += 2;
         }
         return;
     }
     long long n = 0;
-    while (isDigit(*p)) n = std::min<long long>(n * 10 + (*p++ - '0'), largestWidth);
+    for (; c.isDigit(); ++c.at) n = std::min<long long>(n * 10 + (*c - '0'), largestWidth);
     *number = int(n);
+}
+
+void parseFlags(Cursor &c, ZPFormatDirective &d) {
+    for (;; ++c.at) {
+        switch (*c) {
+        case '-': d.left = true; break;
+        case '+': d.plus = true; break;
+        case ' ': d.blank = true; break;
+        case '#': d.alternate = true; break;
+        case '0': d.zeros = true; break;
+        case '\'': break;
+        default: return;
+        }
+    }
+}
+
+ZPFormatSize parseSize(Cursor &c) {
+    switch (*c) {
+    case 'h': ++c.at; return c.take('h') ? ZPFormatSize::char_ : ZPFormatSize::short_;
+    case 'l': ++c.at; return c.take('l') ? ZPFormatSize::longLong : ZPFormatSize::long_;
+    case 'q': ++c.at; return ZPFormatSize::longLong;
+    case 'L': ++c.at; return ZPFormatSize::longDouble;
+    case 'j': ++c.at; return ZPFormatSize::intMax;
+    case 'z': ++c.at; return ZPFormatSize::size;
+    case 't': ++c.at; return ZPFormatSize::pointerDifference;
+    default: return ZPFormatSize::int_;
+    }
 }
 
 }  // namespace
 
 ZPFormatDirective _ZPParseDirective(const ZPStringView &format, unsigned begin) {
     constexpr unsigned longest = 31;
-    char text[longest + 1];
-    unsigned n = 0, at = begin;
-    bool complete = false;
     ZPFormatDirective d{begin, begin};
-    while (n < longest && at < format.length) {
-        unsigned unit = format.bytes ? format.bytes[at] : format.units[at];
-        if (unit > 0x7F) break;
-        ++at;
-        text[n++] = char(unit);
-        if (n > 1 && isConversion(char(unit))) {
-            complete = true;
-            break;
+    Cursor c{format, begin + 1, begin + std::min(longest, format.length - begin)};
+    if (!isConversion(*c)) {
+        if (c.atPosition()) {
+            d.position = unsigned(*c - '0');
+            c.at += 2;
         }
+        parseFlags(c, d);
+        if (*c == '*' || c.isDigit()) parseNumber(c, &d.width, &d.widthPosition);
+        if (c.take('.')) parseNumber(c, &d.precision, &d.precisionPosition);
+        d.size = parseSize(c);
     }
-    d.end = at;
-    text[n] = 0;
-    if (!complete) return d;
-
-    const char *p = text + 1, *last = text + n - 1;
-    if (*p >= '1' && *p <= '9' && p[1] == '$') {
-        d.position = unsigned(*p - '0');
-        p += 2;
+    if (isConversion(*c)) {
+        d.conversion = *c;
+        d.end = c.at + 1;
+        return d;
     }
-    for (;; ++p) {
-        if (*p == '-') d.left = true;
-        else if (*p == '+') d.plus = true;
-        else if (*p == ' ') d.blank = true;
-        else if (*p == '#') d.alternate = true;
-        else if (*p == '0') d.zeros = true;
-        else if (*p != '\'') break;
-    }
-    if (*p == '*' || isDigit(*p)) parseNumber(p, &d.width, &d.widthPosition);
-    if (*p == '.') {
-        ++p;
-        parseNumber(p, &d.precision, &d.precisionPosition);
-    }
-    switch (*p) {
-    case 'h': d.size = *++p == 'h' ? (++p, ZPFormatSize::char_) : ZPFormatSize::short_; break;
-    case 'l': d.size = *++p == 'l' ? (++p, ZPFormatSize::longLong) : ZPFormatSize::long_; break;
-    case 'q': ++p, d.size = ZPFormatSize::longLong; break;
-    case 'L': ++p, d.size = ZPFormatSize::longDouble; break;
-    case 'j': ++p, d.size = ZPFormatSize::intMax; break;
-    case 'z': ++p, d.size = ZPFormatSize::size; break;
-    case 't': ++p, d.size = ZPFormatSize::pointerDifference; break;
-    }
-    if (p == last) d.conversion = *last;
+    // Not a directive of C: it ends all the same with the first conversion character, or where it is cut short.
+    while (*c && !isConversion(*c)) ++c.at;
+    d.end = *c ? c.at + 1 : c.at;
     return d;
 }
 
@@ -285,13 +314,23 @@ struct Engine {
         return from;
     }
 
-    void runSequentially(ArgumentList &arguments) {
-        for (unsigned at = 0; at < format.length;) {
-            unsigned percent = nextPercent(at);
+    void run(ArgumentList &arguments, unsigned percent) {
+        bool first = true;
+        for (unsigned at = 0;; percent = nextPercent(at)) {
             writeLiterally(at, percent);
             if (percent == format.length) return;
             ZPFormatDirective d = _ZPParseDirective(format, percent);
             at = d.end;
+            if (d.conversion == '%') {
+                text.append('%');
+                continue;
+            }
+            if (first && d.conversion && d.position) {
+                text.clear();
+                runByPosition(arguments);
+                return;
+            }
+            if (d.conversion) first = false;
             if (!d.conversion || d.position || d.widthPosition || d.precisionPosition) {
                 writeLiterally(d.begin, d.end);
                 continue;
@@ -361,20 +400,6 @@ struct Engine {
             else writeLiterally(percent, at);
         }
     }
-
-    void run(ArgumentList &arguments) {
-        for (unsigned at = nextPercent(0); at < format.length; at = nextPercent(at)) {
-            ZPFormatDirective d = _ZPParseDirective(format, at);
-            at = d.end;
-            if (!d.conversion || d.conversion == '%') continue;
-            if (d.position) {
-                runByPosition(arguments);
-                return;
-            }
-            break;
-        }
-        runSequentially(arguments);
-    }
 };
 
 }  // namespace
@@ -392,8 +417,9 @@ ZPString *_ZPNewFormattedString(ZPZone *zone, ZPString *format, id locale, std::
         format->getCharacters_range(units.memory, {0, engine.format.length});
         engine.format.units = units.memory;
     }
-    if (engine.nextPercent(0) == engine.format.length) return format->copyWithZone(zone);
+    unsigned percent = engine.nextPercent(0);
+    if (percent == engine.format.length) return format->copyWithZone(zone);
     ArgumentList list(arguments);
-    engine.run(list);
+    engine.run(list, percent);
     return engine.text.newString(zone);
 }

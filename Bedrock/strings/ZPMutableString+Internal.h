@@ -7,7 +7,8 @@
 //     gapEnd ..            the rest of the text; the buffer's size is length + gapEnd - gapBegin
 //
 // `freeWhenDone`: the buffer is freed with the object. `canWriteIntoBuffer`: it may be changed in place; clear
-// for an adopted buffer, which the first change leaves. An object with extra references is never changed:
+// for an adopted buffer, which the first change leaves. A short formatted string is made with its units behind
+// the fields, where they may be changed and are not freed. An object with extra references is never changed:
 // its mutable string goes on with a new object. Shared objects have their gap closed, so readers in other
 // threads see one run and change nothing. References are counted beside the instance.
 #pragma once

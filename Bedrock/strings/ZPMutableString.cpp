@@ -128,6 +128,25 @@ ZP_IMPLEMENT(ZPMutableString)
     .method<&MutableStringMethods::replaceLast>("_replaceLastAppearanceOfString:withString:")
     .method<&MutableStringMethods::replaceAll>("_replaceAllAppearancesOfString:withString:");
 
+ZPString *_ZPNewStringJoiningBytes(const ZPStringView *views, unsigned count, unsigned total, ZPZone *zone) {
+    auto fill = [&](char *at) {
+        for (unsigned i = 0; i < count; ++i) {
+            if (views[i].length) std::memcpy(at, views[i].bytes, views[i].length);
+            at += views[i].length;
+        }
+    };
+    constexpr unsigned largestInside = 2048;
+    if (total <= largestInside) {
+        ZPInlineCString *s = ZPAllocateObject(ZPInlineCString::class_(), total + 1, zone);
+        s->_flags.numBytes = total & 0xFFFF;
+        fill(s->contents());
+        return s;
+    }
+    ZPZoneBlock<char> block(total, zone);
+    fill(block.memory);
+    return _ZPNewStringAdoptingBytes(block.take(), total, YES, zone);
+}
+
 ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
     constexpr unsigned most = 40;
     ZPString *strings[most];
@@ -149,15 +168,7 @@ ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
     }
     if (total == 0) return ""_zp;
     if (total > _ZPLongestString) ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp, static_cast<unsigned long long>(total));
-    if (bytes) {
-        ZPZoneBlock<char> block(total, zone);
-        char *at = block.memory;
-        for (unsigned i = 0; i < count; ++i) {
-            if (views[i].length) std::memcpy(at, views[i].bytes, views[i].length);
-            at += views[i].length;
-        }
-        return _ZPNewStringAdoptingBytes(block.take(), unsigned(total), YES, zone);
-    }
+    if (bytes) return _ZPNewStringJoiningBytes(views, count, unsigned(total), zone);
     ZPZoneBlock<unichar> block(total, zone);
     unichar *at = block.memory;
     for (unsigned i = 0; i < count; ++i) {

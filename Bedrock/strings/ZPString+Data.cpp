@@ -22,21 +22,19 @@ struct DataMethods : ZPString {
                              : encoding == ZPNonLossyASCIIStringEncoding ? 6 * length
                                                                          : length;
         ZPRange whole{0, unsigned(length)}, remaining;
+        constexpr std::uint64_t worthMeasuring = 64 << 20;
         unsigned filled = unsigned(room);
-        constexpr unsigned worthMeasuring = 4096;
-        if (room > 2 * length + 2 && room > worthMeasuring &&
+        if (room > worthMeasuring &&
             !getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, 0x7FFFFFFE, &filled, encoding, lossy, whole, nullptr))
             return nullptr;
-        ZPMutableData *data = ZPMutableData::alloc()->initWithLength(filled);
-        data->autorelease();
-        if (!getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(data->mutableBytes(), filled, &filled, encoding,
-                                                                                               lossy, whole, &remaining))
+        ZPZoneBlock<char> block(filled);
+        if (!getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(block.memory, filled, &filled, encoding, lossy, whole,
+                                                                                               &remaining))
             return nullptr;
         if (remaining.length)
             ZPException::raise_format(ZPInternalInconsistencyException, "%@: didn't convert all characters"_zp,
                                       _ZPMethodExceptionProem(this, "dataUsingEncoding:allowLossyConversion:"_sel));
-        data->setLength(filled);
-        return data;
+        return _ZPNewMutableDataNoCopy(block.takeShrunk(filled ? filled : 1), filled, filled, nullptr)->autorelease();
     }
     ZPData *dataWithoutLoss(ZPStringEncoding encoding) { return dataUsingEncoding_allowLossyConversion(encoding, NO); }
 };

@@ -62,8 +62,59 @@ Outcome encodeBytes(ZPStringEncoding encoding, const unichar *units, unsigned co
     return Outcome::done;
 }
 
+// Units for which there surely is room, without looking at it: up to the last but one, so that pairs are whole.
+unsigned encodeUTF8Fast(const unichar *units, unsigned count, Sink &sink) {
+    unsigned i = 0, last = count ? count - 1 : 0;
+    unsigned char *out = sink.out;
+    const unsigned char *limit = out + sink.room;
+    constexpr std::uint64_t notASCII = 0xFF80FF80FF80FF80;
+    while (i < last && limit - out >= 8) {
+        std::uint64_t four;
+        if (i + 4 <= last && (std::memcpy(&four, units + i, 8), (four & notASCII) == 0)) {
+            for (unsigned k = 0; k < 4; ++k) out[k] = static_cast<unsigned char>(units[i + k]);
+            i += 4;
+            out += 4;
+            continue;
+        }
+        do {
+            unsigned used;
+            out += _ZPEncodeUTF8(units + i, 2, out, &used);
+            i += used;
+        } while (i < last && units[i] >= 0x80 && limit - out >= 8);
+    }
+    sink.written += unsigned(out - sink.out);
+    sink.room -= unsigned(out - sink.out);
+    sink.out = out;
+    return i;
+}
+
+// The same without writing.
+unsigned countUTF8Fast(const unichar *units, unsigned count, Sink &sink) {
+    std::uint64_t n = 0;
+    unsigned limit = std::min(count, sink.room / 3), i = 0;
+    // A surrogate pair takes four bytes, two for each of its units; other surrogates take three.
+    for (; i < limit; ++i) {
+        unsigned u = units[i];
+        n += 1 + (u >= 0x80) + (u >= 0x800);
+        if ((u & 0xFC00) == 0xD800 && i + 1 < count && (units[i + 1] & 0xFC00) == 0xDC00) {
+            if (i + 1 == limit) {
+                n -= 3;
+                break;
+            }
+            ++i;
+            ++n;
+        } else if ((u & 0xFC00) == 0xD800 && i + 1 == count) {
+            n -= 3;
+            break;
+        }
+    }
+    sink.written += unsigned(n);
+    sink.room -= unsigned(n);
+    return i;
+}
+
 Outcome encodeUTF8(ZPStringEncoding, const unichar *units, unsigned count, bool more, BOOL, Sink &sink, unsigned *taken) {
-    unsigned i = 0;
+    unsigned i = sink.out ? encodeUTF8Fast(units, count, sink) : countUTF8Fast(units, count, sink);
     while (i < count) {
         *taken = i;
         if (units[i] < 0x80) {

@@ -213,6 +213,8 @@ template <class T, unsigned N> struct ZPStackBuffer {
 ZPString *_ZPNewStringAdoptingUnits(unichar *units, unsigned length, BOOL freeWhenDone, ZPZone *zone);
 /// A string that adopts a block of bytes in the storage encoding.
 ZPString *_ZPNewStringAdoptingBytes(char *bytes, unsigned length, BOOL freeWhenDone, ZPZone *zone);
+/// A string of `total` bytes from views that show bytes.
+ZPString *_ZPNewStringJoiningBytes(const ZPStringView *views, unsigned count, unsigned total, ZPZone *zone);
 /// A string with a copy of the units.
 ZPString *_ZPNewStringWithUnits(const unichar *units, unsigned length, ZPZone *zone);
 

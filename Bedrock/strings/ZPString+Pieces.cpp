@@ -3,6 +3,7 @@
 #include <Bedrock/strings/ZPCase+Internal.h>
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>
 #include <Bedrock/strings/ZPMutableString.h>
+#include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/strings/ZPString+Internal.h>
 
 namespace {
@@ -81,12 +82,12 @@ struct PieceMethods : ZPString {
         std::uint64_t sum = std::uint64_t(mine.length) + its.length;
         if (sum > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
         unsigned length = unsigned(sum);
-        ZPZone *zone = ZPObject::zone();
+        ZPZone *zone = QLZoneFromPtr(this);
         if (mine.bytes && its.bytes && _ZPFitsByteStorage(mine.bytes, mine.length) && _ZPFitsByteStorage(its.bytes, its.length)) {
-            ZPZoneBlock<char> block(length, zone);
-            std::memcpy(block.memory, mine.bytes, mine.length);
-            std::memcpy(block.memory + mine.length, its.bytes, its.length);
-            return _ZPNewStringAdoptingBytes(block.take(), length, YES, zone)->autorelease();
+            ZPStringView both[] = {mine, its};
+            ZPString *joined = _ZPNewStringJoiningBytes(both, 2, length, zone);
+            ZPAutoreleaseObject(joined);
+            return joined;
         }
         ZPZoneBlock<unichar> block(length, zone);
         _ZPCopyUnits(mine, 0, mine.length, block.memory);

@@ -109,10 +109,13 @@ long long decodeUTF8(const unsigned char *in, const unsigned char *end, unichar 
     while (in < end) {
         unsigned char b = *in;
         if (b < 0x80) {
-            unsigned run = _ZPLengthOfASCII(in, unsigned(end - in));
-            _ZPWidenBytes(in, run, out);
-            in += run;
-            out += run;
+            std::uint64_t eight;
+            while (end - in >= 8 && (std::memcpy(&eight, in, 8), (eight & 0x8080808080808080u) == 0)) {
+                for (int i = 0; i < 8; ++i) out[i] = in[i];
+                in += 8;
+                out += 8;
+            }
+            while (in < end && *in < 0x80) *out++ = *in++;
         } else if (b >= 0xC0 && b < 0xE0 && end - in >= 2 && (in[1] & 0xC0) == 0x80) {
             *out++ = static_cast<unichar>((b << 6) + in[1] - 0x3080u);
             in += 2;

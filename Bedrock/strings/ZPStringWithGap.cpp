@@ -41,7 +41,7 @@ template <class S> S *_ZPSetRequiredLength(S *s, unsigned length, unsigned posit
             std::memmove(buffer + (size - tail), buffer + last, (old.gapBegin - last) * sizeof(Unit));
         else if (position > old.gapBegin)
             std::memmove(buffer + old.gapBegin, buffer + old.gapEnd, (position - old.gapBegin) * sizeof(Unit));
-        if (want < size && (twice < size || (!extraRoom && length < size))) {
+        if (owned && want < size && (twice < size || (!extraRoom && length < size))) {
             std::memmove(buffer + (want - tail), buffer + (size - tail), tail * sizeof(Unit));
             if (void *smaller = ZPZoneRealloc(ZPZoneFromPointer(buffer), buffer, std::max<std::uint64_t>(want, 1) * sizeof(Unit)))
                 _ZPBufferOf(s) = static_cast<Unit *>(smaller);
@@ -132,6 +132,11 @@ template <class S> struct GapMethods : S {
         _ZPPackGap(static_cast<S *>(this));
         return objc_super<S>(this).template send<id>("copyWithZone:"_sel, zone);
     }
+    void dealloc() {
+        auto *buffer = _ZPBufferOf(this);
+        if (this->_flags.freeWhenDone && buffer) ZPZoneFree(ZPZoneFromPointer(buffer), buffer);
+        ZPDeallocateObject(this);
+    }
     const typename S::Unit *packed() {
         _ZPPackGap(static_cast<S *>(this));
         return _ZPBufferOf(this);
@@ -177,6 +182,7 @@ ZP_IMPLEMENT(ZPCStringWithGap)
     .method<&ByteGap::getCharacters>("getCharacters:range:")
     .method<&ByteGap::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
     .method<&ByteGap::copyWithZone>("copyWithZone:")
+    .method<&ByteGap::dealloc>("dealloc")
     .method<&ByteGap::fastCStringContents>("_fastCStringContents")
     .method<&ByteGap::pack>("_pack")
     .method<&ByteGap::setRequiredLength>("_setRequiredLength:gapPosition:delete:extraRoom:")
@@ -190,6 +196,7 @@ ZP_IMPLEMENT(ZPUnicodeStringWithGap)
     .method<&UnitGap::getCharacters>("getCharacters:range:")
     .method<&UnitGap::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
     .method<&UnitGap::copyWithZone>("copyWithZone:")
+    .method<&UnitGap::dealloc>("dealloc")
     .method<&UnitGap::packed>("_characters")
     .method<&UnitGap::pack>("_pack")
     .method<&UnitGap::setRequiredLength>("_setRequiredLength:gapPosition:delete:extraRoom:")

@@ -84,6 +84,24 @@ TEST_F(Format, WritesWhatTheCLibraryWrites) {
     expectLikeC("%d %s %.2f %c%%", -3, "x", 1.005, 'q');
 }
 
+TEST_F(Format, RoundsFixedDecimalsExactly) {
+    std::mt19937_64 random(23);
+    for (int i = 0; i < 20000; ++i) {
+        double v;
+        switch (i % 4) {
+        case 0: v = double(std::int64_t(random() % 2000001) - 1000000) / double(1 << (i % 11)); break;  // many ties
+        case 1: v = double(random() % 10000000) / 1000; break;
+        case 2: v = std::ldexp(double(random() >> 11), int(random() % 140) - 130); break;
+        default: {
+            std::uint64_t bits = random();
+            std::memcpy(&v, &bits, 8);
+            if (std::isnan(v)) v = 0;
+        }
+        }
+        expectLikeC("%." + std::to_string(random() % 12) + "f", v);
+    }
+}
+
 TEST_F(Format, TakesArgumentsOfEverySizeInOrder) {
     EXPECT_EQ(formatted("%d %@ %f %s %ld %@ %g %x %@ %f %d %s %lld"_zp, 1, "two"_zp, 3.0, "four", 5l, "six"_zp, 7.5, 8u, "nine"_zp, 10.0, 11, "twelve", 13ll),
               u"1 two 3.000000 four 5 six 7.5 8 nine 10.000000 11 twelve 13");
