@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS)
+set(PUBLIC_HEADERS ZPParser.h ZPPropertyList.h)

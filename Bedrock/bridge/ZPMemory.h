@@ -3,6 +3,7 @@
 
 #include <Bedrock/core/ZPAutoreleasePool.h>
 
+#include <exception>
 #include <utility>
 
 /// Owns one reference to an object, or none. Copying retains, destroying releases.
@@ -65,13 +66,17 @@ template <class T> class ZPRef {
 /// A `ZPRef` that takes over the reference its argument carries, as alloc, copy and new give it.
 template <class T> ZPRef<T> ZPAdopt(T *owned) { return ZPRef<T>::adopt(owned); }
 
-/// An autorelease pool for the life of a scope, on the thread that entered it.
+/// An autorelease pool for the life of a scope, on the thread that entered it. When an exception ends the
+/// scope, its objects wait for the end of the enclosing pool: the exception is one of them.
 class ZPAutoreleasePoolScope {
     unsigned _token = ZPPushAutoreleasePool(0);
+    int _exceptions = std::uncaught_exceptions();
 
   public:
     ZPAutoreleasePoolScope() = default;
     ZPAutoreleasePoolScope(const ZPAutoreleasePoolScope &) = delete;
     ZPAutoreleasePoolScope &operator=(const ZPAutoreleasePoolScope &) = delete;
-    ~ZPAutoreleasePoolScope() { ZPPopAutoreleasePool(_token); }
+    ~ZPAutoreleasePoolScope() {
+        if (std::uncaught_exceptions() <= _exceptions) ZPPopAutoreleasePool(_token);
+    }
 };

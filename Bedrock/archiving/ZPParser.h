@@ -1,0 +1,130 @@
+// A parser for small languages: a tokenizer with settable character classes, and a grammar given as text.
+//
+//     ZPDictionary *grammar = ZPParser::parsedGrammarForString("Sum = Term '+' Sum | Term; Term = parseNumber;"_zp);
+//     ZPParser *parser = ZPParser::alloc()->initWithGrammar(grammar);
+//     parser->setString(text);
+//     id tree = parser->expect("Sum"_zp);
+//     parser->expectEndOfInput();
+#pragma once
+
+#include <Bedrock/core/ZPObject.h>
+
+ZP_FORWARD(ZPArray);
+ZP_FORWARD(ZPData);
+ZP_FORWARD(ZPDictionary);
+ZP_FORWARD(ZPString);
+struct _ZPParserState;
+
+/// Kinds of tokens, which combine into masks.
+enum : unsigned {
+    ZPEndToken = 1,
+    ZPQuotedToken = 2,
+    ZPUnquotedToken = 4,
+    ZPIntegerToken = 8,
+    ZPFloatToken = 16,
+    ZPSeparatorToken = 32,
+    ZPOtherToken = 128,  ///< a single character that is nothing else
+};
+
+/// Reads a text token by token and by the rules of a grammar.
+///
+/// A grammar maps a rule's name to what it stands for. As text, a rule is `name = body ;`. A body is a sequence,
+/// or several joined by `|` (the first that succeeds) or by `||` (the same, where a later one begins again at
+/// the start when an earlier one raises). A sequence is one or more of: the name of a rule or of a method of the
+/// parser without arguments, a token in quotes, and `< sequence >`, which stands for one or more. Its result is
+/// that of its only element that is not a token in quotes, else an array of all results.
+///
+/// Operations that parse answer null, and consume nothing, when the text does not begin as they want it; those
+/// that expect raise ZPParseErrorException, as any error later on does; a parser that has raised is of no
+/// further use. Rules nested more than 3,003 deep are an error. Strings that a parser answers belong to it:
+/// equal ones are one object, and `setString:` and deallocation autorelease them. For one thread at a time.
+struct ZPParser : ZPObject {
+    ZP_CLASS(ZPParser)
+    _ZPParserState *_state;
+
+    /// The grammar that a text describes; raises ZPParseErrorException.
+    static ZPDictionary *parsedGrammarForString(ZPString *text) {
+        return objc_msgSend<ZPDictionary *>(class_(), "parsedGrammarForString:"_sel, text);
+    }
+    /// Copies the grammar (null: none). Unquoted strings are of letters, digits and `_$/:.`, ASCII punctuation
+    /// separates, double quotes quote, and numbers are not told apart.
+    ZPParser *initWithGrammar(ZPDictionary *grammar) { return objc_msgSend<ZPParser *>(this, "initWithGrammar:"_sel, grammar); }
+
+    // ---- what tokens are made of; each takes the place of what was set before ----
+
+    void setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
+        objc_msgSend(this, "setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters, lower, upper, digits);
+    }
+    void setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
+        objc_msgSend(this, "setUnquotedStringCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters, lower, upper, digits);
+    }
+    void setMonoCharacterSeparatorCharacters_usualPunctuation(ZPString *characters, BOOL punctuation) {
+        objc_msgSend(this, "setMonoCharacterSeparatorCharacters:usualPunctuation:"_sel, characters, punctuation);
+    }
+    /// Strings of two or more characters, else ZPInvalidArgumentException. The longest that fits is taken.
+    void setMultipleCharacterSeparators(ZPArray *separators) { objc_msgSend(this, "setMultipleCharacterSeparators:"_sel, separators); }
+    void setQuotingWithSingleQuote_double(BOOL single, BOOL twofold) { objc_msgSend(this, "setQuotingWithSingleQuote:double:"_sel, single, twofold); }
+    void setEnableIntegerParsing(BOOL flag) { objc_msgSend(this, "setEnableIntegerParsing:"_sel, flag); }
+    void setEnableFloatParsing(BOOL flag) { objc_msgSend(this, "setEnableFloatParsing:"_sel, flag); }
+
+    // ---- tokens ----
+
+    /// The text to parse from now on, copied.
+    void setString(ZPString *string) { objc_msgSend(this, "setString:"_sel, string); }
+    /// Reads a token, whatever is pending.
+    void nextToken() { objc_msgSend(this, "nextToken"_sel); }
+    /// The kind of the pending token, which is read when there is none.
+    unsigned peekTokenType() { return objc_msgSend<unsigned>(this, "peekTokenType"_sel); }
+    /// The pending token's text, not consumed, when its kind is in the mask.
+    ZPString *peekTokenWithMask(unsigned mask) { return objc_msgSend<ZPString *>(this, "peekTokenWithMask:"_sel, mask); }
+    ZPString *parseTokenWithMask(unsigned mask) { return objc_msgSend<ZPString *>(this, "parseTokenWithMask:"_sel, mask); }
+    ZPString *parseUnquotedString() { return objc_msgSend<ZPString *>(this, "parseUnquotedString"_sel); }
+    ZPString *parseQuotedString() { return objc_msgSend<ZPString *>(this, "parseQuotedString"_sel); }
+    ZPString *parseString() { return objc_msgSend<ZPString *>(this, "parseString"_sel); }
+    /// The text of a number.
+    ZPString *parseNumber() { return objc_msgSend<ZPString *>(this, "parseNumber"_sel); }
+    ZPString *parseSeparator() { return objc_msgSend<ZPString *>(this, "parseSeparator"_sel); }
+    /// Answers the literal when the pending token has its text.
+    ZPString *parseTokenEqualTo_mask(ZPString *literal, unsigned mask) {
+        return objc_msgSend<ZPString *>(this, "parseTokenEqualTo:mask:"_sel, literal, mask);
+    }
+    ZPString *parseSeparatorEqualTo(ZPString *literal) { return objc_msgSend<ZPString *>(this, "parseSeparatorEqualTo:"_sel, literal); }
+    ZPString *expectSeparatorEqualTo(ZPString *literal) { return objc_msgSend<ZPString *>(this, "expectSeparatorEqualTo:"_sel, literal); }
+    ZPString *expectTokenEqualTo_mask(ZPString *literal, unsigned mask) {
+        return objc_msgSend<ZPString *>(this, "expectTokenEqualTo:mask:"_sel, literal, mask);
+    }
+    void expectEndOfInput() { objc_msgSend(this, "expectEndOfInput"_sel); }
+
+    // ---- rules ----
+
+    /// Runs a rule, or the method of that name when the grammar has no such rule.
+    id parse(ZPString *rule) { return objc_msgSend<id>(this, "parse:"_sel, rule); }
+    id expect(ZPString *rule) { return objc_msgSend<id>(this, "expect:"_sel, rule); }
+    /// A rule any number of times. Without a separator (null) the elements follow each other; else a separator
+    /// follows each element, where `omitLast` allows the last element to end without one.
+    ZPArray *parseSuite_separator_allowOmitLastSeparator(ZPString *rule, ZPString *separator, BOOL omitLast) {
+        return objc_msgSend<ZPArray *>(this, "parseSuite:separator:allowOmitLastSeparator:"_sel, rule, separator, omitLast);
+    }
+    /// Pairs of a key and a value, by the same rules; of equal keys the last one counts.
+    ZPDictionary *parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(ZPString *key, ZPString *keySeparator, ZPString *value,
+                                                                                        ZPString *separator, BOOL omitLast) {
+        return objc_msgSend<ZPDictionary *>(this, "parseSuiteOfPairsKey:separator:value:separator:allowOmitLastSeparator:"_sel, key, keySeparator,
+                                            value, separator, omitLast);
+    }
+    /// `{ key = value; ... }`
+    ZPDictionary *parseDictionaryOfKey_value(ZPString *key, ZPString *value) {
+        return objc_msgSend<ZPDictionary *>(this, "parseDictionaryOfKey:value:"_sel, key, value);
+    }
+    /// Hexadecimal digits in angle brackets.
+    ZPData *parseData() { return objc_msgSend<ZPData *>(this, "parseData"_sel); }
+    /// Raises ZPParseErrorException with a formatted message, line, position, rules and next token.
+    template <class... A> void parseError(ZPString *format, A... arguments) {
+        objc_sendVariadic<void, ZPString *>::send(this, "parseError:"_sel, format, arguments...);
+    }
+
+    // ---- the notation of grammars itself ----
+
+    id parseMetaSyntaxLeafResultShouldBeSkipped(BOOL *skipped) { return objc_msgSend<id>(this, "parseMetaSyntaxLeafResultShouldBeSkipped:"_sel, skipped); }
+    id parseMetaSyntaxSequence() { return objc_msgSend<id>(this, "parseMetaSyntaxSequence"_sel); }
+    id parseMetaRuleBody() { return objc_msgSend<id>(this, "parseMetaRuleBody"_sel); }
+};
