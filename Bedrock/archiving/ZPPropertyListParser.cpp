@@ -1,5 +1,5 @@
 // The parsers of property lists and of strings files, and the operations of strings that run them.
-#include <Bedrock/archiving/ZPParser+Internal.h>
+#include <Bedrock/archiving/ZPPropertyListReader+Internal.h>
 
 namespace {
 
@@ -68,6 +68,7 @@ template <class P, class F> id parsed(ZPString *string, const F &parse) {
 
 struct Reading : ZPString {
     id propertyList() {
+        if (id tree = _ZPReadPropertyList(this)) return tree->autorelease();
         return parsed<ZPPropertyListParser>(this, [](ZPPropertyListParser *parser) { return parser->expect("xObject"_zp); });
     }
     ZPDictionary *stringsFile() {
