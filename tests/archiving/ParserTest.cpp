@@ -1,0 +1,169 @@
+// The parser with grammars and tokens of one's own.
+#include <Bedrock/archiving/ZPParser.h>
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPDictionary.h>
+#include <support/Objects.h>
+
+namespace {
+
+struct Calculator : ZPParser {
+    ZP_CLASS(Calculator)
+    id word() { return ZPParser::parseUnquotedString(); }
+};
+ZP_IMPLEMENT(Calculator).method<&Calculator::word>("word");
+
+struct ParserTest : testing::Test {
+    ZPAutoreleasePoolScope pool;
+
+    ZPParser *parser(ZPString *grammar, ZPString *input) {
+        ZPParser *made = Calculator::alloc()->initWithGrammar(grammar ? ZPParser::parsedGrammarForString(grammar) : nullptr);
+        made->autorelease();
+        made->setEnableIntegerParsing(YES);
+        made->setEnableFloatParsing(YES);
+        made->setString(input);
+        return made;
+    }
+    std::string result(ZPString *grammar, ZPString *input) {
+        std::string out;
+        std::string error = raised([&] {
+            id tree = parser(grammar, input)->parse("Main"_zp);
+            out = tree ? text(tree->description()) : "null";
+        });
+        return error.empty() ? out : error;
+    }
+};
+
+TEST_F(ParserTest, Tokens) {
+    auto kinds = [&](const char *input) {
+        ZPParser *p = parser(nullptr, ZPString::stringWithCString(input));
+        std::string list;
+        while (p->peekTokenType() != 1) {
+            list += std::to_string(p->peekTokenType()) + ":";
+            list += text(p->parseTokenWithMask(255)) + " ";
+        }
+        return list;
+    };
+    EXPECT_EQ(kinds("12 1.5 .5 1. 1e3 1e 2.5E-7x ."), "8:12 16:1.5 16:.5 16:1. 16:1e3 8:1 4:e 16:2.5E-7 4:x 4:. ");
+    EXPECT_EQ(kinds("a'b\"c d\"+\x01"), "4:a 32:' 4:b 2:c d 32:+ 128:\x01 ");
+    EXPECT_EQ(kinds("a/b/*c*/d//e\n/f"), "4:a/b/ 32:* 4:c 32:* 4:/d//e 4:/f ") << "bare strings take in the slash, not the star";
+}
+
+TEST_F(ParserTest, CharacterClasses) {
+    ZPParser *p = parser(nullptr, nullptr);
+    p->setEnableIntegerParsing(NO);
+    p->setEnableFloatParsing(NO);
+    p->setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits("#"_zp, YES, NO, NO);
+    p->setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits("-"_zp, YES, NO, YES);
+    p->setMonoCharacterSeparatorCharacters_usualPunctuation("A"_zp, NO);
+    p->setMultipleCharacterSeparators(ZPArray::arrayWithObjects("<="_zp, "<=>"_zp, "=="_zp));
+    p->setQuotingWithSingleQuote_double(YES, NO);
+    p->setString("#a-1B A 'q\"' <=> <= < == \""_zp);
+    std::string list;
+    while (p->peekTokenType() != 1) {
+        list += std::to_string(p->peekTokenType()) + ":";
+        list += text(p->parseTokenWithMask(255)) + " ";
+    }
+    EXPECT_EQ(list, "4:#a-1 128:B 32:A 2:q\" 32:<=> 32:<= 128:< 32:== 128:\" ");
+    EXPECT_EQ(raised([&] { p->setMultipleCharacterSeparators(ZPArray::arrayWithObjects("ok"_zp, "x"_zp)); }),
+              "ZPInvalidArgumentException: *** -[Calculator setMultipleCharacterSeparators:]: Separator strings expected to be at least 2 characters in length: x");
+}
+
+TEST_F(ParserTest, PeekingDoesNotConsume) {
+    ZPParser *p = parser(nullptr, "a 'b"_zp);
+    EXPECT_EQ(text(p->peekTokenWithMask(4)), "a");
+    EXPECT_EQ(p->peekTokenWithMask(2), nullptr);
+    EXPECT_EQ(p->parseQuotedString(), nullptr);
+    EXPECT_EQ(p->parseTokenEqualTo_mask("b"_zp, 62), nullptr);
+    EXPECT_EQ(id(p->parseTokenEqualTo_mask("a"_zp, 62)), id("a"_zp));
+    EXPECT_EQ(p->parseSeparatorEqualTo("+"_zp), nullptr);
+    EXPECT_NE(p->parseSeparatorEqualTo("'"_zp), nullptr);
+    EXPECT_EQ(raised([&] { p->expectSeparatorEqualTo("+"_zp); }),
+              "ZPParseErrorException: *** Separator '+' expected;\nParse error line 1 (position 4) for units: ();\nNext token is 'b'");
+    EXPECT_NE(raised([&] { p->expectTokenEqualTo_mask("c"_zp, 62); }).find("Token 'c' expected"), std::string::npos);
+    EXPECT_EQ(text(p->parseString()), "b");
+    p->expectEndOfInput();
+    p->expectEndOfInput();
+    p->setString("again"_zp);
+    EXPECT_EQ(text(p->parseString()), "again");
+}
+
+TEST_F(ParserTest, GrammarsAreWrittenBack) {
+    auto rule = [&](ZPString *body) {
+        ZPDictionary *grammar = ZPParser::parsedGrammarForString(ZPString::stringWithFormat("R = %@;"_zp, body));
+        return text(grammar->objectForKey("R"_zp)->description());
+    };
+    EXPECT_EQ(rule("A"_zp), "A");
+    EXPECT_EQ(rule("'x'"_zp), "\"x\"");
+    EXPECT_EQ(rule("A 'x' B"_zp), "A \"x\" B");
+    EXPECT_EQ(rule("'(' A ')'"_zp), "[1] \"(\" A \")\"");
+    EXPECT_EQ(rule("A B | 'c'"_zp), "A B | \"c\"");
+    EXPECT_EQ(rule("A || B || C"_zp), "A || B || C");
+    EXPECT_EQ(rule("< A B > C"_zp), "< A B > C");
+    EXPECT_NE(raised([&] { rule("A | B || C"_zp); }), "");
+    EXPECT_NE(raised([&] { ZPParser::parsedGrammarForString("R = A"_zp); }).find("Separator ';' expected"), std::string::npos);
+    EXPECT_NE(raised([&] { ZPParser::parsedGrammarForString("R = ;"_zp); }).find("MetaRuleBody expected"), std::string::npos);
+    std::string deep = "R = " + std::string(100000, '<');
+    EXPECT_NE(raised([&] { ZPParser::parsedGrammarForString(ZPString::stringWithCString(deep.c_str())); }).find("Nesting too deep"), std::string::npos);
+}
+
+TEST_F(ParserTest, Rules) {
+    ZPString *sum = "Main = Term '+' Main || Term; Term = '(' Main ')' | parseNumber;"_zp;
+    EXPECT_EQ(result(sum, "1"_zp), "1");
+    EXPECT_EQ(result(sum, "1+2.5"_zp), "(1, \"+\", 2.5)");
+    EXPECT_EQ(result(sum, "1+(2+3)"_zp), "(1, \"+\", (2, \"+\", 3))");
+    EXPECT_EQ(result(sum, "x"_zp), "null");
+    EXPECT_EQ(result("Main = Other; Other = word;"_zp, "hello"_zp), "hello") << "an alias, then a method of the subclass";
+    EXPECT_EQ(result("Main = < word >;"_zp, "a b c"_zp), "(a, b, c)");
+    EXPECT_EQ(result("Main = < word >;"_zp, "1"_zp), "null");
+    EXPECT_EQ(result("Main = 'if' word 'then' word;"_zp, "if a then b"_zp), "(if, a, then, b)") << "two results: all of them";
+    EXPECT_NE(result("Main = 'if' word 'then' word;"_zp, "if a b"_zp).find("*** In sequence (\"\\\"if\\\"\", word, \"\\\"then\\\"\", word)"), 0u);
+    EXPECT_EQ(result("Main = A | B; A = 'x' 'y'; B = 'x' 'z';"_zp, "x z"_zp).find("ZPParseErrorException"), 0u) << "no way back";
+    EXPECT_EQ(result("Main = A || B; A = 'x' 'y'; B = 'x' 'z';"_zp, "x z"_zp), "(x, z)");
+    EXPECT_EQ(result("Main = A || B; A = word \"quo\\\"ted\" 'y'; B = word word;"_zp, "w /* \n */ v"_zp), "(w, v)");
+    EXPECT_EQ(result("Main = noSuchThing;"_zp, "x"_zp), "null");
+    EXPECT_NE(result("Main = A; A = Main;"_zp, "x"_zp).find("Nesting too deep"), std::string::npos);
+}
+
+TEST_F(ParserTest, Backtracking) {
+    // A token that lies in the buffer, and a line, come back as they were.
+    ZPParser *p = parser("Main = A || B; A = parseString word word; B = parseString;"_zp, "\"q\\n\" \n x"_zp);
+    EXPECT_EQ(text(p->peekTokenWithMask(2)), "q\n");
+    EXPECT_EQ(text(p->parse("Main"_zp)->description()), "q\n");
+    EXPECT_EQ(text(p->parseString()), "x");
+    EXPECT_NE(raised([&] { p->parseError("%d"_zp, 7); }).find("*** 7;\nParse error line 2 "), std::string::npos);
+}
+
+TEST_F(ParserTest, Suites) {
+    auto suite = [&](ZPString *input, ZPString *separator, BOOL omit) {
+        std::string out, error;
+        error = raised([&] {
+            ZPParser *p = parser("X = word;"_zp, input);
+            out = text(p->parseSuite_separator_allowOmitLastSeparator("X"_zp, separator, omit)->description());
+            p->expectEndOfInput();
+        });
+        return error.empty() ? out : "error";
+    };
+    EXPECT_EQ(suite("a b c"_zp, nullptr, NO), "(a, b, c)");
+    EXPECT_EQ(suite("a, b, c,"_zp, ","_zp, NO), "(a, b, c)");
+    EXPECT_EQ(suite("a, b, c"_zp, ","_zp, NO), "error");
+    EXPECT_EQ(suite("a, b, c"_zp, ","_zp, YES), "(a, b, c)");
+    EXPECT_EQ(suite("a, b c"_zp, ","_zp, YES), "error");
+    EXPECT_EQ(suite(""_zp, ","_zp, NO), "()");
+    ZPParser *p = parser("K = word; V = parseNumber;"_zp, "{a = 1; b = 2; a = 3}"_zp);
+    ZPDictionary *pairs = p->parseDictionaryOfKey_value("K"_zp, "V"_zp);
+    EXPECT_EQ(text(pairs->description()), "{a = 3; b = 2; }");
+    // A rule that consumes nothing does not go on for ever.
+    EXPECT_EQ(result("Main = < Empty >; Empty = parseNothing | Suite; Suite = self;"_zp, "x"_zp).empty(), false);
+}
+
+TEST_F(ParserTest, StringsOutliveTheInputUntilThePoolEnds) {
+    ZPParser *p = Calculator::alloc()->initWithGrammar(nullptr);
+    p->setString("one two one"_zp);
+    id one = p->parseString(), two = p->parseString();
+    EXPECT_EQ(p->parseString(), static_cast<ZPString *>(one)) << "equal strings are one object";
+    p->setString("three"_zp);
+    p->release();
+    EXPECT_EQ(text(one->description()) + text(two->description()), "onetwo");
+}
+
+}  // namespace

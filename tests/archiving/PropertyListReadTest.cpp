@@ -1,0 +1,275 @@
+// Reading property-list text: the direct reader, and the parser that it must agree with in everything.
+#include <Bedrock/archiving/ZPPropertyList.h>
+#include <Bedrock/bridge/ZPCollectionBridge.h>
+#include <Bedrock/data/ZPData.h>
+#include <support/Objects.h>
+
+#include <chrono>
+#include <map>
+#include <random>
+
+namespace {
+
+std::string error(const char *line, const char *units, const char *message, const char *next) {
+    return std::string("ZPParseErrorException: *** ") + message + ";\nParse error line " + line + " for units: " + units + ";\nNext token is '" + next + "'";
+}
+
+ZPString *textOf(const std::string &bytes) { return ZPString::stringWithCString_length(bytes.data(), unsigned(bytes.size())); }
+
+// By the tables and the grammar alone.
+id parsed(ZPString *text) {
+    ZPRef<ZPPropertyListParser> parser = ZPAdopt(ZPPropertyListParser::alloc()->initWithString(text));
+    ZPRef<ZPObject> tree(parser->expect("xObject"_zp));
+    parser->expectEndOfInput();
+    return std::move(tree).autoreleased();
+}
+
+// Everything there is to see of a tree: classes, texts, the order of entries, and which strings are one object.
+void dump(id node, std::string &out, std::map<objc_object *, unsigned> &seen) {
+    out += node.pointer()->isa->name;
+    if (node->isKindOfClass(ZPString::class_())) {
+        auto [at, isNew] = seen.emplace(node.pointer(), unsigned(seen.size()));
+        ZPString *string = node;
+        out += " #" + std::to_string(at->second) + (isNew ? " " + text(string->quotedStringRepresentation()) : "");
+    } else if (node->isKindOfClass(ZPArray::class_())) {
+        out += " (";
+        for (id element : static_cast<ZPArray *>(node)) dump(element, out, seen), out += ", ";
+        out += ")";
+    } else if (node->isKindOfClass(ZPDictionary::class_())) {
+        out += " {";
+        for (auto [key, value] : static_cast<ZPDictionary *>(node)) {
+            dump(key, out, seen);
+            out += " = ";
+            dump(value, out, seen);
+            out += "; ";
+        }
+        out += "}";
+    } else out += text(node->description());
+}
+
+template <class F> std::string outcome(F read) {
+    std::string out;
+    out = raised([&] {
+        std::map<objc_object *, unsigned> seen;
+        id tree = read();
+        dump(tree, out, seen);
+        throw out;  // so that a raise and a result both come out as the text
+    });
+    return out;
+}
+
+template <class F> std::string resultOf(F read) {
+    try {
+        return outcome(read);
+    } catch (std::string &tree) {
+        return tree;
+    }
+}
+
+// Both readers give the same on a text, also when it is kept in units.
+void expectAgreement(ZPString *text) {
+    ZPAutoreleasePoolScope pool;
+    EXPECT_EQ(resultOf([=] { return text->propertyList(); }), resultOf([=] { return parsed(text); })) << ::text(text->quotedStringRepresentation());
+}
+
+struct PropertyListReading : testing::Test {
+    ZPAutoreleasePoolScope pool;
+};
+
+TEST_F(PropertyListReading, Trees) {
+    ZPDictionary *tree = "{k = v; w = (1, 2, <0a0b>);}"_zp->propertyList();
+    ZPArray *list = tree->objectForKey("w"_zp);
+    EXPECT_EQ(text(tree->objectForKey("k"_zp)->description()), "v");
+    EXPECT_TRUE(list->objectAtIndex(0)->isEqual("1"_zp));
+    EXPECT_TRUE(list->objectAtIndex(2)->isEqual(ZPData::dataWithBytes_length("\x0a\x0b", 2)));
+    EXPECT_TRUE("{k = v; w = (1, 2, <0a0b>)}"_zp->propertyList()->isEqual(tree));
+    EXPECT_TRUE("(x, y)"_zp->propertyList()->isEqual("(x, y,)"_zp->propertyList()));
+    EXPECT_TRUE("( )"_zp->propertyList()->isEqual(ZPArray::array()));
+    EXPECT_TRUE("{ }"_zp->propertyList()->isEqual(ZPDictionary::dictionary()));
+    EXPECT_TRUE("<>"_zp->propertyList()->isEqual(ZPData::data()));
+    EXPECT_TRUE("12"_zp->propertyList()->isEqual("12"_zp));
+    EXPECT_TRUE("{a = 1; b = 2; a = 3;}"_zp->propertyList()->isEqual(ZPMakeDictionary({{"a"_zp, "3"_zp}, {"b"_zp, "2"_zp}})));
+}
+
+TEST_F(PropertyListReading, Strings) {
+    auto read = [](const char *bytes) { return static_cast<ZPString *>(textOf(bytes)->propertyList()); };
+    EXPECT_TRUE(read("\"\\101\\U00e9\"")->isEqual("A\u00e9"_zp));
+    EXPECT_TRUE(read("\"\\a\\b\\f\\n\\r\\t\\v\\\"\\\\\\'\\q\"")->isEqual("\a\b\f\n\r\t\v\"\\'q"_zp));
+    EXPECT_TRUE(read("\"a\\\nb\nc\"")->isEqual("a\nb\nc"_zp));
+    EXPECT_TRUE(read("\"\\1012\\18\\0\"")->length() == 5);
+    EXPECT_TRUE(read("\"\\777\"")->isEqual(read("\"\\377\"")));
+    EXPECT_TRUE(read("\"\\U41g\\U20AC1\"")->isEqual("Ag\u20ac1"_zp));
+    EXPECT_TRUE("\"\u3042\u00e9\""_zp->propertyList()->isEqual("\u3042\u00e9"_zp));
+    EXPECT_TRUE("\"caf\u00e9\""_zp->propertyList()->isEqual("caf\u00e9"_zp));
+    EXPECT_TRUE(read("x//y")->isEqual("x//y"_zp)) << "a comment begins only where a token may";
+    EXPECT_TRUE(read("// c\n/* ** / */ x /**/ // end")->isEqual("x"_zp));
+    EXPECT_TRUE(read("/usr/lib")->isEqual("/usr/lib"_zp));
+    EXPECT_TRUE(textOf(std::string("abc\0(((", 7))->propertyList()->isEqual("abc"_zp)) << "a zero ends the text";
+}
+
+TEST_F(PropertyListReading, Errors) {
+    auto read = [](const char *bytes) { return raised([=] { textOf(bytes)->propertyList(); }); };
+    EXPECT_EQ(read("<0a0>"), error("1 (position 4)", "(xObject, Data, parseData)", "Data representation should always contain an even number of hex digits: '0a0'", ""));
+    EXPECT_EQ(read("<0G>"), error("1 (position 3)", "(xObject, Data, parseData)", "Incorrect hex digit: g", ""));
+    EXPECT_EQ(read("(x, \"y)"), error("1 (position 8)", "(xObject, Array, parseArray, xObject, Dictionary, parseDictionary)", "Unterminated string constant", ""));
+    EXPECT_EQ(read("// one\n( /* two\n*/ a b)"), error("3 (position 22)", "(xObject, Array, parseArray)", "Separator ')' expected", "b"));
+    EXPECT_EQ(read("{a = }"), error("1 (position 6)", "(xObject, Dictionary, parseDictionary, xObject)", "xObject expected", "}"));
+    EXPECT_EQ(read("{a b}"), error("1 (position 4)", "(xObject, Dictionary, parseDictionary)", "Separator '=' expected", "b"));
+    EXPECT_EQ(read("a b"), error("1 (position 3)", "()", "End of input expected", "b"));
+    EXPECT_EQ(read(""), error("1 (position 1)", "(xObject)", "xObject expected", ""));
+    EXPECT_EQ(read("\"abc\\"), error("1 (position 6)", "(xObject, Dictionary, parseDictionary)", "Unterminated string constant", ""));
+}
+
+TEST_F(PropertyListReading, NestingIsBounded) {
+    auto nested = [](unsigned levels, char open, const char *middle, char close) {
+        return textOf(std::string(levels, open) + middle + std::string(levels, close));
+    };
+    EXPECT_EQ(raised([&] { nested(1000, '(', "x", ')')->propertyList(); }), "");
+    EXPECT_EQ(raised([&] { parsed(nested(1000, '(', "x", ')')); }), "");
+    std::string message = raised([&] { nested(1001, '(', "x", ')')->propertyList(); });
+    EXPECT_NE(message.find("*** Nesting too deep;\nParse error line 1 (position 1001)"), std::string::npos) << message.substr(0, 200);
+    for (char open : {'(', '{', '<'}) {
+        auto begin = std::chrono::steady_clock::now();
+        EXPECT_NE(raised([&] { nested(100000, open, "", ')')->propertyList(); }), "");
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+    }
+    std::string keys;
+    for (int i = 0; i < 100000; ++i) keys += "{a=";
+    EXPECT_NE(raised([&] { textOf(keys)->propertyList(); }).find("Nesting too deep"), std::string::npos);
+    EXPECT_NE(raised([&] { textOf(keys)->propertyListFromStringsFileFormat(); }), "");
+}
+
+TEST_F(PropertyListReading, EqualStringsAreOneObject) {
+    ZPArray *list = "(abc, \"abc\", {abc = abc;}, \"\u3042\", \"\\U3042\", \"\\141bc\")"_zp->propertyList();
+    EXPECT_EQ(list->objectAtIndex(0), list->objectAtIndex(1));
+    EXPECT_EQ(static_cast<ZPDictionary *>(list->objectAtIndex(2))->objectForKey("abc"_zp), list->objectAtIndex(0));
+    EXPECT_EQ(list->objectAtIndex(3), list->objectAtIndex(4));
+    EXPECT_EQ(list->objectAtIndex(0), list->objectAtIndex(5));
+}
+
+// ---- agreement of the two readers ----------------------------------------------------------------
+
+// A random text: mostly well formed, of pieces that matter to the tokenizer.
+struct Generator {
+    std::mt19937 random;
+    std::string out;
+    template <class T> const T &oneOf(std::initializer_list<T> list) { return list.begin()[random() % list.size()]; }
+
+    void blank() {
+        while (random() % 3 == 0) out += oneOf<const char *>({" ", "\n", "\t", "/* x */", "// y\n", "/**/", "\r\n", "\v\f"});
+    }
+    void string() {
+        switch (random() % 6) {
+        case 0: case 1: out += oneOf<const char *>({"a", "b1", "key", "$x", "/usr/lib", "a//b", "x:y.z", "_", "0", "12.5", "ab", "0f"}); break;
+        case 2: out += "\"" + std::string(oneOf<const char *>({"a", "key", "", "b1", "two words", "0f"})) + "\""; break;
+        case 3: {
+            out += '"';
+            for (unsigned n = random() % 6; n; --n)
+                out += oneOf<const char *>({"\\n", "\\101", "\\U00e9", "\\U3042", "\\7", "\\400", "\\0", "\\U", "\\Ug", "\\\n", "\n", "\\q", "caf\xc3\xa9", "\xe3\x81\x82", "x", "'", "\\\"", "\\\\"});
+            out += '"';
+            break;
+        }
+        default: out += 'k' + std::to_string(random() % 40);
+        }
+    }
+    void value(int depth) {
+        blank();
+        switch (depth > 0 ? random() % 8 : 7) {
+        case 0: case 1: {
+            out += '(';
+            unsigned n = random() % 5;
+            for (unsigned i = 0; i < n; ++i) {
+                value(depth - 1);
+                if (i + 1 < n || random() % 2) out += ',';
+            }
+            blank();
+            out += ')';
+            break;
+        }
+        case 2: case 3: {
+            out += '{';
+            unsigned n = random() % 4 ? random() % 5 : random() % 60;
+            for (unsigned i = 0; i < n; ++i) {
+                blank();
+                string();
+                blank();
+                out += '=';
+                value(depth - 1);
+                if (i + 1 < n || random() % 2) out += ';';
+            }
+            blank();
+            out += '}';
+            break;
+        }
+        case 4:
+            out += '<';
+            for (unsigned n = random() % 5; n; --n) {
+                blank();
+                out += oneOf<const char *>({"00", "0aFF", "1234567890", "ab cd"});
+            }
+            blank();
+            out += '>';
+            break;
+        default: string();
+        }
+        blank();
+    }
+    void damage() {
+        for (unsigned n = 1 + random() % 3; n && !out.empty(); --n) {
+            std::size_t at = random() % out.size();
+            switch (random() % 4) {
+            case 0: out.erase(at, 1 + random() % 4); break;
+            case 1: out.insert(at, 1, oneOf<char>({'(', ')', '{', '}', '<', '>', ',', ';', '=', '"', '\\', '/', '*', ' ', '\n', '-', 'x', '\0', '\x7f'})); break;
+            case 2: out.resize(at); break;
+            case 3: out.insert(at, out.substr(random() % out.size(), random() % 20)); break;
+            }
+        }
+    }
+};
+
+TEST_F(PropertyListReading, BothReadersAgree) {
+    const char *cases[] = {"", " ", "/", "//", "/*", "/* *", "/**", "/*/", "a", "a/", "\"", "\"\\", "\"\\U", "\"\\1", "<", "<0", "<00", "<00>", "<0 0>", "<00,>", "<\"00\">", "<00/**/11>",
+                           "<00//11\n>", "<0g>", "<g0>", "<000>", "<:>", "(", "(a", "(a,", "(a,,", "()", "(,)", "{", "{}", "{;}", "{a}", "{a=}", "{a=b", "{a=b;", "{a=b;;}", "{\"\"=\"\";}", "{(a)=b;}",
+                           "{a=b;a=c;a=d}", "a b", "a,", "() ()", "'a'", "-1", "a-b", "#", "@\"x\"", "(a;b)", "{a=b,}", "\x01", "\"\x01\"", "\"\0\"", "\\", "a\\"};
+    for (const char *c : cases) expectAgreement(textOf(c));
+    for (unsigned seed = 0; seed < 1500; ++seed) {
+        ZPAutoreleasePoolScope inner;
+        Generator g{std::mt19937(seed)};
+        g.value(4);
+        if (seed % 2) g.damage();
+        ZPString *text = textOf(g.out);
+        if (!text) continue;  // the damage hit a character of several bytes
+        expectAgreement(text);
+        // The same text kept in units, and inside a mutable string.
+        std::u16string units(text->length(), 0);
+        text->getCharacters(units.data());
+        expectAgreement(ZPString::stringWithCharacters_length(units.data(), unsigned(units.size())));
+        expectAgreement(text->mutableCopy()->autorelease());
+        if (testing::Test::HasFailure()) FAIL() << "seed " << seed;
+    }
+}
+
+TEST_F(PropertyListReading, EveryPrefixOfATextIsATreeOrAnError) {
+    Generator g{std::mt19937(3)};
+    while (g.out.size() < 2000) {
+        g.out.clear();
+        g.value(6);
+    }
+    for (std::size_t n = 0; n < g.out.size(); n += 3)
+        if (ZPString *text = textOf(g.out.substr(0, n))) expectAgreement(text);
+}
+
+// ---- strings files -------------------------------------------------------------------------------
+
+TEST_F(PropertyListReading, StringsFiles) {
+    ZPDictionary *table = "x; y = z; /* c */ \"a b\" = \"c\\nd\"; n = {k; l = (1)}"_zp->propertyListFromStringsFileFormat();
+    EXPECT_TRUE(table->isEqual(ZPMakeDictionary({{"x"_zp, "x"_zp}, {"y"_zp, "z"_zp}, {"a b"_zp, "c\nd"_zp},
+                                                 {"n"_zp, ZPMakeDictionary({{"k"_zp, "k"_zp}, {"l"_zp, ZPMakeArray({"1"_zp})}})}})));
+    EXPECT_TRUE(table->isKindOfClass(ZPMutableDictionary::class_()));
+    EXPECT_EQ(static_cast<ZPDictionary *>(""_zp->propertyListFromStringsFileFormat())->count(), 0u);
+    EXPECT_NE(raised([] { "x y"_zp->propertyListFromStringsFileFormat(); }).find("End of input expected"), std::string::npos);
+    EXPECT_NE(raised([] { "x = ;"_zp->propertyListFromStringsFileFormat(); }).find("xObject expected"), std::string::npos);
+    EXPECT_NE(raised([] { "{x;}"_zp->propertyList(); }), "") << "not in a property list";
+}
+
+}  // namespace
