@@ -157,24 +157,24 @@ ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
         if (count == most) ZPException::raise_format(ZPInternalInconsistencyException, "Too many strings to append"_zp);
         strings[count++] = s;
     }
-    ZPStringView views[most];
+    union Views { ZPStringView of[most]; Views() {} } views;  // not cleared: few are used
     std::uint64_t total = 0;
     bool bytes = true;
     for (unsigned i = 0; i < count; ++i) {
-        views[i] = _ZPViewOfString(strings[i]);
-        total += views[i].length;
-        // Bytes are made into a string as they are, so they must mean the same in both encodings.
-        if (views[i].length) bytes = bytes && views[i].bytes && _ZPFitsByteStorage(views[i].bytes, views[i].length);
+        const ZPStringView &view = *::new (&views.of[i]) ZPStringView(_ZPViewOfString(strings[i]));
+        total += view.length;
+        if (view.length) bytes = bytes && view.bytes;
     }
     if (total == 0) return ""_zp;
     if (total > _ZPLongestString) ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp, static_cast<unsigned long long>(total));
-    if (bytes) return _ZPNewStringJoiningBytes(views, count, unsigned(total), zone);
+    if (bytes) return _ZPNewStringJoiningBytes(views.of, count, unsigned(total), zone);
     ZPZoneBlock<unichar> block(total, zone);
     unichar *at = block.memory;
     for (unsigned i = 0; i < count; ++i) {
-        if (views[i].shown()) _ZPCopyUnits(views[i], 0, views[i].length, at);
-        else strings[i]->getCharacters_range(at, {0, views[i].length});
-        at += views[i].length;
+        const ZPStringView &view = views.of[i];
+        if (view.shown()) _ZPCopyUnits(view, 0, view.length, at);
+        else strings[i]->getCharacters_range(at, {0, view.length});
+        at += view.length;
     }
     return _ZPNewStringAdoptingUnits(block.take(), unsigned(total), YES, zone);
 }

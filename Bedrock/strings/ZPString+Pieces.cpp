@@ -83,7 +83,7 @@ struct PieceMethods : ZPString {
         if (sum > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
         unsigned length = unsigned(sum);
         ZPZone *zone = QLZoneFromPtr(this);
-        if (mine.bytes && its.bytes && _ZPFitsByteStorage(mine.bytes, mine.length) && _ZPFitsByteStorage(its.bytes, its.length)) {
+        if (mine.bytes && its.bytes) {
             ZPStringView both[] = {mine, its};
             ZPString *joined = _ZPNewStringJoiningBytes(both, 2, length, zone);
             ZPAutoreleaseObject(joined);
