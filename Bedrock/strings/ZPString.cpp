@@ -1,7 +1,6 @@
 // What every string does on the primitives, apart from the themes that have files of their own: making,
 // reading, copying.
-#include <Bedrock/strings/ZPMutableString.h>
-#include <Bedrock/strings/ZPString+Internal.h>
+#include <Bedrock/strings/ZPMutableString+Internal.h>
 
 namespace {
 
@@ -163,6 +162,21 @@ ZP_IMPLEMENT(ZPString)
 
 ZPStringView _ZPViewOfOtherString(ZPString *string) {
     Class cls = string->isa;
+    if (cls == ZPConcreteMutableString::class_()) {
+        string = static_cast<ZPConcreteMutableString *>(string)->_contents;
+        if (!string || (string->isa != ZPCStringWithGap::class_() && string->isa != ZPUnicodeStringWithGap::class_())) return _ZPViewOfString(string);
+        cls = string->isa;
+    }
+    if (cls == ZPCStringWithGap::class_()) {
+        auto *s = static_cast<ZPCStringWithGap *>(string);
+        _ZPPackGap(s);
+        return {reinterpret_cast<unsigned char *>(s->bytes), nullptr, s->numBytes};
+    }
+    if (cls == ZPUnicodeStringWithGap::class_()) {
+        auto *s = static_cast<ZPUnicodeStringWithGap *>(string);
+        _ZPPackGap(s);
+        return {nullptr, s->characters, s->numCharacters};
+    }
     while (cls && cls != ZPSimpleString::class_() && cls != ZPString::class_()) cls = cls->superclass;
     if (cls == ZPSimpleString::class_()) {
         const unichar *units = objc_msgSend<const unichar *>(string, "_characters"_sel);

@@ -294,7 +294,9 @@ struct ZPString : ZPObject {
     ZPString *stringByStandardizingPath() { return objc_msgSend<ZPString *>(this, "stringByStandardizingPath"_sel); }
     ZPString *stringByResolvingSymlinksInPath() { return objc_msgSend<ZPString *>(this, "stringByResolvingSymlinksInPath"_sel); }
     ZPArray *stringsByAppendingPaths(ZPArray *paths) { return objc_msgSend<ZPArray *>(this, "stringsByAppendingPaths:"_sel, paths); }
-    /// The path as the host takes it; valid until the current autorelease pool is emptied.
+    /// The path with backslashes in the file system's encoding, from which `ZPHostPathFromPath` makes the host's;
+    /// valid until the current autorelease pool is emptied. An empty path, and one that the encoding does not
+    /// hold, raises ZPInvalidArgumentException.
     const char *fileSystemRepresentation() { return objc_msgSend<const char *>(this, "fileSystemRepresentation"_sel); }
     BOOL getFileSystemRepresentation_maxLength(char *buffer, unsigned maxLength) {
         return objc_msgSend<BOOL>(this, "getFileSystemRepresentation:maxLength:"_sel, buffer, maxLength);
