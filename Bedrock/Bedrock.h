@@ -1,6 +1,8 @@
 // Everything a client needs.
 #pragma once
 
+#include <Bedrock/archiving/ZPParser.h>
+#include <Bedrock/archiving/ZPPropertyList.h>
 #include <Bedrock/bridge/ZPCollectionBridge.h>
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/bridge/ZPStringBridge.h>

@@ -21,7 +21,11 @@ const char usage[] =
     "else 8-bit text. The exit status is 0, or the number of the first file that failed (at most 100),\n"
     "or 120 for a wrong call.\n";
 
-void complain(const char *file, const char *what) { std::fprintf(stderr, "plist: %s: %s\n", file, what); }
+/// Writes a complaint; of a long one (an error deep inside a tree names every level) the ends.
+void complain(const char *file, std::string what) {
+    if (what.size() > 2000) what.replace(1000, what.size() - 1500, "\n...\n");
+    std::fprintf(stderr, "plist: %s: %s\n", file, what.c_str());
+}
 
 ZPData *readStandardInput() {
     ZPMutableData *data = ZPMutableData::data();
@@ -64,7 +68,7 @@ id readTree(const char *file, Dialect dialect) {
     try {
         return dialect == Dialect::strings ? id(text->propertyListFromStringsFileFormat()) : id(text->propertyList());
     } catch (ZPException *e) {
-        complain(file, ZPStdString(e->reason()).c_str());
+        complain(file, ZPStdString(e->reason()));
         return nullptr;
     }
 }
@@ -104,7 +108,7 @@ int get(const char *file, const char *path) {
             if (index >= 0 && unsigned(index) < array->count()) next = array->objectAtIndex(unsigned(index));
         }
         if (!next) {
-            complain(file, ("no value at " + std::string(path) + " (" + ZPStdString(step) + ")").c_str());
+            complain(file, "no value at " + std::string(path) + " (" + ZPStdString(step) + ")");
             return 1;
         }
         at = next;
