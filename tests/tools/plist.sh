@@ -10,8 +10,8 @@ expect() { # expect NAME STATUS OUTPUT COMMAND...
 }
 printf '{ a = (1, "two words", <0a0b>); "k\303\251" = {deep = end;}; }' >good
 printf '{\n a = 1;\n b = (2\n}' >bad
-printf '\377\376(\0\001\004)\0' >wide
-printf '\376\377\0(\004\001\0)' >big
+printf '\377\376(\0"\0\001\004"\0)\0' >wide
+printf '\376\377\0(\0"\004\001\0"\0)' >big
 printf '\357\273\277(a)' >marked
 printf '\377\376(\0x' >odd
 printf '"no newline" = "at the end"' >table.strings
