@@ -1,6 +1,6 @@
 // String literals: `"text"_zp` is a static string object, ready before any code runs. The text is
-// UTF-8. Text whose characters all lie below U+0080 or in U+00A0 to U+00FF is kept in the 8-bit storage
-// encoding, where such a character is its own value; any other text in 16-bit units.
+// UTF-8. ASCII text is kept in the 8-bit storage encoding, any other text in 16-bit units: what bytes from
+// 0x80 on mean as a C string is only known at run time.
 #pragma once
 
 #include <Bedrock/platform/ZPMessage.h>
@@ -46,7 +46,7 @@ template <unsigned N> struct objc_literalText {
                 c = c << 6 | (t & 0x3F);
             }
             i += more + 1;
-            if (!(c < 0x80 || (c >= 0xA0 && c < 0x100))) fits8 = false;
+            if (c >= 0x80) fits8 = false;
             if (c >= 0x10000) {
                 units[length++] = unichar(0xD7C0 + (c >> 10));
                 units[length++] = unichar(0xDC00 + (c & 0x3FF));

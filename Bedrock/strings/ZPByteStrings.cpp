@@ -37,7 +37,10 @@ template <class S> struct ByteStringMethods : S {
     const char *fastCStringContents() { return bytesOf(this); }
     ZPStringEncoding storageEncoding() { return _ZPCStringEncoding; }
     unsigned cStringLength() { return countOf(this); }
-    const char *ownCString() { return bytesOf(this); }
+    // The object's own bytes, where they mean the same as a C string.
+    bool ownBytesAreCString() { return _ZPFitsByteStorage(bytesOf(this), countOf(this)); }
+    const char *ownCString() { return ownBytesAreCString() ? bytesOf(this) : objc_super<S>(this).template send<const char *>("cString"_sel); }
+    const char *ownLossyCString() { return ownBytesAreCString() ? bytesOf(this) : objc_super<S>(this).template send<const char *>("lossyCString"_sel); }
     BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) {
         return encoding == _ZPCStringEncoding ? YES : objc_super<S>(this).template send<BOOL>("canBeConvertedToEncoding:"_sel, encoding);
     }
@@ -202,7 +205,7 @@ ZP_IMPLEMENT(ZPConstantString)
     .method<&ConstantStringMethods::dealloc>("dealloc")
     .method<&ConstantStringMethods::refuse>("initWithCharactersNoCopy:length:")
     .method<&SimpleMethods::ownCString>("cString")
-    .method<&SimpleMethods::ownCString>("lossyCString");
+    .method<&SimpleMethods::ownLossyCString>("lossyCString");
 
 ZP_IMPLEMENT(ZPInlineCString)
     .method<&InlineMethods::length>("length")
@@ -213,7 +216,7 @@ ZP_IMPLEMENT(ZPInlineCString)
     .method<&InlineMethods::storageEncoding>("smallestEncoding")
     .method<&InlineMethods::cStringLength>("cStringLength")
     .method<&InlineMethods::ownCString>("cString")
-    .method<&InlineMethods::ownCString>("lossyCString")
+    .method<&InlineMethods::ownLossyCString>("lossyCString")
     .method<&InlineMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
     .method<&InlineMethods::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
     .method<&InlineMethods::copyWithZone>("copyWithZone:")

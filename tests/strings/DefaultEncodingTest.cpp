@@ -52,6 +52,10 @@ void checkWindowsLatin1() {
 void checkUTF8() {
     EXPECT_EQ(textOf(ZPString::stringWithCString("\xC3\xA9\xE4\xB8\xAD")), u"\u00e9\u4e2d");
     EXPECT_EQ(ZPString::stringWithCString("\xE9"), nullptr);
+    inEveryForm(u"\u00e9", [](const Form &, ZPString *s) {
+        EXPECT_STREQ(s->cString(), "\xC3\xA9");
+        EXPECT_STREQ(s->lossyCString(), "\xC3\xA9");
+    });
     inEveryForm(u"\u00e9\u4e2d", [](const Form &, ZPString *s) {
         EXPECT_STREQ(s->cString(), "\xC3\xA9\xE4\xB8\xAD");
         char buffer[4];
