@@ -27,10 +27,8 @@ struct Bitmap {
         if (isMember.inverted)
             for (unsigned char &byte : bits) byte = ~byte;
     }
-    // A set of another class never counts U+FFFF among its members.
-    static unsigned lastAsked(ZPCharacterSet *set) {
-        return set->isa == ZPImmutableRangeCharacterSet::class_() || set->isa == ZPImmutableStringCharacterSet::class_() ? unitCount : unitCount - 1;
-    }
+    // The bitmap of a set that is known by its membership alone never holds U+FFFF.
+    static unsigned lastAsked(ZPCharacterSet *set) { return set->isa == ZPImmutableRangeCharacterSet::class_() ? unitCount : unitCount - 1; }
     unsigned count() const {
         unsigned n = 0;
         for (unsigned char byte : bits) n += unsigned(std::popcount(byte));
@@ -107,13 +105,14 @@ struct CharacterSetClassMethods {
     }
 };
 
+[[noreturn]] void refuse(ZPCharacterSet *set, SEL selector) {
+    ZPLog("Abstract class %s does not implement method %s; it must be implemented in subclasses."_zp, set->isa->name, sel_getName(selector));
+    set->doesNotRecognizeSelector(selector);
+    __builtin_unreachable();
+}
+
 struct CharacterSetMethods : ZPCharacterSet {
-    [[noreturn]] void refuse(SEL selector) {
-        ZPLog("Abstract class %s does not implement method %s; it must be implemented in subclasses."_zp, isa->name, sel_getName(selector));
-        doesNotRecognizeSelector(selector);
-        __builtin_unreachable();
-    }
-    BOOL characterIsMember(unichar) { refuse("characterIsMember:"_sel); }
+    BOOL characterIsMember(unichar) { refuse(this, "characterIsMember:"_sel); }
     ZPCharacterSet *invertedSet() {
         ZPInvertedCharacterSet *set = ZPAllocateObject(ZPInvertedCharacterSet::class_(), 0, nullptr);
         set->realset = ZPObject::copyWithZone(nullptr);
@@ -149,6 +148,13 @@ struct MutableCharacterSetMethods : ZPMutableCharacterSet {
         copy->makeImmutable();
         return copy;
     }
+    void addRange(ZPRange) { refuse(this, "addCharactersInRange:"_sel); }
+    void removeRange(ZPRange) { refuse(this, "removeCharactersInRange:"_sel); }
+    void addString(ZPString *) { refuse(this, "addCharactersInString:"_sel); }
+    void removeString(ZPString *) { refuse(this, "removeCharactersInString:"_sel); }
+    void formUnion(ZPCharacterSet *) { refuse(this, "formUnionWithCharacterSet:"_sel); }
+    void formIntersection(ZPCharacterSet *) { refuse(this, "formIntersectionWithCharacterSet:"_sel); }
+    void invert() { refuse(this, "invert"_sel); }
 };
 
 struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
@@ -168,6 +174,11 @@ struct RangeCharacterSetMethods : ZPImmutableRangeCharacterSet {
 
 struct StringCharacterSetMethods : ZPImmutableStringCharacterSet {
     BOOL characterIsMember(unichar u) { return std::find(buffer, buffer + numChars, u) != buffer + numChars; }
+    id mutableCopyWithZone(ZPZone *zone) {
+        ZPConcreteMutableCharacterSet *set = newConcrete(zone);
+        for (unsigned i = 0; i < numChars; ++i) setBits(set->bits, ZPRange{buffer[i], 1}, true);
+        return set;
+    }
 };
 
 struct InvertedCharacterSetMethods : ZPInvertedCharacterSet {
@@ -244,7 +255,14 @@ ZP_IMPLEMENT(ZPMutableCharacterSet)
     .classMethod<&CharacterSetClassMethods::concreteWithRange>("characterSetWithRange:")
     .classMethod<&CharacterSetClassMethods::concreteWithString>("characterSetWithCharactersInString:")
     .method<&MutableCharacterSetMethods::isMutable>("isMutable")
-    .method<&MutableCharacterSetMethods::copyWithZone>("copyWithZone:");
+    .method<&MutableCharacterSetMethods::copyWithZone>("copyWithZone:")
+    .method<&MutableCharacterSetMethods::addRange>("addCharactersInRange:")
+    .method<&MutableCharacterSetMethods::removeRange>("removeCharactersInRange:")
+    .method<&MutableCharacterSetMethods::addString>("addCharactersInString:")
+    .method<&MutableCharacterSetMethods::removeString>("removeCharactersInString:")
+    .method<&MutableCharacterSetMethods::formUnion>("formUnionWithCharacterSet:")
+    .method<&MutableCharacterSetMethods::formIntersection>("formIntersectionWithCharacterSet:")
+    .method<&MutableCharacterSetMethods::invert>("invert");
 
 ZP_IMPLEMENT(ZPBuiltinCharacterSet)
     .method<&BuiltinCharacterSetMethods::characterIsMember>("characterIsMember:")
@@ -260,7 +278,9 @@ ZP_IMPLEMENT(ZPImmutableRangeCharacterSet)
     .method<&RangeCharacterSetMethods::isEmpty>("isEmpty")
     .method<&RangeCharacterSetMethods::count>("count");
 
-ZP_IMPLEMENT(ZPImmutableStringCharacterSet).method<&StringCharacterSetMethods::characterIsMember>("characterIsMember:");
+ZP_IMPLEMENT(ZPImmutableStringCharacterSet)
+    .method<&StringCharacterSetMethods::characterIsMember>("characterIsMember:")
+    .method<&StringCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:");
 
 ZP_IMPLEMENT(ZPInvertedCharacterSet)
     .method<&InvertedCharacterSetMethods::init>("init")

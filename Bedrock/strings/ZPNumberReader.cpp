@@ -120,13 +120,16 @@ BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *res
     unichar separator = decimalSeparator(locale);
     return _ZPWithUnits(string, [&](auto &&units, unsigned length) -> BOOL {
         unsigned start = skipMembers(units, *location, length, skip);
+        // White space that is not skipped begins no number, not even where it is the separator.
+        if (start < length && (units[start] == ' ' || (units[start] >= 0x09 && units[start] <= 0x0D))) return NO;
         constexpr unsigned most = 64;
         char local[most];
         unsigned gathered = 0;
         std::string longer;
         for (unsigned at = start; at < length; ++at) {
             unichar u = units[at];
-            char c = u == separator ? '.' : (u >= '0' && u <= '9') || u == '+' || u == '-' || u == 'e' || u == 'E' ? char(u) : '\0';
+            bool plain = (u >= '0' && u <= '9') || u == '+' || u == '-' || u == 'e' || u == 'E';
+            char c = plain ? char(u) : u == separator ? '.' : '\0';
             if (!c) break;
             if (gathered < most) local[gathered++] = c;
             else {

@@ -39,7 +39,7 @@ unichar upperASCII(unichar u) { return u >= 'a' && u <= 'z' ? unichar(u - 0x20) 
 template <class U> unsigned firstDifference(const U *a, const U *b, unsigned n) {
     constexpr unsigned step = 8 / sizeof(U);
     unsigned i = 0;
-    for (; i + step <= n; i += step) {
+    for (; n - i >= step; i += step) {
         std::uint64_t x, y;
         std::memcpy(&x, a + i, 8);
         std::memcpy(&y, b + i, 8);
@@ -74,10 +74,17 @@ void fetch(ZPString *string, const ZPStringView &view, unsigned from, unsigned c
 
 // ---- equality ----
 
+// Anything may come as an argument; what stands for a string in another place says so itself.
+bool isString(ZPString *object) {
+    for (Class c = object->isa; c; c = c->superclass)
+        if (c == ZPString::class_()) return true;
+    return objc_msgSend<BOOL>(object, "isKindOfClass:"_sel, ZPString::class_());
+}
+
 bool equalBytesAndUnits(const unsigned char *bytes, const unichar *units, unsigned n) {
     unsigned i = 0;
     if constexpr (std::endian::native == std::endian::little)
-        for (; i + 4 <= n; i += 4) {  // four ASCII bytes, spread to the width of units
+        for (; n - i >= 4; i += 4) {  // four ASCII bytes, spread to the width of units
             std::uint32_t four;
             std::uint64_t wide;
             std::memcpy(&four, bytes + i, 4);
@@ -108,7 +115,8 @@ struct CompareMethods : ZPString {
                                     range.length, b.length, options);
         if (a.units && b.units) return ZPCompareCharacters(a.units + range.location, b.units, range.length, b.length, options);
         unichar mine[_ZPBlockUnits], its[_ZPBlockUnits];
-        for (unsigned at = 0; at < range.length || at < b.length; at += _ZPBlockUnits) {
+        unsigned longer = std::max(range.length, b.length);
+        for (unsigned at = 0; at < longer; at += std::min(longer - at, _ZPBlockUnits)) {
             auto step = [at](unsigned length) { return at >= length ? 0 : std::min(length - at, _ZPBlockUnits); };
             unsigned n = step(range.length), m = step(b.length);
             if (n) fetch(this, a, range.location + at, n, mine);
@@ -145,14 +153,15 @@ ZP_CATEGORY(ZPString, ZPStringComparison)
 BOOL _ZPEqualStrings(ZPString *string, ZPString *other) {
     if (other == string) return YES;
     if (!other) return NO;
+    if (other->isa != string->isa && !isString(other)) return NO;
     ZPStringView a = _ZPViewOfString(string);
     if (!a.shown()) return string->compare_options_range(other, 0, {0, a.length}) == ZPOrderedSame;
     ZPStringView b = _ZPViewOfString(other);
     if (b.shown()) return equalRuns(a, b);
     if (a.length != b.length) return NO;
     unichar its[_ZPBlockUnits];
-    for (unsigned at = 0; at < a.length; at += _ZPBlockUnits) {
-        unsigned n = std::min(a.length - at, _ZPBlockUnits);
+    for (unsigned at = 0, n; at < a.length; at += n) {
+        n = std::min(a.length - at, _ZPBlockUnits);
         other->getCharacters_range(its, {at, n});
         ZPStringView piece{a.bytes ? a.bytes + at : nullptr, a.units ? a.units + at : nullptr, n};
         if (!equalRuns(piece, {nullptr, its, n})) return NO;

@@ -138,22 +138,24 @@ struct PieceMethods : ZPString {
     ZPString *commonPrefix(ZPString *other, unsigned options) {
         if (!other) return ""_zp;
         if (options & ZPBackwardsSearch) return commonPrefixBySearch(other, options);
-        unsigned same = 0, length = ZPString::length();
+        unsigned same = 0, end = 0, length = ZPString::length();
         _ZPWithUnits(this, [&](auto &&mine, unsigned n) {
             _ZPWithUnits(other, [&](auto &&its, unsigned m) {
                 bool folding = options & ZPCaseInsensitiveSearch;
                 auto agree = [&](unichar a, unichar b) { return a == b || (folding && _ZPFoldUnit(a) == _ZPFoldUnit(b)); };
                 while (same < n && same < m && agree(mine[same], its[same])) ++same;
             });
+            if (same == n) return;
+            // A sequence surely begins where neither the unit nor the one before asks for company.
+            for (end = same; end > 0; --end)
+                if (!_ZPIsInStandardSet(_ZPNonBaseSet, mine[end]) && (mine[end - 1] & 0xFC00) != 0xD800) break;
         });
         if (same == 0 || same == length) return ZPString::substringToIndex(same);
-        // A boundary at `same` is one that a sequence from before it does not cross.
-        unsigned end = same;
-        for (ZPRange last; end > 0; end = last.location) {
-            last = rangeOfComposedCharacterSequenceAtIndex(end - 1);
-            if (last.location + last.length <= same) break;
+        for (;;) {
+            ZPRange next = rangeOfComposedCharacterSequenceAtIndex(end);
+            if (next.location + next.length > same) return ZPString::substringToIndex(end);
+            end = next.location + next.length;
         }
-        return ZPString::substringToIndex(end);
     }
     ZPString *commonPrefixBySearch(ZPString *other, unsigned options) {
         unsigned length = ZPString::length();

@@ -41,7 +41,7 @@ template <class U> unsigned findInRun(const U *text, unsigned n, const U *needle
     if constexpr (std::endian::native == std::endian::little) {
         Vector first = Vector{} + needle[0], last = Vector{} + needle[m - 1];
         std::uint64_t effort = 0;
-        for (; i + lanes <= candidates; i += lanes) {
+        for (; candidates - i >= lanes; i += lanes) {
             Vector a, b;
             std::memcpy(&a, text + i, 16);
             std::memcpy(&b, text + i + m - 1, 16);

@@ -212,7 +212,7 @@ bool _ZPIsASCII(const void *bytes, unsigned length) {
         for (unsigned i = 0; i < length; ++i) all |= p[i];
         return all < 0x80;
     }
-    for (unsigned i = 0; i + 8 <= length; i += 8) {
+    for (unsigned i = 0; length - i >= 8; i += 8) {
         std::memcpy(&word, p + i, 8);
         if (word & high) return false;
     }

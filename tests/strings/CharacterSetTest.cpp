@@ -24,6 +24,11 @@ struct OddSet : ZPCharacterSet {
 };
 ZP_IMPLEMENT(OddSet).method<&OddSet::characterIsMember>("characterIsMember:");
 
+struct UnchangingSet : ZPMutableCharacterSet {
+    ZP_CLASS(UnchangingSet)
+};
+ZP_IMPLEMENT(UnchangingSet);
+
 }  // namespace
 
 TEST(CharacterSet, standardSets) {
@@ -95,6 +100,16 @@ TEST(CharacterSet, changes) {
     EXPECT_TRUE(set->characterIsMember('z'));
 }
 
+TEST(CharacterSet, aClientsMutableSetMustSayHowItChanges) {
+    Pool pool;
+    ZPMutableCharacterSet *set = UnchangingSet::new_()->autorelease();
+    testing::internal::CaptureStderr();
+    EXPECT_NE(raised([&] { set->invert(); }).find("selector not recognized"), std::string::npos);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Abstract class UnchangingSet does not implement method invert; it must be implemented in subclasses."),
+              std::string::npos);
+    EXPECT_NE(raised([&] { set->addCharactersInRange({0, 1}); }), "");
+}
+
 TEST(CharacterSet, bitmaps) {
     ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(), *odd = OddSet::new_()->autorelease();
     for (ZPCharacterSet *set : {letters, letters->invertedSet(), ZPCharacterSet::characterSetWithRange({0xFFF0, 16}), odd}) {
@@ -107,6 +122,14 @@ TEST(CharacterSet, bitmaps) {
         EXPECT_TRUE(again->isEqual(set));
         EXPECT_EQ(again->hash(), set->hash());
     }
+    std::u16string units{u'a', 0xFFFF};
+    ZPCharacterSet *ofString = ZPCharacterSet::characterSetWithCharactersInString(make(units));
+    EXPECT_TRUE(ofString->characterIsMember(0xFFFF));
+    EXPECT_EQ(ofString->count(), 1u) << "nor does the bitmap of a string's units";
+    EXPECT_EQ(static_cast<const unsigned char *>(ofString->bitmapRepresentation()->bytes())[8191], 0);
+    ZPMutableCharacterSet *both = ofString->mutableCopy();
+    EXPECT_EQ(both->count(), 2u);
+    both->release();
     ZPCharacterSet *shortened = ZPCharacterSet::characterSetWithBitmapRepresentation(ZPData::dataWithBytes_length("\x03", 1));
     EXPECT_EQ(shortened->count(), 2u);
     ZPString *path = ZPString::stringWithCString((testing::TempDir() + "set" + std::to_string(std::random_device()()) + ".bitmap").c_str());

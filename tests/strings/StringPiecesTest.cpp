@@ -2,6 +2,7 @@
 #include "StringForms.h"
 
 #include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
 #include <Bedrock/strings/ZPNumberReader.h>
 
@@ -177,5 +178,12 @@ TEST(StringPieces, doublesReadAsTheBestConversionDoes) {
     inEveryForm(u" \u00a02.5 ", [](const Form &, ZPString *s) { EXPECT_EQ(s->doubleValue(), 2.5); });
     EXPECT_EQ("1e40"_zp->floatValue(), INFINITY);
     EXPECT_EQ("0x10"_zp->doubleValue(), 0.0);
+    ZPDictionary *locale = ZPDictionary::dictionaryWithObject_forKey(" "_zp, "ZPDecimalSeparator"_zp);
+    double value = 0;
+    unsigned at = 0;
+    EXPECT_TRUE(_ZPScanDoubleFromString("1 5"_zp, nullptr, &value, &at, locale));
+    EXPECT_EQ(value, 1.5);
+    at = 0;
+    EXPECT_FALSE(_ZPScanDoubleFromString(" 5"_zp, nullptr, &value, &at, locale)) << "white space begins no number";
     EXPECT_EQ("inf"_zp->doubleValue(), 0.0);
 }

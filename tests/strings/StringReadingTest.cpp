@@ -71,7 +71,9 @@ TEST(StringReading, equalTextsAreEqualAcrossForms) {
             });
             EXPECT_FALSE(s->isEqual(nullptr));
             EXPECT_FALSE(s->isEqualToString(nullptr));
-            EXPECT_FALSE(s->isEqual(ZPObject::new_()->autorelease()));
+            ZPObject *object = ZPObject::new_()->autorelease();
+            EXPECT_FALSE(s->isEqual(object));
+            EXPECT_FALSE(s->isEqualToString(reinterpret_cast<ZPString *>(object)));
             for (unsigned at : {0u, unsigned(text.size()) - 1}) {
                 if (at >= text.size()) continue;
                 std::u16string other = text;

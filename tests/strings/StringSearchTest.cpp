@@ -87,6 +87,10 @@ TEST(StringSearch, prefixesSuffixesAndOptions) {
     Pool pool;
     EXPECT_EQ(textOf(make(u"xe\u0301")->commonPrefixWithString_options(make(u"xe"), 0)), u"x");
     EXPECT_EQ(textOf(make(u"xe\u0301y")->commonPrefixWithString_options(make(u"xe\u0301z"), 0)), u"xe\u0301");
+    // A high surrogate takes along what follows it, whatever that is.
+    std::u16string highs{0xD800, 0xD800, u'x'}, other{0xD800, 0xD800, u'y'};
+    EXPECT_EQ(make(highs)->commonPrefixWithString_options(make(other), 0)->length(), 2u);
+    EXPECT_EQ(make(highs)->commonPrefixWithString_options(make(other.substr(0, 1)), 0), ""_zp);
     // A byte of the storage encoding that stands for another character is not found for it.
     EXPECT_EQ("a\nb"_zp->rangeOfString(make(u"\u2029")).location, ZPNotFound);
 }
