@@ -14,7 +14,8 @@
 
 namespace {
 
-std::mutex detaching;
+// Taken again where a part's parent is itself a part.
+std::recursive_mutex detaching;
 
 struct SimpleStringMethods : ZPSimpleString {
     ZPString *init() { return initWithCharactersNoCopy(nullptr, 0, NO); }
@@ -98,9 +99,13 @@ struct UnicodeSubstringMethods : ZPUnicodeSubstring {
         if (range.length == 0) return ""_zp;
         if (range.length == numCharacters) return ZPObject::copyWithZone(zone())->autorelease();
         ZPUnicodeSubstring *s = ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, zone());
-        ZPString *outer = _referenceString ? _referenceString : this;
-        s->_referenceString = outer->copyWithZone(outer->zone());
-        s->characters = characters + range.location;
+        {
+            // The units and who owns them must belong together while another thread retains the receiver.
+            std::lock_guard lock(detaching);
+            ZPString *outer = _referenceString ? _referenceString : this;
+            s->_referenceString = outer->copyWithZone(outer->zone());
+            s->characters = characters + range.location;
+        }
         s->numCharacters = range.length;
         return s->autorelease();
     }

@@ -203,6 +203,29 @@ TEST(StringStorage, partsRetainedByManyThreads) {
     }
 }
 
+TEST(StringStorage, partsOfAPartThatAnotherThreadRetains) {
+    Pool pool;
+    for (int round = 0; round < 300; ++round) {
+        ZPString *parent = make(std::u16string(1000, u't'))->retain();
+        ZPString *part = parent->_newSubstringWithRange_zone({10, 500}, nullptr), *inner = nullptr;
+        std::thread retains([part] {
+            Pool own;
+            part->retain();
+        });
+        std::thread divides([part, &inner] {
+            Pool own;
+            inner = part->substringWithRange({100, 300})->retain();
+        });
+        retains.join();
+        divides.join();
+        part->release();
+        part->release();
+        parent->release();
+        EXPECT_EQ(textOf(inner), std::u16string(300, u't'));
+        inner->release();
+    }
+}
+
 TEST(StringStorage, scratchMemoryIsCarvedFromBlocks) {
     Pool pool;
     auto request = [](unsigned n) {
