@@ -20,6 +20,8 @@
 #include <Bedrock/core/ZPObject.h>
 #include <Bedrock/core/ZPProxy.h>
 #include <Bedrock/data/ZPData.h>
+#include <Bedrock/data/ZPFileMapper.h>
+#include <Bedrock/platform/ZPPath.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/strings/ZPNumberReader.h>

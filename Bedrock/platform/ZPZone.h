@@ -51,7 +51,8 @@ struct objc_header {
 };
 inline constexpr unsigned objc_fromChildZone = 0xFFFFFFFF;
 
-inline objc_header *objc_headerOf(objc_object *object) { return reinterpret_cast<objc_header *>(object) - 1; }
+// The compiler must not reason about a static object here: it has no header, and is never counted in one.
+inline objc_header *objc_headerOf(objc_object *object) { return reinterpret_cast<objc_header *>(objc_receiver(object)) - 1; }
 
 inline constexpr unsigned objc_saturatedCount = 0xFFFFFFFF;
 extern "C" {
