@@ -1,6 +1,7 @@
 // Which class keeps a text, who owns its buffer, and when a substring lets its parent go.
 #include "StringForms.h"
 
+#include <atomic>
 #include <thread>
 
 using namespace strings;
@@ -205,24 +206,32 @@ TEST(StringStorage, partsRetainedByManyThreads) {
 
 TEST(StringStorage, partsOfAPartThatAnotherThreadRetains) {
     Pool pool;
-    for (int round = 0; round < 300; ++round) {
-        ZPString *parent = make(std::u16string(1000, u't'))->retain();
-        ZPString *part = parent->_newSubstringWithRange_zone({10, 500}, nullptr), *inner = nullptr;
-        std::thread retains([part] {
+    for (int round = 0; round < 1000; ++round) {
+        ZPString *parent = make(std::u16string(1000, u't'))->retain(), *part = parent->_newSubstringWithRange_zone({10, 500}, nullptr);
+        std::atomic<int> together{2}, divided{1}, released{1};
+        auto meet = [](std::atomic<int> &waiting) {
+            for (--waiting; waiting;) std::this_thread::yield();
+        };
+        std::thread retains([&] {
             Pool own;
+            meet(together);
             part->retain();
         });
-        std::thread divides([part, &inner] {
+        std::thread divides([&] {
             Pool own;
-            inner = part->substringWithRange({100, 300})->retain();
+            meet(together);
+            ZPString *inner = part->substringWithRange({100, 300});
+            --divided;
+            while (released) std::this_thread::yield();
+            EXPECT_EQ(textOf(inner), std::u16string(300, u't')) << "it outlives what it was taken from";
         });
         retains.join();
-        divides.join();
+        while (divided) std::this_thread::yield();
         part->release();
         part->release();
         parent->release();
-        EXPECT_EQ(textOf(inner), std::u16string(300, u't'));
-        inner->release();
+        --released;
+        divides.join();
     }
 }
 
