@@ -111,7 +111,8 @@ TEST(Message, ToNullAnswersZero) {
     EXPECT_EQ(objc_msgSend<Big>(nothing, "bigWith:and:and:"_sel, 1.0, Small{}, 0.f).a, 0);
     EXPECT_FALSE(objc_msgSend<id>(nothing, "self"_sel));
     objc_msgSend(nothing, "setSides:"_sel, 1);
-    Shape *null = nullptr;  // through a front too
+    Shape *volatile hidden = nullptr;
+    Shape *null = hidden;  // through a front too
     EXPECT_EQ(null->sides(), 0);
     EXPECT_EQ(null->hash(), 0u);
     EXPECT_FALSE(null->retain());
