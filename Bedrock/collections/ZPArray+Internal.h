@@ -98,8 +98,7 @@ struct _ZPElements {
     _ZPObjectBuffer *gathered = nullptr;
     alignas(_ZPObjectBuffer) char room[sizeof(_ZPObjectBuffer)];
 
-    explicit _ZPElements(ZPArray *array) {
-        count = 0;
+    explicit _ZPElements(ZPArray *array) : items(nullptr), count(0) {
         if (!array || (items = _ZPConcreteItems(array, count))) return;
         count = array->count();
         gather(array, {0, count});

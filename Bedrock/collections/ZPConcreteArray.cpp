@@ -42,8 +42,13 @@ id ZPConcreteArray::initWithObjects_count(const id *objects, unsigned count) {
     return this;
 }
 
+// The last element first; nobody sees the array any more.
+static void releaseAll(id *items, unsigned count) {
+    while (count) items[--count]->release();
+}
+
 void ZPConcreteArray::dealloc() {
-    while (_info) _items[--_info]->release();
+    releaseAll(_items, _info);
     objc_super<ZPConcreteArray>(this).send("dealloc"_sel);
 }
 
@@ -70,7 +75,7 @@ id ZPConcreteMutableArray::initWithObjects_count(const id *objects, unsigned cou
 }
 
 void ZPConcreteMutableArray::dealloc() {
-    while (_info) _items[--_info]->release();
+    releaseAll(_items, _info);
     if (_items) ZPZoneFree(ZPZoneFromPointer(_items), _items);
     objc_super<ZPConcreteMutableArray>(this).send("dealloc"_sel);
 }

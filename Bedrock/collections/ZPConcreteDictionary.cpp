@@ -18,7 +18,7 @@ void releaseEntry(void *, void *key, void *value) {
 
 void destroyTable(Table *&table) {
     if (!table) return;
-    ZPResetSimpleDictionary(table, releaseEntry, nullptr);
+    ZPSimpleForEach(table, [](Bucket *b) { releaseEntry(nullptr, b->key, b->value); });
     ZPFreeSimpleDictionary(table);
     table = nullptr;
 }
@@ -41,7 +41,7 @@ ZP_INLINE void checkEntry(id receiver, SEL selector, id object, id key) {
 
 // Sets a value, neither key nor value being null. The stored key is a copy in the zone.
 ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
-    unsigned hash = key->hash();
+    unsigned hash = _ZPHashOfObject(key);
     Bucket *place, *b = ZPSimpleFind(*table, key.pointer(), hash, _ZPObjectEquality(), &place);
     if (b) {
         id old = _ZPValue(b);
@@ -73,10 +73,27 @@ void setEntries(id receiver, Table **table, ZPZone *zone, const id *objects, con
     }
 }
 
-id find(Table *table, id key) {
-    if (!key || !table || !ZPSimpleCount(table)) return nullptr;
+[[gnu::noinline]] id findAny(Table *table, id key) {
+    if (!ZPSimpleCount(table)) return nullptr;
     Bucket *b = ZPSimpleFind(table, key.pointer(), key->hash(), _ZPObjectEquality());
     return b ? _ZPValue(b) : id();
+}
+ZP_INLINE id find(Table *table, id key) {
+    if (!key || !table) [[unlikely]] return nullptr;
+    if (key.pointer()->isa != ZPInlineCString::class_()) return findAny(table, key);
+    Bucket *b = ZPSimpleFind(table, key.pointer(), _ZPHashOfObject(key), _ZPObjectEquality());
+    return b ? _ZPValue(b) : id();
+}
+
+// Without a branch for each bucket: what an unused one holds is overwritten.
+void getEntries(Table *table, id *objects, id *keys) {
+    unsigned count = table ? ZPSimpleCount(table) : 0, n = 0;
+    for (Bucket *b = count ? &table->buckets[ZPSimpleBuckets(table)] : nullptr; n < count;) {
+        --b;
+        if (objects) objects[n] = _ZPValue(b);
+        if (keys) keys[n] = _ZPKey(b);
+        n += b->state >> 31;
+    }
 }
 
 // The same buckets with copies of the keys and with the values, or copies of them.
@@ -139,6 +156,7 @@ struct ZPConcreteDictionaryMethods : ZPConcreteDictionary {
     id objectForKey(id key) { return find(_table, key); }
     ZPEnumerator *keyEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, NO); }
     ZPEnumerator *objectEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, YES); }
+    void getObjects(id *objects, id *keys) { getEntries(_table, objects, keys); }
     id copyWithZone(ZPZone *) { return retain(); }
 };
 
@@ -177,6 +195,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     id objectForKey(id key) { return find(_table, key); }
     ZPEnumerator *keyEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, NO); }
     ZPEnumerator *objectEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, YES); }
+    void getObjects(id *objects, id *keys) { getEntries(_table, objects, keys); }
     id copyWithZone(ZPZone *zone) {
         if (!_table || !ZPSimpleCount(_table)) return _ZPEmptyDictionary()->retain();
         OwnedTable copied{copyTable(this, _table, zone, true)};
@@ -193,7 +212,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     void removeObject(id key) {
         if (!key) raise(this, "removeObjectForKey:"_sel, "%@: attempt to remove nil key"_zp);
         if (!_table || !ZPSimpleCount(_table)) return;
-        Bucket *b = ZPSimpleFind(_table, key.pointer(), key->hash(), _ZPObjectEquality());
+        Bucket *b = ZPSimpleFind(_table, key.pointer(), _ZPHashOfObject(key), _ZPObjectEquality());
         if (!b) return;
         id storedKey = _ZPKey(b), value = _ZPValue(b);
         ZPSimpleRemove(_table, b);
@@ -212,17 +231,16 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
 
 struct EnumeratorMethods : _ZPDictionaryEnumerator {
     id nextObject() {
-        while (_slot) {
-            Bucket *b = &_table->buckets[--_slot];
-            if (b->state & ZPSimpleOccupied) return _fastObjects ? _ZPValue(b) : _ZPKey(b);
-        }
+        void *item = _fastObjects ? _taken.advance(_table, _slot, [](Bucket *b) { return b->value; })
+                                  : _taken.advance(_table, _slot, [](Bucket *b) { return b->key; });
+        if (item) return id(_ZPStored(item));
         if (_keyEnumerator)
             if (id key = _keyEnumerator->nextObject()) return objc_msgSend<id>(_target, "objectForKey:"_sel, key);
         finish();
         return nullptr;
     }
     void finish() {
-        _slot = 0;
+        _slot = _taken.next = _taken.count = 0;
         id target = std::exchange(_target, id()), keys = std::exchange(_keyEnumerator, nullptr);
         if (keys) keys->release();
         if (target) target->release();
@@ -264,6 +282,7 @@ ZP_IMPLEMENT(ZPConcreteDictionary)
     .method<&ZPConcreteDictionaryMethods::objectForKey>("objectForKey:")
     .method<&ZPConcreteDictionaryMethods::keyEnumerator>("keyEnumerator")
     .method<&ZPConcreteDictionaryMethods::objectEnumerator>("objectEnumerator")
+    .method<&ZPConcreteDictionaryMethods::getObjects>("getObjects:forKeys:")
     .method<&ZPConcreteDictionaryMethods::copyWithZone>("copyWithZone:");
 
 ZP_IMPLEMENT(ZPConcreteMutableDictionary)
@@ -276,6 +295,7 @@ ZP_IMPLEMENT(ZPConcreteMutableDictionary)
     .method<&ZPConcreteMutableDictionaryMethods::objectForKey>("objectForKey:")
     .method<&ZPConcreteMutableDictionaryMethods::keyEnumerator>("keyEnumerator")
     .method<&ZPConcreteMutableDictionaryMethods::objectEnumerator>("objectEnumerator")
+    .method<&ZPConcreteMutableDictionaryMethods::getObjects>("getObjects:forKeys:")
     .method<&ZPConcreteMutableDictionaryMethods::copyWithZone>("copyWithZone:")
     .method<&ZPConcreteMutableDictionaryMethods::setObject>("setObject:forKey:")
     .method<&ZPConcreteMutableDictionaryMethods::removeObject>("removeObjectForKey:")

@@ -26,18 +26,18 @@ void releaseCounted(void *, void *item, void *) { id(_ZPStored(item))->release()
 
 void destroyTable(ZPSimpleSet *&table) {
     if (!table) return;
-    ZPResetSimpleSet(table, releaseMember, nullptr);
+    ZPSimpleForEach(table, [](ZPSimpleSetBucket *b) { _ZPMember(b)->release(); });
     ZPFreeSimpleSet(table);
     table = nullptr;
 }
 
 template <class S> ZPSimpleBucketOf<S> *find(S *table, id object) {
     if (!object || !table || !ZPSimpleCount(table)) return nullptr;
-    return ZPSimpleFind(table, object.pointer(), object->hash(), _ZPObjectEquality());
+    return ZPSimpleFind(table, object.pointer(), _ZPHashOfObject(object), _ZPObjectEquality());
 }
 
 ZP_INLINE void addMember(ZPSimpleSet **table, id object) {
-    unsigned hash = object->hash();
+    unsigned hash = _ZPHashOfObject(object);
     ZPSimpleSetBucket *place;
     if (ZPSimpleFind(*table, object.pointer(), hash, _ZPObjectEquality(), &place)) return;
     ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, object.pointer()});
@@ -212,7 +212,7 @@ struct ZPCountedSetMethods : ZPCountedSet {
     // Counts an object, not null, `times` more.
     void add(id object, unsigned times) {
         makeTable(0);
-        unsigned hash = object->hash();
+        unsigned hash = _ZPHashOfObject(object);
         ZPSimpleDictionaryBucket *place, *b = ZPSimpleFind(_table, object.pointer(), hash, _ZPObjectEquality(), &place);
         unsigned before = b ? _ZPMemberCount(b) : 0;
         void *count = reinterpret_cast<void *>(std::uintptr_t(times > ~before ? ~0u : before + times));
@@ -259,21 +259,14 @@ struct ZPCountedSetMethods : ZPCountedSet {
 
 struct EnumeratorMethods : _ZPSetEnumerator {
     id nextObject() {
-        while (_slot) {
-            --_slot;
-            if (_countedSet) {
-                auto *b = &static_cast<ZPSimpleDictionary *>(_table)->buckets[_slot];
-                if (b->state & ZPSimpleOccupied) return _ZPKey(b);
-            } else {
-                auto *b = &static_cast<ZPSimpleSet *>(_table)->buckets[_slot];
-                if (b->state & ZPSimpleOccupied) return _ZPMember(b);
-            }
-        }
+        void *item = _countedSet ? _taken.advance(static_cast<ZPSimpleDictionary *>(_table), _slot, [](ZPSimpleDictionaryBucket *b) { return b->key; })
+                                 : _taken.advance(static_cast<ZPSimpleSet *>(_table), _slot, [](ZPSimpleSetBucket *b) { return b->item; });
+        if (item) return id(_ZPStored(item));
         finish();
         return nullptr;
     }
     void finish() {
-        _slot = 0;
+        _slot = _taken.next = _taken.count = 0;
         if (id target = std::exchange(_target, id())) target->release();
     }
     void dealloc() {

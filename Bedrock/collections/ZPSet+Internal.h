@@ -28,6 +28,7 @@ struct _ZPSetEnumerator : ZPEnumerator {
     void *_table;   ///< a simple set; of a counted set, a simple dictionary
     unsigned _slot; ///< buckets not yet visited
     BOOL _countedSet;
+    _ZPTakenItems _taken;
 
     static ZPEnumerator *over(ZPSimpleSet *table, id target) { return over(table, target, NO, table ? ZPSimpleCount(table) : 0, table ? ZPSimpleBuckets(table) : 0); }
     static ZPEnumerator *over(ZPSimpleDictionary *table, id target) {

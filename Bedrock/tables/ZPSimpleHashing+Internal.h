@@ -35,12 +35,12 @@ ZP_COLD void ZPAddGrowingSimple(ZPSimpleDictionary **dictionary, ZPSimpleDiction
 /// The bucket of an equal item or null; `place`, when given, gets the bucket where a new entry belongs
 /// after a search without success.
 template <class S, class E>
-ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *s, const void *item, unsigned hash, const E &isEqual, ZPSimpleBucketOf<S> **place = nullptr) {
+ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *table, const void *item, unsigned hash, const E &isEqual, ZPSimpleBucketOf<S> **place = nullptr) {
     constexpr bool tests = !std::is_same_v<E, ZPSimpleIdentityOnly>;
     unsigned state = (hash & ZPSimpleHashMask) | ZPSimpleOccupied;
-    auto *buckets = s->buckets;
-    if (ZPSimpleIsLinear(s)) {
-        unsigned count = ZPSimpleCount(s);
+    auto *buckets = table->buckets;
+    if (ZPSimpleIsLinear(table)) {
+        unsigned count = ZPSimpleCount(table);
         for (unsigned i = 0; i < count; ++i)
             if (ZPSimpleKey(buckets[i]) == item) return &buckets[i];
         if constexpr (tests)
@@ -49,25 +49,27 @@ ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *s, const void *item, unsigned has
         if (place) *place = &buckets[count];
         return nullptr;
     }
-    unsigned mask = ZPSimpleBuckets(s) - 1, first = hash & mask, i = first, deleted = 0;
+    unsigned mask = ZPSimpleBuckets(table) - 1, first = hash & mask, i = first, deleted = 0;
     unsigned step = ZPSimpleStep(hash & ZPSimpleHashMask, mask);
     ZPSimpleBucketOf<S> *free = nullptr;
     do {
         auto *b = &buckets[i];
-        if (b->state & ZPSimpleOccupied) {
-            if (ZPSimpleKey(*b) == item) return b;
-            if constexpr (tests)
-                if (b->state == state && isEqual(ZPSimpleKey(*b), item)) return b;
-        } else {
+        unsigned s = b->state;
+        if constexpr (tests) {
+            // One branch for what is neither the item nor of its hash: an entry found is found at once.
+            if ((s == state) | ((ZPSimpleKey(*b) == item) & (s >> 31))) [[likely]]
+                if (ZPSimpleKey(*b) == item || isEqual(ZPSimpleKey(*b), item)) [[likely]] return b;
+        } else if ((ZPSimpleKey(*b) == item) & (s >> 31)) return b;
+        if (!(s & ZPSimpleOccupied)) {
             if (!free) free = b;
-            if (!b->state) break;
+            if (!s) break;
             ++deleted;
         }
         i = (i + step) & mask;
     } while (i != first);
     if (place) {
         *place = free;
-        if (deleted > 8 + mask / 16) [[unlikely]] ZPSweepSimple(s);
+        if (deleted > 8 + mask / 16) [[unlikely]] ZPSweepSimple(table);
     }
     return nullptr;
 }
