@@ -75,14 +75,33 @@ void setEntries(id receiver, Table **table, ZPZone *zone, const id *objects, con
 
 [[gnu::noinline]] id findAny(Table *table, id key) {
     if (!ZPSimpleCount(table)) return nullptr;
-    Bucket *b = ZPSimpleFind(table, key.pointer(), key->hash(), _ZPObjectEquality());
-    return b ? _ZPValue(b) : id();
-}
-ZP_INLINE id find(Table *table, id key) {
-    if (!key || !table) [[unlikely]] return nullptr;
-    if (key.pointer()->isa != ZPInlineCString::class_()) return findAny(table, key);
     Bucket *b = ZPSimpleFind(table, key.pointer(), _ZPHashOfObject(key), _ZPObjectEquality());
     return b ? _ZPValue(b) : id();
+}
+
+// The usual look-up, by a short 8-bit string in a hashed table. Such a key never changes, so the identical key
+// is found under its hash too. Whatever is unusual on the way starts again in `findAny`; nothing here is called
+// that would need registers saved.
+ZP_INLINE id find(Table *table, id key) {
+    if (!key || !table) [[unlikely]] return nullptr;
+    unsigned hash;
+    if (key.pointer()->isa != ZPInlineCString::class_() || ZPSimpleIsLinear(table)) return findAny(table, key);
+    auto *probe = reinterpret_cast<ZPInlineCString *>(key.pointer());
+    unsigned length = probe->_flags.numBytes;
+    if (!_ZPHashShortBytes(probe->contents(), length, hash)) [[unlikely]] return findAny(table, key);
+    unsigned state = (hash & ZPSimpleHashMask) | ZPSimpleOccupied;
+    unsigned mask = ZPSimpleBuckets(table) - 1, first = hash & mask, i = first;
+    do {
+        Bucket *b = &table->buckets[i];
+        if (b->state == state) [[likely]] {
+            auto *stored = static_cast<ZPInlineCString *>(b->key);
+            if (stored == probe) return _ZPValue(b);
+            if (stored->isa != probe->isa) [[unlikely]] return findAny(table, key);
+            if (stored->_flags.numBytes == length && _ZPSameShortBytes(stored->contents(), probe->contents(), length)) [[likely]] return _ZPValue(b);
+        } else if (!b->state) return nullptr;
+        i = (i + ZPSimpleStep(hash & ZPSimpleHashMask, mask)) & mask;
+    } while (i != first);
+    return nullptr;
 }
 
 // Without a branch for each bucket: what an unused one holds is overwritten.

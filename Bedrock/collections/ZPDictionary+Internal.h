@@ -8,6 +8,8 @@
 #include <Bedrock/strings/ZPString+Internal.h>
 #include <Bedrock/tables/ZPSimpleHashing+Internal.h>
 
+#include <bit>
+
 inline objc_object *_ZPStored(const void *item) { return static_cast<objc_object *>(const_cast<void *>(item)); }
 inline id _ZPKey(const ZPSimpleDictionaryBucket *b) { return id(_ZPStored(b->key)); }
 inline id _ZPValue(const ZPSimpleDictionaryBucket *b) { return id(_ZPStored(b->value)); }
@@ -18,29 +20,41 @@ BOOL _ZPStoredObjectsEqual(void *, const void *stored, const void *probe);
 // Most keys are 8-bit strings of one class: their hash and equality are taken without messages, with the
 // result that the messages have.
 
+static_assert(sizeof(ZPInlineCString) == 16, "short strings are read as whole words");
+/// The hash of 3 to 32 bytes below 128 in an inline string; false for any others. Fewer than 8 are read as a word
+/// that ends inside the object (4 bytes of the fields' own room and the NUL lie behind them) and shifted into place.
+ZP_INLINE bool _ZPHashShortBytes(const char *bytes, unsigned length, unsigned &hash) {
+    if (std::endian::native != std::endian::little || length - 3 > 29) return false;
+    if (length >= 8) [[likely]] return _ZPHashWords(bytes, length, hash);
+    std::uint64_t word;
+    std::memcpy(&word, bytes, 8);
+    word <<= 8 * (8 - length);
+    if (word & 0x8080808080808080) return false;
+    hash = _ZPFinishHash(length * _ZPPowers.of[length] + _ZPHashEight(word), length);
+    return true;
+}
+
+/// Whether such bytes are the same. Four words that overlap cover 8 to 32 bytes: no branch depends on the length.
+ZP_INLINE bool _ZPSameShortBytes(const char *a, const char *b, unsigned length) {
+    auto differ = [=](unsigned at) {
+        std::uint64_t x, y;
+        std::memcpy(&x, a + at, 8);
+        std::memcpy(&y, b + at, 8);
+        return x ^ y;
+    };
+    if (length < 8) return !(differ(0) << 8 * (8 - length));
+    unsigned last = length - 8, second = last < 8 ? last : 8, third = length < 16 ? 0 : length - 16;
+    return !(differ(0) | differ(second) | differ(third) | differ(last));
+}
+
 ZP_INLINE unsigned _ZPHashOfObject(id object) {
     if (object.pointer()->isa == ZPInlineCString::class_()) {
         auto *string = reinterpret_cast<ZPInlineCString *>(object.pointer());
-        return ZPHashCString(string->contents(), string->_flags.numBytes);
+        unsigned hash, length = string->_flags.numBytes;
+        if (_ZPHashShortBytes(string->contents(), length, hash)) [[likely]] return hash;
+        return ZPHashCString(string->contents(), length);
     }
     return object->hash();
-}
-
-ZP_INLINE bool _ZPSameBytes(const char *a, const char *b, unsigned length) {
-    std::uint64_t x, y;
-    if (length < 8) {
-        while (length--)
-            if (a[length] != b[length]) return false;
-        return true;
-    }
-    for (unsigned i = 0; i + 8 < length; i += 8) {
-        std::memcpy(&x, a + i, 8);
-        std::memcpy(&y, b + i, 8);
-        if (x != y) return false;
-    }
-    std::memcpy(&x, a + length - 8, 8);
-    std::memcpy(&y, b + length - 8, 8);
-    return x == y;
 }
 
 struct _ZPObjectEquality {
@@ -48,7 +62,7 @@ struct _ZPObjectEquality {
         objc_object *a = _ZPStored(stored), *b = _ZPStored(probe);
         if (a->isa == ZPInlineCString::class_() && b->isa == ZPInlineCString::class_()) {
             auto *x = reinterpret_cast<ZPInlineCString *>(a), *y = reinterpret_cast<ZPInlineCString *>(b);
-            return x->_flags.numBytes == y->_flags.numBytes && _ZPSameBytes(x->contents(), y->contents(), x->_flags.numBytes);
+            return x->_flags.numBytes == y->_flags.numBytes && !std::memcmp(x->contents(), y->contents(), x->_flags.numBytes);
         }
         return objc_msgSend<BOOL>(a, "isEqual:"_sel, id(b)) != NO;
     }

@@ -5,19 +5,11 @@
 
 namespace {
 
-// ---- hash: Horner's rule with 257, unrolled into products that do not wait for each other ----
+// ---- hash: unrolled into products that do not wait for each other ----
 
-constexpr unsigned hashedUnits = 16;
-
-struct Powers {
-    unsigned of[hashedUnits + 1];
-    constexpr Powers() : of{1} {
-        for (unsigned i = 1; i <= hashedUnits; ++i) of[i] = of[i - 1] * 257;
-    }
-};
-constexpr Powers powers;
-
-unsigned finish(unsigned hash, unsigned length) { return hash + (hash << (length & 31)); }
+constexpr unsigned hashedUnits = _ZPHashedUnits;
+constexpr const _ZPHashPowers &powers = _ZPPowers;
+unsigned finish(unsigned hash, unsigned length) { return _ZPFinishHash(hash, length); }
 
 template <class U> unsigned hashOf(const U *units, unsigned length, unsigned hashed) {
     unsigned hash = length * powers.of[hashed];
@@ -176,14 +168,14 @@ unsigned ZPHashCharacters(const unichar *characters, unsigned length) {
 
 unsigned ZPHashCString(const char *text, unsigned length) {
     auto *bytes = reinterpret_cast<const unsigned char *>(text);
+    unsigned hash;
+    if (std::endian::native == std::endian::little && length >= 8) {
+        if (_ZPHashWords(bytes, length, hash)) [[likely]] return hash;
+    } else if (_ZPIsASCII(bytes, length)) [[likely]] {
+        return length > hashedUnits ? hashEnds(bytes, bytes + length - 8, length) : hashOf(bytes, length, length);
+    }
     unsigned hashed = std::min(length, hashedUnits);
     bool ends = length > hashedUnits;
-    if (ends) {
-        std::uint64_t first, last;
-        std::memcpy(&first, bytes, 8);
-        std::memcpy(&last, bytes + length - 8, 8);
-        if (!((first | last) & 0x8080808080808080)) [[likely]] return hashEnds(bytes, bytes + length - 8, length);
-    } else if (_ZPIsASCII(bytes, length)) [[likely]] return hashOf(bytes, length, length);
     unichar units[hashedUnits];
     for (unsigned i = 0; i < hashed; ++i) units[i] = _ZPUnitOfByte(bytes[ends && i >= 8 ? length - 16 + i : i]);
     return hashOf(units, length, hashed);

@@ -127,6 +127,40 @@ void _ZPCopyUnits(const ZPStringView &view, unsigned from, unsigned count, unich
 /// What `isEqualToString:` answers.
 BOOL _ZPEqualStrings(ZPString *string, ZPString *other);
 
+// ---- hash: Horner's rule with 257 over at most 16 units, the first and the last 8 of a longer text ----
+
+inline constexpr unsigned _ZPHashedUnits = 16;
+struct _ZPHashPowers {
+    unsigned of[_ZPHashedUnits + 1];
+    constexpr _ZPHashPowers() : of{1} {
+        for (unsigned i = 1; i <= _ZPHashedUnits; ++i) of[i] = of[i - 1] * 257;
+    }
+};
+inline constexpr _ZPHashPowers _ZPPowers;
+ZP_INLINE unsigned _ZPFinishHash(unsigned hash, unsigned length) { return hash + (hash << (length & 31)); }
+
+/// Eight characters below 128, the first in the lowest byte: pairs, then fours, side by side in one word.
+ZP_INLINE unsigned _ZPHashEight(std::uint64_t x) {
+    constexpr std::uint64_t bytes = 0x00FF00FF00FF00FF, pairs = 0x0000FFFF0000FFFF;
+    x = (x & bytes) * 257 + (x >> 8 & bytes);
+    x = (x & pairs) * _ZPPowers.of[2] + (x >> 16 & pairs);
+    return unsigned(x) * _ZPPowers.of[4] + unsigned(x >> 32);
+}
+
+/// The hash of characters below 128 in eight bytes or more, on a little-endian machine; false when there are
+/// others. Bytes that both words hold are shifted out of the first, and count as zeros before it.
+ZP_INLINE bool _ZPHashWords(const void *text, unsigned length, unsigned &hash) {
+    auto *bytes = static_cast<const unsigned char *>(text);
+    std::uint64_t first, last;
+    std::memcpy(&first, bytes, 8);
+    std::memcpy(&last, bytes + length - 8, 8);
+    if ((first | last) & 0x8080808080808080) [[unlikely]] return false;
+    unsigned hashed = length < _ZPHashedUnits ? length : _ZPHashedUnits, shift = 8 * (_ZPHashedUnits - hashed);
+    first = shift == 64 ? 0 : first << shift;
+    hash = _ZPFinishHash(length * _ZPPowers.of[hashed] + _ZPHashEight(first) * _ZPPowers.of[8] + _ZPHashEight(last), length);
+    return true;
+}
+
 bool _ZPIsASCII(const void *bytes, unsigned length);
 /// Whether bytes in the default C-string encoding may be kept as they are in an 8-bit object.
 inline bool _ZPFitsByteStorage(const void *bytes, unsigned length) {
