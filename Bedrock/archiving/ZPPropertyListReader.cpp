@@ -142,6 +142,11 @@ template <class U> struct Reader {
     const U *p, *end;
     Strings strings;
     Stack stack;
+    struct Pair {
+        ZPString *key;  // the strings own it
+        unsigned hash;
+    };
+    std::vector<Pair> pairs;  // of the dictionaries that are being read; their values wait on the stack
     std::u16string units;
     std::vector<unsigned char> bytes;
     std::string narrowed;
@@ -275,16 +280,13 @@ template <class U> struct Reader {
         stack.count = base;
         return array;
     }
-    // The table that the parser's dictionary has: its copy of one made for 32 entries.
     id dictionary(unsigned level) {
         if (skip() == '}') {
             ++p;
             return _ZPEmptyDictionary()->retain();
         }
         if (level == _ZPMaximumLevels) return nullptr;
-        ZPConcreteDictionary *dictionary = ZPAllocateObject(ZPConcreteDictionary::class_(), 0, nullptr);
-        _ZPOwned<ZPConcreteDictionary> owned(dictionary);
-        dictionary->_table = ZPCreateSimpleDictionary(32, _ZPStoredObjectsEqual, nullptr);
+        std::size_t base = pairs.size();
         for (;;) {
             unsigned c = skip();
             if (c == '}') break;
@@ -295,27 +297,32 @@ template <class U> struct Reader {
             unsigned hash = strings.keyHash(index);
             id object = value(level + 1);
             if (!object) return nullptr;
-            set(dictionary, key, hash, object);
+            stack.push(object);
+            pairs.push_back({key, hash});
             c = skip();
             if (c == ';') ++p;
             else if (c != '}') return nullptr;
         }
         ++p;
-        owned.object = nullptr;
+        unsigned count = unsigned(pairs.size() - base);
+        ZPConcreteDictionary *dictionary = ZPAllocateObject(ZPConcreteDictionary::class_(), 0, nullptr);
+        dictionary->_table = ZPCreateSimpleDictionary(count, _ZPStoredObjectsEqual, nullptr);
+        stack.count -= count;
+        id *values = stack.from(stack.count);
+        for (unsigned i = 0; i < count; ++i) set(dictionary, pairs[base + i].key, pairs[base + i].hash, values[i]);
+        pairs.resize(base);
         return dictionary;
     }
-    // Equal keys are identical here.
+    // Equal keys are identical here; a later value takes the place of an earlier one.
     static void set(ZPConcreteDictionary *dictionary, ZPString *key, unsigned hash, id object) {
-        _ZPOwned<ZPObject> owned(object);
         ZPSimpleDictionaryBucket *place, *b = ZPSimpleFind(dictionary->_table, key, hash, ZPSimpleIdentityOnly(), &place);
         if (b) {
-            owned.object = _ZPValue(b);
+            _ZPValue(b)->release();
             b->value = object.pointer();
             return;
         }
         ZPSimpleAdd(&dictionary->_table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, static_cast<objc_object *>(key), object.pointer()});
         key->retain();
-        owned.object = nullptr;
     }
     id data() {
         bytes.clear();

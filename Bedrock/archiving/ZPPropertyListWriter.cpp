@@ -198,12 +198,28 @@ template <class U> void putQuoted(Text &text, U &&units, unsigned length) {
     }
     text.put('"');
 }
+// 8-bit text: the runs between what needs an escape are copied whole.
+void putQuoted(Text &text, const unsigned char *bytes, unsigned length) {
+    text.put('"');
+    for (unsigned i = 0; i < length;) {
+        unsigned run = i;
+        while (run < length && bytes[run] < 128 && classes.of[bytes[run]] <= Quoted) ++run;
+        if (run > i) text.put(reinterpret_cast<const char *>(bytes + i), run - i);
+        if ((i = run) == length) break;
+        char block[8];
+        text.put(block, std::size_t(putEscaped(block, _ZPUnitOfByte(bytes[i++])) - block));
+    }
+    text.put('"');
+}
 void putQuoted(Text &text, ZPString *string) {
     _ZPWithUnits(string, [&](auto &&units, unsigned length) { putQuoted(text, units, length); });
 }
 void putString(Text &text, ZPString *string) {
     ZPStringView view = _ZPViewOfString(string);
-    if (view.bytes && isBare(view.bytes, view.length)) return text.put(reinterpret_cast<const char *>(view.bytes), view.length);
+    if (view.bytes) {
+        if (isBare(view.bytes, view.length)) return text.put(reinterpret_cast<const char *>(view.bytes), view.length);
+        return putQuoted(text, view.bytes, view.length);
+    }
     _ZPWithUnits(string, [&](auto &&units, unsigned length) {
         if (!isBare(units, length)) return putQuoted(text, units, length);
         for (unsigned i = 0; i < length; ++i) text.put(static_cast<char>(units[i]));
