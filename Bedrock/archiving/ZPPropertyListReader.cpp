@@ -77,7 +77,13 @@ class Strings {
     }
 
   public:
-    Strings() : _entries(new Entry[64]()), _mask(63) {}
+    /// Room for what a text of that length is likely to hold.
+    explicit Strings(std::size_t textLength) {
+        std::size_t size = 64;
+        while (size < textLength / 10) size *= 2;
+        _entries.reset(new Entry[size]());
+        _mask = unsigned(size - 1);
+    }
     Strings(const Strings &) = delete;
     ~Strings() {
         for (unsigned i = 0; i <= _mask; ++i)
@@ -346,7 +352,7 @@ template <class U> struct Reader {
 template <class U> id read(const U *text, unsigned length) {
     // A zero ends the text.
     const U *end = std::find(text, text + length, U(0));
-    Reader<U> reader{text, end};
+    Reader<U> reader{text, end, Strings(std::size_t(end - text))};
     id tree = reader.value(0);
     if (tree && reader.skip()) {
         tree->release();
