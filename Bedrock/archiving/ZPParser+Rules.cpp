@@ -160,16 +160,18 @@ struct Rules : ZPParser {
         return ZPArray::arrayWithObjects_count(elements.data(), unsigned(elements.size()));
     }
     ZPDictionary *pairs(ZPString *keyRule, ZPString *keySeparator, ZPString *valueRule, ZPString *separator, BOOL omitLast) {
-        ZPMutableDictionary *pairs = ZPMutableDictionary::dictionaryWithCapacity(32);
+        std::vector<id> keys, values;
         for (;;) {
             Progress progress(s());
             id key = ZPParser::parse(keyRule);
             if (!key) break;
             if (keySeparator) ZPParser::expectSeparatorEqualTo(keySeparator);
-            pairs->setObject_forKey(ZPParser::expect(valueRule), key);
+            values.push_back(ZPParser::expect(valueRule));
+            keys.push_back(key);
             if (!separated(separator, omitLast, progress)) break;
         }
-        return ZPDictionary::dictionaryWithDictionary(pairs);
+        // Of the size of its entries: most dictionaries of a property list are small and many.
+        return ZPDictionary::dictionaryWithObjects_forKeys_count(values.data(), keys.data(), unsigned(keys.size()));
     }
     ZPDictionary *dictionaryOf(ZPString *key, ZPString *value) {
         if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;
