@@ -60,7 +60,12 @@ std::size_t sizeOfRecord(unsigned capacity) { return sizeof(Record) + capacity *
 
 Record *&slotOfThread() { return reinterpret_cast<Record *&>(ZPCurrentThreadData()->autoreleaseRecord); }
 
-void popOnThreadExit(ZPThreadData *) { ZPPopAutoreleasePool(0); }
+void endRecord(Record *r);
+
+void popOnThreadExit(ZPThreadData *) {
+    ZPPopAutoreleasePool(0);
+    if (Record *r = slotOfThread()) endRecord(r);  // it had settings or idle pools, but no pool in place
+}
 
 Record *makeRecord() {
     auto *r = static_cast<Record *>(ZPZoneCalloc(nullptr, 1, sizeOfRecord(8)));
@@ -118,8 +123,9 @@ void releaseObject(objc_object *object) {
 }
 
 // One pass over what the level holds, newest first; answers how many objects it met. A release may
-// record more objects, which the following pass takes, and may move the record.
-unsigned releasePass(Page *startPage, unsigned startIndex, const Settings &settings) {
+// record more objects, which the following pass takes, may move the record, and may even pop this level
+// with an outer one: then its pages are no longer to be touched, and the answer is 0.
+unsigned releasePass(unsigned token, Page *startPage, unsigned startIndex, const Settings &settings) {
     Record *r = slotOfThread();
     unsigned met = 0;
     // Counts what was met also when a release raises.
@@ -129,6 +135,10 @@ unsigned releasePass(Page *startPage, unsigned startIndex, const Settings &setti
             if (Record *now = slotOfThread()) now->objectCount -= met;
         }
     } subtract{met};
+    auto isOpen = [token] {
+        Record *now = slotOfThread();
+        return now && now->depth > token;
+    };
     Page *page = r->page;
     while (page->count == 0 && page != startPage) page = page->older;
     unsigned limit = page == startPage ? startIndex : 0;
@@ -139,13 +149,14 @@ unsigned releasePass(Page *startPage, unsigned startIndex, const Settings &setti
         if (plain) [[likely]] releaseObject(object);
         else if (settings.freedCheck && isFreed(object)) _ZPAutoreleaseFreedObject(object);
         else if (settings.releaseEnabled) releaseObject(object);
+        if (!isOpen()) [[unlikely]] return 0;
     }
     return met;
 }
 
 void reportException(ZPException *e) {
     Record *r = slotOfThread();
-    if (r->reporting || !e) {
+    if (!r || r->reporting || !e) {
         _ZPBasicStdErrLog("*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool\n");
         return;
     }
@@ -164,6 +175,14 @@ void releasePages(Page *page) {
         ZPDeallocateMemoryPages(page, ZPPageSize());
         page = older;
     }
+}
+
+void endRecord(Record *r) {
+    slotOfThread() = nullptr;
+    releasePages(r->page);
+    releasePages(r->sparePages);
+    for (ZPAutoreleasePool *pool : r->sparePools) ZPDeallocateObject(pool);
+    ZPZoneFree(nullptr, r);
 }
 
 }  // namespace
@@ -201,7 +220,7 @@ void ZPPopAutoreleasePool(unsigned token) {
     unsigned startIndex = r->levels[token].start;
     Settings settings = r->settings;
     try {
-        while (releasePass(startPage, startIndex, settings)) {}
+        while (releasePass(token, startPage, startIndex, settings)) {}
     } catch (ZPException *e) {
         reportException(e);
     } catch (abi::__forced_unwind &) {
@@ -210,7 +229,7 @@ void ZPPopAutoreleasePool(unsigned token) {
         reportException(nullptr);
     }
     r = slotOfThread();
-    if (!r) return;  // a release popped every pool
+    if (!r || r->depth <= token) return;  // a release popped this pool with an outer one
     unsigned spare = 0;
     for (unsigned i = token; i < r->capacity; ++i) {
         if (ZPAutoreleasePool *pool = r->levels[i].pool) {
@@ -221,7 +240,10 @@ void ZPPopAutoreleasePool(unsigned token) {
         r->levels[i] = {};
     }
     r->depth = token;
-    while (r->page->count == 0 && r->page->older) {
+    // The page on which the innermost open pool begins stays, also while it is empty: all before it belongs
+    // to pools further out.
+    Page *first = token ? r->levels[token - 1].page : nullptr;
+    while (r->page->count == 0 && r->page->older && r->page != first) {
         Page *page = r->page;
         r->page = page->older;
         r->page->newer = nullptr;
@@ -233,13 +255,7 @@ void ZPPopAutoreleasePool(unsigned token) {
     // Slots above the count are zero except those this pop has emptied.
     Page *page = r->page;
     for (unsigned i = page->count; i < slotsPerPage() && page->slots[i]; ++i) page->slots[i] = nullptr;
-    if (token == 0) {
-        slotOfThread() = nullptr;
-        releasePages(r->page);
-        releasePages(r->sparePages);
-        for (ZPAutoreleasePool *pool : r->sparePools) ZPDeallocateObject(pool);
-        ZPZoneFree(nullptr, r);
-    }
+    if (token == 0) endRecord(r);
 }
 
 void _ZPAutoreleaseNoPool(id object) {

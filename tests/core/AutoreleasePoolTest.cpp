@@ -137,6 +137,60 @@ TEST_F(Pools, AddObjectToAnOuterPoolKeepsEveryOtherWhereItWas) {
     }
 }
 
+TEST_F(Pools, APoolThatBeginsOnAnEmptyPageReleasesNothingOfOuterPools) {
+    unsigned perPage = (ZPPageSize() - 24) / 8;
+    ZPPushAutoreleasePool(0);
+    ZPAutoreleasePool *outer = ZPAutoreleasePool::new_();
+    Mortal *filler = make(0);
+    for (unsigned i = 0; i + 1 < perPage; ++i) filler->retain()->autorelease();
+    ZPAutoreleasePool *inner = ZPAutoreleasePool::new_();
+    outer->addObject(make(9));  // fills the page, so the inner pool now begins on a new one
+    ZPPopAutoreleasePool(ZPPushAutoreleasePool(0));
+    inner->release();
+    EXPECT_EQ(filler->retainCount(), perPage);
+    EXPECT_TRUE(died.empty());
+    outer->release();
+    EXPECT_EQ(filler->retainCount(), 1u);
+    EXPECT_EQ(died, (Died{9}));
+    filler->release();
+}
+
+namespace {
+
+struct Popper : ZPObject {
+    ZP_CLASS(Popper)
+    unsigned _outer;
+    void dealloc() {
+        ZPPopAutoreleasePool(_outer);
+        objc_super<Popper>(this).send("dealloc"_sel);
+    }
+};
+ZP_IMPLEMENT(Popper).method<&Popper::dealloc>("dealloc");
+
+}  // namespace
+
+TEST_F(Pools, AReleaseMayPopOuterPools) {
+    for (unsigned outer : {1u, 0u}) {
+        died.clear();
+        ZPPushAutoreleasePool(0);
+        ZPPushAutoreleasePool(0);
+        make(1)->autorelease();
+        unsigned inner = ZPPushAutoreleasePool(0);
+        make(2)->autorelease();
+        Popper *popper = Popper::new_();
+        popper->_outer = outer;
+        popper->autorelease();
+        ZPPopAutoreleasePool(inner);
+        EXPECT_EQ(died, (Died{2, 1})) << outer;
+        EXPECT_EQ(ZPAutoreleasePoolCount(), 0u) << outer;
+        if (outer) EXPECT_EQ(ZPPushAutoreleasePool(0), 1u);
+        else EXPECT_EQ(ZPPushAutoreleasePool(0), 0u);
+        make(3)->autorelease();
+        ZPPopAutoreleasePool(0);
+        EXPECT_EQ(died.back(), 3) << outer;
+    }
+}
+
 TEST_F(Pools, NoPoolIsReportedAndLeaks) {
     Mortal *m = make(1);
     m->autorelease();
