@@ -110,7 +110,9 @@ constinit const _ZPByteTable _ZPTableKESTREL = table<kestrel, 0x80>, _ZPTableISO
                              _ZPTableWindows1254 = table<windows1254, 0x80>;
 
 int _ZPByteTable::byteOf(unichar unit) const {
-    if (unit < first) return unit;
+    // Tables of the whole upper half do not look at the control characters: these are their own bytes.
+    constexpr unsigned onlyControls = 32;
+    if (unit < (count > onlyControls ? 0xA0 : first)) return unit;
     if (unit < 0x100 && unit - first >= count) return unit;
     if (unit < pairs[0].unit || unit > pairs[pairCount - 1].unit) return -1;
     auto *found = std::lower_bound(pairs, pairs + pairCount, unit, [](const _ZPEncodingPair &p, unichar u) { return p.unit < u; });

@@ -178,7 +178,7 @@ unsigned decodeUnicode(const unsigned char *in, unsigned length, unichar *out) {
 BOOL _ZPConvertToASCIIorUnicode(const void *bytes, unsigned length, ZPStringEncoding encoding, void **buffer, unsigned *count,
                                 BOOL *isASCII, ZPZone *zone) {
     if (encoding == 0) encoding = ZPUnicodeStringEncoding;
-    if (!_ZPEncodingIsKnown(encoding)) return NO;
+    if (length && !_ZPEncodingIsKnown(encoding)) return NO;
     auto *in = static_cast<const unsigned char *>(bytes);
     Block block{zone};
     unsigned units = 0;
