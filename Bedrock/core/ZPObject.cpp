@@ -52,11 +52,7 @@ struct ZPObjectMethods : ZPObject {
     id self() { return this; }
     unsigned hash() { return unsigned(reinterpret_cast<std::uintptr_t>(this) >> 2); }
     BOOL isEqual(id other) { return other.pointer() == this; }
-    BOOL isKindOfClass(Class cls) {
-        for (Class c = isa; c; c = c->superclass)
-            if (c == cls) return YES;
-        return NO;
-    }
+    BOOL isKindOfClass(Class cls) { return class_inherits(isa, cls); }
     BOOL isMemberOfClass(Class cls) { return isa == cls; }
     BOOL isProxy() { return NO; }
     BOOL respondsToSelector(SEL selector) { return class_respondsToMethod(isa, selector); }
@@ -138,12 +134,7 @@ struct ZPClassMethods {
     static id poseAsClass(Class self, Class other) { return class_poseAs(self, other); }
     static int version(Class self) { return self->version; }
     static void setVersion(Class self, int version) { self->version = version; }
-    static BOOL isAncestor(Class self, id object) {
-        if (!object) return NO;
-        for (Class c = object.pointer()->isa; c; c = c->superclass)
-            if (c == self) return YES;
-        return NO;
-    }
+    static BOOL isAncestor(Class self, id object) { return object ? class_inherits(object.pointer()->isa, self) : NO; }
     static void taskNowMultiThreaded(Class self);
 };
 
@@ -232,9 +223,10 @@ ZP_DEFINE_PROTOCOL(ZPMutableCopying).method<id(ZPZone *)>("mutableCopyWithZone:"
 
 const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector) {
     if (!selector) return nullptr;
-    bool isMeta = __atomic_load_n(&cls->info, __ATOMIC_RELAXED) & objc_isMetaclass;
     for (Class c = cls; c; c = c->superclass) {
-        Class record = (c->info & objc_isMetaclass) ? c->counterpart : c;
+        // The root class follows the metaclasses: what it promises of its instances, class objects answer too.
+        bool isMeta = __atomic_load_n(&c->info, __ATOMIC_RELAXED) & objc_isMetaclass;
+        Class record = isMeta ? c->counterpart : c;
         for (auto *p = record->protocols; p; p = p->next)
             if (auto *d = isMeta ? p->protocol->descriptionForClassMethod(selector) : p->protocol->descriptionForInstanceMethod(selector))
                 return d;

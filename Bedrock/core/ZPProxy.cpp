@@ -74,19 +74,10 @@ struct ZPProxyClassMethods {
     static void nothing(Class) {}
     static unsigned retainCount(Class) { return 0xFFFFFFFF; }
     static BOOL respondsToSelector(Class self, SEL selector) { return class_respondsToMethod(self->isa, selector); }
-    static BOOL isKindOfClass(Class self, Class cls) {
-        for (Class c = self->isa; c; c = c->superclass)
-            if (c == cls) return YES;
-        return NO;
-    }
+    static BOOL isKindOfClass(Class self, Class cls) { return class_inherits(self->isa, cls); }
     static BOOL isMemberOfClass(Class self, Class cls) { return self->isa == cls; }
     static BOOL conformsToProtocol(Class self, Protocol *protocol) { return _ZPConforms(self, protocol); }
-    static BOOL isAncestor(Class self, id object) {
-        if (!object) return NO;
-        for (Class c = object.pointer()->isa; c; c = c->superclass)
-            if (c == self) return YES;
-        return NO;
-    }
+    static BOOL isAncestor(Class self, id object) { return object ? class_inherits(object.pointer()->isa, self) : NO; }
     static BOOL isProxy(Class) { return NO; }
     static ZPString *description(Class self) { return ZPStringFromClass(self); }
     static Class superclass(Class self) { return self->superclass; }

@@ -21,6 +21,7 @@ struct objc_classState {
     Class firstSubclass, nextSibling;
     pthread_t initializer;
     Class nextLoaded;
+    Class posedAs;  ///< the class that this one took the place of
 };
 
 namespace objc {

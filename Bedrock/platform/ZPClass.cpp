@@ -326,6 +326,8 @@ Class objc_copyClass(Class cls, const char *name) {
         copy->state = to;
         copy->name = kept;
         copy->cache = &objc_emptyCache;
+        // A copy of a class that is initializing itself right now does not run `+initialize` again.
+        if (copy->info & objc_isInitializing) copy->info = (copy->info & ~objc_isInitializing) | objc_isInitialized;
         link(copy);
     }
     pair->cls.isa = pair->cls.counterpart = &pair->meta;
@@ -417,7 +419,10 @@ Class class_poseAs(Class impostor, Class original) {
     }
     pose(impostor->counterpart, original->counterpart, hidden->counterpart);
     pose(impostor, original, hidden);
+    stateOf(impostor).posedAs = original;
+    stateOf(impostor->counterpart).posedAs = original->counterpart;
     setInfo(impostor, objc_isPosing);
+    setInfo(impostor->counterpart, objc_isPosing);
     original->protocols = impostor->protocols ? impostor->protocols : original->protocols;
     posed()[original->name] = hidden;
     __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
@@ -430,8 +435,15 @@ Class class_poseAs(Class impostor, Class original) {
     return impostor;
 }
 
+BOOL class_inherits(Class cls, Class ancestor) {
+    for (Class c = cls; c; c = c->superclass)
+        if (c == ancestor) return YES;
+    for (Class c = cls; c; c = c->superclass)
+        if ((infoOf(c) & objc_isPosing) && stateOf(c).posedAs == ancestor) return YES;
+    return NO;
+}
+
 BOOL objc_isKindOf(objc_object *object, Class cls) {
-    for (Class c = object->isa; c; c = c->superclass)
-        if (c == cls) return YES;
+    if (class_inherits(object->isa, cls)) return YES;
     return objc_msgSendUnchecked<BOOL>(object, "isKindOfClass:"_sel, cls);
 }

@@ -143,6 +143,8 @@ ZP_EXPORT const objc_method *class_getClassMethod(Class cls, SEL name);
 /// The implementation for a selector; `_objc_msgForward` when there is none.
 ZP_EXPORT IMP class_lookupMethod(Class cls, SEL name);
 ZP_EXPORT BOOL class_respondsToMethod(Class cls, SEL name);
+/// YES when a class is another, descends from it, or poses as it.
+ZP_EXPORT BOOL class_inherits(Class cls, Class ancestor);
 /// The class's own method lists, newest category first: start with a null `*iterator`.
 ZP_EXPORT const objc_methodList *class_nextMethodList(Class cls, const void **iterator);
 /// Makes `impostor`, a direct subclass of `original` without fields of its own, take its place: from

@@ -163,17 +163,20 @@ void objc_sendFrame(objc_object *receiver, SEL selector, unsigned length, void *
     if (!receiver) return;
     objc_lookUpForSend(receiver, selector);  // initializes the class
     const objc_method *m = class_getInstanceMethod(receiver->isa, selector);
+    // Results that travel in registers; longer ones go where the frame's first word points.
+    alignas(64) char answer[64] = {};
     if (!m) {
-        objc_frame frame{"@@:", arguments, length, resultSize, result, NO};
+        // Who handles the message may store a word even when the sender has no use for it.
+        bool fits = result && resultSize >= sizeof(void *);
+        objc_frame frame{"@@:", arguments, length, fits ? resultSize : unsigned(sizeof(void *)), fits ? result : answer, NO};
         objc_forwardFrame(receiver, selector, &frame);
+        if (result && !fits) std::memcpy(result, answer, resultSize);
         return;
     }
     if (!m->invoker) objc_fatal("-[%s %s] cannot be sent with a frame", receiver->isa->name, sel_getName(selector));
     if (length < m->argumentSize)
         objc_fatal("-[%s %s] takes a frame of %u bytes and was sent one of %u", receiver->isa->name, sel_getName(selector),
                    m->argumentSize, length);
-    alignas(16) char answer[1024];
-    // A result longer than the caller's room goes through a buffer of the runtime's own.
     m->invoker(m->implementation, receiver, selector, arguments, result && resultSize >= sizeof answer ? result : answer);
     if (result && resultSize < sizeof answer) std::memcpy(result, answer, resultSize);
 }

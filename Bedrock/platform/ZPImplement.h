@@ -54,7 +54,7 @@ template <class T> using objc_superclassOf = typename decltype(objc_nearest(stat
 
 // A class that allocates as the root does is spared the message.
 template <class T> ZP_INLINE T *objc_allocate(Class cls) {
-    if (__atomic_load_n(&cls->info, __ATOMIC_RELAXED) & objc_allocatesPlainly) [[likely]]
+    if (__atomic_load_n(&cls->info, __ATOMIC_ACQUIRE) & objc_allocatesPlainly) [[likely]]
         if (objc_object *object = objc_allocateInstance(cls)) return (T *)object;
     return objc_msgSend<T *>(cls, "alloc"_sel);
 }

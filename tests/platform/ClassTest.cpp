@@ -99,6 +99,25 @@ struct Kid : Parent {
 ZP_IMPLEMENT(Parent).classMethod<&Parent::initialize>("initialize");
 ZP_IMPLEMENT(Kid).classMethod<&Kid::initialize>("initialize").method<&Kid::ready>("ready");
 
+int posedRuns;
+struct Posed : ZPObject {
+    ZP_CLASS(Posed)
+    int number() { return objc_msgSend<int>(this, "number"_sel); }
+    static void initialize(Class self);
+};
+struct Poser : Posed {
+    ZP_CLASS(Poser)
+};
+int posedNumber(Posed *) { return 1; }
+int poserNumber(Poser *self) { return objc_super<Poser>(self).send<int>("number"_sel) + 1; }
+void Posed::initialize(Class self) {
+    if (self != class_()) return;
+    ++posedRuns;
+    class_poseAs(Poser::class_(), self);
+}
+ZP_IMPLEMENT(Posed).method<posedNumber>("number").classMethod<&Posed::initialize>("initialize");
+ZP_IMPLEMENT(Poser).method<poserNumber>("number");
+
 struct Doubled : ZPObject {
     ZP_CLASS(Doubled)
     void same() {}
@@ -169,8 +188,21 @@ TEST(Class, PosingTakesThePlaceOfTheOriginal) {
     EXPECT_STREQ(objc_getOrigClass("Person")->name, "%Person");
     EXPECT_TRUE(before->isKindOfClass(Person::class_()));
     EXPECT_EQ(objc_msgSend<int>(after, "age"_sel), 31);
+    id impostor = Impostor::new_();
+    Person *person = impostor;  // an instance of the impostor's own is still what its class was derived from
+    EXPECT_TRUE(person->isKindOfClass(Person::class_()));
+    EXPECT_TRUE(objc_msgSend<BOOL>(Person::class_(), "isAncestorOfObject:"_sel, impostor));
+    EXPECT_FALSE(after->isKindOfClass(Impostor::class_()));
+    EXPECT_STREQ(person->givenName(), "posed");
+    person->release();
     before->release();
     after->release();
+}
+
+TEST(Class, PosingInsideTheOriginalsInitialize) {
+    EXPECT_EQ(Posed::new_()->number(), 2);
+    EXPECT_EQ(posedRuns, 1);
+    EXPECT_EQ(Poser::new_()->number(), 2);
 }
 
 TEST(Class, MadeAtRunTime) {
