@@ -29,33 +29,37 @@ struct ZPObject : objc_object {
 
     /// Adds a reference and answers the receiver.
     id retain() {
-        if (!objc_receiver(this)) return nullptr;
-        if (__atomic_load_n(&isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) [[likely]] {
-            objc_retainInHeader(this);
-            return this;
+        // Read through the tested pointer only: a compiler may read through `this` before the test.
+        objc_object *self = objc_receiver(this);
+        if (!self) return nullptr;
+        if (__atomic_load_n(&self->isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) [[likely]] {
+            objc_retainInHeader(self);
+            return self;
         }
-        return objc_msgSend<id>(this, "retain"_sel);
+        return objc_msgSend<id>(self, "retain"_sel);
     }
     /// Gives a reference up; the last one deallocates the receiver.
     void release() {
-        if (!objc_receiver(this)) return;
-        unsigned info = __atomic_load_n(&isa->info, __ATOMIC_RELAXED);
+        objc_object *self = objc_receiver(this);
+        if (!self) return;
+        unsigned info = __atomic_load_n(&self->isa->info, __ATOMIC_RELAXED);
         if (info & objc_defaultCounting) [[likely]] {
-            if (!objc_releaseInHeader(this)) return;
-            if (info & objc_defaultDealloc) objc_deallocatePlainly(this);
-            else objc_msgSend(this, "dealloc"_sel);
+            if (!objc_releaseInHeader(self)) return;
+            if (info & objc_defaultDealloc) objc_deallocatePlainly(self);
+            else objc_msgSend(self, "dealloc"_sel);
             return;
         }
-        objc_msgSend(this, "release"_sel);
+        objc_msgSend(self, "release"_sel);
     }
     /// Has the innermost autorelease pool of the calling thread release the receiver later.
     id autorelease() {
-        if (!objc_receiver(this)) return nullptr;
-        if (__atomic_load_n(&isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) [[likely]] {
-            ZPAutoreleaseObject(this);
-            return this;
+        objc_object *self = objc_receiver(this);
+        if (!self) return nullptr;
+        if (__atomic_load_n(&self->isa->info, __ATOMIC_RELAXED) & objc_defaultCounting) [[likely]] {
+            ZPAutoreleaseObject(self);
+            return self;
         }
-        return objc_msgSend<id>(this, "autorelease"_sel);
+        return objc_msgSend<id>(self, "autorelease"_sel);
     }
     /// One more than the extra references.
     unsigned retainCount() { return objc_msgSend<unsigned>(this, "retainCount"_sel); }

@@ -32,8 +32,10 @@ struct SideTable {
         return i;
     }
 
-    void resize(unsigned newCapacity) {
+    // Answers NO when the table stays as it is.
+    bool resize(unsigned newCapacity) {
         Word *old = buckets, *larger = static_cast<Word *>(std::calloc(newCapacity, sizeof(Word)));
+        if (!larger && newCapacity < capacity) return false;  // too large a table does its work too
         if (!larger) ZPException::raise_format(ZPMallocException, "*** out of memory for reference counts"_zp);
         unsigned oldCapacity = capacity, moved = 0;
         buckets = larger;
@@ -47,6 +49,7 @@ struct SideTable {
         std::free(old);
         if (moved != count)
             ZPException::raise_format(ZPInternalInconsistencyException, "found %u items instead of %u items on resize"_zp, moved, count);
+        return true;
     }
 
     // Answers whether the count was already at its limit.
@@ -96,10 +99,7 @@ struct SideTable {
         default:
             buckets[i] = 0;
             --count;
-            if (count < capacity / 4 && capacity > 16) {
-                resize(capacity / 2);
-                return false;
-            }
+            if (count < capacity / 4 && capacity > 16 && resize(capacity / 2)) return false;
             for (i = (i + 1) & mask; buckets[i]; i = (i + 1) & mask) {
                 Word word = buckets[i];
                 buckets[i] = 0;
