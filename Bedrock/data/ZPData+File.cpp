@@ -33,11 +33,13 @@ BOOL hostPathOf(const char *path, char *host) {
 
 // Puts a finished temporary file in the place of the path's.
 BOOL putInPlace(const char *temporary, const char *path, const char *hostPath, unsigned mode) {
-    if (_ZPMoveFile(temporary, path) == 0) return ZPHostSetMode(hostPath, mode);
+    // The bytes are in place even where the file system keeps no modes.
+    auto moved = [&] { return _ZPMoveFile(temporary, path) == 0 && (ZPHostSetMode(hostPath, mode), true); };
+    if (moved()) return YES;
     ZPHostStatus former;
     BOOL existed = ZPHostPathStatus(hostPath, &former);
     ZPHostSetMode(hostPath, 0700);
-    if (_ZPMoveFile(temporary, path) == 0) return ZPHostSetMode(hostPath, mode);
+    if (moved()) return YES;
     int reason = errno;
     if (existed) ZPHostSetMode(hostPath, former.mode);
     errno = reason;

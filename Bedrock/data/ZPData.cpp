@@ -64,8 +64,10 @@ struct DataMethods : ZPData {
         if (range.length == length) return ZPObject::copyWithZone(nullptr)->autorelease();
         if (range.length >= (concrete ? worthSharing : worthSharingAnywhere)) {
             ZPSubrangeData *part = ZPAllocateObject(ZPSubrangeData::class_(), 0, zone);
-            part->_data = ZPObject::copyWithZone(nullptr);
-            part->_location = range.location;
+            // A part of a part looks at the whole, so that parts of parts of parts do not make a chain.
+            auto *outer = isa == ZPSubrangeData::class_() ? static_cast<ZPSubrangeData *>(static_cast<ZPData *>(this)) : nullptr;
+            part->_data = outer ? static_cast<ZPData *>(outer->_data->retain()) : static_cast<ZPData *>(ZPObject::copyWithZone(nullptr));
+            part->_location = range.location + (outer ? outer->_location : 0);
             part->_length = range.length;
             return part->autorelease();
         }

@@ -133,6 +133,16 @@ TEST_F(Data, IsSliced) {
     ZPData *slice = m->subdataWithRange({10, 32768});
     m->resetBytesInRange({0, 40000});
     EXPECT_EQ(textOf(slice), bytes.substr(10, 32768)) << "a slice of mutable data does not change with it";
+
+    ZPData *large = make(std::string(400000, 'x') + "the end"), *rest = large->retain();
+    for (int i = 0; i < 300000; ++i) {
+        Pool each;
+        ZPData *shorter = rest->subdataWithRange({1, rest->length() - 1})->retain();
+        rest->release();
+        rest = shorter;
+    }
+    EXPECT_EQ(rest->bytes(), static_cast<const char *>(large->bytes()) + 300000) << "parts of parts make no chain";
+    rest->release();
 }
 
 TEST_F(Data, DescribesItselfInHexadecimal) {
