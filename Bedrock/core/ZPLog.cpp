@@ -38,11 +38,6 @@ void writeLine(const char *bytes, unsigned length, BOOL withBanner) {
 
 ZPLogFunction *logFunction = writeLine;
 
-struct Pool {
-    unsigned token = ZPPushAutoreleasePool(0);
-    ~Pool() { ZPPopAutoreleasePool(token); }
-};
-
 }  // namespace
 
 void ZPLog(ZPString *format, ...) {
@@ -53,13 +48,13 @@ void ZPLog(ZPString *format, ...) {
 
 void ZPLogv(ZPString *format, std::va_list arguments) {
     if (!format) return;
-    Pool pool;
+    _ZPScopedPool pool;
     id string = objc_msgSend<id>(objc_getClass("ZPMutableString"), "alloc"_sel);
     string = objc_msgSend<id>(objc_msgSend<id>(string, "initWithCapacity:"_sel, 1024u), "autorelease"_sel);
     objc_msgSend(string, "setStringWithFormat:locale:arguments:"_sel, format, id(), arguments);
     id shown = (objc_object *)objc_msgSend<ZPString *>(string, "displayableString"_sel);
     const char *bytes = objc_msgSend<const char *>(shown, "cString"_sel);
-    _ZPLogCStringFunction()(bytes, unsigned(std::strlen(bytes)), YES);
+    if (bytes) _ZPLogCStringFunction()(bytes, unsigned(std::strlen(bytes)), YES);
 }
 
 ZPLogFunction *_ZPLogCStringFunction() { return __atomic_load_n(&logFunction, __ATOMIC_ACQUIRE); }

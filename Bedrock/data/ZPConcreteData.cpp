@@ -1,11 +1,7 @@
+#include <Bedrock/core/ZPCore+Internal.h>
 #include <Bedrock/data/ZPData+Internal.h>
 
 namespace {
-
-struct Pool {
-    unsigned token = ZPPushAutoreleasePool(0);
-    ~Pool() { ZPPopAutoreleasePool(token); }
-};
 
 struct ConcreteDataMethods : ZPConcreteData {
     // Answers the receiver, or a larger instance in its place.
@@ -56,7 +52,7 @@ struct ConcreteDataMethods : ZPConcreteData {
         } else {
             unsigned capacity = ZPRoundUpToMultipleOfPageSize(length);
             {
-                Pool pool;
+                _ZPScopedPool pool;
                 _mapper = ZPFileMapper::emptyFileMapperWithLength(capacity);
                 if (_mapper) _mapper->retain();
             }
@@ -83,7 +79,7 @@ struct ConcreteDataMethods : ZPConcreteData {
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
         ZPFileMapper *mapper;
         {
-            Pool pool;
+            _ZPScopedPool pool;
             mapper = ZPFileMapper::fileMapperForPath(path);
             if (mapper) mapper->retain();
         }

@@ -1,12 +1,8 @@
 // The front of mutable data, and its concrete class.
+#include <Bedrock/core/ZPCore+Internal.h>
 #include <Bedrock/data/ZPData+Internal.h>
 
 namespace {
-
-struct Pool {
-    unsigned token = ZPPushAutoreleasePool(0);
-    ~Pool() { ZPPopAutoreleasePool(token); }
-};
 
 struct MutableDataMethods : ZPMutableData {
     [[noreturn]] void abstract(SEL selector) { ZPRequestConcreteImplementation(this, selector, ZPMutableData::class_()); }
@@ -78,7 +74,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
     // ---- storage ----
 
     static ZPFileMapper *newMapper(unsigned capacity) {
-        Pool pool;
+        _ZPScopedPool pool;
         ZPFileMapper *mapper = ZPFileMapper::emptyFileMapperWithLength(capacity);
         if (mapper) mapper->retain();
         return mapper;
@@ -176,7 +172,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
         ZPFileMapper *mapper;
         {
-            Pool pool;
+            _ZPScopedPool pool;
             mapper = ZPFileMapper::fileMapperForPath(path);
             if (mapper) mapper->retain();
         }

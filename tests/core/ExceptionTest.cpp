@@ -161,6 +161,29 @@ TEST_F(Errors, TheLogWritesOneLine) {
     EXPECT_EQ(testing::internal::GetCapturedStderr().size(), 1023u);
 }
 
+namespace {
+
+struct Unspeakable : ZPObject {
+    ZP_CLASS(Unspeakable)
+    ZPString *description() { ZPException::raise_format(ZPGenericException, "no words for %d"_zp, 3); }
+};
+ZP_IMPLEMENT(Unspeakable).method<&Unspeakable::description>("description");
+
+}  // namespace
+
+TEST_F(Errors, AnExceptionOutlivesTheLogThatMetIt) {
+    ZPRef<Unspeakable> it = ZPAdopt(Unspeakable::new_());
+    std::string reason;
+    try {
+        ZPLog("%@"_zp, it.get());
+    } catch (ZPException *e) {
+        EXPECT_EQ(e->retainCount(), 1u);
+        reason = e->reason()->cString();
+    }
+    EXPECT_EQ(reason, "no words for 3");
+    EXPECT_EQ(logged, "");
+}
+
 TEST_F(Errors, NamesBothWays) {
     EXPECT_STREQ(ZPStringFromSelector("a:b:"_sel)->cString(), "a:b:");
     EXPECT_EQ(ZPSelectorFromString("a:b:"_zp), "a:b:"_sel);
