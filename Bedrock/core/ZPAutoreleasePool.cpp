@@ -223,6 +223,9 @@ void ZPPopAutoreleasePool(unsigned token) {
         while (releasePass(token, startPage, startIndex, settings)) {}
     } catch (ZPException *e) {
         reportException(e);
+    } catch (QLError &) {
+        ZPHandlerRecord record{};
+        reportException(_ZPExceptionObjectFromHandler(&record));
     } catch (abi::__forced_unwind &) {
         throw;
     } catch (...) {

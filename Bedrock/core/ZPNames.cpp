@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <strings.h>
 
 Class (*_ZPAltClassNameFromString)(ZPString *name);
 
@@ -59,8 +58,13 @@ ZPString *ZPStringFromClass(Class cls) { return stringWithCString(cls->name); }
 
 BOOL ZPBOOLFromString(ZPString *string) {
     if (!string) return NO;
-    const char *text = _ZPCText(string);
-    return strcasecmp(text, "yes") == 0 || strcasecmp(text, "y") == 0;
+    // Unit by unit: the text may hold a null, or what no C string can.
+    unsigned length = objc_msgSend<unsigned>(id((objc_object *)string), "length"_sel);
+    const char *word = length == 1 ? "y" : length == 3 ? "yes" : nullptr;
+    if (!word) return NO;
+    for (unsigned i = 0; i < length; ++i)
+        if ((objc_msgSend<unichar>(id((objc_object *)string), "characterAtIndex:"_sel, i) | 0x20) != word[i]) return NO;
+    return YES;
 }
 
 static ZPString *methodName(const char *prefix, id receiver, SEL selector) {

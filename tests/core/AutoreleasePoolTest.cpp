@@ -216,6 +216,27 @@ TEST_F(Pools, AnExceptionStopsThePopAndGoesNoFurther) {
     EXPECT_EQ(died, (Died{3, 2, 1}));
 }
 
+namespace {
+
+struct OldStyle : ZPObject {
+    ZP_CLASS(OldStyle)
+    void dealloc() {
+        objc_super<OldStyle>(this).send("dealloc"_sel);
+        _QLRaiseError(42, 1, 2);
+    }
+};
+ZP_IMPLEMENT(OldStyle).method<&OldStyle::dealloc>("dealloc");
+
+}  // namespace
+
+TEST_F(Pools, ARaiseByCodeIsReportedByName) {
+    ZPPushAutoreleasePool(0);
+    unsigned inner = ZPPushAutoreleasePool(0);
+    OldStyle::new_()->autorelease();
+    EXPECT_NO_THROW(ZPPopAutoreleasePool(inner));
+    EXPECT_NE(logged.find("in an autorelease pool: ZPOldStyleException Old style exception with code 42"), std::string::npos) << logged;
+}
+
 TEST_F(Pools, SettingsOfTheThread) {
     ZPPushAutoreleasePool(0);
     Mortal *m = make(1);

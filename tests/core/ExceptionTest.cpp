@@ -185,6 +185,8 @@ TEST_F(Errors, AnExceptionOutlivesTheLogThatMetIt) {
 }
 
 TEST_F(Errors, NamesBothWays) {
+    EXPECT_FALSE(ZPBOOLFromString("y\0s"_zp));
+    EXPECT_FALSE(ZPBOOLFromString("\346\227\245"_zp));
     EXPECT_STREQ(ZPStringFromSelector("a:b:"_sel)->cString(), "a:b:");
     EXPECT_EQ(ZPSelectorFromString("a:b:"_zp), "a:b:"_sel);
     EXPECT_EQ(ZPClassFromString("Partial"_zp), Partial::class_());
