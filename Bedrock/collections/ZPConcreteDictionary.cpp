@@ -168,7 +168,8 @@ struct ZPConcreteDictionaryMethods : ZPConcreteDictionary {
         return this;
     }
     void dealloc() {
-        destroyTable(_table);
+        if (_table == room()) ZPSimpleForEach(_table, [](Bucket *b) { releaseEntry(nullptr, b->key, b->value); });
+        else destroyTable(_table);
         objc_super<ZPConcreteDictionary>(this).send("dealloc"_sel);
     }
     unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }

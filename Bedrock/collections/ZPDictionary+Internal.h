@@ -1,6 +1,7 @@
 // The two concrete dictionary classes. `_table` maps keys to values by the keys' `hash` and `isEqual:`; it
 // is null in the shared empty dictionary and may be null in an empty mutable one. The table owns a reference
-// to each key (its own copy) and each value. References to dictionaries are counted as for every object.
+// to each key (its own copy) and each value. A reader of trees makes dictionaries with the table in the same
+// allocation, right behind the fields. References to dictionaries are counted as for every object.
 #pragma once
 
 #include <Bedrock/collections/ZPCollections+Internal.h>
@@ -98,6 +99,9 @@ struct _ZPTakenItems {
 struct ZPConcreteDictionary : ZPDictionary {
     ZP_PRIVATE_CLASS(ZPConcreteDictionary)
     ZPSimpleDictionary *_table;
+
+    /// Where the table lies when it is part of the object's own memory.
+    void *room() { return this + 1; }
 };
 
 struct ZPConcreteMutableDictionary : ZPMutableDictionary {

@@ -4,6 +4,7 @@
 // Each thread keeps a few freed heap blocks of each small size for its next instances; every such block
 // is a heap block of its own, so any of them may go back to the heap at any time.
 #include <Bedrock/platform/ZPKernel.h>
+#include <Bedrock/platform/ZPSlab+Internal.h>
 #include <Bedrock/platform/ZPZone.h>
 
 #include <cstdlib>
@@ -97,6 +98,7 @@ ZP_INLINE void freeRaw(objc_object *object, std::size_t prefix) {
     unsigned origin = prefix ? objc_headerOf(object)->origin : objc_fromChildZone;
     if (origin - 1 < largestKept / grain) [[likely]] keepBlock(block, origin);
     else if (origin == 0) std::free(block);
+    else if (origin != objc_fromChildZone) reinterpret_cast<objc_slab *>(block - (origin & ~objc_fromSlab))->drop();
     else {
         ZPZone *zone = QLZoneFromPtr(block);
         zone->free(zone, block);
@@ -104,6 +106,17 @@ ZP_INLINE void freeRaw(objc_object *object, std::size_t prefix) {
 }
 
 }  // namespace
+
+void objc_slab::free() { std::free(this); }
+
+bool objc_slabs::next() {
+    if (_open) _open->drop();
+    _open = static_cast<objc_slab *>(std::malloc(objc_slab::size));
+    if (!_open) return false;
+    _open->live = 1;
+    _used = sizeof(objc_slab);
+    return true;
+}
 
 objc_object *_zoneAlloc(Class cls, std::size_t extraBytes, ZPZone *zone) {
     std::size_t size = cls->instanceSize + extraBytes;

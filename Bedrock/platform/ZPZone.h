@@ -47,9 +47,10 @@ ZP_EXPORT void objc_destroyFields(objc_object *object);
 /// What precedes an instance whose class counts in the header.
 struct objc_header {
     unsigned extraReferences;
-    unsigned origin;  ///< where the block goes when it is freed: objc_fromChildZone, else the heap
+    unsigned origin;  ///< where the block goes when it is freed: one of these two, else the heap
 };
 inline constexpr unsigned objc_fromChildZone = 0xFFFFFFFF;
+inline constexpr unsigned objc_fromSlab = 0x80000000;  ///< and how many bytes it lies behind its slab's head
 
 // The compiler must not reason about a static object here: it has no header, and is never counted in one.
 inline objc_header *objc_headerOf(objc_object *object) { return reinterpret_cast<objc_header *>(objc_receiver(object)) - 1; }

@@ -8,6 +8,8 @@
 
 #include <Bedrock/tables/ZPSimpleHashing.h>
 
+#include <cstring>
+
 struct ZPSimpleIdentityOnly {};
 
 template <class S> using ZPSimpleBucketOf = std::remove_reference_t<decltype(*S::buckets)>;
@@ -23,6 +25,22 @@ template <class S> ZP_INLINE bool ZPSimpleIsLinear(const S *s) { return ZPSimple
 constexpr unsigned ZPSimpleThreshold(unsigned sizeClass) {
     if (sizeClass < 2) return sizeClass ? 7 : 3;
     return unsigned(((std::uint64_t(8) << sizeClass) + 1) / 3);
+}
+
+inline unsigned ZPSimpleClassFor(unsigned capacity) {
+    unsigned sizeClass = 0;
+    while (ZPSimpleThreshold(sizeClass) < capacity) ++sizeClass;
+    return sizeClass;
+}
+template <class S> constexpr std::size_t ZPSimpleSize(unsigned sizeClass) {
+    return sizeof(S) + (std::size_t(4) << sizeClass) * sizeof(ZPSimpleBucketOf<S>);
+}
+/// An empty structure in memory of the caller's, who must not let it grow.
+template <class S> S *ZPSimpleInit(void *memory, unsigned sizeClass, ZPSimpleEqualFunction *isEqual) {
+    S *s = static_cast<S *>(std::memset(memory, 0, ZPSimpleSize<S>(sizeClass)));
+    s->info = sizeClass << 27;
+    s->isEqual = isEqual;
+    return s;
 }
 
 ZP_INLINE unsigned ZPSimpleStep(unsigned hash, unsigned mask) { return (((hash >> 1) & mask) + ((hash >> 1) & 1) - 1) & mask; }

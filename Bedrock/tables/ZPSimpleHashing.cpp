@@ -8,14 +8,11 @@
 
 namespace {
 
-template <class S> constexpr std::size_t sizeOf(unsigned sizeClass) { return sizeof(S) + (std::size_t(4) << sizeClass) * sizeof(ZPSimpleBucketOf<S>); }
-
 template <class S> S *create(unsigned capacity, ZPSimpleEqualFunction *isEqual, ZPZone *zone, const char *function) {
     if (capacity > ZPSimpleMaximumCapacity)
         ZPException::raise_format(ZPInvalidArgumentException, "*** %s(): absurd capacity: %u"_zp, function, capacity);
-    unsigned sizeClass = 0;
-    while (ZPSimpleThreshold(sizeClass) < capacity) ++sizeClass;
-    std::size_t bytes = sizeOf<S>(sizeClass);
+    unsigned sizeClass = ZPSimpleClassFor(capacity);
+    std::size_t bytes = ZPSimpleSize<S>(sizeClass);
     // The heap's own zero-filled blocks cost nothing until they are touched.
     void *memory = !zone || zone == ZPDefaultMallocZone() ? std::calloc(1, bytes) : ZPZoneCalloc(zone, 1, bytes);
     if (!memory) ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u items"_zp, function, capacity);
@@ -26,7 +23,7 @@ template <class S> S *create(unsigned capacity, ZPSimpleEqualFunction *isEqual, 
 }
 
 template <class S> void destroy(S *s) {
-    std::memset(static_cast<void *>(s), 0, sizeOf<S>(ZPSimpleClass(s)));
+    std::memset(static_cast<void *>(s), 0, ZPSimpleSize<S>(ZPSimpleClass(s)));
     ZPZoneFree(ZPZoneFromPointer(s), s);
 }
 
@@ -80,7 +77,7 @@ template <class S> void sweep(S *s) {
 }
 
 template <class S> S *copy(S *source, ZPZone *zone, const char *function) {
-    std::size_t bytes = sizeOf<S>(ZPSimpleClass(source));
+    std::size_t bytes = ZPSimpleSize<S>(ZPSimpleClass(source));
     void *memory = ZPZoneMalloc(zone, bytes);
     if (!memory) ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u items"_zp, function, ZPSimpleCount(source));
     S *s = static_cast<S *>(std::memcpy(memory, static_cast<void *>(source), bytes));

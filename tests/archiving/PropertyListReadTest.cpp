@@ -7,6 +7,7 @@
 #include <chrono>
 #include <map>
 #include <random>
+#include <thread>
 
 namespace {
 
@@ -145,6 +146,56 @@ TEST_F(PropertyListReading, EqualStringsAreOneObject) {
     EXPECT_EQ(static_cast<ZPDictionary *>(list->objectAtIndex(2))->objectForKey("abc"_zp), list->objectAtIndex(0));
     EXPECT_EQ(list->objectAtIndex(3), list->objectAtIndex(4));
     EXPECT_EQ(list->objectAtIndex(0), list->objectAtIndex(5));
+}
+
+TEST_F(PropertyListReading, PartsOutliveTheirTree) {
+    // The objects of a tree are made together; each goes on alone, also on another thread.
+    std::string big = "{";
+    for (int i = 0; i < 2000; ++i) {
+        std::string n = std::to_string(i);
+        big += "key" + n + " = (value" + n + ", {inner" + n + " = \"some longer text \\U3042 " + n + "\"; other = <0a0b>; }, " + n + "); ";
+    }
+    big += "}";
+    std::vector<ZPRef<ZPObject>> kept;
+    {
+        ZPAutoreleasePoolScope inner;
+        ZPDictionary *tree = textOf(big)->propertyList();
+        ASSERT_EQ(tree->count(), 2000u);
+        for (int i = 0; i < 2000; i += 7) {
+            ZPArray *list = tree->objectForKey(ZPString::stringWithFormat("key%d"_zp, i));
+            ZPDictionary *entry = list->objectAtIndex(1);
+            ZPString *wide = entry->objectForKey(ZPString::stringWithFormat("inner%d"_zp, i));
+            kept.emplace_back(list->objectAtIndex(0));
+            kept.emplace_back(entry->mutableCopy()->autorelease());
+            kept.emplace_back(entry->copy()->autorelease());
+            kept.emplace_back(wide->substringFromIndex(5));
+        }
+    }
+    auto check = [&] {
+        ZPAutoreleasePoolScope inner;
+        for (std::size_t k = 0; k < kept.size(); k += 4) {
+            int i = int(k) / 4 * 7;
+            EXPECT_TRUE(kept[k]->isEqual(ZPString::stringWithFormat("value%d"_zp, i)));
+            ZPMutableDictionary *changed = id(kept[k + 1].get());
+            changed->setObject_forKey("x"_zp, "new"_zp);
+            EXPECT_EQ(changed->count(), 3u);
+            ZPString *key = ZPString::stringWithFormat("inner%d"_zp, i);
+            EXPECT_EQ(changed->objectForKey(key), static_cast<ZPDictionary *>(id(kept[k + 2].get()))->objectForKey(key));
+            EXPECT_TRUE(kept[k + 3]->isEqual(ZPString::stringWithFormat("longer text %@ %d"_zp, "\u3042"_zp, i)));
+        }
+        kept.clear();
+    };
+    std::thread(check).join();
+    EXPECT_TRUE(kept.empty());
+}
+
+TEST_F(PropertyListReading, ReplacedEntriesMayBeUsedElsewhere) {
+    ZPDictionary *tree = "{a = (shared); list = x; a = \"two\"; list = (shared, x, a); b = {c = d; c = shared;}; }"_zp->propertyList();
+    EXPECT_EQ(text(tree->description()), "{a = two; b = {c = shared; }; list = (shared, x, a); }");
+    for (int i = 0; i < 50; ++i) {
+        ZPAutoreleasePoolScope inner;
+        EXPECT_NE(raised([] { "{a = (s, \"\\U3042\"); a = s; a = (t, t, s); b = "_zp->propertyList(); }), "");
+    }
 }
 
 // ---- agreement of the two readers ----------------------------------------------------------------
