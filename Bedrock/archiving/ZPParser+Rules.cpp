@@ -38,7 +38,7 @@ struct Rules : ZPParser {
 
     // ---- rules by name ----
 
-    void pushUnit(ZPString *name) {
+    [[gnu::noinline]] void pushUnit(ZPString *name) {
         if (s().units.size() >= _ZPMaximumRules) ZPParser::parseError("Nesting too deep"_zp);
         s().units.push_back(name->copyWithZone(s().zone));
     }
@@ -52,7 +52,7 @@ struct Rules : ZPParser {
         s().releaseUnits(depth);
         return result;
     }
-    id perform(ZPString *name) {
+    [[gnu::noinline]] id perform(ZPString *name) {
         SEL selector = ZPSelectorFromString(name);
         if (ZPObject::respondsToSelector(selector)) return ZPObject::performSelector(selector);
         ZPLog("*** Unimplemented ObjC selector '%@'; Could be a misspelled unit name"_zp, name);
@@ -65,7 +65,7 @@ struct Rules : ZPParser {
         return nullptr;
     }
 
-    // ---- nodes ----
+    // ---- nodes: apart, so that deep nesting costs little stack ----
 
     id evaluate(id element) {
         if (element->isKindOfClass(ZPString::class_())) return ZPParser::parse(element);
@@ -79,7 +79,7 @@ struct Rules : ZPParser {
         default: return nullptr;
         }
     }
-    id sequence(Node *node) {
+    [[gnu::noinline]] id sequence(Node *node) {
         ZPArray *elements = node->_argument;
         bool all = node->_resultIndex == _ZPAllResults;
         ZPMutableArray *results = all ? ZPMutableArray::array() : nullptr;
@@ -95,12 +95,12 @@ struct Rules : ZPParser {
         }
         return all ? id(results) : chosen;
     }
-    id alternatives(ZPArray *list) {
+    [[gnu::noinline]] id alternatives(ZPArray *list) {
         for (unsigned i = 0, count = list->count(); i < count; ++i)
             if (id result = evaluate(list->objectAtIndex(i))) return result;
         return nullptr;
     }
-    id backtracking(ZPArray *list) {
+    [[gnu::noinline]] id backtracking(ZPArray *list) {
         _ZPParserState &state = s();
         auto token = state.token;
         unsigned position = state.position, line = state.line;
@@ -126,7 +126,7 @@ struct Rules : ZPParser {
         }
         return nullptr;
     }
-    id repetition(id element) {
+    [[gnu::noinline]] id repetition(id element) {
         id result = evaluate(element);
         if (!result) return nullptr;
         ZPMutableArray *results = ZPMutableArray::arrayWithObject(result);
@@ -142,7 +142,7 @@ struct Rules : ZPParser {
     // ---- suites ----
 
     // Whether another element may follow.
-    bool separated(ZPString *separator, BOOL omitLast, const Progress &progress) {
+    [[gnu::noinline]] bool separated(ZPString *separator, BOOL omitLast, const Progress &progress) {
         if (!separator) return progress.made();
         if (omitLast) return ZPParser::parseSeparatorEqualTo(separator) != nullptr;
         ZPParser::expectSeparatorEqualTo(separator);
@@ -159,19 +159,25 @@ struct Rules : ZPParser {
         }
         return ZPArray::arrayWithObjects_count(elements.data(), unsigned(elements.size()));
     }
-    ZPDictionary *pairs(ZPString *keyRule, ZPString *keySeparator, ZPString *valueRule, ZPString *separator, BOOL omitLast) {
+    struct Pairs {
         std::vector<id> keys, values;
+    };
+    [[gnu::noinline]] static void add(Pairs &pairs, id key, id value) {
+        pairs.keys.push_back(key);
+        pairs.values.push_back(value);
+    }
+    ZPDictionary *pairs(ZPString *keyRule, ZPString *keySeparator, ZPString *valueRule, ZPString *separator, BOOL omitLast) {
+        Pairs pairs;
         for (;;) {
             Progress progress(s());
             id key = ZPParser::parse(keyRule);
             if (!key) break;
             if (keySeparator) ZPParser::expectSeparatorEqualTo(keySeparator);
-            values.push_back(ZPParser::expect(valueRule));
-            keys.push_back(key);
+            add(pairs, key, ZPParser::expect(valueRule));
             if (!separated(separator, omitLast, progress)) break;
         }
         // Of the size of its entries: most dictionaries of a property list are small and many.
-        return ZPDictionary::dictionaryWithObjects_forKeys_count(values.data(), keys.data(), unsigned(keys.size()));
+        return ZPDictionary::dictionaryWithObjects_forKeys_count(pairs.values.data(), pairs.keys.data(), unsigned(pairs.keys.size()));
     }
     ZPDictionary *dictionaryOf(ZPString *key, ZPString *value) {
         if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;

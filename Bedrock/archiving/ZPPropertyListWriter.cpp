@@ -72,6 +72,7 @@ class Text {
         if (_capacity - _length < more) [[unlikely]] grow(more);
     }
     ZP_INLINE void put(const char *text, std::size_t count) {
+        if (!count) return;
         reserve(count);
         if (_units) std::copy_n(text, count, _units + _length);
         else std::memcpy(_bytes + _length, text, count);
@@ -85,6 +86,7 @@ class Text {
         ++_length;
     }
     void spaces(std::size_t count) {
+        if (!count) return;
         reserve(count);
         if (_units) std::fill_n(_units + _length, count, u' ');
         else std::memset(_bytes + _length, ' ', count);

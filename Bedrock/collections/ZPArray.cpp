@@ -112,6 +112,7 @@ struct ZPArrayMethods : ZPArray {
         id *items = _ZPConcreteItems(this, count);
         if (!items) count = ZPArray::count();
         _ZPCheckElements(this, "getObjects:range:"_sel, range, count);
+        if (!range.length) return;
         if (items) std::memcpy(static_cast<void *>(objects), static_cast<void *>(items + range.location), range.length * sizeof(id));
         else
             for (unsigned i = 0; i < range.length; ++i) objects[i] = ZPArray::objectAtIndex(range.location + i);

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
-static void move(id *to, const id *from, unsigned count) { std::memmove(static_cast<void *>(to), static_cast<const void *>(from), count * sizeof(id)); }
+static void move(id *to, const id *from, unsigned count) {
+    if (count) std::memmove(static_cast<void *>(to), static_cast<const void *>(from), count * sizeof(id));
+}
 
 // ---- immutable -----------------------------------------------------------------------------------
 
