@@ -200,9 +200,12 @@ TEST(Class, PosingTakesThePlaceOfTheOriginal) {
 }
 
 TEST(Class, PosingInsideTheOriginalsInitialize) {
-    EXPECT_EQ(Posed::new_()->number(), 2);
+    Posed *posed = Posed::new_(), *poser = Poser::new_();
+    EXPECT_EQ(posed->number(), 2);
     EXPECT_EQ(posedRuns, 1);
-    EXPECT_EQ(Poser::new_()->number(), 2);
+    EXPECT_EQ(poser->number(), 2);
+    posed->release();
+    poser->release();
 }
 
 TEST(Class, MadeAtRunTime) {
