@@ -1,5 +1,6 @@
 // The tokenizer.
 #include <Bedrock/archiving/ZPParser+Internal.h>
+#include <Bedrock/strings/ZPString+Internal.h>
 
 namespace {
 
@@ -280,8 +281,21 @@ void _ZPParserState::storeInput(unsigned character) {
     store(inputIsNarrow && character >= 0x80 ? ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(character)) : character);
 }
 
+// The hash of a string reads only its ends; a hostile text has many strings that differ in the middle.
+static unsigned wholeHash(ZPHashTable *, const void *item) {
+    return _ZPWithUnits(static_cast<ZPString *>(const_cast<void *>(item)), [](auto &&units, unsigned length) {
+        std::uint64_t hash = length;
+        for (unsigned i = 0; i < length; ++i) hash = (hash ^ units[i]) * 0x100000001B3;
+        return unsigned(hash ^ hash >> 32);
+    });
+}
+
 ZPString *_ZPParserState::intern(ZPString *owned) {
-    if (!strings) strings = ZPCreateHashTableWithZone(ZPNonRetainedObjectHashCallBacks, 6, zone);
+    if (!strings) {
+        ZPHashCallBacks callBacks = ZPNonRetainedObjectHashCallBacks;
+        callBacks.hash = wholeHash;
+        strings = ZPCreateHashTableWithZone(callBacks, 6, zone);
+    }
     void *known = ZPHashInsertIfAbsent(strings, owned);
     if (!known) return owned;
     owned->release();

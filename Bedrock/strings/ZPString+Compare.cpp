@@ -117,7 +117,14 @@ struct CompareMethods : ZPString {
         }
         return ZPOrderedSame;
     }
-    ZPComparisonResult compareOptions(ZPString *other, unsigned options) { return compare_options_range(other, options, {0, ZPString::length()}); }
+    ZPComparisonResult compareOptions(ZPString *other, unsigned options) {
+        // The usual two strings need neither of the messages.
+        if (isa == ZPInlineCString::class_() && other && other->isa == isa) {
+            ZPStringView a = _ZPViewOfString(this), b = _ZPViewOfString(other);
+            return ZPCompareCString(reinterpret_cast<const char *>(a.bytes), reinterpret_cast<const char *>(b.bytes), a.length, b.length, options);
+        }
+        return compare_options_range(other, options, {0, ZPString::length()});
+    }
     ZPComparisonResult compare(ZPString *other) { return compareOptions(other, 0); }
     ZPComparisonResult caseInsensitiveCompare(ZPString *other) { return compareOptions(other, ZPCaseInsensitiveSearch); }
 

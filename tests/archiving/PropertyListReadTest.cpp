@@ -310,6 +310,16 @@ TEST_F(PropertyListReading, EveryPrefixOfATextIsATreeOrAnError) {
         if (ZPString *text = textOf(g.out.substr(0, n))) expectAgreement(text);
 }
 
+TEST_F(PropertyListReading, ManyStringsOfOneHashDoNotSlowReading) {
+    // Equal in length and at both ends, which is all that the hash of a string reads.
+    std::string list = "(";
+    for (int i = 100000; i < 130000; ++i) list += "aaaaaaaa" + std::to_string(i) + "zzzzzzzz,";
+    auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(static_cast<ZPArray *>(textOf(list + ")")->propertyList())->count(), 30000u);
+    EXPECT_NE(raised([&] { textOf(list + "(")->propertyList(); }), "");
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+}
+
 // ---- strings files -------------------------------------------------------------------------------
 
 TEST_F(PropertyListReading, StringsFiles) {
