@@ -6,7 +6,6 @@
 #include <Bedrock/bridge/ZPCollectionBridge.h>
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/bridge/ZPStringBridge.h>
-#include <Bedrock/bridge/ZPStringBridge.h>
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/collections/ZPEnumerator.h>
