@@ -153,7 +153,7 @@ template <class R = void, class... A> R objc_msgSendSuper(id receiver, Class sup
 
 /// An argument as it travels behind the `...` of a variadic method.
 template <class T> ZP_INLINE auto objc_variadicArgument(T value) {
-    if constexpr (std::is_same_v<T, id>) return value.pointer();
+    if constexpr (std::is_class_v<T> && std::is_convertible_v<T, id>) return id(value).pointer();
     else {
         static_assert(std::is_scalar_v<T>, "only numbers, pointers and objects can follow the named arguments of a variadic method");
         return value;

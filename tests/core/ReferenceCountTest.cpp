@@ -3,6 +3,7 @@
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPLog.h>
+#include <Bedrock/strings/ZPString.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -177,6 +178,8 @@ TEST(Ref, OwnsOneReference) {
         d = nullptr;
         a = std::move(a);
         EXPECT_EQ(c->retainCount(), 2u);
+        ZPAutoreleasePoolScope pool;  // an owner stands for its object behind a format too
+        EXPECT_EQ(ZPString::stringWithFormat("%@"_zp, a)->hash(), c->description()->hash());
     }
     EXPECT_EQ(deallocated, 1);
 }
