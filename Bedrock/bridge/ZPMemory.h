@@ -8,7 +8,8 @@
 
 /// Owns one reference to an object, or none. Copying retains, destroying releases.
 ///
-///     ZPRef<ZPArray> list = ZPAdopt(ZPArray::alloc()->init());   // takes the reference over
+///     ZPRef<Counter> counter = ZPAdopt(Counter::new_());         // takes the reference over
+///     ZPRef<ZPArray> list = ZPAdopt<ZPArray>(ZPArray::alloc()->init());
 ///     ZPRef<ZPString> name = dictionary->objectForKey(key);      // retains
 template <class T> class ZPRef {
     T *_object = nullptr;
@@ -65,6 +66,7 @@ template <class T> class ZPRef {
 
 /// A `ZPRef` that takes over the reference its argument carries, as alloc, copy and new give it.
 template <class T> ZPRef<T> ZPAdopt(T *owned) { return ZPRef<T>::adopt(owned); }
+template <class T> ZPRef<T> ZPAdopt(id owned) { return ZPRef<T>::adopt(owned); }
 
 /// An autorelease pool for the life of a scope, on the thread that entered it. When an exception ends the
 /// scope, its objects wait for the end of the enclosing pool: the exception is one of them.
