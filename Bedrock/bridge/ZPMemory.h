@@ -1,9 +1,8 @@
-// Ownership the C++ way: references that retain and release by scope, and pools by scope.
+// Ownership the C++ way: references that retain and release by scope.
 #pragma once
 
 #include <Bedrock/core/ZPAutoreleasePool.h>
 
-#include <exception>
 #include <utility>
 
 /// Owns one reference to an object, or none. Copying retains, destroying releases.
@@ -67,18 +66,3 @@ template <class T> class ZPRef {
 /// A `ZPRef` that takes over the reference its argument carries, as alloc, copy and new give it.
 template <class T> ZPRef<T> ZPAdopt(T *owned) { return ZPRef<T>::adopt(owned); }
 template <class T> ZPRef<T> ZPAdopt(id owned) { return ZPRef<T>::adopt(owned); }
-
-/// An autorelease pool for the life of a scope, on the thread that entered it. When an exception ends the
-/// scope, its objects wait for the end of the enclosing pool: the exception is one of them.
-class ZPAutoreleasePoolScope {
-    unsigned _token = ZPPushAutoreleasePool(0);
-    int _exceptions = std::uncaught_exceptions();
-
-  public:
-    ZPAutoreleasePoolScope() = default;
-    ZPAutoreleasePoolScope(const ZPAutoreleasePoolScope &) = delete;
-    ZPAutoreleasePoolScope &operator=(const ZPAutoreleasePoolScope &) = delete;
-    ~ZPAutoreleasePoolScope() {
-        if (std::uncaught_exceptions() <= _exceptions) ZPPopAutoreleasePool(_token);
-    }
-};

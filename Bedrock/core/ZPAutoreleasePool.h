@@ -3,6 +3,8 @@
 
 #include <Bedrock/core/ZPObject.h>
 
+#include <exception>
+
 /// A pool on the calling thread's stack of pools, and what it releases when it is popped. A pool
 /// belongs to the thread that made it. See `ZPAutoreleasePoolScope` for the C++ form.
 struct ZPAutoreleasePool : ZPObject {
@@ -57,3 +59,18 @@ ZP_EXPORT void _ZPAutoreleaseNoPool(id object);
 ZP_EXPORT void _ZPAutoreleaseFreedObject(id object);
 ZP_EXPORT void _ZPAutoreleaseHighWaterLog(unsigned count);
 }
+
+/// An autorelease pool for the life of a scope, on the thread that entered it. When an exception ends the
+/// scope, its objects wait for the end of the enclosing pool: the exception is one of them.
+class ZPAutoreleasePoolScope {
+    unsigned _token = ZPPushAutoreleasePool(0);
+    int _exceptions = std::uncaught_exceptions();
+
+  public:
+    ZPAutoreleasePoolScope() = default;
+    ZPAutoreleasePoolScope(const ZPAutoreleasePoolScope &) = delete;
+    ZPAutoreleasePoolScope &operator=(const ZPAutoreleasePoolScope &) = delete;
+    ~ZPAutoreleasePoolScope() {
+        if (std::uncaught_exceptions() <= _exceptions) ZPPopAutoreleasePool(_token);
+    }
+};

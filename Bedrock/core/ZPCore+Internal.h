@@ -10,24 +10,10 @@
 #include <Bedrock/platform/ZPHost.h>
 #include <Bedrock/platform/ZPKernel.h>
 
-#include <exception>
-
 /// An autoreleased string of a formatted C text.
 ZPString *_ZPStringWithCText(const char *format, ...) __attribute__((format(printf, 1, 2)));
 /// The pointer of a string's `-cString`.
 const char *_ZPCText(ZPString *string);
-
-/// An autorelease pool for the life of a scope. When an exception ends the scope, what the pool holds waits
-/// for the end of the enclosing pool: the exception is among it.
-struct _ZPScopedPool {
-    unsigned token = ZPPushAutoreleasePool(0);
-    int exceptions = std::uncaught_exceptions();
-    _ZPScopedPool() = default;
-    _ZPScopedPool(const _ZPScopedPool &) = delete;
-    ~_ZPScopedPool() {
-        if (std::uncaught_exceptions() <= exceptions) ZPPopAutoreleasePool(token);
-    }
-};
 
 /// Names the default zone, reads the debug switches; once, from `+initialize` of either root class.
 void _ZPStartUp();

@@ -48,7 +48,7 @@ void ZPLog(ZPString *format, ...) {
 
 void ZPLogv(ZPString *format, std::va_list arguments) {
     if (!format) return;
-    _ZPScopedPool pool;
+    ZPAutoreleasePoolScope pool;
     id string = objc_msgSend<id>(objc_getClass("ZPMutableString"), "alloc"_sel);
     string = objc_msgSend<id>(objc_msgSend<id>(string, "initWithCapacity:"_sel, 1024u), "autorelease"_sel);
     objc_msgSend(string, "setStringWithFormat:locale:arguments:"_sel, format, id(), arguments);

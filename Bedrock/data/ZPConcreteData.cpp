@@ -1,4 +1,4 @@
-#include <Bedrock/core/ZPCore+Internal.h>
+#include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/data/ZPData+Internal.h>
 
 namespace {
@@ -52,7 +52,7 @@ struct ConcreteDataMethods : ZPConcreteData {
         } else {
             unsigned capacity = ZPRoundUpToMultipleOfPageSize(length);
             {
-                _ZPScopedPool pool;
+                ZPAutoreleasePoolScope pool;
                 _mapper = ZPFileMapper::emptyFileMapperWithLength(capacity);
                 if (_mapper) _mapper->retain();
             }
@@ -79,7 +79,7 @@ struct ConcreteDataMethods : ZPConcreteData {
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
         ZPFileMapper *mapper;
         {
-            _ZPScopedPool pool;
+            ZPAutoreleasePoolScope pool;
             mapper = ZPFileMapper::fileMapperForPath(path);
             if (mapper) mapper->retain();
         }

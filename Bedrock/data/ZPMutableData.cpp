@@ -1,5 +1,5 @@
 // The front of mutable data, and its concrete class.
-#include <Bedrock/core/ZPCore+Internal.h>
+#include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/data/ZPData+Internal.h>
 
 namespace {
@@ -74,7 +74,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
     // ---- storage ----
 
     static ZPFileMapper *newMapper(unsigned capacity) {
-        _ZPScopedPool pool;
+        ZPAutoreleasePoolScope pool;
         ZPFileMapper *mapper = ZPFileMapper::emptyFileMapperWithLength(capacity);
         if (mapper) mapper->retain();
         return mapper;
@@ -172,7 +172,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
         ZPFileMapper *mapper;
         {
-            _ZPScopedPool pool;
+            ZPAutoreleasePoolScope pool;
             mapper = ZPFileMapper::fileMapperForPath(path);
             if (mapper) mapper->retain();
         }

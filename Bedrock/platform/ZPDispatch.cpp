@@ -87,13 +87,9 @@ bool ensureInitialized(Class cls) {
             pthread_cond_wait(&initialized, &runtimeMutex());
             continue;
         }
-        if (cls->superclass && !(infoOf(cls->superclass) & (objc_isInitialized | objc_isInitializing))) {
-            ensureInitialized(cls->superclass);
-            continue;
-        }
-        if (cls->superclass && (infoOf(cls->superclass) & objc_isInitializing) && !ensureInitialized(cls->superclass)) {
-            // A superclass whose own `+initialize` uses a subclass: the subclass goes ahead.
-        }
+        // Waits for another thread; when this one is inside the superclass's own `+initialize`, which uses this
+        // class, the class goes ahead.
+        if (cls->superclass) ensureInitialized(cls->superclass);
         if (infoOf(cls) & (objc_isInitialized | objc_isInitializing)) continue;
         setInfo(cls, objc_isInitializing);
         state.initializer = pthread_self();
