@@ -4,25 +4,28 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-static void read_qt(State &s) {
-    QByteArray text = QByteArray::fromStdString(makeDocument(Notation::json));
-    REQUIRE(QJsonDocument::fromJson(text).object().size() == 3200);
+static void read_qt(State &s, Tree which) {
+    QByteArray text = QByteArray::fromStdString(makeDocument(which, Notation::json));
+    REQUIRE(QJsonDocument::fromJson(text).object().size() == topLevelCount(which));
     for (auto _ : s) {
         auto d = QJsonDocument::fromJson(text);
         DoNotOptimize(d);
     }
     bytes(s, text.size());
 }
-BENCHMARK(read_qt);
+BOTH_TREES(read_qt);
 
-static void write_qt(State &s) {
-    QJsonDocument d = QJsonDocument::fromJson(QByteArray::fromStdString(makeDocument(Notation::json)));
+template <QJsonDocument::JsonFormat Format> static void write_qt(State &s, Tree which) {
+    QJsonDocument d = QJsonDocument::fromJson(QByteArray::fromStdString(makeDocument(which, Notation::json)));
     qsizetype n = 0;
     for (auto _ : s) {
-        QByteArray o = d.toJson();
+        QByteArray o = d.toJson(Format);
         n = o.size();
         DoNotOptimize(o);
     }
     bytes(s, n);
 }
-BENCHMARK(write_qt);
+static void write_qt_indented(State &s, Tree which) { write_qt<QJsonDocument::Indented>(s, which); }
+static void write_qt_compact(State &s, Tree which) { write_qt<QJsonDocument::Compact>(s, which); }
+BOTH_TREES(write_qt_indented);
+BOTH_TREES(write_qt_compact);
