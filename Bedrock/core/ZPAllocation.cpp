@@ -23,14 +23,19 @@ void _ZPStartUp() {
     });
 }
 
-id ZPAllocateObject(Class cls, unsigned extraBytes, ZPZone *zone) {
-    objc_object *object = _zoneAlloc(cls, extraBytes, zone);
-    if (!object) [[unlikely]]
+static objc_object *orRaise(objc_object *made, Class cls) {
+    if (!made) [[unlikely]]
         ZPException::raise_format(ZPMallocException, "*** out of memory for an instance of class %s"_zp, cls->name);
-    return object;
+    return made;
 }
 
-id ZPCopyObject(id object, unsigned extraBytes, ZPZone *zone) { return _zoneCopy(object.pointer(), extraBytes, zone); }
+id ZPAllocateObject(Class cls, unsigned extraBytes, ZPZone *zone) {
+    return orRaise(_zoneAlloc(cls, extraBytes, zone), cls);
+}
+
+id ZPCopyObject(id object, unsigned extraBytes, ZPZone *zone) {
+    return object ? id(orRaise(_zoneCopy(object.pointer(), extraBytes, zone), object.pointer()->isa)) : id();
+}
 
 void ZPDeallocateObject(id object) {
     if (!object) return;

@@ -58,16 +58,22 @@ void topLevelHandler(ZPException *exception) {
     ZPHostCrash();
 }
 
+void handOver(ZPException *exception) {
+    auto *handler = __atomic_load_n(&uncaughtHandler, __ATOMIC_ACQUIRE);
+    if (!handler) return;
+    handler(exception);
+    ZPHostCrash();
+}
+
 // The C++ runtime's terminate handler: takes what is the library's, passes the rest on.
 void terminate() {
     if (std::current_exception()) {
         try {
             throw;
         } catch (ZPException *exception) {
-            if (auto *handler = __atomic_load_n(&uncaughtHandler, __ATOMIC_ACQUIRE)) {
-                handler(exception);
-                ZPHostCrash();
-            }
+            handOver(exception);
+        } catch (QLError &e) {
+            if (e.code >= exceptionCode) handOver(reinterpret_cast<ZPException *>(e.data1));
         } catch (...) {
         }
     }

@@ -2,6 +2,7 @@
 #include <Bedrock/platform/ZPPath.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -53,7 +54,11 @@ void ZPHostTimeStamp(char *text) {
     std::time_t now = std::time(nullptr);
     std::tm fields;
     localtime_r(&now, &fields);
-    std::strftime(text, 32, "%b %d %H:%M:%S", &fields);
+    // The same months whatever the program's locale.
+    static const char months[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    char rest[24];
+    std::strftime(rest, sizeof rest, "%d %H:%M:%S", &fields);
+    std::snprintf(text, 32, "%s %s", months[fields.tm_mon], rest);
 }
 
 int ZPHostCallStack(void **addresses, int capacity) { return backtrace(addresses, capacity); }

@@ -153,7 +153,7 @@ ZPZone *QLCreateChildZone(ZPZone *, std::size_t startSize, std::size_t granulari
 
 void QLMergeZone(ZPZone *zone) {
     if (!zone || zone == &heap) return;
-    static_cast<ChildZone *>(zone)->merged = true;
+    __atomic_store_n(&static_cast<ChildZone *>(zone)->merged, true, __ATOMIC_RELEASE);
 }
 
 void QLNameZone(ZPZone *zone, const char *name) {
@@ -166,7 +166,7 @@ void QLNameZone(ZPZone *zone, const char *name) {
 ZPZone *QLZoneFromPtr(const void *pointer) {
     if (!pointer) return nullptr;
     ChildZone *zone = childZoneOf(pointer);
-    return zone && !zone->merged ? static_cast<ZPZone *>(zone) : &heap;
+    return zone && !__atomic_load_n(&zone->merged, __ATOMIC_ACQUIRE) ? static_cast<ZPZone *>(zone) : &heap;
 }
 
 std::size_t vm_page_size() {

@@ -210,6 +210,14 @@ TEST(UncaughtDeathTest, IsLoggedAndEndsTheProcess) {
     EXPECT_EXIT(
         {
             ZPPushAutoreleasePool(0);
+            ZPSetUncaughtExceptionHandler([](ZPException *e) { std::_Exit(int(reinterpret_cast<std::uintptr_t>(e))); });
+            auto raise = []() noexcept { _QLRaiseError(100001, 9, 0); };  // a code at or above an exception's own
+            raise();
+        },
+        testing::ExitedWithCode(9), "");
+    EXPECT_EXIT(
+        {
+            ZPPushAutoreleasePool(0);
             ZPSetUncaughtExceptionHandler([](ZPException *e) { std::_Exit(e->reason()->length()); });
             auto raise = []() noexcept { ZPException::raise_format(ZPRangeException, "four"_zp); };
             raise();
