@@ -25,6 +25,11 @@ unsigned ZPHostCodePage();
 /// The installation root as a host path, without a separator at the end: CORVID_ROOT when that is set, else the
 /// data directory that lies beside the library's. Never null; lives as long as the process.
 const char *ZPRootDirectory();
+/// The bytes of a file of the library's resource directory ("CharacterSets/EUCToUnicode-L.data"), which is
+/// "/CorvidLibrary/Frameworks/Bedrock.framework/Resources" under the installation root, in a block of its own that
+/// the caller frees with `std::free`; never null when the answer is YES, and followed by a NUL that is not counted.
+/// NO when there is no such regular file, when it has more than 16 MiB, or when it cannot be read.
+BOOL ZPHostReadResource(const char *name, unsigned char **bytes, std::size_t *length);
 /// Ends the process as a crash does.
 [[noreturn]] void ZPHostCrash();
 }

@@ -1,0 +1,21 @@
+// Property-list text and serialized property lists: what is read is written and read back to an equal tree.
+#include <Bedrock/Bedrock.h>
+
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    ZPAutoreleasePoolScope pool;
+    try {
+        ZPString *text = ZPString::alloc()->initWithData_encoding(ZPData::dataWithBytes_length(data, unsigned(size)), ZPUTF8StringEncoding);
+        if (!text) return 0;
+        text->autorelease();
+        id tree = text->propertyList();
+        if (!tree) return 0;
+        ZPString *written = ((ZPObject *)tree)->description();
+        id again = written->propertyList();
+        if (!again || !((ZPObject *)again)->isEqual(tree)) std::abort();
+    } catch (ZPException *) {
+    }
+    return 0;
+}
