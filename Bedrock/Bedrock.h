@@ -24,6 +24,7 @@
 #include <Bedrock/strings/ZPCharacterSet.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/strings/ZPNumberReader.h>
+#include <Bedrock/strings/ZPScanner.h>
 #include <Bedrock/strings/ZPPathUtilities.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/strings/ZPStringEncoding.h>

@@ -92,9 +92,7 @@ struct MutableStringClassMethods {
         return made()->initWithFormat_locale_arguments(format, nullptr, arguments)->autorelease();
     }
     static id withLocalizedFormat(Class, ZPString *format, std::va_list arguments) {
-        id defaults = objc_msgSend<id>(objc_getClass("ZPUserDefaults"), "standardUserDefaults"_sel);
-        auto *locale = objc_msgSend<ZPDictionary *>(defaults, "dictionaryRepresentation"_sel);
-        return made()->initWithFormat_locale_arguments(format, locale, arguments)->autorelease();
+        return made()->initWithFormat_locale_arguments(format, _ZPUserLocale(), arguments)->autorelease();
     }
     static id autoreleased(ZPString *string) { return string ? string->autorelease() : id(); }
     static id withContentsOfFile(Class, ZPString *path) { return autoreleased(made()->initWithContentsOfFile(path)); }

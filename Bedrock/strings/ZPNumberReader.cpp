@@ -126,11 +126,26 @@ BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *res
         char local[most];
         unsigned gathered = 0;
         std::string longer;
+        char last = 0;
+        bool point = false, exponent = false;
+        // Only what can belong to the number: the rest of a long run must not be read once a number.
         for (unsigned at = start; at < length; ++at) {
             unichar u = units[at];
-            bool plain = (u >= '0' && u <= '9') || u == '+' || u == '-' || u == 'e' || u == 'E';
-            char c = plain ? char(u) : u == separator ? '.' : '\0';
-            if (!c) break;
+            char c;
+            if (u >= '0' && u <= '9') c = char(u);
+            else if (u == '+' || u == '-') {
+                if (gathered && last != 'e' && last != 'E') break;
+                c = char(u);
+            } else if (u == 'e' || u == 'E') {
+                if (exponent) break;
+                exponent = true;
+                c = char(u);
+            } else if (u == separator) {
+                if (point || exponent) break;
+                point = true;
+                c = '.';
+            } else break;
+            last = c;
             if (gathered < most) local[gathered++] = c;
             else {
                 if (longer.empty()) longer.assign(local, most);

@@ -203,6 +203,9 @@ template <class F> auto _ZPWithUnits(ZPString *string, F f) {
     return f(ZPUnitReader(string, view.length), view.length);
 }
 
+/// The user's preferences as a locale; null while there are none.
+ZPDictionary *_ZPUserLocale();
+
 // ---- errors ----
 
 /// "[Class selector]: Out of bounds".

@@ -4,11 +4,6 @@
 
 namespace {
 
-ZPDictionary *userLocale() {
-    id defaults = objc_msgSend<id>(objc_getClass("ZPUserDefaults"), "standardUserDefaults"_sel);
-    return objc_msgSend<ZPDictionary *>(defaults, "dictionaryRepresentation"_sel);
-}
-
 ZPString *newFormatted(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
     return _ZPPlaceholderStringFromZone(nullptr)->initWithFormat_locale_arguments(format, locale, arguments);
 }
@@ -48,7 +43,7 @@ struct ZPStringClassMethods {
         return autoreleased(newFormatted(format, locale, arguments));
     }
     static ZPString *localizedStringWithFormat(Class, ZPString *format, std::va_list arguments) {
-        return autoreleased(newFormatted(format, userLocale(), arguments));
+        return autoreleased(newFormatted(format, _ZPUserLocale(), arguments));
     }
 };
 
@@ -218,6 +213,11 @@ bool _ZPIsASCII(const void *bytes, unsigned length) {
     }
     std::memcpy(&word, p + length - 8, 8);
     return !(word & high);
+}
+
+ZPDictionary *_ZPUserLocale() {
+    id defaults = objc_msgSend<id>(objc_getClass("ZPUserDefaults"), "standardUserDefaults"_sel);
+    return objc_msgSend<ZPDictionary *>(defaults, "dictionaryRepresentation"_sel);
 }
 
 void _ZPRaiseOutOfBounds(id receiver, SEL selector) {

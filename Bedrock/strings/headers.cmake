@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS ZPString.h ZPStringEncoding.h ZPMutableString.h ZPPathUtilities.h ZPCharacterSet.h ZPNumberReader.h)
+set(PUBLIC_HEADERS ZPString.h ZPStringEncoding.h ZPMutableString.h ZPPathUtilities.h ZPCharacterSet.h ZPNumberReader.h ZPScanner.h)

@@ -1,0 +1,293 @@
+// Scanners over every form of string, the primitives that a client's scanner supplies, and the number readers.
+#include "StringForms.h"
+
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/strings/ZPCharacterSet.h>
+#include <Bedrock/strings/ZPMutableString.h>
+#include <Bedrock/strings/ZPNumberReader.h>
+#include <Bedrock/strings/ZPScanner.h>
+
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+
+using namespace strings;
+
+namespace {
+
+// A client's scanner: the primitives alone.
+struct PlainScanner : ZPScanner {
+    ZP_CLASS(PlainScanner)
+    ZPString *_text;
+    unsigned _at;
+    static PlainScanner *over(ZPString *text) {
+        PlainScanner *scanner = PlainScanner::new_()->autorelease();
+        scanner->_text = text;
+        return scanner;
+    }
+    ZPString *string() { return _text; }
+    unsigned scanLocation() { return _at; }
+    void setScanLocation(unsigned location) { _at = location; }
+};
+ZP_IMPLEMENT(PlainScanner)
+    .method<&PlainScanner::string>("string")
+    .method<&PlainScanner::scanLocation>("scanLocation")
+    .method<&PlainScanner::setScanLocation>("setScanLocation:");
+
+struct BareScanner : ZPScanner { ZP_CLASS(BareScanner) };
+ZP_IMPLEMENT(BareScanner);
+
+// Runs a check over the library's scanner and a client's, in every form of the string.
+template <class F> void scanning(const std::u16string &text, F check) {
+    inEveryForm(text, [&](const Form &, ZPString *string) {
+        check(ZPScanner::scannerWithString(string));
+        check(static_cast<ZPScanner *>(PlainScanner::over(string)));
+    });
+}
+
+std::string printable(const std::u16string &text) { return {text.begin(), text.end()}; }
+std::u16string scanned(ZPString *string) { return string ? textOf(string) : u"(none)"; }
+
+template <class T> struct Read { bool found; T value; unsigned location; };
+template <class T> bool operator==(const Read<T> &a, const Read<T> &b) {
+    return a.found == b.found && a.value == b.value && a.location == b.location;
+}
+template <class T> std::ostream &operator<<(std::ostream &out, const Read<T> &r) {
+    return out << r.found << ' ' << r.value << " at " << r.location;
+}
+
+}  // namespace
+
+TEST(Scanner, integers) {
+    struct { std::u16string text; Read<int> read; } cases[] = {
+        {u"  42abc", {true, 42, 4}},         {u"- 5", {true, -5, 3}},          {u"+\n\t7 ", {true, 7, 4}},
+        {u"-x", {false, -77, 0}},            {u"", {false, -77, 0}},           {u"   ", {false, -77, 0}},
+        {u"--5", {false, -77, 0}},           {u"007", {true, 7, 3}},           {u"99999999999", {true, INT_MAX, 11}},
+        {u"-99999999999", {true, INT_MIN, 12}}, {u"2147483647", {true, INT_MAX, 10}}, {u"2147483648", {true, INT_MAX, 10}},
+        {u"-2147483648", {true, INT_MIN, 11}},  {u"-2147483649", {true, INT_MIN, 11}}, {u"2147483646.", {true, 2147483646, 10}},
+        {u"\uffff1", {false, -77, 0}},
+    };
+    for (auto &c : cases)
+        scanning(c.text, [&](ZPScanner *scanner) {
+            int value = -77;
+            bool found = scanner->scanInt(&value);
+            EXPECT_EQ((Read<int>{found, value, scanner->scanLocation()}), c.read) << printable(c.text);
+            scanner->setScanLocation(0);
+            EXPECT_EQ(scanner->scanInt(nullptr) != NO, found);
+            EXPECT_EQ(scanner->scanLocation(), c.read.location);
+        });
+    // Digits of other scripts belong to the number, each counting -1.
+    scanning(u"4\u0663x", [](ZPScanner *scanner) {
+        int value;
+        EXPECT_TRUE(scanner->scanInt(&value));
+        EXPECT_EQ(value, 39);
+        EXPECT_EQ(scanner->scanLocation(), 2u);
+    });
+}
+
+TEST(Scanner, longIntegers) {
+    struct { std::u16string text; Read<long long> read; } cases[] = {
+        {u" 9223372036854775807", {true, LLONG_MAX, 20}}, {u"9223372036854775808", {true, LLONG_MAX, 19}},
+        {u"-9223372036854775808", {true, LLONG_MIN, 20}}, {u"-9223372036854775809", {true, LLONG_MIN, 20}},
+        {u"-9223372036854775807", {true, -LLONG_MAX, 20}}, {u"9223372036854775806x", {true, LLONG_MAX - 1, 19}},
+        {u"10000000000", {true, 10000000000, 11}},        {u"1" + std::u16string(500, u'0') + u" ", {true, LLONG_MAX, 501}},
+        {u"x", {false, -77, 0}},
+    };
+    for (auto &c : cases)
+        scanning(c.text, [&](ZPScanner *scanner) {
+            long long value = -77;
+            bool found = scanner->scanLongLong(&value);
+            EXPECT_EQ((Read<long long>{found, value, scanner->scanLocation()}), c.read) << printable(c.text);
+        });
+}
+
+TEST(Scanner, hexadecimalIntegers) {
+    struct { std::u16string text; Read<unsigned> read; } cases[] = {
+        {u"0x1F", {true, 31, 4}},    {u"0xZ", {true, 0, 1}},       {u"ffffffffff", {true, 0xFFFFFFFF, 10}}, {u"g", {false, 77, 0}},
+        {u"0", {true, 0, 1}},        {u"0x", {true, 0, 1}},        {u" 0Xab", {true, 0xAB, 5}},             {u"0fx", {true, 15, 2}},
+        {u"00x1", {true, 0, 2}},     {u"", {false, 77, 0}},        {u"DEADBEEF", {true, 0xDEADBEEF, 8}},    {u"x1", {false, 77, 0}},
+        {u"0100000000", {true, 0xFFFFFFFF, 10}}, {u"\u0661", {false, 77, 0}}, {u"0\u01781", {true, 0, 1}},
+    };
+    for (auto &c : cases)
+        scanning(c.text, [&](ZPScanner *scanner) {
+            unsigned value = 77;
+            bool found = scanner->scanHexInt(&value);
+            EXPECT_EQ((Read<unsigned>{found, value, scanner->scanLocation()}), c.read) << printable(c.text);
+        });
+}
+
+TEST(Scanner, floatingPointNumbers) {
+    ZPDictionary *comma = ZPDictionary::dictionaryWithObject_forKey(","_zp, "ZPDecimalSeparator"_zp);
+    std::u16string zeros(200, u'0');
+    struct { std::u16string text; Read<double> read; } cases[] = {
+        {u" 1.5 ", {true, 1.5, 4}},      {u"1,5", {true, 1, 1}},         {u"1e", {true, 1, 1}},           {u"1-2", {true, 1, 1}},
+        {u"1e+", {true, 1, 1}},          {u"1e-2-", {true, 0.01, 4}},    {u".5.5", {true, 0.5, 2}},       {u"5.", {true, 5, 2}},
+        {u".", {false, 77, 0}},          {u"e5", {false, 77, 0}},        {u"+-5", {false, 77, 0}},        {u"+5e1e1", {true, 50, 4}},
+        {u"inf", {false, 77, 0}},        {u"nan", {false, 77, 0}},       {u"0x1F", {true, 0, 1}},         {u"1e999", {true, HUGE_VAL, 5}},
+        {u"-1e999", {true, -HUGE_VAL, 6}}, {u"1e-999", {true, 0, 6}},    {u"-.e1", {false, 77, 0}},       {u"", {false, 77, 0}},
+        {u"1" + zeros + u"e-200", {true, 1, 206}}, {u"." + zeros + u"1e201x", {true, 1, 206}},
+    };
+    for (auto &c : cases)
+        scanning(c.text, [&](ZPScanner *scanner) {
+            double value = 77;
+            bool found = scanner->scanDouble(&value);
+            EXPECT_EQ((Read<double>{found, value, scanner->scanLocation()}), c.read) << printable(c.text);
+            float narrow = 77;
+            scanner->setScanLocation(0);
+            EXPECT_EQ(scanner->scanFloat(&narrow) != NO, found);
+            EXPECT_EQ(narrow, found ? float(c.read.value) : 77.0f);
+        });
+    Pool pool;
+    ZPScanner *scanner = ZPScanner::scannerWithString("1,5 2.5"_zp);
+    scanner->setLocale(comma);
+    double value;
+    EXPECT_TRUE(scanner->scanDouble(&value));
+    EXPECT_EQ(value, 1.5);
+    EXPECT_TRUE(scanner->scanDouble(&value));
+    EXPECT_EQ(value, 2);
+    EXPECT_EQ(scanner->scanLocation(), 5u) << "the point is no separator here";
+}
+
+// The C library's reading of the same text is the standard; this process runs in its "C" locale.
+TEST(Scanner, doublesAreTheCLibrarys) {
+    std::mt19937_64 random(7);
+    const char alphabet[] = "0123456789012345678900000.+-eE";
+    for (unsigned round = 0; round < 20000; ++round) {
+        Pool pool;
+        std::string text;
+        if (round & 1) {
+            for (unsigned n = 1 + random() % 12; n; --n) text += alphabet[random() % (sizeof alphabet - 1)];
+        } else {
+            std::uint64_t bits = random();
+            double any;
+            std::memcpy(&any, &bits, 8);
+            if (!std::isfinite(any)) continue;
+            char digits[64];
+            std::snprintf(digits, sizeof digits, "%.*e", int(random() % 20), any);
+            text = digits;
+        }
+        char *stop;
+        double expected = std::strtod(text.c_str(), &stop), value = 77;
+        unsigned location = 0;
+        BOOL found = _ZPScanDoubleFromString(make(std::u16string(text.begin(), text.end())), nullptr, &value, &location, nullptr);
+        ASSERT_EQ(found != NO, stop != text.c_str()) << text;
+        ASSERT_EQ(location, unsigned(stop - text.c_str())) << text;
+        ASSERT_TRUE(!found || std::memcmp(&value, &expected, 8) == 0) << text << " gives " << value;
+    }
+}
+
+TEST(Scanner, withoutASkipSet) {
+    scanning(u" 1", [](ZPScanner *scanner) {
+        if (scanner->isKindOfClass(PlainScanner::class_())) return;
+        scanner->setCharactersToBeSkipped(nullptr);
+        EXPECT_EQ(scanner->charactersToBeSkipped(), nullptr);
+        EXPECT_FALSE(scanner->scanInt(nullptr));
+        double value;
+        EXPECT_FALSE(scanner->scanDouble(&value));
+        EXPECT_FALSE(scanner->isAtEnd());
+        EXPECT_FALSE(scanner->scanString_intoString("1"_zp, nullptr));
+        EXPECT_TRUE(scanner->scanString_intoString(" 1"_zp, nullptr));
+        EXPECT_TRUE(scanner->isAtEnd());
+    });
+}
+
+TEST(Scanner, literalStrings) {
+    scanning(u"  42abc \u00c4b", [](ZPScanner *scanner) {
+        ZPString *text = nullptr;
+        EXPECT_TRUE(scanner->scanInt(nullptr));
+        EXPECT_FALSE(scanner->scanString_intoString("bc"_zp, &text));
+        EXPECT_FALSE(scanner->scanString_intoString(""_zp, &text));
+        EXPECT_FALSE(scanner->scanString_intoString("abcdefghijkl"_zp, &text));
+        EXPECT_EQ(text, nullptr);
+        EXPECT_TRUE(scanner->scanString_intoString("ABC"_zp, &text));
+        EXPECT_EQ(scanned(text), u"abc");
+        EXPECT_TRUE(scanner->scanString_intoString(make(u"\u00e4B"), &text));
+        EXPECT_EQ(scanned(text), u"\u00c4b");
+        EXPECT_TRUE(scanner->isAtEnd());
+        EXPECT_FALSE(scanner->scanString_intoString("x"_zp, &text));
+    });
+    scanning(u"key = value; end", [](ZPScanner *scanner) {
+        ZPString *text = nullptr;
+        EXPECT_TRUE(scanner->scanUpToString_intoString(" = "_zp, &text));
+        EXPECT_EQ(scanned(text), u"key");
+        EXPECT_FALSE(scanner->scanUpToString_intoString("= "_zp, &text)) << "it stands at the start";
+        EXPECT_EQ(scanner->scanLocation(), 3u);
+        EXPECT_TRUE(scanner->scanUpToString_intoString("VALUE"_zp, nullptr));
+        EXPECT_EQ(scanner->scanLocation(), 6u);
+        EXPECT_TRUE(scanner->scanUpToString_intoString("nowhere"_zp, &text));
+        EXPECT_EQ(scanned(text), u"value; end");
+        EXPECT_FALSE(scanner->scanUpToString_intoString("nowhere"_zp, &text));
+    });
+    ZPScanner *exact = ZPScanner::scannerWithString("Ab ab"_zp);
+    exact->setCaseSensitive(YES);
+    EXPECT_FALSE(exact->scanString_intoString("ab"_zp, nullptr));
+    EXPECT_TRUE(exact->scanUpToString_intoString("ab"_zp, nullptr));
+    EXPECT_EQ(exact->scanLocation(), 3u);
+}
+
+TEST(Scanner, runsOfCharacters) {
+    ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(), *marks = ZPCharacterSet::characterSetWithCharactersInString(";,"_zp);
+    scanning(u" ab\u0416c 12; ", [&](ZPScanner *scanner) {
+        ZPString *text = nullptr;
+        EXPECT_FALSE(scanner->scanCharactersFromSet_intoString(marks, &text));
+        EXPECT_EQ(scanner->scanLocation(), 0u);
+        EXPECT_TRUE(scanner->scanCharactersFromSet_intoString(letters, &text));
+        EXPECT_EQ(scanned(text), u"ab\u0416c");
+        EXPECT_TRUE(scanner->scanUpToCharactersFromSet_intoString(marks, &text));
+        EXPECT_EQ(scanned(text), u"12");
+        EXPECT_FALSE(scanner->scanUpToCharactersFromSet_intoString(marks, &text));
+        EXPECT_TRUE(scanner->scanCharactersFromSet_intoString(letters->invertedSet(), &text));
+        EXPECT_EQ(scanned(text), u"; ");
+        EXPECT_TRUE(scanner->isAtEnd());
+        EXPECT_FALSE(scanner->scanUpToCharactersFromSet_intoString(marks, nullptr));
+    });
+    scanning(u"   ", [](ZPScanner *scanner) {
+        EXPECT_TRUE(scanner->isAtEnd());
+        EXPECT_EQ(scanner->scanLocation(), 0u);
+    });
+}
+
+TEST(Scanner, keepsAndCopiesWhatItWasGiven) {
+    Pool pool;
+    ZPMutableString *text = ZPMutableString::stringWithString("2024-06"_zp);
+    ZPScanner *scanner = ZPScanner::scannerWithString(text);
+    EXPECT_STREQ(scanner->isa->name, "ZPConcreteScanner");
+    EXPECT_STREQ(ZPScanner::alloc()->initWithString(text)->autorelease()->isa->name, "ZPConcreteScanner");
+    text->setString(""_zp);
+    int value;
+    EXPECT_TRUE(scanner->_scanDecimal_into(2, &value));
+    EXPECT_EQ(value, 20);
+    ZPScanner *copy = scanner->copy()->autorelease();
+    EXPECT_EQ(copy->scanLocation(), 2u);
+    EXPECT_EQ(textOf(copy->_remainingString()), u"24-06");
+    EXPECT_TRUE(copy->_scanDecimal_into(9, &value));
+    EXPECT_EQ(value, 24);
+    EXPECT_FALSE(copy->_scanDecimal_into(1, &value));
+    EXPECT_EQ(scanner->scanLocation(), 2u);
+    EXPECT_FALSE(ZPScanner::scannerWithString(" 12"_zp)->_scanDecimal_into(2, &value)) << "nothing is skipped first";
+
+    ZPMutableCharacterSet *skipped = ZPMutableCharacterSet::characterSetWithCharactersInString("2"_zp);
+    scanner->setCharactersToBeSkipped(skipped);
+    scanner->setCaseSensitive(YES);
+    skipped->addCharactersInString("4"_zp);
+    copy = scanner->copy()->autorelease();
+    EXPECT_TRUE(copy->caseSensitive());
+    EXPECT_TRUE(copy->scanInt(&value));
+    EXPECT_EQ(value, 4) << "the scanner's set did not change with the client's";
+
+    scanner->setScanLocation(7);
+    EXPECT_TRUE(scanner->isAtEnd());
+    EXPECT_EQ(raised([&] { scanner->setScanLocation(8); }), "[ZPConcreteScanner setScanLocation:]: Out of bounds");
+    EXPECT_EQ(scanner->scanLocation(), 7u);
+    EXPECT_TRUE(ZPScanner::localizedScannerWithString("1.5"_zp)->scanDouble(nullptr));
+}
+
+TEST(Scanner, aClientsScannerMustSupplyThePrimitives) {
+    Pool pool;
+    ZPScanner *bare = BareScanner::alloc()->initWithString("x"_zp)->autorelease();
+    EXPECT_FALSE(bare->caseSensitive());
+    EXPECT_EQ(bare->locale(), nullptr);
+    EXPECT_EQ(bare->charactersToBeSkipped(), ZPCharacterSet::whitespaceAndNewlineCharacterSet());
+    EXPECT_NE(raised([&] { bare->isAtEnd(); }).find("only defined for abstract class.  Define -[BareScanner string]!"), std::string::npos);
+    EXPECT_NE(raised([&] { bare->setCaseSensitive(YES); }).find("setCaseSensitive:"), std::string::npos);
+}
