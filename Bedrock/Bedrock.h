@@ -30,5 +30,9 @@
 #include <Bedrock/strings/ZPStringEncoding.h>
 #include <Bedrock/tables/ZPHashTable.h>
 #include <Bedrock/tables/ZPMapTable.h>
+#include <Bedrock/tables/ZPOrderedHeap.h>
+#include <Bedrock/tables/ZPRangeArray.h>
+#include <Bedrock/tables/ZPRangeValueArray.h>
+#include <Bedrock/tables/ZPSparseIndexArray.h>
 #include <Bedrock/threads/ZPLock.h>
 #include <Bedrock/threads/ZPThread.h>

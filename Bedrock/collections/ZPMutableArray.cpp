@@ -1,6 +1,7 @@
 // What every mutable array does, on the primitives; where it pays, on the storage of a concrete array.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/tables/ZPHashTable.h>
+#include <Bedrock/tables/ZPOrderedHeap.h>
 
 #include <algorithm>
 #include <vector>
@@ -174,11 +175,20 @@ struct ZPMutableArrayMethods : ZPMutableArray {
             while (count) ZPMutableArray::removeObjectAtIndex(indices[--count]);
             return;
         }
-        std::vector<unsigned> sorted(indices, indices + count);
-        for (unsigned index : sorted)
-            if (index >= size) _ZPRaiseBounds(this, "removeObjectsFromIndices:numIndices:"_sel, index, size);
-        std::sort(sorted.begin(), sorted.end());
-        sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
+        struct Heap {
+            ZPOrderedHeap *heap;
+            ~Heap() { ZPFreeOrderedHeap(heap); }
+        } heap{ZPCreateOrderedHeap(nullptr, count)};
+        for (unsigned i = 0; i < count; ++i) {
+            if (indices[i] >= size) _ZPRaiseBounds(this, "removeObjectsFromIndices:numIndices:"_sel, indices[i], size);
+            ZPAddToOrderedHeap(heap.heap, ZPHeapElement(indices[i]));
+        }
+        std::vector<unsigned> sorted;
+        sorted.reserve(count);
+        while (ZPCountOrderedHeap(heap.heap)) {
+            auto index = unsigned(ZPRemoveMinimumOfOrderedHeap(heap.heap));
+            if (sorted.empty() || sorted.back() != index) sorted.push_back(index);
+        }
         ZPMutableArray::removeObjectsFromIndices_numIndices(sorted.data(), unsigned(sorted.size()));
     }
     void removeObjectsInArray(ZPArray *array) {

@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS ZPSimpleHashing.h ZPHashTable.h ZPMapTable.h)
+set(PUBLIC_HEADERS ZPSimpleHashing.h ZPHashTable.h ZPMapTable.h ZPOrderedHeap.h ZPRangeArray.h ZPSparseIndexArray.h ZPRangeValueArray.h)
