@@ -20,6 +20,9 @@ struct DataMethods : ZPString {
                              : encoding == ZPASCIIStringEncoding         ? (lossy ? 4 : 1) * length
                              : encoding == ZPUTF8StringEncoding          ? 3 * length
                              : encoding == ZPNonLossyASCIIStringEncoding ? 6 * length
+                             : encoding == ZPISO2022JPStringEncoding     ? 12 * length
+                             : encoding == ZPJapaneseEUCStringEncoding   ? 2 * length
+                             : encoding == ZPShiftJISStringEncoding      ? 2 * length
                                                                          : length;
         ZPRange whole{0, unsigned(length)}, remaining;
         constexpr std::uint64_t worthMeasuring = 64 << 20;

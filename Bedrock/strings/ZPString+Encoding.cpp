@@ -24,115 +24,130 @@ struct Sink {
         written += count;
         return true;
     }
-    bool put(unsigned char byte) {
-        if (room == 0) return false;
-        if (out) *out++ = byte;
-        --room;
-        ++written;
-        return true;
+    /// Counts bytes that were written in place.
+    void skip(unsigned count) {
+        if (out) out += count;
+        room -= count;
+        written += count;
     }
 };
 
 enum class Outcome { done, full, failed };
 
+// A conversion under way.
+struct Conversion {
+    Sink sink;
+    ZPStringEncoding encoding;
+    BOOL lossy;
+    const _ZPByteTable *table = nullptr;
+    const _ZPEUCEncoder *euc = nullptr;
+    enum Mode { ascii, kana, pairs } mode = ascii;
+};
+
 // Converts units until they end, the sink is full or a unit fails; `*taken` counts the units converted.
 // With `more`, a high surrogate that ends the block waits for the next one.
-using Encoder = Outcome(ZPStringEncoding, const unichar *units, unsigned count, bool more, BOOL lossy, Sink &sink, unsigned *taken);
+using Encoder = Outcome(Conversion &c, const unichar *units, unsigned count, bool more, unsigned *taken);
 
-Outcome encodeBytes(ZPStringEncoding encoding, const unichar *units, unsigned count, bool, BOOL lossy, Sink &sink, unsigned *taken) {
-    for (unsigned i = 0; i < count; ++i) {
-        *taken = i;
-        if (units[i] < 0x80) {
-            if (!sink.put(static_cast<unsigned char>(units[i]))) return Outcome::full;
-            continue;
-        }
-        int byte = _ZPByteOfUnit(encoding, units[i]);
-        if (byte >= 0) {
-            if (!sink.put(static_cast<unsigned char>(byte))) return Outcome::full;
-        } else if (!lossy) return Outcome::failed;
-        else {
-            unsigned char kestrel;
-            const char *text = "";
-            if (encoding == ZPASCIIStringEncoding && ZPPrecompUnicodeToKESTREL(units[i], &kestrel)) text = _ZPApproximationOfKESTREL(kestrel);
-            if (!*text) text = "_";
-            if (!sink.put(text, unsigned(std::strlen(text)))) return Outcome::full;
-        }
+Outcome encodeBytes(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
+    unsigned i = 0;
+    for (; i < count; ++i) {
+        unsigned n = std::min(count - i, c.sink.room);
+        unsigned converted = _ZPEncodeBytes(*c.table, units + i, n, c.sink.out);
+        c.sink.skip(converted);
+        *taken = i += converted;
+        if (i == count) break;
+        if (converted == n) return Outcome::full;
+        if (!c.lossy) return Outcome::failed;
+        const char *text = c.encoding == ZPASCIIStringEncoding ? _ZPLossyASCII(units[i]) : "_";
+        if (!c.sink.put(text, unsigned(std::strlen(text)))) return Outcome::full;
     }
     *taken = count;
     return Outcome::done;
 }
 
-// Units for which there surely is room, without looking at it: up to the last but one, so that pairs are whole.
-unsigned encodeUTF8Fast(const unichar *units, unsigned count, Sink &sink) {
-    unsigned i = 0, last = count ? count - 1 : 0;
-    unsigned char *out = sink.out;
-    const unsigned char *limit = out + sink.room;
-    constexpr std::uint64_t notASCII = 0xFF80FF80FF80FF80;
-    while (i < last && limit - out >= 8) {
-        std::uint64_t four;
-        if (i + 4 <= last && (std::memcpy(&four, units + i, 8), (four & notASCII) == 0)) {
-            for (unsigned k = 0; k < 4; ++k) out[k] = static_cast<unsigned char>(units[i + k]);
-            i += 4;
-            out += 4;
-            continue;
-        }
-        do {
-            unsigned used;
-            out += _ZPEncodeUTF8(units + i, 2, out, &used);
-            i += used;
-        } while (i < last && units[i] >= 0x80 && limit - out >= 8);
+Outcome encodeUTF8(Conversion &c, const unichar *units, unsigned count, bool more, unsigned *taken) {
+    Sink &sink = c.sink;
+    // A high surrogate at the end waits for what the next block begins with.
+    unsigned whole = more && count && (units[count - 1] & 0xFC00) == 0xD800 ? count - 1 : count, i = 0;
+    if (sink.out) sink.skip(_ZPEncodeUTF8Run(units, whole, sink.out, sink.room, &i));
+    else if (std::uint64_t n = _ZPLengthInUTF8(units, whole); n <= sink.room) {
+        sink.skip(unsigned(n));
+        i = whole;
     }
-    sink.written += unsigned(out - sink.out);
-    sink.room -= unsigned(out - sink.out);
-    sink.out = out;
-    return i;
-}
-
-// The same without writing.
-unsigned countUTF8Fast(const unichar *units, unsigned count, Sink &sink) {
-    std::uint64_t n = 0;
-    unsigned limit = std::min(count, sink.room / 3), i = 0;
-    // A surrogate pair takes four bytes, two for each of its units; other surrogates take three.
-    for (; i < limit; ++i) {
-        unsigned u = units[i];
-        n += 1 + (u >= 0x80) + (u >= 0x800);
-        if ((u & 0xFC00) == 0xD800 && i + 1 < count && (units[i + 1] & 0xFC00) == 0xDC00) {
-            if (i + 1 == limit) {
-                n -= 3;
-                break;
-            }
-            ++i;
-            ++n;
-        } else if ((u & 0xFC00) == 0xD800 && i + 1 == count) {
-            n -= 3;
-            break;
-        }
-    }
-    sink.written += unsigned(n);
-    sink.room -= unsigned(n);
-    return i;
-}
-
-Outcome encodeUTF8(ZPStringEncoding, const unichar *units, unsigned count, bool more, BOOL, Sink &sink, unsigned *taken) {
-    unsigned i = sink.out ? encodeUTF8Fast(units, count, sink) : countUTF8Fast(units, count, sink);
-    while (i < count) {
+    while (i < whole) {
         *taken = i;
-        if (units[i] < 0x80) {
-            if (!sink.put(static_cast<unsigned char>(units[i]))) return Outcome::full;
-            ++i;
-            continue;
-        }
-        if (more && i + 1 == count && (units[i] & 0xFC00) == 0xD800) return Outcome::done;
         unsigned char bytes[4];
-        unsigned used, n = _ZPEncodeUTF8(units + i, count - i, bytes, &used);
+        unsigned used, n = _ZPEncodeUTF8(units + i, whole - i, bytes, &used);
         if (!sink.put(bytes, n)) return Outcome::full;
         i += used;
     }
+    *taken = whole;
+    return Outcome::done;
+}
+
+template <auto encode> Outcome encodeJapanese(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
+    Sink &sink = c.sink;
+    for (unsigned i = 0; i < count; ++i) {
+        *taken = i;
+        if (units[i] < 0x80 && c.euc && c.euc->plainASCII && sink.out) {
+            unsigned room = std::min(count - i, sink.room), run = 0;
+            // Most runs of ASCII between kanji are short.
+            for (; run < room && run < 16 && units[i + run] < 0x80; ++run) sink.out[run] = static_cast<unsigned char>(units[i + run]);
+            if (run == 16) run += _ZPNarrowASCII(units + i + 16, room - 16, sink.out + 16);
+            sink.skip(run);
+            if (run == 0) return Outcome::full;
+            i += run - 1;
+            continue;
+        }
+        unsigned char bytes[2];
+        unsigned char *to = sink.out && sink.room >= 2 ? sink.out : bytes;
+        unsigned n = c.euc ? encode(*c.euc, units[i], to) : 0;
+        if (n == 0) {
+            if (!c.lossy) return Outcome::failed;
+            *to = '_';
+            n = 1;
+        }
+        if (to == bytes ? !sink.put(bytes, n) : false) return Outcome::full;
+        if (to != bytes) sink.skip(n);
+    }
     *taken = count;
     return Outcome::done;
 }
 
-Outcome encodeNonLossyASCII(ZPStringEncoding, const unichar *units, unsigned count, bool, BOOL, Sink &sink, unsigned *taken) {
+// Room for the way back to ASCII is kept, so that what fits is a whole text.
+constexpr unsigned escapeBytes = 3;
+constexpr const char *escapesTo[] = {"\x1B(B", "\x1B(I", "\x1B$B"};
+
+Outcome encodeJIS(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
+    for (unsigned i = 0; i < count; ++i) {
+        *taken = i;
+        unsigned char bytes[2];
+        unsigned n = c.euc ? _ZPEncodeEUC(*c.euc, units[i], bytes) : 0;
+        if (n == 0) {
+            if (!c.lossy) return Outcome::failed;
+            bytes[0] = '_';
+            n = 1;
+        }
+        Conversion::Mode mode = n == 1 ? Conversion::ascii : Conversion::pairs;
+        if (n == 2 && bytes[0] == 0x8E) mode = Conversion::kana, bytes[0] = bytes[1] & 0x7F, n = 1;
+        else if (n == 2 && bytes[0] == 0xA0) {
+            // What only KESTREL holds is approximated where no loss is asked for, and dropped where it is allowed.
+            if (c.lossy) continue;
+            mode = Conversion::ascii;
+            bytes[0] = _ZPShortApproximationOfKESTREL(bytes[1]);
+            n = 1;
+        } else if (n == 2) bytes[0] &= 0x7F, bytes[1] &= 0x7F;
+        unsigned needed = n + (mode == c.mode ? 0 : escapeBytes) + (mode == Conversion::ascii ? 0 : escapeBytes);
+        if (needed > c.sink.room) return Outcome::full;
+        if (mode != c.mode) c.sink.put(escapesTo[mode], escapeBytes);
+        c.mode = mode;
+        c.sink.put(bytes, n);
+    }
+    *taken = count;
+    return Outcome::done;
+}
+
+Outcome encodeNonLossyASCII(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
     static const char digits[] = "0123456789ABCDEF";
     for (unsigned i = 0; i < count; ++i) {
         *taken = i;
@@ -148,18 +163,33 @@ Outcome encodeNonLossyASCII(ZPStringEncoding, const unichar *units, unsigned cou
             for (int k = 0; k < 4; ++k) text[2 + k] = digits[u >> (12 - 4 * k) & 15];
             n = 6;
         }
-        if (!sink.put(text, n)) return Outcome::full;
+        if (!c.sink.put(text, n)) return Outcome::full;
     }
     *taken = count;
     return Outcome::done;
 }
 
-Outcome encodeUnicode(ZPStringEncoding, const unichar *units, unsigned count, bool, BOOL, Sink &sink, unsigned *taken) {
-    unsigned n = *taken = std::min(count, sink.room / 2);
-    if constexpr (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__) sink.put(units, n * 2);
+Outcome encodeUnicode(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
+    unsigned n = *taken = std::min(count, c.sink.room / 2);
+    if constexpr (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__) c.sink.put(units, n * 2);
     else
-        for (unsigned i = 0; i < n; ++i) sink.put(static_cast<unsigned char>(units[i])), sink.put(static_cast<unsigned char>(units[i] >> 8));
+        for (unsigned i = 0; i < n; ++i) {
+            unsigned char bytes[2] = {static_cast<unsigned char>(units[i]), static_cast<unsigned char>(units[i] >> 8)};
+            c.sink.put(bytes, 2);
+        }
     return n < count ? Outcome::full : Outcome::done;
+}
+
+Encoder *encoderOf(ZPStringEncoding encoding) {
+    switch (encoding) {
+    case ZPUTF8StringEncoding: return encodeUTF8;
+    case ZPNonLossyASCIIStringEncoding: return encodeNonLossyASCII;
+    case ZPUnicodeStringEncoding: return encodeUnicode;
+    case ZPJapaneseEUCStringEncoding: return encodeJapanese<_ZPEncodeEUC>;
+    case ZPShiftJISStringEncoding: return encodeJapanese<_ZPEncodeShiftJIS>;
+    case ZPISO2022JPStringEncoding: return encodeJIS;
+    default: return encodeBytes;
+    }
 }
 
 struct EncodingMethods : ZPString {
@@ -170,21 +200,20 @@ struct EncodingMethods : ZPString {
         ZPStringView view = _ZPViewOfString(this);
         _ZPCheckRange(this, selector, range, view.shown() ? view.length : ZPString::length());
 
-        Sink sink{static_cast<unsigned char *>(buffer), maxLength};
+        Conversion c{{static_cast<unsigned char *>(buffer), maxLength}, encoding, lossy, _ZPTableOfEncoding(encoding)};
+        Encoder *encoder = encoderOf(encoding);
         unsigned done = 0;
         bool ended = false;
         if (view.bytes && _ZPEncodingHasASCIIHalf(encoding)) {
             const unsigned char *bytes = view.bytes + range.location;
             unsigned n = std::min(range.length, maxLength);
             done = encoding == _ZPCStringEncoding ? n : _ZPLengthOfASCII(bytes, n);
-            sink.put(bytes, done);
+            c.sink.put(bytes, done);
             ended = done == maxLength;
         }
-        Encoder *encoder = encoding == ZPUTF8StringEncoding            ? encodeUTF8
-                           : encoding == ZPNonLossyASCIIStringEncoding ? encodeNonLossyASCII
-                           : encoding == ZPUnicodeStringEncoding       ? encodeUnicode
-                                                                       : encodeBytes;
-        if (encoding == ZPUnicodeStringEncoding && !sink.put("\xFF\xFE", 2)) ended = true;
+        if (encoding == ZPJapaneseEUCStringEncoding || encoding == ZPShiftJISStringEncoding || encoding == ZPISO2022JPStringEncoding)
+            c.euc = range.length ? _ZPSharedEUCEncoder() : nullptr;
+        if (encoding == ZPUnicodeStringEncoding && !c.sink.put("\xFF\xFE", 2)) ended = true;
         unichar block[256];
         while (done < range.length && !ended) {
             unsigned left = range.length - done, taken = 0;
@@ -195,14 +224,21 @@ struct EncodingMethods : ZPString {
                 else ZPString::getCharacters_range(block, {range.location + done, left});
                 units = block;
             }
-            Outcome outcome = encoder(encoding, units, left, done + left < range.length, lossy, sink, &taken);
+            Outcome outcome = encoder(c, units, left, done + left < range.length, &taken);
             if (outcome == Outcome::failed) return NO;
             ended = outcome == Outcome::full;
             done += taken;
         }
-        if (filled) *filled = sink.written;
+        if (c.mode != Conversion::ascii) c.sink.put(escapesTo[Conversion::ascii], escapeBytes);
+        if (filled) *filled = c.sink.written;
         if (remaining) *remaining = {range.location + done, range.length - done};
         return YES;
+    }
+
+    BOOL getBytesInJIS(void *buffer, ZPRange range, unsigned *usedBytes, BOOL lossy) {
+        ZPRange remaining{};
+        return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, 0xFFFFFFFF, usedBytes, ZPISO2022JPStringEncoding,
+                                                                                                 lossy, range, &remaining) && remaining.length == 0;
     }
 
     BOOL canBeConverted(ZPStringEncoding encoding) {
@@ -217,35 +253,13 @@ struct EncodingMethods : ZPString {
         static const ZPStringEncoding list[] = {10, 2, 1, 5, 9, 3, 8, 4, 6, 7, 11, 12, 15, 13, 14, 21, 0};
         return list;
     }
-    static ZPString *nameOfEncoding(Class, ZPStringEncoding encoding) {
-        switch (encoding) {
-        case ZPASCIIStringEncoding: return "ASCII"_zp;
-        case ZPKESTRELStringEncoding: return "KESTREL"_zp;
-        case ZPJapaneseEUCStringEncoding: return "Japanese EUC"_zp;
-        case ZPUTF8StringEncoding: return "UTF-8"_zp;
-        case ZPISOLatin1StringEncoding: return "ISO Latin-1"_zp;
-        case ZPSymbolStringEncoding: return "Symbol"_zp;
-        case ZPNonLossyASCIIStringEncoding: return "Non-lossy ASCII"_zp;
-        case ZPShiftJISStringEncoding: return "Shift JIS"_zp;
-        case ZPISOLatin2StringEncoding: return "ISO Latin-2"_zp;
-        case 0:
-        case ZPUnicodeStringEncoding: return "Unicode"_zp;
-        case ZPWindowsCP1251StringEncoding: return "Adobe Cyrillic"_zp;
-        case ZPWindowsCP1252StringEncoding: return "Windows Latin-1"_zp;
-        case ZPWindowsCP1253StringEncoding: return "Windows Greek (Code Page 1253)"_zp;
-        case ZPWindowsCP1254StringEncoding: return "Windows Turkish (Code Page 1254)"_zp;
-        case ZPWindowsCP1250StringEncoding: return "Windows Latin-2 (Code Page 1250)"_zp;
-        case ZPISO2022JPStringEncoding: return "JIS (ISO 2022 JP)"_zp;
-        default: return ""_zp;
-        }
-    }
 };
 
 }  // namespace
 
 ZP_CATEGORY(ZPString, ZPStringEncoding)
     .method<&EncodingMethods::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&EncodingMethods::getBytesInJIS>("_getBytesInJISEncoding:range:usedBytes:lossy:")
     .method<&EncodingMethods::canBeConverted>("canBeConvertedToEncoding:")
     .classMethod<&EncodingMethods::defaultCString>("defaultCStringEncoding")
-    .classMethod<&EncodingMethods::available>("availableStringEncodings")
-    .classMethod<&EncodingMethods::nameOfEncoding>("localizedNameOfStringEncoding:");
+    .classMethod<&EncodingMethods::available>("availableStringEncodings");

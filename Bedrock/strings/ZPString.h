@@ -245,6 +245,7 @@ struct ZPString : ZPObject {
     static const ZPStringEncoding *availableStringEncodings() {
         return objc_msgSend<const ZPStringEncoding *>(class_(), "availableStringEncodings"_sel);
     }
+    /// From the library's strings table "EncodingNames"; "" for a number that is no encoding.
     static ZPString *localizedNameOfStringEncoding(ZPStringEncoding encoding) {
         return objc_msgSend<ZPString *>(class_(), "localizedNameOfStringEncoding:"_sel, encoding);
     }
@@ -254,6 +255,11 @@ struct ZPString : ZPObject {
         void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
         return objc_msgSend<BOOL>(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
                                   maxLength, filled, encoding, lossy, range, remaining);
+    }
+    /// ISO 2022-JP of a range; a null buffer only counts, another must have room for 5 bytes a unit and 3 more. NO when a
+    /// character has no form and loss is not allowed.
+    BOOL _getBytesInJISEncoding_range_usedBytes_lossy(void *buffer, ZPRange range, unsigned *usedBytes, BOOL lossy) {
+        return objc_msgSend<BOOL>(this, "_getBytesInJISEncoding:range:usedBytes:lossy:"_sel, buffer, range, usedBytes, lossy);
     }
     /// Null when the text cannot be converted.
     ZPData *dataUsingEncoding_allowLossyConversion(ZPStringEncoding encoding, BOOL lossy) {

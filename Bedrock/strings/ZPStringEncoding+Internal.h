@@ -1,47 +1,106 @@
-// The tables of the single-byte encodings.
+// The tables of the encodings and the conversions of runs, which strings, C strings and the single-character
+// functions share.
 #pragma once
 
 #include <Bedrock/strings/ZPStringEncoding.h>
 
 constexpr unichar _ZPNoCharacter = 0xFFFD;
 
-struct _ZPEncodingPair {
-    unichar unit;
-    unsigned char byte;
-};
-
-/// A single-byte encoding with an ASCII lower half: bytes below `first` are their own units, `units` holds the
-/// rest up to 0xFF or `first + count`, behind which bytes are their own units again.
+/// A single-byte encoding: the unit of every byte, and the byte of every unit by way of pages of 256 units. Page 0 is
+/// empty; byte 0 in a page means none, except for unit 0.
 struct _ZPByteTable {
-    unsigned first, count;
     const unichar *units;
-    const _ZPEncodingPair *pairs;  ///< sorted by unit
-    unsigned pairCount;
+    const unsigned char *pageOf;
+    const unsigned char (*pages)[256];
+    bool asciiHalf;  ///< bytes below 0x80 are ASCII
 
-    unichar unitOf(unsigned char byte) const { return byte - first < count ? units[byte - first] : byte; }
+    unichar unitOf(unsigned char byte) const { return units[byte]; }
     /// -1 when the encoding lacks the unit.
-    int byteOf(unichar unit) const;
+    int byteOf(unichar unit) const {
+        int byte = pages[pageOf[unit >> 8]][unit & 0xFF];
+        return byte || (unit == 0 && units[0] == 0) ? byte : -1;
+    }
 };
 
-extern const _ZPByteTable _ZPTableKESTREL, _ZPTableISOLatin2, _ZPTableWindows1250, _ZPTableWindows1251, _ZPTableWindows1252,
-    _ZPTableWindows1253, _ZPTableWindows1254;
+extern const _ZPByteTable _ZPTableASCII, _ZPTableISOLatin1, _ZPTableKESTREL, _ZPTableISOLatin2, _ZPTableWindows1250, _ZPTableWindows1251,
+    _ZPTableWindows1252, _ZPTableWindows1253, _ZPTableWindows1254, _ZPTableSymbol, _ZPTableDingbats, _ZPTableAdobeStandard;
 
-/// The table of an encoding, or null.
+/// The table of a single-byte encoding, or null.
 const _ZPByteTable *_ZPTableOfEncoding(ZPStringEncoding encoding);
 /// Up to four ASCII bytes that stand for a KESTREL byte from 0x80 on; empty where nothing does.
 const char *_ZPApproximationOfKESTREL(unsigned char byte);
-/// YES when the library converts to and from the encoding.
+/// What stands for such a byte where there is room for one.
+unsigned char _ZPShortApproximationOfKESTREL(unsigned char byte);
+/// The ASCII form of a unit: itself, a line feed, an approximation of up to four characters, or "_".
+inline const char *_ZPLossyASCII(unichar unit) {
+    int byte = unit < 0x80 ? -1 : _ZPTableKESTREL.byteOf(unit);
+    const char *text = byte >= 0x80 ? _ZPApproximationOfKESTREL(static_cast<unsigned char>(byte)) : "";
+    return *text ? text : "_";
+}
+/// YES when the library converts to and from the encoding; 0 counts as Unicode.
 BOOL _ZPEncodingIsKnown(ZPStringEncoding encoding);
-/// YES for the encodings in which a byte below 0x80 is always the ASCII character.
+/// YES for the encodings in which a byte below 0x80 is always the ASCII character and only it gives one.
 inline bool _ZPEncodingHasASCIIHalf(ZPStringEncoding e) { return e < 16 && (0xFA36u >> e & 1); }
-/// The byte of a unit from 0x80 on in such an encoding (UTF-8 excepted), or -1.
-int _ZPByteOfUnit(ZPStringEncoding encoding, unichar unit);
+/// The encoding whose number a resource file holds in its first two bytes; 0 when there is none that is known.
+unsigned _ZPEncodingNumberInResource(const char *name);
+
+// ---- one character, for every encoding but Unicode, ISO 2022-JP and non-lossy ASCII ----
+
+/// As ZPUTF8ToUnicode.
+unsigned _ZPDecodeCharacter(ZPStringEncoding encoding, const unsigned char **bytes, unsigned left, unichar *units);
+/// Takes one or two of `left` units and writes up to four bytes; answers their number, 0 when there is no such character.
+unsigned _ZPEncodeCharacter(ZPStringEncoding encoding, const unichar *units, unsigned left, unsigned char *bytes, unsigned *taken);
+
+// ---- runs ----
+
 /// The bytes before the first one from 0x80 on.
 unsigned _ZPLengthOfASCII(const void *bytes, unsigned length);
 /// Widens bytes below 0x80, or bytes that are their own units.
 void _ZPWidenBytes(const void *bytes, unsigned length, unichar *units);
 /// The same backwards within one buffer that has room for the units.
 void _ZPWidenBytesInPlace(void *buffer, unsigned length);
+/// Narrows units while they are below 0x80; answers how many.
+unsigned _ZPNarrowASCII(const unichar *units, unsigned count, unsigned char *bytes);
+/// The units of bytes in a single-byte encoding.
+void _ZPDecodeBytes(const _ZPByteTable &table, const unsigned char *in, unsigned length, unichar *out);
+/// The bytes of units, up to the first that the encoding lacks; answers how many. With a null `out` only counts.
+unsigned _ZPEncodeBytes(const _ZPByteTable &table, const unichar *in, unsigned count, unsigned char *out);
+/// Decodes UTF-8 into at most as many units as there are bytes; answers the units, or -1 when the last character is
+/// cut short.
+long long _ZPDecodeUTF8(const unsigned char *in, unsigned length, unichar *out);
+/// Encodes units while at least `slack` more bytes surely fit; answers the bytes and sets `*taken`. The last unit is
+/// left alone, so that pairs are whole.
+unsigned _ZPEncodeUTF8Run(const unichar *units, unsigned count, unsigned char *out, unsigned room, unsigned *taken);
+/// The bytes of units in UTF-8, of which the last is no high surrogate that a low one may follow.
+std::uint64_t _ZPLengthInUTF8(const unichar *units, unsigned count);
+
+// ---- Japanese ----
+
+/// The units of the pairs of EUC bytes, by the lower seven bits of both; 0 where there is none.
+struct _ZPEUCDecoder {
+    unichar units[128 * 128];
+    unichar of(unsigned first, unsigned second) const { return units[(first & 0x7F) << 7 | (second & 0x7F)]; }
+};
+/// The pairs of EUC bytes of units, the first byte in the high half, by pages as above; 0 where there is none.
+struct _ZPEUCEncoder {
+    bool plainASCII;  ///< no unit below 0x80 has a pair
+    unsigned char pageOf[256];
+    unichar (*pages)[256];
+    unsigned of(unichar unit) const { return pages[pageOf[unit >> 8]][unit & 0xFF]; }
+};
+/// The tables, read at the first call; null, which is logged once, when the files cannot be read.
+const _ZPEUCDecoder *_ZPSharedEUCDecoder();
+const _ZPEUCEncoder *_ZPSharedEUCEncoder();
+/// EUC bytes of a unit; 0 when there are none.
+unsigned _ZPEncodeEUC(const _ZPEUCEncoder &encoder, unichar unit, unsigned char *bytes);
+/// Shift JIS bytes of a unit; 0 when there are none.
+unsigned _ZPEncodeShiftJIS(const _ZPEUCEncoder &encoder, unichar unit, unsigned char *bytes);
+/// Whole texts, into at most as many units as there are bytes; answer the units, or -1.
+long long _ZPDecodeEUC(const unsigned char *in, unsigned length, unichar *out);
+long long _ZPDecodeShiftJIS(const unsigned char *in, unsigned length, unichar *out);
+/// Into at most two units a byte.
+long long _ZPDecodeISO2022JP(const unsigned char *in, unsigned length, unichar *out);
+
 /// UTF-8 of one character: takes one or two of `left` units, writes up to four bytes.
 inline unsigned _ZPEncodeUTF8(const unichar *units, unsigned left, unsigned char *out, unsigned *taken) {
     unsigned c = units[0];

@@ -1,8 +1,5 @@
-// The single-byte encodings with an ASCII lower half. docs/kestrel.md shows the KESTREL table.
-#include <Bedrock/strings/ZPStringEncoding+Internal.h>
-
-#include <algorithm>
-#include <array>
+// The single-byte encodings of text. docs/kestrel.md shows the KESTREL table.
+#include <Bedrock/strings/ZPEncodingPages+Internal.h>
 
 namespace {
 
@@ -77,51 +74,41 @@ constexpr char approximations[128][5] = {
     "d", "n", "o", "o", "o", "o", "o", "/", "o", "u", "u", "u", "u", "y", "th", "y",
 };
 
-template <unsigned N> consteval unsigned assigned(const unichar (&units)[N], unsigned first) {
-    unsigned n = 0x100 - first - N + 1;
-    for (unichar u : units) n += u != none;
-    return n;
-}
 
-// The inverse of a table, and the paragraph separator as a line feed.
-template <auto &Units, unsigned First> constexpr auto inverse = [] {
-    constexpr unsigned size = std::size(Units);
-    std::array<_ZPEncodingPair, assigned(Units, First)> pairs{};
-    unsigned n = 0;
-    for (unsigned i = 0; i < size; ++i)
-        if (Units[i] != none) pairs[n++] = {Units[i], static_cast<unsigned char>(First + i)};
-    for (unsigned b = First + size; b < 0x100; ++b) pairs[n++] = {static_cast<unichar>(b), static_cast<unsigned char>(b)};
-    pairs[n] = {0x2029, 0x0A};
-    std::sort(pairs.begin(), pairs.end(), [](auto &a, auto &b) { return a.unit < b.unit; });
-    return pairs;
-}();
+// One character for each, where there is no room for more.
+constexpr char shortApproximations[] =
+    "EL,f,.++f%S<OiZ-"
+    "?''\"\"*--fTs>olzY"
+    " !cL_Y|S\"Ca<--R-"
+    "d+23'uP.,1o>113?"
+    "AAAAAAACEEEEIIII"
+    "DNOOOOOxOUUUUYTs"
+    "aaaaaaaceeeeiiii"
+    "dnooooo/ouuuuyty";
+static_assert(sizeof shortApproximations == 129);
 
-template <auto &Units, unsigned First> constexpr _ZPByteTable table{First, std::size(Units), Units, inverse<Units, First>.data(),
-                                                                    static_cast<unsigned>(inverse<Units, First>.size())};
+constexpr _ZPByteMap mapASCII(0x80), mapISOLatin1(0x100), mapKESTREL(kestrel, 0x80, 0x80), mapISOLatin2(isoLatin2, 0xA0, 0xA0),
+    map1250(windows1250, 0x80, 0xA0), map1251(windows1251, 0x80, 0xA0), map1252(windows1252, 0x80, 0x80), map1253(windows1253, 0x80, 0xA0),
+    map1254(windows1254, 0x80, 0xA0);
 
-static_assert(inverse<kestrel, 0x80>.size() == 128 && inverse<isoLatin2, 0xA0>.size() == 97 && inverse<windows1250, 0x80>.size() == 124 &&
-              inverse<windows1251, 0x80>.size() == 128 && inverse<windows1253, 0x80>.size() == 115 && inverse<windows1254, 0x80>.size() == 122);
+static_assert(_ZPPairCount(kestrel, 0x80) == 128 && _ZPPairCount(isoLatin2, 0xA0) == 97 && _ZPPairCount(windows1250, 0x80) == 124 &&
+              _ZPPairCount(windows1251, 0x80) == 128 && _ZPPairCount(windows1252, 0x80) == 26 + 96 && _ZPPairCount(windows1253, 0x80) == 115 &&
+              _ZPPairCount(windows1254, 0x80) == 122);
 
 }  // namespace
 
-constinit const _ZPByteTable _ZPTableKESTREL = table<kestrel, 0x80>, _ZPTableISOLatin2 = table<isoLatin2, 0xA0>,
-                             _ZPTableWindows1250 = table<windows1250, 0x80>, _ZPTableWindows1251 = table<windows1251, 0x80>,
-                             _ZPTableWindows1252 = table<windows1252, 0x80>, _ZPTableWindows1253 = table<windows1253, 0x80>,
-                             _ZPTableWindows1254 = table<windows1254, 0x80>;
-
-int _ZPByteTable::byteOf(unichar unit) const {
-    // Tables of the whole upper half do not look at the control characters: these are their own bytes.
-    constexpr unsigned onlyControls = 32;
-    if (unit < (count > onlyControls ? 0xA0 : first)) return unit;
-    if (unit < 0x100 && unit - first >= count) return unit;
-    if (unit < pairs[0].unit || unit > pairs[pairCount - 1].unit) return -1;
-    auto *found = std::lower_bound(pairs, pairs + pairCount, unit, [](const _ZPEncodingPair &p, unichar u) { return p.unit < u; });
-    return found != pairs + pairCount && found->unit == unit ? found->byte : -1;
-}
+constinit const _ZPByteTable _ZPTableASCII = _ZPBytePages<mapASCII>::table(), _ZPTableISOLatin1 = _ZPBytePages<mapISOLatin1>::table(),
+                             _ZPTableKESTREL = _ZPBytePages<mapKESTREL>::table(), _ZPTableISOLatin2 = _ZPBytePages<mapISOLatin2>::table(),
+                             _ZPTableWindows1250 = _ZPBytePages<map1250>::table(), _ZPTableWindows1251 = _ZPBytePages<map1251>::table(),
+                             _ZPTableWindows1252 = _ZPBytePages<map1252>::table(), _ZPTableWindows1253 = _ZPBytePages<map1253>::table(),
+                             _ZPTableWindows1254 = _ZPBytePages<map1254>::table();
 
 const _ZPByteTable *_ZPTableOfEncoding(ZPStringEncoding encoding) {
     switch (encoding) {
+    case ZPASCIIStringEncoding: return &_ZPTableASCII;
     case ZPKESTRELStringEncoding: return &_ZPTableKESTREL;
+    case ZPISOLatin1StringEncoding: return &_ZPTableISOLatin1;
+    case ZPSymbolStringEncoding: return &_ZPTableSymbol;
     case ZPISOLatin2StringEncoding: return &_ZPTableISOLatin2;
     case ZPWindowsCP1250StringEncoding: return &_ZPTableWindows1250;
     case ZPWindowsCP1251StringEncoding: return &_ZPTableWindows1251;
@@ -133,3 +120,6 @@ const _ZPByteTable *_ZPTableOfEncoding(ZPStringEncoding encoding) {
 }
 
 const char *_ZPApproximationOfKESTREL(unsigned char byte) { return byte < 0x80 ? "" : approximations[byte - 0x80]; }
+unsigned char _ZPShortApproximationOfKESTREL(unsigned char byte) {
+    return byte < 0x80 ? byte : static_cast<unsigned char>(shortApproximations[byte - 0x80]);
+}

@@ -1,83 +1,17 @@
-// The default C-string encoding, the converters from bytes to units, and those of single characters.
+// Whole texts from bytes to units, and the converters of single characters in both directions.
 #include <Bedrock/strings/ZPStringEncoding+Internal.h>
 
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
-#include <Bedrock/platform/ZPFile.h>
-#include <Bedrock/platform/ZPHost.h>
 #include <Bedrock/strings/ZPString.h>
 
-#include <atomic>
 #include <cstring>
-#include <string>
 
 ZPStringEncoding _ZPCStringEncoding = ZPKESTRELStringEncoding;
 unichar (*_ZPCStringCharToUnichar)(unsigned char) = ZPKESTRELToPrecompUnicode;
 
 BOOL _ZPEncodingIsKnown(ZPStringEncoding e) {
-    return e == 0 || _ZPEncodingHasASCIIHalf(e) || e == ZPUnicodeStringEncoding || e == ZPNonLossyASCIIStringEncoding;
-}
-
-// ---- the default C-string encoding -------------------------------------------------------------
-
-static ZPStringEncoding decideDefault() {
-    char text[3] = {};
-    std::string path = std::string(ZPRootDirectory()) + "/CorvidLibrary/Frameworks/Bedrock.framework/Resources/CStringEncoding";
-    long long length = ZPHostReadFile(path.c_str(), text, 2);
-    unsigned number = 0;
-    for (long long i = 0; i < length && text[i] >= '0' && text[i] <= '9'; ++i) number = number * 10 + unsigned(text[i] - '0');
-    if (number < 1) {
-        switch (ZPHostCodePage()) {
-        case 1251: number = ZPWindowsCP1251StringEncoding; break;
-        case 932: number = ZPShiftJISStringEncoding; break;
-        case 1250: number = ZPWindowsCP1250StringEncoding; break;
-        case 1253: number = ZPWindowsCP1253StringEncoding; break;
-        case 1254: number = ZPWindowsCP1254StringEncoding; break;
-        case 65001: number = ZPUTF8StringEncoding; break;
-        default: number = ZPWindowsCP1252StringEncoding;
-        }
-    }
-    // An encoding that cannot be converted would leave the process without C strings at all.
-    return _ZPEncodingIsKnown(number) ? number : ZPWindowsCP1252StringEncoding;
-}
-
-ZPStringEncoding _ZPDefaultCStringEncoding() {
-    static std::atomic<ZPStringEncoding> encoding{0};
-    ZPStringEncoding e = encoding.load(std::memory_order_relaxed);
-    if (!e) [[unlikely]] encoding.store(e = decideDefault(), std::memory_order_relaxed);
-    return e;
-}
-
-// ---- runs of bytes ------------------------------------------------------------------------------
-
-unsigned _ZPLengthOfASCII(const void *bytes, unsigned length) {
-    auto *p = static_cast<const unsigned char *>(bytes);
-    unsigned i = 0;
-    for (; i + 32 <= length; i += 32) {
-        std::uint64_t w[4];
-        std::memcpy(w, p + i, 32);
-        if ((w[0] | w[1] | w[2] | w[3]) & 0x8080808080808080u) break;
-    }
-    for (; i + 8 <= length; i += 8) {
-        std::uint64_t w;
-        std::memcpy(&w, p + i, 8);
-        if (w & 0x8080808080808080u) break;
-    }
-    while (i < length && p[i] < 0x80) ++i;
-    return i;
-}
-
-void _ZPWidenBytes(const void *bytes, unsigned length, unichar *units) {
-    auto *p = static_cast<const unsigned char *>(bytes);
-    for (unsigned i = 0; i < length; ++i) units[i] = p[i];
-}
-
-void _ZPWidenBytesInPlace(void *buffer, unsigned length) {
-    auto *bytes = static_cast<unsigned char *>(buffer);
-    for (unsigned i = length; i-- > 0;) {
-        unichar unit = bytes[i];
-        std::memcpy(bytes + 2 * std::size_t(i), &unit, 2);
-    }
+    return e <= ZPWindowsCP1250StringEncoding || e == ZPISO2022JPStringEncoding;
 }
 
 namespace {
@@ -102,34 +36,6 @@ struct Block {
         return q;
     }
 };
-
-// Decodes from the first byte from 0x80 on; answers the units written, or -1.
-long long decodeUTF8(const unsigned char *in, const unsigned char *end, unichar *out) {
-    unichar *start = out;
-    while (in < end) {
-        unsigned char b = *in;
-        if (b < 0x80) {
-            std::uint64_t eight;
-            while (end - in >= 8 && (std::memcpy(&eight, in, 8), (eight & 0x8080808080808080u) == 0)) {
-                for (int i = 0; i < 8; ++i) out[i] = in[i];
-                in += 8;
-                out += 8;
-            }
-            while (in < end && *in < 0x80) *out++ = *in++;
-        } else if (b >= 0xC0 && b < 0xE0 && end - in >= 2 && (in[1] & 0xC0) == 0x80) {
-            *out++ = static_cast<unichar>((b << 6) + in[1] - 0x3080u);
-            in += 2;
-        } else if (b >= 0xE0 && b < 0xF0 && end - in >= 3 && (in[1] & in[2] & 0xC0) == 0x80 && !((in[1] | in[2]) & 0x40)) {
-            *out++ = static_cast<unichar>((b << 12) + (in[1] << 6) + in[2] - 0xE2080u);
-            in += 3;
-        } else {
-            unsigned n = ZPUTF8ToUnicode(&in, unsigned(end - in), out);
-            if (n == 0) return -1;
-            out += n;
-        }
-    }
-    return out - start;
-}
 
 int upperHexDigit(unsigned char c) { return c >= '0' && c <= '9' ? c - '0' : c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1; }
 
@@ -180,50 +86,41 @@ BOOL _ZPConvertToASCIIorUnicode(const void *bytes, unsigned length, ZPStringEnco
     if (encoding == 0) encoding = ZPUnicodeStringEncoding;
     if (length && !_ZPEncodingIsKnown(encoding)) return NO;
     auto *in = static_cast<const unsigned char *>(bytes);
+    bool japanese = encoding == ZPJapaneseEUCStringEncoding || encoding == ZPShiftJISStringEncoding;
     Block block{zone};
-    unsigned units = 0;
-    bool ascii = true;
-    if (length == 0) {
-    } else if (_ZPEncodingHasASCIIHalf(encoding)) {
+    if (length == 0 || _ZPEncodingHasASCIIHalf(encoding) || japanese) {
         unsigned run = _ZPLengthOfASCII(in, length);
         if (run == length) {
-            block.resize(length);
-            std::memcpy(block.p, in, length);
-            units = length;
-        } else {
-            ascii = false;
-            block.resize(std::size_t(length) * 2);
-            _ZPWidenBytes(in, run, block.units());
-            if (encoding == ZPUTF8StringEncoding) {
-                long long n = decodeUTF8(in + run, in + length, block.units() + run);
-                if (n < 0) return NO;
-                units = run + unsigned(n);
-            } else {
-                const _ZPByteTable *table = _ZPTableOfEncoding(encoding);
-                for (unsigned i = run; i < length; ++i) block.units()[i] = table ? table->unitOf(in[i]) : in[i];
-                units = length;
+            if (length) {
+                block.resize(length);
+                std::memcpy(block.p, in, length);
             }
+            *buffer = block.take();
+            *count = length;
+            *isASCII = YES;
+            return YES;
         }
-    } else if (encoding == ZPUnicodeStringEncoding) {
-        ascii = false;
-        block.resize(length);
-        units = decodeUnicode(in, length, block.units());
-    } else {
-        ascii = false;
-        block.resize(std::size_t(length) * 2);
-        long long n = decodeNonLossyASCII(in, in + length, block.units());
-        if (n < 0) return NO;
-        units = unsigned(n);
     }
-    std::size_t used = std::size_t(units) * (ascii ? 1 : 2);
-    if (units == 0) *buffer = nullptr;
-    else {
-        if (used < std::size_t(length)) block.resize(used);
-        else if (!ascii && used < std::size_t(length) * 2 && encoding != ZPUnicodeStringEncoding) block.resize(used);
-        *buffer = block.take();
+    long long units;
+    std::size_t room = std::size_t(length) * (encoding == ZPISO2022JPStringEncoding ? 4 : encoding == ZPUnicodeStringEncoding ? 1 : 2);
+    block.resize(room);
+    switch (encoding) {
+    case ZPUTF8StringEncoding: units = _ZPDecodeUTF8(in, length, block.units()); break;
+    case ZPJapaneseEUCStringEncoding: units = _ZPDecodeEUC(in, length, block.units()); break;
+    case ZPShiftJISStringEncoding: units = _ZPDecodeShiftJIS(in, length, block.units()); break;
+    case ZPISO2022JPStringEncoding: units = _ZPDecodeISO2022JP(in, length, block.units()); break;
+    case ZPUnicodeStringEncoding: units = decodeUnicode(in, length, block.units()); break;
+    case ZPNonLossyASCIIStringEncoding: units = decodeNonLossyASCII(in, in + length, block.units()); break;
+    default:
+        _ZPDecodeBytes(*_ZPTableOfEncoding(encoding), in, length, block.units());
+        units = length;
     }
-    *count = units;
-    *isASCII = ascii || units == 0;
+    if (units < 0 || units > 0xFFFFFFFFll) return NO;
+    std::size_t used = std::size_t(units) * 2;
+    if (used && used < room) block.resize(used);
+    *buffer = used ? block.take() : nullptr;
+    *count = unsigned(units);
+    *isASCII = units == 0;
     return YES;
 }
 
@@ -233,6 +130,9 @@ unichar ZPKESTRELToPrecompUnicode(unsigned char byte) { return _ZPTableKESTREL.u
 unichar ZPASCIIToPrecompUnicode(unsigned char byte) { return byte; }
 unichar ZPISOLatin1ToPrecompUnicode(unsigned char byte) { return byte; }
 unichar ZPISOLatin2ToPrecompUnicode(unsigned char byte) { return _ZPTableISOLatin2.unitOf(byte); }
+unichar ZPSymbolToPrecompUnicode(unsigned char byte) { return _ZPTableSymbol.unitOf(byte); }
+unichar ZPZapfDingbatToPrecompUnicode(unsigned char byte) { return _ZPTableDingbats.unitOf(byte); }
+unichar ZPAdobeStandardToPrecompUnicode(unsigned char byte) { return _ZPTableAdobeStandard.unitOf(byte); }
 unichar ZPWinCodePage1250ToUnicode(unsigned char byte) { return _ZPTableWindows1250.unitOf(byte); }
 unichar ZPAdobeStandardCyrillicToUnicode(unsigned char byte) { return _ZPTableWindows1251.unitOf(byte); }
 unichar ZPWinLatin1ToUnicode(unsigned char byte) { return _ZPTableWindows1252.unitOf(byte); }
@@ -263,13 +163,6 @@ unsigned ZPUTF8ToUnicode(const unsigned char **bytes, unsigned left, unichar *un
 }
 
 // ---- single characters, units to bytes ----------------------------------------------------------
-
-int _ZPByteOfUnit(ZPStringEncoding encoding, unichar unit) {
-    if (const _ZPByteTable *table = _ZPTableOfEncoding(encoding)) return table->byteOf(unit);
-    if (unit == 0x2029) return 0x0A;
-    unsigned limit = encoding == ZPISOLatin1StringEncoding ? 0x100 : 0x80;
-    return unit < limit ? unit : -1;
-}
 
 BOOL ZPPrecompUnicodeToKESTREL(unichar unit, unsigned char *byte) {
     if (unit >= 0x80 && (unit < 0xA0 || unit > 0xFFFD)) return NO;
@@ -302,31 +195,42 @@ void _ZPStartCharacterReader(ZPCharacterReader *reader, ZPString *string, ZPRang
     advance(reader);
 }
 
-static unsigned convertOne(ZPCharacterReader *reader, unsigned char *bytes, ZPStringEncoding encoding) {
+static unsigned convertOne(ZPCharacterReader *reader, unsigned char *bytes, const _ZPByteTable &table) {
     if (reader->count == 0) return 0;
-    int b = _ZPByteOfUnit(encoding, reader->current);
+    int b = table.byteOf(reader->current);
     if (b < 0) return 0;
     *bytes = static_cast<unsigned char>(b);
     advance(reader);
     return 1;
 }
 
-unsigned ZPUnicodeToASCII(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, ZPASCIIStringEncoding); }
-unsigned ZPUnicodeToKESTREL(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, ZPKESTRELStringEncoding); }
-unsigned ZPUnicodeToISOLatin1(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, ZPISOLatin1StringEncoding); }
-unsigned ZPUnicodeToISOLatin2(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, ZPISOLatin2StringEncoding); }
-unsigned ZPUnicodeToWinCodePage1250(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, ZPWindowsCP1250StringEncoding); }
-unsigned ZPUnicodeToAdobeStandardCyrillic(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, ZPWindowsCP1251StringEncoding); }
-unsigned ZPUnicodeToWinLatin1(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, ZPWindowsCP1252StringEncoding); }
-unsigned ZPUnicodeToWinCodePage1253(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, ZPWindowsCP1253StringEncoding); }
-unsigned ZPUnicodeToWinCodePage1254(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, ZPWindowsCP1254StringEncoding); }
+unsigned ZPUnicodeToASCII(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableASCII); }
+unsigned ZPUnicodeToKESTREL(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableKESTREL); }
+unsigned ZPUnicodeToISOLatin1(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableISOLatin1); }
+unsigned ZPUnicodeToISOLatin2(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableISOLatin2); }
+unsigned ZPUnicodeToAdobeStandard(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableAdobeStandard); }
+unsigned ZPUnicodeToSymbol(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableSymbol); }
+unsigned ZPUnicodeToDingbat(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableDingbats); }
+unsigned ZPUnicodeToWinCodePage1250(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1250); }
+unsigned ZPUnicodeToAdobeStandardCyrillic(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1251); }
+unsigned ZPUnicodeToWinLatin1(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1252); }
+unsigned ZPUnicodeToWinCodePage1253(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1253); }
+unsigned ZPUnicodeToWinCodePage1254(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1254); }
+
+template <auto encode> static unsigned convertJapanese(ZPCharacterReader *reader, unsigned char *bytes) {
+    const _ZPEUCEncoder *encoder = reader->count ? _ZPSharedEUCEncoder() : nullptr;
+    unsigned n = encoder ? encode(*encoder, reader->current, bytes) : 0;
+    if (n) advance(reader);
+    return n;
+}
+
+unsigned ZPUnicodeToCorvidEUC(ZPCharacterReader *r, unsigned char *bytes) { return convertJapanese<_ZPEncodeEUC>(r, bytes); }
+unsigned ZPUnicodeToShiftJIS(ZPCharacterReader *r, unsigned char *bytes) { return convertJapanese<_ZPEncodeShiftJIS>(r, bytes); }
 
 unsigned ZPUnicodeToLossyASCII(ZPCharacterReader *reader, unsigned char *bytes) {
     if (reader->count == 0) return 0;
     if (unsigned n = ZPUnicodeToASCII(reader, bytes)) return n;
-    unsigned char kestrel;
-    const char *text = ZPPrecompUnicodeToKESTREL(reader->current, &kestrel) ? _ZPApproximationOfKESTREL(kestrel) : "";
-    if (!*text) text = "_";
+    const char *text = _ZPLossyASCII(reader->current);
     unsigned n = unsigned(std::strlen(text));
     std::memcpy(bytes, text, n);
     advance(reader);
@@ -344,4 +248,31 @@ unsigned ZPUnicodeToUTF8(ZPCharacterReader *reader, unsigned char *bytes) {
     }
     unsigned taken;
     return _ZPEncodeUTF8(units, pair ? 2 : 1, bytes, &taken);
+}
+
+// ---- one character, by encoding -----------------------------------------------------------------
+
+unsigned _ZPDecodeCharacter(ZPStringEncoding encoding, const unsigned char **bytes, unsigned left, unichar *units) {
+    if (encoding == ZPUTF8StringEncoding) return ZPUTF8ToUnicode(bytes, left, units);
+    if (encoding == ZPJapaneseEUCStringEncoding) return ZPCorvidEUCToUnicode(bytes, left, units);
+    if (encoding == ZPShiftJISStringEncoding) return ZPShiftJISToUnicode(bytes, left, units);
+    const _ZPByteTable *table = _ZPTableOfEncoding(encoding);
+    if (!table || left == 0) return 0;
+    units[0] = table->unitOf(*(*bytes)++);
+    return 1;
+}
+
+unsigned _ZPEncodeCharacter(ZPStringEncoding encoding, const unichar *units, unsigned left, unsigned char *bytes, unsigned *taken) {
+    *taken = 1;
+    if (encoding == ZPUTF8StringEncoding) return _ZPEncodeUTF8(units, left, bytes, taken);
+    if (encoding == ZPJapaneseEUCStringEncoding || encoding == ZPShiftJISStringEncoding) {
+        const _ZPEUCEncoder *encoder = _ZPSharedEUCEncoder();
+        if (!encoder) return 0;
+        return encoding == ZPShiftJISStringEncoding ? _ZPEncodeShiftJIS(*encoder, *units, bytes) : _ZPEncodeEUC(*encoder, *units, bytes);
+    }
+    const _ZPByteTable *table = _ZPTableOfEncoding(encoding);
+    int byte = table ? table->byteOf(*units) : -1;
+    if (byte < 0) return 0;
+    *bytes = static_cast<unsigned char>(byte);
+    return 1;
 }

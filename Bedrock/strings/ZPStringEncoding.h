@@ -46,7 +46,8 @@ ZP_EXPORT extern ZPStringEncoding _ZPCStringEncoding;
 /// Maps a byte of that encoding to its unit. A byte below 0x80 is its own unit.
 ZP_EXPORT extern unichar (*_ZPCStringCharToUnichar)(unsigned char byte);
 
-/// The encoding of C strings, decided at the first call and kept for the life of the process.
+/// The encoding of C strings, decided at the first call and kept for the life of the process: the number in the
+/// resource file "CStringEncoding", else that of the host's code page. Always one that the library converts.
 ZP_EXPORT ZPStringEncoding _ZPDefaultCStringEncoding();
 
 /// Converts `length` bytes into a new block of the zone, which the caller owns: `*count` bytes below 0x80
@@ -63,6 +64,10 @@ ZP_EXPORT void _ZPStartCharacterReader(ZPCharacterReader *reader, ZPString *stri
 ZP_EXPORT unsigned ZPUnicodeToASCII(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToKESTREL(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToISOLatin1(ZPCharacterReader *reader, unsigned char *bytes);
+ZP_EXPORT unsigned ZPUnicodeToAdobeStandard(ZPCharacterReader *reader, unsigned char *bytes);
+ZP_EXPORT unsigned ZPUnicodeToSymbol(ZPCharacterReader *reader, unsigned char *bytes);
+/// The encoding of the font Zapf Dingbats.
+ZP_EXPORT unsigned ZPUnicodeToDingbat(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToISOLatin2(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToWinCodePage1250(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToAdobeStandardCyrillic(ZPCharacterReader *reader, unsigned char *bytes);
@@ -73,6 +78,10 @@ ZP_EXPORT unsigned ZPUnicodeToWinCodePage1254(ZPCharacterReader *reader, unsigne
 ZP_EXPORT unsigned ZPUnicodeToLossyASCII(ZPCharacterReader *reader, unsigned char *bytes);
 /// Writes up to four bytes; takes both units of a surrogate pair, and a lone surrogate as it is.
 ZP_EXPORT unsigned ZPUnicodeToUTF8(ZPCharacterReader *reader, unsigned char *bytes);
+/// Writes one or two bytes; answers 0 also when the table "UnicodeToEUC" cannot be read.
+ZP_EXPORT unsigned ZPUnicodeToCorvidEUC(ZPCharacterReader *reader, unsigned char *bytes);
+/// The same in Shift JIS, where '?' stands for what only the other form holds.
+ZP_EXPORT unsigned ZPUnicodeToShiftJIS(ZPCharacterReader *reader, unsigned char *bytes);
 /// The KESTREL byte of a unit; NO when there is none.
 ZP_EXPORT BOOL ZPPrecompUnicodeToKESTREL(unichar unit, unsigned char *byte);
 
@@ -81,12 +90,53 @@ ZP_EXPORT unichar ZPKESTRELToPrecompUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPASCIIToPrecompUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPISOLatin1ToPrecompUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPISOLatin2ToPrecompUnicode(unsigned char byte);
+ZP_EXPORT unichar ZPSymbolToPrecompUnicode(unsigned char byte);
+ZP_EXPORT unichar ZPZapfDingbatToPrecompUnicode(unsigned char byte);
+ZP_EXPORT unichar ZPAdobeStandardToPrecompUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPWinCodePage1250ToUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPAdobeStandardCyrillicToUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPWinLatin1ToUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPWinCodePage1253ToUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPWinCodePage1254ToUnicode(unsigned char byte);
-/// Decodes one character at `*bytes`, of which `left` bytes may be read, into one or two units, and
-/// moves `*bytes` behind it. Answers the number of units; 0 when the character is cut short.
+
+// Characters of several bytes. Each decodes the one at `*bytes`, of which `left` bytes may be read, into one or two
+// units, moves `*bytes` behind it and answers the number of units; 0 when it cannot be decoded.
+
+/// Fails when the character is cut short, and then leaves `*bytes`.
 ZP_EXPORT unsigned ZPUTF8ToUnicode(const unsigned char **bytes, unsigned left, unichar *units);
+/// Japanese EUC, in which 0xA0 and a byte from 0x80 on are a KESTREL character; a high byte that begins no pair is one
+/// too. A pair without a character gives unit 0. Fails when the table "EUCToUnicode" is needed and cannot be read.
+ZP_EXPORT unsigned ZPCorvidEUCToUnicode(const unsigned char **bytes, unsigned left, unichar *units);
+/// Fails, and moves on by one byte, at a byte that begins no character.
+ZP_EXPORT unsigned ZPShiftJISToUnicode(const unsigned char **bytes, unsigned left, unichar *units);
+
+// One character of `in` from one Japanese form to the other, in one or two bytes. A byte from 0x80 on must have another
+// readable one behind it. Each answers the bytes written, 0 when there is no such character, and sets `*consumed` to
+// the bytes read.
+
+/// Writes '?' for a byte that begins no pair.
+ZP_EXPORT unsigned ZPEUCToShiftJIS(const unsigned char *in, unsigned char *out, unsigned *consumed);
+/// Writes "??" for a user-defined character.
+ZP_EXPORT unsigned ZPShiftJISToEUC(const unsigned char *in, unsigned char *out, unsigned *consumed);
+
+// Base characters and what combines with them. `units` has room for ZPLongestDecomposition units; each answers how many
+// it wrote. A unit that is not decomposable, a Hangul syllable, and every unit while the table "NonHangulDecomp" cannot
+// be read, stand for themselves. A decomposable unit that the table lacks raises ZPInternalInconsistencyException.
+
+/// In full.
+ZP_EXPORT unsigned ZPDecomposeCharacter(unichar unit, unichar *units);
+/// By one step.
+ZP_EXPORT unsigned ZPSimplyDecomposeCharacter(unichar unit, unichar *units);
+
+// Names and other texts of the host that need not be text. Every run of bytes comes back as it was: a byte that means
+// nothing in the encoding becomes the unit U+DC00 plus its value, which no decoded character gives. Encodings that
+// cannot stand for bytes of a host (Unicode, Symbol, non-lossy ASCII, ISO 2022-JP and unknown ones) are read as UTF-8.
+
+/// The text of bytes; autoreleased.
+ZP_EXPORT ZPString *_ZPStringFromHostBytes(const void *bytes, unsigned length, ZPStringEncoding encoding);
+/// The bytes of a text, at most `size`; their number, or -1 when they are more or when the encoding does not have a
+/// character. A null buffer only counts.
+ZP_EXPORT int _ZPHostBytesFromString(ZPString *string, void *buffer, unsigned size, ZPStringEncoding encoding);
 }
+
+inline constexpr unsigned ZPLongestDecomposition = 16;
