@@ -21,6 +21,8 @@
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/data/ZPFileMapper.h>
 #include <Bedrock/platform/ZPPath.h>
+#include <Bedrock/runloop/ZPNotification.h>
+#include <Bedrock/runloop/ZPNotificationCenter.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/strings/ZPNumberReader.h>

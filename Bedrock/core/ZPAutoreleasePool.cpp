@@ -74,7 +74,7 @@ Record *makeRecord() {
     r->slotsPerPage = slotsPerPage();
     r->capacity = 8;
     slotOfThread() = r;
-    ZPCleanUpThread(popOnThreadExit);
+    ZPCleanUpThread(ZPCleanAutoreleasePools, popOnThreadExit);
     return r;
 }
 

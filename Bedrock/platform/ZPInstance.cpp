@@ -68,7 +68,7 @@ ZP_INLINE void keepBlock(void *memory, unsigned index) {
             std::free(memory);
             return;
         }
-        ZPCleanUpThread(emptyShelves);
+        ZPCleanUpThread(ZPCleanFreedBlocks, emptyShelves);
         keeping = Keeping::yes;
     }
     if (shelf.count >= kept) {

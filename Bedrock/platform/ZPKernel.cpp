@@ -57,6 +57,47 @@ double cthread_time() {
     return static_cast<double>(now.tv_sec - 978307200) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
+namespace {
+
+struct Start {
+    void (*function)(void *);
+    void *argument;
+};
+
+void *run(void *given) {
+    Start start = *static_cast<Start *>(given);
+    delete static_cast<Start *>(given);
+    start.function(start.argument);
+    return nullptr;
+}
+
+}  // namespace
+
+unsigned long cthread_fork(void (*function)(void *), void *argument) {
+    auto *start = new Start{function, argument};
+    pthread_t thread;
+    if (pthread_create(&thread, nullptr, run, start) == 0) return static_cast<unsigned long>(thread);
+    delete start;
+    return 0;
+}
+
+void cthread_detach(unsigned long thread) { pthread_detach(static_cast<pthread_t>(thread)); }
+void cthread_exit(int result) { pthread_exit(reinterpret_cast<void *>(static_cast<long>(result))); }
+
+void cthread_sleep(unsigned milliseconds) {
+    timespec until;
+    clock_gettime(CLOCK_MONOTONIC, &until);
+    until.tv_sec += milliseconds / 1000;
+    until.tv_nsec += milliseconds % 1000 * 1000000L;
+    if (until.tv_nsec >= 1000000000) {
+        until.tv_nsec -= 1000000000;
+        ++until.tv_sec;
+    }
+    do
+        while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {}
+    while (milliseconds == 0xFFFFFFFF);
+}
+
 unsigned long cthread_self() { return static_cast<unsigned long>(pthread_self()); }
 unsigned long cthread_number() { return static_cast<unsigned long>(syscall(SYS_gettid)); }
 
@@ -64,13 +105,12 @@ constinit thread_local ZPThreadData _ZPThisThread{};
 
 namespace {
 
-constexpr int maxHooks = 8;
-void (*hooks[maxHooks])(ZPThreadData *);
+void (*hooks[ZPThreadCleaningCount])(ZPThreadData *);
 
 void cleanUp(void *) {
+    _ZPThisThread.willBeCleaned = NO;
     for (auto &hook : hooks)
         if (auto *h = __atomic_load_n(&hook, __ATOMIC_ACQUIRE)) h(&_ZPThisThread);
-    _ZPThisThread.willBeCleaned = NO;
 }
 
 pthread_key_t cleaningKey() {
@@ -84,12 +124,8 @@ pthread_key_t cleaningKey() {
 
 }  // namespace
 
-void ZPCleanUpThread(void (*hook)(ZPThreadData *)) {
-    for (auto &slot : hooks) {
-        void (*free)(ZPThreadData *) = nullptr;
-        if (__atomic_load_n(&slot, __ATOMIC_ACQUIRE) == hook) break;
-        if (__atomic_compare_exchange_n(&slot, &free, hook, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE) || free == hook) break;
-    }
+void ZPCleanUpThread(ZPThreadCleaning what, void (*hook)(ZPThreadData *)) {
+    __atomic_store_n(&hooks[what], hook, __ATOMIC_RELEASE);
     if (_ZPThisThread.willBeCleaned) return;
     pthread_setspecific(cleaningKey(), &_ZPThisThread);
     _ZPThisThread.willBeCleaned = YES;

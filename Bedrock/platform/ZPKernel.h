@@ -26,8 +26,26 @@ void condition_broadcast(condition *c);
 BOOL cthread_wait(unsigned *word, unsigned value, double seconds);
 /// Wakes up to `count` threads that sleep on the word.
 void cthread_wake(unsigned *word, int count);
+/// Tells the processor that the thread waits for another in a short loop.
+inline void cthread_relax() {
+#if defined(__x86_64__)
+    __builtin_ia32_pause();
+#elif defined(__aarch64__)
+    __asm__ volatile("yield");
+#endif
+}
 /// Seconds since 2001-01-01 00:00:00 UTC.
 double cthread_time();
+
+/// Starts a thread that runs the function with the argument and then ends; 0 when none can be started.
+unsigned long cthread_fork(void (*function)(void *), void *argument);
+/// Lets a started thread free what it holds as soon as it ends. Each thread is detached once.
+void cthread_detach(unsigned long thread);
+/// Ends the calling thread; the destructors of its frames run. In the main thread the process goes on until
+/// its other threads have ended.
+[[noreturn]] void cthread_exit(int result);
+/// Sleeps for a time on the monotonic clock; the greatest number sleeps without limit.
+void cthread_sleep(unsigned milliseconds);
 
 /// The calling thread's handle.
 unsigned long cthread_self();
@@ -48,6 +66,8 @@ extern constinit thread_local ZPThreadData _ZPThisThread __attribute__((tls_mode
 
 /// The calling thread's data. Never null, also on threads that the library did not start.
 inline ZPThreadData *ZPCurrentThreadData() { return &_ZPThisThread; }
-/// Has `hook` run with the thread's data when a thread for which this is called ends. Hooks run in
-/// the order in which they were first given; at most 8 different ones exist.
-void ZPCleanUpThread(void (*hook)(ZPThreadData *data));
+/// What is cleaned when a thread ends, in this order: what is first may still use what follows.
+enum ZPThreadCleaning { ZPCleanThreadObject, ZPCleanAutoreleasePools, ZPCleanFreedBlocks, ZPThreadCleaningCount };
+/// Has `hook`, always the same for one of the above, run with the thread's data when the calling thread ends. A hook
+/// that itself asks for cleaning is called again.
+void ZPCleanUpThread(ZPThreadCleaning what, void (*hook)(ZPThreadData *data));

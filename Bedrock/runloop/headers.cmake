@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS)
+set(PUBLIC_HEADERS ZPNotification.h ZPNotificationCenter.h)

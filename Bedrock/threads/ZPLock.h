@@ -1,8 +1,8 @@
-// Locks.
+// Locks. None is recursive but ZPRecursiveLock, none reports misuse, and none promises who comes next. Any thread may
+// use one; it must not be deallocated while a thread waits on it.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>
-#include <Bedrock/platform/ZPZone.h>
 
 ZP_FORWARD(ZPDate);
 
@@ -10,7 +10,7 @@ ZP_FORWARD(ZPDate);
 struct ZPLocking { ZP_PROTOCOL(ZPLocking) };
 
 /// A lock without an owner: any thread may unlock it, and a thread that locks it twice waits until another
-/// unlocks it. Any thread may use it; it must not be deallocated while one waits.
+/// unlocks it.
 struct ZPLock : ZPObject {
     ZP_CLASS(ZPLock)
     void *_priv;
@@ -23,4 +23,59 @@ struct ZPLock : ZPObject {
     BOOL tryLock() { return objc_msgSend<BOOL>(this, "tryLock"_sel); }
     /// Waits until the limit date at most; a limit in the past still takes a free lock.
     BOOL lockBeforeDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "lockBeforeDate:"_sel, limit); }
+};
+
+/// A lock without an owner that carries a number, its condition, for which a thread can wait.
+struct ZPConditionLock : ZPObject {
+    ZP_CLASS(ZPConditionLock)
+    void *_priv;
+
+    /// A free lock with the condition; `init` gives 0.
+    ZPConditionLock *initWithCondition(int condition) { return objc_msgSend<ZPConditionLock *>(this, "initWithCondition:"_sel, condition); }
+    /// The condition as it is now; only the holder knows that it stays so.
+    int condition() { return objc_msgSend<int>(this, "condition"_sel); }
+    /// Take the lock whatever its condition, as ZPLock's do.
+    void lock() { objc_msgSend(this, "lock"_sel); }
+    BOOL tryLock() { return objc_msgSend<BOOL>(this, "tryLock"_sel); }
+    BOOL lockBeforeDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "lockBeforeDate:"_sel, limit); }
+    /// Waits until the lock is free and has the condition, and takes it.
+    void lockWhenCondition(int condition) { objc_msgSend(this, "lockWhenCondition:"_sel, condition); }
+    /// The same until the limit date at most; answers whether it took the lock.
+    BOOL lockWhenCondition_beforeDate(int condition, ZPDate *limit) {
+        return objc_msgSend<BOOL>(this, "lockWhenCondition:beforeDate:"_sel, condition, limit);
+    }
+    BOOL tryLockWhenCondition(int condition) { return objc_msgSend<BOOL>(this, "tryLockWhenCondition:"_sel, condition); }
+    /// Frees the lock, with its condition as it is or with a new one, and wakes every waiter.
+    void unlock() { objc_msgSend(this, "unlock"_sel); }
+    void unlockWithCondition(int condition) { objc_msgSend(this, "unlockWithCondition:"_sel, condition); }
+};
+
+/// A lock that the thread holding it may take again; it is free when it has been unlocked as often.
+struct ZPRecursiveLock : ZPObject {
+    ZP_CLASS(ZPRecursiveLock)
+    void *_priv;
+
+    void lock() { objc_msgSend(this, "lock"_sel); }
+    /// Gives back one taking; only the thread that holds the lock may send it.
+    void unlock() { objc_msgSend(this, "unlock"_sel); }
+    /// Takes the lock if nobody holds it; NO also for the thread that does.
+    BOOL tryLock() { return objc_msgSend<BOOL>(this, "tryLock"_sel); }
+    BOOL lockBeforeDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "lockBeforeDate:"_sel, limit); }
+};
+
+/// A mutex and the condition that its holder can wait for. A waiter holds the lock, tests what it waits for, and
+/// tests it again after each wait: a wait may end without cause.
+struct ZPCondition : ZPObject {
+    ZP_CLASS(ZPCondition)
+    void *_priv;
+
+    void lock() { objc_msgSend(this, "lock"_sel); }
+    void unlock() { objc_msgSend(this, "unlock"_sel); }
+    /// Frees the lock, waits for a signal, and takes the lock again.
+    void wait() { objc_msgSend(this, "wait"_sel); }
+    /// The same until the limit date at most; NO when that has passed.
+    BOOL waitUntilDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "waitUntilDate:"_sel, limit); }
+    /// Wakes one waiter, or all.
+    void signal() { objc_msgSend(this, "signal"_sel); }
+    void broadcast() { objc_msgSend(this, "broadcast"_sel); }
 };

@@ -1,19 +1,82 @@
-// Thread objects hang from the platform layer's per-thread data, so the look-up is one load from
-// thread-local storage and stays right whatever becomes of stacks.
+// Thread objects hang from the platform layer's per-thread data, so the look-up is one load from thread-local
+// storage and stays right whatever becomes of stacks.
+//
+// One step makes the process multithreaded: flag, hooks in the order of `becomeMultiThreaded`, notification. The
+// counts, tables and caches of lower floors need no hook: they ask the C library whether a second thread exists, which
+// also covers threads that the library did not start.
 #include <Bedrock/threads/ZPThread.h>
 
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/ZPKernel.h>
+
+#include <memory>
+#include <mutex>
+
+extern "C" {
+#define NAME(n) ZPString *const n = #n##_zp
+NAME(ZPWillBecomeMultiThreadedNotification);
+NAME(ZPThreadWillExitNotification);
+#undef NAME
+}
 
 namespace {
 
+enum { single, stepping, multi };
+int state = single;
+BOOL tellsRuntime = YES;
+
+id classNamed(const char *name) { return id(objc_getClass(name)); }
+id asObject(void *object) { return id(static_cast<objc_object *>(object)); }
+
+id defaultCenter() { return objc_msgSend<id>(classNamed("ZPNotificationCenter"), "defaultCenter"_sel); }
+
+void post(ZPString *name, id object) { objc_msgSend(defaultCenter(), "postNotificationName:object:"_sel, name, object); }
+
+// Several foreign threads may come here at once, and a hook or an observer may start a thread itself.
+void becomeMultiThreaded() {
+    if (__atomic_load_n(&state, __ATOMIC_ACQUIRE) == multi) return;
+    static std::recursive_mutex &mutex = *new std::recursive_mutex;
+    std::lock_guard lock(mutex);
+    if (state != single) return;
+    __atomic_store_n(&state, stepping, __ATOMIC_RELEASE);
+    // Said also when an observer raises: there is no way back.
+    struct Done {
+        ~Done() { __atomic_store_n(&state, multi, __ATOMIC_RELEASE); }
+    } done;
+    objc_msgSend(classNamed("ZPObject"), "_taskNowMultiThreaded"_sel);
+    objc_msgSend(classNamed("ZPAutoreleasePool"), "_taskNowMultiThreaded"_sel);
+    objc_msgSend(defaultCenter(), "_taskNowMultiThreaded"_sel);
+    post(ZPWillBecomeMultiThreadedNotification, nullptr);
+}
+
 void endThread(ZPThreadData *data) {
-    if (!data->thread) return;
-    unsigned pool = ZPPushAutoreleasePool(0);
-    reinterpret_cast<ZPThread *>(data->thread)->release();
+    if (data->thread) reinterpret_cast<ZPThread *>(data->thread)->release();
     data->thread = nullptr;
-    ZPPopAutoreleasePool(pool);
+}
+
+/// What a new thread starts from; owns a reference to target and argument.
+struct Start {
+    id target;
+    SEL selector;
+    id argument;
+
+    Start(id t, SEL s, id a) : target(t->retain()), selector(s), argument(a->retain()) {}
+    ~Start() {
+        target->release();
+        argument->release();
+    }
+};
+
+void body(void *given) {
+    {
+        std::unique_ptr<Start> start(static_cast<Start *>(given));  // given up also when the method ends the thread
+        objc_msgSend(ZPThread::currentThread(), "_setThreadName:"_sel, "Bedrock-created thread"_zp);
+        start->target->performSelector_withObject(start->selector, start->argument);
+    }
+    ZPThread::exit();
 }
 
 struct ThreadMethods : ZPThread {
@@ -23,22 +86,74 @@ struct ThreadMethods : ZPThread {
             ZPThread *thread = ZPThread::alloc()->init();
             thread->_cthread = cthread_self();
             data->thread = thread;
-            ZPCleanUpThread(endThread);
+            ZPCleanUpThread(ZPCleanThreadObject, endThread);
         }
         return static_cast<ZPThread *>(data->thread);
     }
+    static BOOL isMulti(Class) { return __atomic_load_n(&state, __ATOMIC_ACQUIRE) != single; }
+    static void enableSetObjcMultiThread(Class, BOOL flag) { __atomic_store_n(&tellsRuntime, flag, __ATOMIC_RELAXED); }
+
+    static void detach(Class self, SEL selector, id target, id argument) {
+        auto start = std::make_unique<Start>(target, selector, argument);
+        if (__atomic_load_n(&tellsRuntime, __ATOMIC_RELAXED)) objc_setMultithreaded(1);
+        becomeMultiThreaded();
+        unsigned long thread = cthread_fork(body, start.get());
+        if (!thread)
+            ZPException::raise_format(ZPGenericException, "%@: the system gives no further thread"_zp,
+                                      _ZPMethodExceptionProem(id(self), "detachNewThreadSelector:toTarget:withObject:"_sel));
+        start.release();  // the thread's now
+        cthread_detach(thread);
+    }
+
+    static void exitCurrent(Class) { objc_msgSend(current(nullptr), "_exit"_sel); }
+    void exit() {
+        post(ZPThreadWillExitNotification, this);
+        endThread(ZPCurrentThreadData());
+        cthread_exit(0);
+    }
+
+    static void sleepUntilDate(Class, ZPDate *date) {
+        double milliseconds = objc_msgSend<double>(asObject(date), "timeIntervalSinceNow"_sel) * 1000.0;
+        if (milliseconds > 4294967295.0) cthread_sleep(0xFFFFFFFF);
+        else if (milliseconds > 0) cthread_sleep(unsigned(milliseconds));
+    }
+
     ZPMutableDictionary *threadDictionary() {
         if (!_threadDictionary) {
-            id dictionary = objc_msgSend<id>(objc_getClass("ZPMutableDictionary"), "allocWithZone:"_sel, zone());
+            id dictionary = objc_msgSend<id>(classNamed("ZPMutableDictionary"), "allocWithZone:"_sel, zone());
             _threadDictionary = (ZPMutableDictionary *)objc_msgSend<id>(dictionary, "initWithCapacity:"_sel, 3u).pointer();
         }
         return _threadDictionary;
     }
-    ZPString *description() {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel, "Thread %d"_zp, int(_cthread));
+    template <class T> static void replace(T *&field, T *value) {
+        asObject(value)->retain();
+        id old = asObject(field);
+        field = value;
+        old->release();
     }
+    ZPRunLoop *runLoop() { return _runLoop; }
+    void setRunLoop(ZPRunLoop *runLoop) { replace(_runLoop, runLoop); }
+    ZPNotificationQueue *notificationQueue() { return _noteQueue; }
+    void setNotificationQueue(ZPNotificationQueue *queue) { replace(_noteQueue, queue); }
+    void setThreadName(ZPString *) {}
+    ZPString *threadName() { return nullptr; }
+
+    ZPString *description() {
+        return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel, "Thread %lu"_zp, _cthread);
+    }
+
+    // Runs on the thread that ends, unless somebody kept its object: what hangs on it may still ask for the current
+    // thread meanwhile.
     void dealloc() {
-        objc_msgSend(id((objc_object *)_threadDictionary), "release"_sel);
+        unsigned pool = ZPPushAutoreleasePool(0);
+        for (id held : {asObject(_runLoop), asObject(_noteQueue), _doConversation, _doConversationRequest, _doQueue, asObject(_threadDictionary)})
+            held->release();
+        objc_msgSend(this, "_setThreadName:"_sel, (ZPString *)nullptr);
+        ZPPopAutoreleasePool(pool);
+        if (ZPCurrentThreadData()->thread == this) {
+            ZPAutoreleasePool::releaseAllPools();
+            ZPCurrentThreadData()->thread = nullptr;
+        }
         objc_super<ZPThread>(this).send("dealloc"_sel);
     }
 };
@@ -46,7 +161,19 @@ struct ThreadMethods : ZPThread {
 }  // namespace
 
 ZP_IMPLEMENT(ZPThread)
+    .classMethod<&ThreadMethods::current>("currentThread")
+    .classMethod<&ThreadMethods::isMulti>("isMultiThreaded")
+    .classMethod<&ThreadMethods::enableSetObjcMultiThread>("_enableSetObjcMultiThread:")
+    .classMethod<&ThreadMethods::detach>("detachNewThreadSelector:toTarget:withObject:")
+    .classMethod<&ThreadMethods::exitCurrent>("exit")
+    .classMethod<&ThreadMethods::sleepUntilDate>("sleepUntilDate:")
+    .method<&ThreadMethods::exit>("_exit")
     .method<&ThreadMethods::threadDictionary>("threadDictionary")
+    .method<&ThreadMethods::runLoop>("runLoop")
+    .method<&ThreadMethods::setRunLoop>("setRunLoop:")
+    .method<&ThreadMethods::notificationQueue>("notificationQueue")
+    .method<&ThreadMethods::setNotificationQueue>("setNotificationQueue:")
+    .method<&ThreadMethods::setThreadName>("_setThreadName:")
+    .method<&ThreadMethods::threadName>("_threadName")
     .method<&ThreadMethods::description>("description")
-    .method<&ThreadMethods::dealloc>("dealloc")
-    .classMethod<&ThreadMethods::current>("currentThread");
+    .method<&ThreadMethods::dealloc>("dealloc");

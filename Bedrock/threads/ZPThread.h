@@ -1,19 +1,58 @@
-// Thread objects.
+// Threads: the object of each thread, new threads, and the process's one step from one thread to many.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>
 
+ZP_FORWARD(ZPDate);
 ZP_FORWARD(ZPMutableDictionary);
+ZP_FORWARD(ZPNotificationQueue);
+ZP_FORWARD(ZPRunLoop);
 
 /// The object of one thread, made when the thread first asks for it; also threads that were started
-/// outside the library have one. It lives until the thread ends. Only its own thread may use it.
+/// outside the library have one. It lives until the thread ends. Only its own thread may use it, but any may ask for
+/// its description.
 struct ZPThread : ZPObject {
     ZP_CLASS(ZPThread)
     unsigned long _cthread;
     ZPMutableDictionary *_threadDictionary;
+    ZPRunLoop *_runLoop;
+    ZPNotificationQueue *_noteQueue;
+    id _doQueue, _doConversation;
+    unsigned _doConversationCount;
+    id _doConversationRequest;
 
     /// The calling thread's object.
     static ZPThread *currentThread() { return objc_msgSend<ZPThread *>(class_(), "currentThread"_sel); }
+    /// NO until the first `detachNewThreadSelector`, then YES for good. Threads started outside the library do not
+    /// count; the library's own state is safe with them as well.
+    static BOOL isMultiThreaded() { return objc_msgSend<BOOL>(class_(), "isMultiThreaded"_sel); }
+    /// Starts a thread that sends the selector to the target with the argument (which may be null) and then ends. The
+    /// method makes its own autorelease pool. Target and argument are retained until it returns. The first call makes
+    /// the process multithreaded before the new thread exists, and posts `ZPWillBecomeMultiThreadedNotification`.
+    /// Raises ZPGenericException when the system gives no further thread.
+    static void detachNewThreadSelector_toTarget_withObject(SEL selector, id target, id argument) {
+        objc_msgSend(class_(), "detachNewThreadSelector:toTarget:withObject:"_sel, selector, target, argument);
+    }
+    /// Ends the calling thread: posts `ZPThreadWillExitNotification`, releases the thread's object with all that hangs
+    /// on it and its autorelease pools, and unwinds its frames. Does not return.
+    static void exit() { objc_msgSend(class_(), "exit"_sel); }
+    /// Blocks the calling thread until the date; returns at once when it has passed. A date more than 4,294,967,295
+    /// milliseconds away blocks for ever.
+    static void sleepUntilDate(ZPDate *date) { objc_msgSend(class_(), "sleepUntilDate:"_sel, date); }
+
     /// A dictionary for the application's own use on this thread, made on first request.
     ZPMutableDictionary *threadDictionary() { return objc_msgSend<ZPMutableDictionary *>(this, "threadDictionary"_sel); }
+    /// The thread's run loop, null until it has one. The thread retains it.
+    ZPRunLoop *runLoop() { return objc_msgSend<ZPRunLoop *>(this, "runLoop"_sel); }
+    void setRunLoop(ZPRunLoop *runLoop) { objc_msgSend(this, "setRunLoop:"_sel, runLoop); }
+    /// The thread's default notification queue, null until it has one. The thread retains it.
+    ZPNotificationQueue *notificationQueue() { return objc_msgSend<ZPNotificationQueue *>(this, "notificationQueue"_sel); }
+    void setNotificationQueue(ZPNotificationQueue *queue) { objc_msgSend(this, "setNotificationQueue:"_sel, queue); }
 };
+
+extern "C" {
+/// Posted once, with no object, by the thread that starts the second one, before it exists.
+ZP_EXPORT extern ZPString *const ZPWillBecomeMultiThreadedNotification;
+/// Posted by a thread that ends through `exit`, or whose method returned, with its object.
+ZP_EXPORT extern ZPString *const ZPThreadWillExitNotification;
+}

@@ -1,16 +1,11 @@
-// Locks and thread objects from many threads.
+// Locks.
 #include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/threads/ZPLock.h>
-#include <Bedrock/threads/ZPThread.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
-#include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -21,36 +16,59 @@ struct Moment : ZPObject {
     ZP_CLASS(Moment)
     double _time;
     double timeIntervalSinceReferenceDate() { return _time; }
-    static ZPDate *in(double seconds) {
+    static double now() {
         using namespace std::chrono;
+        return duration<double>(system_clock::now().time_since_epoch()).count() - 978307200;
+    }
+    double timeIntervalSinceNow() { return _time - now(); }
+    static ZPDate *in(double seconds) {
         Moment *m = Moment::new_();
-        m->_time = duration<double>(system_clock::now().time_since_epoch()).count() - 978307200 + seconds;
+        m->_time = now() + seconds;
         return (ZPDate *)m->autorelease().pointer();
     }
 };
-ZP_IMPLEMENT(Moment).method<&Moment::timeIntervalSinceReferenceDate>("timeIntervalSinceReferenceDate");
+ZP_IMPLEMENT(Moment)
+    .method<&Moment::timeIntervalSinceReferenceDate>("timeIntervalSinceReferenceDate")
+    .method<&Moment::timeIntervalSinceNow>("timeIntervalSinceNow");
+
+std::string text(ZPObject *object) { return object->description()->cString(); }
+
 
 }  // namespace
 
-TEST(Lock, ExcludesThreads) {
-    ZPRef<ZPLock> lock = ZPAdopt(ZPLock::new_());
+template <class L> class EveryLock : public testing::Test {};
+using Locks = testing::Types<ZPLock, ZPRecursiveLock, ZPConditionLock, ZPCondition>;
+TYPED_TEST_SUITE(EveryLock, Locks);
+
+TYPED_TEST(EveryLock, ExcludesThreads) {
+    ZPAutoreleasePoolScope outer;
+    ZPRef<TypeParam> lock = ZPAdopt(TypeParam::new_());
     long counter = 0;
     std::vector<std::thread> threads;
     for (int t = 0; t < 8; ++t)
         threads.emplace_back([&] {
-            for (int i = 0; i < 20000; ++i) {
+            ZPAutoreleasePoolScope pool;
+            for (int i = 0; i < 5000; ++i) {
                 lock->lock();
                 ++counter;
                 lock->unlock();
-                if (i % 16 == 0 && lock->tryLock()) {
-                    ++counter;
-                    --counter;
-                    lock->unlock();
+                if constexpr (!std::is_same_v<TypeParam, ZPCondition>) {
+                    if (i % 16 == 0 && lock->tryLock()) {
+                        ++counter;
+                        --counter;
+                        lock->unlock();
+                    }
+                    if (i % 256 == 0 && lock->lockBeforeDate(Moment::in(0.0005))) {
+                        ++counter;
+                        --counter;
+                        lock->unlock();
+                    }
                 }
             }
         });
     for (auto &t : threads) t.join();
-    EXPECT_EQ(counter, 160000);
+    EXPECT_EQ(counter, 40000);
+    EXPECT_TRUE(lock->conformsToProtocol(ZPLocking::protocol()));
 }
 
 TEST(Lock, LimitsAndMisuse) {
@@ -77,49 +95,87 @@ TEST(Lock, LimitsAndMisuse) {
     EXPECT_TRUE(lock->conformsToProtocol(ZPLocking::protocol()));
 }
 
-TEST(Thread, EveryThreadHasItsOwnObjectAndDictionary) {
+TEST(RecursiveLock, CountsTheOwnersLocks) {
     ZPAutoreleasePoolScope pool;
-    ZPThread *mine = ZPThread::currentThread();
-    EXPECT_EQ(ZPThread::currentThread(), mine);
-    mine->threadDictionary()->setObject_forKey("main"_zp, "who"_zp);
-    std::atomic<int> wrong{0};
-    for (int round = 0; round < 3; ++round) {  // stacks are reused by the following round
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 8; ++t)
-            threads.emplace_back([&] {
-                ZPAutoreleasePoolScope inner;
-                ZPThread *own = ZPThread::currentThread();
-                if (own == mine || own->threadDictionary()->objectForKey("who"_zp)) ++wrong;
-                own->threadDictionary()->setObject_forKey("other"_zp, "who"_zp);
-                if (ZPThread::currentThread() != own) ++wrong;
-            });
-        for (auto &t : threads) t.join();
+    ZPRef<ZPRecursiveLock> lock = ZPAdopt(ZPRecursiveLock::new_());
+    EXPECT_TRUE(lock->tryLock());
+    EXPECT_FALSE(lock->tryLock());  // also for the owner
+    lock->lock();
+    EXPECT_TRUE(lock->lockBeforeDate(Moment::in(-1)));
+    EXPECT_NE(text(lock).find(" locked: YES  recursion count: 3"), std::string::npos) << text(lock);
+    auto elsewhere = [&] {
+        bool taken = false;
+        std::thread([&] {
+            ZPAutoreleasePoolScope inner;
+            taken = lock->lockBeforeDate(Moment::in(0.01));
+            if (taken) lock->unlock();
+        }).join();
+        return taken;
+    };
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_FALSE(elsewhere());
+        lock->unlock();
     }
-    EXPECT_EQ(wrong, 0);
-    EXPECT_TRUE(mine->threadDictionary()->objectForKey("who"_zp)->isEqual("main"_zp));
+    EXPECT_TRUE(elsewhere());
+    lock->unlock();  // of a free lock: it stays free
+    EXPECT_TRUE(elsewhere());
+    EXPECT_NE(text(lock).find(" locked: NO  recursion count: 0"), std::string::npos);
 }
 
-TEST(Thread, StringsCollectionsAndClassesFromManyThreads) {
-    // Placeholders, literals, caches of classes seen for the first time, shared immutable objects.
+TEST(ConditionLock, WaitsForItsCondition) {
     ZPAutoreleasePoolScope pool;
-    ZPRef<ZPArray> shared = ZPArray::arrayWithObjects("one"_zp, ZPString::stringWithFormat("%d"_zp, 2), "drei und mehr Zeichen als in ein kleines Stück passen"_zp);
-    std::atomic<int> wrong{0};
+    ZPRef<ZPConditionLock> lock = ZPAdopt(ZPConditionLock::new_());
+    EXPECT_EQ(lock->condition(), 0);
+    lock->lock();
+    EXPECT_FALSE(lock->tryLock());
+    EXPECT_NE(text(lock).find(" locked: YES  condition: 0"), std::string::npos) << text(lock);
+    lock->unlockWithCondition(5);
+    EXPECT_FALSE(lock->tryLockWhenCondition(4));
+    EXPECT_FALSE(lock->lockWhenCondition_beforeDate(4, Moment::in(0.02)));
+    EXPECT_TRUE(lock->tryLockWhenCondition(5));
+    EXPECT_FALSE(lock->lockWhenCondition_beforeDate(5, Moment::in(-1)));
+    lock->unlock();  // from now on any thread: it has no owner
+    // A relay: each of six threads waits for its number and passes the next one on.
+    std::vector<int> order;
     std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 300; ++i) {
-                ZPAutoreleasePoolScope inner;
-                ZPString *text = ZPString::stringWithFormat("%@ %d %@"_zp, shared->objectAtIndex(i % 3), t, "λόγος"_zp);
-                ZPMutableDictionary *map = ZPMutableDictionary::dictionary();
-                map->setObject_forKey(text, shared->objectAtIndex(1));
-                map->setObject_forKey(shared.get(), text);
-                if (map->count() != 2 || !map->objectForKey("2"_zp)->isEqual(text)) ++wrong;
-                ZPRef<ZPString> part = text->substringFromIndex(1);
-                if (!text->hasSuffix(part)) ++wrong;
-                if (!text->uppercaseString()->hasSuffix("ΛΌΓΟΣ"_zp)) ++wrong;
-            }
+    for (int n = 10; n > 4; --n)
+        threads.emplace_back([&, n] {
+            lock->lockWhenCondition(n);
+            order.push_back(n);
+            lock->unlockWithCondition(n + 1);
         });
+    EXPECT_TRUE(lock->lockWhenCondition_beforeDate(11, Moment::in(30)));
     for (auto &t : threads) t.join();
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(shared->retainCount(), 2u);
+    EXPECT_EQ(order, (std::vector<int>{5, 6, 7, 8, 9, 10}));
+    ZPRef<ZPConditionLock> other = ZPAdopt(ZPConditionLock::alloc()->initWithCondition(-7));
+    EXPECT_EQ(other->condition(), -7);
+    EXPECT_TRUE(other->lockBeforeDate(Moment::in(-1)));
+}
+
+TEST(Condition, WakesWaiters) {
+    ZPAutoreleasePoolScope pool;
+    ZPRef<ZPCondition> condition = ZPAdopt(ZPCondition::new_());
+    condition->lock();
+    EXPECT_FALSE(condition->waitUntilDate(Moment::in(-1)));
+    EXPECT_FALSE(condition->waitUntilDate(Moment::in(0.01)));
+    condition->unlock();
+    int tokens = 0, taken = 0;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&] {
+            condition->lock();
+            while (!tokens) condition->wait();
+            --tokens;
+            ++taken;
+            condition->unlock();
+        });
+    for (int i = 0; i < 4; ++i) {
+        condition->lock();
+        ++tokens;
+        if (i < 3) condition->signal();
+        else condition->broadcast();
+        condition->unlock();
+    }
+    for (auto &t : threads) t.join();
+    EXPECT_EQ(taken, 4);
 }

@@ -1,0 +1,123 @@
+#include <Bedrock/runloop/ZPNotification.h>
+
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPNames.h>
+#include <Bedrock/strings/ZPMutableString.h>
+
+ZP_FORWARD(ZPCoder);
+ZP_FORWARD(ZPPortCoder);
+
+namespace {
+
+struct ZPConcreteNotification : ZPNotification {
+    ZP_PRIVATE_CLASS(ZPConcreteNotification)
+    ZPString *_name;
+    id _object;
+    ZPDictionary *_userInfo;
+
+    id initWithNameObjectUserInfo(ZPString *name, id object, ZPDictionary *userInfo) {
+        if (!name) {
+            dealloc();
+            return nullptr;
+        }
+        _name = (ZPString *)name->copyWithZone(nullptr).pointer();
+        _object = object->retain();
+        _userInfo = userInfo;
+        userInfo->retain();
+        return this;
+    }
+    ZPString *name() { return _name; }
+    id object() { return _object; }
+    ZPDictionary *userInfo() { return _userInfo; }
+    void dealloc() {
+        _name->release();
+        _object->release();
+        _userInfo->release();
+        objc_super<ZPConcreteNotification>(this).send("dealloc"_sel);
+    }
+};
+
+struct NotificationMethods : ZPNotification {
+    static id allocWithZone(Class self, ZPZone *zone) {
+        return ZPAllocateObject(self == ZPNotification::class_() ? ZPConcreteNotification::class_() : self, 0, zone);
+    }
+    static ZPNotification *make(Class self, ZPString *name, id object, ZPDictionary *userInfo) {
+        auto *made = (ZPNotification *)objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer();
+        return (ZPNotification *)made->initWithName_object_userInfo(name, object, userInfo)->autorelease().pointer();
+    }
+    static ZPNotification *makePlain(Class self, ZPString *name, id object) { return make(self, name, object, nullptr); }
+
+    id init() { ZPException::raise_format(ZPGenericException, "%@: should never be used"_zp, _ZPMethodExceptionProem(this, "init"_sel)); }
+    [[noreturn]] void abstract(SEL selector) { ZPRequestConcreteImplementation(this, selector, ZPNotification::class_()); }
+    ZPString *name() { abstract("name"_sel); }
+    id object() { abstract("object"_sel); }
+    ZPDictionary *userInfo() { abstract("userInfo"_sel); }
+
+    unsigned hash() { return ZPNotification::name()->hash(); }
+    BOOL isEqual(id other) {
+        if (other == this) return YES;
+        if (!other || !other->isKindOfClass(ZPNotification::class_())) return NO;
+        auto *o = (ZPNotification *)other.pointer();
+        return ZPNotification::name()->isEqualToString(o->name()) && ZPNotification::object() == o->object() &&
+               ZPNotification::userInfo()->isEqualToDictionary(o->userInfo());
+    }
+    id copyWithZone(ZPZone *) { return retain(); }
+
+    void encodeWithCoder(ZPCoder *coder) {
+        id to((objc_object *)coder);
+        for (id part : {id(ZPNotification::name()), ZPNotification::object(), id(ZPNotification::userInfo())})
+            objc_msgSend(to, "encodeObject:"_sel, part);
+    }
+    id initWithCoder(ZPCoder *coder) {
+        id from((objc_object *)coder);
+        id parts[3];
+        for (id &part : parts) part = objc_msgSend<id>(from, "decodeObject"_sel);
+        Class cls = objectClass();
+        ZPZone *zone = this->zone();
+        dealloc();
+        auto *made = (ZPNotification *)objc_msgSend<id>(id(cls), "allocWithZone:"_sel, zone).pointer();
+        return made->initWithName_object_userInfo((ZPString *)parts[0].pointer(), parts[1], (ZPDictionary *)parts[2].pointer());
+    }
+    Class classForCoder() { return ZPNotification::class_(); }
+    id replacementObjectForPortCoder(ZPPortCoder *) { return this; }
+
+    ZPString *description() {
+        id object = ZPNotification::object();
+        ZPDictionary *userInfo = ZPNotification::userInfo();
+        ZPMutableString *text = ZPMutableString::stringWithCapacity(256);
+        text->appendFormat("%@ %lx {name = %@"_zp, id(isa), reinterpret_cast<unsigned long>(this), ZPNotification::name());
+        if (object) text->appendFormat("; object = %@"_zp, object);
+        if (userInfo) text->appendFormat("; userInfo = %@"_zp, userInfo);
+        text->appendString("}"_zp);
+        return text;
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPNotification)
+    .adopts<ZPCopying>()
+    .classMethod<&NotificationMethods::allocWithZone>("allocWithZone:")
+    .classMethod<&NotificationMethods::makePlain>("notificationWithName:object:")
+    .classMethod<&NotificationMethods::make>("notificationWithName:object:userInfo:")
+    .method<&NotificationMethods::init>("init")
+    .method<&NotificationMethods::name>("name")
+    .method<&NotificationMethods::object>("object")
+    .method<&NotificationMethods::userInfo>("userInfo")
+    .method<&NotificationMethods::hash>("hash")
+    .method<&NotificationMethods::isEqual>("isEqual:")
+    .method<&NotificationMethods::copyWithZone>("copyWithZone:")
+    .method<&NotificationMethods::encodeWithCoder>("encodeWithCoder:")
+    .method<&NotificationMethods::initWithCoder>("initWithCoder:")
+    .method<&NotificationMethods::classForCoder>("classForCoder")
+    .method<&NotificationMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
+    .method<&NotificationMethods::description>("description");
+
+ZP_IMPLEMENT(ZPConcreteNotification)
+    .method<&ZPConcreteNotification::initWithNameObjectUserInfo>("initWithName:object:userInfo:")
+    .method<&ZPConcreteNotification::name>("name")
+    .method<&ZPConcreteNotification::object>("object")
+    .method<&ZPConcreteNotification::userInfo>("userInfo")
+    .method<&ZPConcreteNotification::dealloc>("dealloc");

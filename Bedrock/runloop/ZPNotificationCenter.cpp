@@ -1,0 +1,413 @@
+// Notification centers. The observers are records in one array; two indexes name them by their place in it:
+//
+//   _registry    the records, in order of registration until a removal moves the last ones into the gaps
+//   _niltable    places of records for any name, ended by at least one -1
+//   _hashtable   places of records for one name, from slot (hash of the name & mask) upward, without wrapping:
+//                2^k slots and ten to spare at the end, -1 where empty; _hashtable_count is the mask
+//   deleted      0x40000000 in either index; a new record does not take its slot, the next rebuild drops it
+//
+// A rebuild comes with a registration, when more than 25 slots are deleted or a third of the mask is passed.
+//
+// The lock guards all of it and is held only while the tables are read or changed, never while an observer runs: a
+// post copies what it will call, then calls. It exists from the first use after the process got a second thread, or
+// from the step to many threads. The lock of the default centers is taken before a center's own.
+#include <Bedrock/runloop/ZPNotificationCenter.h>
+
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/core/ZPNames.h>
+#include <Bedrock/strings/ZPMutableString.h>
+#include <Bedrock/threads/ZPLock.h>
+
+#include <cstring>
+#include <cxxabi.h>
+#include <exception>
+#include <sys/single_threaded.h>
+#include <vector>
+
+struct ZPObserverRecord {
+    ZPString *name;  // the center's copy, or null for any
+    unsigned hash;
+    id object;
+    id observer;
+    SEL selector;
+    IMP implementation;
+};
+
+extern "C" {
+ZPString *const ZPBundleDidLoadNotification = "ZPBundleDidLoadNotification"_zp;
+char ZPKeepNotificationStatistics;
+void ZPRecordNotificationEvent(int, ...) { __asm__ volatile(""); }
+}
+
+namespace {
+
+constexpr int empty = -1, deleted = 0x40000000;
+
+ZPNotificationCenter *centerOfAll;
+ZPMutableDictionary *centersOfSubclasses;
+ZPLock *defaultCenterLock;
+
+ZPLock *makeLock(ZPLock *&slot) {
+    ZPLock *expected = nullptr, *made = (ZPLock *)ZPLock::new_();
+    if (__atomic_compare_exchange_n(&slot, &expected, made, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return made;
+    made->release();
+    return expected;
+}
+
+class Locked {
+    ZPLock *_lock;
+
+  public:
+    explicit Locked(ZPLock *&slot) : _lock(__atomic_load_n(&slot, __ATOMIC_ACQUIRE)) {
+        if (!_lock && !__libc_single_threaded) _lock = makeLock(slot);
+        if (_lock) _lock->lock();
+    }
+    ~Locked() {
+        if (_lock) _lock->unlock();
+    }
+    Locked(const Locked &) = delete;
+};
+
+template <class T> void resize(T *&block, unsigned count) {
+    auto *moved = static_cast<T *>(ZPZoneRealloc(nullptr, block, count * sizeof(T)));
+    if (!moved) ZPException::raise_format(ZPMallocException, "*** out of memory for a notification center"_zp);
+    block = moved;
+}
+
+void sendNotification(objc_object *observer, SEL selector, ZPNotification *notification) {
+    objc_msgSend<void>(id(observer), selector, notification);
+}
+
+// The method itself; what the observer has none for is sent as a message, and so forwarded.
+IMP implementationFor(id observer, SEL selector) {
+    IMP found = class_lookupMethod(observer.pointer()->isa, selector);
+    return found == reinterpret_cast<IMP>(&_objc_msgForward) ? reinterpret_cast<IMP>(&sendNotification) : found;
+}
+
+/// Whom a post calls. The first sixteen need no memory of their own.
+struct Snapshot {
+    struct Call {
+        objc_object *observer;
+        SEL selector;
+        IMP implementation;
+    };
+    Call inPlace[16];
+    Call *calls = inPlace;
+    unsigned count = 0;
+
+    Snapshot() {}  // leaves the calls as they are
+    Snapshot(const Snapshot &) = delete;
+    ~Snapshot() {
+        if (calls != inPlace) ZPZoneFree(nullptr, calls);
+    }
+    void add(const ZPObserverRecord &r, unsigned most) {
+        if (count == 16 && calls == inPlace) {
+            Call *larger = nullptr;
+            resize(larger, most);
+            std::memcpy(larger, inPlace, sizeof inPlace);
+            calls = larger;
+        }
+        calls[count++] = {r.observer.pointer(), r.selector, r.implementation};
+    }
+};
+
+struct CenterMethods : ZPNotificationCenter {
+    // ---- the tables
+
+    void insert(unsigned place) {
+        const ZPObserverRecord &r = _registry[place];
+        if (!r.name) {
+            if (_niltable_size <= _niltable_count + 1) {
+                resize(_niltable, _niltable_size + 4);
+                for (unsigned i = 0; i < 4; ++i) _niltable[_niltable_size++] = empty;
+            }
+            _niltable[_niltable_count++] = int(place);
+            return;
+        }
+        unsigned slot = r.hash & _hashtable_count;
+        while (_hashtable[slot] >= 0) {
+            if (++slot + 1 >= _hashtable_size) {
+                resize(_hashtable, _hashtable_size + 10);
+                for (unsigned i = 0; i < 10; ++i) _hashtable[_hashtable_size++] = empty;
+            }
+        }
+        _hashtable[slot] = int(place);
+    }
+
+    void rebuild() {
+        unsigned slots = 128;
+        while (slots < 4 * (_registry_count + 16)) slots *= 2;
+        resize(_hashtable, slots + 10);
+        _deleted_count = 0;
+        for (unsigned i = 0; i < _niltable_size; ++i) _niltable[i] = empty;
+        _niltable_count = 0;
+        _hashtable_count = slots - 1;
+        _hashtable_size = slots + 10;
+        for (unsigned i = 0; i < _hashtable_size; ++i) _hashtable[i] = empty;
+        for (unsigned i = 0; i < _registry_count; ++i) insert(i);
+    }
+
+    // Writes another value over the record's own entry in its index.
+    void mark(unsigned place, int value) {
+        const ZPObserverRecord &r = _registry[place];
+        int *entry = r.name ? _hashtable + (r.hash & _hashtable_count) : _niltable;
+        while (*entry != int(place)) {
+            if (*entry == empty) return;
+            ++entry;
+        }
+        *entry = value;
+        if (value == deleted) ++_deleted_count;
+    }
+
+    static bool isNamed(const ZPObserverRecord &r, ZPString *name) { return r.name == name || (r.name && r.name->isEqualToString(name)); }
+
+    // ---- adding and removing
+
+    void addObserver(id observer, SEL selector, ZPString *name, id object) {
+        if (!observer) return;
+        {
+            // Copying, hashing and looking up may run a client's code: not under the lock.
+            auto *own = (ZPString *)name->copyWithZone(nullptr).pointer();
+            ZPObserverRecord r{own, own ? own->hash() : 0, object, observer, selector, implementationFor(observer, selector)};
+            Locked hold(_lock);
+            if (_registry_count == _registry_size) {
+                resize(_registry, _registry_size + 64);
+                _registry_size += 64;
+            }
+            new (&_registry[_registry_count++]) ZPObserverRecord(r);
+            if (_deleted_count <= 25 && (_registry_count + _deleted_count) * 3 <= _hashtable_count) insert(_registry_count - 1);
+            else rebuild();
+        }
+        if (ZPKeepNotificationStatistics) ZPRecordNotificationEvent(1, observer.pointer(), selector, name, object.pointer());
+    }
+
+    void removeObserverAltogether(id observer) { ZPNotificationCenter::removeObserver_name_object(observer, nullptr, nullptr); }
+
+    void removeObserver(id observer, ZPString *name, id object) {
+        if (!observer) return;
+        std::vector<ZPString *> names;  // released when the lock is free: a release may run a client's code
+        {
+            Locked hold(_lock);
+            if (!_registry_count) return;
+            auto matches = [&](const ZPObserverRecord &r) {
+                return r.observer == observer && (!object || r.object == object) && (!name || (r.name && isNamed(r, name)));
+            };
+            auto remove = [&](unsigned place) {
+                mark(place, deleted);
+                if (_registry[place].name) names.push_back(_registry[place].name);
+                --_registry_count;
+            };
+            for (long low = 0, high = long(_registry_count) - 1; low <= high;) {
+                if (!matches(_registry[low])) {
+                    ++low;
+                    continue;
+                }
+                for (; high >= low && matches(_registry[high]); --high) remove(unsigned(high));
+                if (high < low) break;
+                remove(unsigned(low));
+                mark(unsigned(high), int(low));
+                _registry[low++] = _registry[high--];
+            }
+        }
+        for (ZPString *n : names) n->release();
+        if (ZPKeepNotificationStatistics) ZPRecordNotificationEvent(2, observer.pointer(), name, object.pointer());
+    }
+
+    // ---- posting
+
+    void collect(Snapshot &calls, ZPString *name, id object) {
+        unsigned hash = name ? name->hash() : 0;
+        Locked hold(_lock);
+        if (!_registry_count) return;
+        for (unsigned i = 0; i < _niltable_count; ++i) {
+            if (_niltable[i] == deleted) continue;
+            const ZPObserverRecord &r = _registry[_niltable[i]];
+            if (!r.object || r.object == object) calls.add(r, _registry_count);
+        }
+        if (!name) return;
+        for (int *entry = _hashtable + (hash & _hashtable_count); *entry != empty; ++entry) {
+            if (*entry == deleted) continue;
+            const ZPObserverRecord &r = _registry[*entry];
+            if (r.hash == hash && (!r.object || r.object == object) && isNamed(r, name)) calls.add(r, _registry_count);
+        }
+    }
+
+    static void deliver(const Snapshot &snapshot, ZPNotification *notification) {
+        std::exception_ptr first;
+        ZPException *raised = nullptr;
+        for (unsigned i = 0; i < snapshot.count; ++i) {
+            const Snapshot::Call &call = snapshot.calls[i];
+            try {
+                reinterpret_cast<void (*)(objc_object *, SEL, ZPNotification *)>(call.implementation)(call.observer, call.selector, notification);
+            } catch (ZPException *e) {
+                if (!first && !raised) (raised = e)->retain();
+            } catch (abi::__forced_unwind &) {
+                throw;  // the thread ends here
+            } catch (...) {
+                if (!first && !raised) first = std::current_exception();
+            }
+        }
+        if (ZPKeepNotificationStatistics) ZPRecordNotificationEvent(0, notification, snapshot.count);
+        if (raised) {
+            raised->autorelease();
+            raised->raise();
+        }
+        if (first) std::rethrow_exception(first);
+    }
+
+    BOOL hasObservers() { return __atomic_load_n(&_registry_count, __ATOMIC_RELAXED) != 0; }
+
+    void postNotification(ZPNotification *notification) {
+        if (!hasObservers()) return;
+        Snapshot calls;
+        collect(calls, notification->name(), notification->object());
+        if (calls.count) deliver(calls, notification);
+    }
+
+    void postPlain(ZPString *name, id object) { ZPNotificationCenter::postNotificationName_object_userInfo(name, object, nullptr); }
+
+    void post(ZPString *name, id object, ZPDictionary *userInfo) {
+        if (!hasObservers()) return;
+        Snapshot calls;
+        collect(calls, name, object);
+        if (!calls.count) return;
+        struct Made {
+            ZPNotification *notification;
+            ~Made() { notification->release(); }
+        } made{ZPNotification::allocWithZone(nullptr)->initWithName_object_userInfo(name, object, userInfo)};
+        deliver(calls, made.notification);
+    }
+
+    // ---- default centers
+
+    void watchBundles() { ZPNotificationCenter::addObserver_selector_name_object(this, "_bundleLoaded:"_sel, ZPBundleDidLoadNotification, nullptr); }
+    static void ignoreBundles(ZPNotificationCenter *center) {
+        center->removeObserver_name_object(center, ZPBundleDidLoadNotification, nullptr);
+    }
+    static void watchBundles(ZPNotificationCenter *center) { static_cast<CenterMethods *>(center)->watchBundles(); }
+
+    static ZPNotificationCenter *defaultOf(Class self) {
+        bool isFront = self == ZPNotificationCenter::class_();
+        if (isFront)
+            if (ZPNotificationCenter *center = __atomic_load_n(&centerOfAll, __ATOMIC_ACQUIRE)) return center;
+        Locked hold(defaultCenterLock);
+        if (isFront) {
+            if (centerOfAll) return centerOfAll;
+        } else if (centersOfSubclasses) {
+            if (id center = centersOfSubclasses->objectForKey(id(self))) return (ZPNotificationCenter *)center.pointer();
+        }
+        id made = objc_msgSend<id>(objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr), "init"_sel);
+        auto *center = (ZPNotificationCenter *)made.pointer();
+        if (!center) return nullptr;
+        if (!isFront) {
+            if (!centersOfSubclasses) centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
+            centersOfSubclasses->setObject_forKey(center, id(self));
+            center->release();
+        }
+        watchBundles(center);
+        if (isFront) __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
+        return center;
+    }
+
+    static void setDefault(Class self, ZPNotificationCenter *center, Class cls) {
+        if (cls != ZPNotificationCenter::class_() && !ZPClassObject(cls)->isKindOfClass(ZPNotificationCenter::class_()->isa))
+            ZPException::raise_format(ZPInvalidArgumentException, "%@: class parameter not the ZPNotificationCenter class or subclass"_zp,
+                                      _ZPMethodExceptionProem(id(self), "setDefaultCenter:forClass:"_sel));
+        ZPNotificationCenter *old = nullptr;
+        {
+            Locked hold(defaultCenterLock);
+            if (cls == ZPNotificationCenter::class_()) {
+                old = centerOfAll;
+                center->retain();
+                if (old) ignoreBundles(old);
+                __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
+                if (center) watchBundles(center);
+            } else {
+                old = centersOfSubclasses ? (ZPNotificationCenter *)centersOfSubclasses->objectForKey(id(cls)).pointer() : nullptr;
+                if (old == center) return;
+                if (old) {
+                    old->retain();
+                    ignoreBundles(old);
+                    centersOfSubclasses->removeObjectForKey(id(cls));
+                }
+                if (center) {
+                    if (!centersOfSubclasses) centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
+                    centersOfSubclasses->setObject_forKey(center, id(cls));
+                }
+            }
+        }
+        old->release();
+    }
+
+    // ---- the rest
+
+    void taskNowMultiThreaded() {
+        for (ZPLock **slot : {&_lock, &defaultCenterLock})
+            if (!__atomic_load_n(slot, __ATOMIC_ACQUIRE)) makeLock(*slot);
+    }
+
+    // A bundle's categories may have replaced methods.
+    void bundleLoaded(ZPNotification *notification) {
+        if (notification->userInfo()) return;
+        Locked hold(_lock);
+        for (unsigned i = 0; i < _registry_count; ++i) _registry[i].implementation = implementationFor(_registry[i].observer, _registry[i].selector);
+    }
+
+    ZPString *description() {
+        struct Copy {
+            std::vector<ZPObserverRecord> records;
+            ~Copy() {
+                for (auto &r : records) r.name->release();
+            }
+        } copy;
+        unsigned capacity;
+        {
+            Locked hold(_lock);
+            copy.records.assign(_registry, _registry + _registry_count);
+            capacity = _registry_size;
+            for (auto &r : copy.records) r.name->retain();
+        }
+        auto count = unsigned(copy.records.size());
+        ZPMutableString *text = ZPMutableString::stringWithCapacity(count * 160);
+        text->appendFormat("%@ %lx {count = %u; max = %u; size = %u; table = (\n"_zp, id(isa), reinterpret_cast<unsigned long>(this), count, capacity,
+                           unsigned(capacity * sizeof(ZPObserverRecord)));
+        for (unsigned i = 0; i < count; ++i) {
+            const ZPObserverRecord &r = copy.records[i];
+            text->appendFormat("\t{name = %@; object = %s<%lx>; observer = %@<%lx>; SEL = %s;}"_zp, r.name,
+                               r.object ? r.object->objectClass()->name : "", reinterpret_cast<unsigned long>(r.object.pointer()), r.observer,
+                               reinterpret_cast<unsigned long>(r.observer.pointer()), sel_getName(r.selector));
+            if (i + 1 < count) text->appendString(",\n"_zp);
+        }
+        text->appendString(");}"_zp);
+        return text;
+    }
+
+    void dealloc() {
+        if (this == __atomic_load_n(&centerOfAll, __ATOMIC_ACQUIRE)) return;
+        for (unsigned i = 0; i < _registry_count; ++i) _registry[i].name->release();
+        for (void *block : {static_cast<void *>(_registry), static_cast<void *>(_niltable), static_cast<void *>(_hashtable)})
+            if (block) ZPZoneFree(nullptr, block);
+        _lock->release();
+        objc_super<ZPNotificationCenter>(this).send("dealloc"_sel);
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPNotificationCenter)
+    .classMethod<&CenterMethods::defaultOf>("defaultCenter")
+    .classMethod<&CenterMethods::setDefault>("setDefaultCenter:forClass:")
+    .method<&CenterMethods::addObserver>("addObserver:selector:name:object:")
+    .method<&CenterMethods::removeObserverAltogether>("removeObserver:")
+    .method<&CenterMethods::removeObserver>("removeObserver:name:object:")
+    .method<&CenterMethods::postNotification>("postNotification:")
+    .method<&CenterMethods::postPlain>("postNotificationName:object:")
+    .method<&CenterMethods::post>("postNotificationName:object:userInfo:")
+    .method<&CenterMethods::taskNowMultiThreaded>("_taskNowMultiThreaded")
+    .method<&CenterMethods::bundleLoaded>("_bundleLoaded:")
+    .method<&CenterMethods::description>("description")
+    .method<&CenterMethods::dealloc>("dealloc");

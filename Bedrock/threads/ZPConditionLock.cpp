@@ -1,0 +1,128 @@
+// ZPConditionLock and ZPCondition. The condition lock's mutex is held only for the few instructions that look at its
+// state, flag and condition; waiting is done on the kernel's condition, which every unlocking wakes whole. ZPCondition
+// is the mutex and the condition themselves.
+#include <Bedrock/threads/ZPLock+Internal.h>
+
+namespace {
+
+struct Pair {
+    struct mutex mutex;
+    struct condition condition;
+
+    Pair() {
+        mutex_init(&mutex);
+        condition_init(&condition);
+    }
+    ~Pair() {
+        mutex_clear(&mutex);
+        condition_clear(&condition);
+    }
+};
+
+struct State : Pair {
+    BOOL locked = NO;
+    int value = 0;
+};
+
+struct Holding {
+    struct mutex &mutex;
+    explicit Holding(struct mutex &m) : mutex(m) { mutex_lock(&m); }
+    ~Holding() { mutex_unlock(&mutex); }
+};
+
+constexpr double unlimited = 1e20;
+
+struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
+    id initWithCondition(int condition) {
+        part().value = condition;
+        return objc_super<ZPConditionLock>(this).send<id>("init"_sel);
+    }
+    int condition() { return __atomic_load_n(&part().value, __ATOMIC_RELAXED); }
+
+    // Takes the lock once `fits` and it is free; an unlimited wait has no time-out.
+    template <class F> BOOL takeWhen(F fits, double limit) {
+        State &s = part();
+        Holding hold(s.mutex);
+        while (s.locked || !fits(s.value)) {
+            double remaining = limit == unlimited ? unlimited : limit - cthread_time();
+            if (remaining < 0 || !condition_wait_timeout(&s.condition, &s.mutex, remaining)) return NO;
+        }
+        s.locked = YES;
+        return YES;
+    }
+    static bool always(int) { return true; }
+    static auto equals(int wanted) {
+        return [wanted](int value) { return value == wanted; };
+    }
+
+    void lock() { takeWhen(always, unlimited); }
+    BOOL lockBeforeDate(ZPDate *limit) { return takeWhen(always, _ZPTimeOf(limit)); }
+    void lockWhenCondition(int wanted) { takeWhen(equals(wanted), unlimited); }
+    BOOL lockWhenConditionBeforeDate(int wanted, ZPDate *limit) { return takeWhen(equals(wanted), _ZPTimeOf(limit)); }
+    BOOL tryLock() { return takeWhen(always, -unlimited); }
+    BOOL tryLockWhenCondition(int wanted) { return takeWhen(equals(wanted), -unlimited); }
+
+    void unlock() { free(nullptr); }
+    void unlockWithCondition(int condition) { free(&condition); }
+    void free(const int *condition) {
+        State &s = part();
+        {
+            Holding hold(s.mutex);
+            if (condition) __atomic_store_n(&s.value, *condition, __ATOMIC_RELAXED);
+            s.locked = NO;
+        }
+        condition_broadcast(&s.condition);
+    }
+    ZPString *description() {
+        State &s = part();
+        BOOL locked;
+        int value;
+        {
+            Holding hold(s.mutex);
+            locked = s.locked;
+            value = s.value;
+        }
+        return describe("%s(0x%lx) locked: %s  condition: %d"_zp, locked ? "YES" : "NO", value);
+    }
+};
+
+struct ConditionMethods : _ZPLockMethods<ZPCondition, Pair> {
+    void lock() { mutex_lock(&part().mutex); }
+    void unlock() { mutex_unlock(&part().mutex); }
+    void wait() { condition_wait_timeout(&part().condition, &part().mutex, unlimited); }
+    BOOL waitUntilDate(ZPDate *limit) {
+        double seconds = objc_msgSend<double>(id(reinterpret_cast<objc_object *>(limit)), "timeIntervalSinceNow"_sel);
+        return seconds >= 0 && condition_wait_timeout(&part().condition, &part().mutex, seconds);
+    }
+    void signal() { condition_signal(&part().condition); }
+    void broadcast() { condition_broadcast(&part().condition); }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPConditionLock)
+    .adopts<ZPLocking>()
+    .classMethod<&ConditionLockMethods::allocWithZone>("allocWithZone:")
+    .method<&ConditionLockMethods::initWithCondition>("initWithCondition:")
+    .method<&ConditionLockMethods::condition>("condition")
+    .method<&ConditionLockMethods::lock>("lock")
+    .method<&ConditionLockMethods::tryLock>("tryLock")
+    .method<&ConditionLockMethods::lockBeforeDate>("lockBeforeDate:")
+    .method<&ConditionLockMethods::lockWhenCondition>("lockWhenCondition:")
+    .method<&ConditionLockMethods::lockWhenConditionBeforeDate>("lockWhenCondition:beforeDate:")
+    .method<&ConditionLockMethods::tryLockWhenCondition>("tryLockWhenCondition:")
+    .method<&ConditionLockMethods::unlock>("unlock")
+    .method<&ConditionLockMethods::unlockWithCondition>("unlockWithCondition:")
+    .method<&ConditionLockMethods::description>("description")
+    .method<&ConditionLockMethods::dealloc>("dealloc");
+
+ZP_IMPLEMENT(ZPCondition)
+    .adopts<ZPLocking>()
+    .classMethod<&ConditionMethods::allocWithZone>("allocWithZone:")
+    .method<&ConditionMethods::lock>("lock")
+    .method<&ConditionMethods::unlock>("unlock")
+    .method<&ConditionMethods::wait>("wait")
+    .method<&ConditionMethods::waitUntilDate>("waitUntilDate:")
+    .method<&ConditionMethods::signal>("signal")
+    .method<&ConditionMethods::broadcast>("broadcast")
+    .method<&ConditionMethods::dealloc>("dealloc");

@@ -1,0 +1,335 @@
+// Notifications and their centers.
+#include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/platform/ZPMessage.h>
+#include <Bedrock/runloop/ZPNotificationCenter.h>
+#include <Bedrock/strings/ZPString.h>
+#include <Bedrock/threads/ZPLock.h>
+#include <Bedrock/threads/ZPThread.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::vector<int> calls;  // who was called, in order
+
+struct Listener : ZPObject {
+    ZP_CLASS(Listener)
+    int _number;
+    std::function<void(ZPNotification *)> _does;
+
+    static ZPRef<Listener> with(int number, std::function<void(ZPNotification *)> does = {}) {
+        ZPRef<Listener> l = ZPAdopt(Listener::new_());
+        l->_number = number;
+        l->_does = does;
+        return l;
+    }
+    void hear(ZPNotification *note) {
+        calls.push_back(_number);
+        if (_does) _does(note);
+    }
+    void forward(SEL selector, objc_frame *) { calls.push_back(selector == "neverDefined:"_sel ? -_number : 0); }
+};
+ZP_IMPLEMENT(Listener).method<&Listener::hear>("hear:").method<&Listener::forward>("forward::");
+
+const SEL hear = "hear:"_sel;
+using Calls = std::vector<int>;
+
+struct Center : testing::Test {
+    ZPAutoreleasePoolScope pool;
+    ZPRef<ZPNotificationCenter> center = ZPAdopt(ZPNotificationCenter::new_());
+    ZPString *a = "a"_zp, *b = "b"_zp;
+
+    Calls post(ZPString *name, id object = nullptr) {
+        calls.clear();
+        center->postNotificationName_object(name, object);
+        return calls;
+    }
+    void add(const ZPRef<Listener> &l, ZPString *name, id object = nullptr) { center->addObserver_selector_name_object(l.get(), hear, name, object); }
+};
+
+struct OtherCenter : ZPNotificationCenter { ZP_CLASS(OtherCenter) };
+ZP_IMPLEMENT(OtherCenter);
+
+std::string text(ZPObject *object) { return object->description()->cString(); }
+
+}  // namespace
+
+TEST(Notification, IsAValue) {
+    ZPAutoreleasePoolScope pool;
+    ZPDictionary *info = ZPDictionary::dictionaryWithObject_forKey("v"_zp, "k"_zp);
+    ZPNotification *n = ZPNotification::notificationWithName_object_userInfo("name"_zp, "o"_zp, info);
+    EXPECT_TRUE(n->isEqual(ZPNotification::notificationWithName_object_userInfo("name"_zp, "o"_zp, info)));
+    EXPECT_FALSE(n->isEqual(ZPNotification::notificationWithName_object("name"_zp, "o"_zp)));
+    ZPNotification *bare = ZPNotification::notificationWithName_object("name"_zp, "o"_zp);
+    EXPECT_FALSE(bare->isEqual(ZPNotification::notificationWithName_object("name"_zp, "o"_zp)));  // no information to compare
+    EXPECT_TRUE(bare->isEqual(bare));
+    EXPECT_FALSE(n->isEqual("name"_zp));
+    EXPECT_EQ(n->hash(), "name"_zp->hash());
+    EXPECT_EQ(n->copy(), n);
+    n->release();
+    EXPECT_EQ(ZPNotification::notificationWithName_object(nullptr, "o"_zp), nullptr);
+    std::string t = text(n);
+    EXPECT_EQ(t.find("ZPConcreteNotification "), 0u) << t;
+    EXPECT_NE(t.find(" {name = name; object = o; userInfo = {"), std::string::npos) << t;
+    EXPECT_EQ(text(ZPNotification::notificationWithName_object("x"_zp, nullptr)).substr(text(bare).find('{')), "{name = x}");
+    try {
+        ZPNotification::alloc()->init();
+        FAIL();
+    } catch (ZPException *e) {
+        EXPECT_TRUE(e->name()->isEqualToString(ZPGenericException));
+        EXPECT_EQ(std::string(e->reason()->cString()), "*** -[ZPConcreteNotification init]: should never be used");
+    }
+}
+
+TEST_F(Center, MatchesNamesAndObjects) {
+    auto any = Listener::with(1), named = Listener::with(2), sender = Listener::with(3), both = Listener::with(4);
+    ZPObject *from = (ZPObject *)ZPObject::new_()->autorelease().pointer(), *other = (ZPObject *)ZPObject::new_()->autorelease().pointer();
+    EXPECT_EQ(post(a), Calls{});
+    add(named, a);
+    add(both, a, from);
+    add(sender, nullptr, from);
+    add(any, nullptr);
+    EXPECT_EQ(post(a), (Calls{1, 2}));  // whoever wants any name comes first
+    EXPECT_EQ(post(a, from), (Calls{3, 1, 2, 4}));
+    EXPECT_EQ(post(a, other), (Calls{1, 2}));
+    EXPECT_EQ(post(b, from), (Calls{3, 1}));
+    EXPECT_EQ(post(nullptr, from), (Calls{3, 1}));
+    ZPString *equal = ZPString::stringWithFormat("%c"_zp, 'a');
+    EXPECT_EQ(post(equal), (Calls{1, 2}));
+    add(named, a);
+    EXPECT_EQ(post(a), (Calls{1, 2, 2}));
+    center->removeObserver_name_object(any.get(), a, nullptr);     // it listens to any name, not to this one
+    center->removeObserver_name_object(named.get(), a, other);     // ... to any object
+    center->removeObserver_name_object(both.get(), b, nullptr);
+    EXPECT_EQ(post(a, from), (Calls{3, 1, 2, 4, 2}));
+    center->removeObserver_name_object(named.get(), equal, nullptr);  // both of them
+    EXPECT_EQ(post(a, from), (Calls{3, 1, 4}));
+    center->removeObserver_name_object(sender.get(), nullptr, from);
+    center->removeObserver(any.get());
+    center->removeObserver(both.get());
+    center->removeObserver(nullptr);
+    center->addObserver_selector_name_object(nullptr, hear, a, nullptr);
+    EXPECT_EQ(center->_registry_count, 0u);
+    EXPECT_EQ(post(a, from), Calls{});
+}
+
+TEST_F(Center, HandsOverTheNotification) {
+    ZPDictionary *info = ZPDictionary::dictionaryWithObject_forKey("v"_zp, "k"_zp);
+    ZPNotification *given = ZPNotification::notificationWithName_object_userInfo(a, b, info), *seen = nullptr;
+    bool made = false;
+    auto l = Listener::with(1, [&](ZPNotification *n) {
+        seen = n;
+        made = n && n->name()->isEqualToString(a) && n->object() == b && n->userInfo() == info;
+    });
+    add(l, nullptr);
+    center->postNotification(given);
+    EXPECT_EQ(seen, given);
+    center->postNotificationName_object_userInfo(a, b, info);
+    EXPECT_TRUE(made);
+    center->postNotificationName_object(nullptr, b);
+    EXPECT_EQ(seen, nullptr);
+    // What the observer has no method for is forwarded; a class can observe too.
+    center->addObserver_selector_name_object(l.get(), "neverDefined:"_sel, b, nullptr);
+    EXPECT_EQ(post(b), (Calls{1, -1}));
+    center->addObserver_selector_name_object(id(Listener::class_()), "self"_sel, b, nullptr);
+    EXPECT_EQ(post(b), (Calls{1, -1}));
+}
+
+TEST_F(Center, ChangesDuringADelivery) {
+    ZPRef<Listener> second, added = Listener::with(3);
+    auto first = Listener::with(1, [&](ZPNotification *) {
+        if (calls.size() > 1) return;
+        add(added, a);
+        center->removeObserver(second.get());
+    });
+    second = Listener::with(2);
+    add(first, a);
+    add(second, a);
+    EXPECT_EQ(post(a), (Calls{1, 2}));
+    EXPECT_EQ(post(a), (Calls{1, 3}));
+    // A post from inside a delivery ends before it.
+    auto nested = Listener::with(9, [&](ZPNotification *) { center->postNotificationName_object(b, nullptr); });
+    add(nested, "c"_zp);
+    add(second, "c"_zp);
+    add(added, b);
+    EXPECT_EQ(post("c"_zp), (Calls{9, 3, 2}));
+}
+
+TEST_F(Center, EveryObserverIsCalledBeforeTheFirstExceptionGoesOn) {
+    auto raising = [&](int n) {
+        return Listener::with(n, [n](ZPNotification *) { ZPException::raise_format("Trouble"_zp, "%d"_zp, n); });
+    };
+    auto one = raising(1), two = Listener::with(2), three = raising(3), four = Listener::with(4, [](ZPNotification *) { throw 5; });
+    add(one, a);
+    add(two, a);
+    add(three, a);
+    add(four, a);
+    for (int round = 0; round < 2; ++round) {
+        calls.clear();
+        try {
+            center->postNotificationName_object(a, nullptr);
+            FAIL();
+        } catch (ZPException *e) {
+            EXPECT_EQ(std::string(e->reason()->cString()), "1");
+        }
+        EXPECT_EQ(calls, (Calls{1, 2, 3, 4}));
+    }
+    center->removeObserver(one.get());
+    center->removeObserver(three.get());
+    EXPECT_THROW(center->postNotificationName_object(a, nullptr), int);
+}
+
+TEST_F(Center, IndexesGrowAndAreRebuilt) {
+    std::vector<ZPRef<Listener>> all;
+    std::vector<ZPString *> names;
+    for (int i = 0; i < 60; ++i) {
+        all.push_back(Listener::with(i));
+        names.push_back(ZPString::stringWithFormat("name %d"_zp, i));
+    }
+    for (int i = 0; i < 42; ++i) add(all[i], names[i]);
+    EXPECT_EQ(center->_hashtable_count, 127u);
+    EXPECT_EQ(center->_registry_size, 64u);
+    add(all[42], names[42]);
+    EXPECT_EQ(center->_hashtable_count, 255u);
+    EXPECT_GE(center->_hashtable_size, 266u);
+    for (int i = 0; i < 43; ++i) EXPECT_EQ(post(names[i]), Calls{i});
+    // Removals leave marks until there are too many; then the order is that of the compacted records.
+    ZPRef<ZPNotificationCenter> first = center;
+    center = ZPAdopt(ZPNotificationCenter::new_());
+    for (int i = 0; i < 30; ++i) add(all[i], a);
+    for (int i = 0; i < 26; ++i) center->removeObserver(all[i].get());
+    EXPECT_EQ(center->_deleted_count, 26u);
+    EXPECT_EQ(post(a), (Calls{26, 27, 28, 29}));
+    add(all[50], a);
+    EXPECT_EQ(center->_deleted_count, 0u);
+    EXPECT_EQ(post(a), (Calls{29, 28, 27, 26, 50}));
+    std::string t = text(center.get());
+    EXPECT_NE(t.find("{count = 5; max = 64; size = "), std::string::npos) << t;
+    EXPECT_NE(t.find("\t{name = a; object = <0>; observer = "), std::string::npos) << t;
+    EXPECT_EQ(t.substr(t.size() - 16), "SEL = hear:;});}") << t;
+}
+
+TEST_F(Center, AgreesWithAPlainList) {
+    struct Entry {
+        int who;
+        ZPString *name;
+        ZPObject *object;
+    };
+    std::vector<Entry> model;
+    std::vector<ZPRef<Listener>> all;
+    std::vector<ZPObject *> objects{nullptr};
+    std::vector<ZPString *> names{nullptr};
+    for (int i = 0; i < 20; ++i) all.push_back(Listener::with(i));
+    for (int i = 0; i < 4; ++i) objects.push_back((ZPObject *)ZPObject::new_()->autorelease().pointer());
+    for (int i = 0; i < 30; ++i) names.push_back(ZPString::stringWithFormat("n%d"_zp, i));
+    std::mt19937 random(7);
+    for (int step = 0; step < 4000; ++step) {
+        int who = int(random() % all.size());
+        ZPString *name = names[random() % names.size()];
+        ZPObject *object = objects[random() % objects.size()];
+        switch (random() % 4) {
+        case 0:
+        case 1:
+            add(all[who], name, object);
+            model.push_back({who, name, object});
+            break;
+        case 2:
+            center->removeObserver_name_object(all[who].get(), name, object);
+            std::erase_if(model, [&](const Entry &e) { return e.who == who && (!name || e.name == name) && (!object || e.object == object); });
+            break;
+        default: {
+            Calls wanted;
+            for (auto &e : model)
+                if ((!e.name || e.name == name) && (!e.object || e.object == object)) wanted.push_back(e.who);
+            Calls got = post(name, object);
+            std::sort(wanted.begin(), wanted.end());
+            std::sort(got.begin(), got.end());
+            ASSERT_EQ(got, wanted);
+            ASSERT_EQ(center->_registry_count, model.size());
+        }
+        }
+    }
+}
+
+TEST(DefaultCenter, OneForEachClass) {
+    ZPAutoreleasePoolScope pool;
+    ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
+    EXPECT_EQ(ZPNotificationCenter::defaultCenter(), center);
+    id other = objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel);
+    EXPECT_TRUE(other->isKindOfClass(OtherCenter::class_()));
+    EXPECT_EQ(objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel), other);
+    EXPECT_EQ(((ZPNotificationCenter *)other.pointer())->_registry_count, 1u);  // it watches bundles
+    ZPRef<ZPNotificationCenter> mine = ZPAdopt(ZPNotificationCenter::new_());
+    ZPNotificationCenter::setDefaultCenter_forClass(mine.get(), OtherCenter::class_());
+    EXPECT_EQ(objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel), mine.get());
+    EXPECT_EQ(mine->_registry_count, 0u);
+    ZPNotificationCenter::setDefaultCenter_forClass(nullptr, OtherCenter::class_());
+    EXPECT_EQ(mine->retainCount(), 1u);
+    center->retain();
+    ZPNotificationCenter::setDefaultCenter_forClass(mine.get(), ZPNotificationCenter::class_());
+    EXPECT_EQ(ZPNotificationCenter::defaultCenter(), mine.get());
+    EXPECT_EQ(center->retainCount(), 1u);
+    ZPNotificationCenter::setDefaultCenter_forClass(center, ZPNotificationCenter::class_());
+    center->release();
+    try {
+        ZPNotificationCenter::setDefaultCenter_forClass(center, ZPString::class_());
+        FAIL();
+    } catch (ZPException *e) {
+        EXPECT_TRUE(e->name()->isEqualToString(ZPInvalidArgumentException));
+        EXPECT_EQ(std::string(e->reason()->cString()),
+                  "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the ZPNotificationCenter class or subclass");
+    }
+}
+
+namespace {
+
+struct Counting : ZPObject {
+    ZP_CLASS(Counting)
+    std::atomic<int> _heard;
+    void hear(ZPNotification *) { ++_heard; }
+};
+ZP_IMPLEMENT(Counting).method<&Counting::hear>("hear:");
+
+}  // namespace
+
+TEST(ConcurrentCenter, PostsWhileObserversComeAndGo) {
+    ZPAutoreleasePoolScope pool;
+    ZPRef<ZPNotificationCenter> center = ZPAdopt(ZPNotificationCenter::new_());
+    ZPRef<Counting> steady = ZPAdopt(Counting::new_());
+    center->addObserver_selector_name_object(steady.get(), hear, "tick"_zp, nullptr);
+    constexpr int posters = 4, posts = 400;
+    std::vector<std::thread> threads;
+    std::vector<ZPRef<Counting>> passing;
+    for (int t = 0; t < 4; ++t) passing.push_back(ZPAdopt(Counting::new_()));
+    for (int t = 0; t < posters; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < posts; ++i) {
+                ZPAutoreleasePoolScope inner;
+                center->postNotificationName_object("tick"_zp, nullptr);
+                if (i % 50 == 0) center->description();
+            }
+        });
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < posts; ++i) {
+                ZPAutoreleasePoolScope inner;
+                center->addObserver_selector_name_object(passing[t].get(), hear, i % 3 ? "tick"_zp : nullptr, nullptr);
+                center->addObserver_selector_name_object(passing[t].get(), hear, ZPString::stringWithFormat("other %d"_zp, i), nullptr);
+                center->removeObserver(passing[t].get());
+            }
+        });
+    for (auto &t : threads) t.join();
+    EXPECT_EQ(steady->_heard, posters * posts);
+    EXPECT_EQ(center->_registry_count, 1u);
+}

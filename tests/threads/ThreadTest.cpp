@@ -1,0 +1,194 @@
+// Thread objects, threads that the library starts, and the step to many threads.
+#include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/runloop/ZPNotificationCenter.h>
+#include <Bedrock/strings/ZPMutableString.h>
+#include <Bedrock/threads/ZPLock.h>
+#include <Bedrock/threads/ZPThread.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::atomic<int> living{0}, unwound{0};
+
+struct Unwound {
+    ~Unwound() { ++unwound; }
+};
+
+struct Held : ZPObject {
+    ZP_CLASS(Held)
+    id init() {
+        ++living;
+        return objc_super<Held>(this).send<id>("init"_sel);
+    }
+    void dealloc() {
+        --living;
+        objc_super<Held>(this).send("dealloc"_sel);
+    }
+};
+ZP_IMPLEMENT(Held).method<&Held::init>("init").method<&Held::dealloc>("dealloc");
+
+/// What a started thread does, and what was heard of it.
+struct Worker : ZPObject {
+    ZP_CLASS(Worker)
+    ZPConditionLock *_ended;
+    ZPThread *_thread, *_ending;
+    id _argument;
+    BOOL _wasMulti, _exits, _hadDictionary;
+    int _heard;
+
+    void run(id argument) {
+        Unwound unwound;
+        ZPAutoreleasePoolScope pool;
+        Held::new_()->autorelease();
+        _thread = ZPThread::currentThread();
+        _argument = argument;
+        _wasMulti = ZPThread::isMultiThreaded();
+        ZPObject *held = (ZPObject *)Held::new_();
+        _thread->threadDictionary()->setObject_forKey(held, "held"_zp);
+        held->release();
+        if (_exits) deeper();
+    }
+    void deeper() {
+        Unwound unwound;
+        try {
+            ZPThread::exit();
+        } catch (ZPException *) {
+            ADD_FAILURE() << "leaving a thread is no exception";
+        }
+        ADD_FAILURE() << "back from exit";
+    }
+    void willExit(ZPNotification *note) {
+        _ending = (ZPThread *)note->object().pointer();
+        _hadDictionary = ZPThread::currentThread() == _ending && _ending->threadDictionary()->objectForKey("held"_zp);
+        _ended->lock();
+        _ended->unlockWithCondition(1);
+    }
+    void becoming(ZPNotification *note) {
+        ++_heard;
+        if (note->object() || !ZPThread::isMultiThreaded()) _heard += 100;
+    }
+};
+ZP_IMPLEMENT(Worker)
+    .method<&Worker::run>("run:")
+    .method<&Worker::willExit>("willExit:")
+    .method<&Worker::becoming>("becoming:");
+
+}  // namespace
+
+TEST(Thread, EveryThreadHasItsOwnObjectAndDictionary) {
+    ZPAutoreleasePoolScope pool;
+    ZPThread *mine = ZPThread::currentThread();
+    EXPECT_EQ(ZPThread::currentThread(), mine);
+    mine->threadDictionary()->setObject_forKey("main"_zp, "who"_zp);
+    std::atomic<int> wrong{0};
+    for (int round = 0; round < 3; ++round) {  // stacks are reused by the following round
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 8; ++t)
+            threads.emplace_back([&] {
+                ZPAutoreleasePoolScope inner;
+                ZPThread *own = ZPThread::currentThread();
+                if (own == mine || own->threadDictionary()->objectForKey("who"_zp)) ++wrong;
+                own->threadDictionary()->setObject_forKey("other"_zp, "who"_zp);
+                if (ZPThread::currentThread() != own) ++wrong;
+            });
+        for (auto &t : threads) t.join();
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_TRUE(mine->threadDictionary()->objectForKey("who"_zp)->isEqual("main"_zp));
+}
+
+TEST(Thread, StringsCollectionsAndClassesFromManyThreads) {
+    // Placeholders, literals, caches of classes seen for the first time, shared immutable objects.
+    ZPAutoreleasePoolScope pool;
+    ZPRef<ZPArray> shared = ZPArray::arrayWithObjects("one"_zp, ZPString::stringWithFormat("%d"_zp, 2), "drei und mehr Zeichen als in ein kleines Stück passen"_zp);
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 300; ++i) {
+                ZPAutoreleasePoolScope inner;
+                ZPString *text = ZPString::stringWithFormat("%@ %d %@"_zp, shared->objectAtIndex(i % 3), t, "λόγος"_zp);
+                ZPMutableDictionary *map = ZPMutableDictionary::dictionary();
+                map->setObject_forKey(text, shared->objectAtIndex(1));
+                map->setObject_forKey(shared.get(), text);
+                if (map->count() != 2 || !map->objectForKey("2"_zp)->isEqual(text)) ++wrong;
+                ZPRef<ZPString> part = text->substringFromIndex(1);
+                if (!text->hasSuffix(part)) ++wrong;
+                if (!text->uppercaseString()->hasSuffix("ΛΌΓΟΣ"_zp)) ++wrong;
+            }
+        });
+    for (auto &t : threads) t.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(shared->retainCount(), 2u);
+}
+
+TEST(Thread, StartsAndEnds) {
+    ZPAutoreleasePoolScope pool;
+    ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
+    for (BOOL exits : {NO, YES}) {
+        ZPRef<Worker> worker = ZPAdopt(Worker::new_());
+        worker->_ended = (ZPConditionLock *)ZPConditionLock::new_();
+        worker->_exits = exits;
+        unwound = 0;
+        center->addObserver_selector_name_object(worker.get(), "willExit:"_sel, ZPThreadWillExitNotification, nullptr);
+        ZPThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, worker.get(), "argument"_zp);
+        worker->_ended->lockWhenCondition(1);
+        EXPECT_EQ(worker->_ending, worker->_thread);
+        EXPECT_NE(worker->_thread, ZPThread::currentThread());
+        EXPECT_TRUE(worker->_hadDictionary);
+        EXPECT_TRUE(worker->_wasMulti);
+        EXPECT_EQ(worker->_argument, "argument"_zp);
+        center->removeObserver(worker.get());
+        worker->_ended->unlock();
+        worker->_ended->release();
+        for (int i = 0; i < 1000 && (living || unwound != 1 + exits || worker->retainCount() > 1); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        EXPECT_EQ(living, 0) << "what hung on the thread is released";
+        EXPECT_EQ(unwound, 1 + exits) << "the frames of the thread are unwound";
+        EXPECT_EQ(worker->retainCount(), 1u);
+    }
+}
+
+TEST(Thread, AKeptThreadObjectIsReleasedElsewhereWithoutHarm) {
+    ZPAutoreleasePoolScope pool;
+    ZPThread *kept = nullptr;
+    std::thread([&] {
+        ZPAutoreleasePoolScope inner;
+        kept = (ZPThread *)ZPThread::currentThread()->retain().pointer();
+    }).join();
+    ZPObject *mine = (ZPObject *)Held::new_()->autorelease().pointer();
+    kept->release();
+    EXPECT_EQ(living, 1) << "the pools of this thread are its own";
+    EXPECT_EQ(mine->retainCount(), 1u);
+}
+
+TEST(Thread, TheStepToManyThreadsComesOnce) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            ZPAutoreleasePoolScope pool;
+            ZPRef<Worker> worker = ZPAdopt(Worker::new_());
+            worker->_ended = (ZPConditionLock *)ZPConditionLock::new_();
+            ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
+            center->addObserver_selector_name_object(worker.get(), "becoming:"_sel, ZPWillBecomeMultiThreadedNotification, nullptr);
+            center->addObserver_selector_name_object(worker.get(), "willExit:"_sel, ZPThreadWillExitNotification, nullptr);
+            BOOL before = ZPThread::isMultiThreaded();
+            BOOL locked = center->_lock != nullptr;
+            for (int i = 0; i < 3; ++i) {
+                ZPThread::detachNewThreadSelector_toTarget_withObject("self"_sel, "target"_zp, nullptr);
+                worker->_ended->lockWhenCondition(1);
+                worker->_ended->unlockWithCondition(0);
+            }
+            std::fprintf(stderr, "%d %d %d %d %d", before, locked, ZPThread::isMultiThreaded(), center->_lock != nullptr, worker->_heard);
+            _exit(0);
+        },
+        testing::ExitedWithCode(0), "0 0 1 1 1");
+}
