@@ -178,7 +178,8 @@ struct CenterMethods : ZPNotificationCenter {
                 resize(_registry, _registry_size + 64);
                 _registry_size += 64;
             }
-            new (&_registry[_registry_count++]) ZPObserverRecord(r);
+            new (&_registry[_registry_count]) ZPObserverRecord(r);
+            setCount(_registry_count + 1);
             if (_deleted_count <= 25 && (_registry_count + _deleted_count) * 3 <= _hashtable_count) insert(_registry_count - 1);
             else rebuild();
         }
@@ -199,7 +200,7 @@ struct CenterMethods : ZPNotificationCenter {
             auto remove = [&](unsigned place) {
                 mark(place, deleted);
                 if (_registry[place].name) names.push_back(_registry[place].name);
-                --_registry_count;
+                setCount(_registry_count - 1);
             };
             for (long low = 0, high = long(_registry_count) - 1; low <= high;) {
                 if (!matches(_registry[low])) {
@@ -259,6 +260,8 @@ struct CenterMethods : ZPNotificationCenter {
         if (first) std::rethrow_exception(first);
     }
 
+    // A post to a center without observers looks at the count alone.
+    void setCount(unsigned count) { __atomic_store_n(&_registry_count, count, __ATOMIC_RELAXED); }
     BOOL hasObservers() { return __atomic_load_n(&_registry_count, __ATOMIC_RELAXED) != 0; }
 
     void postNotification(ZPNotification *notification) {

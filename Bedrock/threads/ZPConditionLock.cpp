@@ -65,12 +65,11 @@ struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
     void unlock() { free(nullptr); }
     void unlockWithCondition(int condition) { free(&condition); }
     void free(const int *condition) {
+        // Waking under the mutex: whoever takes the lock next may deallocate it.
         State &s = part();
-        {
-            Holding hold(s.mutex);
-            if (condition) __atomic_store_n(&s.value, *condition, __ATOMIC_RELAXED);
-            s.locked = NO;
-        }
+        Holding hold(s.mutex);
+        if (condition) __atomic_store_n(&s.value, *condition, __ATOMIC_RELAXED);
+        s.locked = NO;
         condition_broadcast(&s.condition);
     }
     ZPString *description() {

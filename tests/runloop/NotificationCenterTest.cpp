@@ -84,7 +84,7 @@ TEST(Notification, IsAValue) {
     EXPECT_NE(t.find(" {name = name; object = o; userInfo = {"), std::string::npos) << t;
     EXPECT_EQ(text(ZPNotification::notificationWithName_object("x"_zp, nullptr)).substr(text(bare).find('{')), "{name = x}");
     try {
-        ZPNotification::alloc()->init();
+        n->init();
         FAIL();
     } catch (ZPException *e) {
         EXPECT_TRUE(e->name()->isEqualToString(ZPGenericException));
