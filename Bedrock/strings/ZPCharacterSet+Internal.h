@@ -1,10 +1,14 @@
 // The storage classes of character sets and quick membership.
 //
-//   ZPBuiltinCharacterSet          a standard set: for each high byte of a unit the number of a 256-bit row
+//   ZPBuiltinCharacterSet          a standard set: a row of 256 bits for the units below U+0100; the full set is
+//                                  loaded when another unit is first asked about
+//   ZPExpandedBuiltinCharacterSet  its class methods load the full standard sets; it has no instances
 //   ZPImmutableRangeCharacterSet   low <= unit < high
 //   ZPImmutableStringCharacterSet  up to 64 units, sorted
 //   ZPInvertedCharacterSet         what another set has not
-//   ZPConcreteMutableCharacterSet  a bitmap of 65,536 bits
+//   ZPConcreteMutableCharacterSet  a record of single units and ranges, or a bitmap
+//
+// A bitmap has 8,192 bytes: unit u is bit u mod 8 of byte u / 8.
 #pragma once
 
 #include <Bedrock/strings/ZPCharacterSet.h>
@@ -14,16 +18,35 @@ enum : unsigned {
     _ZPUppercaseLetterSet, _ZPAlphanumericSet, _ZPNonBaseSet, _ZPDecomposableSet, _ZPIllegalSet, _ZPPunctuationSet, _ZPStandardSetCount
 };
 
-// Rows of 256 bits, least significant first, and each set's row of a high byte. Made by
-// resources/make_unicode_tables.py.
-extern const unsigned char _ZPSetRows[][32];
-extern const unsigned short _ZPSetIndexes[_ZPStandardSetCount][256];
+inline constexpr unsigned _ZPBitmapBytes = 8192, _ZPUnitCount = 0x10000;
 
-inline bool _ZPIsInStandardSet(unsigned set, unichar u) { return _ZPSetRows[_ZPSetIndexes[set][u >> 8]][(u & 0xFF) >> 3] >> (u & 7) & 1; }
+ZP_INLINE bool _ZPBit(const unsigned char *bits, unsigned u) { return bits[u >> 3] >> (u & 7) & 1; }
+
+/// The compact form of a set, followed by `singles` single units and `ranges` pairs of a first and a last unit,
+/// both in ascending order. Always made of a bitmap: a run of one member is a single, a longer one a range.
+struct ZPCharacterSetRecord {
+    unsigned tag;         ///< 1
+    unsigned summary[4];  ///< a bit of the first two words for each block of 1,024 units that has a member
+    unsigned singles, ranges;
+    unsigned singmin, singmax;  ///< 0xFFFF and 0 without singles
+
+    unsigned *units() { return reinterpret_cast<unsigned *>(this + 1); }
+    const unsigned *units() const { return reinterpret_cast<const unsigned *>(this + 1); }
+    std::size_t size() const { return sizeof *this + (singles + 2 * std::size_t(ranges)) * sizeof(unsigned); }
+    bool has(unichar u) const { return summary[u >> 15] >> (u >> 10 & 31) & 1 && search(u); }
+    bool search(unichar u) const;
+    unsigned count() const;
+    /// Sets the members' bits in a bitmap.
+    void addTo(unsigned char *bits) const;
+};
 
 struct ZPBuiltinCharacterSet : ZPCharacterSet {
     ZP_PRIVATE_CLASS(ZPBuiltinCharacterSet)
-    unsigned offset;
+    int offset;
+    ZPCharacterSet *expandedset;  ///< written once: the full set, or the object itself when it cannot be loaded
+};
+struct ZPExpandedBuiltinCharacterSet : ZPBuiltinCharacterSet {
+    ZP_PRIVATE_CLASS(ZPExpandedBuiltinCharacterSet)
 };
 struct ZPImmutableRangeCharacterSet : ZPCharacterSet {
     ZP_PRIVATE_CLASS(ZPImmutableRangeCharacterSet)
@@ -31,23 +54,72 @@ struct ZPImmutableRangeCharacterSet : ZPCharacterSet {
 };
 struct ZPImmutableStringCharacterSet : ZPCharacterSet {
     ZP_PRIVATE_CLASS(ZPImmutableStringCharacterSet)
-    unichar buffer[64];
+    static constexpr unsigned most = 64;
+    unichar buffer[most];
     unsigned short numChars;
 };
 struct ZPInvertedCharacterSet : ZPCharacterSet {
     ZP_PRIVATE_CLASS(ZPInvertedCharacterSet)
     ZPCharacterSet *realset;
 };
+
+/// In one of these states; a change leads to the third from each of them.
+///   record   `set`, a block of the default zone
+///   shared   `bits` inside `data`, which was handed out or read and must not change
+///   bitmap   `bits`, a block of the set's zone
+/// An immutable set stays in its state while it is read, so that threads may share it.
 struct ZPConcreteMutableCharacterSet : ZPMutableCharacterSet {
     ZP_PRIVATE_CLASS(ZPConcreteMutableCharacterSet)
-    unsigned char bits[8192];
+    ZPCharacterSetRecord *set;
+    unsigned char *bits;
+    ZPData *data;
+    signed char mayChange;
+
+    /// An empty set that may change, without a record or a bitmap; the caller owns it.
+    static ZPConcreteMutableCharacterSet *make(ZPZone *zone);
+    bool has(unichar u) const { return bits ? _ZPBit(bits, u) : set && set->has(u); }
+    /// Ends in the bitmap state, whatever may change.
+    unsigned char *ownBits();
+    void makeFast();
+    void makeCompact();
+    void freeBits();
 };
 
-/// Asks a set many times: without a message where the set is a standard one, a bitmap, or their inverse.
+/// Rows of the units below U+0100.
+struct ZPLowRows { unsigned char of[_ZPStandardSetCount][32]; };
+extern const ZPLowRows _ZPLow;
+
+/// The set of an offset.
+ZPBuiltinCharacterSet *_ZPStandardSet(unsigned offset);
+/// A standard set's answer for a unit from U+0100 up.
+bool _ZPIsInFullSet(unsigned offset, unichar u);
+/// The full form of a standard set, loaded when it is not yet; null when it cannot be.
+ZPConcreteMutableCharacterSet *_ZPFullSet(ZPBuiltinCharacterSet *set);
+/// A named set of the resource directory, which lives as long as the process, in the compact form when asked for;
+/// null, which is logged once, when there is none.
+ZPConcreteMutableCharacterSet *_ZPNamedSet(ZPString *name, bool compact);
+
+inline bool _ZPIsInStandardSet(unsigned offset, unichar u) { return u < 0x100 ? _ZPBit(_ZPLow.of[offset], u) : _ZPIsInFullSet(offset, u); }
+
+/// Sets or clears a range of bits; what lies beyond U+FFFF is left out.
+void _ZPSetBits(unsigned char *bits, ZPRange range, bool value);
+void _ZPSetBits(unsigned char *bits, ZPString *string, bool value);
+
+/// The bitmap of any set.
+struct ZPSetBitmap {
+    alignas(16) unsigned char bits[_ZPBitmapBytes];
+    explicit ZPSetBitmap(ZPCharacterSet *set);
+    unsigned count() const;
+    ZPData *data() const;
+};
+
+/// Logs that a class does not supply a method, and reports the selector as not recognised.
+[[noreturn]] void _ZPRefuse(ZPCharacterSet *set, SEL selector);
+
+/// Asks a set many times: without a message where it is one of the library's own.
 struct ZPMembership {
     ZPCharacterSet *set;
-    const unsigned char *bits = nullptr;
-    unsigned standard = _ZPStandardSetCount;
+    const unsigned char *bits = nullptr, *low = nullptr;
     bool inverted = false;
 
     explicit ZPMembership(ZPCharacterSet *asked) : set(asked) {
@@ -56,13 +128,14 @@ struct ZPMembership {
             inverted = !inverted;
         }
         if (!set) return;
-        if (set->isa == ZPBuiltinCharacterSet::class_()) standard = static_cast<ZPBuiltinCharacterSet *>(set)->offset;
-        else if (set->isa == ZPConcreteMutableCharacterSet::class_()) bits = static_cast<ZPConcreteMutableCharacterSet *>(set)->bits;
+        ZPCharacterSet *full = set;
+        if (set->isa == ZPBuiltinCharacterSet::class_()) {
+            auto *standard = static_cast<ZPBuiltinCharacterSet *>(set);
+            low = _ZPLow.of[standard->offset];
+            full = __atomic_load_n(&standard->expandedset, __ATOMIC_ACQUIRE);
+        }
+        if (full && full->isa == ZPConcreteMutableCharacterSet::class_()) bits = static_cast<ZPConcreteMutableCharacterSet *>(full)->bits;
     }
-    bool operator()(unichar u) const {
-        bool member = standard < _ZPStandardSetCount ? _ZPIsInStandardSet(standard, u)
-                      : bits                         ? bits[u >> 3] >> (u & 7) & 1
-                                                     : set && set->characterIsMember(u);
-        return member != inverted;
-    }
+    bool operator()(unichar u) const { return (bits ? _ZPBit(bits, u) : low && u < 0x100 ? _ZPBit(low, u) : ask(u)) != inverted; }
+    bool ask(unichar u) const;
 };

@@ -1,4 +1,5 @@
-// Character sets: the fronts, and what every set does on `characterIsMember:`.
+// Character sets: the fronts, what every set does on `characterIsMember:`, and the sets that are a range, a few
+// units or the inverse of another.
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
@@ -6,139 +7,77 @@
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>
 #include <Bedrock/strings/ZPString+Internal.h>
 
-#include <algorithm>
-#include <bit>
-
 namespace {
 
-constexpr unsigned bitmapBytes = 8192, unitCount = 0x10000;
-
-struct Bitmap {
-    unsigned char bits[bitmapBytes] = {};
-
-    explicit Bitmap(ZPCharacterSet *set) {
-        ZPMembership isMember(set);
-        if (isMember.bits) std::memcpy(bits, isMember.bits, bitmapBytes);
-        else if (isMember.standard < _ZPStandardSetCount)
-            for (unsigned high = 0; high < 256; ++high) std::memcpy(bits + high * 32, _ZPSetRows[_ZPSetIndexes[isMember.standard][high]], 32);
-        else
-            for (unsigned u = 0; u < lastAsked(isMember.set); ++u)
-                if (isMember.set->characterIsMember(unichar(u))) bits[u >> 3] |= 1 << (u & 7);
-        if (isMember.inverted)
-            for (unsigned char &byte : bits) byte = ~byte;
-    }
-    // The bitmap of a set that is known by its membership alone never holds U+FFFF.
-    static unsigned lastAsked(ZPCharacterSet *set) { return set->isa == ZPImmutableRangeCharacterSet::class_() ? unitCount : unitCount - 1; }
-    unsigned count() const {
-        unsigned n = 0;
-        for (unsigned char byte : bits) n += unsigned(std::popcount(byte));
-        return n;
-    }
-};
-
-void setBits(unsigned char *bits, ZPRange range, bool value) {
-    std::uint64_t end = std::min<std::uint64_t>(std::uint64_t(range.location) + range.length, unitCount);
-    for (std::uint64_t u = range.location; u < end; ++u) {
-        if (value) bits[u >> 3] |= 1 << (u & 7);
-        else bits[u >> 3] &= ~(1 << (u & 7));
-    }
-}
-
-void setBits(unsigned char *bits, ZPString *string, bool value) {
-    _ZPWithUnits(string, [&](auto &&units, unsigned length) {
-        for (unsigned i = 0; i < length; ++i) setBits(bits, ZPRange{units[i], 1}, value);
-    });
-}
-
-ZPConcreteMutableCharacterSet *newConcrete(ZPZone *zone) { return ZPAllocateObject(ZPConcreteMutableCharacterSet::class_(), 0, zone); }
-
-template <unsigned Offset> ZPCharacterSet *standardSet(Class) {
-    static ZPBuiltinCharacterSet *const set = [] {
-        ZPBuiltinCharacterSet *made = ZPAllocateObject(ZPBuiltinCharacterSet::class_(), 0, nullptr);
-        made->offset = Offset;
-        return made;
-    }();
-    return set;
-}
-
 struct CharacterSetClassMethods {
+    // What the mutable front makes may change.
+    static ZPConcreteMutableCharacterSet *make(Class self, ZPZone *zone) {
+        auto *set = ZPConcreteMutableCharacterSet::make(zone);
+        set->mayChange = false;
+        for (Class c = self; c; c = c->superclass) set->mayChange |= c == ZPMutableCharacterSet::class_();
+        return set;
+    }
     static id allocWithZone(Class self, ZPZone *zone) {
-        if (self == ZPCharacterSet::class_() || self == ZPMutableCharacterSet::class_()) return newConcrete(zone);
+        if (self == ZPCharacterSet::class_() || self == ZPMutableCharacterSet::class_()) return make(self, zone);
         return ZPAllocateObject(self, 0, zone);
     }
     static ZPCharacterSet *withRange(Class, ZPRange range) {
         ZPImmutableRangeCharacterSet *set = ZPAllocateObject(ZPImmutableRangeCharacterSet::class_(), 0, nullptr);
-        if (range.location < unitCount && range.length) {
+        if (range.location < _ZPUnitCount && range.length) {
             set->low = range.location;
-            set->high = range.location + std::min(range.length, unitCount - range.location);
+            set->high = range.location + std::min(range.length, _ZPUnitCount - range.location);
         }
         return set->autorelease();
     }
-    static ZPCharacterSet *withString(Class, ZPString *string) {
+    static ZPCharacterSet *withString(Class self, ZPString *string) {
         unsigned length = string ? string->length() : 0;
-        if (length > 64) return concreteWithString(nullptr, string);
+        if (length > ZPImmutableStringCharacterSet::most) return concreteWithString(self, string);
         ZPImmutableStringCharacterSet *set = ZPAllocateObject(ZPImmutableStringCharacterSet::class_(), 0, nullptr);
         if (length) string->getCharacters_range(set->buffer, {0, length});
         set->numChars = static_cast<unsigned short>(length);
         std::sort(set->buffer, set->buffer + length);
         return set->autorelease();
     }
-    static ZPCharacterSet *withBitmap(Class, ZPData *data) {
-        ZPConcreteMutableCharacterSet *set = newConcrete(nullptr);
-        unsigned length = data ? std::min(data->length(), bitmapBytes) : 0;
-        if (length) std::memcpy(set->bits, data->bytes(), length);
-        return set->autorelease();
-    }
-    static ZPCharacterSet *withFile(Class self, ZPString *path) {
-        ZPData *data = path && path->hasSuffix(".bitmap"_zp) ? ZPData::dataWithContentsOfFile(path) : nullptr;
-        return data ? withBitmap(self, data) : nullptr;
-    }
-    static ZPCharacterSet *concreteWithRange(Class, ZPRange range) {
-        ZPConcreteMutableCharacterSet *set = newConcrete(nullptr);
-        setBits(set->bits, range, true);
-        return set->autorelease();
-    }
-    static ZPCharacterSet *concreteWithString(Class, ZPString *string) {
-        ZPConcreteMutableCharacterSet *set = newConcrete(nullptr);
-        setBits(set->bits, string, true);
-        return set->autorelease();
+    static ZPCharacterSet *withBitmap(Class self, ZPData *data) { return make(self, nullptr)->initWithBitmapRepresentation(data)->autorelease(); }
+    static ZPCharacterSet *concreteWithRange(Class self, ZPRange range) { return make(self, nullptr)->initWithRange(range)->autorelease(); }
+    static ZPCharacterSet *concreteWithString(Class self, ZPString *string) {
+        return make(self, nullptr)->initWithCharactersInString(string)->autorelease();
     }
 };
 
-[[noreturn]] void refuse(ZPCharacterSet *set, SEL selector) {
-    ZPLog("Abstract class %s does not implement method %s; it must be implemented in subclasses."_zp, set->isa->name, sel_getName(selector));
-    set->doesNotRecognizeSelector(selector);
-    __builtin_unreachable();
-}
-
 struct CharacterSetMethods : ZPCharacterSet {
-    BOOL characterIsMember(unichar) { refuse(this, "characterIsMember:"_sel); }
+    BOOL characterIsMember(unichar) { _ZPRefuse(this, "characterIsMember:"_sel); }
     ZPCharacterSet *invertedSet() {
         ZPInvertedCharacterSet *set = ZPAllocateObject(ZPInvertedCharacterSet::class_(), 0, nullptr);
+        set->autorelease();
         set->realset = ZPObject::copyWithZone(nullptr);
-        return set->autorelease();
+        return set;
     }
     ZPData *bitmapRepresentation() {
-        Bitmap bitmap(this);
-        return ZPData::dataWithBytes_length(bitmap.bits, bitmapBytes);
+        unsigned char bits[_ZPBitmapBytes] = {};
+        for (unsigned u = 0; u < _ZPUnitCount - 1; ++u)
+            if (ZPCharacterSet::characterIsMember(unichar(u))) _ZPSetBits(bits, {u, 1}, true);
+        return ZPData::dataWithBytes_length(bits, sizeof bits);
     }
-    BOOL isEmpty() { return Bitmap(this).count() == 0; }
-    unsigned count() { return Bitmap(this).count(); }
+    BOOL isEmpty() { return ZPSetBitmap(this).count() == 0; }
+    unsigned count() { return ZPSetBitmap(this).count(); }
     BOOL isMutable() { return NO; }
     void makeImmutable() {}
     id copyWithZone(ZPZone *) { return retain(); }
     id mutableCopyWithZone(ZPZone *zone) {
-        ZPConcreteMutableCharacterSet *set = newConcrete(zone);
-        std::memcpy(set->bits, Bitmap(this).bits, bitmapBytes);
+        ZPSetBitmap its(this);
+        auto *set = ZPConcreteMutableCharacterSet::make(zone);
+        std::memcpy(set->ownBits(), its.bits, sizeof its.bits);
         return set;
     }
     BOOL isEqual(id other) {
         if (other.pointer() == this) return YES;
-        if (!other || !objc_msgSend<BOOL>(other, "isKindOfClass:"_sel, ZPCharacterSet::class_())) return NO;
-        Bitmap mine(this), its(static_cast<ZPCharacterSet *>(other.pointer()));
-        return std::memcmp(mine.bits, its.bits, bitmapBytes) == 0;
+        if (!other || !other->respondsToSelector("bitmapRepresentation"_sel)) return NO;
+        ZPSetBitmap mine(this);
+        if (other->isKindOfClass(ZPCharacterSet::class_())) return std::memcmp(mine.bits, ZPSetBitmap(other).bits, sizeof mine.bits) == 0;
+        return mine.data()->isEqual(objc_msgSend<id>(other, "bitmapRepresentation"_sel));
     }
-    unsigned hash() { return ZPCharacterSet::bitmapRepresentation()->hash(); }
+    unsigned hash() { return ZPSetBitmap(this).data()->hash(); }
 };
 
 struct MutableCharacterSetMethods : ZPMutableCharacterSet {
@@ -148,36 +87,39 @@ struct MutableCharacterSetMethods : ZPMutableCharacterSet {
         copy->makeImmutable();
         return copy;
     }
-    void addRange(ZPRange) { refuse(this, "addCharactersInRange:"_sel); }
-    void removeRange(ZPRange) { refuse(this, "removeCharactersInRange:"_sel); }
-    void addString(ZPString *) { refuse(this, "addCharactersInString:"_sel); }
-    void removeString(ZPString *) { refuse(this, "removeCharactersInString:"_sel); }
-    void formUnion(ZPCharacterSet *) { refuse(this, "formUnionWithCharacterSet:"_sel); }
-    void formIntersection(ZPCharacterSet *) { refuse(this, "formIntersectionWithCharacterSet:"_sel); }
-    void invert() { refuse(this, "invert"_sel); }
-};
-
-struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
-    BOOL characterIsMember(unichar u) { return _ZPIsInStandardSet(offset, u); }
-    BOOL isEmpty() { return NO; }
-    id self() { return this; }
-    void nothing() {}
-    unsigned retainCount() { return 0xFFFFFFFF; }
-    void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
+    void addRange(ZPRange) { _ZPRefuse(this, "addCharactersInRange:"_sel); }
+    void removeRange(ZPRange) { _ZPRefuse(this, "removeCharactersInRange:"_sel); }
+    void addString(ZPString *) { _ZPRefuse(this, "addCharactersInString:"_sel); }
+    void removeString(ZPString *) { _ZPRefuse(this, "removeCharactersInString:"_sel); }
+    void formUnion(ZPCharacterSet *) { _ZPRefuse(this, "formUnionWithCharacterSet:"_sel); }
+    void formIntersection(ZPCharacterSet *) { _ZPRefuse(this, "formIntersectionWithCharacterSet:"_sel); }
+    void invert() { _ZPRefuse(this, "invert"_sel); }
 };
 
 struct RangeCharacterSetMethods : ZPImmutableRangeCharacterSet {
     BOOL characterIsMember(unichar u) { return low <= u && u < high; }
     BOOL isEmpty() { return low == high; }
     unsigned count() { return high - low; }
+    BOOL isEqual(id other) {
+        auto *set = static_cast<ZPImmutableRangeCharacterSet *>(other.pointer());
+        if (set && set->isa == isa) return (low == set->low && high == set->high) || (low == high && set->low == set->high);
+        return objc_super<ZPImmutableRangeCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
+    }
+    ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
 };
 
 struct StringCharacterSetMethods : ZPImmutableStringCharacterSet {
     BOOL characterIsMember(unichar u) { return std::find(buffer, buffer + numChars, u) != buffer + numChars; }
     id mutableCopyWithZone(ZPZone *zone) {
-        ZPConcreteMutableCharacterSet *set = newConcrete(zone);
-        for (unsigned i = 0; i < numChars; ++i) setBits(set->bits, ZPRange{buffer[i], 1}, true);
+        auto *set = ZPConcreteMutableCharacterSet::make(zone);
+        unsigned char *bits = set->ownBits();
+        for (unsigned i = 0; i < numChars; ++i) _ZPSetBits(bits, {buffer[i], 1}, true);
         return set;
+    }
+    BOOL isEqual(id other) {
+        auto *set = static_cast<ZPImmutableStringCharacterSet *>(other.pointer());
+        if (set && set->isa == isa && set->numChars == numChars && std::equal(buffer, buffer + numChars, set->buffer)) return YES;
+        return objc_super<ZPImmutableStringCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
     }
 };
 
@@ -187,58 +129,47 @@ struct InvertedCharacterSetMethods : ZPInvertedCharacterSet {
         return nullptr;
     }
     void dealloc() {
-        if (realset) realset->release();
+        realset->release();
         objc_super<ZPInvertedCharacterSet>(this).send("dealloc"_sel);
     }
     BOOL characterIsMember(unichar u) { return !realset->characterIsMember(u); }
     ZPCharacterSet *invertedSet() { return realset; }
-    BOOL isEmpty() { return realset->count() == unitCount; }
-    unsigned count() { return unitCount - realset->count(); }
-};
-
-struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
-    BOOL characterIsMember(unichar u) { return bits[u >> 3] >> (u & 7) & 1; }
-    BOOL isMutable() { return NO; }
-    void addRange(ZPRange range) { setBits(bits, range, true); }
-    void removeRange(ZPRange range) { setBits(bits, range, false); }
-    void addString(ZPString *string) { setBits(bits, string, true); }
-    void removeString(ZPString *string) { setBits(bits, string, false); }
-    void formUnion(ZPCharacterSet *set) {
-        if (!set) return;
-        Bitmap its(set);
-        for (unsigned i = 0; i < bitmapBytes; ++i) bits[i] |= its.bits[i];
+    BOOL isEmpty() { return realset->count() == _ZPUnitCount; }
+    unsigned count() { return _ZPUnitCount - realset->count(); }
+    id mutableCopyWithZone(ZPZone *zone) {
+        ZPMutableCharacterSet *copy = realset->mutableCopyWithZone(zone);
+        copy->invert();
+        return copy;
     }
-    void formIntersection(ZPCharacterSet *set) {
-        if (!set) return;
-        Bitmap its(set);
-        for (unsigned i = 0; i < bitmapBytes; ++i) bits[i] &= its.bits[i];
+    BOOL isEqual(id other) {
+        auto *set = static_cast<ZPInvertedCharacterSet *>(other.pointer());
+        if (set && set->isa == isa && realset == set->realset) return YES;
+        return objc_super<ZPInvertedCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
     }
-    void invert() {
-        for (unsigned char &byte : bits) byte = ~byte;
-    }
+    ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
 };
 
 }  // namespace
 
+void _ZPRefuse(ZPCharacterSet *set, SEL selector) {
+    ZPLog("Abstract class %s does not implement method %s; it must be implemented in subclasses."_zp, set->isa->name, sel_getName(selector));
+    set->doesNotRecognizeSelector(selector);
+    __builtin_unreachable();
+}
+
+bool ZPMembership::ask(unichar u) const {
+    if (!set) return false;
+    if (low) return _ZPIsInFullSet(unsigned(static_cast<ZPBuiltinCharacterSet *>(set)->offset), u);
+    if (set->isa == ZPConcreteMutableCharacterSet::class_()) return static_cast<ZPConcreteMutableCharacterSet *>(set)->has(u);
+    return set->characterIsMember(u);
+}
+
 ZP_IMPLEMENT(ZPCharacterSet)
     .adopts<ZPCopying, ZPMutableCopying>()
     .classMethod<&CharacterSetClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&standardSet<_ZPControlSet>>("controlCharacterSet")
-    .classMethod<&standardSet<_ZPWhitespaceSet>>("whitespaceCharacterSet")
-    .classMethod<&standardSet<_ZPWhitespaceAndNewlineSet>>("whitespaceAndNewlineCharacterSet")
-    .classMethod<&standardSet<_ZPDecimalDigitSet>>("decimalDigitCharacterSet")
-    .classMethod<&standardSet<_ZPLetterSet>>("letterCharacterSet")
-    .classMethod<&standardSet<_ZPLowercaseLetterSet>>("lowercaseLetterCharacterSet")
-    .classMethod<&standardSet<_ZPUppercaseLetterSet>>("uppercaseLetterCharacterSet")
-    .classMethod<&standardSet<_ZPAlphanumericSet>>("alphanumericCharacterSet")
-    .classMethod<&standardSet<_ZPNonBaseSet>>("nonBaseCharacterSet")
-    .classMethod<&standardSet<_ZPDecomposableSet>>("decomposableCharacterSet")
-    .classMethod<&standardSet<_ZPIllegalSet>>("illegalCharacterSet")
-    .classMethod<&standardSet<_ZPPunctuationSet>>("punctuationCharacterSet")
     .classMethod<&CharacterSetClassMethods::withRange>("characterSetWithRange:")
     .classMethod<&CharacterSetClassMethods::withString>("characterSetWithCharactersInString:")
     .classMethod<&CharacterSetClassMethods::withBitmap>("characterSetWithBitmapRepresentation:")
-    .classMethod<&CharacterSetClassMethods::withFile>("characterSetWithContentsOfFile:")
     .method<&CharacterSetMethods::characterIsMember>("characterIsMember:")
     .method<&CharacterSetMethods::invertedSet>("invertedSet")
     .method<&CharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
@@ -264,23 +195,17 @@ ZP_IMPLEMENT(ZPMutableCharacterSet)
     .method<&MutableCharacterSetMethods::formIntersection>("formIntersectionWithCharacterSet:")
     .method<&MutableCharacterSetMethods::invert>("invert");
 
-ZP_IMPLEMENT(ZPBuiltinCharacterSet)
-    .method<&BuiltinCharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&BuiltinCharacterSetMethods::isEmpty>("isEmpty")
-    .method<&BuiltinCharacterSetMethods::self>("retain")
-    .method<&BuiltinCharacterSetMethods::self>("autorelease")
-    .method<&BuiltinCharacterSetMethods::nothing>("release")
-    .method<&BuiltinCharacterSetMethods::retainCount>("retainCount")
-    .method<&BuiltinCharacterSetMethods::dealloc>("dealloc");
-
 ZP_IMPLEMENT(ZPImmutableRangeCharacterSet)
     .method<&RangeCharacterSetMethods::characterIsMember>("characterIsMember:")
     .method<&RangeCharacterSetMethods::isEmpty>("isEmpty")
-    .method<&RangeCharacterSetMethods::count>("count");
+    .method<&RangeCharacterSetMethods::count>("count")
+    .method<&RangeCharacterSetMethods::isEqual>("isEqual:")
+    .method<&RangeCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation");
 
 ZP_IMPLEMENT(ZPImmutableStringCharacterSet)
     .method<&StringCharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&StringCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:");
+    .method<&StringCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .method<&StringCharacterSetMethods::isEqual>("isEqual:");
 
 ZP_IMPLEMENT(ZPInvertedCharacterSet)
     .method<&InvertedCharacterSetMethods::init>("init")
@@ -288,15 +213,7 @@ ZP_IMPLEMENT(ZPInvertedCharacterSet)
     .method<&InvertedCharacterSetMethods::characterIsMember>("characterIsMember:")
     .method<&InvertedCharacterSetMethods::invertedSet>("invertedSet")
     .method<&InvertedCharacterSetMethods::isEmpty>("isEmpty")
-    .method<&InvertedCharacterSetMethods::count>("count");
-
-ZP_IMPLEMENT(ZPConcreteMutableCharacterSet)
-    .method<&ConcreteCharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&ConcreteCharacterSetMethods::isMutable>("isMutable")
-    .method<&ConcreteCharacterSetMethods::addRange>("addCharactersInRange:")
-    .method<&ConcreteCharacterSetMethods::removeRange>("removeCharactersInRange:")
-    .method<&ConcreteCharacterSetMethods::addString>("addCharactersInString:")
-    .method<&ConcreteCharacterSetMethods::removeString>("removeCharactersInString:")
-    .method<&ConcreteCharacterSetMethods::formUnion>("formUnionWithCharacterSet:")
-    .method<&ConcreteCharacterSetMethods::formIntersection>("formIntersectionWithCharacterSet:")
-    .method<&ConcreteCharacterSetMethods::invert>("invert");
+    .method<&InvertedCharacterSetMethods::count>("count")
+    .method<&InvertedCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .method<&InvertedCharacterSetMethods::isEqual>("isEqual:")
+    .method<&InvertedCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation");

@@ -4,14 +4,19 @@
 #include <Bedrock/core/ZPObject.h>
 
 ZP_FORWARD(ZPData);
+ZP_FORWARD(ZPDictionary);
 ZP_FORWARD(ZPString);
 
+struct ZPCharacterSetRecord;
+
 /// A set of units, for searching, trimming and scanning: the front of a class cluster. A subclass supplies
-/// `characterIsMember:`. Immutable sets may be used from any thread.
+/// `characterIsMember:`. Immutable sets may be used from any thread; a change sent to one of the library's raises
+/// ZPInvalidArgumentException.
 struct ZPCharacterSet : ZPObject {
     ZP_CLASS(ZPCharacterSet)
 
-    // The standard sets: shared objects that live as long as the process and ignore counting.
+    // The standard sets: shared objects that live as long as the process and ignore counting. What belongs to them
+    // from U+0100 up is read from the library's resources when it is first asked for.
 
     static ZPCharacterSet *controlCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "controlCharacterSet"_sel); }
     /// Space, TAB, U+00A0 and the other spaces; no line ends.
@@ -48,26 +53,57 @@ struct ZPCharacterSet : ZPObject {
     static ZPCharacterSet *characterSetWithBitmapRepresentation(ZPData *data) {
         return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithBitmapRepresentation:"_sel, data);
     }
-    /// Reads a file whose name ends in ".bitmap" and which holds such bytes; null when that cannot be done.
+    /// Reads a file whose name ends in ".bitmap" and which holds such bytes, or a property list whose name ends in
+    /// ".dict": nsingles, nranges, singles, and ranges as first, last, first, last. A name that ends in ".builtin" is
+    /// that of a set in the library's "SystemCharacterSetAux.dict". Null when that cannot be done.
     static ZPCharacterSet *characterSetWithContentsOfFile(ZPString *path) {
         return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithContentsOfFile:"_sel, path);
+    }
+
+    // Initialisers of the sets that `alloc` makes.
+
+    ZPCharacterSet *initWithRange(ZPRange range) { return objc_msgSend<ZPCharacterSet *>(this, "initWithRange:"_sel, range); }
+    ZPCharacterSet *initWithCharactersInString(ZPString *string) {
+        return objc_msgSend<ZPCharacterSet *>(this, "initWithCharactersInString:"_sel, string);
+    }
+    ZPCharacterSet *initWithBitmapRepresentation(ZPData *data) {
+        return objc_msgSend<ZPCharacterSet *>(this, "initWithBitmapRepresentation:"_sel, data);
+    }
+    /// The empty set when the file cannot be read.
+    ZPCharacterSet *initWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPCharacterSet *>(this, "initWithContentsOfFile:"_sel, path);
     }
 
     BOOL characterIsMember(unichar unit) { return objc_msgSend<BOOL>(this, "characterIsMember:"_sel, unit); }
     /// The set of all other units.
     ZPCharacterSet *invertedSet() { return objc_msgSend<ZPCharacterSet *>(this, "invertedSet"_sel); }
+    /// 8,192 bytes, which a later change of the set does not reach.
     ZPData *bitmapRepresentation() { return objc_msgSend<ZPData *>(this, "bitmapRepresentation"_sel); }
     BOOL isEmpty() { return objc_msgSend<BOOL>(this, "isEmpty"_sel); }
     /// The number of members.
     unsigned count() { return objc_msgSend<unsigned>(this, "count"_sel); }
     BOOL isMutable() { return objc_msgSend<BOOL>(this, "isMutable"_sel); }
     void makeImmutable() { objc_msgSend(this, "makeImmutable"_sel); }
+
+    // For debugging; "<NIL>" for null.
+
+    /// A PostScript page that draws a bitmap.
+    static ZPString *_dumpBitmapRepresentation(const void *bitmap) {
+        return objc_msgSend<ZPString *>(class_(), "_dumpBitmapRepresentation:"_sel, bitmap);
+    }
+    /// A record as the property list of a ".dict" file.
+    static ZPString *_dumpSetRepresentation(const void *record) {
+        return objc_msgSend<ZPString *>(class_(), "_dumpSetRepresentation:"_sel, record);
+    }
 };
 
 /// A set that can be changed, by one thread at a time. Ranges end at U+FFFF.
 struct ZPMutableCharacterSet : ZPCharacterSet {
     ZP_CLASS(ZPMutableCharacterSet)
 
+    static ZPMutableCharacterSet *characterSetWithBitmapRepresentation(ZPData *data) {
+        return objc_msgSend<id>(class_(), "characterSetWithBitmapRepresentation:"_sel, data);
+    }
     static ZPMutableCharacterSet *characterSetWithRange(ZPRange range) {
         return objc_msgSend<id>(class_(), "characterSetWithRange:"_sel, range);
     }
@@ -82,3 +118,13 @@ struct ZPMutableCharacterSet : ZPCharacterSet {
     void formIntersectionWithCharacterSet(ZPCharacterSet *set) { objc_msgSend(this, "formIntersectionWithCharacterSet:"_sel, set); }
     void invert() { objc_msgSend(this, "invert"_sel); }
 };
+
+// The compact form of sets: single units and ranges. Any thread; the caller owns a record, a block of its zone.
+extern "C" {
+ZP_EXPORT ZPCharacterSetRecord *ZPMakeSetStructFromBitmap(const void *bitmap);
+/// Reads what a ".dict" file holds; what is no unit is left out. Null gives the empty record.
+ZP_EXPORT ZPCharacterSetRecord *ZPMakeSetFromDictionary(ZPDictionary *dictionary);
+ZP_EXPORT ZPCharacterSetRecord *ZPCopySetStructFromZone(const ZPCharacterSetRecord *record, ZPZone *zone);
+/// Spaces, "0x" for hexadecimal, digits; the letters A to F count 10 to 15 in decimal numbers too.
+ZP_EXPORT unsigned ZPParseIntegerFromString(ZPString *string);
+}

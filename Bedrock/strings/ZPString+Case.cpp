@@ -16,10 +16,7 @@ constexpr Expansion expansions[] = {
 };
 constexpr Expansion sharpS = {0xDF, {'S', 'S'}, {'S', 's'}};
 
-const Expansion *expansionOf(unichar u) {
-    if (u == sharpS.unit) return &sharpS;
-    return u >= 0xFB00 && u <= 0xFB06 ? &expansions[u - 0xFB00] : nullptr;
-}
+const Expansion *expansionOf(unichar u) { return u == sharpS.unit ? &sharpS : &expansions[u - expansions[0].unit]; }
 
 unsigned write(const unichar (&units)[3], unichar *output) {
     unsigned n = units[2] ? 3 : 2;
@@ -32,7 +29,21 @@ unsigned write(unichar unit, unichar *output) {
     return 1;
 }
 
-unichar upperASCII(unichar u) { return u >= 'a' && u <= 'z' ? unichar(u - 0x20) : u; }
+ZP_INLINE bool expands(unichar u) { return u == sharpS.unit || (u >= 0xFB00 && u <= 0xFB06); }
+
+ZP_INLINE unsigned writeUpper(ZPCaseMapper &mapper, unichar u, unichar *output) {
+    return expands(u) ? write(expansionOf(u)->upper, output) : write(mapper.upper(u), output);
+}
+
+ZP_INLINE unsigned writeTitle(ZPCaseMapper &mapper, unichar u, unichar *output) {
+    return expands(u) ? write(expansionOf(u)->title, output) : write(mapper.title(u), output);
+}
+
+// The Turkish mapping of a dotted or dotless I; 0 for any other unit.
+unichar turkishCase(unichar u, bool lower) {
+    if (lower) return u == 0x130 ? u'i' : u == 'I' ? 0x131 : 0;
+    return u == 'i' ? 0x130 : u == 0x131 ? u'I' : 0;
+}
 
 using Convert = unsigned (*)(unichar, unichar *, unsigned);
 
@@ -52,19 +63,19 @@ struct CaseMethods : ZPString {
     ZPString *caseCopy(Convert convert, unsigned flags) {
         return mapped(this, [=](unichar u, unsigned, unichar *output) { return convert(u, output, flags); });
     }
-    // The two common maps are called by name so that they can be inlined.
     ZPString *uppercaseString() {
-        return mapped(this, [](unichar u, unsigned, unichar *output) {
-            return u < 0x80 ? write(upperASCII(u), output) : ZPConvertToUpper(u, output, 0);
-        });
+        return mapped(this, [mapper = ZPCaseMapper()](unichar u, unsigned, unichar *output) mutable { return writeUpper(mapper, u, output); });
     }
     ZPString *lowercaseString() {
-        return mapped(this, [](unichar u, unsigned, unichar *output) { return ZPConvertToLower(u, output, 0); });
+        return mapped(this, [mapper = ZPCaseMapper()](unichar u, unsigned, unichar *output) mutable { return write(mapper.lower(u), output); });
     }
     ZPString *capitalizedStringWithFlags(unsigned flags) {
         bool afterLetter = false;
-        return mapped(this, [=](unichar u, unsigned, unichar *output) mutable {
-            unsigned n = afterLetter ? ZPConvertToLower(u, output, flags) : ZPConvertToTitle(u, output, flags);
+        return mapped(this, [=, mapper = ZPCaseMapper()](unichar u, unsigned, unichar *output) mutable {
+            unichar special = flags & turkish ? turkishCase(u, afterLetter) : 0;
+            unsigned n = special       ? write(special, output)
+                         : afterLetter ? write(mapper.lower(u), output)
+                                       : writeTitle(mapper, u, output);
             afterLetter = _ZPIsInStandardSet(_ZPLetterSet, u);
             return n;
         });
@@ -82,30 +93,18 @@ ZP_CATEGORY(ZPString, ZPStringCase)
     .method<&CaseMethods::capitalizedString>("capitalizedString");
 
 unsigned ZPConvertToUpper(unichar unit, unichar *output, unsigned flags) {
-    if (flags & turkish) {
-        if (unit == 'i') return write(0x130, output);
-        if (unit == 0x131) return write('I', output);
-    }
-    if (unit < 0x80) return write(upperASCII(unit), output);
-    if (const Expansion *e = expansionOf(unit)) return write(e->upper, output);
-    return write(unit == 0xB5 ? unit : _ZPUpperTable[unit], output);
+    if (unichar special = flags & turkish ? turkishCase(unit, false) : 0) return write(special, output);
+    ZPCaseMapper mapper;
+    return writeUpper(mapper, unit, output);
 }
 
 unsigned ZPConvertToTitle(unichar unit, unichar *output, unsigned flags) {
-    if (flags & turkish) {
-        if (unit == 'i') return write(0x130, output);
-        if (unit == 0x131) return write('I', output);
-    }
-    if (unit < 0x80) return write(upperASCII(unit), output);
-    if (const Expansion *e = expansionOf(unit)) return write(e->title, output);
-    return write(_ZPTitleTable[unit], output);
+    if (unichar special = flags & turkish ? turkishCase(unit, false) : 0) return write(special, output);
+    ZPCaseMapper mapper;
+    return writeTitle(mapper, unit, output);
 }
 
 unsigned ZPConvertToLower(unichar unit, unichar *output, unsigned flags) {
-    if (flags & turkish) {
-        if (unit == 0x130) return write('i', output);
-        if (unit == 'I') return write(0x131, output);
-    }
-    if (unit < 0x80) return write(unit >= 'A' && unit <= 'Z' ? unichar(unit + 0x20) : unit, output);
-    return write(_ZPLowerTable[unit], output);
+    if (unichar special = flags & turkish ? turkishCase(unit, true) : 0) return write(special, output);
+    return write(ZPCaseMapper().lower(unit), output);
 }

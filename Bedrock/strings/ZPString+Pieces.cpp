@@ -142,7 +142,8 @@ struct PieceMethods : ZPString {
         _ZPWithUnits(this, [&](auto &&mine, unsigned n) {
             _ZPWithUnits(other, [&](auto &&its, unsigned m) {
                 bool folding = options & ZPCaseInsensitiveSearch;
-                auto agree = [&](unichar a, unichar b) { return a == b || (folding && _ZPFoldUnit(a) == _ZPFoldUnit(b)); };
+                ZPCaseMapper fold;
+                auto agree = [&](unichar a, unichar b) { return a == b || (folding && fold(a) == fold(b)); };
                 while (same < n && same < m && agree(mine[same], its[same])) ++same;
             });
             if (same == n) return;

@@ -126,10 +126,11 @@ struct SearchMethods : ZPString {
             if (sought.shown()) _ZPCopyUnits(sought, 0, m, units.memory);
             else needle->getCharacters_range(units.memory, {0, m});
             bool folding = options & ZPCaseInsensitiveSearch;
-            if (folding) std::transform(units.memory, units.memory + m, units.memory, _ZPFoldUnit);
+            ZPCaseMapper fold;
+            if (folding) std::transform(units.memory, units.memory + m, units.memory, [&](unichar u) { return fold(u); });
             found = _ZPWithUnits(this, [&](auto &&source, unsigned) {
                 unsigned from = range.location;
-                if (folding) return find([&](unsigned i) { return _ZPFoldUnit(source[from + i]); }, range.length, units.memory, m, options);
+                if (folding) return find([&](unsigned i) { return fold(source[from + i]); }, range.length, units.memory, m, options);
                 return find([&](unsigned i) -> unichar { return source[from + i]; }, range.length, units.memory, m, options);
             });
         }
