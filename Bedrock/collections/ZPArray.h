@@ -102,6 +102,8 @@ struct ZPArray : ZPObject {
     ZPArray *subarrayWithRange(ZPRange range) { return objc_msgSend<ZPArray *>(this, "subarrayWithRange:"_sel, range); }
     /// The descriptions of the elements with the separator between them.
     ZPString *componentsJoinedByString(ZPString *separator) { return objc_msgSend<ZPString *>(this, "componentsJoinedByString:"_sel, separator); }
+    /// ZPArrayPathExtensions: the paths whose extension is among the given ones, in order.
+    ZPArray *pathsMatchingExtensions(ZPArray *extensions) { return objc_msgSend<ZPArray *>(this, "pathsMatchingExtensions:"_sel, extensions); }
 
     /// Sends a selector to every element in index order.
     void makeObjectsPerform(SEL selector) { objc_msgSend(this, "makeObjectsPerform:"_sel, selector); }

@@ -1,8 +1,11 @@
 #include <Bedrock/platform/ZPFile.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -98,6 +101,44 @@ long long ZPHostReadFile(const char *path, void *buffer, std::size_t size) {
     long long n = ZPHostReadAt(file, buffer, size, 0);
     ZPHostCloseFile(file);
     return n;
+}
+
+BOOL ZPHostListDirectory(const char *path, BOOL (*visit)(void *context, const char *name), void *context) {
+    DIR *directory = opendir(path);
+    if (!directory) return NO;
+    errno = 0;
+    while (dirent *entry = readdir(directory)) {
+        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0) continue;
+        if (!visit(context, entry->d_name)) break;
+        errno = 0;
+    }
+    int reason = errno;
+    closedir(directory);
+    errno = reason;
+    return reason ? NO : YES;
+}
+
+BOOL ZPHostResolvePath(const char *path, char *buffer, std::size_t size) {
+    char part[PATH_MAX], real[PATH_MAX];
+    std::size_t length = std::strlen(path), end = length;
+    if (path[0] != '/' || length >= sizeof part) return NO;
+    std::memcpy(part, path, length + 1);
+    // A name that no library path can hold is as good as one that cannot be reached.
+    while (!realpath(part, real) || std::strchr(real, '\\')) {
+        if (end <= 1) return NO;
+        while (end > 1 && part[end - 1] == '/') --end;
+        while (end > 1 && part[end - 1] != '/') --end;
+        part[end] = 0;
+    }
+    const char *rest = path + end;
+    while (*rest == '/') ++rest;
+    std::size_t head = std::strlen(real), tail = std::strlen(rest);
+    bool joins = tail && real[head - 1] != '/';
+    if (head + joins + tail >= size) return NO;
+    std::memcpy(buffer, real, head);
+    if (joins) buffer[head++] = '/';
+    std::memcpy(buffer + head, rest, tail + 1);
+    return YES;
 }
 
 int ZPHostMakeAnonymousFile(std::size_t length) {

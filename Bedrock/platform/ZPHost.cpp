@@ -10,10 +10,12 @@
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <pwd.h>
 #include <string>
 #include <strings.h>
 #include <syslog.h>
 #include <unistd.h>
+#include <vector>
 
 const char *ZPHostProcessName() { return program_invocation_short_name ? program_invocation_short_name : ""; }
 
@@ -123,6 +125,50 @@ BOOL ZPHostReadResource(const char *name, unsigned char **bytes, std::size_t *le
     *bytes = block;
     *length = static_cast<std::size_t>(got);
     return YES;
+}
+
+static BOOL put(const std::string &text, char *buffer, std::size_t size) {
+    if (text.empty() || text.size() >= size) return NO;
+    std::memcpy(buffer, text.c_str(), text.size() + 1);
+    return YES;
+}
+
+// The absolute path that a variable holds; empty when it holds none.
+static std::string pathInEnvironment(const char *name) {
+    const char *value = std::getenv(name);
+    return value && *value == '/' ? value : "";
+}
+
+BOOL ZPHostUser(const char *name, ZPHostUserFact fact, char *buffer, std::size_t size) {
+    if (!name && fact == ZPHostUserHome)
+        if (std::string home = pathInEnvironment("HOME"); !home.empty()) return put(home, buffer, size);
+    std::vector<char> room(1024);
+    passwd entry, *found = nullptr;
+    for (;;) {
+        int error = name ? getpwnam_r(name, &entry, room.data(), room.size(), &found) : getpwuid_r(geteuid(), &entry, room.data(), room.size(), &found);
+        if (error == EINTR) continue;
+        if (error != ERANGE || room.size() > 1 << 20) break;
+        room.resize(room.size() * 2);
+    }
+    if (!found) return NO;
+    if (fact == ZPHostUserLoginName) return put(entry.pw_name, buffer, size);
+    if (fact == ZPHostUserHome) return put(entry.pw_dir && *entry.pw_dir == '/' ? entry.pw_dir : "", buffer, size);
+    // The first field of the comment, in which "&" stands for the login name with a capital letter.
+    std::string full;
+    for (const char *p = entry.pw_gecos ? entry.pw_gecos : ""; *p && *p != ','; ++p) {
+        if (*p != '&') full += *p;
+        else if (*entry.pw_name) {
+            char first = entry.pw_name[0];
+            full += first >= 'a' && first <= 'z' ? static_cast<char>(first - 0x20) : first;
+            full += entry.pw_name + 1;
+        }
+    }
+    return put(full, buffer, size);
+}
+
+BOOL ZPHostTemporaryDirectory(char *buffer, std::size_t size) {
+    std::string path = pathInEnvironment("TMPDIR");
+    return put(path.empty() ? "/tmp" : path, buffer, size);
 }
 
 void ZPHostCrash() { std::abort(); }

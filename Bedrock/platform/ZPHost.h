@@ -30,6 +30,17 @@ const char *ZPRootDirectory();
 /// the caller frees with `std::free`; never null when the answer is YES, and followed by a NUL that is not counted.
 /// NO when there is no such regular file, when it has more than 16 MiB, or when it cannot be read.
 BOOL ZPHostReadResource(const char *name, unsigned char **bytes, std::size_t *length);
+
+// Facts about users, in the host's own bytes. NO when the host does not know, and when a text does not fit `size`
+// bytes with its NUL.
+
+enum ZPHostUserFact { ZPHostUserLoginName, ZPHostUserFullName, ZPHostUserHome };
+/// Of the user with that login name, or of the one that the process acts for (null). That user's home is the
+/// environment's HOME where it is an absolute path.
+BOOL ZPHostUser(const char *name, ZPHostUserFact fact, char *buffer, std::size_t size);
+/// The directory for temporary files: the environment's TMPDIR where it is an absolute path, else "/tmp".
+BOOL ZPHostTemporaryDirectory(char *buffer, std::size_t size);
+
 /// Ends the process as a crash does.
 [[noreturn]] void ZPHostCrash();
 }

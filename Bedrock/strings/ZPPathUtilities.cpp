@@ -1,21 +1,16 @@
+// Paths as runs of units.
 #include <Bedrock/strings/ZPPathUtilities+Internal.h>
 
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/platform/ZPFile.h>
-#include <Bedrock/platform/ZPHost.h>
-#include <Bedrock/strings/ZPString+Internal.h>
+#include <Bedrock/collections/ZPArray.h>
 
 #include <algorithm>
-#include <atomic>
-#include <string>
 
-// ---- buffers ------------------------------------------------------------------------------------
-
-bool _ZPHasDrivePrefix(const unichar *units, unsigned length) {
-    return length >= 2 && units[1] == ':' && ((units[0] >= 'A' && units[0] <= 'Z') || (units[0] >= 'a' && units[0] <= 'z'));
+BOOL _ZPIsAbsolutePath(const unichar *units, unsigned length) {
+    if (length && units[0] == '~') return YES;
+    return _ZPHasNetworkPrefix(units, length) || (length >= 3 && _ZPHasDrivePrefix(units, length) && _ZPIsPathSeparator(units[2])) ? YES : NO;
 }
 
-bool _ZPHasNetworkPrefix(const unichar *units, unsigned length) { return length >= 2 && units[0] == '\\' && units[1] == '\\'; }
+// ---- separators ---------------------------------------------------------------------------------
 
 BOOL _ZPStripTrailingPathSlashes(const unichar *units, unsigned *length) {
     unsigned n = *length, least = _ZPHasDrivePrefix(units, n) ? 3 : 1;
@@ -31,6 +26,8 @@ BOOL _ZPTransmutePathSlashes(unichar *units, unsigned *length, unichar separator
     }
     return to == *length ? NO : (*length = to, YES);
 }
+
+// ---- components and extensions ------------------------------------------------------------------
 
 // The last separator before the last unit, or -1.
 static int lastSeparator(const unichar *units, unsigned length) {
@@ -81,122 +78,156 @@ unsigned _ZPLengthAfterDeletingPathExtension(const unichar *units, unsigned leng
     return start ? start : length;
 }
 
-// ---- strings ------------------------------------------------------------------------------------
-
-namespace {
-
-// A path's units, with room for more behind them.
-struct PathBuffer {
-    unsigned length;
-    ZPStackBuffer<unichar, 300> units;
-
-    explicit PathBuffer(ZPString *path, unsigned extra = 0) : length(path->length()), units(std::size_t(length) + extra) {
-        path->getCharacters_range(units.memory, {0, length});
-    }
-    PathBuffer &normalize() {
-        _ZPTransmutePathSlashes(units.memory, &length, '\\');
-        _ZPStripTrailingPathSlashes(units.memory, &length);
-        return *this;
-    }
-    ZPString *string(unsigned from, unsigned to) const {
-        const unichar *start = units.memory + from;
-        unsigned count = to - from;
-        if (!std::all_of(start, start + count, [](unichar u) { return u < 0x80; })) return ZPString::stringWithCharacters_length(start, count);
-        ZPStackBuffer<char, 300> bytes(count);
-        std::copy_n(start, count, bytes.memory);
-        return ZPString::stringWithCString_length(bytes.memory, count);
-    }
-};
-
-struct PathMethods : ZPString {
-    ZPString *lastPathComponent() {
-        PathBuffer path(this);
-        path.normalize();
-        return path.string(_ZPStartOfLastPathComponent(path.units.memory, path.length), path.length);
-    }
-    ZPString *deletingLast() {
-        PathBuffer path(this);
-        path.normalize();
-        return path.string(0, _ZPLengthAfterDeletingLastPathComponent(path.units.memory, path.length));
-    }
-    ZPString *pathExtension() {
-        PathBuffer path(this);
-        path.normalize();
-        unsigned dot = _ZPStartOfPathExtension(path.units.memory, path.length);
-        return dot ? path.string(dot + 1, path.length) : ""_zp;
-    }
-    ZPString *deletingExtension() {
-        PathBuffer path(this);
-        path.normalize();
-        return path.string(0, _ZPLengthAfterDeletingPathExtension(path.units.memory, path.length));
-    }
-    ZPString *appending(ZPString *component) {
-        PathBuffer part(component), path(this, part.length + 1);
-        unsigned capacity = std::min(path.length + part.length + 1, _ZPPathCapacity);
-        if (!_ZPAppendPathComponent(path.units.memory, &path.length, capacity, part.units.memory, part.length)) {
-            ZPLog("%@: cannot append path '%@' to path '%@'"_zp, _ZPMethodExceptionProem(this, "stringByAppendingPathComponent:"_sel), component, this);
-            return this;
-        }
-        path.normalize();
-        return path.string(0, path.length);
-    }
-
-    // The path in the file system's encoding; answers its length without the NUL, or -1.
-    int representation(char *buffer, unsigned size) {
-        PathBuffer path(this);
-        for (unsigned i = 0; i < path.length; ++i) {
-            // What lies behind a NUL the host would not see.
-            if (path.units.memory[i] == 0) return -1;
-            if (path.units.memory[i] == '/') path.units.memory[i] = '\\';
-        }
-        struct Owned { ZPString *string; ~Owned() { string->release(); } };
-        Owned text{_ZPNewStringWithUnits(path.units.memory, path.length, nullptr)};
-        unsigned filled;
-        ZPRange remaining;
-        if (size == 0 || !text.string->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-                             buffer, size - 1, &filled, _ZPDefaultFileSystemEncoding(), NO, {0, path.length}, &remaining) ||
-            remaining.length)
-            return -1;
-        buffer[filled] = 0;
-        return int(filled);
-    }
-    const char *fileSystemRepresentation() {
-        SEL selector = "fileSystemRepresentation"_sel;
-        char buffer[_ZPPathCapacity + 1];
-        if (length() == 0) ZPException::raise_format(ZPInvalidArgumentException, "empty string passed to fileSystemRepresentationWithPath:"_zp);
-        int filled = representation(buffer, sizeof buffer);
-        if (filled < 0)
-            ZPException::raise_format(ZPInvalidArgumentException, "%@: conversion failed for %@"_zp, _ZPMethodExceptionProem(this, selector), this);
-        char *scratch = _ZPAutoreleasedScratch(unsigned(filled) + 1);
-        std::memcpy(scratch, buffer, unsigned(filled) + 1);
-        return scratch;
-    }
-    BOOL getFileSystemRepresentation(char *buffer, unsigned maxLength) {
-        return length() && representation(buffer, maxLength) >= 0 ? YES : NO;
-    }
-};
-
-}  // namespace
-
-ZP_CATEGORY(ZPString, ZPPathUtilities)
-    .method<&PathMethods::lastPathComponent>("lastPathComponent")
-    .method<&PathMethods::deletingLast>("stringByDeletingLastPathComponent")
-    .method<&PathMethods::pathExtension>("pathExtension")
-    .method<&PathMethods::deletingExtension>("stringByDeletingPathExtension")
-    .method<&PathMethods::appending>("stringByAppendingPathComponent:")
-    .method<&PathMethods::fileSystemRepresentation>("fileSystemRepresentation")
-    .method<&PathMethods::getFileSystemRepresentation>("getFileSystemRepresentation:maxLength:");
-
-ZPStringEncoding _ZPDefaultFileSystemEncoding() {
-    static std::atomic<ZPStringEncoding> encoding{0};
-    ZPStringEncoding e = encoding.load(std::memory_order_relaxed);
-    if (!e) {
-        char text[3] = {};
-        std::string path = std::string(ZPRootDirectory()) + "/CorvidLibrary/Frameworks/Bedrock.framework/Resources/FileSystemEncoding";
-        long long length = ZPHostReadFile(path.c_str(), text, 2);
-        for (long long i = 0; i < length && text[i] >= '0' && text[i] <= '9'; ++i) e = e * 10 + unsigned(text[i] - '0');
-        if (e < 1) e = _ZPDefaultCStringEncoding();
-        encoding.store(e, std::memory_order_relaxed);
-    }
-    return e;
+BOOL _ZPAppendPathExtension(unichar *buffer, unsigned *length, unsigned capacity, const unichar *extension, unsigned extensionLength) {
+    if (std::uint64_t(*length) + 1 + extensionLength > capacity) return NO;
+    if (extensionLength && (_ZPIsPathSeparator(extension[0]) || _ZPHasDrivePrefix(extension, extensionLength))) return NO;
+    _ZPStripTrailingPathSlashes(buffer, length);
+    unsigned n = *length;
+    if (n == 0 || (n == 1 && _ZPIsPathSeparator(buffer[0]))) return NO;
+    if (buffer[0] == '~' && std::none_of(buffer + 1, buffer + n, _ZPIsPathSeparator)) return NO;
+    bool drive = _ZPHasDrivePrefix(buffer, n);
+    if (n == 2 && (drive || _ZPHasNetworkPrefix(buffer, n))) return NO;
+    if (n == 3 && drive && _ZPIsPathSeparator(buffer[2])) return NO;
+    buffer[n++] = '.';
+    std::copy_n(extension, extensionLength, buffer + n);
+    *length = n + extensionLength;
+    return YES;
 }
+
+static ZPString *newComponent(const unichar *units, unsigned length) {
+    unsigned any = 0;
+    for (unsigned i = 0; i < length; ++i) any |= units[i];
+    if (any >= 0x80) return _ZPNewStringWithUnits(units, length, nullptr);
+    ZPStackBuffer<char, 256> bytes(length);
+    std::copy_n(units, length, bytes.memory);
+    return _ZPNewInlineCString(bytes.memory, length, nullptr);
+}
+
+ZPMutableArray *_ZPPathComponents(const unichar *units, unsigned length) {
+    ZPMutableArray *components = ZPMutableArray::arrayWithCapacity(8);
+    auto add = [&](unsigned from, unsigned to) {
+        struct Owned { ZPString *string; ~Owned() { string->release(); } } owned{newComponent(units + from, to - from)};
+        components->addObject(owned.string);
+    };
+    unsigned at = 0;
+    if (_ZPHasDrivePrefix(units, length)) add(0, at = 2);
+    if (at < length && _ZPIsPathSeparator(units[at])) components->addObject(units[at++] == '/' ? "/"_zp : "\\"_zp);
+    for (;;) {
+        while (at < length && _ZPIsPathSeparator(units[at])) ++at;
+        if (at == length) return components;
+        unsigned from = at;
+        while (at < length && !_ZPIsPathSeparator(units[at])) ++at;
+        add(from, at);
+    }
+}
+
+// ---- the tilde ----------------------------------------------------------------------------------
+
+BOOL _ZPAbbreviatePathWithTilde(unichar *units, unsigned *length) {
+    unsigned n = *length;
+    if (n == 0 || (n == 1 && _ZPIsPathSeparator(units[0]))) return NO;
+    ZPString *home = ZPHomeDirectory();
+    if (!home) return NO;
+    _ZPPathBuffer h(home, 0);
+    if (h.length > n || !std::equal(h.units, h.units + h.length, units)) return NO;
+    if (n > h.length && !_ZPIsPathSeparator(units[h.length])) return NO;
+    units[0] = '~';
+    std::copy(units + h.length, units + n, units + 1);
+    *length = n - h.length + 1;
+    return YES;
+}
+
+BOOL _ZPExpandTildeInPath(unichar *units, unsigned *length, unsigned capacity) {
+    unsigned n = *length;
+    if (n == 0 || units[0] != '~') return NO;
+    auto user = unsigned(std::find_if(units, units + n, _ZPIsPathSeparator) - units);
+    ZPString *home = user == 1 ? ZPHomeDirectory() : ZPHomeDirectoryForUser(ZPString::stringWithCharacters_length(units + 1, user - 1));
+    if (!home) return NO;
+    _ZPPathBuffer h(home, 0);
+    if (std::uint64_t(n - user) + h.length > capacity) return NO;
+    std::memmove(units + h.length, units + user, (n - user) * sizeof(unichar));
+    std::copy_n(h.units, h.length, units);
+    *length = n - user + h.length;
+    return YES;
+}
+
+// ---- standardizing ------------------------------------------------------------------------------
+
+// Where the names begin that ".." may take away: behind the separator that follows the share, the drive or the
+// tilde part; the length when there is none.
+static unsigned startBehindRoot(const unichar *units, unsigned length, bool network) {
+    if (!network && _ZPHasDrivePrefix(units, length)) return std::min(length, 3u);
+    unsigned at = network ? 2 : 0;
+    for (unsigned names = network ? 2 : 1; names; --names) {
+        at = unsigned(std::find_if(units + at, units + length, _ZPIsPathSeparator) - units);
+        if (at == length) return length;
+        ++at;
+    }
+    return at;
+}
+
+BOOL __pathHasDotDot(const unichar *units, unsigned length, BOOL isNetworkPath) {
+    if (length < 2 || !_ZPIsAbsolutePath(units, length)) return NO;
+    for (unsigned i = isNetworkPath ? startBehindRoot(units, length, true) : 0; i + 1 < length; ++i) {
+        if (units[i] != '.' || units[i + 1] != '.') continue;
+        bool begins = i == 0 || _ZPIsPathSeparator(units[i - 1]), ends = i + 2 == length;
+        if (begins && (ends ? i > 0 : _ZPIsPathSeparator(units[i + 2]) != NO)) return YES;
+    }
+    return NO;
+}
+
+// Takes every ".." away with the name before it; those at the root go alone. Behind a tilde, which stands for a
+// place not known, they stay.
+static unsigned resolveDotDots(unichar *units, unsigned length, bool network) {
+    bool tilde = units[0] == '~';
+    unsigned base = startBehindRoot(units, length, network), out = base;
+    for (unsigned at = base; at < length;) {
+        auto end = unsigned(std::find(units + at, units + length, u'\\') - units);
+        unsigned next = end < length ? end + 1 : end;
+        if (end - at == 2 && units[at] == '.' && units[at + 1] == '.') {
+            if (out > base) {
+                --out;
+                while (out > base && units[out - 1] != '\\') --out;
+            } else if (tilde) {
+                out = base = unsigned(std::copy(units + at, units + next, units + out) - units);
+            }
+        } else {
+            out = unsigned(std::copy(units + at, units + next, units + out) - units);
+        }
+        at = next;
+    }
+    return out;
+}
+
+BOOL _ZPStandardizePath(unichar *units, unsigned *length) {
+    _ZPTransmutePathSlashes(units, length, '\\');
+    _ZPStripTrailingPathSlashes(units, length);
+    unsigned n = *length;
+    bool network = _ZPHasNetworkPrefix(units, n);
+
+    while (n >= (network ? 5u : 3u) && units[n - 1] == '.' && units[n - 2] == '\\') n -= n == 4 && _ZPHasDrivePrefix(units, n) ? 1 : 2;
+
+    if (!network) {
+        unsigned from = 0;
+        while (n - from >= 2 && units[from] == '.' && units[from + 1] == '\\') from += 2;
+        // A name that looks like a drive or a home directory needs the "." before it.
+        if (from && from < n && (units[from] == '~' || _ZPHasDrivePrefix(units + from, n - from))) from -= 2;
+        std::copy(units + from, units + n, units);
+        n -= from;
+    }
+
+    unsigned out = 0, first = network ? 3 : 0;
+    for (unsigned at = 0; at < n; ++at) {
+        if (units[at] == '\\' && out >= first && at + 2 < n && units[at + 1] == '.' && units[at + 2] == '\\') ++at;
+        else units[out++] = units[at];
+    }
+    n = out;
+
+    if (__pathHasDotDot(units, n, network)) n = resolveDotDots(units, n, network);
+    *length = n;
+    _ZPTransmutePathSlashes(units, length, '\\');
+    _ZPStripTrailingPathSlashes(units, length);
+    return YES;
+}
+
+BOOL _ZPResolveSymlinksInPath(unichar *, unsigned *) { return NO; }

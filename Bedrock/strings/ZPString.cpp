@@ -1,6 +1,7 @@
 // What every string does on the primitives, apart from the themes that have files of their own: making,
 // reading, copying.
 #include <Bedrock/strings/ZPMutableString+Internal.h>
+#include <Bedrock/strings/ZPPathUtilities+Internal.h>
 
 namespace {
 
@@ -157,6 +158,10 @@ ZP_IMPLEMENT(ZPString)
 
 ZPStringView _ZPViewOfOtherString(ZPString *string) {
     Class cls = string->isa;
+    if (cls == ZPPathStore2::class_()) {
+        auto *store = static_cast<ZPPathStore2 *>(string);
+        return {nullptr, _ZPUnitsOfPathStore(store), store->_lengthAndRefCount};
+    }
     if (cls == ZPConcreteMutableString::class_()) {
         string = static_cast<ZPConcreteMutableString *>(string)->_contents;
         if (!string || (string->isa != ZPCStringWithGap::class_() && string->isa != ZPUnicodeStringWithGap::class_())) return _ZPViewOfString(string);

@@ -280,29 +280,49 @@ struct ZPString : ZPObject {
     ZPString *_stringRepresentation() { return objc_msgSend<ZPString *>(this, "_stringRepresentation"_sel); }
     ZPString *quotedStringRepresentation() { return objc_msgSend<ZPString *>(this, "quotedStringRepresentation"_sel); }
 
-    // ---- ZPPathUtilities: file paths ----
+    // ---- ZPPathUtilities: file paths, see ZPPathUtilities.h ----
 
+    /// Joins components ("C:", "\\", "a"); one that cannot follow, as a drive behind a name, is logged and left out.
     static ZPString *pathWithComponents(ZPArray *components) { return objc_msgSend<ZPString *>(class_(), "pathWithComponents:"_sel, components); }
+    /// A drive, a separator before the first name, and the names.
     ZPArray *pathComponents() { return objc_msgSend<ZPArray *>(this, "pathComponents"_sel); }
     BOOL isAbsolutePath() { return objc_msgSend<BOOL>(this, "isAbsolutePath"_sel); }
     ZPString *lastPathComponent() { return objc_msgSend<ZPString *>(this, "lastPathComponent"_sel); }
     ZPString *stringByDeletingLastPathComponent() { return objc_msgSend<ZPString *>(this, "stringByDeletingLastPathComponent"_sel); }
+    /// Logs and answers the receiver when the component cannot follow it, or the result is longer than 4,095 units.
     ZPString *stringByAppendingPathComponent(ZPString *component) {
         return objc_msgSend<ZPString *>(this, "stringByAppendingPathComponent:"_sel, component);
     }
+    /// What follows the last dot of the last component, unless the component begins with that dot.
     ZPString *pathExtension() { return objc_msgSend<ZPString *>(this, "pathExtension"_sel); }
     ZPString *stringByDeletingPathExtension() { return objc_msgSend<ZPString *>(this, "stringByDeletingPathExtension"_sel); }
+    /// Logs and answers the receiver when it has no name to extend.
     ZPString *stringByAppendingPathExtension(ZPString *extension) {
         return objc_msgSend<ZPString *>(this, "stringByAppendingPathExtension:"_sel, extension);
     }
+    /// With "~" in place of the user's home directory.
     ZPString *stringByAbbreviatingWithTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByAbbreviatingWithTildeInPath"_sel); }
+    /// With the home directory in place of "~" or "~name"; unchanged when there is none.
     ZPString *stringByExpandingTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByExpandingTildeInPath"_sel); }
+    /// Expands the tilde and takes out what is not needed: doubled separators, "." and, in an absolute path, "..". Looks
+    /// at no file.
     ZPString *stringByStandardizingPath() { return objc_msgSend<ZPString *>(this, "stringByStandardizingPath"_sel); }
+    /// Standardizes; then, in an absolute path and one that begins with a separator, resolves the symbolic links of the
+    /// part that exists.
     ZPString *stringByResolvingSymlinksInPath() { return objc_msgSend<ZPString *>(this, "stringByResolvingSymlinksInPath"_sel); }
+    /// The receiver with each of the paths appended.
     ZPArray *stringsByAppendingPaths(ZPArray *paths) { return objc_msgSend<ZPArray *>(this, "stringsByAppendingPaths:"_sel, paths); }
-    /// The path with backslashes in the file system's encoding, from which `ZPHostPathFromPath` makes the host's;
-    /// valid until the current autorelease pool is emptied. An empty path, and one that the encoding does not
-    /// hold, raises ZPInvalidArgumentException.
+    /// Looks for files whose paths begin with the receiver; with a list of extensions only for directories and files that
+    /// have one of them. Answers how many there are; 0 stores nothing. Otherwise `*completion` is what they have in
+    /// common, and `*matches` are their paths; either pointer may be null.
+    unsigned completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(ZPString **completion, BOOL caseSensitive, ZPArray **matches,
+                                                                               ZPArray *extensions) {
+        return objc_msgSend<unsigned>(this, "completePathIntoString:caseSensitive:matchesIntoArray:filterTypes:"_sel, completion, caseSensitive, matches,
+                                      extensions);
+    }
+    /// The path with backslashes in the file system's encoding, from which `ZPHostPathFromPath` makes the host's; valid
+    /// until the current autorelease pool is emptied. U+DC80 to U+DCFF stand for bytes of names that mean nothing in the
+    /// encoding. An empty path, and one that the encoding does not hold, raises ZPInvalidArgumentException.
     const char *fileSystemRepresentation() { return objc_msgSend<const char *>(this, "fileSystemRepresentation"_sel); }
     BOOL getFileSystemRepresentation_maxLength(char *buffer, unsigned maxLength) {
         return objc_msgSend<BOOL>(this, "getFileSystemRepresentation:maxLength:"_sel, buffer, maxLength);

@@ -1,57 +1,263 @@
-// Splitting and joining paths, and their form for the file system.
+// Splitting, joining, standardizing and abbreviating paths. The home directory of the process is C:\Users\me.
 #include "StringForms.h"
+
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/strings/ZPPathUtilities.h>
+
+#include <cstdlib>
 
 using namespace strings;
 
 namespace {
 
+[[maybe_unused]] const bool homeIsSet = !setenv("HOMEDRIVE", "C:", 1) && !setenv("HOMEPATH", "\\Users\\me", 1);
+
 struct Paths : testing::Test {
     Pool pool;
+    Paths() { _ZPSetLogCStringFunction([](const char *bytes, unsigned length, BOOL) { logged().assign(bytes, length); }); }
+    ~Paths() { _ZPSetLogCStringFunction(nullptr); }
+    static std::string &logged() {
+        static std::string text;
+        return text;
+    }
 };
 
-void check(ZPString *(ZPString::*operation)(), const char16_t *path, const char16_t *wanted) {
-    inEveryForm(path, [&](const Form &, ZPString *s) { EXPECT_EQ(textOf((s->*operation)()), wanted) << make(path)->cString(); });
+ZPPathStore2 *store(const std::u16string &text) { return ZPPathStore2::pathStoreWithCharacters_length(text.data(), unsigned(text.size())); }
+
+struct Case {
+    const char16_t *path, *wanted;
+};
+
+// A path store works on its own units, which operations have written with backslashes.
+void check(ZPString *(ZPString::*operation)(), std::initializer_list<Case> cases) {
+    for (auto &[path, wanted] : cases)
+        inEveryForm(path, [&, path = path, wanted = wanted](const Form &form, ZPString *s) {
+            if (std::strcmp(form.name, "path store") == 0) s = s->stringByAppendingPathComponent(""_zp);
+            EXPECT_EQ(textOf((s->*operation)()), wanted) << make(path)->cString();
+        });
+}
+
+std::vector<std::u16string> listOf(ZPArray *array) {
+    std::vector<std::u16string> list;
+    for (unsigned i = 0; i < array->count(); ++i) list.push_back(textOf(array->objectAtIndex(i)));
+    return list;
+}
+using List = std::vector<std::u16string>;
+
+bool isSeparator(char16_t u) { return u == '/' || u == '\\'; }
+bool hasDrive(const std::u16string &p) { return p.size() >= 2 && p[1] == ':' && ((p[0] | 32) >= 'a' && (p[0] | 32) <= 'z' && p[0] < 128); }
+bool starts(const std::u16string &p, std::u16string_view head) { return p.compare(0, head.size(), head) == 0; }
+
+// What standardizing does, rule by rule on whole strings.
+std::u16string standardized(std::u16string p) {
+    auto normalize = [](std::u16string &s) {
+        std::u16string out = starts(s, u"\\\\") ? u"\\\\" : u"";
+        for (std::size_t i = out.size(); i < s.size(); ++i)
+            if (!isSeparator(s[i])) out += s[i];
+            else if (i + 1 == s.size() || !isSeparator(s[i + 1])) out += u'\\';
+        while (out.size() > (hasDrive(out) ? 3 : 1) && out.back() == '\\') out.pop_back();
+        s = out;
+    };
+    normalize(p);
+    bool network = starts(p, u"\\\\");
+    while (p.size() >= (network ? 5 : 3) && p.ends_with(u"\\.")) p.erase(p.size() - (p.size() == 4 && hasDrive(p) ? 1 : 2));
+    if (!network) {
+        std::u16string rest = p;
+        while (starts(rest, u".\\")) rest.erase(0, 2);
+        p = rest != p && (starts(rest, u"~") || hasDrive(rest)) ? u".\\" + rest : rest;
+    }
+    for (std::size_t at = network ? 3 : 0; (at = p.find(u"\\.\\", at)) != p.npos;) p.erase(at, 2);
+
+    bool tilde = starts(p, u"~"), drive = hasDrive(p) && p.size() >= 3 && p[2] == '\\';
+    if (tilde || drive || network) {
+        std::size_t root = drive ? 2 : p.find(u'\\', network ? 2 : 0);
+        if (network && root != p.npos) root = p.find(u'\\', root + 1);
+        if (root != p.npos) {
+            List names{u""};
+            for (char16_t u : p.substr(root + 1)) {
+                if (u == '\\') names.emplace_back();
+                else names.back() += u;
+            }
+            for (bool again = true; again;) {
+                again = false;
+                if (!tilde && names[0] == u"..") {
+                    names.erase(names.begin());
+                    again = true;
+                }
+                for (std::size_t i = 0; !again && i + 1 < names.size(); ++i)
+                    if (names[i] != u".." && names[i + 1] == u"..") {
+                        names.erase(names.begin() + i, names.begin() + i + 2);
+                        again = true;
+                    }
+                if (names.empty()) names.emplace_back(), again = false;
+            }
+            p.resize(root + 1);
+            for (std::size_t i = 0; i < names.size(); ++i) p += (i ? u"\\" : u"") + names[i];
+        }
+    }
+    normalize(p);
+    return p;
 }
 
 }  // namespace
 
 TEST_F(Paths, AreSplit) {
-    using S = ZPString;
-    const char16_t *last[][2] = {{u"C:\\dir\\file.txt", u"file.txt"}, {u"C:x", u"x"}, {u"\\", u"\\"}, {u"a", u"a"}, {u"a/b//", u"b"}, {u"", u""},
-                                 {u"C:\\", u"\\"}, {u"\\\\srv\\share", u"share"}, {u"/usr/caf\u00e9", u"caf\u00e9"}};
-    for (auto &c : last) check(&S::lastPathComponent, c[0], c[1]);
-    const char16_t *directory[][2] = {{u"C:\\dir", u"C:\\"}, {u"\\dir", u"\\"}, {u"dir", u""}, {u"C:\\dir\\sub", u"C:\\dir"}, {u"C:x", u"C:"},
-                                      {u"a//b/", u"a"}, {u"C:/a/b", u"C:\\a"}, {u"", u""}};
-    for (auto &c : directory) check(&S::stringByDeletingLastPathComponent, c[0], c[1]);
-    const char16_t *extension[][2] = {{u"archive.tar.gz", u"gz"}, {u"dir.d\\file", u""}, {u".profile", u""}, {u"a//b.txt", u"txt"}, {u"C:.txt", u""},
-                                      {u"a.", u""}, {u"", u""}, {u"x.\u4e2d", u"\u4e2d"}};
-    for (auto &c : extension) check(&S::pathExtension, c[0], c[1]);
-    check(&S::stringByDeletingPathExtension, u"dir\\archive.tar.gz", u"dir\\archive.tar");
+    check(&ZPString::lastPathComponent, {{u"C:\\dir\\file.txt", u"file.txt"}, {u"C:x", u"x"}, {u"\\", u"\\"}, {u"a", u"a"}, {u"a/b//", u"b"},
+                                         {u"", u""}, {u"C:\\", u"\\"}, {u"\\\\srv\\share", u"share"}, {u"/usr/caf\u00e9", u"caf\u00e9"}});
+    check(&ZPString::stringByDeletingLastPathComponent, {{u"C:\\dir", u"C:\\"}, {u"\\dir", u"\\"}, {u"dir", u""}, {u"C:\\dir\\sub", u"C:\\dir"},
+                                                         {u"C:x", u"C:"}, {u"a//b/", u"a"}, {u"C:/a/b", u"C:\\a"}, {u"", u""}});
+    check(&ZPString::pathExtension, {{u"archive.tar.gz", u"gz"}, {u"dir.d\\file", u""}, {u".profile", u""}, {u"a//b.txt", u"txt"}, {u"C:.txt", u""},
+                                     {u"a.", u""}, {u"", u""}, {u"x.\u4e2d", u"\u4e2d"}});
+    check(&ZPString::stringByDeletingPathExtension, {{u"dir\\archive.tar.gz", u"dir\\archive.tar"}, {u"C:\\.profile", u"C:\\.profile"}, {u"a.b/", u"a"}});
+    ZPPathStore2 *one = store(u"name");
+    EXPECT_EQ(one->lastPathComponent(), one) << "nothing to cut";
+    EXPECT_STREQ("C:\\a\\b"_zp->lastPathComponent()->isa->name, "ZPPathStore2");
+}
+
+TEST_F(Paths, AreTakenToPiecesAndPutTogether) {
+    for (auto &[path, wanted] : {std::pair{u"C:\\a", List{u"C:", u"\\", u"a"}}, {u"a/b/", {u"a", u"b"}}, {u"C:\\a\\\\b\\", {u"C:", u"\\", u"a", u"b"}},
+                                 {u"\\\\server\\share", {u"\\", u"server", u"share"}}, {u"/\u4e2d", {u"/", u"\u4e2d"}}, {u"c:x", {u"c:", u"x"}}, {u"", {}}})
+        inEveryForm(path, [&](const Form &, ZPString *s) { EXPECT_EQ(listOf(s->pathComponents()), wanted); });
+    auto joined = [](std::initializer_list<ZPString *> parts) {
+        ZPMutableArray *list = ZPMutableArray::array();
+        for (ZPString *p : parts) list->addObject(p);
+        return textOf(ZPString::pathWithComponents(list));
+    };
+    EXPECT_EQ(joined({}), u"");
+    EXPECT_EQ(joined({"C:"_zp, "\\"_zp, "a"_zp, ""_zp, "b/"_zp}), u"C:\\a\\b");
+    EXPECT_EQ(joined({"a"_zp, "D:\\x"_zp, "b"_zp}), u"a\\b") << "a drive behind a name is left out";
+    EXPECT_EQ(logged(), "*** +[ZPPathStore2 pathWithComponents:]: cannot append path 'D:\\x' to path 'a'");
+    ZPString *hundred = make(std::u16string(100, u'n'));
+    EXPECT_EQ(joined({hundred, hundred, hundred, hundred}).size(), 403u);
+
+    std::mt19937 random(3);
+    for (int i = 0; i < 2000; ++i) {
+        std::u16string text = randomText(random, 10, u"a./\\\u00e9");
+        if (i % 3 == 0) text = u"C:" + text;
+        ZPString *plain = make(text)->stringByAppendingPathComponent(""_zp);
+        if (!starts(textOf(plain), u"\\\\")) { EXPECT_EQ(textOf(ZPString::pathWithComponents(make(text)->pathComponents())), textOf(plain)); }
+    }
 }
 
 TEST_F(Paths, AreJoined) {
     auto joined = [](const char16_t *a, const char16_t *b) { return textOf(make(a)->stringByAppendingPathComponent(make(b))); };
     EXPECT_EQ(joined(u"C:\\dir", u"D:\\x"), u"C:\\dir");
+    EXPECT_EQ(logged(), "*** -[ZPUnicodeString stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'");
     EXPECT_EQ(joined(u"C:", u"x"), u"C:x");
     EXPECT_EQ(joined(u"", u"x"), u"x");
     EXPECT_EQ(joined(u"", u"C:\\x"), u"C:\\x");
     EXPECT_EQ(joined(u"/", u"x"), u"\\x");
     EXPECT_EQ(joined(u"a/", u"/b/"), u"a\\b");
     EXPECT_EQ(joined(u"\\\\", u"srv"), u"\\\\srv");
+    EXPECT_EQ(joined(u"a", u"\\\\srv"), u"a");
     EXPECT_EQ(joined(u"dir", u""), u"dir");
     std::u16string longest(3000, u'd'), more(2000, u'e');
     EXPECT_EQ(joined(longest.c_str(), u"x").size(), 3002u);
     EXPECT_EQ(joined(longest.c_str(), more.c_str()), longest);
+    EXPECT_EQ(store(longest)->stringByAppendingPathComponent(make(more))->length(), 5001u) << "only what cannot follow is refused";
+    ZPPathStore2 *dir = store(u"C:\\dir");
+    EXPECT_EQ(dir->stringByAppendingPathComponent("D:\\x"_zp), dir);
+    EXPECT_EQ(logged(), "*** -[ZPPathStore2 stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'");
+    ZPArray *paths = ZPArray::arrayWithObjects("a"_zp, "D:"_zp);
+    EXPECT_EQ(listOf(dir->stringsByAppendingPaths(paths)), (List{u"C:\\dir\\a", u"C:\\dir"}));
+    EXPECT_EQ(listOf(store(u"")->stringsByAppendingPaths(paths)), (List{u"a", u"D:"}));
 }
 
-TEST_F(Paths, GoToTheFileSystemInItsEncoding) {
-    EXPECT_STREQ("C:/x/y"_zp->fileSystemRepresentation(), "C:\\x\\y");
-    EXPECT_STREQ(make(u"/caf\u00e9/\u4e2d")->fileSystemRepresentation(), "\\caf\xC3\xA9\\\xE4\xB8\xAD");
-    char buffer[5];
-    EXPECT_TRUE("/abc"_zp->getFileSystemRepresentation_maxLength(buffer, 5));
-    EXPECT_STREQ(buffer, "\\abc");
-    EXPECT_FALSE("/abcd"_zp->getFileSystemRepresentation_maxLength(buffer, 5));
-    EXPECT_FALSE(""_zp->getFileSystemRepresentation_maxLength(buffer, 5));
-    EXPECT_FALSE(make(std::u16string(u"a\0b", 3))->getFileSystemRepresentation_maxLength(buffer, 5)) << "no name has a NUL";
-    EXPECT_NE(raised([] { ""_zp->fileSystemRepresentation(); }), "");
+TEST_F(Paths, TakeExtensions) {
+    auto extended = [](const char16_t *path, const char16_t *extension) {
+        std::u16string result = textOf(make(path)->stringByAppendingPathExtension(make(extension)));
+        if (textOf(store(path)) == path) { EXPECT_EQ(textOf(store(path)->stringByAppendingPathExtension(make(extension))), result); }
+        return result;
+    };
+    EXPECT_EQ(extended(u"a/", u"txt"), u"a.txt");
+    EXPECT_EQ(extended(u"C:\\a", u""), u"C:\\a.");
+    EXPECT_EQ(extended(u"C:x", u"y.z"), u"C:x.y.z");
+    EXPECT_EQ(extended(u"~\\a", u"txt"), u"~\\a.txt");
+    for (const char16_t *path : {u"", u"/", u"\\", u"~", u"~me", u"C:", u"\\\\", u"C:\\"}) {
+        logged().clear();
+        EXPECT_EQ(extended(path, u"txt"), path);
+        EXPECT_NE(logged().find("PathExtension:]: cannot append extension 'txt' to path '"), std::string::npos);
+    }
+    EXPECT_EQ(extended(u"a", u"/b"), u"a");
+    EXPECT_EQ(extended(u"a", u"C:b"), u"a");
+    ZPArray *files = ZPArray::arrayWithObjects("a.txt"_zp, "b.c"_zp, "txt"_zp, "d/e.txt"_zp, "f."_zp);
+    EXPECT_EQ(listOf(files->pathsMatchingExtensions(ZPArray::arrayWithObjects("txt"_zp, ""_zp))), (List{u"a.txt", u"d/e.txt"}));
+}
+
+TEST_F(Paths, AreAbsoluteOrNot) {
+    for (const char16_t *path : {u"C:\\x", u"z:/", u"\\\\srv\\share", u"~", u"~me\\x"})
+        inEveryForm(path, [](const Form &, ZPString *s) { EXPECT_TRUE(s->isAbsolutePath()); });
+    for (const char16_t *path : {u"/usr", u"C:", u"x", u"", u"//srv", u"C:x", u"1:\\", u"\u0143:\\"})
+        inEveryForm(path, [](const Form &, ZPString *s) { EXPECT_FALSE(s->isAbsolutePath()); });
+}
+
+TEST_F(Paths, KnowTheHomeDirectory) {
+    check(&ZPString::stringByExpandingTildeInPath, {{u"~\\docs", u"C:\\Users\\me\\docs"}, {u"~", u"C:\\Users\\me"}, {u"~/a//b", u"C:\\Users\\me\\a\\b"},
+                                                    {u"~nobody at all\\x", u"~nobody at all\\x"}, {u"a~", u"a~"}, {u"", u""}});
+    check(&ZPString::stringByAbbreviatingWithTildeInPath, {{u"C:\\Users\\me\\docs", u"~\\docs"}, {u"C:\\Users\\me", u"~"}, {u"C:/Users/me/", u"~"},
+                                                           {u"C:\\Users\\meX", u"C:\\Users\\meX"}, {u"c:\\Users\\me", u"c:\\Users\\me"},
+                                                           {u"C:\\Users", u"C:\\Users"}, {u"\\", u"\\"}, {u"", u""}});
+    std::u16string tail(5000, u't');
+    EXPECT_EQ(textOf(make(u"~\\" + tail)->stringByExpandingTildeInPath()).substr(0, 3), u"~\\t") << "no room, so nothing is lost";
+}
+
+TEST_F(Paths, AreStandardized) {
+    check(&ZPString::stringByStandardizingPath,
+          {{u"a/b//c/", u"a\\b\\c"}, {u"C:/x/./y/../z", u"C:\\x\\z"}, {u"C:\\a\\..\\..\\b", u"C:\\b"}, {u"C:\\..\\b", u"C:\\b"},
+           {u"C:\\a\\b\\..", u"C:\\a"}, {u"C:\\x\\.", u"C:\\x"}, {u"\\\\srv\\share\\..\\b", u"\\\\srv\\share\\b"}, {u".\\.\\a", u"a"},
+           {u"a\\..\\b", u"a\\..\\b"}, {u"\\a\\..\\b", u"\\a\\..\\b"}, {u"C:\\a\\..", u"C:\\"}, {u"\\\\srv\\share\\a\\..", u"\\\\srv\\share"},
+           {u"\\\\srv\\..\\x", u"\\\\srv\\..\\x"}, {u"C:\\.\\..\\...\\..a", u"C:\\...\\..a"}, {u"~/../x", u"C:\\Users\\x"}, {u"", u""}, {u"/", u"\\"},
+           // What is taken away leaves the same file named.
+           {u"C:\\.", u"C:\\"}, {u".\\~", u".\\~"}, {u"././/c:x", u".\\c:x"}, {u"~nobody at all\\..\\a\\..\\b", u"~nobody at all\\..\\b"}});
+}
+
+TEST_F(Paths, AreStandardizedByTheRules) {
+    std::mt19937 random(17);
+    std::size_t changed = 0;
+    for (int i = 0; i < 60000; ++i) {
+        static const char16_t *const heads[] = {u"", u"C:", u"C:\\", u"\\\\s\\h\\", u"\\\\", u".\\", u"~x\\"};
+        std::u16string text = heads[random() % 7] + randomText(random, 14, i % 2 ? u"\\\\..a" : u"/\\.a:~C\u00e9");
+        ZPString *result = i % 3 ? make(text)->stringByStandardizingPath() : store(text)->stringByStandardizingPath();
+        std::u16string wanted = text == u"~" || (text.size() > 1 && text[0] == '~' && isSeparator(text[1]))
+                                    ? standardized(u"C:\\Users\\me" + text.substr(1)) : standardized(text);
+        ASSERT_EQ(textOf(result), wanted) << make(text)->cString();
+        ASSERT_EQ(textOf(result->stringByStandardizingPath()), wanted) << make(text)->cString();
+        changed += wanted != text;
+        if (i % 256 == 255) {
+            ZPPopAutoreleasePool(pool.token);
+            pool.token = ZPPushAutoreleasePool(0);
+        }
+    }
+    EXPECT_GT(changed, 10000u);
+}
+
+TEST_F(Paths, MayBeLongerThanTheHostsLongest) {
+    std::u16string text = u"C:\\";
+    for (int i = 0; i < 20000; ++i) text += u"name\\.\\x\\..\\";
+    ZPString *path = make(text)->stringByStandardizingPath();
+    EXPECT_EQ(path->length(), 3u + 20000 * 5 - 1);
+    EXPECT_EQ(path->pathComponents()->count(), 20002u);
+    EXPECT_EQ(textOf(path->lastPathComponent()), u"name");
+    EXPECT_EQ(path->stringByResolvingSymlinksInPath()->length(), path->length());
+}
+
+TEST_F(Paths, AreStringsOfTheirOwn) {
+    ZPPathStore2 *path = store(u"C:\\caf\u00e9\\\\");
+    EXPECT_EQ(textOf(path), u"C:\\caf\u00e9");
+    EXPECT_EQ(textOf(store(u"C:\\/")), u"C:\\");
+    EXPECT_EQ(textOf(ZPPathStore2::pathStoreWithCString("a/\xE4\xB8\xAD/")), u"a/\u4e2d");
+    EXPECT_EQ(ZPPathStore2::pathStoreWithCString("\xFF"), nullptr);
+    EXPECT_TRUE(path->isEqual(make(u"C:\\caf\u00e9")));
+    EXPECT_EQ(path->hash(), make(u"C:\\caf\u00e9")->hash());
+    ZPString *copy = path->copy();
+    EXPECT_EQ(copy, path);
+    EXPECT_EQ(path->retainCount(), 2u);
+    path->release();
+    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    ZPString *elsewhere = path->copyWithZone(zone);
+    EXPECT_EQ(ZPZoneFromPointer(elsewhere), zone);
+    EXPECT_TRUE(elsewhere->isEqual(path));
+    elsewhere->release();
+    ZPRecycleZone(zone);
 }

@@ -1,5 +1,7 @@
 #include "StringForms.h"
 
+#include <Bedrock/strings/ZPPathUtilities.h>
+
 namespace strings {
 
 ZP_IMPLEMENT(ClientString).method<&ClientString::length>("length").method<&ClientString::characterAtIndex>("characterAtIndex:");
@@ -59,6 +61,12 @@ ZPString *mutable8(const std::u16string &text) { return withGap(text, inlineCStr
 ZPString *mutable16(const std::u16string &text) { return withGap(text, make); }
 ZPString *formatted(const std::u16string &text) { return ZPString::stringWithFormat("%@"_zp, make(text)); }
 
+// A path keeps no separators at its end; such a text is no path store's.
+ZPString *pathStore(const std::u16string &text) {
+    ZPString *path = ZPPathStore2::pathStoreWithCharacters_length(text.data(), unsigned(text.size()));
+    return path->length() == text.size() ? path : make(text);
+}
+
 }  // namespace
 
 const std::vector<Form> &forms() {
@@ -68,6 +76,7 @@ const std::vector<Form> &forms() {
         {"Unicode", make, false},             {"Unicode substring", unicodeSubstring, false},
         {"constant Unicode", constantUnicodeString, false},                         {"client", client, false},
         {"mutable 16-bit", mutable16, false}, {"formatted", formatted, false},
+        {"path store", pathStore, false},
     };
     return all;
 }

@@ -1,0 +1,202 @@
+// Paths and the host: names of any bytes, links, completion, users and directories.
+#include "StringForms.h"
+
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/data/ZPData.h>
+#include <Bedrock/platform/ZPPath.h>
+#include <Bedrock/strings/ZPPathUtilities.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+using namespace strings;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::u16string pathOf(const fs::path &host) {
+    char buffer[4200];
+    EXPECT_TRUE(ZPPathFromHostPath(host.c_str(), buffer, sizeof buffer));
+    return textOf(ZPString::stringWithCString(buffer));
+}
+
+std::string hostOf(ZPString *path) {
+    char buffer[4200];
+    return ZPHostPathFromPath(path->fileSystemRepresentation(), buffer, sizeof buffer) ? buffer : "<none>";
+}
+
+struct PathFiles : testing::Test {
+    Pool pool;
+    fs::path root;
+
+    PathFiles() {
+        std::string name = testing::TempDir() + "pathsXXXXXX";
+        root = fs::canonical(mkdtemp(name.data()));
+        fs::create_directories(root / "docs/deep/only");
+        for (const char *file : {"docs/deep/only/file", "report.txt", "report.doc", "Readme", "RELEASE"}) std::ofstream(root / file);
+        fs::create_directory(root / "reports");
+    }
+    ~PathFiles() { fs::remove_all(root); }
+    ZPString *path(const char *below = "") { return make(pathOf(root / below)); }
+
+    struct Completion {
+        unsigned count;
+        std::u16string text;
+        std::vector<std::u16string> matches;
+    };
+    Completion complete(const std::u16string &start, BOOL caseSensitive = YES, ZPArray *extensions = nullptr) {
+        ZPString *text = nullptr;
+        ZPArray *matches = nullptr;
+        Completion c{make(start)->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, caseSensitive, &matches, extensions), u"", {}};
+        EXPECT_EQ(make(start)->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(nullptr, caseSensitive, nullptr, extensions), c.count);
+        EXPECT_EQ(c.count != 0, text != nullptr);
+        if (!text) return c;
+        std::u16string top = pathOf(root) + u"\\";
+        c.text = textOf(text).substr(top.size());
+        for (unsigned i = 0; i < matches->count(); ++i) c.matches.push_back(textOf(matches->objectAtIndex(i)).substr(top.size()));
+        std::sort(c.matches.begin(), c.matches.end());
+        return c;
+    }
+};
+using List = std::vector<std::u16string>;
+
+}  // namespace
+
+TEST_F(PathFiles, GoToTheFileSystemInItsEncoding) {
+    EXPECT_STREQ("C:/x/y"_zp->fileSystemRepresentation(), "C:\\x\\y");
+    inEveryForm(u"/caf\u00e9/\u4e2d", [](const Form &, ZPString *s) { EXPECT_STREQ(s->fileSystemRepresentation(), "\\caf\xC3\xA9\\\xE4\xB8\xAD"); });
+    EXPECT_STREQ(make(u"a\xDCFF\xDC80")->fileSystemRepresentation(), "a\xFF\x80");
+    char buffer[5];
+    EXPECT_TRUE("/abc"_zp->getFileSystemRepresentation_maxLength(buffer, 5));
+    EXPECT_STREQ(buffer, "\\abc");
+    EXPECT_FALSE("/abcd"_zp->getFileSystemRepresentation_maxLength(buffer, 5));
+    EXPECT_FALSE("a"_zp->getFileSystemRepresentation_maxLength(buffer, 0));
+    EXPECT_FALSE(""_zp->getFileSystemRepresentation_maxLength(buffer, 5));
+    EXPECT_FALSE(make(std::u16string(u"a\0b", 3))->getFileSystemRepresentation_maxLength(buffer, 5)) << "no name has a NUL";
+    EXPECT_FALSE(make(u"\xD800")->getFileSystemRepresentation_maxLength(buffer, 5));
+    EXPECT_NE(raised([] { ""_zp->fileSystemRepresentation(); }), "");
+}
+
+TEST_F(PathFiles, NamesOfAnyBytesAreListedOpenedAndRemoved) {
+    const std::string names[] = {"\xFF", "caf\xE9", "\xED\xA0\x80", "\xC0\xAF", "a\xE2\x82", "\xF0\x9F\x98\x80\x80"};
+    fs::path folder = root / "bytes";
+    fs::create_directory(folder);
+    for (auto &name : names) std::ofstream(folder / name) << name;
+    ZPArray *matches = nullptr;
+    ZPString *start = make(pathOf(folder) + u"\\");
+    ASSERT_EQ(start->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(nullptr, YES, &matches, nullptr), std::size(names));
+    for (unsigned i = 0; i < matches->count(); ++i) {
+        ZPString *file = matches->objectAtIndex(i);
+        EXPECT_EQ(hostOf(file->stringByResolvingSymlinksInPath()), hostOf(file));
+        ZPData *data = ZPData::dataWithContentsOfFile(file);
+        ASSERT_TRUE(data);
+        std::string name(static_cast<const char *>(data->bytes()), data->length());
+        EXPECT_EQ(hostOf(file), folder / name);
+        EXPECT_TRUE(fs::remove(hostOf(file)));
+    }
+    EXPECT_TRUE(fs::is_empty(folder));
+}
+
+TEST_F(PathFiles, LinksAreResolved) {
+    fs::create_directory_symlink(root / "docs/deep", root / "shortcut");
+    fs::create_symlink("loop", root / "loop");
+    fs::create_symlink("nowhere", root / "dangling");
+    fs::create_directory(root / "a\\b");
+    fs::create_directory_symlink(root / "a\\b", root / "unnamed");
+    auto resolved = [&](const std::u16string &below) {
+        std::u16string top = pathOf(root), real = textOf(make(top + below)->stringByResolvingSymlinksInPath());
+        // A path without a drive is the host's own too, and stays so.
+        EXPECT_EQ(textOf(make(top.substr(2) + below)->stringByResolvingSymlinksInPath()), real.substr(2));
+        EXPECT_EQ(textOf(make(u"c" + top.substr(1) + below)->stringByResolvingSymlinksInPath()), real) << "the drive's one spelling";
+        return real.substr(top.size());
+    };
+    EXPECT_EQ(resolved(u"\\shortcut\\only"), u"\\docs\\deep\\only");
+    EXPECT_EQ(resolved(u"\\shortcut\\new\\file"), u"\\docs\\deep\\new\\file") << "what is not there stays";
+    EXPECT_EQ(resolved(u"\\Readme\\x"), u"\\Readme\\x");
+    EXPECT_EQ(resolved(u"\\loop\\x"), u"\\loop\\x");
+    EXPECT_EQ(resolved(u"\\dangling"), u"\\dangling");
+    EXPECT_EQ(resolved(u"\\unnamed\\x"), u"\\unnamed\\x") << "where it leads no path can say";
+    EXPECT_EQ(resolved(u""), u"");
+    auto same = [](const char16_t *path) { return textOf(make(path)->stringByResolvingSymlinksInPath()); };
+    EXPECT_EQ(same(u"\\\\SRV\\Share\\Dir"), u"\\\\srv\\share\\Dir");
+    EXPECT_EQ(same(u"d:\\x"), u"D:\\x");
+    EXPECT_EQ(same(u"C:\\"), u"C:\\");
+    EXPECT_EQ(same(u"C:\\nothing such\\x"), u"C:\\nothing such\\x");
+    EXPECT_EQ(same(u"/"), u"\\");
+    EXPECT_EQ(same(u"relative\\x"), u"relative\\x");
+    EXPECT_EQ(same(u"~nobody at all\\x"), u"~nobody at all\\x");
+    EXPECT_EQ(same(u""), u"");
+}
+
+TEST_F(PathFiles, AreCompleted) {
+    std::u16string top = pathOf(root) + u"\\";
+    Completion reports = complete(top + u"rep");
+    EXPECT_EQ(reports.count, 3u);
+    EXPECT_EQ(reports.text, u"report");
+    EXPECT_EQ(reports.matches, (List{u"report.doc", u"report.txt", u"reports"}));
+    EXPECT_EQ(complete(top + u"Re").text, u"Readme") << "case counts when names are looked for";
+    EXPECT_EQ(complete(top + u"R").text, u"R");
+    EXPECT_EQ(complete(top + u"R", NO).count, 2u);
+    EXPECT_EQ(complete(top + u"nothing").count, 0u);
+    EXPECT_EQ(complete(u"~me").count, 0u);
+    Completion deep = complete(top + u"do");
+    EXPECT_EQ(deep.count, 1u);
+    EXPECT_EQ(deep.text, u"docs\\deep\\only\\file") << "through directories with one entry";
+    EXPECT_EQ(complete(top + u"reports").text, u"reports") << "an empty directory";
+    EXPECT_EQ(complete(top + u"report.d").matches, (List{u"report.doc"}));
+    Completion filtered = complete(top + u"rep", YES, ZPArray::arrayWithObject("txt"_zp));
+    EXPECT_EQ(filtered.matches, (List{u"report.txt", u"reports"})) << "directories can lead to such a file";
+    EXPECT_EQ(complete(top + u"R", YES, ZPArray::arrayWithObject("txt"_zp)).count, 0u);
+    std::ofstream(root / "docs/c:odd");
+    EXPECT_EQ(complete(top + u"docs/").text, u"docs\\deep\\only\\file") << "no path continues with a drive";
+    for (const char16_t *name : {u"e\u0301x", u"e\u0300y"}) std::ofstream(root / "reports" / name);
+    EXPECT_EQ(complete(top + u"reports/").text, u"reports\\") << "whole composed characters";
+}
+
+TEST_F(PathFiles, UsersHaveHomes) {
+    ZPString *me = ZPUserName();
+    ASSERT_TRUE(me);
+    EXPECT_EQ(ZPUserName(), me);
+    EXPECT_EQ(textOf(ZPHomeDirectory()), u"C:\\Users\\me");
+    EXPECT_TRUE(ZPHomeDirectoryForUser(me)->isEqual(ZPHomeDirectory()));
+    EXPECT_EQ(ZPHomeDirectoryForUser("nobody at all"_zp), nullptr);
+    std::string saved = std::getenv("HOMEPATH"), home = std::getenv("HOME") ? std::getenv("HOME") : "";
+    auto homeUnder = [&](const char *drive, const char *path, const char *host) {
+        setenv("HOMEDRIVE", drive, 1);
+        path ? setenv("HOMEPATH", path, 1) : unsetenv("HOMEPATH");
+        setenv("HOME", host, 1);
+        ZPString *found = ZPHomeDirectoryForUser(me);
+        setenv("HOMEDRIVE", "C:", 1);
+        setenv("HOMEPATH", saved.c_str(), 1);
+        setenv("HOME", home.c_str(), 1);
+        return found ? textOf(found) : u"<none>";
+    };
+    EXPECT_EQ(homeUnder("D:", "/a/../b/", "/x"), u"D:\\b");
+    EXPECT_EQ(homeUnder("D:", nullptr, "/home/\xFFx/"), u"C:\\home\\\xDCFFx");
+    EXPECT_EQ(homeUnder("", "", "/home/x"), u"C:\\home\\x") << "an empty home is none";
+    EXPECT_EQ(homeUnder("", "~", "/home/x"), u"<none>") << "nor is one that names itself";
+    EXPECT_NE(homeUnder("", "", "relative"), u"relative");
+    EXPECT_EQ(textOf(ZPHomeDirectory()), u"C:\\Users\\me") << "kept";
+}
+
+TEST_F(PathFiles, DirectoriesThatProgramsAskFor) {
+    std::string saved = std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "";
+    setenv("TMPDIR", "/var//tmp/./x/", 1);
+    EXPECT_EQ(textOf(ZPTemporaryDirectory()), u"C:\\var\\tmp\\x");
+    unsetenv("TMPDIR");
+    EXPECT_EQ(textOf(ZPTemporaryDirectory()), u"C:\\tmp");
+    if (!saved.empty()) setenv("TMPDIR", saved.c_str(), 1);
+
+    ZPString *installed = ZPLodestarRootDirectory();
+    EXPECT_TRUE(installed->isEqual(ZPCorvidRootDirectory()));
+    EXPECT_TRUE(fs::is_directory(hostOf(installed)));
+    ZPArray *applications = ZPStandardApplicationPaths(), *libraries = ZPStandardLibraryPaths();
+    ASSERT_EQ(applications->count(), 6u);
+    EXPECT_EQ(textOf(applications->objectAtIndex(0)), u"C:\\Users\\me\\Apps");
+    EXPECT_EQ(textOf(applications->objectAtIndex(3)), textOf(installed) + u"\\CorvidDeveloper\\Apps");
+    ASSERT_EQ(libraries->count(), 3u);
+    EXPECT_EQ(textOf(libraries->objectAtIndex(0)), u"C:\\Users\\me\\Library");
+    EXPECT_EQ(textOf(libraries->objectAtIndex(2)), textOf(installed) + u"\\CorvidLibrary");
+}
