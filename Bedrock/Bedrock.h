@@ -38,3 +38,7 @@
 #include <Bedrock/tables/ZPSparseIndexArray.h>
 #include <Bedrock/threads/ZPLock.h>
 #include <Bedrock/threads/ZPThread.h>
+#include <Bedrock/time/ZPCalendarDate.h>
+#include <Bedrock/time/ZPDate.h>
+#include <Bedrock/time/ZPLocale.h>
+#include <Bedrock/time/ZPTimeZone.h>

@@ -17,6 +17,11 @@ BOOL ZPHostWriteStandardError(const char *bytes, std::size_t length);
 void ZPHostReportEvent(const char *text, std::size_t length);
 /// The local time as "Nov 22 20:15:00" in `text`, which holds 32 bytes.
 void ZPHostTimeStamp(char *text);
+/// What the host's time zone is at a moment: the seconds to add to GMT, whether that is daylight-saving time, and
+/// the abbreviation, NUL-terminated and cut to 15 bytes. NO for a moment that the host cannot place.
+BOOL ZPHostZoneAt(long long secondsSince1970, int *offset, BOOL *isDaylight, char abbreviation[16]);
+/// The name of the host's time zone ("Europe/Berlin") in `name`; NO when it has none.
+BOOL ZPHostZoneName(char *name, std::size_t size);
 /// Return addresses of the calling stack, innermost first.
 int ZPHostCallStack(void **addresses, int capacity);
 /// The number of the code page of the text that the user's environment names; 65001 stands for UTF-8, which

@@ -1,1 +1,1 @@
-set(PUBLIC_HEADERS)
+set(PUBLIC_HEADERS ZPCalendarDate.h ZPDate.h ZPLocale.h ZPTimeZone.h)

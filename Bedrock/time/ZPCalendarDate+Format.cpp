@@ -1,0 +1,156 @@
+// Dates to text.
+#include <Bedrock/time/ZPCalendarDate+Internal.h>
+
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/strings/ZPMutableString.h>
+#include <Bedrock/time/ZPLocale.h>
+
+#include <cstdlib>
+#include <vector>
+
+ZPString *_ZPLocaleName(ZPDictionary *locale, ZPString *key, unsigned index, unsigned count) {
+    for (ZPDictionary *names : {locale, _ZPDefaultEnglishLanguageDict()}) {
+        id list = names->objectForKey(key);
+        if (!list || !list->isKindOfClass(ZPArray::class_()) || ((ZPArray *)list.pointer())->count() < count) continue;
+        id name = ((ZPArray *)list.pointer())->objectAtIndex(index);
+        if (name->isKindOfClass(ZPString::class_())) return (ZPString *)name.pointer();
+    }
+    return ZPString::string();
+}
+
+ZPString *_ZPLocaleFormat(ZPDictionary *locale) {
+    id format = locale->objectForKey(ZPTimeDateFormatString);
+    return format && format->isKindOfClass(ZPString::class_()) ? (ZPString *)format.pointer() : nullptr;
+}
+
+namespace {
+
+constexpr unsigned mostWidth = 1000;  // of a number, whatever the format says
+
+/// Units being written; the first lie in place.
+class Output {
+    unichar _inPlace[192];
+    std::vector<unichar> _more;
+    unsigned _length = 0;
+
+  public:
+    void add(const unichar *units, unsigned count) {
+        if (_more.empty() && _length + count <= std::size(_inPlace)) {
+            std::copy_n(units, count, _inPlace + _length);
+            _length += count;
+            return;
+        }
+        if (_more.empty()) _more.assign(_inPlace, _inPlace + _length);
+        _more.insert(_more.end(), units, units + count);
+    }
+    void add(char c) {
+        auto unit = unichar(static_cast<unsigned char>(c));
+        add(&unit, 1);
+    }
+    void add(ZPString *text) {
+        unichar units[64];
+        for (unsigned at = 0, length = text->length(); at < length; at += 64) {
+            unsigned count = std::min(64u, length - at);
+            text->getCharacters_range(units, ZPMakeRange(at, count));
+            add(units, count);
+        }
+    }
+    void addNumber(long long value, unsigned width, char fill) {
+        unichar digits[24];
+        unsigned at = 24;
+        unsigned long long rest = value < 0 ? 0ull - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
+        do digits[--at] = unichar('0' + rest % 10);
+        while (rest /= 10);
+        unsigned length = 24 - at + (value < 0);
+        if (value < 0 && fill == '0') add('-');
+        for (; length < width; ++length) add(fill);
+        if (value < 0 && fill != '0') add('-');
+        add(digits + at, 24 - at);
+    }
+    ZPString *string() {
+        return _more.empty() ? ZPMutableString::stringWithCharacters_length(_inPlace, _length)
+                             : ZPMutableString::stringWithCharacters_length(_more.data(), unsigned(_more.size()));
+    }
+};
+
+struct Formatter {
+    ZPCalendarDate *date;
+    ZPDictionary *locale;
+    _ZPDateFields fields;
+    Output output;
+
+    void name(ZPString *key, unsigned index, unsigned count) { output.add(_ZPLocaleName(locale, key, index, count)); }
+
+    // The locale's format, or what stands here.
+    void expand(ZPString *standard, int depth) {
+        ZPString *format = _ZPLocaleFormat(locale);
+        if (depth >= _ZPFormatDepth) output.add('?');
+        else run(format ? format : standard, depth + 1);
+    }
+
+    void run(ZPString *format, int depth) {
+        unsigned length = format->length(), at = 0;
+        std::vector<unichar> longer;
+        unichar shorter[128];
+        unichar *units = shorter;
+        if (length > 128) {
+            longer.resize(length);
+            units = longer.data();
+        }
+        format->getCharacters_range(units, ZPMakeRange(0, length));
+        while (at < length) {
+            unsigned plain = at;
+            while (at < length && units[at] != '%') ++at;
+            output.add(units + plain, at - plain);
+            if (at++ >= length) return;
+            bool hasWidth = at < length && units[at] >= '0' && units[at] <= '9';
+            char fill = hasWidth && units[at] == '0' ? '0' : ' ';
+            unsigned width = 0;
+            for (; at < length && units[at] >= '0' && units[at] <= '9'; ++at) width = std::min(mostWidth, width * 10 + (units[at] - '0'));
+            if (at >= length) return;
+            auto number = [&](long long value, unsigned ownWidth) { output.addNumber(value, hasWidth ? width : ownWidth, hasWidth ? fill : '0'); };
+            const _ZPDateFields &f = fields;
+            switch (units[at++]) {
+            case '%': output.add('%'); break;
+            case 'a': name(ZPShortWeekDayNameArray, unsigned(f.dayOfWeek), 7); break;
+            case 'A': name(ZPWeekDayNameArray, unsigned(f.dayOfWeek), 7); break;
+            case 'b': name(ZPShortMonthNameArray, unsigned(f.month - 1), 12); break;
+            case 'B': name(ZPMonthNameArray, unsigned(f.month - 1), 12); break;
+            case 'c': expand("%a %b %d %H:%M:%S %Z %Y"_zp, depth); break;
+            case 'd': number(f.day, 2); break;
+            case 'e': number(f.day, 1); break;
+            case 'F': output.addNumber(f.milliseconds % 1000, 3, '0'); break;
+            case 'H': number(f.hour, 2); break;
+            case 'I': number(f.hour % 12 ? f.hour % 12 : 12, 2); break;
+            case 'j': number(f.dayOfYear, 3); break;
+            case 'm': number(f.month, 2); break;
+            case 'M': number(f.minute, 2); break;
+            case 'p': name(ZPAMPMDesignation, f.hour > 11, 2); break;
+            case 'S': number(f.second, 2); break;
+            case 'w': number(f.dayOfWeek, 1); break;
+            case 'x': expand("%a %b %d %Y"_zp, depth); break;
+            case 'X': expand("%H:%M:%S %Z"_zp, depth); break;
+            case 'y': number(f.year % 100, 2); break;
+            case 'Y': number(f.year, 1); break;
+            case 'Z': output.add(date->_timeZone->timeZoneAbbreviation()); break;
+            case 'z': {
+                long long offset = date->_timeZone->timeZoneSecondsFromGMT(), distance = std::abs(offset);
+                output.add(offset < 0 ? '-' : '+');
+                output.addNumber(distance / 3600, 2, '0');
+                output.addNumber(distance / 60 % 60, 2, '0');
+                break;
+            }
+            default: output.add('?');
+            }
+        }
+    }
+};
+
+}  // namespace
+
+ZPString *_ZPFormatDate(ZPCalendarDate *date, ZPString *format, ZPDictionary *locale) {
+    Formatter f{date, locale, _ZPFieldsOf(date), {}};
+    f.run(format ? format : _ZPDefaultCalendarFormat(), 0);
+    return f.output.string();
+}

@@ -1,0 +1,298 @@
+// ZPCalendarDate: its fields, what is built of them, and arithmetic. A day is found from local seconds, rounded down, in
+// whole numbers; what lies outside days 1 to 2,147,483,647 shows the fields of day 1 or of day 1,460,972.
+#include <Bedrock/time/ZPCalendarDate+Internal.h>
+
+#include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/platform/ZPKernel.h>
+#include <Bedrock/strings/ZPString.h>
+#include <Bedrock/time/ZPTimeZone+Internal.h>
+
+#include <cmath>
+
+ZP_FORWARD(ZPCoder);
+ZP_FORWARD(ZPPortCoder);
+
+namespace {
+
+long long clampedDay(long long day) { return day > 2147483647 ? 1460972 : day < 1 ? 1 : day; }
+int clampedInt(double value) { return !(value > -2147483648.0) ? -2147483647 - 1 : value >= 2147483647.0 ? 2147483647 : int(value); }
+
+long long dayOf(ZPCalendarDate *date) { return clampedDay(_ZPFloorDivide(_ZPLocalSeconds(date), _ZPSecondsPerDay) + _ZPReferenceDay); }
+
+int secondOfDay(ZPCalendarDate *date) { return _ZPFloorModulo(_ZPLocalSeconds(date), 86400); }
+
+template <class T> void keep(T *&field, T *value) {
+    value->retain();
+    T *old = field;
+    field = value;
+    old->release();
+}
+
+// The difference of two dates by one unit at a time; see `difference`.
+struct Counts {
+    int values[6] = {};
+
+    ZPCalendarDate *addedTo(ZPCalendarDate *date) const {
+        return date->dateByAddingYears_months_days_hours_minutes_seconds(values[0], values[1], values[2], values[3], values[4], values[5]);
+    }
+};
+
+struct CalendarMethods : ZPCalendarDate {
+    static ZPCalendarDate *make(Class self) { return (ZPCalendarDate *)objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer(); }
+    static ZPCalendarDate *calendarDate(Class self) {
+        return (ZPCalendarDate *)make(self)->initWithTimeIntervalSinceReferenceDate(cthread_time())->autorelease().pointer();
+    }
+    static ZPCalendarDate *withFields(Class self, int year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second, ZPTimeZone *zone) {
+        return (ZPCalendarDate *)make(self)->initWithYear_month_day_hour_minute_second_timeZone(year, month, day, hour, minute, second, zone)->autorelease().pointer();
+    }
+    static ZPCalendarDate *withString(Class self, ZPString *text, ZPString *format) { return withStringLocale(self, text, format, nullptr); }
+    static ZPCalendarDate *withStringLocale(Class self, ZPString *text, ZPString *format, ZPDictionary *locale) {
+        return (ZPCalendarDate *)make(self)->initWithString_calendarFormat_locale(text, format, locale)->autorelease().pointer();
+    }
+
+    id initWithTime(double seconds) {
+        _timeIntervalSinceReferenceDate = seconds;
+        if (!_timeZone) keep(_timeZone, _ZPDetailAt(nullptr, seconds, this));
+        if (!_formatString) _formatString = _ZPDefaultCalendarFormat();
+        return this;
+    }
+    id initWithFields(int year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second, ZPTimeZone *zone) {
+        _ZPSetDateFields(this, year, month & 0xFF, day & 0xFF, hour * 3600.0 + minute * 60.0 + second, zone);
+        return this;
+    }
+    id initWithString(ZPString *text, ZPString *format) { return initWithString_calendarFormat_locale(text, format, nullptr); }
+    id initWithStringLocale(ZPString *text, ZPString *format, ZPDictionary *locale) {
+        if (_ZPParseDate(this, text, format, locale)) return this;
+        release();
+        return nullptr;
+    }
+
+    double time() { return _timeIntervalSinceReferenceDate; }
+    ZPTimeZoneDetail *timeZoneDetail() { return _timeZone; }
+    void setTimeZone(ZPTimeZone *zone) { keep(_timeZone, _ZPDetailAt(zone, _timeIntervalSinceReferenceDate, this)); }
+    ZPString *calendarFormat() { return _formatString; }
+    void setCalendarFormat(ZPString *format) {
+        ZPString *old = _formatString;
+        _formatString = format ? (ZPString *)format->copyWithZone(nullptr).pointer() : _ZPDefaultCalendarFormat();
+        old->release();
+    }
+
+    // ---- fields ----
+
+    int dayOfCommonEra() {
+        double day = (_timeIntervalSinceReferenceDate + _ZPOffsetOf(_timeZone)) / double(_ZPSecondsPerDay) + double(_ZPReferenceDay);
+        return day >= 1 && day < 2147483647.0 ? int(dayOf(this)) : clampedInt(day);
+    }
+    int year() { return int(_ZPGregorianOfDay(dayOf(this)).year); }
+    int month() { return _ZPGregorianOfDay(dayOf(this)).month; }
+    int day() { return _ZPGregorianOfDay(dayOf(this)).day; }
+    int dayOfWeek() { return int(dayOf(this) % 7); }
+    int dayOfYear() { return _ZPGregorianOfDay(dayOf(this)).dayOfYear; }
+    int hour() { return secondOfDay(this) / 3600; }
+    int minute() { return secondOfDay(this) / 60 % 60; }
+    int second() { return secondOfDay(this) % 60; }
+
+    // ---- arithmetic ----
+
+    ZPCalendarDate *adding(int years, int months, int days, int hours, int minutes, int seconds) {
+        _ZPDateFields f = _ZPFieldsOf(this);
+        long long month = f.month - 1LL + months, year = f.year + years + _ZPFloorDivide(month, 12);
+        auto ofYear = unsigned(_ZPFloorModulo(month, 12) + 1);
+        long long day = std::min(f.day, _ZPDaysOfMonth(year, ofYear)) + static_cast<long long>(days);
+        long long second = (f.hour + static_cast<long long>(hours)) * 3600 + (f.minute + static_cast<long long>(minutes)) * 60 + f.second + seconds;
+        ZPCalendarDate *sum = make(objectClass());
+        _ZPSetDateFields(sum, year, ofYear, day + _ZPFloorDivide(second, _ZPSecondsPerDay), double(_ZPFloorModulo(second, 86400)), _timeZone);
+        sum->_timeIntervalSinceReferenceDate += _timeIntervalSinceReferenceDate - std::floor(_timeIntervalSinceReferenceDate);
+        sum->setCalendarFormat(_formatString);
+        return (ZPCalendarDate *)sum->autorelease().pointer();
+    }
+
+    // For each unit asked for, the greatest count with which the other date does not pass this one.
+    void difference(int *years, int *months, int *days, int *hours, int *minutes, int *seconds, ZPDate *other) {
+        int *outputs[6] = {years, months, days, hours, minutes, seconds};
+        constexpr double lengths[5] = {31556952, 2629746, 86400, 3600, 60};
+        for (int *output : outputs)
+            if (output) *output = 0;
+        double mine = _timeIntervalSinceReferenceDate, base = other->timeIntervalSinceReferenceDate();
+        if (mine == base || !std::isfinite(mine) || !std::isfinite(base)) return;
+        int step = mine > base ? 1 : -1;
+        ZPAutoreleasePoolScope pool;
+        auto *from = (ZPCalendarDate *)other;
+        if (!other->isKindOfClass(ZPCalendarDate::class_())) {
+            from = other->dateWithCalendarFormat_timeZone(nullptr, nullptr);
+            from->setTimeZone(_timeZone);
+        }
+        Counts counts;
+        for (int unit = 0; unit < 5; ++unit) {
+            if (!outputs[unit]) continue;
+            int &count = counts.values[unit];
+            auto timeAt = [&](int n) {
+                count = n;
+                return counts.addedTo(from)->_timeIntervalSinceReferenceDate;
+            };
+            auto passes = [&](double time) { return step > 0 ? time > mine : time < mine; };
+            // The mean length leads near the answer; no unit strays from it by more than a few of its own.
+            constexpr double most = 2147483000.0;
+            int n = int(std::clamp((mine - base) / lengths[unit], -most, most));
+            double time = timeAt(n);
+            for (int tries = 0; tries < 64 && passes(time) && n != 0; ++tries) time = timeAt(n -= step);
+            for (int tries = 0; tries < 64; ++tries) {
+                if (std::abs(double(n)) >= most) break;
+                double next = timeAt(n + step);
+                if (passes(next)) break;
+                n += step;
+                time = next;
+            }
+            count = n;
+            *outputs[unit] = n;
+            base = time;
+        }
+        if (seconds) *seconds = clampedInt(mine - base);
+    }
+
+    ZPDate *addTimeInterval(double interval) {
+        auto *sum = (ZPCalendarDate *)objc_super<ZPCalendarDate>(this).send<ZPDate *>("addTimeInterval:"_sel, interval);
+        sum->setTimeZone(_timeZone);
+        sum->setCalendarFormat(_formatString);
+        return sum;
+    }
+
+    // ---- text ----
+
+    ZPString *description() { return _ZPFormatDate(this, _formatString, nullptr); }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) { return _ZPFormatDate(this, _formatString, locale); }
+    ZPString *descriptionWithFormat(ZPString *format) { return descriptionWithCalendarFormat_locale(format, nullptr); }
+    ZPString *descriptionWithFormatLocale(ZPString *format, ZPDictionary *locale) { return _ZPFormatDate(this, format, locale); }
+
+    // ---- the object ----
+
+    id copyWithZone(ZPZone *zone) {
+        auto *copy = (ZPCalendarDate *)objc_msgSend<id>(id(objectClass()), "allocWithZone:"_sel, zone).pointer();
+        keep(copy->_timeZone, _timeZone);
+        copy->_timeIntervalSinceReferenceDate = _timeIntervalSinceReferenceDate;
+        copy->setCalendarFormat(_formatString);
+        return copy;
+    }
+    void encodeWithCoder(ZPCoder *coder) {
+        id to((objc_object *)coder);
+        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"d", (const void *)&_timeIntervalSinceReferenceDate);
+        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"@", (const void *)&_timeZone);
+        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"@", (const void *)&_formatString);
+    }
+    id initWithCoder(ZPCoder *coder) {
+        id from((objc_object *)coder);
+        double time = 0;
+        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"d", (void *)&time);
+        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"@", (void *)&_timeZone);
+        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"@", (void *)&_formatString);
+        return initWithTimeIntervalSinceReferenceDate(time);
+    }
+    Class classForCoder() { return ZPCalendarDate::class_(); }
+    id replacementObjectForPortCoder(ZPPortCoder *coder) {
+        if (!objc_msgSend<BOOL>(id((objc_object *)coder), "isByref"_sel)) return this;
+        id connection = objc_msgSend<id>(id((objc_object *)coder), "connection"_sel);
+        return objc_msgSend<id>(id(objc_getClass("ZPDistantObject")), "proxyWithLocal:connection:"_sel, id(this), connection);
+    }
+    void dealloc() {
+        _timeZone->release();
+        _formatString->release();
+        objc_super<ZPCalendarDate>(this).send("dealloc"_sel);
+    }
+};
+
+// What every date does by way of a calendar date.
+struct DateExtras : ZPDate {
+    ZPCalendarDate *dated(ZPString *format, ZPTimeZone *zone) {
+        auto *date = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate());
+        if (zone) date->setTimeZone(zone);
+        if (format) date->setCalendarFormat(format);
+        return (ZPCalendarDate *)date->autorelease().pointer();
+    }
+    ZPString *describe(ZPDictionary *locale) {
+        ZPCalendarDate *date = dated(nullptr, nullptr);
+        return locale ? date->descriptionWithCalendarFormat_locale("%c"_zp, locale) : date->description();
+    }
+    ZPString *describeWith(ZPString *format, ZPTimeZone *zone, ZPDictionary *locale) { return dated(format, zone)->descriptionWithLocale(locale); }
+    id initWithString(ZPString *text) {
+        double time;
+        int offset;
+        if (!_ZPParseFixedDate(text, &time, &offset)) {
+            release();
+            return nullptr;
+        }
+        ZPDate *date = initWithTimeIntervalSinceReferenceDate(time);
+        if (date->respondsToSelector("setTimeZone:"_sel)) objc_msgSend(date, "setTimeZone:"_sel, (ZPTimeZone *)ZPTimeZone::timeZoneForSecondsFromGMT(offset));
+        return date;
+    }
+};
+
+}  // namespace
+
+long long _ZPLocalSeconds(ZPCalendarDate *date) {
+    return _ZPWholeSeconds(std::floor(date->_timeIntervalSinceReferenceDate + _ZPOffsetOf(date->_timeZone)));
+}
+
+_ZPDateFields _ZPFieldsOf(ZPCalendarDate *date) {
+    long long local = _ZPLocalSeconds(date), days = _ZPFloorDivide(local, _ZPSecondsPerDay);
+    long long number = clampedDay(days + _ZPReferenceDay);
+    int second = _ZPFloorModulo(local, 86400);
+    double time = date->_timeIntervalSinceReferenceDate, fraction = time - std::floor(time);
+    int milliseconds = fraction >= 0 ? int(std::lround(1000 * fraction)) : 0;
+    return {_ZPGregorianOfDay(number), second / 3600, second / 60 % 60, second % 60, milliseconds, int(number % 7)};
+}
+
+void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long long day, double secondsOfDay, ZPTimeZone *zone) {
+    double time = double(_ZPDayOfDate(year, month, day) - _ZPReferenceDay) * double(_ZPSecondsPerDay) + secondsOfDay;
+    date->_timeIntervalSinceReferenceDate = time;
+    if (!zone) zone = ZPTimeZone::defaultTimeZone();
+    ZPTimeZoneDetail *first = zone->isKindOfClass(ZPTimeZoneDetail::class_()) ? static_cast<ZPTimeZoneDetail *>(zone) : _ZPDetailAt(zone, time, date);
+    date->_timeIntervalSinceReferenceDate = time -= _ZPOffsetOf(first);
+    // On the other side of a change of the zone's clocks the fields mean another moment.
+    ZPTimeZoneDetail *second = _ZPDetailAt(first, time, date);
+    if (second != first) date->_timeIntervalSinceReferenceDate = time + (double(_ZPOffsetOf(first)) - _ZPOffsetOf(second));
+    keep(date->_timeZone, second);
+    if (!date->_formatString) date->_formatString = _ZPDefaultCalendarFormat();
+}
+
+ZP_IMPLEMENT(ZPCalendarDate)
+    .classMethod<&CalendarMethods::calendarDate>("calendarDate")
+    .classMethod<&CalendarMethods::withFields>("dateWithYear:month:day:hour:minute:second:timeZone:")
+    .classMethod<&CalendarMethods::withString>("dateWithString:calendarFormat:")
+    .classMethod<&CalendarMethods::withStringLocale>("dateWithString:calendarFormat:locale:")
+    .method<&CalendarMethods::initWithTime>("initWithTimeIntervalSinceReferenceDate:")
+    .method<&CalendarMethods::initWithFields>("initWithYear:month:day:hour:minute:second:timeZone:")
+    .method<&CalendarMethods::initWithString>("initWithString:calendarFormat:")
+    .method<&CalendarMethods::initWithStringLocale>("initWithString:calendarFormat:locale:")
+    .method<&CalendarMethods::time>("timeIntervalSinceReferenceDate")
+    .method<&CalendarMethods::timeZoneDetail>("timeZoneDetail")
+    .method<&CalendarMethods::setTimeZone>("setTimeZone:")
+    .method<&CalendarMethods::calendarFormat>("calendarFormat")
+    .method<&CalendarMethods::setCalendarFormat>("setCalendarFormat:")
+    .method<&CalendarMethods::dayOfCommonEra>("dayOfCommonEra")
+    .method<&CalendarMethods::year>("yearOfCommonEra")
+    .method<&CalendarMethods::month>("monthOfYear")
+    .method<&CalendarMethods::day>("dayOfMonth")
+    .method<&CalendarMethods::dayOfWeek>("dayOfWeek")
+    .method<&CalendarMethods::dayOfYear>("dayOfYear")
+    .method<&CalendarMethods::hour>("hourOfDay")
+    .method<&CalendarMethods::minute>("minuteOfHour")
+    .method<&CalendarMethods::second>("secondOfMinute")
+    .method<&CalendarMethods::adding>("dateByAddingYears:months:days:hours:minutes:seconds:")
+    .method<&CalendarMethods::difference>("years:months:days:hours:minutes:seconds:sinceDate:")
+    .method<&CalendarMethods::addTimeInterval>("addTimeInterval:")
+    .method<&CalendarMethods::description>("description")
+    .method<&CalendarMethods::descriptionWithLocale>("descriptionWithLocale:")
+    .method<&CalendarMethods::descriptionWithFormat>("descriptionWithCalendarFormat:")
+    .method<&CalendarMethods::descriptionWithFormatLocale>("descriptionWithCalendarFormat:locale:")
+    .method<&CalendarMethods::copyWithZone>("copyWithZone:")
+    .method<&CalendarMethods::encodeWithCoder>("encodeWithCoder:")
+    .method<&CalendarMethods::initWithCoder>("initWithCoder:")
+    .method<&CalendarMethods::classForCoder>("classForCoder")
+    .method<&CalendarMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
+    .method<&CalendarMethods::dealloc>("dealloc");
+
+ZP_CATEGORY(ZPDate, ZPCalendarExtras)
+    .method<&DateExtras::describe>("descriptionWithLocale:")
+    .method<&DateExtras::describeWith>("descriptionWithCalendarFormat:timeZone:locale:")
+    .method<&DateExtras::dated>("dateWithCalendarFormat:timeZone:")
+    .method<&DateExtras::initWithString>("initWithString:");

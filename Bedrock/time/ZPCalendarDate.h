@@ -1,0 +1,88 @@
+// Calendar dates: dates in a time zone, by the Gregorian calendar.
+//
+// Formats are texts with directives:
+//   %a %A weekday (short, full)   %b %B month (short, full)   %d %e day (with, without zero)   %j day of the year
+//   %m month   %y %Y year (of two digits, whole)   %w weekday from 0, Sunday   %H %I hour of 24, of 12   %p AM or PM
+//   %M minute   %S second   %F milliseconds   %Z zone's abbreviation   %z zone as +HHMM   %% percent sign
+//   %c %x %X the locale's format for date and time, else "%a %b %d %H:%M:%S %Z %Y", "%a %b %d %Y", "%H:%M:%S %Z"
+// In output digits between the percent sign and a number's directive set its width ("%5d", with "%05d" zeros). Names
+// come from the locale, or are English.
+#pragma once
+
+#include <Bedrock/time/ZPDate.h>
+#include <Bedrock/time/ZPTimeZone.h>
+
+/// A date with a zone's detail and a format. The calendar is the Gregorian one also for the time before it was
+/// introduced. The date itself does not change; one thread at a time may change zone and format.
+struct ZPCalendarDate : ZPDate {
+    ZP_CLASS(ZPCalendarDate)
+    double _timeIntervalSinceReferenceDate;
+    ZPTimeZoneDetail *_timeZone;
+    ZPString *_formatString;
+
+    /// Now, autoreleased, as are the dates of all class messages.
+    static ZPCalendarDate *calendarDate() { return objc_msgSend<ZPCalendarDate *>(class_(), "calendarDate"_sel); }
+    /// Months and days count from 1, and a day past the month's end is one of the next month. A null zone is the
+    /// default one.
+    static ZPCalendarDate *dateWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day, unsigned hour,
+                                                                              unsigned minute, unsigned second, ZPTimeZone *zone) {
+        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithYear:month:day:hour:minute:second:timeZone:"_sel, year, month, day, hour, minute, second, zone);
+    }
+    ZPCalendarDate *initWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day, unsigned hour,
+                                                                       unsigned minute, unsigned second, ZPTimeZone *zone) {
+        return objc_msgSend<ZPCalendarDate *>(this, "initWithYear:month:day:hour:minute:second:timeZone:"_sel, year, month, day, hour, minute, second, zone);
+    }
+    /// Reads a text by a format. White space before a token is passed over, names are read in either case, what
+    /// follows the format's end is ignored. What the text does not say: this year, January, the first, midnight, the
+    /// default zone. Null when the text does not match.
+    static ZPCalendarDate *dateWithString_calendarFormat(ZPString *text, ZPString *format) {
+        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithString:calendarFormat:"_sel, text, format);
+    }
+    static ZPCalendarDate *dateWithString_calendarFormat_locale(ZPString *text, ZPString *format, ZPDictionary *locale) {
+        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithString:calendarFormat:locale:"_sel, text, format, locale);
+    }
+    ZPCalendarDate *initWithString_calendarFormat(ZPString *text, ZPString *format) {
+        return objc_msgSend<ZPCalendarDate *>(this, "initWithString:calendarFormat:"_sel, text, format);
+    }
+    ZPCalendarDate *initWithString_calendarFormat_locale(ZPString *text, ZPString *format, ZPDictionary *locale) {
+        return objc_msgSend<ZPCalendarDate *>(this, "initWithString:calendarFormat:locale:"_sel, text, format, locale);
+    }
+
+    ZPTimeZoneDetail *timeZoneDetail() { return objc_msgSend<ZPTimeZoneDetail *>(this, "timeZoneDetail"_sel); }
+    /// Takes the zone's detail for this date; null is the default zone.
+    void setTimeZone(ZPTimeZone *zone) { objc_msgSend(this, "setTimeZone:"_sel, zone); }
+    ZPString *calendarFormat() { return objc_msgSend<ZPString *>(this, "calendarFormat"_sel); }
+    /// Keeps a copy; null is "%Y-%m-%d %H:%M:%S %z".
+    void setCalendarFormat(ZPString *format) { objc_msgSend(this, "setCalendarFormat:"_sel, format); }
+
+    // ---- the calendar, in the date's zone; a date outside the years that an int of days holds is taken as another ----
+
+    /// The number of the day; 1 is January 1 of year 1, a Monday.
+    int dayOfCommonEra() { return objc_msgSend<int>(this, "dayOfCommonEra"_sel); }
+    int yearOfCommonEra() { return objc_msgSend<int>(this, "yearOfCommonEra"_sel); }
+    int monthOfYear() { return objc_msgSend<int>(this, "monthOfYear"_sel); }
+    int dayOfMonth() { return objc_msgSend<int>(this, "dayOfMonth"_sel); }
+    /// 0 is Sunday.
+    int dayOfWeek() { return objc_msgSend<int>(this, "dayOfWeek"_sel); }
+    /// From 1.
+    int dayOfYear() { return objc_msgSend<int>(this, "dayOfYear"_sel); }
+    int hourOfDay() { return objc_msgSend<int>(this, "hourOfDay"_sel); }
+    int minuteOfHour() { return objc_msgSend<int>(this, "minuteOfHour"_sel); }
+    int secondOfMinute() { return objc_msgSend<int>(this, "secondOfMinute"_sel); }
+
+    /// An autoreleased date: years and months are added first, and the day cut to the length of the month that gives;
+    /// then days, then the rest. Each may be negative.
+    ZPCalendarDate *dateByAddingYears_months_days_hours_minutes_seconds(int years, int months, int days, int hours, int minutes, int seconds) {
+        return objc_msgSend<ZPCalendarDate *>(this, "dateByAddingYears:months:days:hours:minutes:seconds:"_sel, years, months, days, hours, minutes, seconds);
+    }
+    /// What must be added to the other date to come to this one, in the units whose pointers are not null.
+    void years_months_days_hours_minutes_seconds_sinceDate(int *years, int *months, int *days, int *hours, int *minutes, int *seconds, ZPDate *date) {
+        objc_msgSend(this, "years:months:days:hours:minutes:seconds:sinceDate:"_sel, years, months, days, hours, minutes, seconds, date);
+    }
+
+    /// The date in its own format, or another, with the names of a locale (null: English). Autoreleased.
+    ZPString *descriptionWithCalendarFormat(ZPString *format) { return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:"_sel, format); }
+    ZPString *descriptionWithCalendarFormat_locale(ZPString *format, ZPDictionary *locale) {
+        return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:locale:"_sel, format, locale);
+    }
+};

@@ -1,0 +1,83 @@
+// Dates: points in time.
+#pragma once
+
+#include <Bedrock/core/ZPObject.h>
+
+ZP_FORWARD(ZPCalendarDate);
+ZP_FORWARD(ZPDictionary);
+ZP_FORWARD(ZPTimeZone);
+
+/// An immutable point in time: seconds, with fractions, since the reference date 2001-01-01 00:00:00 UTC. The front of
+/// a class cluster; a subclass supplies `timeIntervalSinceReferenceDate` and
+/// `initWithTimeIntervalSinceReferenceDate`. Any thread may use a date. Dates made by class messages are autoreleased.
+struct ZPDate : ZPObject {
+    ZP_CLASS(ZPDate)
+
+    /// Now.
+    static ZPDate *date() { return objc_msgSend<ZPDate *>(class_(), "date"_sel); }
+    static ZPDate *dateWithTimeIntervalSinceReferenceDate(double seconds) {
+        return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSinceReferenceDate:"_sel, seconds);
+    }
+    static ZPDate *dateWithTimeIntervalSinceNow(double seconds) { return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSinceNow:"_sel, seconds); }
+    static ZPDate *dateWithTimeIntervalSince1970(double seconds) { return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSince1970:"_sel, seconds); }
+    static ZPDate *dateWithTimeInterval_sinceDate(double seconds, ZPDate *date) {
+        return objc_msgSend<ZPDate *>(class_(), "dateWithTimeInterval:sinceDate:"_sel, seconds, date);
+    }
+    static ZPDate *dateWithDate(ZPDate *date) { return objc_msgSend<ZPDate *>(class_(), "dateWithDate:"_sel, date); }
+    /// A date as `description` writes it without a locale, "2001-01-01 10:00:00 +0100"; any single characters may
+    /// separate the numbers. Null when the text has another form.
+    static ZPDate *dateWithString(ZPString *text) { return objc_msgSend<ZPDate *>(class_(), "dateWithString:"_sel, text); }
+    /// Later, and earlier, than every date that matters: 4001-01-02 and 0001-01-02. Always the same two objects, whose
+    /// distance from any date is that from the reference date.
+    static ZPDate *distantFuture() { return objc_msgSend<ZPDate *>(class_(), "distantFuture"_sel); }
+    static ZPDate *distantPast() { return objc_msgSend<ZPDate *>(class_(), "distantPast"_sel); }
+    /// Now, as a number.
+    static double currentTimeIntervalSinceReferenceDate() { return objc_msgSend<double>(class_(), "timeIntervalSinceReferenceDate"_sel); }
+
+    /// The designated initialiser; `init` takes the current time.
+    ZPDate *initWithTimeIntervalSinceReferenceDate(double seconds) {
+        return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSinceReferenceDate:"_sel, seconds);
+    }
+    ZPDate *initWithTimeIntervalSinceNow(double seconds) { return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSinceNow:"_sel, seconds); }
+    ZPDate *initWithTimeIntervalSince1970(double seconds) { return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSince1970:"_sel, seconds); }
+    ZPDate *initWithTimeInterval_sinceDate(double seconds, ZPDate *date) {
+        return objc_msgSend<ZPDate *>(this, "initWithTimeInterval:sinceDate:"_sel, seconds, date);
+    }
+    ZPDate *initWithString(ZPString *text) { return objc_msgSend<ZPDate *>(this, "initWithString:"_sel, text); }
+
+    double timeIntervalSinceReferenceDate() { return objc_msgSend<double>(this, "timeIntervalSinceReferenceDate"_sel); }
+    /// Positive when the receiver is the later one.
+    double timeIntervalSinceDate(ZPDate *other) { return objc_msgSend<double>(this, "timeIntervalSinceDate:"_sel, other); }
+    double timeIntervalSinceNow() { return objc_msgSend<double>(this, "timeIntervalSinceNow"_sel); }
+    double timeIntervalSince1970() { return objc_msgSend<double>(this, "timeIntervalSince1970"_sel); }
+
+    /// An autoreleased date of the receiver's class, that many seconds later.
+    ZPDate *addTimeInterval(double seconds) { return objc_msgSend<ZPDate *>(this, "addTimeInterval:"_sel, seconds); }
+    /// -1 when the receiver is earlier, 0 when both are equal, 1 when it is later.
+    int compare(ZPDate *other) { return objc_msgSend<int>(this, "compare:"_sel, other); }
+    BOOL isEqualToDate(ZPDate *other) { return objc_msgSend<BOOL>(this, "isEqualToDate:"_sel, other); }
+    /// An autoreleased copy of the earlier, or later, of the two; of the argument when they are equal.
+    ZPDate *earlierDate(ZPDate *other) { return objc_msgSend<ZPDate *>(this, "earlierDate:"_sel, other); }
+    ZPDate *laterDate(ZPDate *other) { return objc_msgSend<ZPDate *>(this, "laterDate:"_sel, other); }
+
+    // ---- by the calendar; see ZPCalendarDate.h ----
+
+    /// The date in the default zone: "%Y-%m-%d %H:%M:%S %z" without a locale, "%c" with one.
+    ZPString *descriptionWithLocale(ZPDictionary *locale) { return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale); }
+    /// The date in a zone (null: the default one) and format (null: the one above).
+    ZPString *descriptionWithCalendarFormat_timeZone_locale(ZPString *format, ZPTimeZone *zone, ZPDictionary *locale) {
+        return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:timeZone:locale:"_sel, format, zone, locale);
+    }
+    /// An autoreleased calendar date of the same time.
+    ZPCalendarDate *dateWithCalendarFormat_timeZone(ZPString *format, ZPTimeZone *zone) {
+        return objc_msgSend<ZPCalendarDate *>(this, "dateWithCalendarFormat:timeZone:"_sel, format, zone);
+    }
+};
+
+/// Seconds from 1970-01-01 to 2001-01-01.
+inline constexpr double ZPTimeIntervalSince1970 = 978307200.0;
+
+extern "C" {
+/// Now, in seconds since the reference date.
+ZP_EXPORT double _ZPCurrentTime();
+}

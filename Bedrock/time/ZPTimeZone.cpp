@@ -1,0 +1,359 @@
+// Zones. Two caches live for the process under one mutex, with what is in them: details by abbreviation, of which those
+// at a fixed distance are also found by their hours and minutes; and the details of the host's zone. The default is
+// one of these until it is set. No other zone is known by its name yet.
+#include <Bedrock/time/ZPTimeZone+Internal.h>
+
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/core/ZPNames.h>
+#include <Bedrock/platform/ZPHost.h>
+#include <Bedrock/strings/ZPString.h>
+#include <Bedrock/time/ZPDate+Internal.h>
+#include <Bedrock/time/ZPDate.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+#include <unordered_map>
+
+ZP_FORWARD(ZPCoder);
+ZP_FORWARD(ZPPortCoder);
+
+namespace {
+
+// ---- the caches ----
+
+struct Caches {
+    std::mutex mutex;
+    ZPMutableDictionary *byAbbreviation = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(16);
+    std::unordered_map<int, ZPTimeZoneDetail *> fixed;  // by minutes, those west of GMT less one
+    ZPTimeZoneDetail *standard = nullptr;               // the default zone, retained
+
+    void enter(ZPString *abbreviation, ZPTimeZoneDetail *detail) { byAbbreviation->setObject_forKey(detail, abbreviation); }
+};
+
+Caches &caches() {
+    static Caches &c = *new Caches;
+    return c;
+}
+
+// These stand for themselves also where the host's zone uses them for a part of the year.
+BOOL isGMT(ZPString *name) { return name->isEqualToString("GMT"_zp) || name->isEqualToString("UTC"_zp); }
+
+ZPTimeZoneDetail *namedGMT(ZPString *name) {
+    Caches &c = caches();
+    std::lock_guard lock(c.mutex);
+    auto *known = (ZPTimeZoneDetail *)c.byAbbreviation->objectForKey(name).pointer();
+    if (!known) {
+        known = ZPConcreteTimeZone::alloc()->initWithName_abbreviation_secondsFromGMT(name, name, 0);
+        c.enter(name, known);
+    }
+    return known;
+}
+
+ZPTimeZoneDetail *fixedDetail(int seconds) {
+    long long distance = seconds < 0 ? -static_cast<long long>(seconds) : seconds;
+    int key = int(seconds < 0 ? -(distance / 60) - 1 : distance / 60);
+    Caches &c = caches();
+    std::lock_guard lock(c.mutex);
+    ZPTimeZoneDetail *&known = c.fixed[key];
+    if (!known) {
+        ZPAutoreleasePoolScope pool;
+        char text[32];
+        std::snprintf(text, sizeof text, "GMT%c%02lld%02lld", seconds < 0 ? '-' : '+', distance / 3600, distance / 60 % 60);
+        ZPString *name = ZPString::stringWithCString(text);
+        known = ZPConcreteTimeZone::alloc()->initWithName_abbreviation_secondsFromGMT(name, name, seconds);
+        c.enter(name, known);
+    }
+    return known;
+}
+
+// ---- the host's zone ----
+
+// Details are made once and linked in front of those that readers may be looking at.
+struct HostDetail {
+    HostDetail *next;
+    ZPHostTimeZoneDetail *detail;
+    int offset;
+    BOOL isDaylight;
+    char abbreviation[16];
+};
+
+HostDetail *hostDetails;
+
+ZPHostTimeZoneDetail *findHostDetail(int offset, BOOL isDaylight, const char *abbreviation) {
+    for (HostDetail *d = __atomic_load_n(&hostDetails, __ATOMIC_ACQUIRE); d; d = d->next)
+        if (d->offset == offset && d->isDaylight == isDaylight && std::strcmp(d->abbreviation, abbreviation) == 0) return d->detail;
+    return nullptr;
+}
+
+ZPHostTimeZoneDetail *hostDetail(int offset, BOOL isDaylight, const char *abbreviation) {
+    if (ZPHostTimeZoneDetail *found = findHostDetail(offset, isDaylight, abbreviation)) return found;
+    ZPAutoreleasePoolScope pool;
+    Caches &c = caches();
+    std::lock_guard lock(c.mutex);
+    if (ZPHostTimeZoneDetail *found = findHostDetail(offset, isDaylight, abbreviation)) return found;
+    char zone[256];
+    ZPString *shown = ZPString::stringWithCString(abbreviation);
+    ZPString *name = ZPHostZoneName(zone, sizeof zone) ? ZPString::stringWithCString(zone) : shown;
+    auto *detail = (ZPHostTimeZoneDetail *)ZPHostTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT(name, shown, offset);
+    detail->_isDaylight = isDaylight;
+    auto *entry = new HostDetail{hostDetails, detail, offset, isDaylight, {}};
+    std::snprintf(entry->abbreviation, sizeof entry->abbreviation, "%s", abbreviation);
+    __atomic_store_n(&hostDetails, entry, __ATOMIC_RELEASE);
+    if (!isGMT(shown) && !c.byAbbreviation->objectForKey(shown)) c.enter(shown, detail);
+    return detail;
+}
+
+ZPTimeZoneDetail *defaultDetail() {
+    Caches &c = caches();
+    if (ZPTimeZoneDetail *set = __atomic_load_n(&c.standard, __ATOMIC_ACQUIRE)) return set;
+    ZPTimeZoneDetail *host = _ZPHostDetailAt(_ZPCurrentTime()), *none = nullptr;
+    __atomic_compare_exchange_n(&c.standard, &none, (ZPTimeZoneDetail *)host->retain().pointer(), false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
+    return __atomic_load_n(&c.standard, __ATOMIC_ACQUIRE);
+}
+
+// ---- the classes ----
+
+struct ZoneMethods : ZPTimeZone {
+    static ZPTimeZoneDetail *defaultZone(Class) { return defaultDetail(); }
+    static void setDefault(Class, ZPTimeZone *zone) {
+        Caches &c = caches();
+        ZPTimeZoneDetail *detail = zone->timeZoneDetailForDate(ZPDate::date());
+        detail->retain();
+        ZPTimeZoneDetail *old = __atomic_exchange_n(&c.standard, detail, __ATOMIC_ACQ_REL);
+        old->release();
+    }
+    static ZPTimeZoneDetail *local(Class);
+    static ZPTimeZone *withName(Class, ZPString *name) {
+        if (!name) return nullptr;
+        if (name->isEqualToString("ZPLocalTimeZone"_zp)) return ZPTimeZone::localTimeZone();
+        if (isGMT(name)) return namedGMT(name);
+        ZPTimeZoneDetail *host = _ZPHostDetailAt(_ZPCurrentTime());
+        return name->isEqualToString(host->timeZoneName()) ? host : nullptr;
+    }
+    static ZPTimeZoneDetail *withAbbreviation(Class, ZPString *abbreviation) {
+        if (!abbreviation) return nullptr;
+        if (isGMT(abbreviation)) return namedGMT(abbreviation);
+        static const BOOL known = learnHostAbbreviations();
+        (void)known;
+        Caches &c = caches();
+        {
+            std::lock_guard lock(c.mutex);
+            if (id found = c.byAbbreviation->objectForKey(abbreviation)) return (ZPTimeZoneDetail *)found.pointer();
+        }
+        return nullptr;
+    }
+    // The zone's details of the two years around now.
+    static BOOL learnHostAbbreviations() {
+        double now = _ZPCurrentTime();
+        for (int month = -12; month <= 12; ++month) _ZPHostDetailAt(now + month * 2629746.0);
+        return YES;
+    }
+    static ZPTimeZoneDetail *forSeconds(Class, int seconds) { return fixedDetail(seconds); }
+    static ZPTimeZone *forKey(Class, ZPString *key) {
+        ZPTimeZone *zone = ZPTimeZone::timeZoneWithAbbreviation(key);
+        return zone ? zone : ZPTimeZone::timeZoneWithName(key);
+    }
+
+    ZPString *name() { ZPRequestConcreteImplementation(this, "timeZoneName"_sel, ZPTimeZone::class_()); }
+    ZPArray *details() { return ZPArray::arrayWithObject(this); }
+    ZPTimeZoneDetail *forDate(ZPDate *) { return (ZPTimeZoneDetail *)(ZPObject *)this; }
+    BOOL equals(id other) {
+        if (other == this) return YES;
+        return other->isKindOfClass(ZPTimeZone::class_()) && timeZoneName()->isEqualToString(((ZPTimeZone *)other.pointer())->timeZoneName());
+    }
+    unsigned hash() { return timeZoneName()->hash(); }
+    id copyWithZone(ZPZone *) { return retain(); }
+    id init() {
+        release();
+        return nullptr;
+    }
+
+    void encodeWithCoder(ZPCoder *coder) { objc_msgSend(id((objc_object *)coder), "encodeObject:"_sel, id(timeZoneName())); }
+    id initWithCoder(ZPCoder *coder) {
+        auto *name = (ZPString *)objc_msgSend<id>(id((objc_object *)coder), "decodeObject"_sel).pointer();
+        release();
+        return ZPTimeZone::timeZoneForKey(name)->retain();
+    }
+    Class classForCoder() { return ZPTimeZone::class_(); }
+    id replacementObjectForPortCoder(ZPPortCoder *) { return this; }
+};
+
+struct DetailMethods : ZPTimeZoneDetail {
+    static id allocWithZone(Class self, ZPZone *zone) {
+        return ZPAllocateObject(self == ZPTimeZoneDetail::class_() ? ZPConcreteTimeZone::class_() : self, 0, zone);
+    }
+    id initWithName(ZPString *, ZPString *, int) { return this; }
+    int offset() { ZPRequestConcreteImplementation(this, "timeZoneSecondsFromGMT"_sel, ZPTimeZoneDetail::class_()); }
+    ZPString *abbreviation() { ZPRequestConcreteImplementation(this, "timeZoneAbbreviation"_sel, ZPTimeZoneDetail::class_()); }
+    BOOL isDaylight() { return NO; }
+    unsigned hash() { return unsigned(timeZoneSecondsFromGMT()); }
+    static BOOL same(ZPString *a, ZPString *b) { return a == b || a->isEqualToString(b); }
+    BOOL equals(id other) {
+        if (other == this) return YES;
+        if (!other->isKindOfClass(ZPTimeZoneDetail::class_())) return NO;
+        auto *o = (ZPTimeZoneDetail *)other.pointer();
+        return timeZoneSecondsFromGMT() == o->timeZoneSecondsFromGMT() && same(timeZoneName(), o->timeZoneName()) &&
+               same(timeZoneAbbreviation(), o->timeZoneAbbreviation());
+    }
+    ZPString *description() {
+        return ZPString::stringWithFormat("%@ offset %d%s"_zp, timeZoneAbbreviation(), timeZoneSecondsFromGMT(),
+                                          isDaylightSavingTimeZone() ? " (Daylight)" : "");
+    }
+    void encodeWithCoder(ZPCoder *coder) {
+        id to((objc_object *)coder);
+        int offset = timeZoneSecondsFromGMT();
+        objc_msgSend(to, "encodeObject:"_sel, id(timeZoneName()));
+        objc_msgSend(to, "encodeObject:"_sel, id(timeZoneAbbreviation()));
+        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"i", (const void *)&offset);
+    }
+    id initWithCoder(ZPCoder *coder) {
+        id from((objc_object *)coder);
+        auto *name = (ZPString *)objc_msgSend<id>(from, "decodeObject"_sel).pointer();
+        auto *abbreviation = (ZPString *)objc_msgSend<id>(from, "decodeObject"_sel).pointer();
+        int offset = 0;
+        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"i", (void *)&offset);
+        release();
+        ZPArray *details = ZPTimeZone::timeZoneWithName(name)->timeZoneDetailArray();
+        for (unsigned i = details->count(); i--;) {
+            auto *d = (ZPTimeZoneDetail *)details->objectAtIndex(i).pointer();
+            if (d->timeZoneSecondsFromGMT() == offset && same(d->timeZoneName(), name) && same(d->timeZoneAbbreviation(), abbreviation)) return d->retain();
+        }
+        return ZPTimeZone::timeZoneForSecondsFromGMT(offset)->retain();
+    }
+    Class classForCoder() { return ZPTimeZoneDetail::class_(); }
+};
+
+struct ConcreteMethods : ZPConcreteTimeZone {
+    id initWithName(ZPString *name, ZPString *abbreviation, int seconds) {
+        _timeZoneName = (ZPString *)name->copyWithZone(nullptr).pointer();
+        _abbreviation = (ZPString *)abbreviation->copyWithZone(nullptr).pointer();
+        _timeZoneSecondsFromGMT = seconds;
+        return this;
+    }
+    ZPString *name() { return _timeZoneName; }
+    ZPString *abbreviation() { return _abbreviation; }
+    int offset() { return _timeZoneSecondsFromGMT; }
+    void dealloc() {
+        _timeZoneName->release();
+        _abbreviation->release();
+        objc_super<ZPConcreteTimeZone>(this).send("dealloc"_sel);
+    }
+};
+
+struct HostMethods : ZPHostTimeZoneDetail {
+    ZPTimeZoneDetail *forDate(ZPDate *date) { return _ZPHostDetailAt(date->timeIntervalSinceReferenceDate()); }
+    BOOL isDaylight() { return _isDaylight; }
+    ZPArray *details() {
+        ZPMutableArray *all = ZPMutableArray::array();
+        for (HostDetail *d = __atomic_load_n(&hostDetails, __ATOMIC_ACQUIRE); d; d = d->next) all->addObject(d->detail);
+        return all;
+    }
+};
+
+/// Forwards everything to what is the default now.
+struct ZPLocalTimeZone : ZPTimeZoneDetail {
+    ZP_PRIVATE_CLASS(ZPLocalTimeZone)
+
+    id retain() { return this; }
+    void release() {}
+    unsigned retainCount() { return 0xFFFFFFFF; }
+    ZPString *name() { return "ZPLocalTimeZone"_zp; }
+    int offset() { return defaultDetail()->timeZoneSecondsFromGMT(); }
+    ZPString *abbreviation() { return defaultDetail()->timeZoneAbbreviation(); }
+    ZPTimeZoneDetail *forDate(ZPDate *date) { return defaultDetail()->timeZoneDetailForDate(date); }
+    ZPArray *details() { return defaultDetail()->timeZoneDetailArray(); }
+    ZPString *description() { return defaultDetail()->description(); }
+    BOOL isDaylight() { return defaultDetail()->isDaylightSavingTimeZone(); }
+    void encodeWithCoder(ZPCoder *) {}
+    id initWithCoder(ZPCoder *) { return ZPTimeZone::localTimeZone(); }
+    Class classForCoder() { return class_(); }
+};
+
+ZPTimeZoneDetail *ZoneMethods::local(Class) {
+    static auto *const zone = (ZPTimeZoneDetail *)ZPAllocateObject(ZPLocalTimeZone::class_(), 0, nullptr).pointer();
+    return zone;
+}
+
+}  // namespace
+
+ZPTimeZoneDetail *_ZPHostDetailAt(double time) {
+    long long seconds = _ZPWholeSeconds(std::floor(time + ZPTimeIntervalSince1970));
+    int offset;
+    BOOL isDaylight;
+    char abbreviation[16];
+    if (!ZPHostZoneAt(seconds, &offset, &isDaylight, abbreviation)) return namedGMT("GMT"_zp);
+    return hostDetail(offset, isDaylight, abbreviation);
+}
+
+ZPTimeZoneDetail *_ZPDetailAt(ZPTimeZone *zone, double time, ZPDate *holder) {
+    if (!zone) zone = defaultDetail();
+    if (zone->isa == ZPConcreteTimeZone::class_()) return static_cast<ZPTimeZoneDetail *>(zone);
+    if (zone->isa == ZPHostTimeZoneDetail::class_()) return _ZPHostDetailAt(time);
+    return zone->timeZoneDetailForDate(holder);
+}
+
+ZP_IMPLEMENT(ZPTimeZone)
+    .adopts<ZPCopying>()
+    .classMethod<&ZoneMethods::defaultZone>("defaultTimeZone")
+    .classMethod<&ZoneMethods::setDefault>("setDefaultTimeZone:")
+    .classMethod<&ZoneMethods::local>("localTimeZone")
+    .classMethod<&ZoneMethods::withName>("timeZoneWithName:")
+    .classMethod<&ZoneMethods::withAbbreviation>("timeZoneWithAbbreviation:")
+    .classMethod<&ZoneMethods::forSeconds>("timeZoneForSecondsFromGMT:")
+    .classMethod<&ZoneMethods::forKey>("timeZoneForKey:")
+    .method<&ZoneMethods::init>("init")
+    .method<&ZoneMethods::name>("timeZoneName")
+    .method<&ZoneMethods::details>("timeZoneDetailArray")
+    .method<&ZoneMethods::forDate>("timeZoneDetailForDate:")
+    .method<&ZoneMethods::equals>("isEqual:")
+    .method<&ZoneMethods::hash>("hash")
+    .method<&ZoneMethods::copyWithZone>("copyWithZone:")
+    .method<&ZoneMethods::encodeWithCoder>("encodeWithCoder:")
+    .method<&ZoneMethods::initWithCoder>("initWithCoder:")
+    .method<&ZoneMethods::classForCoder>("classForCoder")
+    .method<&ZoneMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:");
+
+ZP_IMPLEMENT(ZPTimeZoneDetail)
+    .classMethod<&DetailMethods::allocWithZone>("allocWithZone:")
+    .method<&DetailMethods::initWithName>("initWithName:abbreviation:secondsFromGMT:")
+    .method<&DetailMethods::offset>("timeZoneSecondsFromGMT")
+    .method<&DetailMethods::abbreviation>("timeZoneAbbreviation")
+    .method<&DetailMethods::isDaylight>("isDaylightSavingTimeZone")
+    .method<&DetailMethods::hash>("hash")
+    .method<&DetailMethods::equals>("isEqual:")
+    .method<&DetailMethods::description>("description")
+    .method<&DetailMethods::encodeWithCoder>("encodeWithCoder:")
+    .method<&DetailMethods::initWithCoder>("initWithCoder:")
+    .method<&DetailMethods::classForCoder>("classForCoder");
+
+ZP_IMPLEMENT(ZPConcreteTimeZone)
+    .method<&ConcreteMethods::initWithName>("initWithName:abbreviation:secondsFromGMT:")
+    .method<&ConcreteMethods::name>("timeZoneName")
+    .method<&ConcreteMethods::abbreviation>("timeZoneAbbreviation")
+    .method<&ConcreteMethods::offset>("timeZoneSecondsFromGMT")
+    .method<&ConcreteMethods::dealloc>("dealloc");
+
+ZP_IMPLEMENT(ZPHostTimeZoneDetail)
+    .method<&HostMethods::forDate>("timeZoneDetailForDate:")
+    .method<&HostMethods::isDaylight>("isDaylightSavingTimeZone")
+    .method<&HostMethods::details>("timeZoneDetailArray");
+
+ZP_IMPLEMENT(ZPLocalTimeZone)
+    .method<&ZPLocalTimeZone::retain>("retain")
+    .method<&ZPLocalTimeZone::release>("release")
+    .method<&ZPLocalTimeZone::retainCount>("retainCount")
+    .method<&ZPLocalTimeZone::name>("timeZoneName")
+    .method<&ZPLocalTimeZone::offset>("timeZoneSecondsFromGMT")
+    .method<&ZPLocalTimeZone::abbreviation>("timeZoneAbbreviation")
+    .method<&ZPLocalTimeZone::forDate>("timeZoneDetailForDate:")
+    .method<&ZPLocalTimeZone::details>("timeZoneDetailArray")
+    .method<&ZPLocalTimeZone::description>("description")
+    .method<&ZPLocalTimeZone::isDaylight>("isDaylightSavingTimeZone")
+    .method<&ZPLocalTimeZone::encodeWithCoder>("encodeWithCoder:")
+    .method<&ZPLocalTimeZone::initWithCoder>("initWithCoder:")
+    .method<&ZPLocalTimeZone::classForCoder>("classForCoder");

@@ -1,0 +1,186 @@
+// The calendar: fields, arithmetic, and the host's zone.
+#include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/strings/ZPString.h>
+#include <Bedrock/time/ZPCalendarDate.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+ZPTimeZone *gmt() { return ZPTimeZone::timeZoneForSecondsFromGMT(0); }
+ZPCalendarDate *on(int year, unsigned month, unsigned day, unsigned hour = 0, unsigned minute = 0, unsigned second = 0, ZPTimeZone *zone = gmt()) {
+    return ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(year, month, day, hour, minute, second, zone);
+}
+std::string text(ZPObject *object) { return object->description()->cString(); }
+std::string shown(ZPCalendarDate *date, ZPString *format) { return date->descriptionWithCalendarFormat(format)->cString(); }
+ZPCalendarDate *add(ZPCalendarDate *date, int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
+    return date->dateByAddingYears_months_days_hours_minutes_seconds(y, mo, d, h, mi, s);
+}
+
+// The host's zone is what the environment says when the process first asks: a zone with changes, everywhere the same.
+const int zoneIsSet = setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1);
+
+}  // namespace
+
+TEST(Calendar, AgreesWithTheCLibraryOnEveryDay) {
+    // Every day of years 1 to 4001: fields at a varying second of the day, and back.
+    ZPAutoreleasePoolScope pool;
+    ZPRef<ZPCalendarDate> date = ZPAdopt((ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(0));
+    date->setTimeZone(gmt());
+    std::tm fields{};
+    fields.tm_year = 1 - 1900;
+    fields.tm_mday = 1;
+    std::time_t first = timegm(&fields);
+    fields.tm_year = 4002 - 1900;
+    std::time_t last = timegm(&fields);
+    long wrong = 0, days = 0;
+    for (std::time_t day = first; day < last && wrong < 10; day += 86400, ++days) {
+        std::time_t t = day + (days * 7919) % 86400;
+        gmtime_r(&t, &fields);
+        date->_timeIntervalSinceReferenceDate = double(t) - 978307200.0;
+        int y = date->yearOfCommonEra(), m = date->monthOfYear(), d = date->dayOfMonth();
+        if (y != fields.tm_year + 1900 || m != fields.tm_mon + 1 || d != fields.tm_mday || date->dayOfWeek() != fields.tm_wday ||
+            date->dayOfYear() != fields.tm_yday + 1 || date->dayOfCommonEra() != days + 1 || date->hourOfDay() != fields.tm_hour ||
+            date->minuteOfHour() != fields.tm_min || date->secondOfMinute() != fields.tm_sec) {
+            ++wrong;
+            ADD_FAILURE() << "day " << days << ": " << y << "-" << m << "-" << d;
+        }
+        date->initWithYear_month_day_hour_minute_second_timeZone(y, unsigned(m), unsigned(d), unsigned(fields.tm_hour), unsigned(fields.tm_min),
+                                                                  unsigned(fields.tm_sec), gmt());
+        if (date->_timeIntervalSinceReferenceDate != double(t) - 978307200.0) {
+            ++wrong;
+            ADD_FAILURE() << "back from " << y << "-" << m << "-" << d;
+        }
+    }
+    EXPECT_EQ(days, 1461335);
+}
+
+TEST(Calendar, KnownDates) {
+    ZPAutoreleasePoolScope pool;
+    ZPCalendarDate *d = on(2001, 1, 1);
+    EXPECT_EQ(d->timeIntervalSinceReferenceDate(), 0);
+    EXPECT_EQ(d->dayOfCommonEra(), 730486);
+    EXPECT_EQ(d->dayOfWeek(), 1);
+    EXPECT_EQ(text(d), "2001-01-01 00:00:00 +0000");
+    EXPECT_EQ(text(on(1900, 2, 29)), "1900-03-01 00:00:00 +0000");
+    EXPECT_EQ(text(on(2000, 2, 29)), "2000-02-29 00:00:00 +0000");
+    EXPECT_EQ(on(2000, 12, 31)->dayOfYear(), 366);
+    EXPECT_EQ(text(on(2001, 1, 1, 25, 61, 61)), "2001-01-02 02:02:01 +0000");
+    ZPCalendarDate *noon = on(2001, 1, 1, 12, 0, 0, ZPTimeZone::timeZoneForSecondsFromGMT(-5400));
+    EXPECT_EQ(noon->timeIntervalSinceReferenceDate(), 13.5 * 3600);
+    EXPECT_EQ(text(noon), "2001-01-01 12:00:00 -0130");
+    noon->setTimeZone(gmt());
+    EXPECT_EQ(text(noon), "2001-01-01 13:30:00 +0000");
+    ZPRef<ZPCalendarDate> copy = ZPAdopt((ZPCalendarDate *)noon->copy().pointer());
+    copy->setCalendarFormat("%Y"_zp);
+    EXPECT_EQ(text(copy.get()), "2001");
+    EXPECT_EQ(text(noon), "2001-01-01 13:30:00 +0000");
+    EXPECT_EQ(text(copy->addTimeInterval(86400.0 * 366)), "2002");
+}
+
+TEST(Calendar, FieldsOfAnyTimeAreDefined) {
+    ZPAutoreleasePoolScope pool;
+    double inf = std::numeric_limits<double>::infinity();
+    for (double t : {-63113904000.0 - 1, -63113904000.0 - 86400.5, 1e12, 1.85e14, 1.86e14, 1e18, 1e19, -1e19, 1e300, -1e300, inf, -inf, std::nan("")}) {
+        ZPCalendarDate *d = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(t)->autorelease().pointer();
+        d->setTimeZone(gmt());
+        EXPECT_GE(d->monthOfYear(), 1);
+        EXPECT_LE(d->monthOfYear(), 12);
+        EXPECT_GE(d->yearOfCommonEra(), 1);
+        EXPECT_LT(unsigned(d->hourOfDay()), 24u);
+        EXPECT_LT(unsigned(d->secondOfMinute()), 60u);
+        EXPECT_LT(unsigned(d->dayOfWeek()), 7u);
+        d->dayOfCommonEra();
+        EXPECT_NE(text(d), "");
+        add(d, INT_MAX, INT_MAX, INT_MAX, INT_MAX, INT_MAX, INT_MAX)->description();
+        add(d, INT_MIN, INT_MIN, INT_MIN, INT_MIN, INT_MIN, INT_MIN)->description();
+        int y, mo, s;
+        d->years_months_days_hours_minutes_seconds_sinceDate(&y, &mo, nullptr, nullptr, nullptr, &s, on(2000, 1, 1));
+        on(2000, 1, 1)->years_months_days_hours_minutes_seconds_sinceDate(nullptr, nullptr, &y, nullptr, nullptr, &s, d);
+    }
+    ZPCalendarDate *early = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(-63113904000.0 - 86400)->autorelease().pointer();
+    early->setTimeZone(gmt());
+    EXPECT_EQ(early->dayOfCommonEra(), 0);  // not clamped
+    EXPECT_EQ(early->yearOfCommonEra(), 1);
+    for (int zone : {INT_MIN, INT_MAX}) text(on(2000, 1, 1, UINT_MAX, UINT_MAX, UINT_MAX, ZPTimeZone::timeZoneForSecondsFromGMT(zone)));
+    text(on(INT_MAX, 255, 255));
+    text(on(INT_MIN, 0, 0));
+}
+
+TEST(Calendar, Adding) {
+    ZPAutoreleasePoolScope pool;
+    auto day = [](ZPCalendarDate *d) { return shown(d, "%Y-%m-%d"_zp); };
+    EXPECT_EQ(day(add(on(2000, 1, 31), 0, 1, 0)), "2000-02-29");
+    EXPECT_EQ(day(add(on(2000, 1, 31), 0, 1, 1)), "2000-03-01");
+    EXPECT_EQ(day(add(on(2001, 3, 31), 0, -1, 0)), "2001-02-28");
+    EXPECT_EQ(day(add(on(2000, 2, 29), 1, 0, 0)), "2001-02-28");
+    EXPECT_EQ(day(add(on(2000, 2, 29), 4, 0, 0)), "2004-02-29");
+    EXPECT_EQ(day(add(on(1999, 11, 30), 0, 3, 0)), "2000-02-29");
+    EXPECT_EQ(day(add(on(2000, 3, 15), 0, -27, 0)), "1997-12-15");
+    EXPECT_EQ(day(add(on(2000, 12, 31), 0, 0, 1)), "2001-01-01");
+    EXPECT_EQ(day(add(on(2000, 3, 1), 0, 0, -1)), "2000-02-29");
+    EXPECT_EQ(day(add(on(2000, 1, 1), 0, 0, 146097)), "2400-01-01");
+    EXPECT_EQ(day(add(on(2400, 1, 1), 0, 0, -146097)), "2000-01-01");
+    EXPECT_EQ(text(add(on(2000, 1, 1), 0, 0, 0, 0, 0, -1)), "1999-12-31 23:59:59 +0000");
+    EXPECT_EQ(text(add(on(2000, 1, 1), 0, 0, 0, 25, -61, 3661)), "2000-01-02 01:00:01 +0000");
+    ZPCalendarDate *half = (ZPCalendarDate *)on(2000, 1, 1)->addTimeInterval(0.25);
+    half->setCalendarFormat("%F"_zp);
+    ZPCalendarDate *later = add(half, 0, 1, 0);
+    EXPECT_EQ(later->timeIntervalSinceReferenceDate(), on(2000, 2, 1)->timeIntervalSinceReferenceDate() + 0.25);
+    EXPECT_EQ(text(later), "250");  // the format goes along
+}
+
+TEST(Calendar, Differences) {
+    ZPAutoreleasePoolScope pool;
+    int y = 9, mo = 9, d = 9, h = 9, mi = 9, s = 9;
+    on(2000, 3, 1)->years_months_days_hours_minutes_seconds_sinceDate(nullptr, &mo, &d, nullptr, nullptr, nullptr, on(2000, 1, 31));
+    EXPECT_EQ(mo, 1);
+    EXPECT_EQ(d, 1);
+    on(2000, 3, 1)->years_months_days_hours_minutes_seconds_sinceDate(nullptr, nullptr, &d, nullptr, nullptr, nullptr, on(2000, 1, 31));
+    EXPECT_EQ(d, 30);
+    on(2000, 1, 31)->years_months_days_hours_minutes_seconds_sinceDate(&y, &mo, &d, &h, &mi, &s, on(2000, 1, 31));
+    EXPECT_EQ(std::vector<int>({y, mo, d, h, mi, s}), std::vector<int>(6, 0));
+    on(1, 1, 1)->years_months_days_hours_minutes_seconds_sinceDate(nullptr, &mo, nullptr, nullptr, nullptr, nullptr, on(4000, 12, 31));
+    EXPECT_EQ(mo, -47999);
+    // The counts lead as near to the later date as whole units can, in both directions.
+    std::mt19937 random(3);
+    for (int i = 0; i < 300; ++i) {
+        ZPCalendarDate *a = on(1 + int(random() % 4000), 1 + random() % 12, 1 + random() % 28, random() % 24, random() % 60, random() % 60);
+        ZPCalendarDate *b = on(1 + int(random() % 4000), 1 + random() % 12, 1 + random() % 31, random() % 24, random() % 60, random() % 60);
+        unsigned asked = random() % 32;
+        int *out[5] = {&y, &mo, &d, &h, &mi};
+        for (int k = 0; k < 5; ++k)
+            if (!(asked >> k & 1)) *out[k] = 0, out[k] = nullptr;
+        a->years_months_days_hours_minutes_seconds_sinceDate(out[0], out[1], out[2], out[3], out[4], &s, b);
+        bool fits = std::abs(a->timeIntervalSinceDate(b)) < 2147483647.0 || asked;  // seconds alone are cut to an int
+        EXPECT_EQ(add(b, y, mo, d, h, mi, s)->compare(a) == 0, fits) << text(a) << " " << text(b) << " " << asked;
+        int sign = a->compare(b);
+        for (int n : {y, mo, d, h, mi, s}) EXPECT_GE(1LL * n * sign, 0);
+    }
+}
+
+TEST(Calendar, TheHostsZoneChangesItsClocks) {
+    ZPAutoreleasePoolScope pool;
+    ZPTimeZone *zone = ZPTimeZone::defaultTimeZone();
+    ZPCalendarDate *winter = on(2020, 1, 15, 12, 0, 0, nullptr), *summer = on(2020, 7, 15, 12, 0, 0, nullptr);
+    EXPECT_EQ(shown(winter, "%H:%M %Z %z"_zp), "12:00 EST -0500");
+    EXPECT_EQ(shown(summer, "%H:%M %Z %z"_zp), "12:00 EDT -0400");
+    EXPECT_EQ(text(summer->timeZoneDetail()), "EDT offset -14400 (Daylight)");
+    EXPECT_TRUE(summer->timeZoneDetail()->isDaylightSavingTimeZone());
+    EXPECT_EQ(zone->timeZoneDetailForDate(winter), winter->timeZoneDetail());
+    EXPECT_EQ(ZPTimeZone::timeZoneWithAbbreviation("EDT"_zp), summer->timeZoneDetail());
+    // The wall clock is kept across a change, and time spans are not.
+    EXPECT_EQ(shown(add(winter, 0, 6, 0), "%H:%M %Z"_zp), "12:00 EDT");
+    ZPCalendarDate *eve = on(2020, 3, 7, 12, 0, 0, nullptr);
+    EXPECT_EQ(add(eve, 0, 0, 1)->timeIntervalSinceDate(eve), 23 * 3600);
+    EXPECT_EQ(shown((ZPCalendarDate *)eve->addTimeInterval(86400), "%d %H:%M %Z"_zp), "08 13:00 EDT");
+    EXPECT_EQ(text(summer->copy()->autorelease()), text(summer));
+}

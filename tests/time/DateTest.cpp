@@ -1,0 +1,167 @@
+// Dates, and zones at fixed distances.
+#include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/strings/ZPString.h>
+#include <Bedrock/time/ZPCalendarDate.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <climits>
+#include <limits>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::string text(ZPObject *object) { return object->description()->cString(); }
+ZPDate *at(double t) { return ZPDate::dateWithTimeIntervalSinceReferenceDate(t); }
+
+struct OwnDate : ZPDate {  // a client's subclass: the primitives alone
+    ZP_CLASS(OwnDate)
+    double _own;
+    id initWithTime(double t) {
+        _own = t;
+        return this;
+    }
+    double time() { return _own; }
+};
+ZP_IMPLEMENT(OwnDate).method<&OwnDate::initWithTime>("initWithTimeIntervalSinceReferenceDate:").method<&OwnDate::time>("timeIntervalSinceReferenceDate");
+
+}  // namespace
+
+TEST(Date, PointsInTime) {
+    ZPAutoreleasePoolScope pool;
+    EXPECT_EQ(at(0)->timeIntervalSince1970(), 978307200.0);
+    EXPECT_EQ(ZPDate::dateWithTimeIntervalSince1970(978307200.5)->timeIntervalSinceReferenceDate(), 0.5);
+    EXPECT_EQ(at(0.1)->timeIntervalSinceReferenceDate(), 0.1);  // exactly as given
+    double clock = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+    EXPECT_NEAR(ZPDate::date()->timeIntervalSince1970(), clock, 5);
+    EXPECT_NEAR(ZPDate::dateWithTimeIntervalSinceNow(100)->timeIntervalSinceNow(), 100, 5);
+    ZPDate *a = at(10), *b = at(12.5);
+    EXPECT_EQ(b->timeIntervalSinceDate(a), 2.5);
+    EXPECT_EQ(ZPDate::dateWithTimeInterval_sinceDate(2.5, a)->compare(b), 0);
+    EXPECT_EQ(a->compare(b), -1);
+    EXPECT_EQ(b->compare(a), 1);
+    EXPECT_TRUE(a->earlierDate(b)->isEqual(a));
+    EXPECT_TRUE(a->laterDate(b)->isEqual(b));
+    EXPECT_TRUE(a->addTimeInterval(2.5)->isEqualToDate(b));
+    EXPECT_FALSE(a->isEqual(nullptr));
+    EXPECT_FALSE(a->isEqual("x"_zp));
+    EXPECT_EQ(a->copy(), a);
+    a->release();
+    EXPECT_EQ(at(-3.9)->hash(), unsigned(-3));
+    for (double t : {1e300, -1e300, std::numeric_limits<double>::infinity(), std::nan("")}) at(t)->hash();
+    // A date of another class with the same time is equal, and hashes the same.
+    ZPDate *own = (ZPDate *)((ZPDate *)OwnDate::alloc())->initWithTimeIntervalSinceReferenceDate(12.5)->autorelease().pointer();
+    ZPDate *calendar = (ZPDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(12.5)->autorelease().pointer();
+    for (ZPDate *x : {own, calendar, b})
+        for (ZPDate *y : {own, calendar, b}) {
+            EXPECT_TRUE(x->isEqual(y));
+            EXPECT_EQ(x->hash(), y->hash());
+        }
+    EXPECT_TRUE(own->addTimeInterval(1)->isKindOfClass(OwnDate::class_()));
+    ZPRef<ZPDate> copy = ZPAdopt((ZPDate *)own->copy().pointer());
+    EXPECT_TRUE(copy->isEqual(own));
+}
+
+TEST(Date, DistantDates) {
+    ZPAutoreleasePoolScope pool;
+    ZPDate *future = ZPDate::distantFuture(), *past = ZPDate::distantPast(), *now = ZPDate::date();
+    EXPECT_EQ(ZPDate::distantFuture(), future);
+    EXPECT_EQ(future->timeIntervalSinceNow(), 63113990400.0);
+    EXPECT_EQ(future->timeIntervalSinceDate(now), 63113990400.0);
+    EXPECT_EQ(past->timeIntervalSince1970(), -63113817600.0);
+    EXPECT_EQ(text(ZPDate::distantFuture()->dateWithCalendarFormat_timeZone(nullptr, ZPTimeZone::timeZoneForSecondsFromGMT(0))), "4001-01-02 00:00:00 +0000");
+    EXPECT_EQ(text(ZPDate::distantPast()->dateWithCalendarFormat_timeZone("%Y-%m-%d"_zp, ZPTimeZone::timeZoneForSecondsFromGMT(0))), "1-01-02");
+    EXPECT_EQ(future->compare(now), 1);
+    EXPECT_EQ(past->compare(now), -1);
+    EXPECT_EQ(past->compare(past), 0);
+    EXPECT_EQ(now->compare(future), -1);
+    EXPECT_EQ(past->earlierDate(now), past);
+    EXPECT_EQ(future->laterDate(now), future);
+    EXPECT_TRUE(future->earlierDate(now)->isEqual(now));
+    EXPECT_EQ(future->retain(), future);
+    future->release();
+    future->release();
+    EXPECT_EQ(future->retainCount(), 0xFFFFFFFFu);
+    EXPECT_EQ(future->addTimeInterval(5), future);
+    try {
+        future->init();
+        FAIL();
+    } catch (ZPException *e) {
+        EXPECT_EQ(std::string(e->reason()->cString()), "*** -[ZPDistantDate init]: shouldn't be called");
+    }
+}
+
+TEST(Date, ReadsItsOwnDescription) {
+    ZPAutoreleasePoolScope pool;
+    EXPECT_EQ(ZPDate::dateWithString("2001-01-01 10:00:00 +0100"_zp)->timeIntervalSinceReferenceDate(), 9 * 3600);
+    ZPDate *calendar = objc_msgSend<ZPDate *>(id(ZPCalendarDate::class_()), "dateWithString:"_sel, "1999/12/31T23.59.58 -0430"_zp);
+    EXPECT_EQ(text(calendar), "1999-12-31 23:59:58 -0430");
+    for (double t : {0.0, 1e9, -5e10, 6.2e10}) EXPECT_EQ(ZPDate::dateWithString(at(t)->description())->timeIntervalSinceReferenceDate(), t);
+    for (const char *bad : {"", "2001", "2001-01-01 10:00:00", "2001-01-01 10:00:00 ", "2001-01-01 10:00:00 0100", "2001-01-01 10:00:00 +", "a-b-c d:e:f +1",
+                            "2001--01 10:00:00 +0100"})
+        EXPECT_EQ(ZPDate::dateWithString(ZPString::stringWithCString(bad)), nullptr) << bad;
+    EXPECT_EQ(ZPDate::dateWithString(nullptr), nullptr);
+    // Numbers of any size are defined.
+    ZPDate::dateWithString("99999999999999999999-999-999 99999999999:999999999999:99999999999999 +99999999999999999"_zp);
+}
+
+TEST(TimeZone, FixedDistances) {
+    ZPAutoreleasePoolScope pool;
+    ZPTimeZoneDetail *zone = ZPTimeZone::timeZoneForSecondsFromGMT(49530);
+    EXPECT_EQ(std::string(zone->timeZoneName()->cString()), "GMT+1345");
+    EXPECT_EQ(zone->timeZoneSecondsFromGMT(), 49530);
+    EXPECT_EQ(ZPTimeZone::timeZoneForSecondsFromGMT(49500), zone);  // the same hours and minutes
+    EXPECT_EQ(ZPTimeZone::timeZoneWithAbbreviation("GMT+1345"_zp), zone);
+    EXPECT_EQ(ZPTimeZone::timeZoneWithName("GMT+1345"_zp), nullptr);
+    EXPECT_EQ(std::string(ZPTimeZone::timeZoneForSecondsFromGMT(-16200)->timeZoneName()->cString()), "GMT-0430");
+    EXPECT_EQ(std::string(ZPTimeZone::timeZoneForSecondsFromGMT(0)->timeZoneName()->cString()), "GMT+0000");
+    EXPECT_NE(ZPTimeZone::timeZoneForSecondsFromGMT(-1), ZPTimeZone::timeZoneForSecondsFromGMT(1));
+    EXPECT_EQ(std::string(ZPTimeZone::timeZoneForSecondsFromGMT(INT_MIN)->timeZoneName()->cString()), "GMT-59652314");
+    EXPECT_EQ(text(ZPTimeZone::timeZoneForSecondsFromGMT(-14400)), "GMT-0400 offset -14400");
+    EXPECT_EQ(zone->timeZoneDetailForDate(ZPDate::date()), zone);
+    EXPECT_EQ(zone->timeZoneDetailArray()->count(), 1u);
+    ZPRef<ZPTimeZoneDetail> own = ZPAdopt(ZPTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT("GMT+1345"_zp, "GMT+1345"_zp, 49530));
+    EXPECT_TRUE(own->isEqual(zone));
+    EXPECT_EQ(own->hash(), 49530u);
+    EXPECT_EQ(ZPTimeZone::timeZoneWithAbbreviation("UTC"_zp)->timeZoneSecondsFromGMT(), 0);
+    EXPECT_EQ(ZPTimeZone::timeZoneWithAbbreviation("no such zone"_zp), nullptr);
+    EXPECT_EQ(ZPTimeZone::timeZoneWithName("ZPLocalTimeZone"_zp), ZPTimeZone::localTimeZone());
+    EXPECT_EQ(((ZPObject *)ZPTimeZone::alloc())->init(), nullptr);
+}
+
+TEST(TimeZone, TheDefaultFollowsWhatIsSet) {
+    ZPAutoreleasePoolScope pool;
+    ZPTimeZoneDetail *before = ZPTimeZone::defaultTimeZone(), *local = ZPTimeZone::localTimeZone();
+    ASSERT_NE(before, nullptr);
+    EXPECT_EQ(ZPTimeZone::defaultTimeZone(), before);
+    EXPECT_EQ(local->timeZoneSecondsFromGMT(), before->timeZoneSecondsFromGMT());
+    ZPTimeZone::setDefaultTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(7200));
+    EXPECT_EQ(local->timeZoneSecondsFromGMT(), 7200);
+    EXPECT_EQ(std::string(local->timeZoneName()->cString()), "ZPLocalTimeZone");
+    EXPECT_EQ(text(at(0)), "2001-01-01 02:00:00 +0200");
+    ZPTimeZone::setDefaultTimeZone(before);
+}
+
+TEST(TimeZoneThread, DetailsAreMadeOnce) {
+    std::vector<std::thread> threads;
+    std::vector<ZPTimeZoneDetail *> seen(8);
+    for (int t = 0; t < 8; ++t)
+        threads.emplace_back([&, t] {
+            ZPAutoreleasePoolScope pool;
+            for (int i = 0; i < 200; ++i) {
+                ZPTimeZone::timeZoneForSecondsFromGMT(i * 60);
+                ZPCalendarDate *date = ZPCalendarDate::calendarDate();
+                date->addTimeInterval(i * 86400.0)->description();
+                ZPTimeZone::timeZoneWithAbbreviation("GMT+0001"_zp);
+            }
+            seen[t] = ZPTimeZone::timeZoneForSecondsFromGMT(77 * 60);
+        });
+    for (auto &t : threads) t.join();
+    for (auto *zone : seen) EXPECT_EQ(zone, seen[0]);
+}

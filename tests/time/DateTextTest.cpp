@@ -1,0 +1,147 @@
+// Dates to text and back.
+#include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/strings/ZPString.h>
+#include <Bedrock/time/ZPCalendarDate.h>
+#include <Bedrock/time/ZPLocale.h>
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace {
+
+ZPString *zp(const std::string &s) { return ZPString::stringWithCString(s.c_str()); }
+ZPTimeZone *gmt() { return ZPTimeZone::timeZoneForSecondsFromGMT(0); }
+ZPCalendarDate *sample() { return ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(2003, 9, 4, 15, 6, 7, gmt()); }
+std::string shown(const char *format, ZPDictionary *locale = nullptr, ZPCalendarDate *date = sample()) {
+    return date->descriptionWithCalendarFormat_locale(zp(format), locale)->cString();
+}
+/// The date read, in GMT; "null" when it does not match.
+std::string read(const char *text, const char *format, ZPDictionary *locale = nullptr) {
+    ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat_locale(zp(text), zp(std::string(format) + " %Z"), locale);
+    if (!date) date = ZPCalendarDate::dateWithString_calendarFormat_locale(zp(std::string(text) + " GMT"), zp(std::string(format) + " %Z"), locale);
+    if (!date) return "null";
+    return date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString();
+}
+ZPDictionary *german() {
+    return (ZPDictionary *)(ZPObject *)"{ZPWeekDayNameArray = (Sonntag, Montag, Dienstag, Mittwoch, Donnerstag, Freitag, Samstag); ZPMonthNameArray = (Januar);"
+                                       "ZPAMPMDesignation = (vorm, nachm); ZPTimeDateFormatString = \"%A, %d.%m.%Y %H:%M\";}"_zp->propertyList().pointer();
+}
+
+}  // namespace
+
+TEST(DateText, EveryDirective) {
+    ZPAutoreleasePoolScope pool;
+    EXPECT_EQ(shown("%a %A %b %B"), "Thu Thursday Sep September");
+    EXPECT_EQ(shown("%d|%e|%j|%m|%y|%Y|%w"), "04|4|247|09|03|2003|4");
+    EXPECT_EQ(shown("%H|%I|%p|%M|%S|%F"), "15|03|PM|06|07|000");
+    EXPECT_EQ(shown("%Z|%z|%%"), "GMT+0000|+0000|%");
+    EXPECT_EQ(shown("%c"), "Thu Sep 04 15:06:07 GMT+0000 2003");
+    EXPECT_EQ(shown("%x"), "Thu Sep 04 2003");
+    EXPECT_EQ(shown("%X"), "15:06:07 GMT+0000");
+    EXPECT_EQ(shown("%5d|%05d|%0d|%1Y|%3y|%12Q|%5A"), "    4|00004|4|2003|  3|?|Thursday");
+    EXPECT_EQ(shown("%q %\xC3\xA9 plain %"), "? ? plain ");
+    EXPECT_EQ(shown("%12"), "");
+    EXPECT_EQ(shown(""), "");
+    EXPECT_EQ(shown("%99999999999999999999d").size(), 1000u);
+    EXPECT_EQ(shown("%I %p", nullptr, ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(2000, 1, 1, 0, 0, 0, gmt())), "12 AM");
+    EXPECT_EQ(shown("%z", nullptr, (sample()->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(-12600)), sample())), "+0000");
+    ZPCalendarDate *west = sample();
+    west->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(-12600));
+    EXPECT_EQ(shown("%H:%M %z", nullptr, west), "11:36 -0330");
+    EXPECT_EQ(shown("%F", nullptr, (ZPCalendarDate *)sample()->addTimeInterval(0.1234)), "123");
+    EXPECT_EQ(shown("%F", nullptr, (ZPCalendarDate *)sample()->addTimeInterval(0.9996)), "000");
+    std::string longer(500, 'x');
+    EXPECT_EQ(shown((longer + "%Y").c_str()), longer + "2003");
+    ZPDate *plain = ZPDate::dateWithTimeIntervalSinceReferenceDate(0.5);
+    EXPECT_EQ(std::string(plain->descriptionWithCalendarFormat_timeZone_locale("%Y %z"_zp, ZPTimeZone::timeZoneForSecondsFromGMT(3600), nullptr)->cString()), "2001 +0100");
+}
+
+TEST(DateText, Locales) {
+    ZPAutoreleasePoolScope pool;
+    ZPDictionary *locale = german();
+    EXPECT_EQ(shown("%A %p", locale), "Donnerstag nachm");
+    EXPECT_EQ(shown("%a %B", locale), "Thu September");  // absent, and too short
+    EXPECT_EQ(shown("%c", locale), "Donnerstag, 04.09.2003 15:06");
+    EXPECT_EQ(std::string(sample()->descriptionWithLocale(locale)->cString()), "2003-09-04 15:06:07 +0000");
+    EXPECT_EQ(read("Donnerstag, 04.09.2003 15:06", "%c", locale), "2003-09-04 15:06:00");
+    EXPECT_EQ(read("DONNERSTAG 3 nachm", "%A %I %p", locale).substr(11), "15:00:00");
+    ZPDictionary *circle = ZPDictionary::dictionaryWithObject_forKey("%c"_zp, ZPTimeDateFormatString);
+    EXPECT_EQ(shown("<%c>", circle), "<?>");
+    EXPECT_EQ(read("x", "%c", circle), "null");
+    ZPDictionary *broken = (ZPDictionary *)(ZPObject *)"{ZPMonthNameArray = {a = b;}; ZPAMPMDesignation = x; ZPTimeDateFormatString = (1);}"_zp->propertyList().pointer();
+    EXPECT_EQ(shown("%B %p %x", broken), "September PM Thu Sep 04 2003");
+    ZPDictionary *english = _ZPDefaultEnglishLanguageDict();
+    EXPECT_EQ(english->count(), 30u);
+    EXPECT_TRUE(english->objectForKey(ZPTimeDateFormatString)->isEqual("%A, %B %d, %Y %H:%M:%S %Z"_zp));
+}
+
+TEST(DateText, Reading) {
+    ZPAutoreleasePoolScope pool;
+    struct { const char *text, *format, *date; } cases[] = {
+        {"1999-12-31", "%Y-%m-%d", "1999-12-31 00:00:00"},
+        {"  1999 - 12-31", "%Y-%m-%d", "1999-12-31 00:00:00"},
+        {"1999-12", "%Y-%m-%d", "null"},
+        {"0000-12-31", "%Y-%m-%d", "null"},
+        {"05/03/29", "%m/%d/%y", "2029-05-03 00:00:00"},
+        {"05/03/31", "%m/%d/%y", "1931-05-03 00:00:00"},
+        {"2000 12:15 AM", "%Y %I:%M %p", "2000-01-01 00:15:00"},
+        {"2000 12:15 PM", "%Y %I:%M %p", "2000-01-01 12:15:00"},
+        {"2000 03:15 pm", "%Y %I:%M %p", "2000-01-01 15:15:00"},
+        {"2000 03:15 xm", "%Y %I:%M %p", "null"},
+        {"Thursday, 4 SEPTEMBER 2003", "%A, %e %B %Y", "2003-09-04 00:00:00"},
+        {"Mon Feb 2 2004", "%a %b %d %Y", "2004-02-02 00:00:00"},
+        {"Xxx Feb 2 2004", "%a %b %d %Y", "null"},
+        {"2004 060", "%Y %j", "2004-02-29 00:00:00"},
+        {"2004 060 02", "%Y %j %m", "2004-02-29 00:00:00"},
+        {"2004 060 03", "%Y %j %m", "null"},
+        {"2004 4", "%Y %w", "2004-01-01 00:00:00"},
+        {"2004 7", "%Y %w", "null"},
+        {"100% 2004", "100%% %Y", "2004-01-01 00:00:00"},
+        {"2004-1-2 3:4:5", "%Y-%m-%d %H:%M:%S", "2004-01-02 03:04:05"},
+        {"20041231", "%Y%m%d", "2004-12-31 00:00:00"},
+        {"Thu Sep 04 15:06:07 GMT 2003", "%c", "2003-09-04 15:06:07"},
+        {"2004", "%Y%Q", "null"},
+        {"2004", "%Y%", "null"},
+    };
+    for (auto &c : cases) {
+        std::string format = c.format, text = c.text;
+        ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(zp(text), zp(format));
+        EXPECT_EQ(date ? std::string(date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString()) : "null", c.date) << c.text << " by " << c.format;
+    }
+    auto date = [](const char *text, const char *format) { return ZPCalendarDate::dateWithString_calendarFormat(zp(text), zp(format)); };
+    EXPECT_EQ(date("1999-12-31 and more", "%Y-%m-%d")->calendarFormat()->length(), 8u);  // the rest is ignored, the format kept
+    EXPECT_EQ(date("2001-01-01 01:00 +0100", "%Y-%m-%d %H:%M %z")->timeIntervalSinceReferenceDate(), 0);
+    EXPECT_EQ(date("2001-01-01 01:00 -0130", "%Y-%m-%d %H:%M %z")->timeIntervalSinceReferenceDate(), 2.5 * 3600);
+    EXPECT_EQ(date("2001-01-01 01:00 GMT", "%Y-%m-%d %H:%M %Z")->timeIntervalSinceReferenceDate(), 3600);
+    EXPECT_NEAR(date("2001 GMT 250", "%Y %Z %F")->timeIntervalSinceReferenceDate(), 0.2501, 1e-9);
+    EXPECT_EQ(ZPCalendarDate::calendarDate()->yearOfCommonEra(), date("5", "%d")->yearOfCommonEra());
+    EXPECT_EQ(date("", "%Y"), nullptr);
+    EXPECT_NE(date("", ""), nullptr);
+    EXPECT_EQ(ZPCalendarDate::dateWithString_calendarFormat(nullptr, "%Y"_zp), nullptr);
+    EXPECT_NE(date("2147483647", "%e"), nullptr);
+    EXPECT_NE(date("-2147483648", "%j"), nullptr);
+    EXPECT_NE(date("1 -99999999999", "%d %z"), nullptr);
+}
+
+TEST(DateText, RoundTrips) {
+    ZPAutoreleasePoolScope pool;
+    std::mt19937_64 random(11);
+    for (const char *format : {"%Y-%m-%d %H:%M:%S %z", "%a %b %e %H:%M:%S %Y %z", "%z %A, %B %d, %Y %I:%M:%S %p", "%j of %Y, %H.%M.%S %z", "%Y%m%d%H%M%S%z"}) {
+        for (int i = 0; i < 200; ++i) {
+            ZPAutoreleasePoolScope inner;
+            // Years of four digits: what %Y reads.
+            double t = -31556908800.0 + double(random() % 94670208000ull);
+            ZPCalendarDate *date = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(t)->autorelease().pointer();
+            date->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(int(random() % 1440) * 60 - 43200));
+            ZPString *text = date->descriptionWithCalendarFormat(zp(format));
+            ZPCalendarDate *back = ZPCalendarDate::dateWithString_calendarFormat(text, zp(format));
+            ASSERT_NE(back, nullptr) << text->cString();
+            ASSERT_EQ(back->timeIntervalSinceReferenceDate(), t) << text->cString();
+            ASSERT_TRUE(back->description()->isEqualToString(text));
+        }
+    }
+}
