@@ -36,6 +36,7 @@ class ZPCaseMapper {
         }
         return *_tables;
     }
+    bool hasRead() const { return _asked; }
     ZP_INLINE unichar lower(unichar u) { return tables(u).lower[u]; }
     ZP_INLINE unichar upper(unichar u) { return tables(u).upper[u]; }
     ZP_INLINE unichar title(unichar u) { return tables(u, 0x80).title[u]; }

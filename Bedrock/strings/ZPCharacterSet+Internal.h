@@ -33,8 +33,27 @@ struct ZPCharacterSetRecord {
     unsigned *units() { return reinterpret_cast<unsigned *>(this + 1); }
     const unsigned *units() const { return reinterpret_cast<const unsigned *>(this + 1); }
     std::size_t size() const { return sizeof *this + (singles + 2 * std::size_t(ranges)) * sizeof(unsigned); }
-    bool has(unichar u) const { return summary[u >> 15] >> (u >> 10 & 31) & 1 && search(u); }
-    bool search(unichar u) const;
+    bool has(unichar u) const {
+        if (!(summary[u >> 15] >> (u >> 10 & 31) & 1)) return false;
+        return (singmin <= u && u <= singmax && isSingle(u)) || isInRange(u);
+    }
+    static constexpr unsigned linearSearch = 10;  ///< below this many entries they are searched one by one
+    bool isSingle(unichar u) const;
+    ZP_INLINE bool isInRange(unichar u) const {
+        const unsigned *range = units() + singles;
+        if (ranges < linearSearch) {
+            for (const unsigned *end = range + 2 * ranges; range < end && range[0] <= u; range += 2)
+                if (u <= range[1]) return true;
+            return false;
+        }
+        // By halves, without branches that nobody could foresee.
+        for (unsigned n = ranges; n > 1;) {
+            unsigned half = n / 2;
+            range += range[2 * half] <= u ? 2 * half : 0;
+            n -= half;
+        }
+        return range[0] <= u && u <= range[1];
+    }
     unsigned count() const;
     /// Sets the members' bits in a bitmap.
     void addTo(unsigned char *bits) const;

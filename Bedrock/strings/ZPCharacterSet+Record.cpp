@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr unsigned linearSearch = 10;  // below this many entries they are searched one by one
-
 // The first unit from `from` on whose bit is `value`; _ZPUnitCount when there is none.
 unsigned nextBit(const unsigned char *bits, unsigned from, bool value) {
     const unsigned char whole = value ? 0 : 0xFF;
@@ -138,23 +136,9 @@ ZPData *ZPSetBitmap::data() const { return ZPData::dataWithBytes_length(bits, si
 
 // ---- records ----
 
-bool ZPCharacterSetRecord::search(unichar u) const {
-    const unsigned *single = units(), *range = single + singles;
-    if (singmin <= u && u <= singmax) {
-        if (singles < linearSearch ? std::find(single, range, u) != range : std::binary_search(single, range, u)) return true;
-    }
-    if (ranges < linearSearch) {
-        for (const unsigned *end = range + 2 * ranges; range < end && range[0] <= u; range += 2)
-            if (u <= range[1]) return true;
-        return false;
-    }
-    unsigned low = 0, high = ranges;
-    while (low < high) {
-        unsigned middle = (low + high) / 2;
-        if (range[2 * middle] <= u) low = middle + 1;
-        else high = middle;
-    }
-    return low && u <= range[2 * low - 1];
+bool ZPCharacterSetRecord::isSingle(unichar u) const {
+    const unsigned *single = units(), *end = single + singles;
+    return singles < linearSearch ? std::find(single, end, u) != end : std::binary_search(single, end, u);
 }
 
 unsigned ZPCharacterSetRecord::count() const {

@@ -90,7 +90,13 @@ template <unsigned Offset> ZPCharacterSet *fullSet(Class) {
 }
 
 struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
-    BOOL characterIsMember(unichar u) { return u < 0x100 ? _ZPBit(_ZPLow.of[offset], u) : _ZPIsInFullSet(unsigned(offset), u); }
+    BOOL characterIsMember(unichar u) {
+        if (u < 0x100) return _ZPBit(_ZPLow.of[offset], u);
+        ZPCharacterSet *full = __atomic_load_n(&expandedset, __ATOMIC_ACQUIRE);
+        // Both kinds of objects that may stand there are told apart without another load.
+        if (!full || full == this || u == 0xFFFF) [[unlikely]] return _ZPIsInFullSet(unsigned(offset), u);
+        return static_cast<ZPConcreteMutableCharacterSet *>(full)->has(u);
+    }
     // Answers the full set, or the receiver when it cannot be loaded.
     ZPCharacterSet *expandSetWithOffset(int wanted) {
         if (wanted < 0 || wanted >= int(_ZPStandardSetCount)) {

@@ -29,7 +29,7 @@ unsigned write(unichar unit, unichar *output) {
     return 1;
 }
 
-ZP_INLINE bool expands(unichar u) { return u == sharpS.unit || (u >= 0xFB00 && u <= 0xFB06); }
+ZP_INLINE bool expands(unichar u) { return (u == sharpS.unit) | (unichar(u - expansions[0].unit) < std::size(expansions)); }
 
 ZP_INLINE unsigned writeUpper(ZPCaseMapper &mapper, unichar u, unichar *output) {
     return expands(u) ? write(expansionOf(u)->upper, output) : write(mapper.upper(u), output);
@@ -47,31 +47,67 @@ unichar turkishCase(unichar u, bool lower) {
 
 using Convert = unsigned (*)(unichar, unichar *, unsigned);
 
-// Maps every unit with `convert(unit, previous unit or 0 at the start, output)` into a new Unicode string.
+ZPString *adopted(ZPZoneBlock<unichar> &block, std::size_t written) {
+    if (written > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    return _ZPNewStringAdoptingUnits(block.takeShrunk(written), unsigned(written), YES, nullptr)->autorelease();
+}
+
+// Maps every unit with `convert(unit, output)`, which answers how many units it has written, into a new Unicode
+// string.
 template <class F> ZPString *mapped(ZPString *string, F convert) {
     return _ZPWithUnits(string, [&](auto &&units, unsigned length) -> ZPString * {
         if (length == 0) return ""_zp;
         ZPZoneBlock<unichar> block(std::size_t(length) * mostUnits);
         std::size_t written = 0;
-        for (unsigned i = 0; i < length; ++i) written += convert(units[i], i, block.memory + written);
-        if (written > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
-        return _ZPNewStringAdoptingUnits(block.takeShrunk(written), unsigned(written), YES, nullptr)->autorelease();
+        for (unsigned i = 0; i < length; ++i) written += convert(units[i], block.memory + written);
+        return adopted(block, written);
+    });
+}
+
+// The end of the run of units, from `from` on, that do not expand.
+template <class Units> unsigned endOfPlain(Units &units, unsigned from, unsigned length) {
+    if constexpr (std::is_pointer_v<std::remove_cvref_t<Units>>) {
+        typedef std::uint16_t Vector __attribute__((vector_size(16)));
+        for (constexpr unsigned lanes = 8; length - from >= lanes; from += lanes) {
+            Vector some;
+            std::memcpy(&some, units + from, sizeof some);
+            auto expanding = (some == sharpS.unit) | (some - std::uint16_t(expansions[0].unit) < std::uint16_t(std::size(expansions)));
+            std::uint64_t halves[2];
+            std::memcpy(halves, &expanding, sizeof halves);
+            if (halves[0] | halves[1]) break;
+        }
+    }
+    while (from < length && !expands(units[from])) ++from;
+    return from;
+}
+
+// The same for a map that most units go through one to one: runs without units that expand are mapped by a loop
+// without branches.
+template <bool MayExpand> ZPString *mappedByPages(ZPString *string, const ZPCaseMap ZPCaseTables::*direction) {
+    return _ZPWithUnits(string, [&](auto &&units, unsigned length) -> ZPString * {
+        if (length == 0) return ""_zp;
+        ZPCaseMapper mapper;
+        for (unsigned i = 0; i < length && !mapper.hasRead(); ++i) mapper.tables(units[i]);
+        const ZPCaseMap &map = mapper.tables(0).*direction;
+        ZPZoneBlock<unichar> block(std::size_t(length) * (MayExpand ? mostUnits : 1));
+        unichar *output = block.memory;
+        for (unsigned i = 0; i < length;) {
+            for (unsigned end = MayExpand ? endOfPlain(units, i, length) : length; i < end; ++i) *output++ = map[units[i]];
+            if (MayExpand && i < length) output += write(expansionOf(units[i++])->upper, output);
+        }
+        return adopted(block, std::size_t(output - block.memory));
     });
 }
 
 struct CaseMethods : ZPString {
     ZPString *caseCopy(Convert convert, unsigned flags) {
-        return mapped(this, [=](unichar u, unsigned, unichar *output) { return convert(u, output, flags); });
+        return mapped(this, [=](unichar u, unichar *output) { return convert(u, output, flags); });
     }
-    ZPString *uppercaseString() {
-        return mapped(this, [mapper = ZPCaseMapper()](unichar u, unsigned, unichar *output) mutable { return writeUpper(mapper, u, output); });
-    }
-    ZPString *lowercaseString() {
-        return mapped(this, [mapper = ZPCaseMapper()](unichar u, unsigned, unichar *output) mutable { return write(mapper.lower(u), output); });
-    }
+    ZPString *uppercaseString() { return mappedByPages<true>(this, &ZPCaseTables::upper); }
+    ZPString *lowercaseString() { return mappedByPages<false>(this, &ZPCaseTables::lower); }
     ZPString *capitalizedStringWithFlags(unsigned flags) {
         bool afterLetter = false;
-        return mapped(this, [=, mapper = ZPCaseMapper()](unichar u, unsigned, unichar *output) mutable {
+        return mapped(this, [=, mapper = ZPCaseMapper()](unichar u, unichar *output) mutable {
             unichar special = flags & turkish ? turkishCase(u, afterLetter) : 0;
             unsigned n = special       ? write(special, output)
                          : afterLetter ? write(mapper.lower(u), output)

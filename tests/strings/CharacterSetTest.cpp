@@ -84,10 +84,92 @@ TEST(CharacterSet, kindsOfSetsAgree) {
     EXPECT_TRUE(all->invertedSet()->isEmpty());
 }
 
+// Every form in which a concrete set keeps the same members.
+TEST(CharacterSet, formsOfConcreteSets) {
+    Pool pool;
+    Members expected;
+    auto add = [&](unsigned first, unsigned last) { for (unsigned u = first; u <= last; ++u) expected[u] = true; };
+    std::u16string singles = u"acegikmoqsuwy\u0400\u0402\uffff";
+    for (char16_t u : singles) add(u, u);
+    for (unsigned k = 0; k < 12; ++k) add(0x1000 + k * 0x900, 0x1000 + k * 0x900 + 5 + k * 60);
+    auto build = [&]() -> ZPMutableCharacterSet * {
+        ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString(make(singles));
+        for (unsigned k = 0; k < 12; ++k) set->addCharactersInRange({0x1000 + k * 0x900, 6 + k * 60});
+        return set;
+    };
+    struct { const char *name; void (*prepare)(ZPMutableCharacterSet *); bool bitmap; } forms[] = {
+        {"bitmap", [](ZPMutableCharacterSet *) {}, true},
+        {"record", [](ZPMutableCharacterSet *set) { objc_msgSend(set, "makeCharacterSetCompact"_sel); }, false},
+        {"data", [](ZPMutableCharacterSet *set) { set->bitmapRepresentation(); }, true},
+        {"record, data", [](ZPMutableCharacterSet *set) { objc_msgSend(set, "makeCharacterSetCompact"_sel); set->bitmapRepresentation(); }, true},
+        {"data, record", [](ZPMutableCharacterSet *set) { set->bitmapRepresentation(); objc_msgSend(set, "makeCharacterSetCompact"_sel); }, false},
+        {"immutable record", [](ZPMutableCharacterSet *set) { objc_msgSend(set, "makeCharacterSetCompact"_sel); set->makeImmutable(); }, false},
+    };
+    ZPCharacterSet *reference = build();
+    for (auto &form : forms) {
+        SCOPED_TRACE(form.name);
+        ZPMutableCharacterSet *set = build();
+        form.prepare(set);
+        EXPECT_EQ(objc_msgSend<BOOL>(set, "isCompact"_sel) != NO, form.bitmap);
+        EXPECT_EQ(membersOf(set), expected);
+        EXPECT_EQ(set->count(), expected.count());
+        EXPECT_FALSE(set->isEmpty());
+        EXPECT_TRUE(set->isEqual(reference) && reference->isEqual(set));
+        EXPECT_EQ(set->hash(), reference->hash());
+        EXPECT_EQ(membersOf(set->invertedSet()), ~expected);
+        ZPMutableCharacterSet *copy = set->mutableCopy();
+        EXPECT_EQ(membersOf(copy), expected);
+        copy->removeCharactersInRange({0, 0x2000});
+        copy->release();
+        EXPECT_EQ(membersOf(set), expected) << "a copy is apart";
+        if (!set->isMutable()) continue;
+        ZPData *handedOut = set->bitmapRepresentation();
+        set->removeCharactersInString("a"_zp);
+        EXPECT_TRUE(static_cast<const unsigned char *>(handedOut->bytes())['a' / 8] >> ('a' % 8) & 1) << "what was handed out stays";
+        EXPECT_FALSE(set->characterIsMember('a'));
+        EXPECT_EQ(set->count(), expected.count() - 1);
+    }
+}
+
+TEST(CharacterSet, changesOfEveryFormLikeABitset) {
+    std::mt19937 random(3);
+    for (unsigned round = 0; round < 30; ++round) {
+        Pool pool;
+        ZPMutableCharacterSet *set = ZPMutableCharacterSet::new_()->autorelease();
+        EXPECT_TRUE(set->isEmpty());
+        Members expected;
+        for (unsigned step = 0; step < 40; ++step) {
+            unsigned at = random() % 8 ? random() % 0x10000 : 0xFFFF - random() % 3, length = random() % 4 ? random() % 40 : random() % 0x20000;
+            switch (random() % 8) {
+            case 0: case 1: case 2:
+                set->addCharactersInRange({at, length});
+                for (unsigned u = at; u < at + length && u < 0x10000; ++u) expected[u] = true;
+                break;
+            case 3:
+                set->removeCharactersInRange({at, length});
+                for (unsigned u = at; u < at + length && u < 0x10000; ++u) expected[u] = false;
+                break;
+            case 4: set->invert(); expected.flip(); break;
+            case 5: objc_msgSend(set, "makeCharacterSetCompact"_sel); break;
+            case 6: set->bitmapRepresentation(); break;
+            default: {
+                ZPCharacterSet *other = ZPCharacterSet::characterSetWithRange({at, length});
+                Members its = membersOf(other);
+                if (random() & 1) set->formUnionWithCharacterSet(other), expected |= its;
+                else set->formIntersectionWithCharacterSet(other->invertedSet()), expected &= ~its;
+            }
+            }
+            ASSERT_EQ(set->count(), expected.count());
+        }
+        ASSERT_EQ(membersOf(set), expected);
+    }
+}
+
 TEST(CharacterSet, changes) {
     Pool pool;
     ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString("abc"_zp);
     ZPCharacterSet *before = set->copy()->autorelease(), *inverted = set->invertedSet();
+    EXPECT_TRUE(inverted->isMutable());
     set->addCharactersInRange({0xFF00, 0x100});
     set->addCharactersInRange({0xFFFF, 0xFFFFFFFF});
     set->removeCharactersInString("b"_zp);
@@ -98,6 +180,98 @@ TEST(CharacterSet, changes) {
     EXPECT_FALSE(set->characterIsMember('a'));
     set->formUnionWithCharacterSet(ZPCharacterSet::characterSetWithCharactersInString("xyz"_zp));
     EXPECT_TRUE(set->characterIsMember('z'));
+    set->formUnionWithCharacterSet(OddSet::new_()->autorelease());
+    EXPECT_TRUE(set->characterIsMember(0x4E01) && !set->characterIsMember(0x4E02));
+}
+
+TEST(CharacterSet, immutableSetsRefuseChanges) {
+    Pool pool;
+    std::u16string many(100, u'x');
+    ZPMutableCharacterSet *frozen = ZPMutableCharacterSet::characterSetWithCharactersInString("abc"_zp);
+    ZPCharacterSet *copy = frozen->copy()->autorelease();
+    EXPECT_TRUE(frozen->isMutable());
+    frozen->makeImmutable();
+    EXPECT_EQ(frozen->copy()->autorelease(), id(frozen)) << "nothing left to copy for";
+    ZPCharacterSet *immutable[] = {frozen, copy, ZPCharacterSet::characterSetWithCharactersInString(make(many)),
+                                   ZPCharacterSet::characterSetWithBitmapRepresentation(frozen->bitmapRepresentation()),
+                                   ZPCharacterSet::alloc()->initWithRange({3, 4})->autorelease()};
+    for (ZPCharacterSet *set : immutable) {
+        EXPECT_FALSE(set->isMutable());
+        Members before = membersOf(set);
+        testing::internal::CaptureStderr();
+        ZPString *name = nullptr;
+        EXPECT_EQ(raised([&] { objc_msgSend(set, "invert"_sel); }, &name),
+                  "ZPConcreteMutableCharacterSet invert: Illegal operation on this class or instance");
+        EXPECT_NE(testing::internal::GetCapturedStderr().find("ZPConcreteMutableCharacterSet: attempted mutation of immutable instance\n"), std::string::npos);
+        EXPECT_EQ(name, ZPInvalidArgumentException);
+        EXPECT_EQ(membersOf(set), before);
+    }
+    EXPECT_TRUE(ZPMutableCharacterSet::characterSetWithBitmapRepresentation(frozen->bitmapRepresentation())->isMutable());
+}
+
+TEST(CharacterSet, recordsAndDumps) {
+    Pool pool;
+    struct { std::u16string members; const char *dump; } cases[] = {
+        {u"", "{\n\tnsingles = 0;\n\tnranges = 0;\n\tsingmin = 65535;\n\tsingmax = 0;\n\tsingles = (  );\n\tranges = (  );\n}\n"},
+        {u"acdeg\uffff",
+         "{\n\tnsingles = 3;\n\tnranges = 1;\n\tsingmin = 97;\n\tsingmax = 65535;\n\tsingles = ( 97, 103, 65535 );\n\tranges = ( 99, 101 );\n}\n"},
+    };
+    for (auto &c : cases) {
+        ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString(make(c.members));
+        objc_msgSend(set, "makeCharacterSetCompact"_sel);
+        ZPString *dump = objc_msgSend<ZPString *>(set, "dump"_sel);
+        EXPECT_STREQ(dump->cString(), c.dump);
+        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(dump->propertyList()), *copy = ZPCopySetStructFromZone(record, nullptr);
+        EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(copy)->cString(), c.dump) << "the dump describes the record";
+        ZPZoneFree(nullptr, record);
+        ZPCharacterSet *adopting = ZPCharacterSet::alloc()->init();
+        adopting->release();
+        adopting = objc_msgSend<id>(ZPCharacterSet::alloc(), "_initWithSet:"_sel, copy);
+        EXPECT_TRUE(adopting->isEqual(set));
+        adopting->release();
+    }
+    ZPCharacterSetRecord *empty = ZPMakeSetFromDictionary(nullptr);
+    EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(empty)->cString(), cases[0].dump);
+    ZPZoneFree(nullptr, empty);
+    EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(nullptr)->cString(), "<NIL>");
+    EXPECT_STREQ(ZPCharacterSet::_dumpBitmapRepresentation(nullptr)->cString(), "<NIL>");
+
+    unsigned char bitmap[8192] = {0x01, 0xC0};
+    std::string page = ZPCharacterSet::_dumpBitmapRepresentation(bitmap)->cString();
+    const std::string head = "10 10 translate\n256 256 scale\n256 256 1 [256 0 0 -256 0 256]\n{<", tail = ">} image\nshowpage\n";
+    EXPECT_EQ(page.substr(0, head.size() + 9), head + "\n7FFCFFFF");
+    EXPECT_EQ(page.size(), head.size() + 8192 * 2 + 256 + tail.size());
+    EXPECT_EQ(page.substr(page.size() - tail.size() - 65), "\n" + std::string(64, 'F') + tail);
+}
+
+TEST(CharacterSet, numbersInFiles) {
+    struct { ZPString *text; unsigned value; } cases[] = {
+        {"42"_zp, 42}, {"  7x"_zp, 7}, {"0x1F"_zp, 31}, {"0XfF "_zp, 255}, {"1A"_zp, 20}, {"-1"_zp, 0}, {""_zp, 0}, {"0x"_zp, 0}, {"\t1"_zp, 0},
+    };
+    for (auto &c : cases) EXPECT_EQ(ZPParseIntegerFromString(c.text), c.value) << c.text->cString();
+}
+
+// Descriptions that lie: what is no unit is left out, and nothing outside the arrays is read.
+TEST(CharacterSet, wrongDescriptions) {
+    Pool pool;
+    struct { ZPString *text; unsigned members; } cases[] = {
+        {"{ nsingles = 5; singles = ( 1, 2 ); }"_zp, 2},
+        {"{ nsingles = 1; singles = ( 1, 3, 5 ); }"_zp, 1},
+        {"{ singles = ( 70000, 4294967295, a, (1), 7 ); }"_zp, 2},
+        {"{ nranges = 99; ranges = ( 10, 12, 20 ); }"_zp, 3},
+        {"{ ranges = ( 12, 10, 65530, 99999, 70000, 80000 ); }"_zp, 6},
+        {"{ ranges = ( 10, 20, 15, 25 ); }"_zp, 16},
+        {"{ singles = 7; ranges = { a = b; }; }"_zp, 0},
+        {"{ singmin = 5; singmax = 1; nsingles = 1; singles = ( 3 ); }"_zp, 1},
+        {"{}"_zp, 0},
+    };
+    for (auto &c : cases) {
+        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(c.text->propertyList());
+        ZPCharacterSet *set = objc_msgSend<id>(ZPCharacterSet::alloc(), "_initWithSet:"_sel, record);
+        EXPECT_EQ(set->count(), c.members) << c.text->cString();
+        EXPECT_EQ(membersOf(set).count(), c.members) << c.text->cString();
+        set->release();
+    }
 }
 
 TEST(CharacterSet, aClientsMutableSetMustSayHowItChanges) {

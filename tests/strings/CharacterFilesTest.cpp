@@ -1,0 +1,346 @@
+// The character sets and case mappings of the resource files: against the character data they were made from, and
+// what remains of them when files are missing or broken, each case in a process of its own.
+#include "StringForms.h"
+
+#include <Bedrock/data/ZPData.h>
+#include <Bedrock/strings/ZPCharacterSet.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <set>
+#include <sstream>
+#include <thread>
+
+using namespace strings;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Character {
+    std::string category = "Cn";
+    bool decomposable = false;
+    unsigned upper = 0, lower = 0, title = 0;
+};
+
+// The units from U+0100 up, as the installed character data describe them; empty when there are none.
+const std::vector<Character> &characters() {
+    static const std::vector<Character> all = [] {
+        std::vector<Character> made;
+        std::ifstream file("/usr/share/unicode/UnicodeData.txt");
+        if (!file) return made;
+        made.resize(0x10000);
+        unsigned first = 0;
+        for (std::string line; std::getline(file, line);) {
+            std::vector<std::string> field;
+            std::stringstream stream(line);
+            for (std::string piece; std::getline(stream, piece, ';');) field.push_back(piece);
+            field.resize(15);
+            unsigned code = unsigned(std::stoul(field[0], nullptr, 16));
+            if (code > 0xFFFF) break;
+            auto hex = [&](unsigned i) { return field[i].empty() ? 0u : unsigned(std::stoul(field[i], nullptr, 16)); };
+            bool ends = field[1].find(", Last>") != std::string::npos;
+            for (unsigned u = ends ? first : code; u <= code; ++u) {
+                bool hangul = field[1].find("Hangul Syllable,") != std::string::npos;
+                made[u] = {field[2], hangul || (!field[5].empty() && field[5][0] != '<'), hex(12), hex(13), hex(14)};
+            }
+            first = code;
+        }
+        return made;
+    }();
+    return all;
+}
+
+const std::map<std::string, ZPCharacterSet *(*)()> standardSets = {
+    {"Cc Cf", ZPCharacterSet::controlCharacterSet},
+    {"Zs", ZPCharacterSet::whitespaceCharacterSet},
+    {"Zs Zl Zp", ZPCharacterSet::whitespaceAndNewlineCharacterSet},
+    {"Nd", ZPCharacterSet::decimalDigitCharacterSet},
+    {"Lu Ll Lt Lm Lo Mn Mc Me Sk", ZPCharacterSet::letterCharacterSet},
+    {"Ll", ZPCharacterSet::lowercaseLetterCharacterSet},
+    {"Lu Lt", ZPCharacterSet::uppercaseLetterCharacterSet},
+    {"Lu Ll Lt Lm Lo Mn Mc Me Sk Nd Nl No", ZPCharacterSet::alphanumericCharacterSet},
+    {"Mn Mc Me", ZPCharacterSet::nonBaseCharacterSet},
+    {"", ZPCharacterSet::decomposableCharacterSet},
+    {"Cn", ZPCharacterSet::illegalCharacterSet},
+    {"Pc Pd Ps Pe Pi Pf Po", ZPCharacterSet::punctuationCharacterSet},
+};
+
+// ---- processes with an installation root of their own ----
+
+class Root {
+    fs::path _root;
+
+  public:
+    Root() : _root(fs::path(testing::TempDir()) / ("charsets" + std::to_string(std::random_device()()))) {
+        fs::create_directories(folder());
+    }
+    ~Root() { fs::remove_all(_root); }
+    fs::path folder() const { return _root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources/CharacterSets"; }
+    void write(const std::string &name, const std::string &bytes) const { std::ofstream(folder() / name, std::ios::binary) << bytes; }
+    void use() const { setenv("CORVID_ROOT", _root.c_str(), 1); }
+};
+
+unsigned countOf(const std::string &text, const std::string &piece) {
+    unsigned n = 0;
+    for (std::size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
+    return n;
+}
+
+const char noSets[] = "Unable to load extended character set(s); using builtin.\n";
+const char noCases[] = "ZPCharConversion: could not load case conversion table.\n";
+
+void end(std::function<void(const Root &)> check) {
+    {
+        Root root;
+        root.use();
+        Pool pool;
+        check(root);
+    }
+    std::exit(testing::Test::HasFailure());
+}
+
+// The fatal-exit form of a check, in a process that has loaded nothing yet.
+#define IN_A_PROCESS(...)                                                                          \
+    do {                                                                                           \
+        GTEST_FLAG_SET(death_test_style, "threadsafe");                                            \
+        EXPECT_EXIT(end(__VA_ARGS__), testing::ExitedWithCode(0), "");                             \
+    } while (0)
+
+std::string littleEndian(std::initializer_list<unsigned> numbers) {
+    std::string bytes;
+    for (unsigned n : numbers) bytes += {char(n & 0xFF), char(n >> 8)};
+    return bytes;
+}
+
+std::string bitmapOf(std::initializer_list<unsigned> units) {
+    std::string bytes(8192, '\0');
+    for (unsigned u : units) bytes[u >> 3] = char(bytes[u >> 3] | 1 << (u & 7));
+    return bytes;
+}
+
+void writeCases(const Root &root, const std::string &name, const std::string &bytes) {
+    root.write(name, bytes);
+    for (const char *direction : {"Lower", "Upper", "Title"})
+        root.write(std::string("hasNonSelf") + direction + "caseMapping.bitmap", std::string(8192, '\xFF'));
+}
+
+}  // namespace
+
+TEST(CharacterFiles, standardSetsAreTheirCategories) {
+    if (characters().empty()) GTEST_SKIP() << "the character data are not installed";
+    for (auto &[categories, set] : standardSets) {
+        std::set<std::string> wanted;
+        std::stringstream stream(categories);
+        for (std::string piece; stream >> piece;) wanted.insert(piece);
+        ZPData *bitmap = set()->bitmapRepresentation();
+        auto *bits = static_cast<const unsigned char *>(bitmap->bytes());
+        for (unsigned u = 0; u < 0x10000; ++u) {
+            bool member = set()->characterIsMember(unichar(u));
+            ASSERT_EQ(bits[u >> 3] >> (u & 7) & 1, member) << std::hex << u;
+            if (u < 0x100) continue;
+            bool expected = categories.empty() ? characters()[u].decomposable : wanted.count(characters()[u].category) != 0;
+            ASSERT_EQ(member, expected) << categories << ' ' << std::hex << u;
+        }
+        ZPMutableCharacterSet *copy = set()->mutableCopy();
+        EXPECT_TRUE(copy->isEqual(set()) && copy->isMutable());
+        copy->release();
+    }
+}
+
+TEST(CharacterFiles, caseMappingsOfThePlane) {
+    if (characters().empty()) GTEST_SKIP() << "the character data are not installed";
+    Pool pool;
+    auto map = [](unsigned (*convert)(unichar, unichar *, unsigned), unsigned u) {
+        unichar output[3];
+        unsigned n = convert(unichar(u), output, 0);
+        return std::u16string(output, output + n);
+    };
+    std::u16string all, upper, lower;
+    for (unsigned u = 0; u < 0x10000; ++u) {
+        const Character &c = characters()[u];
+        auto simple = [u](unsigned to) { return std::u16string(1, char16_t(to && to < 0x10000 ? to : u)); };
+        std::u16string up = simple(c.upper), down = simple(c.lower), title = simple(c.title ? c.title : c.upper);
+        const char16_t *ligatures[] = {u"FF", u"FI", u"FL", u"FFI", u"FFL", u"ST", u"ST"};
+        if (u == 0xB5) up = simple(0);
+        if (u == 0xDF) up = u"SS", title = u"Ss";
+        if (u >= 0xFB00 && u <= 0xFB06) {
+            up = title = ligatures[u - 0xFB00];
+            for (char16_t &unit : title) unit = &unit == title.data() ? unit : char16_t(unit | 0x20);
+        }
+        ASSERT_EQ(map(ZPConvertToUpper, u), up) << std::hex << u;
+        ASSERT_EQ(map(ZPConvertToLower, u), down) << std::hex << u;
+        ASSERT_EQ(map(ZPConvertToTitle, u), title) << std::hex << u;
+        all += char16_t(u), upper += up, lower += down;
+    }
+    inEveryForm(all, [&](const Form &, ZPString *text) {
+        EXPECT_TRUE(textOf(text->uppercaseString()) == upper);
+        EXPECT_TRUE(textOf(text->lowercaseString()) == lower);
+    });
+    inEveryForm(u"\u00e9l\u00e8ve stra\u00dfe", [&](const Form &, ZPString *text) {
+        EXPECT_EQ(textOf(text->uppercaseString()), u"\u00c9L\u00c8VE STRASSE");
+        EXPECT_EQ(textOf(text->capitalizedString()), u"\u00c9l\u00e8ve Stra\u00dfe");
+    });
+    unichar output[3];
+    struct { unsigned (*convert)(unichar, unichar *, unsigned); char16_t from, to; } turkish[] = {
+        {ZPConvertToUpper, u'i', 0x130}, {ZPConvertToTitle, u'i', 0x130}, {ZPConvertToUpper, 0x131, u'I'}, {ZPConvertToTitle, 0x131, u'I'},
+        {ZPConvertToLower, 0x130, u'i'}, {ZPConvertToLower, u'I', 0x131}, {ZPConvertToUpper, u'j', u'J'}, {ZPConvertToLower, 0x416, 0x436},
+    };
+    for (auto &c : turkish) {
+        EXPECT_EQ(c.convert(c.from, output, 1), 1u);
+        EXPECT_EQ(output[0], c.to);
+    }
+    EXPECT_EQ(textOf(make(u"istanbul III")->_capitalizedStringWithFlags(1)), u"\u0130stanbul I\u0131\u0131");
+}
+
+TEST(CharacterFiles, withoutAnyFile) {
+    IN_A_PROCESS([](const Root &) {
+        testing::internal::CaptureStderr();
+        ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(), *illegal = ZPCharacterSet::illegalCharacterSet();
+        EXPECT_TRUE(letters->characterIsMember('a') && letters->characterIsMember(0xE9));
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "nothing was needed so far";
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(letters->characterIsMember(0x416));
+        EXPECT_FALSE(ZPCharacterSet::nonBaseCharacterSet()->characterIsMember(0x301));
+        EXPECT_TRUE(illegal->characterIsMember(0xFFFF));
+        EXPECT_FALSE(illegal->characterIsMember(0xFFFE));
+        EXPECT_EQ(letters->count(), 128u - 5) << "the members below U+0100";
+        ZPMutableCharacterSet *copy = letters->mutableCopy();
+        EXPECT_TRUE(copy->characterIsMember('z') && !copy->characterIsMember(0x416));
+        EXPECT_TRUE(letters->invertedSet()->characterIsMember(0x416));
+        std::string log = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(countOf(log, noSets), 1u) << log;
+
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(textOf(make(u"a\u00e9\u0142\u0153\u0436\u00ff")->uppercaseString()), u"A\u00c9\u0141\u0152\u0436\u0178");
+        EXPECT_EQ(textOf(make(u"A\u00c9\u0141\u0152\u0416\u0178")->lowercaseString()), u"a\u00e9\u0142\u0153\u0416\u00ff");
+        EXPECT_EQ(textOf(make(u"\u00e9a \u00dfx bc")->capitalizedString()), u"\u00e9a Ssx Bc");
+        EXPECT_EQ(make(u"\u0416")->rangeOfString_options(make(u"\u0436"), ZPCaseInsensitiveSearch).length, 0u);
+        log = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(countOf(log, noCases), 1u) << log;
+    });
+}
+
+TEST(CharacterFiles, caseMappingsAreTriedAgain) {
+    IN_A_PROCESS([](const Root &root) {
+        EXPECT_EQ(textOf(make(u"\u0436")->uppercaseString()), u"\u0436");
+        // One mapping each; the bitmap leaves U+0437 out, and a target of 0 is none.
+        std::string tables = littleEndian({9, 1, 3, 1, 0x416, 0x436, 0x436, 0x416, 0x437, 0x417, 0x438, 0, 0x1C6, 0x1C5});
+        writeCases(root, "CaseMapping", tables);
+        root.write("hasNonSelfUppercaseMapping.bitmap", bitmapOf({0x436, 0x438}));
+        EXPECT_EQ(textOf(make(u"\u0436\u0437\u0438")->uppercaseString()), u"\u0416\u0437\u0438");
+        EXPECT_EQ(textOf(make(u"\u0416\u0417")->lowercaseString()), u"\u0436\u0417");
+        EXPECT_EQ(textOf(make(u"\u01c6")->capitalizedString()), u"\u01c5");
+        EXPECT_EQ(textOf(make(u"\u0142\u0153")->uppercaseString()), u"\u0141\u0152") << "these are fixed";
+        fs::remove(root.folder() / "CaseMapping");
+        EXPECT_EQ(textOf(make(u"\u0436")->uppercaseString()), u"\u0416") << "once read, it stays";
+    });
+}
+
+TEST(CharacterFiles, brokenCaseMappings) {
+    std::string tables = littleEndian({1, 1, 1, 1, 0x416, 0x436, 0x436, 0x416, 0x436, 0x416});
+    std::string broken[] = {"", "abc", tables.substr(0, 7), tables.substr(0, tables.size() - 1), littleEndian({1, 0xFFFF, 0xFFFF, 0xFFFF}) + tables};
+    for (const std::string &bytes : broken)
+        IN_A_PROCESS([&](const Root &root) {
+            writeCases(root, "CaseMapping-L.data", bytes);
+            testing::internal::CaptureStderr();
+            EXPECT_EQ(textOf(make(u"a\u0436\u0436")->uppercaseString()), u"A\u0436\u0436");
+            EXPECT_EQ(textOf(make(u"A\u0416")->lowercaseString()), u"a\u0416");
+            EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), noCases), 1u);
+            writeCases(root, "CaseMapping-L.data", tables);
+            fs::resize_file(root.folder() / "hasNonSelfUppercaseMapping.bitmap", 0x436 / 8);
+            EXPECT_EQ(textOf(make(u"\u0436")->uppercaseString()), u"\u0436") << "what the bitmap lacks counts as zero";
+            EXPECT_EQ(textOf(make(u"\u0416")->lowercaseString()), u"\u0436");
+        });
+}
+
+TEST(CharacterFiles, brokenSets) {
+    IN_A_PROCESS([](const Root &root) {
+        std::string letters = bitmapOf({'0', 0x416, 0xFFFF}).substr(0, 0x420 / 8);
+        root.write("letterCharacterSet.bitmap", letters);
+        root.write("decimalDigitCharacterSet.dict", "{ nsingles = 1; singles = ( 0x661 ); nranges = 7; ranges = ( 1776, 1785, 9 ); ");
+        root.write("whitespaceCharacterSet.dict", "\xFF\xFEgarbage\x80");
+        root.write("controlCharacterSet.dict", "( a, b )");
+        root.write("SystemCharacterSetAux.dict",
+                   "{ decimalDigitCharacterSet = { ranges = ( 0x6F0, 0x6F9 ); }; whitespaceCharacterSet = { characters = ( 0x3000, 32 ); };"
+                   " few = { characters = ( 0x41, 66, 70000 ); }; odd = x; nested = { singles = ( ( 1 ), 5 ); }; }");
+        testing::internal::CaptureStderr();
+        // A short bitmap is used as far as it goes, and below U+0100 the library knows better.
+        EXPECT_TRUE(ZPCharacterSet::letterCharacterSet()->characterIsMember(0x416));
+        EXPECT_FALSE(ZPCharacterSet::letterCharacterSet()->characterIsMember(0x436));
+        EXPECT_EQ(ZPCharacterSet::letterCharacterSet()->count(), 128u - 5 + 1);
+        // What cannot be parsed counts as missing; the auxiliary file steps in.
+        EXPECT_TRUE(ZPCharacterSet::decimalDigitCharacterSet()->characterIsMember(0x6F5));
+        EXPECT_FALSE(ZPCharacterSet::decimalDigitCharacterSet()->characterIsMember(0x661));
+        EXPECT_TRUE(ZPCharacterSet::whitespaceCharacterSet()->characterIsMember(0x3000));
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(ZPCharacterSet::controlCharacterSet()->characterIsMember(0x200E));
+        EXPECT_FALSE(ZPCharacterSet::punctuationCharacterSet()->characterIsMember(0x2014));
+        EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), noSets), 1u);
+
+        ZPCharacterSet *few = ZPCharacterSet::characterSetWithContentsOfFile("/anywhere/few.builtin"_zp);
+        EXPECT_STREQ(few->isa->name, "ZPImmutableStringCharacterSet");
+        EXPECT_EQ(few->count(), 2u);
+        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile("nested.builtin"_zp)->count(), 1u);
+        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile("odd.builtin"_zp), nullptr);
+        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile("none.builtin"_zp), nullptr);
+
+        Class concrete = objc_getClass("ZPConcreteMutableCharacterSet");
+        auto named = [&](ZPString *name) { return objc_msgSend<ZPCharacterSet *>(concrete, "characterSetWithName:"_sel, name); };
+        EXPECT_EQ(named("few"_zp)->count(), 2u);
+        EXPECT_EQ(named("few"_zp), named("few"_zp));
+        EXPECT_TRUE(named("none"_zp)->isEmpty());
+        EXPECT_TRUE(named("../CharacterSets/letterCharacterSet"_zp)->isEmpty()) << "a name is no path";
+        EXPECT_EQ(objc_msgSend<id>(concrete, "_findDictOrBitmapSetNamed:"_sel, "few"_zp), nullptr);
+    });
+}
+
+TEST(CharacterFiles, setsOfClients) {
+    IN_A_PROCESS([](const Root &root) {
+        auto at = [&](const char *name) { return ZPString::stringWithCString((root.folder() / name).c_str()); };
+        root.write("mine.dict", "{ nsingles = 2; nranges = 1; singmin = 1; singmax = 9; singles = ( 1, 9 ); ranges = ( 0x20, 0x2F ); }");
+        root.write("short.bitmap", "\x03");
+        root.write("long.bitmap", bitmapOf({7}) + "more");
+        root.write("wrong.dict", "{ a = ");
+        root.write("other.txt", "abc");
+        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(at("mine.dict"))->count(), 18u);
+        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(at("short.bitmap"))->count(), 2u);
+        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(at("long.bitmap"))->count(), 1u);
+        EXPECT_FALSE(ZPCharacterSet::characterSetWithContentsOfFile(at("long.bitmap"))->isMutable());
+        for (const char *name : {"wrong.dict", "other.txt", "missing.bitmap", "missing.dict"}) {
+            EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(at(name)), nullptr) << name;
+            ZPCharacterSet *empty = ZPMutableCharacterSet::alloc()->initWithContentsOfFile(at(name))->autorelease();
+            EXPECT_TRUE(empty->isEmpty() && empty->isMutable()) << name;
+        }
+        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(nullptr), nullptr);
+    });
+}
+
+TEST(CharacterFiles, manyThreadsAskFirst) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    auto ask = [] {
+        std::vector<std::thread> threads;
+        std::atomic<unsigned> wrong{0}, ready{0};
+        for (unsigned t = 0; t < 8; ++t)
+            threads.emplace_back([&, t] {
+                Pool pool;
+                ++ready;
+                while (ready < 8) {}
+                for (unsigned i = 0; i < 12; ++i) {
+                    auto entry = standardSets.begin();
+                    std::advance(entry, (i + t) % 12);
+                    ZPCharacterSet *set = entry->second();
+                    wrong += set->characterIsMember(0x4E00) != (entry->first.find("Lo") != std::string::npos);
+                    wrong += set->bitmapRepresentation()->length() != 8192;
+                }
+                wrong += make(u"\u0436")->uppercaseString()->characterAtIndex(0) != 0x416;
+            });
+        for (std::thread &thread : threads) thread.join();
+        std::exit(wrong != 0);
+    };
+    EXPECT_EXIT(ask(), testing::ExitedWithCode(0), "");
+}
