@@ -2,38 +2,75 @@
 // the process. A mutex of its own keeps the lines of different threads apart; text is formatted before it
 // is taken.
 #include <Bedrock/core/ZPCore+Internal.h>
+#include <Bedrock/core/ZPLog+Internal.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
-#include <string>
 
 namespace {
 
+_ZPLogTimeStampFunction *timeStamp = ZPHostTimeStamp;
+
+/// One line being put together; one of ordinary length needs no memory.
+class Line {
+    char _inPlace[2048];
+    char *_bytes = _inPlace;
+    std::size_t _length = 0, _capacity = sizeof _inPlace;
+
+  public:
+    explicit Line(std::size_t capacity) {
+        if (capacity <= _capacity) return;
+        if (auto *larger = static_cast<char *>(std::malloc(capacity))) {
+            _bytes = larger;
+            _capacity = capacity;
+        }
+    }
+    Line(const Line &) = delete;
+    ~Line() {
+        if (_bytes != _inPlace) std::free(_bytes);
+    }
+    // Cuts what no memory was found for.
+    void add(const char *bytes, std::size_t length) {
+        length = std::min(length, _capacity - 1 - _length);
+        std::memcpy(_bytes + _length, bytes, length);
+        _length += length;
+    }
+    void endLine() {
+        if (!_length || _bytes[_length - 1] != '\n') _bytes[_length++] = '\n';
+    }
+    void replaceFrom(std::size_t at, const char *text) {
+        _length = at;
+        add(text, std::strlen(text));
+    }
+    const char *bytes() const { return _bytes; }
+    std::size_t length() const { return _length; }
+};
+
 void writeLine(const char *bytes, unsigned length, BOOL withBanner) {
     if (!bytes || length >= 0x40000000) return;
-    std::string line;
-    line.reserve(length + 96);
+    Line line(length + std::size_t(512));
     if (withBanner) {
-        char stamp[32], process[64];
-        ZPHostTimeStamp(stamp);
-        std::snprintf(process, sizeof process, "[%d] ", ZPHostProcessNumber());
-        line.append(stamp).append(" ").append(ZPHostProcessName()).append(process);
+        char stamp[32], process[320];
+        timeStamp(stamp);
+        int n = std::snprintf(process, sizeof process, "%s %s[%d] ", stamp, ZPHostProcessName(), ZPHostProcessNumber());
+        line.add(process, std::min(std::size_t(n), sizeof process - 1));
     }
-    line.append(bytes, length);
-    if (line.empty() || line.back() != '\n') line += '\n';
+    line.add(bytes, length);
+    line.endLine();
 
     static std::mutex &mutex = *new std::mutex;
     std::lock_guard lock(mutex);
     constexpr std::size_t piece = 30000;
-    for (std::size_t at = 0; at < line.size(); at += piece)
-        if (!ZPHostWriteStandardError(line.data() + at, std::min(piece, line.size() - at))) break;
+    for (std::size_t at = 0; at < line.length(); at += piece)
+        if (!ZPHostWriteStandardError(line.bytes() + at, std::min(piece, line.length() - at))) break;
     if (ZPHostIsTraced()) return;
     constexpr std::size_t eventLimit = 32300, cut = 32201;
-    if (line.size() > eventLimit) line.replace(cut, std::string::npos, "[ZPLog log message too long; remainder deleted]");
-    else line.pop_back();
-    ZPHostReportEvent(line.data(), line.size());
+    if (line.length() > eventLimit) line.replaceFrom(cut, "[ZPLog log message too long; remainder deleted]");
+    ZPHostReportEvent(line.bytes(), line.length() - (line.length() <= eventLimit && line.bytes()[line.length() - 1] == '\n'));
 }
 
 ZPLogFunction *logFunction = writeLine;
@@ -49,13 +86,23 @@ void ZPLog(ZPString *format, ...) {
 void ZPLogv(ZPString *format, std::va_list arguments) {
     if (!format) return;
     ZPAutoreleasePoolScope pool;
-    id string = objc_msgSend<id>(objc_getClass("ZPMutableString"), "alloc"_sel);
-    string = objc_msgSend<id>(objc_msgSend<id>(string, "initWithCapacity:"_sel, 1024u), "autorelease"_sel);
-    objc_msgSend(string, "setStringWithFormat:locale:arguments:"_sel, format, id(), arguments);
-    id shown = (objc_object *)objc_msgSend<ZPString *>(string, "displayableString"_sel);
-    const char *bytes = objc_msgSend<const char *>(shown, "cString"_sel);
-    if (bytes) _ZPLogCStringFunction()(bytes, unsigned(std::strlen(bytes)), YES);
+    try {
+        id string = objc_msgSend<id>(objc_getClass("ZPMutableString"), "alloc"_sel);
+        string = objc_msgSend<id>(objc_msgSend<id>(string, "initWithCapacity:"_sel, 1024u), "autorelease"_sel);
+        objc_msgSend(string, "setStringWithFormat:locale:arguments:"_sel, format, id(), arguments);
+        id shown = (objc_object *)objc_msgSend<ZPString *>(string, "displayableString"_sel);
+        const char *bytes = objc_msgSend<const char *>(shown, "cString"_sel);
+        if (bytes) _ZPLogCStringFunction()(bytes, unsigned(std::strlen(bytes)), YES);
+    } catch (ZPException *e) {
+        if (e->name() != ZPMallocException) throw;
+        // Better the format alone than nothing.
+        const auto *literal = reinterpret_cast<const objc_literal8 *>(format);
+        bool isLiteral = literal->isa == &ZPConstantStringRecord.cls;
+        _ZPLogCStringFunction()(isLiteral ? literal->bytes : "out of memory", isLiteral ? literal->numBytes : 13, YES);
+    }
 }
+
+void _ZPSetLogTimeStampFunction(_ZPLogTimeStampFunction *function) { timeStamp = function; }
 
 ZPLogFunction *_ZPLogCStringFunction() { return __atomic_load_n(&logFunction, __ATOMIC_ACQUIRE); }
 

@@ -3,9 +3,14 @@
 
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/ZPLog+Internal.h>
+#include <Bedrock/platform/ZPKernel.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/time/ZPLocale.h>
+#include <Bedrock/time/ZPTimeZone+Internal.h>
 
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <vector>
 
@@ -154,3 +159,22 @@ ZPString *_ZPFormatDate(ZPCalendarDate *date, ZPString *format, ZPDictionary *lo
     f.run(format ? format : _ZPDefaultCalendarFormat(), 0);
     return f.output.string();
 }
+
+namespace {
+
+// "%b %d %H:%M:%S" of a calendar date in the default zone, without making one.
+void stampLog(char text[32]) {
+    constexpr char months[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    double now = cthread_time();
+    ZPDate *holder = nullptr;
+    ZPTimeZoneDetail *zone = ZPTimeZone::defaultTimeZone();
+    if (!_ZPIsOwnDetail(zone)) holder = ZPDate::dateWithTimeIntervalSinceReferenceDate(now);  // a client's zone asks the date
+    long long local = _ZPWholeSeconds(std::floor(now + _ZPOffsetOf(_ZPDetailAt(zone, now, holder))));
+    int second = _ZPFloorModulo(local, 86400);
+    _ZPGregorian g = _ZPGregorianOfDay(_ZPFloorDivide(local, 86400) + _ZPReferenceDay);
+    std::snprintf(text, 32, "%s %02d %02d:%02d:%02d", months[g.month - 1], g.day, second / 3600, second / 60 % 60, second % 60);
+}
+
+const int stampsLog = (_ZPSetLogTimeStampFunction(stampLog), 1);
+
+}  // namespace

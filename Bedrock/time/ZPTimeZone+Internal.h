@@ -22,9 +22,12 @@ ZPTimeZoneDetail *_ZPHostDetailAt(double timeSinceReferenceDate);
 /// The detail of a zone at a moment (null: of the default zone). `holder` is the date, for zones that want one.
 ZPTimeZoneDetail *_ZPDetailAt(ZPTimeZone *zone, double timeSinceReferenceDate, ZPDate *holder);
 
+inline bool _ZPIsOwnDetail(ZPTimeZoneDetail *detail) {
+    return detail && (detail->isa == ZPConcreteTimeZone::class_() || detail->isa == ZPHostTimeZoneDetail::class_());
+}
 /// The offset of a detail; 0 for null.
 inline int _ZPOffsetOf(ZPTimeZoneDetail *detail) {
-    if (detail && (detail->isa == ZPConcreteTimeZone::class_() || detail->isa == ZPHostTimeZoneDetail::class_()))
+    if (_ZPIsOwnDetail(detail))
         return static_cast<ZPConcreteTimeZone *>(detail)->_timeZoneSecondsFromGMT;
     return detail->timeZoneSecondsFromGMT();
 }

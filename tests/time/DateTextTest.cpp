@@ -2,7 +2,7 @@
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPLog.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/time/ZPCalendarDate.h>
 #include <Bedrock/time/ZPLocale.h>
@@ -144,4 +144,21 @@ TEST(DateText, RoundTrips) {
             ASSERT_TRUE(back->description()->isEqualToString(text));
         }
     }
+}
+
+TEST(DateText, StampsTheLog) {
+    ZPAutoreleasePoolScope pool;
+    ZPTimeZoneDetail *before = ZPTimeZone::defaultTimeZone();
+    for (int offset : {0, 13 * 3600 + 1800, -11 * 3600}) {
+        ZPTimeZone::setDefaultTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(offset));
+        std::string line, expected;
+        for (int tries = 0; tries < 3 && (tries == 0 || line.find(expected) != 0); ++tries) {  // the second may end in between
+            expected = ZPCalendarDate::calendarDate()->descriptionWithCalendarFormat("%b %d %H:%M:%S "_zp)->cString();
+            testing::internal::CaptureStderr();
+            ZPLog("hello"_zp);
+            line = testing::internal::GetCapturedStderr();
+        }
+        EXPECT_EQ(line.find(expected), 0u) << line << expected;
+    }
+    ZPTimeZone::setDefaultTimeZone(before);
 }
