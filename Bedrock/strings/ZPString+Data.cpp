@@ -25,19 +25,22 @@ struct DataMethods : ZPString {
                              : encoding == ZPShiftJISStringEncoding      ? 2 * length
                                                                          : length;
         ZPRange whole{0, unsigned(length)}, remaining;
-        constexpr std::uint64_t worthMeasuring = 64 << 20;
+        // UTF-8 is measured without being converted.
+        std::uint64_t worthMeasuring = encoding == ZPUTF8StringEncoding ? 1 << 14 : 64 << 20;
         unsigned filled = unsigned(room);
         if (room > worthMeasuring &&
             !getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, 0x7FFFFFFE, &filled, encoding, lossy, whole, nullptr))
             return nullptr;
-        ZPZoneBlock<char> block(filled);
+        room = filled;
+        ZPZoneBlock<char> block(room);
         if (!getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(block.memory, filled, &filled, encoding, lossy, whole,
                                                                                                &remaining))
             return nullptr;
         if (remaining.length)
             ZPException::raise_format(ZPInternalInconsistencyException, "%@: didn't convert all characters"_zp,
                                       _ZPMethodExceptionProem(this, "dataUsingEncoding:allowLossyConversion:"_sel));
-        return _ZPNewMutableDataNoCopy(block.takeShrunk(filled ? filled : 1), filled, filled, nullptr)->autorelease();
+        bool worthShrinking = filled < room - room / 4;
+        return _ZPNewMutableDataNoCopy(worthShrinking ? block.takeShrunk(filled ? filled : 1) : block.take(), filled, filled, nullptr)->autorelease();
     }
     ZPData *dataWithoutLoss(ZPStringEncoding encoding) { return dataUsingEncoding_allowLossyConversion(encoding, NO); }
 };

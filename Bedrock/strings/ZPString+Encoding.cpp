@@ -85,30 +85,23 @@ Outcome encodeUTF8(Conversion &c, const unichar *units, unsigned count, bool mor
     return Outcome::done;
 }
 
-template <auto encode> Outcome encodeJapanese(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
-    Sink &sink = c.sink;
+template <bool shiftJIS> Outcome encodeJapanese(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
     for (unsigned i = 0; i < count; ++i) {
-        *taken = i;
-        if (units[i] < 0x80 && c.euc && c.euc->plainASCII && sink.out) {
-            unsigned room = std::min(count - i, sink.room), run = 0;
-            // Most runs of ASCII between kanji are short.
-            for (; run < room && run < 16 && units[i + run] < 0x80; ++run) sink.out[run] = static_cast<unsigned char>(units[i + run]);
-            if (run == 16) run += _ZPNarrowASCII(units + i + 16, room - 16, sink.out + 16);
-            sink.skip(run);
-            if (run == 0) return Outcome::full;
-            i += run - 1;
-            continue;
+        if (c.euc && c.sink.out) {
+            unsigned run;
+            c.sink.skip(_ZPEncodePairs(*c.euc, shiftJIS, units + i, count - i, c.sink.out, c.sink.room, &run));
+            i += run;
         }
+        *taken = i;
+        if (i == count) break;
         unsigned char bytes[2];
-        unsigned char *to = sink.out && sink.room >= 2 ? sink.out : bytes;
-        unsigned n = c.euc ? encode(*c.euc, units[i], to) : 0;
+        unsigned n = !c.euc ? 0 : shiftJIS ? _ZPEncodeShiftJIS(*c.euc, units[i], bytes) : _ZPEncodeEUC(*c.euc, units[i], bytes);
         if (n == 0) {
             if (!c.lossy) return Outcome::failed;
-            *to = '_';
+            bytes[0] = '_';
             n = 1;
         }
-        if (to == bytes ? !sink.put(bytes, n) : false) return Outcome::full;
-        if (to != bytes) sink.skip(n);
+        if (!c.sink.put(bytes, n)) return Outcome::full;
     }
     *taken = count;
     return Outcome::done;
@@ -185,8 +178,8 @@ Encoder *encoderOf(ZPStringEncoding encoding) {
     case ZPUTF8StringEncoding: return encodeUTF8;
     case ZPNonLossyASCIIStringEncoding: return encodeNonLossyASCII;
     case ZPUnicodeStringEncoding: return encodeUnicode;
-    case ZPJapaneseEUCStringEncoding: return encodeJapanese<_ZPEncodeEUC>;
-    case ZPShiftJISStringEncoding: return encodeJapanese<_ZPEncodeShiftJIS>;
+    case ZPJapaneseEUCStringEncoding: return encodeJapanese<false>;
+    case ZPShiftJISStringEncoding: return encodeJapanese<true>;
     case ZPISO2022JPStringEncoding: return encodeJIS;
     default: return encodeBytes;
     }

@@ -55,6 +55,8 @@ unsigned _ZPEncodeCharacter(ZPStringEncoding encoding, const unichar *units, uns
 
 /// The bytes before the first one from 0x80 on.
 unsigned _ZPLengthOfASCII(const void *bytes, unsigned length);
+/// The same, and copies them; more of `length` bytes may be written.
+unsigned _ZPCopyASCII(const void *bytes, unsigned length, void *copy);
 /// Widens bytes below 0x80, or bytes that are their own units.
 void _ZPWidenBytes(const void *bytes, unsigned length, unichar *units);
 /// The same backwards within one buffer that has room for the units.
@@ -65,28 +67,35 @@ unsigned _ZPNarrowASCII(const unichar *units, unsigned count, unsigned char *byt
 void _ZPDecodeBytes(const _ZPByteTable &table, const unsigned char *in, unsigned length, unichar *out);
 /// The bytes of units, up to the first that the encoding lacks; answers how many. With a null `out` only counts.
 unsigned _ZPEncodeBytes(const _ZPByteTable &table, const unichar *in, unsigned count, unsigned char *out);
-/// Decodes UTF-8 into at most as many units as there are bytes; answers the units, or -1 when the last character is
-/// cut short.
-long long _ZPDecodeUTF8(const unsigned char *in, unsigned length, unichar *out);
-/// Encodes units while at least `slack` more bytes surely fit; answers the bytes and sets `*taken`. The last unit is
-/// left alone, so that pairs are whole.
+/// The units of well-formed UTF-8.
+unsigned _ZPUnitsOfUTF8(const unsigned char *in, unsigned length);
+/// Decodes UTF-8; answers the units, of which there are at most as many as bytes. -1 when the last character is cut short,
+/// -2 when there is no room.
+long long _ZPDecodeUTF8(const unsigned char *in, unsigned length, unichar *out, unsigned room);
+/// Encodes most of the units that surely fit, the last one never, so that pairs are whole; answers the bytes and sets
+/// `*taken`.
 unsigned _ZPEncodeUTF8Run(const unichar *units, unsigned count, unsigned char *out, unsigned room, unsigned *taken);
 /// The bytes of units in UTF-8, of which the last is no high surrogate that a low one may follow.
 std::uint64_t _ZPLengthInUTF8(const unichar *units, unsigned count);
 
 // ---- Japanese ----
 
-/// The units of the pairs of EUC bytes, by the lower seven bits of both; 0 where there is none.
+/// The units of the pairs of EUC bytes, by the lower seven bits of both, 0 where there is none; and those of the pairs of
+/// Shift JIS bytes below 0xF0, by what follows 0x81 and 0x40, or `_ZPNotDirect` for what takes a closer look.
+constexpr unichar _ZPNotDirect = 0xFFFF;
 struct _ZPEUCDecoder {
     unichar units[128 * 128];
+    unichar shiftJIS[0xF0 - 0x81][0x100 - 0x40];
     unichar of(unsigned first, unsigned second) const { return units[(first & 0x7F) << 7 | (second & 0x7F)]; }
 };
-/// The pairs of EUC bytes of units, the first byte in the high half, by pages as above; 0 where there is none.
+/// The pairs of bytes of units in both forms, the first byte in the high half, by pages as above; 0 where there is none.
 struct _ZPEUCEncoder {
     bool plainASCII;  ///< no unit below 0x80 has a pair
     unsigned char pageOf[256];
-    unichar (*pages)[256];
-    unsigned of(unichar unit) const { return pages[pageOf[unit >> 8]][unit & 0xFF]; }
+    struct Page {
+        unichar euc[256], shiftJIS[256];
+    } *pages;
+    unsigned of(unichar unit) const { return pages[pageOf[unit >> 8]].euc[unit & 0xFF]; }
 };
 /// The tables, read at the first call; null, which is logged once, when the files cannot be read.
 const _ZPEUCDecoder *_ZPSharedEUCDecoder();
@@ -95,6 +104,8 @@ const _ZPEUCEncoder *_ZPSharedEUCEncoder();
 unsigned _ZPEncodeEUC(const _ZPEUCEncoder &encoder, unichar unit, unsigned char *bytes);
 /// Shift JIS bytes of a unit; 0 when there are none.
 unsigned _ZPEncodeShiftJIS(const _ZPEUCEncoder &encoder, unichar unit, unsigned char *bytes);
+/// Encodes ASCII and pairs while two more bytes fit, in EUC or in Shift JIS; answers the bytes and sets `*taken`.
+unsigned _ZPEncodePairs(const _ZPEUCEncoder &encoder, bool shiftJIS, const unichar *units, unsigned count, unsigned char *out, unsigned room, unsigned *taken);
 /// Whole texts, into at most as many units as there are bytes; answer the units, or -1.
 long long _ZPDecodeEUC(const unsigned char *in, unsigned length, unichar *out);
 long long _ZPDecodeShiftJIS(const unsigned char *in, unsigned length, unichar *out);

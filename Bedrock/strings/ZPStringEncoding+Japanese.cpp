@@ -43,6 +43,12 @@ std::unique_ptr<_ZPEUCDecoder> readTable(const PairFile &file, _ZPEUCDecoder *) 
     auto table = std::make_unique<_ZPEUCDecoder>();
     for (std::size_t i = 0; i < file.count(); ++i)
         if (unsigned code = file.key(i); isPair(code)) table->units[(code >> 8 & 0x7F) << 7 | (code & 0x7F)] = static_cast<unichar>(file.value(i));
+    for (unsigned lead = 0x81; lead < 0xF0; ++lead)
+        for (unsigned trail = 0x40; trail < 0x100; ++trail) {
+            unsigned char pair[2] = {static_cast<unsigned char>(lead), static_cast<unsigned char>(trail)}, euc[2];
+            unsigned consumed, n = ZPShiftJISToEUC(pair, euc, &consumed);
+            table->shiftJIS[lead - 0x81][trail - 0x40] = n == 2 && consumed == 2 ? table->of(euc[0], euc[1]) : _ZPNotDirect;
+        }
     return table;
 }
 
@@ -52,12 +58,15 @@ std::unique_ptr<_ZPEUCEncoder> readTable(const PairFile &file, _ZPEUCEncoder *) 
     for (std::size_t i = 0; i < file.count(); ++i)
         if (unsigned char &page = table->pageOf[file.key(i) >> 8]; !page && pages < 255) page = static_cast<unsigned char>(++pages);
     // Kept for the life of the process, as the table is.
-    table->pages = new unichar[pages + 1][256]{};
+    table->pages = new _ZPEUCEncoder::Page[pages + 1]{};
     table->plainASCII = true;
     for (std::size_t i = 0; i < file.count(); ++i) {
         unsigned unit = file.key(i), code = file.value(i), page = table->pageOf[unit >> 8];
         if (!isPair(code) || !page) continue;
-        table->pages[page][unit & 0xFF] = static_cast<unichar>(code);
+        unsigned char euc[2] = {static_cast<unsigned char>(code >> 8), static_cast<unsigned char>(code)}, pair[2];
+        unsigned consumed;
+        table->pages[page].euc[unit & 0xFF] = static_cast<unichar>(code);
+        if (ZPEUCToShiftJIS(euc, pair, &consumed) == 2) table->pages[page].shiftJIS[unit & 0xFF] = static_cast<unichar>(pair[0] << 8 | pair[1]);
         if (unit < 0x80) table->plainASCII = false;
     }
     return table;
@@ -245,6 +254,14 @@ ZP_INLINE bool decodeShiftJIS(const unsigned char *&in, const unsigned char *end
         ++in;
         return true;
     }
+    if (end - in > 1 && lead - 0x81 < 0xF0 - 0x81 && in[1] >= 0x40) {
+        if (!decoder && !(decoder = _ZPSharedEUCDecoder())) return false;
+        *out = decoder->shiftJIS[lead - 0x81][in[1] - 0x40];
+        if (*out != _ZPNotDirect) [[likely]] {
+            in += 2;
+            return true;
+        }
+    }
     unsigned char euc[2];
     unsigned consumed = 1;
     const unsigned char *at = euc;
@@ -264,6 +281,33 @@ unsigned _ZPEncodeShiftJIS(const _ZPEUCEncoder &encoder, unichar unit, unsigned 
     unsigned char euc[2];
     unsigned consumed;
     return _ZPEncodeEUC(encoder, unit, euc) ? ZPEUCToShiftJIS(euc, bytes, &consumed) : 0;
+}
+
+template <bool shiftJIS> static unsigned encodePairs(const _ZPEUCEncoder &encoder, const unichar *units, unsigned count, unsigned char *out, unsigned room,
+                                                     unsigned *taken) {
+    const unichar *in = units, *end = units + count;
+    unsigned char *start = out;
+    const unsigned char *limit = out + room;
+    for (; in < end && limit - out >= 2; ++in) {
+        const _ZPEUCEncoder::Page &page = encoder.pages[encoder.pageOf[*in >> 8]];
+        if (unsigned code = shiftJIS ? page.shiftJIS[*in & 0xFF] : page.euc[*in & 0xFF]) {
+            out[0] = static_cast<unsigned char>(code >> 8);
+            out[1] = static_cast<unsigned char>(code);
+            out += 2;
+        } else if (*in < 0x80) {
+            *out++ = static_cast<unsigned char>(*in);
+            if (end - in < 16 || in[1] >= 0x80 || in[2] >= 0x80 || !encoder.plainASCII) continue;
+            unsigned run = _ZPNarrowASCII(in + 1, unsigned(std::min<long>(end - in - 1, limit - out)), out);
+            out += run;
+            in += run;
+        } else break;
+    }
+    *taken = unsigned(in - units);
+    return unsigned(out - start);
+}
+
+unsigned _ZPEncodePairs(const _ZPEUCEncoder &encoder, bool shiftJIS, const unichar *units, unsigned count, unsigned char *out, unsigned room, unsigned *taken) {
+    return shiftJIS ? encodePairs<true>(encoder, units, count, out, room, taken) : encodePairs<false>(encoder, units, count, out, room, taken);
 }
 
 // ---- whole texts --------------------------------------------------------------------------------

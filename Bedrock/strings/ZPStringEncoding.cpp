@@ -5,6 +5,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/strings/ZPString.h>
 
+#include <algorithm>
 #include <cstring>
 
 ZPStringEncoding _ZPCStringEncoding = ZPKESTRELStringEncoding;
@@ -88,24 +89,33 @@ BOOL _ZPConvertToASCIIorUnicode(const void *bytes, unsigned length, ZPStringEnco
     auto *in = static_cast<const unsigned char *>(bytes);
     bool japanese = encoding == ZPJapaneseEUCStringEncoding || encoding == ZPShiftJISStringEncoding;
     Block block{zone};
-    if (length == 0 || _ZPEncodingHasASCIIHalf(encoding) || japanese) {
-        unsigned run = _ZPLengthOfASCII(in, length);
-        if (run == length) {
-            if (length) {
-                block.resize(length);
-                std::memcpy(block.p, in, length);
+    if (_ZPEncodingHasASCIIHalf(encoding) || japanese || length == 0) {
+        // Most texts that begin with a page of ASCII are ASCII.
+        unsigned run = length ? _ZPLengthOfASCII(in, std::min(length, 4096u)) : 0;
+        if (run == length || run == 4096) {
+            if (length) block.resize(length);
+            if (_ZPCopyASCII(in, length, block.p) == length) {
+                *buffer = block.take();
+                *count = length;
+                *isASCII = YES;
+                return YES;
             }
-            *buffer = block.take();
-            *count = length;
-            *isASCII = YES;
-            return YES;
         }
     }
     long long units;
+    // UTF-8 is counted first: damaged text may take more than the count.
+    bool utf8 = encoding == ZPUTF8StringEncoding;
     std::size_t room = std::size_t(length) * (encoding == ZPISO2022JPStringEncoding ? 4 : encoding == ZPUnicodeStringEncoding ? 1 : 2);
-    block.resize(room);
+    if (utf8) room = std::size_t(_ZPUnitsOfUTF8(in, length)) * 2;
+    block.resize(room ? room : 1);
     switch (encoding) {
-    case ZPUTF8StringEncoding: units = _ZPDecodeUTF8(in, length, block.units()); break;
+    case ZPUTF8StringEncoding:
+        units = _ZPDecodeUTF8(in, length, block.units(), unsigned(room / 2));
+        if (units == -2) {
+            block.resize(room = std::size_t(length) * 2);
+            units = _ZPDecodeUTF8(in, length, block.units(), length);
+        }
+        break;
     case ZPJapaneseEUCStringEncoding: units = _ZPDecodeEUC(in, length, block.units()); break;
     case ZPShiftJISStringEncoding: units = _ZPDecodeShiftJIS(in, length, block.units()); break;
     case ZPISO2022JPStringEncoding: units = _ZPDecodeISO2022JP(in, length, block.units()); break;
