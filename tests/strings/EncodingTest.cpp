@@ -1,7 +1,5 @@
 // Encodings: both directions, tables and their inverses, loss, cut-off and damaged input.
-#include "StringForms.h"
-
-#include <Bedrock/data/ZPData.h>
+#include "EncodedText.h"
 
 using namespace strings;
 
@@ -10,35 +8,6 @@ namespace {
 struct Encoding : testing::Test {
     Pool pool;
 };
-
-// Bytes as units, or u"<fails>".
-std::u16string decoded(const std::string &bytes, ZPStringEncoding encoding) {
-    // The exact size lets a sanitizer see a read past the end.
-    std::vector<char> exact(bytes.begin(), bytes.end());
-    void *buffer = nullptr;
-    unsigned count = 99;
-    BOOL isASCII;
-    if (!_ZPConvertToASCIIorUnicode(exact.data(), unsigned(exact.size()), encoding, &buffer, &count, &isASCII, nullptr)) return u"<fails>";
-    std::u16string text;
-    for (unsigned i = 0; i < count; ++i) text += isASCII ? char16_t(static_cast<unsigned char *>(buffer)[i]) : static_cast<unichar *>(buffer)[i];
-    if (buffer) ZPZoneFree(nullptr, buffer);
-    return text;
-}
-
-// Units as bytes, or "<fails>", the same from every form.
-std::string encoded(const std::u16string &text, ZPStringEncoding encoding, BOOL lossy = NO) {
-    std::string result;
-    bool first = true;
-    inEveryForm(text, [&](const Form &, ZPString *s) {
-        ZPData *data = s->dataUsingEncoding_allowLossyConversion(encoding, lossy);
-        std::string bytes = data ? std::string(static_cast<const char *>(data->bytes()), data->length()) : "<fails>";
-        EXPECT_TRUE(first || bytes == result);
-        result = bytes;
-        first = false;
-        EXPECT_TRUE(lossy || s->canBeConvertedToEncoding(encoding) == (data ? YES : NO));
-    });
-    return result;
-}
 
 constexpr ZPStringEncoding singleByte[] = {ZPASCIIStringEncoding, ZPKESTRELStringEncoding, ZPISOLatin1StringEncoding, ZPISOLatin2StringEncoding,
                                            ZPWindowsCP1250StringEncoding, ZPWindowsCP1251StringEncoding, ZPWindowsCP1252StringEncoding,
@@ -77,6 +46,54 @@ TEST_F(Encoding, TablesAreInversesOfEachOther) {
         EXPECT_EQ(n, count) << e;
     }
     for (unsigned b = 0xA0; b < 0x100; ++b) EXPECT_EQ(ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(b)), b);
+}
+
+TEST_F(Encoding, AgreesWithTheCLibrary) {
+    const std::pair<ZPStringEncoding, const char *> names[] = {
+        {ZPISOLatin1StringEncoding, "ISO-8859-1"}, {ZPISOLatin2StringEncoding, "ISO-8859-2"}, {ZPWindowsCP1250StringEncoding, "CP1250"},
+        {ZPWindowsCP1251StringEncoding, "CP1251"}, {ZPWindowsCP1252StringEncoding, "CP1252"}, {ZPWindowsCP1253StringEncoding, "CP1253"},
+        {ZPWindowsCP1254StringEncoding, "CP1254"}};
+    for (auto [e, name] : names)
+        for (unsigned b = 0; b < 256; ++b) {
+            std::string byte(1, char(b));
+            std::u16string wanted = decodedByLibc(byte, name);
+            // Three bytes of Greek and two of Latin have characters of their own here, or none.
+            if (e == ZPWindowsCP1253StringEncoding && (b == 0xAA || b == 0xD2 || b == 0xFF)) wanted = std::u16string(1, char16_t(b == 0xAA ? 0xF8F9 : b == 0xD2 ? 0xF8FA : 0xF8FB));
+            if (e == ZPWindowsCP1252StringEncoding && (b == 0x8E || b == 0x9E)) wanted = u"\ufffd";
+            EXPECT_EQ(decoded(byte, e), wanted == u"<fails>" ? u"\ufffd" : wanted) << name << " " << b;
+        }
+}
+
+TEST_F(Encoding, KnowsTheFontsCharacters) {
+    struct Font {
+        unichar (*decode)(unsigned char);
+        unsigned (*encode)(ZPCharacterReader *, unsigned char *);
+        unsigned pairs;
+    };
+    for (Font font : {Font{ZPSymbolToPrecompUnicode, ZPUnicodeToSymbol, 164}, Font{ZPZapfDingbatToPrecompUnicode, ZPUnicodeToDingbat, 188},
+                      Font{ZPAdobeStandardToPrecompUnicode, ZPUnicodeToAdobeStandard, 160 + 53}}) {
+        std::u16string all(0x10000, u'\0');
+        for (unsigned u = 0; u < 0x10000; ++u) all[u] = char16_t(u);
+        ZPString *text = make(all);
+        unsigned n = 0;
+        for (unsigned u = 0; u < 0x10000; ++u) {
+            ZPCharacterReader reader;
+            unsigned char byte;
+            _ZPStartCharacterReader(&reader, text, {u, 1});
+            if (!font.encode(&reader, &byte)) continue;
+            ++n;
+            EXPECT_EQ(font.decode(byte), u == 0x2029 ? font.decode(10) : u);
+        }
+        // Of the standard encoding, two units have their byte below 0xA0, and the line feed is there twice.
+        EXPECT_EQ(n, font.pairs);
+    }
+    EXPECT_EQ(decoded("aW\xA5", ZPSymbolStringEncoding), u"\u03b1\u03a9\u221e");
+    EXPECT_EQ(encoded(u"\u03b1 \u2029", ZPSymbolStringEncoding), "a \n");
+    EXPECT_EQ(encoded(u"A", ZPSymbolStringEncoding), "<fails>") << "every unit is looked up";
+    EXPECT_EQ(encoded(u"A\u0391", ZPSymbolStringEncoding, YES), "_A");
+    EXPECT_EQ(decoded("\t", ZPSymbolStringEncoding), u"\ufffd");
+    EXPECT_EQ(ZPZapfDingbatToPrecompUnicode(0xFE), 0x27BE);
+    EXPECT_EQ(ZPAdobeStandardToPrecompUnicode(0xD0), 0x2014);
 }
 
 TEST_F(Encoding, ConvertsUnicodeWithAMark) {
@@ -121,6 +138,55 @@ TEST_F(Encoding, ConvertsUTF8) {
         for (char &c : noise) c = char(random() % 3 ? 0x80 | random() : random());
         decoded(noise, ZPUTF8StringEncoding);
         decoded(noise, ZPUnicodeStringEncoding);
+    }
+}
+
+// Every unit and every pair, and damaged bytes, through the conversion of runs and through that of single characters.
+TEST_F(Encoding, ConvertsAllOfUTF8) {
+    std::u16string text;
+    std::string wanted;
+    for (unsigned c = 0; c < 0x110000; ++c) {
+        if (c < 0x10000) text += char16_t(c);
+        else (text += char16_t(0xD7C0 + (c >> 10))) += char16_t(0xDC00 + (c & 0x3FF));
+        if (c == 0xDBFF) text += u'.';
+        if (c < 0x80) wanted += char(c);
+        else if (c < 0x800) (wanted += char(0xC0 | c >> 6)) += char(0x80 | (c & 63));
+        else {
+            if (c < 0x10000) wanted += char(0xE0 | c >> 12);
+            else (wanted += char(0xF0 | c >> 18)) += char(0x80 | (c >> 12 & 63));
+            (wanted += char(0x80 | (c >> 6 & 63))) += char(0x80 | (c & 63));
+        }
+        if (c == 0xDBFF) wanted += '.';
+    }
+    EXPECT_TRUE(encodedOnce(text, ZPUTF8StringEncoding) == wanted);
+    EXPECT_TRUE(decoded(wanted, ZPUTF8StringEncoding) == text);
+
+    std::mt19937 random(11);
+    for (int i = 0; i < 20000; ++i) {
+        std::string bytes;
+        for (unsigned n = random() % 60; n; --n) {
+            static const char *const pieces[] = {"a", "some plain words ", "\xC3\xA9", "\xD0\x96", "\xE4\xB8\xAD", "\xF0\x9F\x98\x80", "\x80", "\xE0", "\xF8\x88\x80\x80\x80", "\xFF"};
+            bytes += pieces[random() % (i % 2 ? 6 : 10)];
+        }
+        auto *in = reinterpret_cast<const unsigned char *>(bytes.data()), *end = in + bytes.size();
+        std::u16string one;
+        while (in < end) {
+            unichar units[2];
+            unsigned n = ZPUTF8ToUnicode(&in, unsigned(end - in), units);
+            if (!n) {
+                one = u"<fails>";
+                break;
+            }
+            one.append(reinterpret_cast<char16_t *>(units), n);
+        }
+        ASSERT_EQ(decoded(bytes, ZPUTF8StringEncoding), one);
+        if (one == u"<fails>") continue;
+        ZPCharacterReader reader;
+        std::string back;
+        unsigned char out[8];
+        _ZPStartCharacterReader(&reader, make(one), {0, unsigned(one.size())});
+        while (unsigned n = ZPUnicodeToUTF8(&reader, out)) back.append(reinterpret_cast<char *>(out), n);
+        ASSERT_EQ(encodedOnce(one, ZPUTF8StringEncoding), back);
     }
 }
 
@@ -174,6 +240,40 @@ TEST_F(Encoding, StopsBeforeACharacterThatDoesNotFit) {
     });
 }
 
+// In pieces of any size the text comes out whole, and no byte behind the buffer changes.
+TEST_F(Encoding, NeverWritesPastTheBuffer) {
+    for (ZPStringEncoding e : everyEncoding) {
+        SCOPED_TRACE(e);
+        inEveryForm(u"ab\u00e9\u65e5\u672c\uff71\u03b1 \U0001F600z, plain words, \u00e9", [&](const Form &, ZPString *s) {
+            unsigned length = s->length();
+            std::u16string whole = decoded(bytesOf(s->dataUsingEncoding_allowLossyConversion(e, YES)), e);
+            for (unsigned room = 0; room < 60; ++room) {
+                std::u16string text;
+                ZPRange rest{0, length};
+                for (bool moves = true; moves && rest.length;) {
+                    unsigned char buffer[80];
+                    std::memset(buffer, 0xA5, sizeof buffer);
+                    unsigned filled = 0, at = rest.location;
+                    ASSERT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, room, &filled, e, YES, rest, &rest));
+                    ASSERT_LE(filled, room);
+                    ASSERT_EQ(rest.location + rest.length, length);
+                    for (unsigned i = room; i < sizeof buffer; ++i) ASSERT_EQ(buffer[i], 0xA5) << "room " << room;
+                    text += decoded(std::string(reinterpret_cast<char *>(buffer), filled), e);
+                    moves = rest.location > at;
+                    unsigned counted;
+                    ZPRange same{at, length - at};
+                    s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, room, &counted, e, YES, same, &same);
+                    ASSERT_EQ(counted, filled);
+                    ASSERT_EQ(same, rest);
+                }
+                if (room >= 12) {
+                    ASSERT_EQ(text, whole) << "room " << room;
+                }
+            }
+        });
+    }
+}
+
 TEST_F(Encoding, AnswersForWhatItDoesNotKnow) {
     EXPECT_EQ(make(u"x")->dataUsingEncoding(99), nullptr);
     EXPECT_FALSE(make(u"x")->canBeConvertedToEncoding(99));
@@ -181,6 +281,7 @@ TEST_F(Encoding, AnswersForWhatItDoesNotKnow) {
     const ZPStringEncoding *list = ZPString::availableStringEncodings();
     unsigned n = 0;
     while (list[n]) EXPECT_GT(ZPString::localizedNameOfStringEncoding(list[n++])->length(), 0u);
+    EXPECT_EQ(std::u16string(textOf(ZPString::localizedNameOfStringEncoding(ZPWindowsCP1251StringEncoding))), u"Adobe Cyrillic");
     EXPECT_EQ(n, 16u);
     EXPECT_EQ(list[0], ZPUnicodeStringEncoding);
     EXPECT_EQ(ZPString::localizedNameOfStringEncoding(99), ""_zp);
