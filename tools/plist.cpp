@@ -1,6 +1,7 @@
 // plist: prints, checks and queries property lists.
 #include <Bedrock/Bedrock.h>
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -12,14 +13,45 @@ namespace {
 constexpr int usageStatus = 120, mostStatus = 100;
 
 const char usage[] =
-    "usage: plist print FILE             write the property list in its text form\n"
+    "usage: plist [OPTION...] COMMAND\n"
+    "       plist print FILE             write the property list in its text form\n"
     "       plist lint FILE...           check files; say nothing of good ones\n"
     "       plist get FILE KEYPATH       write the value at a path of keys and indexes: a.b.0\n"
     "       plist strings FILE           read a strings file and write it as one\n"
     "\n"
-    "FILE may be - for standard input. Text is UTF-16 when it begins with a byte-order mark, else UTF-8,\n"
-    "else 8-bit text. The exit status is 0, or the number of the first file that failed (at most 100),\n"
+    "       --encoding ENCODING          what the files are written in\n"
+    "       --output-encoding ENCODING   what results are written in, instead of UTF-8\n"
+    "       --list-encodings             write the number and the name of every encoding\n"
+    "\n"
+    "FILE may be - for standard input. ENCODING is a number or a name of the list, of which case, blanks and\n"
+    "punctuation do not matter. Without --encoding, text is UTF-16 when it begins with a byte-order mark, else\n"
+    "UTF-8, else 8-bit text. The exit status is 0, or the number of the first file that failed (at most 100),\n"
     "or 120 for a wrong call.\n";
+
+/// The encodings of the options; input is guessed from the bytes unless one is given.
+bool encodingIsGiven;
+ZPStringEncoding inputEncoding, outputEncoding = ZPUTF8StringEncoding;
+
+std::string plainName(std::string_view name) {
+    std::string plain;
+    for (char c : name)
+        if (std::isalnum(static_cast<unsigned char>(c))) plain += char(std::tolower(static_cast<unsigned char>(c)));
+    return plain;
+}
+
+std::string nameOf(ZPStringEncoding encoding) { return ZPStdString(ZPString::localizedNameOfStringEncoding(encoding)); }
+
+/// The encoding of a number or a name; 0 when there is none.
+ZPStringEncoding encodingNamed(std::string_view name) {
+    for (const ZPStringEncoding *e = ZPString::availableStringEncodings(); *e; ++e)
+        if (name == std::to_string(*e) || (!plainName(name).empty() && plainName(name) == plainName(nameOf(*e)))) return *e;
+    return 0;
+}
+
+int listEncodings() {
+    for (const ZPStringEncoding *e = ZPString::availableStringEncodings(); *e; ++e) std::printf("%2u  %s\n", *e, nameOf(*e).c_str());
+    return std::ferror(stdout) ? 1 : 0;
+}
 
 /// Writes a complaint; of a long one (an error deep inside a tree names every level) the ends.
 void complain(const char *file, std::string what) {
@@ -40,6 +72,11 @@ ZPString *readText(const char *file) {
     ZPData *data = std::strcmp(file, "-") == 0 ? readStandardInput() : ZPData::dataWithContentsOfFile(ZPMakeString(file));
     if (!data) {
         complain(file, errno == EACCES ? "not a readable regular file" : std::strerror(errno ? errno : EIO));
+        return nullptr;
+    }
+    if (encodingIsGiven) {
+        if (ZPString *text = ZPString::alloc()->initWithData_encoding(data, inputEncoding)) return text->autorelease();
+        complain(file, "the bytes are not text in " + nameOf(inputEncoding));
         return nullptr;
     }
     auto *bytes = static_cast<const unsigned char *>(data->bytes());
@@ -73,17 +110,23 @@ id readTree(const char *file, Dialect dialect) {
     }
 }
 
-bool write(ZPString *text) {
-    std::string bytes = ZPStdString(text);
-    if (bytes.empty() || bytes.back() != '\n') bytes += '\n';
-    return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
+bool write(const char *file, ZPString *text) {
+    ZPString *line = text->hasSuffix("\n"_zp) ? text : text->stringByAppendingString("\n"_zp);
+    ZPData *data = line->dataUsingEncoding(outputEncoding);
+    // Symbol has no line feed.
+    if (!data) data = text->dataUsingEncoding(outputEncoding);
+    if (!data) {
+        complain(file, nameOf(outputEncoding) + " does not have all of its characters");
+        return false;
+    }
+    return std::fwrite(data->bytes(), 1, data->length(), stdout) == data->length();
 }
 
 int print(const char *file) {
     id tree = readTree(file, Dialect::propertyList);
     if (!tree) return 1;
     bool isString = tree->isKindOfClass(ZPString::class_());
-    return write(isString ? static_cast<ZPString *>(tree)->quotedStringRepresentation() : tree->description()) ? 0 : 1;
+    return write(file, isString ? static_cast<ZPString *>(tree)->quotedStringRepresentation() : tree->description()) ? 0 : 1;
 }
 
 int lint(int count, char **files) {
@@ -113,18 +156,33 @@ int get(const char *file, const char *path) {
         }
         at = next;
     }
-    return write(at->description()) ? 0 : 1;
+    return write(file, at->description()) ? 0 : 1;
 }
 
 int strings(const char *file) {
     id tree = readTree(file, Dialect::strings);
-    return tree && write(static_cast<ZPDictionary *>(tree)->descriptionInStringsFileFormat()) ? 0 : 1;
+    return tree && write(file, static_cast<ZPDictionary *>(tree)->descriptionInStringsFileFormat()) ? 0 : 1;
 }
 
 }  // namespace
 
 int main(int argc, char **argv) {
     ZPAutoreleasePoolScope pool;
+    for (; argc > 1 && std::strncmp(argv[1], "--", 2) == 0; --argc, ++argv) {
+        std::string_view option = argv[1];
+        if (option == "--list-encodings" && argc == 2) return listEncodings();
+        ZPStringEncoding encoding = 0;
+        if ((option == "--encoding" || option == "--output-encoding") && argc > 2) {
+            encoding = encodingNamed(argv[2]);
+            if (!encoding) std::fprintf(stderr, "plist: no encoding %s (--list-encodings shows them)\n", argv[2]);
+        } else if (option == "--help") break;
+        else std::fputs(usage, stderr);
+        if (!encoding) return usageStatus;
+        if (option == "--encoding") encodingIsGiven = true;
+        (option == "--encoding" ? inputEncoding : outputEncoding) = encoding;
+        --argc;
+        ++argv;
+    }
     std::string_view command = argc > 1 ? argv[1] : "";
     if (command == "print" && argc == 3) return print(argv[2]);
     if (command == "lint" && argc >= 3) return lint(argc - 2, argv + 2);

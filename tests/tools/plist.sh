@@ -32,7 +32,24 @@ expect folder 1 'not a readable regular file' "$plist" lint folder
 expect nowhere 1 'No such file or directory' "$plist" lint nowhere
 [ "$(id -u)" = 0 ] || expect closed 1 'not a readable regular file' "$plist" lint closed
 expect strings 0 '"no newline" = "at the end";' "$plist" strings table.strings
-expect usage 120 'usage: plist print FILE' "$plist" print
+expect usage 120 'plist print FILE' "$plist" print
+expect list 0 'Japanese EUC' "$plist" --list-encodings
+for e in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 21; do
+    # Symbol has digits, but neither letters nor a line feed.
+    printf '( 31 )' >number
+    expect "in $e" 0 '' sh -c "'$plist' --output-encoding $e get number 0 >wide.$e"
+    expect "through $e" 0 '31' "$plist" --encoding $e print wide.$e
+done
+printf '{ k = "\306\374\313\334"; }' >euc
+printf '{ k = "\223\372\226{"; }' >sjis
+expect "japanese" 0 '日本' "$plist" --encoding 'japanese euc' get euc k
+expect "shift jis" 0 '日本' "$plist" --encoding shift-jis get sjis k
+expect "to euc" 0 '日本' sh -c "'$plist' --encoding 8 --output-encoding 3 get sjis k | iconv -f EUC-JP -t UTF-8"
+expect "not in it" 1 'ISO Latin-1 does not have' "$plist" --encoding 3 --output-encoding 5 get euc k
+printf '(\200)' >euc2
+expect "not text" 1 'not text in Shift JIS' "$plist" --encoding 8 lint euc2
+expect "no encoding" 120 'no encoding klingon' "$plist" --encoding klingon print good
+expect "no value" 120 'usage' "$plist" --encoding
 expect input 0 'x' sh -c "printf '(x)' | '$plist' print -"
 expect nesting 1 'Nesting too deep' sh -c "head -c 100000 /dev/zero | tr '\\0' '(' | '$plist' lint -"
 exit $failures
