@@ -59,8 +59,6 @@ unsigned _ZPLengthOfASCII(const void *bytes, unsigned length);
 unsigned _ZPCopyASCII(const void *bytes, unsigned length, void *copy);
 /// Widens bytes below 0x80, or bytes that are their own units.
 void _ZPWidenBytes(const void *bytes, unsigned length, unichar *units);
-/// The same backwards within one buffer that has room for the units.
-void _ZPWidenBytesInPlace(void *buffer, unsigned length);
 /// Narrows units while they are below 0x80; answers how many.
 unsigned _ZPNarrowASCII(const unichar *units, unsigned count, unsigned char *bytes);
 /// The units of bytes in a single-byte encoding.

@@ -103,14 +103,6 @@ void _ZPWidenBytes(const void *bytes, unsigned length, unichar *units) {
     for (; i < length; ++i) units[i] = p[i];
 }
 
-void _ZPWidenBytesInPlace(void *buffer, unsigned length) {
-    auto *bytes = static_cast<unsigned char *>(buffer);
-    for (unsigned i = length; i-- > 0;) {
-        unichar unit = bytes[i];
-        std::memcpy(bytes + 2 * std::size_t(i), &unit, 2);
-    }
-}
-
 unsigned _ZPNarrowASCII(const unichar *units, unsigned count, unsigned char *bytes) {
     unsigned i = 0;
     for (; i + 8 <= count; i += 8)
@@ -322,9 +314,10 @@ unsigned _ZPEncodeUTF8Run(const unichar *units, unsigned count, unsigned char *o
                 // Blocks are better where two such characters meet.
                 if (*in < 0x800) break;
             } else if ((c & 0xF800) != 0xD800) {
-                out[0] = static_cast<unsigned char>(0xE0 | c >> 12);
-                out[1] = static_cast<unsigned char>(0x80 | (c >> 6 & 0x3F));
-                out[2] = static_cast<unsigned char>(0x80 | (c & 0x3F));
+                // Four bytes fit: only three of them count.
+                std::uint32_t bytes = 0x8080E0 | c >> 12 | (c << 2 & 0x3F00) | (c & 0x3F) << 16;
+                if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap32(bytes);
+                std::memcpy(out, &bytes, 4);
                 out += 3;
                 ++in;
             } else {
