@@ -151,6 +151,33 @@ TEST(CharacterFiles, standardSetsAreTheirCategories) {
     }
 }
 
+TEST(CharacterFiles, fullSetsAndTheirForms) {
+    Pool pool;
+    Class expanded = objc_getClass("ZPExpandedBuiltinCharacterSet");
+    struct { SEL selector; ZPCharacterSet *set; bool bitmap; } cases[] = {
+        {"controlCharacterSet"_sel, ZPCharacterSet::controlCharacterSet(), false},
+        {"whitespaceCharacterSet"_sel, ZPCharacterSet::whitespaceCharacterSet(), false},
+        {"whitespaceAndNewlineCharacterSet"_sel, ZPCharacterSet::whitespaceAndNewlineCharacterSet(), false},
+        {"decimalDigitCharacterSet"_sel, ZPCharacterSet::decimalDigitCharacterSet(), false},
+        {"letterCharacterSet"_sel, ZPCharacterSet::letterCharacterSet(), true},
+        {"punctuationCharacterSet"_sel, ZPCharacterSet::punctuationCharacterSet(), true},
+    };
+    for (auto &c : cases) {
+        ZPCharacterSet *full = objc_msgSend<ZPCharacterSet *>(expanded, c.selector);
+        EXPECT_EQ(objc_msgSend<BOOL>(full, "isCompact"_sel) != NO, c.bitmap) << sel_getName(c.selector);
+        EXPECT_TRUE(full->isEqual(c.set) && c.set->isEqual(full));
+        EXPECT_FALSE(full->isMutable());
+        EXPECT_EQ(objc_msgSend<ZPCharacterSet *>(expanded, c.selector), full) << "loaded once";
+    }
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(raised([&] { objc_msgSend<id>(cases[0].set, "expandSetWithOffset:"_sel, 12); }),
+              "ZPBuiltinCharacterSet expandSetWithOffset:: Illegal operation on this class or instance");
+    EXPECT_NE(raised([&] { objc_msgSend<BOOL>(objc_msgSend<id>(expanded, "new"_sel)->autorelease(), "characterIsMember:"_sel, unichar('a')); }), "");
+    std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(countOf(log, "ZPExpandedBuiltinCharacterSet: illegal offset 12 encountered.\n"), 1u) << log;
+    EXPECT_EQ(countOf(log, "Abstract class ZPExpandedBuiltinCharacterSet does not implement method characterIsMember:"), 1u) << log;
+}
+
 TEST(CharacterFiles, caseMappingsOfThePlane) {
     if (characters().empty()) GTEST_SKIP() << "the character data are not installed";
     Pool pool;
@@ -208,7 +235,7 @@ TEST(CharacterFiles, withoutAnyFile) {
         EXPECT_TRUE(illegal->characterIsMember(0xFFFF));
         EXPECT_FALSE(illegal->characterIsMember(0xFFFE));
         EXPECT_EQ(letters->count(), 128u - 5) << "the members below U+0100";
-        ZPMutableCharacterSet *copy = letters->mutableCopy();
+        ZPMutableCharacterSet *copy = letters->mutableCopy()->autorelease();
         EXPECT_TRUE(copy->characterIsMember('z') && !copy->characterIsMember(0x416));
         EXPECT_TRUE(letters->invertedSet()->characterIsMember(0x416));
         std::string log = testing::internal::GetCapturedStderr();
