@@ -68,10 +68,12 @@ template <class F> ZPString *mapped(ZPString *string, F convert) {
 template <class Units> unsigned endOfPlain(Units &units, unsigned from, unsigned length) {
     if constexpr (std::is_pointer_v<std::remove_cvref_t<Units>>) {
         typedef std::uint16_t Vector __attribute__((vector_size(16)));
+        const Vector lone = Vector{} + std::uint16_t(sharpS.unit), first = Vector{} + std::uint16_t(expansions[0].unit),
+                     count = Vector{} + std::uint16_t(std::size(expansions));
         for (constexpr unsigned lanes = 8; length - from >= lanes; from += lanes) {
             Vector some;
             std::memcpy(&some, units + from, sizeof some);
-            auto expanding = (some == sharpS.unit) | (some - std::uint16_t(expansions[0].unit) < std::uint16_t(std::size(expansions)));
+            auto expanding = (some == lone) | (some - first < count);
             std::uint64_t halves[2];
             std::memcpy(halves, &expanding, sizeof halves);
             if (halves[0] | halves[1]) break;
