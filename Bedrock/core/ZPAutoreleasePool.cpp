@@ -185,6 +185,18 @@ void endRecord(Record *r) {
     ZPZoneFree(nullptr, r);
 }
 
+// Without pools the record is as good as new; one page stays for the next pool, so that a thread whose outermost pools
+// come and go asks the system for nothing.
+void restRecord(Record *r) {
+    releasePages(r->sparePages);
+    r->sparePages = nullptr;
+    for (ZPAutoreleasePool *&pool : r->sparePools) {
+        ZPDeallocateObject(pool);
+        pool = nullptr;
+    }
+    r->settings = initialSettings;
+}
+
 }  // namespace
 
 unsigned ZPPushAutoreleasePool(unsigned) {
@@ -258,7 +270,7 @@ void ZPPopAutoreleasePool(unsigned token) {
     // Slots above the count are zero except those this pop has emptied.
     Page *page = r->page;
     for (unsigned i = page->count; i < slotsPerPage() && page->slots[i]; ++i) page->slots[i] = nullptr;
-    if (token == 0) endRecord(r);
+    if (token == 0) restRecord(r);
 }
 
 void _ZPAutoreleaseNoPool(id object) {

@@ -64,34 +64,6 @@ void ZPHostTimeStamp(char *text) {
     std::snprintf(text, 32, "%s %s", months[fields.tm_mon], rest);
 }
 
-BOOL ZPHostZoneAt(long long secondsSince1970, int *offset, BOOL *isDaylight, char abbreviation[16]) {
-    std::time_t moment = secondsSince1970;
-    std::tm fields{};
-    static const BOOL known = (tzset(), YES);
-    (void)known;
-    if (!localtime_r(&moment, &fields)) return NO;
-    *offset = static_cast<int>(fields.tm_gmtoff);
-    *isDaylight = fields.tm_isdst > 0;
-    std::snprintf(abbreviation, 16, "%s", fields.tm_zone ? fields.tm_zone : "");
-    return YES;
-}
-
-BOOL ZPHostZoneName(char *name, std::size_t size) {
-    const char *set = std::getenv("TZ");
-    if (set && *set == ':') ++set;
-    char link[1024];
-    if (!set) {
-        ssize_t length = readlink("/etc/localtime", link, sizeof link - 1);
-        if (length <= 0) return NO;
-        link[length] = 0;
-        const char *zones = std::strstr(link, "zoneinfo/");
-        if (!zones) return NO;
-        set = zones + 9;
-    }
-    int length = std::snprintf(name, size, "%s", set);
-    return length > 0 && std::size_t(length) < size;
-}
-
 int ZPHostCallStack(void **addresses, int capacity) { return backtrace(addresses, capacity); }
 
 unsigned ZPHostCodePage() {

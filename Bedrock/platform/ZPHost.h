@@ -3,6 +3,13 @@
 
 #include <Bedrock/platform/ZPTypes.h>
 
+/// One of the kinds of time that a zone has in turn.
+struct ZPHostZoneKind {
+    int offset;  ///< seconds to add to GMT
+    BOOL isDaylight;
+    char abbreviation[16];
+};
+
 extern "C" {
 /// The name of the running program, without its directory; never null.
 const char *ZPHostProcessName();
@@ -17,9 +24,12 @@ BOOL ZPHostWriteStandardError(const char *bytes, std::size_t length);
 void ZPHostReportEvent(const char *text, std::size_t length);
 /// The local time as "Nov 22 20:15:00" in `text`, which holds 32 bytes.
 void ZPHostTimeStamp(char *text);
-/// What the host's time zone is at a moment: the seconds to add to GMT, whether that is daylight-saving time, and
-/// the abbreviation, NUL-terminated and cut to 15 bytes. NO for a moment that the host cannot place.
-BOOL ZPHostZoneAt(long long secondsSince1970, int *offset, BOOL *isDaylight, char abbreviation[16]);
+/// What the host's time zone is at a moment, seconds since 1970 in GMT, from the table of its changes; the answer
+/// lives as long as the process, and is the same for the same kind of time. Null outside the table. The zone is that
+/// of the environment when this, or the following, is first called.
+const ZPHostZoneKind *ZPHostZoneAt(long long moment);
+/// The same by the C library's rules; NO for a moment that it cannot place.
+BOOL ZPHostZoneByRule(long long moment, ZPHostZoneKind *kind);
 /// The name of the host's time zone ("Europe/Berlin") in `name`; NO when it has none.
 BOOL ZPHostZoneName(char *name, std::size_t size);
 /// Return addresses of the calling stack, innermost first.

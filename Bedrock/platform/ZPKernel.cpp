@@ -54,7 +54,8 @@ void cthread_wake(unsigned *word, int count) { syscall(SYS_futex, word, FUTEX_WA
 double cthread_time() {
     timespec now;
     clock_gettime(CLOCK_REALTIME, &now);
-    return static_cast<double>(now.tv_sec - 978307200) + static_cast<double>(now.tv_nsec) * 1e-9;
+    // One conversion: a nanosecond is below what a double of today's seconds holds.
+    return static_cast<double>((now.tv_sec - 978307200) * 1000000000LL + now.tv_nsec) * 1e-9;
 }
 
 namespace {

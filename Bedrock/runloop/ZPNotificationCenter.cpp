@@ -1,6 +1,7 @@
 // Notification centers. The observers are records in one array; two indexes name them by their place in it:
 //
 //   _registry    the records, in order of registration until a removal moves the last ones into the gaps
+//   _observers   their observers once more, side by side, which a removal looks through
 //   _niltable    places of records for any name, ended by at least one -1
 //   _hashtable   places of records for one name, from slot (hash of the name & mask) upward, without wrapping:
 //                2^k slots and ten to spare at the end, -1 where empty; _hashtable_count is the mask
@@ -175,15 +176,29 @@ struct CenterMethods : ZPNotificationCenter {
             ZPObserverRecord r{own, own ? own->hash() : 0, object, observer, selector, implementationFor(observer, selector)};
             Locked hold(_lock);
             if (_registry_count == _registry_size) {
+                resize(_observers, _registry_size + 64);
                 resize(_registry, _registry_size + 64);
                 _registry_size += 64;
             }
             new (&_registry[_registry_count]) ZPObserverRecord(r);
+            _observers[_registry_count] = observer.pointer();
             setCount(_registry_count + 1);
             if (_deleted_count <= 25 && (_registry_count + _deleted_count) * 3 <= _hashtable_count) insert(_registry_count - 1);
             else rebuild();
         }
         if (ZPKeepNotificationStatistics) ZPRecordNotificationEvent(1, observer.pointer(), selector, name, object.pointer());
+    }
+
+    // The observer's next record; past `high` when there is none.
+    long placeOf(const objc_object *observer, long low, long high) const {
+        constexpr int stride = 16;
+        for (; low + stride <= high + 1; low += stride) {
+            unsigned found = 0;
+            for (int i = 0; i < stride; ++i) found |= _observers[low + i] == observer;
+            if (found) break;
+        }
+        while (low <= high && _observers[low] != observer) ++low;
+        return low;
     }
 
     void removeObserverAltogether(id observer) { ZPNotificationCenter::removeObserver_name_object(observer, nullptr, nullptr); }
@@ -194,8 +209,10 @@ struct CenterMethods : ZPNotificationCenter {
         {
             Locked hold(_lock);
             if (!_registry_count) return;
-            auto matches = [&](const ZPObserverRecord &r) {
-                return r.observer == observer && (!object || r.object == object) && (!name || (r.name && isNamed(r, name)));
+            auto matches = [&](long place) {
+                if (_observers[place] != observer.pointer()) return false;
+                const ZPObserverRecord &r = _registry[place];
+                return (!object || r.object == object) && (!name || (r.name && isNamed(r, name)));
             };
             auto remove = [&](unsigned place) {
                 mark(place, deleted);
@@ -203,14 +220,17 @@ struct CenterMethods : ZPNotificationCenter {
                 setCount(_registry_count - 1);
             };
             for (long low = 0, high = long(_registry_count) - 1; low <= high;) {
-                if (!matches(_registry[low])) {
+                low = placeOf(observer.pointer(), low, high);
+                if (low > high) break;
+                if (!matches(low)) {
                     ++low;
                     continue;
                 }
-                for (; high >= low && matches(_registry[high]); --high) remove(unsigned(high));
+                for (; high >= low && matches(high); --high) remove(unsigned(high));
                 if (high < low) break;
                 remove(unsigned(low));
                 mark(unsigned(high), int(low));
+                _observers[low] = _observers[high];
                 _registry[low++] = _registry[high--];
             }
         }
@@ -392,7 +412,7 @@ struct CenterMethods : ZPNotificationCenter {
     void dealloc() {
         if (this == __atomic_load_n(&centerOfAll, __ATOMIC_ACQUIRE)) return;
         for (unsigned i = 0; i < _registry_count; ++i) _registry[i].name->release();
-        for (void *block : {static_cast<void *>(_registry), static_cast<void *>(_niltable), static_cast<void *>(_hashtable)})
+        for (void *block : {static_cast<void *>(_registry), static_cast<void *>(_observers), static_cast<void *>(_niltable), static_cast<void *>(_hashtable)})
             if (block) ZPZoneFree(nullptr, block);
         _lock->release();
         objc_super<ZPNotificationCenter>(this).send("dealloc"_sel);

@@ -19,7 +19,7 @@ struct ZPNotificationCenter : ZPObject {
     int *_hashtable;
     unsigned _hashtable_size, _hashtable_count;
     unsigned _deleted_count;
-    void *_reserved1, *_reserved;
+    objc_object **_observers;
 
     /// The process's center, or a subclass's own; made on first use, never deallocated.
     static ZPNotificationCenter *defaultCenter() { return objc_msgSend<ZPNotificationCenter *>(class_(), "defaultCenter"_sel); }

@@ -37,46 +37,51 @@ constexpr unsigned mostWidth = 1000;  // of a number, whatever the format says
 class Output {
     unichar _inPlace[192];
     std::vector<unichar> _more;
-    unsigned _length = 0;
+    unichar *_units = _inPlace;
+    unsigned _length = 0, _capacity = std::size(_inPlace);
+
+    unichar *extend(unsigned count) {
+        if (_length + count > _capacity) [[unlikely]] {
+            bool first = _more.empty();
+            _capacity = (_length + count) * 2;
+            _more.resize(_capacity);
+            if (first) std::copy_n(_inPlace, _length, _more.data());
+            _units = _more.data();
+        }
+        _length += count;
+        return _units + _length - count;
+    }
 
   public:
-    void add(const unichar *units, unsigned count) {
-        if (_more.empty() && _length + count <= std::size(_inPlace)) {
-            std::copy_n(units, count, _inPlace + _length);
-            _length += count;
-            return;
-        }
-        if (_more.empty()) _more.assign(_inPlace, _inPlace + _length);
-        _more.insert(_more.end(), units, units + count);
-    }
-    void add(char c) {
-        auto unit = unichar(static_cast<unsigned char>(c));
-        add(&unit, 1);
-    }
+    Output() {}
+    Output(const Output &) = delete;
+    void add(const unichar *units, unsigned count) { std::copy_n(units, count, extend(count)); }
+    void add(char c) { *extend(1) = unichar(static_cast<unsigned char>(c)); }
     void add(ZPString *text) {
-        unichar units[64];
-        for (unsigned at = 0, length = text->length(); at < length; at += 64) {
-            unsigned count = std::min(64u, length - at);
-            text->getCharacters_range(units, ZPMakeRange(at, count));
-            add(units, count);
-        }
+        unsigned length = text->length();
+        text->getCharacters_range(extend(length), ZPMakeRange(0, length));
     }
     void addNumber(long long value, unsigned width, char fill) {
+        if (value >= 0 && value < 100 && width == 2 && fill == '0') {
+            unichar *to = extend(2);
+            to[0] = unichar('0' + unsigned(value) / 10);
+            to[1] = unichar('0' + unsigned(value) % 10);
+            return;
+        }
         unichar digits[24];
         unsigned at = 24;
         unsigned long long rest = value < 0 ? 0ull - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
         do digits[--at] = unichar('0' + rest % 10);
         while (rest /= 10);
-        unsigned length = 24 - at + (value < 0);
-        if (value < 0 && fill == '0') add('-');
-        for (; length < width; ++length) add(fill);
-        if (value < 0 && fill != '0') add('-');
-        add(digits + at, 24 - at);
+        bool isNegative = value < 0;
+        unsigned length = 24 - at + isNegative, filling = width > length ? width - length : 0;
+        unichar *to = extend(length + filling);
+        if (isNegative && fill == '0') *to++ = '-';
+        to = std::fill_n(to, filling, unichar(fill));
+        if (isNegative && fill != '0') *to++ = '-';
+        std::copy(digits + at, digits + 24, to);
     }
-    ZPString *string() {
-        return _more.empty() ? ZPMutableString::stringWithCharacters_length(_inPlace, _length)
-                             : ZPMutableString::stringWithCharacters_length(_more.data(), unsigned(_more.size()));
-    }
+    ZPString *string() { return ZPMutableString::stringWithCharacters_length(_units, _length); }
 };
 
 struct Formatter {
@@ -84,6 +89,8 @@ struct Formatter {
     ZPDictionary *locale;
     _ZPDateFields fields;
     Output output;
+
+    Formatter(ZPCalendarDate *d, ZPDictionary *l) : date(d), locale(l), fields(_ZPFieldsOf(d)) {}
 
     void name(ZPString *key, unsigned index, unsigned count) { output.add(_ZPLocaleName(locale, key, index, count)); }
 
@@ -95,15 +102,9 @@ struct Formatter {
     }
 
     void run(ZPString *format, int depth) {
-        unsigned length = format->length(), at = 0;
-        std::vector<unichar> longer;
-        unichar shorter[128];
-        unichar *units = shorter;
-        if (length > 128) {
-            longer.resize(length);
-            units = longer.data();
-        }
-        format->getCharacters_range(units, ZPMakeRange(0, length));
+        _ZPUnitsOf text(format);
+        const unichar *units = text.units;
+        unsigned length = text.length, at = 0;
         while (at < length) {
             unsigned plain = at;
             while (at < length && units[at] != '%') ++at;
@@ -155,7 +156,7 @@ struct Formatter {
 }  // namespace
 
 ZPString *_ZPFormatDate(ZPCalendarDate *date, ZPString *format, ZPDictionary *locale) {
-    Formatter f{date, locale, _ZPFieldsOf(date), {}};
+    Formatter f(date, locale);
     f.run(format ? format : _ZPDefaultCalendarFormat(), 0);
     return f.output.string();
 }
@@ -169,7 +170,7 @@ void stampLog(char text[32]) {
     ZPDate *holder = nullptr;
     ZPTimeZoneDetail *zone = ZPTimeZone::defaultTimeZone();
     if (!_ZPIsOwnDetail(zone)) holder = ZPDate::dateWithTimeIntervalSinceReferenceDate(now);  // a client's zone asks the date
-    long long local = _ZPWholeSeconds(std::floor(now + _ZPOffsetOf(_ZPDetailAt(zone, now, holder))));
+    long long local = _ZPFloorSeconds(now + _ZPOffsetOf(_ZPDetailAt(zone, now, holder)));
     int second = _ZPFloorModulo(local, 86400);
     _ZPGregorian g = _ZPGregorianOfDay(_ZPFloorDivide(local, 86400) + _ZPReferenceDay);
     std::snprintf(text, 32, "%s %02d %02d:%02d:%02d", months[g.month - 1], g.day, second / 3600, second / 60 % 60, second % 60);

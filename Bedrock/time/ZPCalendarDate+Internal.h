@@ -4,7 +4,27 @@
 #include <Bedrock/time/ZPCalendarDate.h>
 #include <Bedrock/time/ZPDate+Internal.h>
 
-ZP_FORWARD(ZPArray);
+#include <Bedrock/strings/ZPString.h>
+
+#include <vector>
+
+/// A copy of a string's units; few need no memory.
+struct _ZPUnitsOf {
+    unsigned length;
+    std::vector<unichar> longer;
+    unichar shorter[96];
+    const unichar *units = shorter;
+
+    explicit _ZPUnitsOf(ZPString *string) : length(string->length()) {
+        unichar *to = shorter;
+        if (length > std::size(shorter)) {
+            longer.resize(length);
+            units = to = longer.data();
+        }
+        string->getCharacters_range(to, ZPMakeRange(0, length));
+    }
+    _ZPUnitsOf(const _ZPUnitsOf &) = delete;
+};
 
 /// All fields of a date in its zone.
 struct _ZPDateFields : _ZPGregorian {

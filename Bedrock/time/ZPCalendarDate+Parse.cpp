@@ -8,9 +8,7 @@
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/time/ZPLocale.h>
 
-#include <atomic>
 #include <cstdlib>
-#include <vector>
 
 namespace {
 
@@ -31,21 +29,11 @@ bool isSpace(unichar u) {
 }
 
 /// A string's units and a place among them.
-struct Text {
+struct Text : _ZPUnitsOf {
     ZPString *string;
-    unsigned at = 0, length;
-    std::vector<unichar> longer;
-    unichar shorter[96];
-    unichar *units = shorter;
+    unsigned at = 0;
 
-    explicit Text(ZPString *s) : string(s), length(s->length()) {
-        if (length > 96) {
-            longer.resize(length);
-            units = longer.data();
-        }
-        s->getCharacters_range(units, ZPMakeRange(0, length));
-    }
-    Text(const Text &) = delete;
+    explicit Text(ZPString *s) : _ZPUnitsOf(s), string(s) {}
     bool skip() {
         while (at < length && isSpace(units[at])) ++at;
         return at < length;

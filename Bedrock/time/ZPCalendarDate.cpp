@@ -19,7 +19,20 @@ int clampedInt(double value) { return !(value > -2147483648.0) ? -2147483647 - 1
 
 long long dayOf(ZPCalendarDate *date) { return clampedDay(_ZPFloorDivide(_ZPLocalSeconds(date), _ZPSecondsPerDay) + _ZPReferenceDay); }
 
-int secondOfDay(ZPCalendarDate *date) { return _ZPFloorModulo(_ZPLocalSeconds(date), 86400); }
+// The calendar's fields once they were asked for: year in the low 24 bits, then month, day, hour, minute and second; 0
+// while they are not known, as after a change of zone. Two threads may both find them.
+struct Packed {
+    unsigned long long bits;
+
+    explicit Packed(ZPCalendarDate *date) : bits(__atomic_load_n(&date->_fields, __ATOMIC_RELAXED)) {
+        if (bits) return;
+        _ZPDateFields f = _ZPFieldsOf(date);
+        auto at = [](int value, int shift) { return static_cast<unsigned long long>(value) << shift; };
+        bits = static_cast<unsigned long long>(f.year) | at(f.month, 24) | at(f.day, 32) | at(f.hour, 40) | at(f.minute, 48) | at(f.second, 56);
+        __atomic_store_n(&date->_fields, bits, __ATOMIC_RELAXED);
+    }
+    int field(int shift) const { return int(bits >> shift & 0xFF); }
+};
 
 template <class T> void keep(T *&field, T *value) {
     value->retain();
@@ -52,6 +65,7 @@ struct CalendarMethods : ZPCalendarDate {
 
     id initWithTime(double seconds) {
         _timeIntervalSinceReferenceDate = seconds;
+        _fields = 0;
         if (!_timeZone) keep(_timeZone, _ZPDetailAt(nullptr, seconds, this));
         if (!_formatString) _formatString = _ZPDefaultCalendarFormat();
         return this;
@@ -69,7 +83,10 @@ struct CalendarMethods : ZPCalendarDate {
 
     double time() { return _timeIntervalSinceReferenceDate; }
     ZPTimeZoneDetail *timeZoneDetail() { return _timeZone; }
-    void setTimeZone(ZPTimeZone *zone) { keep(_timeZone, _ZPDetailAt(zone, _timeIntervalSinceReferenceDate, this)); }
+    void setTimeZone(ZPTimeZone *zone) {
+        keep(_timeZone, _ZPDetailAt(zone, _timeIntervalSinceReferenceDate, this));
+        _fields = 0;
+    }
     ZPString *calendarFormat() { return _formatString; }
     void setCalendarFormat(ZPString *format) {
         ZPString *old = _formatString;
@@ -83,14 +100,14 @@ struct CalendarMethods : ZPCalendarDate {
         double day = (_timeIntervalSinceReferenceDate + _ZPOffsetOf(_timeZone)) / double(_ZPSecondsPerDay) + double(_ZPReferenceDay);
         return day >= 1 && day < 2147483647.0 ? int(dayOf(this)) : clampedInt(day);
     }
-    int year() { return int(_ZPGregorianOfDay(dayOf(this)).year); }
-    int month() { return _ZPGregorianOfDay(dayOf(this)).month; }
-    int day() { return _ZPGregorianOfDay(dayOf(this)).day; }
+    int year() { return int(Packed(this).bits & 0xFFFFFF); }
+    int month() { return Packed(this).field(24); }
+    int day() { return Packed(this).field(32); }
     int dayOfWeek() { return int(dayOf(this) % 7); }
     int dayOfYear() { return _ZPGregorianOfDay(dayOf(this)).dayOfYear; }
-    int hour() { return secondOfDay(this) / 3600; }
-    int minute() { return secondOfDay(this) / 60 % 60; }
-    int second() { return secondOfDay(this) % 60; }
+    int hour() { return Packed(this).field(40); }
+    int minute() { return Packed(this).field(48); }
+    int second() { return Packed(this).field(56); }
 
     // ---- arithmetic ----
 
@@ -229,21 +246,22 @@ struct DateExtras : ZPDate {
 }  // namespace
 
 long long _ZPLocalSeconds(ZPCalendarDate *date) {
-    return _ZPWholeSeconds(std::floor(date->_timeIntervalSinceReferenceDate + _ZPOffsetOf(date->_timeZone)));
+    return _ZPFloorSeconds(date->_timeIntervalSinceReferenceDate + _ZPOffsetOf(date->_timeZone));
 }
 
 _ZPDateFields _ZPFieldsOf(ZPCalendarDate *date) {
     long long local = _ZPLocalSeconds(date), days = _ZPFloorDivide(local, _ZPSecondsPerDay);
     long long number = clampedDay(days + _ZPReferenceDay);
     int second = _ZPFloorModulo(local, 86400);
-    double time = date->_timeIntervalSinceReferenceDate, fraction = time - std::floor(time);
-    int milliseconds = fraction >= 0 ? int(std::lround(1000 * fraction)) : 0;
+    double time = date->_timeIntervalSinceReferenceDate, fraction = time - double(_ZPFloorSeconds(time));
+    int milliseconds = fraction >= 0 && fraction < 1 ? int(1000 * fraction + 0.5) : 0;
     return {_ZPGregorianOfDay(number), second / 3600, second / 60 % 60, second % 60, milliseconds, int(number % 7)};
 }
 
 void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long long day, double secondsOfDay, ZPTimeZone *zone) {
     double time = double(_ZPDayOfDate(year, month, day) - _ZPReferenceDay) * double(_ZPSecondsPerDay) + secondsOfDay;
     date->_timeIntervalSinceReferenceDate = time;
+    date->_fields = 0;
     if (!zone) zone = ZPTimeZone::defaultTimeZone();
     ZPTimeZoneDetail *first = zone->isKindOfClass(ZPTimeZoneDetail::class_()) ? static_cast<ZPTimeZoneDetail *>(zone) : _ZPDetailAt(zone, time, date);
     date->_timeIntervalSinceReferenceDate = time -= _ZPOffsetOf(first);

@@ -19,6 +19,7 @@ struct ZPCalendarDate : ZPDate {
     double _timeIntervalSinceReferenceDate;
     ZPTimeZoneDetail *_timeZone;
     ZPString *_formatString;
+    unsigned long long _fields;
 
     /// Now, autoreleased, as are the dates of all class messages.
     static ZPCalendarDate *calendarDate() { return objc_msgSend<ZPCalendarDate *>(class_(), "calendarDate"_sel); }

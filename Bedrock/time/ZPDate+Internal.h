@@ -21,6 +21,12 @@ inline long long _ZPWholeSeconds(double t) {
     return t > -9.2e18 ? static_cast<long long>(t) : -0x7FFFFFFFFFFFFFFF - 1;
 }
 
+/// Downward, with the same ends.
+inline long long _ZPFloorSeconds(double t) {
+    long long whole = _ZPWholeSeconds(t);
+    return double(whole) > t && whole > -0x7FFFFFFFFFFFFFFF ? whole - 1 : whole;
+}
+
 inline bool _ZPIsLeapYear(long long year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
 
 /// Months count from 1; a month past December is one of the following years.

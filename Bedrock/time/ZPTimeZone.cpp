@@ -77,33 +77,31 @@ ZPTimeZoneDetail *fixedDetail(int seconds) {
 struct HostDetail {
     HostDetail *next;
     ZPHostTimeZoneDetail *detail;
-    int offset;
-    BOOL isDaylight;
-    char abbreviation[16];
+    const ZPHostZoneKind *asked;  // the host's own record, when it has one
+    ZPHostZoneKind kind;
 };
 
 HostDetail *hostDetails;
 
-ZPHostTimeZoneDetail *findHostDetail(int offset, BOOL isDaylight, const char *abbreviation) {
+ZPHostTimeZoneDetail *findHostDetail(const ZPHostZoneKind *kind) {
     for (HostDetail *d = __atomic_load_n(&hostDetails, __ATOMIC_ACQUIRE); d; d = d->next)
-        if (d->offset == offset && d->isDaylight == isDaylight && std::strcmp(d->abbreviation, abbreviation) == 0) return d->detail;
+        if (d->asked == kind || (d->kind.offset == kind->offset && d->kind.isDaylight == kind->isDaylight && std::strcmp(d->kind.abbreviation, kind->abbreviation) == 0))
+            return d->detail;
     return nullptr;
 }
 
-ZPHostTimeZoneDetail *hostDetail(int offset, BOOL isDaylight, const char *abbreviation) {
-    if (ZPHostTimeZoneDetail *found = findHostDetail(offset, isDaylight, abbreviation)) return found;
+ZPHostTimeZoneDetail *hostDetail(const ZPHostZoneKind *kind, BOOL isKept) {
+    if (ZPHostTimeZoneDetail *found = findHostDetail(kind)) return found;
     ZPAutoreleasePoolScope pool;
     Caches &c = caches();
     std::lock_guard lock(c.mutex);
-    if (ZPHostTimeZoneDetail *found = findHostDetail(offset, isDaylight, abbreviation)) return found;
+    if (ZPHostTimeZoneDetail *found = findHostDetail(kind)) return found;
     char zone[256];
-    ZPString *shown = ZPString::stringWithCString(abbreviation);
+    ZPString *shown = ZPString::stringWithCString(kind->abbreviation);
     ZPString *name = ZPHostZoneName(zone, sizeof zone) ? ZPString::stringWithCString(zone) : shown;
-    auto *detail = (ZPHostTimeZoneDetail *)ZPHostTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT(name, shown, offset);
-    detail->_isDaylight = isDaylight;
-    auto *entry = new HostDetail{hostDetails, detail, offset, isDaylight, {}};
-    std::snprintf(entry->abbreviation, sizeof entry->abbreviation, "%s", abbreviation);
-    __atomic_store_n(&hostDetails, entry, __ATOMIC_RELEASE);
+    auto *detail = (ZPHostTimeZoneDetail *)ZPHostTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT(name, shown, kind->offset);
+    detail->_isDaylight = kind->isDaylight;
+    __atomic_store_n(&hostDetails, new HostDetail{hostDetails, detail, isKept ? kind : nullptr, *kind}, __ATOMIC_RELEASE);
     if (!isGMT(shown) && !c.byAbbreviation->objectForKey(shown)) c.enter(shown, detail);
     return detail;
 }
@@ -246,6 +244,10 @@ struct ConcreteMethods : ZPConcreteTimeZone {
 };
 
 struct HostMethods : ZPHostTimeZoneDetail {
+    // The few that there are live as long as the process.
+    id retain() { return this; }
+    void release() {}
+    unsigned retainCount() { return 0xFFFFFFFF; }
     ZPTimeZoneDetail *forDate(ZPDate *date) { return _ZPHostDetailAt(date->timeIntervalSinceReferenceDate()); }
     BOOL isDaylight() { return _isDaylight; }
     ZPArray *details() {
@@ -282,12 +284,10 @@ ZPTimeZoneDetail *ZoneMethods::local(Class) {
 }  // namespace
 
 ZPTimeZoneDetail *_ZPHostDetailAt(double time) {
-    long long seconds = _ZPWholeSeconds(std::floor(time + ZPTimeIntervalSince1970));
-    int offset;
-    BOOL isDaylight;
-    char abbreviation[16];
-    if (!ZPHostZoneAt(seconds, &offset, &isDaylight, abbreviation)) return namedGMT("GMT"_zp);
-    return hostDetail(offset, isDaylight, abbreviation);
+    long long seconds = _ZPFloorSeconds(time + ZPTimeIntervalSince1970);
+    if (const ZPHostZoneKind *kind = ZPHostZoneAt(seconds)) return hostDetail(kind, YES);
+    ZPHostZoneKind kind;
+    return ZPHostZoneByRule(seconds, &kind) ? hostDetail(&kind, NO) : namedGMT("GMT"_zp);
 }
 
 ZPTimeZoneDetail *_ZPDetailAt(ZPTimeZone *zone, double time, ZPDate *holder) {
@@ -339,6 +339,9 @@ ZP_IMPLEMENT(ZPConcreteTimeZone)
     .method<&ConcreteMethods::dealloc>("dealloc");
 
 ZP_IMPLEMENT(ZPHostTimeZoneDetail)
+    .method<&HostMethods::retain>("retain")
+    .method<&HostMethods::release>("release")
+    .method<&HostMethods::retainCount>("retainCount")
     .method<&HostMethods::forDate>("timeZoneDetailForDate:")
     .method<&HostMethods::isDaylight>("isDaylightSavingTimeZone")
     .method<&HostMethods::details>("timeZoneDetailArray");

@@ -6,11 +6,13 @@
 
 #include <climits>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <random>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -45,7 +47,7 @@ TEST(Calendar, AgreesWithTheCLibraryOnEveryDay) {
     for (std::time_t day = first; day < last && wrong < 10; day += 86400, ++days) {
         std::time_t t = day + (days * 7919) % 86400;
         gmtime_r(&t, &fields);
-        date->_timeIntervalSinceReferenceDate = double(t) - 978307200.0;
+        date->initWithTimeIntervalSinceReferenceDate(double(t) - 978307200.0);
         int y = date->yearOfCommonEra(), m = date->monthOfYear(), d = date->dayOfMonth();
         if (y != fields.tm_year + 1900 || m != fields.tm_mon + 1 || d != fields.tm_mday || date->dayOfWeek() != fields.tm_wday ||
             date->dayOfYear() != fields.tm_yday + 1 || date->dayOfCommonEra() != days + 1 || date->hourOfDay() != fields.tm_hour ||
@@ -183,4 +185,31 @@ TEST(Calendar, TheHostsZoneChangesItsClocks) {
     EXPECT_EQ(add(eve, 0, 0, 1)->timeIntervalSinceDate(eve), 23 * 3600);
     EXPECT_EQ(shown((ZPCalendarDate *)eve->addTimeInterval(86400), "%d %H:%M %Z"_zp), "08 13:00 EDT");
     EXPECT_EQ(text(summer->copy()->autorelease()), text(summer));
+}
+
+TEST(HostZone, ItsTableSaysWhatTheCLibrarySays) {
+    // In a process of its own: the zone is chosen once.
+    if (access("/usr/share/zoneinfo/Europe/Berlin", R_OK) != 0) GTEST_SKIP() << "no time zone database";
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    for (const char *name : {"Europe/Berlin", "America/New_York", "Asia/Kathmandu", ":Australia/Lord_Howe", "EST5EDT4,M3.2.0,M11.1.0", "No/Such_Zone", "../etc/passwd", ""}) {
+        EXPECT_EXIT(
+            {
+                setenv("TZ", name, 1);
+                tzset();
+                ZPAutoreleasePoolScope pool;
+                std::mt19937_64 random(5);
+                int wrong = 0;
+                for (int i = 0; i < 20000; ++i) {
+                    std::time_t t = i % 2 ? std::time_t(random() % 10000000000ull) - 5000000000 : std::time_t(random() % 4000000000u);
+                    std::tm f;
+                    localtime_r(&t, &f);
+                    ZPTimeZoneDetail *d = ((ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(double(t) - 978307200)->autorelease().pointer())->timeZoneDetail();
+                    if (d->timeZoneSecondsFromGMT() != f.tm_gmtoff || d->isDaylightSavingTimeZone() != (f.tm_isdst > 0) || std::string(f.tm_zone) != d->timeZoneAbbreviation()->cString()) ++wrong;
+                }
+                std::fprintf(stderr, "%d wrong", wrong);
+                std::_Exit(0);
+            },
+            testing::ExitedWithCode(0), "^0 wrong")
+            << name;
+    }
 }

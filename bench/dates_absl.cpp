@@ -1,0 +1,56 @@
+#include "common.h"
+
+#include <absl/time/clock.h>
+#include <absl/time/time.h>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int N = 1000;
+
+absl::TimeZone zone() {
+    absl::TimeZone z;
+    REQUIRE(absl::LoadTimeZone("America/New_York", &z));
+    return z;
+}
+const std::vector<absl::Time> &moments() {
+    static const auto v = [] {
+        std::mt19937 random(42);
+        std::vector<absl::Time> all;
+        for (int i = 0; i < N; ++i) all.push_back(absl::FromUnixSeconds(random() % 1893456000));
+        return all;
+    }();
+    return v;
+}
+template <class F> void each(State &s, F f) {
+    startOneThread();
+    for (auto _ : s)
+        for (int i = 0; i < N; ++i) f(i);
+    items(s, N);
+}
+void toText(State &s) {
+    auto z = zone();
+    each(s, [&](int i) { DoNotOptimize(absl::FormatTime("%Y-%m-%d %H:%M:%S", moments()[i], z)); });
+}
+void fromText(State &s) {
+    auto z = zone();
+    std::vector<std::string> texts;
+    for (auto t : moments()) texts.push_back(absl::FormatTime("%Y-%m-%d %H:%M:%S", t, z));
+    each(s, [&](int i) {
+        absl::Time t;
+        REQUIRE(absl::ParseTime("%Y-%m-%d %H:%M:%S", texts[i], z, &t, nullptr));
+        DoNotOptimize(t);
+    });
+}
+void toFields(State &s) {
+    auto z = zone();
+    each(s, [&](int i) { DoNotOptimize(z.At(moments()[i])); });
+}
+
+}  // namespace
+
+BENCHMARK(toText)->Name("moment to text: Abseil");
+BENCHMARK(fromText)->Name("text to moment: Abseil");
+BENCHMARK(toFields)->Name("moment to fields: Abseil");

@@ -1,0 +1,70 @@
+#include "common.h"
+
+#include <QObject>
+#include <memory>
+#include <vector>
+
+static long total;
+
+class Sender : public QObject {
+    Q_OBJECT
+  public:
+    void fire(int v) { emit changed(v); }
+  signals:
+    void changed(int v);
+};
+
+class QtReceiver : public QObject {
+    Q_OBJECT
+  public slots:
+    void onChanged(int v) { total += v; }
+};
+
+static void emitQt(State &s) {
+    startOneThread();
+    Sender sender;
+    std::vector<std::unique_ptr<QtReceiver>> receivers;
+    for (int i = 0; i < s.range(0); ++i) {
+        receivers.push_back(std::make_unique<QtReceiver>());
+        QObject::connect(&sender, &Sender::changed, receivers.back().get(), &QtReceiver::onChanged, Qt::DirectConnection);
+    }
+    for (auto _ : s) sender.fire(1);
+    items(s, s.range(0));
+}
+
+static void connectQt(State &s) {
+    startOneThread();
+    Sender sender;
+    std::vector<std::unique_ptr<QtReceiver>> receivers;
+    for (int i = 0; i < s.range(0); ++i) {
+        receivers.push_back(std::make_unique<QtReceiver>());
+        QObject::connect(&sender, &Sender::changed, receivers.back().get(), &QtReceiver::onChanged);
+    }
+    QtReceiver one;
+    for (auto _ : s) {
+        auto connection = QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged);
+        QObject::disconnect(connection);
+    }
+}
+
+// What removing an observer says: everything of the sender's that this receiver listens to.
+static void connectDisconnectReceiverQt(State &s) {
+    startOneThread();
+    Sender sender;
+    std::vector<std::unique_ptr<QtReceiver>> receivers;
+    for (int i = 0; i < s.range(0); ++i) {
+        receivers.push_back(std::make_unique<QtReceiver>());
+        QObject::connect(&sender, &Sender::changed, receivers.back().get(), &QtReceiver::onChanged);
+    }
+    QtReceiver one;
+    for (auto _ : s) {
+        QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged);
+        QObject::disconnect(&sender, nullptr, &one, nullptr);
+    }
+}
+
+BENCHMARK(emitQt)->Name("emit, receivers: Qt")->Arg(1)->Arg(10)->Arg(100);
+BENCHMARK(connectQt)->Name("connect, disconnect the connection, among others: Qt")->Arg(1000);
+BENCHMARK(connectDisconnectReceiverQt)->Name("connect, disconnect the receiver, among others: Qt")->Arg(1000);
+
+#include "events_qt.moc"
