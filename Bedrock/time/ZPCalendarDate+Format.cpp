@@ -89,19 +89,21 @@ struct Formatter {
     ZPDictionary *locale;
     _ZPDateFields fields;
     Output output;
+    int expansions = 0;
 
     Formatter(ZPCalendarDate *d, ZPDictionary *l) : date(d), locale(l), fields(_ZPFieldsOf(d)) {}
 
     void name(ZPString *key, unsigned index, unsigned count) { output.add(_ZPLocaleName(locale, key, index, count)); }
 
     // The locale's format, or what stands here.
-    void expand(ZPString *standard, int depth) {
+    void expand(ZPString *standard) {
         ZPString *format = _ZPLocaleFormat(locale);
-        if (depth >= _ZPFormatDepth) output.add('?');
-        else run(format ? format : standard, depth + 1);
+        if (!format) run(standard);
+        else if (expansions++ < _ZPMostExpansions) run(format);
+        else output.add('?');
     }
 
-    void run(ZPString *format, int depth) {
+    void run(ZPString *format) {
         _ZPUnitsOf text(format);
         const unichar *units = text.units;
         unsigned length = text.length, at = 0;
@@ -123,7 +125,7 @@ struct Formatter {
             case 'A': name(ZPWeekDayNameArray, unsigned(f.dayOfWeek), 7); break;
             case 'b': name(ZPShortMonthNameArray, unsigned(f.month - 1), 12); break;
             case 'B': name(ZPMonthNameArray, unsigned(f.month - 1), 12); break;
-            case 'c': expand("%a %b %d %H:%M:%S %Z %Y"_zp, depth); break;
+            case 'c': expand("%a %b %d %H:%M:%S %Z %Y"_zp); break;
             case 'd': number(f.day, 2); break;
             case 'e': number(f.day, 1); break;
             case 'F': output.addNumber(f.milliseconds % 1000, 3, '0'); break;
@@ -135,8 +137,8 @@ struct Formatter {
             case 'p': name(ZPAMPMDesignation, f.hour > 11, 2); break;
             case 'S': number(f.second, 2); break;
             case 'w': number(f.dayOfWeek, 1); break;
-            case 'x': expand("%a %b %d %Y"_zp, depth); break;
-            case 'X': expand("%H:%M:%S %Z"_zp, depth); break;
+            case 'x': expand("%a %b %d %Y"_zp); break;
+            case 'X': expand("%H:%M:%S %Z"_zp); break;
             case 'y': number(f.year % 100, 2); break;
             case 'Y': number(f.year, 1); break;
             case 'Z': output.add(date->_timeZone->timeZoneAbbreviation()); break;
@@ -157,7 +159,7 @@ struct Formatter {
 
 ZPString *_ZPFormatDate(ZPCalendarDate *date, ZPString *format, ZPDictionary *locale) {
     Formatter f(date, locale);
-    f.run(format ? format : _ZPDefaultCalendarFormat(), 0);
+    f.run(format ? format : _ZPDefaultCalendarFormat());
     return f.output.string();
 }
 

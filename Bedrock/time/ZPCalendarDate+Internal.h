@@ -44,8 +44,8 @@ inline ZPString *_ZPDefaultCalendarFormat() { return "%Y-%m-%d %H:%M:%S %z"_zp; 
 ZPString *_ZPLocaleName(ZPDictionary *locale, ZPString *key, unsigned index, unsigned count);
 /// The locale's format for date and time; null when it has none.
 ZPString *_ZPLocaleFormat(ZPDictionary *locale);
-/// Formats that name each other are followed so far.
-inline constexpr int _ZPFormatDepth = 8;
+/// A locale's format may name itself: in one date it is followed so often.
+inline constexpr int _ZPMostExpansions = 16;
 
 ZPString *_ZPFormatDate(ZPCalendarDate *date, ZPString *format, ZPDictionary *locale);
 /// Answers NO when the text does not match.

@@ -60,6 +60,7 @@ struct Parser {
     bool hasYear = false, hasOffset = false;
     int year = 0, month = 0, day = 0, dayOfYear = 0, hour = 0, minute = 0, second = 0, milliseconds = 0, offset = 0;
     ZPString *zoneName = nullptr;
+    int expansions = 0;
 
     Parser(ZPString *t, ZPDictionary *l) : text(t), locale(l) {}
 
@@ -120,7 +121,7 @@ struct Parser {
         }
     }
 
-    bool run(ZPString *formatString, int depth) {
+    bool run(ZPString *formatString) {
         Text format(formatString);
         while (format.skip()) {
             if (!text.skip()) return false;
@@ -133,8 +134,9 @@ struct Parser {
             unichar which = format.units[format.at++];
             if (which == 'c' || which == 'x' || which == 'X') {
                 ZPString *own = _ZPLocaleFormat(locale);
+                if (own && expansions++ >= _ZPMostExpansions) return false;
                 if (!own) own = which == 'c' ? "%a %b %d %H:%M:%S %Z %Y"_zp : which == 'x' ? "%a %b %d %Y"_zp : "%H:%M:%S %Z"_zp;
-                if (depth >= _ZPFormatDepth || !run(own, depth + 1)) return false;
+                if (!run(own)) return false;
             } else if (!directive(which)) {
                 return false;
             }
@@ -168,7 +170,7 @@ BOOL _ZPParseDate(ZPCalendarDate *date, ZPString *text, ZPString *format, ZPDict
     if (!text) return NO;
     if (!format) format = _ZPDefaultCalendarFormat();
     Parser parser(text, locale);
-    return parser.run(format, 0) && parser.finish(date, format);
+    return parser.run(format) && parser.finish(date, format);
 }
 
 BOOL _ZPParseFixedDate(ZPString *string, double *time, int *offset) {

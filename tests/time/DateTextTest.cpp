@@ -72,6 +72,11 @@ TEST(DateText, Locales) {
     ZPDictionary *circle = ZPDictionary::dictionaryWithObject_forKey("%c"_zp, ZPTimeDateFormatString);
     EXPECT_EQ(shown("<%c>", circle), "<?>");
     EXPECT_EQ(read("x", "%c", circle), "null");
+    std::string many;
+    for (int i = 0; i < 1000; ++i) many += "%c";
+    ZPDictionary *wide = ZPDictionary::dictionaryWithObject_forKey(zp(many), ZPTimeDateFormatString);
+    EXPECT_LT(shown("%c", wide).size(), 20000u);  // not a thousand times a thousand
+    EXPECT_EQ(read("x", "%c", wide), "null");
     ZPDictionary *broken = (ZPDictionary *)(ZPObject *)"{ZPMonthNameArray = {a = b;}; ZPAMPMDesignation = x; ZPTimeDateFormatString = (1);}"_zp->propertyList().pointer();
     EXPECT_EQ(shown("%B %p %x", broken), "September PM Thu Sep 04 2003");
     ZPDictionary *english = _ZPDefaultEnglishLanguageDict();
