@@ -2,8 +2,10 @@
 #include <Bedrock/strings/ZPPathUtilities+Internal.h>
 
 #include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/strings/ZPStringEncoding+Internal.h>
 
 #include <algorithm>
+#include <iterator>
 
 BOOL _ZPIsAbsolutePath(const unichar *units, unsigned length) {
     if (length && units[0] == '~') return YES;
@@ -18,8 +20,26 @@ BOOL _ZPStripTrailingPathSlashes(const unichar *units, unsigned *length) {
     return n == *length ? NO : (*length = n, YES);
 }
 
+// Most paths are as they should be: a length at the start of which every run of separators is one `separator`.
+static unsigned lengthInOrder(const unichar *units, unsigned length, unichar separator) {
+    using Eight = unichar __attribute__((vector_size(16)));
+    const unichar other = separator ^ '/' ^ '\\';
+    unsigned at = 0;
+    for (; length - at > 8; at += 8) {
+        Eight here, next;
+        std::memcpy(&here, units + at, sizeof here);
+        std::memcpy(&next, units + at + 1, sizeof next);
+        auto wrong = (here == other) | ((here == separator) & ((next == separator) | (next == other)));
+        std::uint64_t halves[2];
+        std::memcpy(halves, &wrong, sizeof halves);
+        if (halves[0] | halves[1]) break;
+    }
+    return at;
+}
+
 BOOL _ZPTransmutePathSlashes(unichar *units, unsigned *length, unichar separator) {
     unsigned to = _ZPHasNetworkPrefix(units, *length) ? 2 : 0;
+    to += lengthInOrder(units + to, *length - to, separator);
     for (unsigned from = to; from < *length; ++from) {
         if (!_ZPIsPathSeparator(units[from])) units[to++] = units[from];
         else if (from + 1 == *length || !_ZPIsPathSeparator(units[from + 1])) units[to++] = separator;
@@ -94,31 +114,48 @@ BOOL _ZPAppendPathExtension(unichar *buffer, unsigned *length, unsigned capacity
     return YES;
 }
 
-static ZPString *newComponent(const unichar *units, unsigned length) {
-    unsigned any = 0;
-    for (unsigned i = 0; i < length; ++i) any |= units[i];
-    if (any >= 0x80) return _ZPNewStringWithUnits(units, length, nullptr);
-    ZPStackBuffer<char, 256> bytes(length);
-    std::copy_n(units, length, bytes.memory);
-    return _ZPNewInlineCString(bytes.memory, length, nullptr);
-}
+namespace {
+
+// The components as they are found: owned here until the array has them.
+struct Components {
+    ZPMutableArray *array = nullptr;
+    unsigned count = 0;
+    id found[32];
+
+    ~Components() { releaseAll(); }
+    void releaseAll() {
+        while (count) found[--count]->release();
+    }
+    void add(const unichar *units, unsigned length) {
+        if (count == std::size(found)) flush();
+        char bytes[256];
+        bool narrow = length <= sizeof bytes && _ZPNarrowASCII(units, length, reinterpret_cast<unsigned char *>(bytes)) == length;
+        found[count] = narrow ? _ZPNewInlineCString(bytes, length, nullptr) : _ZPNewStringWithUnits(units, length, nullptr);
+        ++count;
+    }
+    void flush() {
+        if (!array) array = ZPMutableArray::alloc()->initWithObjects_count(found, count)->autorelease();
+        else for (unsigned i = 0; i < count; ++i) array->addObject(found[i]);
+        releaseAll();
+    }
+};
+
+}  // namespace
 
 ZPMutableArray *_ZPPathComponents(const unichar *units, unsigned length) {
-    ZPMutableArray *components = ZPMutableArray::arrayWithCapacity(8);
-    auto add = [&](unsigned from, unsigned to) {
-        struct Owned { ZPString *string; ~Owned() { string->release(); } } owned{newComponent(units + from, to - from)};
-        components->addObject(owned.string);
-    };
+    Components components;
     unsigned at = 0;
-    if (_ZPHasDrivePrefix(units, length)) add(0, at = 2);
-    if (at < length && _ZPIsPathSeparator(units[at])) components->addObject(units[at++] == '/' ? "/"_zp : "\\"_zp);
+    if (_ZPHasDrivePrefix(units, length)) components.add(units, at = 2);
+    if (at < length && _ZPIsPathSeparator(units[at])) components.add(units + at++, 1);
     for (;;) {
         while (at < length && _ZPIsPathSeparator(units[at])) ++at;
-        if (at == length) return components;
+        if (at == length) break;
         unsigned from = at;
         while (at < length && !_ZPIsPathSeparator(units[at])) ++at;
-        add(from, at);
+        components.add(units + from, at - from);
     }
+    components.flush();
+    return components.array;
 }
 
 // ---- the tilde ----------------------------------------------------------------------------------
