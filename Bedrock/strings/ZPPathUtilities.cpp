@@ -126,12 +126,14 @@ struct Components {
     void releaseAll() {
         while (count) found[--count]->release();
     }
-    void add(const unichar *units, unsigned length) {
+    void add(ZPString *owned) {
+        found[count++] = owned;
         if (count == std::size(found)) flush();
-        char bytes[256];
-        bool narrow = length <= sizeof bytes && _ZPNarrowASCII(units, length, reinterpret_cast<unsigned char *>(bytes)) == length;
-        found[count] = narrow ? _ZPNewInlineCString(bytes, length, nullptr) : _ZPNewStringWithUnits(units, length, nullptr);
-        ++count;
+    }
+    void add(const unichar *units, unsigned length) {
+        unsigned char bytes[256];
+        bool narrow = length <= sizeof bytes && _ZPNarrowASCII(units, length, bytes) == length;
+        add(narrow ? _ZPNewInlineCString(reinterpret_cast<char *>(bytes), length, nullptr) : _ZPNewStringWithUnits(units, length, nullptr));
     }
     void flush() {
         if (!array) array = ZPMutableArray::alloc()->initWithObjects_count(found, count)->autorelease();
@@ -145,8 +147,11 @@ struct Components {
 ZPMutableArray *_ZPPathComponents(const unichar *units, unsigned length) {
     Components components;
     unsigned at = 0;
-    if (_ZPHasDrivePrefix(units, length)) components.add(units, at = 2);
-    if (at < length && _ZPIsPathSeparator(units[at])) components.add(units + at++, 1);
+    if (_ZPHasDrivePrefix(units, length)) {
+        at = 2;
+        units[0] == 'C' ? components.add("C:"_zp) : components.add(units, 2);
+    }
+    if (at < length && _ZPIsPathSeparator(units[at])) components.add(units[at++] == '/' ? "/"_zp : "\\"_zp);
     for (;;) {
         while (at < length && _ZPIsPathSeparator(units[at])) ++at;
         if (at == length) break;
