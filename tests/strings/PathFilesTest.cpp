@@ -200,3 +200,29 @@ TEST_F(PathFiles, DirectoriesThatProgramsAskFor) {
     EXPECT_EQ(textOf(libraries->objectAtIndex(0)), u"C:\\Users\\me\\Library");
     EXPECT_EQ(textOf(libraries->objectAtIndex(2)), textOf(installed) + u"\\CorvidLibrary");
 }
+
+namespace {
+
+// In a process of its own: what a file called "caf\xE9" is named when the resource file holds `number`.
+void nameUnder(const fs::path &root, const char *number, const std::u16string &wanted) {
+    fs::path folder = root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources";
+    fs::create_directories(folder);
+    std::ofstream(folder / "FileSystemEncoding") << number;
+    std::ofstream(root / "docs/deep/caf\xE9");
+    setenv("CORVID_ROOT", root.c_str(), 1);
+    Pool pool;
+    ZPString *text = nullptr;
+    make(pathOf(root) + u"\\docs\\deep\\c")->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, YES, nullptr, nullptr);
+    EXPECT_EQ(textOf(text->lastPathComponent()), wanted);
+    EXPECT_TRUE(fs::exists(hostOf(text)));
+    fs::remove_all(root);
+    std::exit(testing::Test::HasFailure());
+}
+
+}  // namespace
+
+TEST_F(PathFiles, FileNamesMayHaveAnEncodingOfTheirOwn) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(nameUnder(root, "05", u"caf\u00e9"), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(nameUnder(root, "77", u"caf\xDCE9"), testing::ExitedWithCode(0), "") << "no such encoding";
+}
