@@ -23,13 +23,13 @@ BOOL _ZPStripTrailingPathSlashes(const unichar *units, unsigned *length) {
 // Most paths are as they should be: a length at the start of which every run of separators is one `separator`.
 static unsigned lengthInOrder(const unichar *units, unsigned length, unichar separator) {
     using Eight = unichar __attribute__((vector_size(16)));
-    const unichar other = separator ^ '/' ^ '\\';
+    const Eight own = Eight{} + separator, other = own ^ (Eight{} + unichar('/' ^ '\\'));
     unsigned at = 0;
     for (; length - at > 8; at += 8) {
         Eight here, next;
         std::memcpy(&here, units + at, sizeof here);
         std::memcpy(&next, units + at + 1, sizeof next);
-        auto wrong = (here == other) | ((here == separator) & ((next == separator) | (next == other)));
+        auto wrong = (here == other) | ((here == own) & ((next == own) | (next == other)));
         std::uint64_t halves[2];
         std::memcpy(halves, &wrong, sizeof halves);
         if (halves[0] | halves[1]) break;
