@@ -210,11 +210,13 @@ void nameUnder(const fs::path &root, const char *number, const std::u16string &w
     std::ofstream(folder / "FileSystemEncoding") << number;
     std::ofstream(root / "docs/deep/caf\xE9");
     setenv("CORVID_ROOT", root.c_str(), 1);
-    Pool pool;
-    ZPString *text = nullptr;
-    make(pathOf(root) + u"\\docs\\deep\\c")->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, YES, nullptr, nullptr);
-    EXPECT_EQ(textOf(text->lastPathComponent()), wanted);
-    EXPECT_TRUE(fs::exists(hostOf(text)));
+    {
+        Pool pool;
+        ZPString *text = nullptr;
+        make(pathOf(root) + u"\\docs\\deep\\c")->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, YES, nullptr, nullptr);
+        EXPECT_EQ(textOf(text->lastPathComponent()), wanted);
+        EXPECT_TRUE(fs::exists(hostOf(text)));
+    }
     fs::remove_all(root);
     std::exit(testing::Test::HasFailure());
 }
