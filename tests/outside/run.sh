@@ -1,18 +1,36 @@
 #!/bin/sh
-# Installs the library into a scratch prefix, moves the prefix, and builds and runs the program of this
-# folder with what is there. usage: run.sh CMAKE BUILD_FOLDER WORK_FOLDER
+# Builds and runs the program of this folder with the library from outside: from an installed prefix that was moved
+# (package, pkgconfig), or from its sources (subdirectory, fetch).
+# usage: run.sh HOW CMAKE SOURCE_FOLDER BUILD_FOLDER WORK_FOLDER
 set -e
 here=$(cd "$(dirname "$0")" && pwd)
-rm -rf "$3"
-"$1" --install "$2" --prefix "$3/first" >/dev/null
-mv "$3/first" "$3/moved"
-"$1" -S "$here" -B "$3/build" -DCMAKE_PREFIX_PATH="$3/moved" -DCMAKE_BUILD_TYPE=Debug >/dev/null
-"$1" --build "$3/build" >"$3/log" 2>&1 || { cat "$3/log"; exit 1; }
-"$3/build/outside"
-needed=$(ldd "$3"/moved/lib*/libBedrock.so "$3"/moved/lib/*/libBedrock.so 2>/dev/null | awk '{print $1}' | sed 's,.*/,,' | sort -u)
-for library in $needed; do
-    case $library in
-        linux-vdso*|libstdc++*|libm.so*|libgcc_s*|libc.so*|ld-linux*|moved*|*:) ;;
-        *) echo "libBedrock.so needs $library"; exit 1 ;;
+how=$1 cmake=$2 source=$3 build=$4 work=$5
+rm -rf "$work"; mkdir -p "$work"
+case $how in
+package|pkgconfig)
+    "$cmake" --install "$build" --prefix "$work/first" >/dev/null
+    mv "$work/first" "$work/moved"
+    library=$(echo "$work"/moved/lib*/libBedrock.so "$work"/moved/lib/*/libBedrock.so | tr ' ' '\n' | while read -r f; do [ -e "$f" ] && echo "$f"; done | head -1)
+    PKG_CONFIG_PATH=$(dirname "$library")/pkgconfig; LD_LIBRARY_PATH=
+    export PKG_CONFIG_PATH
+    [ "$how" = pkgconfig ] && { LD_LIBRARY_PATH=$(dirname "$library"); export LD_LIBRARY_PATH; }
+    ;;
+esac
+"$cmake" -G Ninja -S "$here" -B "$work/build" -DHOW="$how" -DBEDROCK_SOURCE="$source" -DCMAKE_PREFIX_PATH="$work/moved" -DCMAKE_BUILD_TYPE=Debug \
+    ${CCACHE:+-DCMAKE_CXX_COMPILER_LAUNCHER="$CCACHE"} >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+"$cmake" --build "$work/build" >"$work/log" 2>&1 || { tail -50 "$work/log"; exit 1; }
+"$work/build/outside"
+[ "$how" = package ] || exit 0
+needed=$(ldd "$library" | awk '{print $1}' | sed 's,.*/,,' | sort -u)
+for name in $needed; do
+    case $name in
+        linux-vdso*|libstdc++*|libm.so*|libgcc_s*|libc.so*|ld-linux*|*:) ;;
+        *) echo "libBedrock.so needs $name"; exit 1 ;;
     esac
 done
+# The tools of the moved tree find the library and its data there.
+bin=$work/moved/bin
+"$bin/plist" --list-encodings | grep -q 'Shift JIS' || { echo "the moved plist finds no encodings"; exit 1; }
+printf '("\244\242")' >"$work/euc"
+[ "$("$bin/plist" --encoding 3 print "$work/euc")" = '("\U3042")' ] || { echo "the moved plist reads no Japanese EUC"; exit 1; }
+"$bin/when" --zone GMT show @0 | grep -q '^1970-01-01' || { echo "the moved when does not run"; exit 1; }
