@@ -210,12 +210,12 @@ struct EncodingMethods : ZPString {
         unichar block[256];
         while (done < range.length && !ended) {
             unsigned left = range.length - done, taken = 0;
-            const unichar *units = view.units + range.location + done;
-            if (!view.units) {
+            const unichar *units = block;
+            if (view.units) units = view.units + range.location + done;
+            else {
                 left = std::min(left, unsigned(std::size(block)));
                 if (view.bytes) _ZPCopyUnits(view, range.location + done, left, block);
                 else ZPString::getCharacters_range(block, {range.location + done, left});
-                units = block;
             }
             Outcome outcome = encoder(c, units, left, done + left < range.length, &taken);
             if (outcome == Outcome::failed) return NO;
