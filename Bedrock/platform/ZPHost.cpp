@@ -10,9 +10,10 @@
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <langinfo.h>
+#include <locale.h>
 #include <pwd.h>
 #include <string>
-#include <strings.h>
 #include <syslog.h>
 #include <unistd.h>
 #include <vector>
@@ -66,19 +67,36 @@ void ZPHostTimeStamp(char *text) {
 
 int ZPHostCallStack(void **addresses, int capacity) { return backtrace(addresses, capacity); }
 
-unsigned ZPHostCodePage() {
+// The name of the character set of the user's locale: what the C library says of it, and of a locale that is not
+// installed what stands behind the dot. Empty when there is none.
+static std::string characterSetOfLocale() {
+    if (locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr)) {
+        std::string set = nl_langinfo_l(CODESET, locale);
+        freelocale(locale);
+        return set;
+    }
     const char *locale = nullptr;
     for (const char *name : {"LC_ALL", "LC_CTYPE", "LANG"})
         if ((locale = std::getenv(name)) && *locale) break;
     const char *set = locale ? std::strchr(locale, '.') : nullptr;
-    if (!set) return 65001;
-    std::size_t length = std::strcspn(++set, "@");
+    return set ? std::string(set + 1, std::strcspn(set + 1, "@")) : "";
+}
+
+unsigned ZPHostCodePage() {
+    // Letters and digits alone: the names are spelt in many ways.
+    std::string name;
+    for (char c : characterSetOfLocale())
+        if ((c >= '0' && c <= '9') || (c >= 'a' && c <= 'z')) name += c;
+        else if (c >= 'A' && c <= 'Z') name += static_cast<char>(c + 0x20);
+    for (const char *maker : {"microsoft", "windows", "cp"})
+        if (name.compare(0, std::strlen(maker), maker) == 0) name.erase(0, std::strlen(maker));
     static const struct { const char *name; unsigned page; } pages[] = {
-        {"ISO-8859-1", 1252}, {"ISO8859-1", 1252}, {"ISO-8859-15", 1252}, {"ISO8859-15", 1252}, {"CP1252", 1252},
-        {"CP1250", 1250}, {"CP1251", 1251}, {"CP1253", 1253}, {"CP1254", 1254}, {"SJIS", 932}, {"Shift_JIS", 932}, {"CP932", 932},
+        {"1250", 1250},      {"1251", 1251},      {"1252", 1252}, {"1253", 1253},     {"1254", 1254},     {"sjis", 932},
+        {"shiftjis", 932},   {"932", 932},        {"31j", 932},   {"eucjp", 51932},   {"ujis", 51932},    {"iso88591", 28591},
+        {"latin1", 28591},   {"iso88592", 28592}, {"latin2", 28592},
     };
     for (auto &p : pages)
-        if (std::strlen(p.name) == length && strncasecmp(p.name, set, length) == 0) return p.page;
+        if (name == p.name) return p.page;
     return 65001;
 }
 

@@ -34,8 +34,8 @@ BOOL ZPHostZoneByRule(long long moment, ZPHostZoneKind *kind);
 BOOL ZPHostZoneName(char *name, std::size_t size);
 /// Return addresses of the calling stack, innermost first.
 int ZPHostCallStack(void **addresses, int capacity);
-/// The number of the code page of the text that the user's environment names; 65001 stands for UTF-8, which
-/// is also the answer when it names none.
+/// The number of the code page of the user's locale (LC_ALL, LC_CTYPE, LANG), of those that the library converts: 932,
+/// 1250 to 1254, 28591 and 28592 (ISO 8859-1 and -2), 51932 (Japanese EUC). 65001 is UTF-8, and the answer for every other.
 unsigned ZPHostCodePage();
 /// The installation root as a host path, without a separator at the end: CORVID_ROOT when that is set, else the
 /// data directory that lies beside the library's. Never null; lives as long as the process.

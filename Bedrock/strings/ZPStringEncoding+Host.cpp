@@ -25,6 +25,9 @@ static ZPStringEncoding encodingOfCodePage(unsigned page) {
     case 1250: return ZPWindowsCP1250StringEncoding;
     case 1253: return ZPWindowsCP1253StringEncoding;
     case 1254: return ZPWindowsCP1254StringEncoding;
+    case 28591: return ZPISOLatin1StringEncoding;
+    case 28592: return ZPISOLatin2StringEncoding;
+    case 51932: return ZPJapaneseEUCStringEncoding;
     case 65001: return ZPUTF8StringEncoding;
     default: return ZPWindowsCP1252StringEncoding;
     }

@@ -82,6 +82,16 @@ void runUnder(ZPStringEncoding encoding, void (*check)()) {
     std::exit(testing::Test::HasFailure());
 }
 
+// The encoding under a locale, in a process that has asked for none yet.
+void checkLocale(const char *all, const char *lang, ZPStringEncoding expected) {
+    setenv("CORVID_ROOT", testing::TempDir().c_str(), 1);
+    setenv("LC_ALL", all, 1);
+    unsetenv("LC_CTYPE");
+    setenv("LANG", lang, 1);
+    EXPECT_EQ(ZPString::defaultCStringEncoding(), expected) << all << "/" << lang;
+    std::exit(testing::Test::HasFailure());
+}
+
 }  // namespace
 
 TEST(DefaultEncoding, decidesWhatBytesMean) {
@@ -89,4 +99,20 @@ TEST(DefaultEncoding, decidesWhatBytesMean) {
     EXPECT_EXIT(runUnder(ZPKESTRELStringEncoding, checkKESTREL), testing::ExitedWithCode(0), "");
     EXPECT_EXIT(runUnder(ZPWindowsCP1252StringEncoding, checkWindowsLatin1), testing::ExitedWithCode(0), "");
     EXPECT_EXIT(runUnder(ZPUTF8StringEncoding, checkUTF8), testing::ExitedWithCode(0), "");
+}
+
+TEST(DefaultEncoding, isThatOfTheLocale) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    static const struct { const char *all, *lang; ZPStringEncoding encoding; } cases[] = {
+        {"", "xx_XX.CP1252", ZPWindowsCP1252StringEncoding}, {"", "xx_XX.microsoft-cp1251", ZPWindowsCP1251StringEncoding},
+        {"", "xx_XX.ISO-8859-1@euro", ZPISOLatin1StringEncoding}, {"xx_XX.iso88592", "C.UTF-8", ZPISOLatin2StringEncoding},
+        {"", "xx_XX.eucJP", ZPJapaneseEUCStringEncoding}, {"", "xx_XX.EUC-JP", ZPJapaneseEUCStringEncoding},
+        {"", "xx_XX.Shift_JIS", ZPShiftJISStringEncoding}, {"", "xx_XX.Windows-31J", ZPShiftJISStringEncoding},
+        // What the library has not, or only nearly.
+        {"", "xx_XX.KOI8-R", ZPUTF8StringEncoding}, {"", "xx_XX.ISO-8859-15", ZPUTF8StringEncoding},
+        {"", "xx_XX.ISO-8859-13", ZPUTF8StringEncoding}, {"", "xx_XX.EUC-KR", ZPUTF8StringEncoding},
+        {"", "xx_XX.utf8", ZPUTF8StringEncoding}, {"C", "xx_XX.CP1252", ZPUTF8StringEncoding}, {"", "xx_XX", ZPUTF8StringEncoding},
+        {"", "", ZPUTF8StringEncoding}, {"", "xx_XX.", ZPUTF8StringEncoding},
+    };
+    for (auto &c : cases) EXPECT_EXIT(checkLocale(c.all, c.lang, c.encoding), testing::ExitedWithCode(0), "");
 }
