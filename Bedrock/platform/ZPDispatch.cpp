@@ -15,9 +15,10 @@ namespace {
 
 pthread_cond_t initialized = PTHREAD_COND_INITIALIZER;
 
+// Null without memory.
 objc_cache *makeCache(unsigned buckets) {
     auto *cache = static_cast<objc_cache *>(std::malloc(sizeof(objc_cache) + (buckets - 1) * sizeof(objc_cacheBucket)));
-    if (!cache) objc_fatal("out of memory for method caches");
+    if (!cache) return nullptr;
     cache->mask = (buckets - 1) * sizeof(objc_cacheBucket);
     cache->count = 0;
     cache->retired = nullptr;
@@ -63,6 +64,7 @@ void fill(Class cls, SEL selector, IMP implementation) {
     unsigned buckets = cache == &objc_emptyCache ? 4 : bucketsOf(cache) * 2;
     for (;; buckets *= 2) {
         objc_cache *larger = makeCache(buckets);
+        if (!larger) return;  // without memory the method is found again the long way
         bool direct = true;
         for (unsigned i = 0; i < bucketsOf(cache); ++i)
             if (cache->buckets[i].selector != noSelector)

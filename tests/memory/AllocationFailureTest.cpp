@@ -1,0 +1,221 @@
+// Every operation with every one of its allocations failing in turn: it succeeds all the same, or raises, and what it
+// worked on is as it was, or as it should be, and still usable.
+#include <Bedrock/Bedrock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <string>
+
+// The program's own allocator stands before the C library's. Thread-local, so that gtest's threads do not count.
+extern "C" {
+void *__libc_malloc(std::size_t);
+void *__libc_calloc(std::size_t, std::size_t);
+void *__libc_realloc(void *, std::size_t);
+}
+
+namespace {
+
+thread_local bool armed;
+thread_local long left, failed, calls;
+
+bool fails() {
+    ++calls;
+    if (!armed || --left != 0) return false;
+    ++failed;
+    errno = ENOMEM;
+    return true;
+}
+
+}  // namespace
+
+extern "C" {
+void *malloc(std::size_t size) { return fails() ? nullptr : __libc_malloc(size); }
+void *calloc(std::size_t count, std::size_t size) { return fails() ? nullptr : __libc_calloc(count, size); }
+void *realloc(void *block, std::size_t size) { return fails() ? nullptr : __libc_realloc(block, size); }
+}
+
+namespace {
+
+// Freed blocks of small objects are kept for the next: takes them all, so that every object is an allocation.
+void emptyShelves() {
+    for (unsigned size = 0; size < 1200; size += 16)
+        for (long before = calls; before == calls;) ZPAllocateObject(ZPObject::class_(), size, nullptr);
+}
+
+/// Runs the operation on what `prepare` makes anew each time, with allocation 1, 2, 3 ... failing, until none is reached
+/// any more; `check` is asked after each whether the operation had been done.
+template <class Subject> void eachAllocationFails(std::function<Subject()> prepare, std::function<void(Subject)> operation,
+                                                  std::function<void(Subject, bool done)> check) {
+    {
+        // The first use of a class makes its tables, which the process cannot do without.
+        ZPAutoreleasePoolScope pool;
+        Subject subject = prepare();
+        operation(subject);
+        check(subject, true);
+    }
+    int raised = 0;
+    for (long n = 1; n < 5000; ++n) {
+        ZPAutoreleasePoolScope pool;
+        Subject subject = prepare();
+        bool done = false;
+        emptyShelves();
+        failed = 0;
+        left = n;
+        armed = true;
+        try {
+            operation(subject);
+            done = true;
+        } catch (ZPException *e) {
+            armed = false;
+            ++raised;
+            EXPECT_TRUE(e->name()->isEqualToString(ZPMallocException)) << e->name()->cString() << ": " << e->reason()->cString();
+        } catch (std::bad_alloc &) {
+            armed = false;
+            ++raised;
+        }
+        armed = false;
+        check(subject, done);
+        if (!failed) {
+            EXPECT_TRUE(done);
+            EXPECT_GT(raised, 0) << "no failure of " << n - 1 << " was noticed";
+            std::printf("%ld allocations, %d raised\n", n - 1, raised);
+            return;
+        }
+    }
+    FAIL() << "the operation never came to its end";
+}
+
+ZPString *key(int i) { return ZPString::stringWithFormat("key number %d"_zp, i); }
+}  // namespace
+
+TEST(AllocationFailure, Arrays) {
+    eachAllocationFails<ZPMutableArray *>(
+        [] {
+            ZPMutableArray *a = ZPMutableArray::array();
+            for (int i = 0; i < 16; ++i) a->addObject("x"_zp);
+            return a;
+        },
+        [](ZPMutableArray *a) {
+            for (int i = 0; i < 40; ++i) a->insertObject_atIndex(ZPMutableArray::array(), 3);
+        },
+        [](ZPMutableArray *a, bool done) {
+            EXPECT_GE(a->count(), 16u);
+            if (done) { EXPECT_EQ(a->count(), 56u); }
+            EXPECT_EQ(a->objectAtIndex(0), "x"_zp);
+            EXPECT_EQ(a->lastObject(), "x"_zp);
+            a->addObject("y"_zp);
+            EXPECT_EQ(a->lastObject(), "y"_zp);
+        });
+}
+
+TEST(AllocationFailure, DictionariesAndSets) {
+    eachAllocationFails<ZPMutableDictionary *>([] { return ZPMutableDictionary::dictionary(); },
+                                               [](ZPMutableDictionary *d) {
+                                                   for (int i = 0; i < 40; ++i) d->setObject_forKey("v"_zp, key(i));
+                                               },
+                                               [](ZPMutableDictionary *d, bool done) {
+                                                   unsigned count = d->count(), seen = 0;
+                                                   for (int i = 0; i < 40; ++i) seen += d->objectForKey(key(i)) != nullptr;
+                                                   EXPECT_EQ(seen, count);
+                                                   if (done) { EXPECT_EQ(count, 40u); }
+                                                   d->setObject_forKey("v"_zp, "more"_zp);
+                                                   EXPECT_EQ(d->count(), count + 1);
+                                               });
+    eachAllocationFails<ZPMutableSet *>([] { return ZPMutableSet::set(); },
+                                        [](ZPMutableSet *s) {
+                                            for (int i = 0; i < 40; ++i) s->addObject(key(i));
+                                        },
+                                        [](ZPMutableSet *s, bool done) {
+                                            unsigned count = s->count();
+                                            if (done) { EXPECT_EQ(count, 40u); }
+                                            s->addObject("more"_zp);
+                                            EXPECT_EQ(s->count(), count + 1);
+                                            EXPECT_EQ(s->allObjects()->count(), count + 1);
+                                        });
+}
+
+TEST(AllocationFailure, Strings) {
+    eachAllocationFails<ZPMutableString *>([] { return ZPMutableString::stringWithFormat("%s"_zp, "start"); },
+                                           [](ZPMutableString *s) {
+                                               s->appendFormat("%d %@ %s"_zp, 5, key(7), std::string(300, 'z').c_str());
+                                               s->insertString_atIndex("λόγος"_zp, 2);
+                                               s->replaceCharactersInRange_withString({0, 1}, key(1));
+                                           },
+                                           [](ZPMutableString *s, bool done) {
+                                               if (done) { EXPECT_GT(s->length(), 300u); }
+                                               unsigned length = s->length();
+                                               s->appendString("!"_zp);
+                                               EXPECT_EQ(s->length(), length + 1);
+                                               EXPECT_EQ(s->characterAtIndex(length), u'!');
+                                           });
+    eachAllocationFails<ZPString *>([] { return key(4); },
+                                    [](ZPString *s) {
+                                        s->uppercaseString()->dataUsingEncoding(ZPUTF8StringEncoding);
+                                        s->componentsSeparatedByString(" "_zp);
+                                        s->substringFromIndex(2)->stringByAppendingString(s)->cString();
+                                        ZPCharacterSet::characterSetWithCharactersInString(s)->mutableCopy()->autorelease();
+                                    },
+                                    [](ZPString *s, bool) { EXPECT_TRUE(s->isEqualToString("key number 4"_zp)); });
+}
+
+TEST(AllocationFailure, DataAndPropertyLists) {
+    eachAllocationFails<ZPMutableData *>([] { return ZPMutableData::dataWithCapacity(4); },
+                                         [](ZPMutableData *d) {
+                                             for (int i = 0; i < 10; ++i) d->appendBytes_length("0123456789abcdef0123456789abcdef", 32);
+                                         },
+                                         [](ZPMutableData *d, bool done) {
+                                             EXPECT_EQ(d->length() % 32, 0u);
+                                             if (done) { EXPECT_EQ(d->length(), 320u); }
+                                             d->appendBytes_length("x", 1);
+                                             EXPECT_EQ(static_cast<const char *>(d->bytes())[d->length() - 1], 'x');
+                                         });
+    eachAllocationFails<ZPString *>([] { return ZPString::stringWithFormat("{a = (1, 2, {k = \"%@\";}); b = <0f0e>;}"_zp, key(3)); },
+                                    [](ZPString *s) {
+                                        id tree = s->propertyList();
+                                        EXPECT_TRUE(tree->description()->propertyList()->isEqual(tree));
+                                    },
+                                    [](ZPString *s, bool) { EXPECT_NE(s->propertyList(), nullptr); });
+}
+
+TEST(AllocationFailure, NotificationsAndDates) {
+    static int heard;
+    struct Local {
+        static ZPNotificationCenter *center() { return (ZPNotificationCenter *)ZPNotificationCenter::new_()->autorelease().pointer(); }
+    };
+    eachAllocationFails<ZPNotificationCenter *>([] { return Local::center(); },
+                                                [](ZPNotificationCenter *c) {
+                                                    for (int i = 0; i < 50; ++i) c->addObserver_selector_name_object("o"_zp, "self"_sel, key(i), nullptr);
+                                                    c->postNotificationName_object(key(4), nullptr);
+                                                },
+                                                [](ZPNotificationCenter *c, bool done) {
+                                                    if (done) { EXPECT_EQ(c->_registry_count, 50u); }
+                                                    c->addObserver_selector_name_object("p"_zp, "self"_sel, "late"_zp, nullptr);
+                                                    c->postNotificationName_object("late"_zp, nullptr);
+                                                    c->removeObserver("o"_zp);
+                                                    c->removeObserver("p"_zp);
+                                                    EXPECT_EQ(c->_registry_count, 0u);
+                                                    ++heard;
+                                                });
+    EXPECT_GT(heard, 1);
+    eachAllocationFails<ZPDate *>([] { return ZPDate::dateWithTimeIntervalSinceReferenceDate(1e9); },
+                                  [](ZPDate *d) { ZPDate::dateWithString(d->description()); },
+                                  [](ZPDate *d, bool) { EXPECT_EQ(d->description()->length(), 25u); });
+}
+
+TEST(AllocationFailure, Tables) {
+    eachAllocationFails<ZPHashTable *>([] { return ZPCreateHashTable(ZPObjectHashCallBacks, 0); },
+                                       [](ZPHashTable *t) {
+                                           for (int i = 0; i < 40; ++i) ZPHashInsert(t, key(i));
+                                       },
+                                       [](ZPHashTable *t, bool done) {
+                                           unsigned count = ZPCountHashTable(t);
+                                           if (done) { EXPECT_EQ(count, 40u); }
+                                           ZPHashInsert(t, "more"_zp);
+                                           EXPECT_EQ(ZPCountHashTable(t), count + 1);
+                                           ZPFreeHashTable(t);
+                                       });
+}
