@@ -54,11 +54,17 @@ static void any_letters_bedrock(State &s) { membership(s, 'l', anywhere()); }
 static void any_digits_bedrock(State &s) { membership(s, 'd', anywhere()); }
 static void any_spaces_bedrock(State &s) { membership(s, 'w', anywhere()); }
 static void any_controls_bedrock(State &s) { membership(s, 'c', anywhere()); }
-// The worst case: every unit passes the summary and is searched for.
-static void digits_digits_bedrock(State &s) {
+// The worst case: every unit passes the summary and is searched for; in order, and in none.
+static std::u16string digits() {
     std::u16string units;
     for (unsigned u = 0x100; u < 0xFFFF; ++u)
         if (ZPCharacterSet::decimalDigitCharacterSet()->characterIsMember(unichar(u))) units += char16_t(u);
+    return units;
+}
+static void digits_digits_bedrock(State &s) { membership(s, 'd', digits()); }
+static void mixed_digits_bedrock(State &s) {
+    std::u16string some = digits(), units;
+    for (unsigned i = 0, x = 1; i < 10000; ++i, x = x * 1664525 + 1013904223) units += some[(x >> 8) % some.size()];
     membership(s, 'd', units);
 }
 BENCHMARK(latin_letters_bedrock);
@@ -68,6 +74,7 @@ BENCHMARK(any_digits_bedrock);
 BENCHMARK(any_spaces_bedrock);
 BENCHMARK(any_controls_bedrock);
 BENCHMARK(digits_digits_bedrock);
+BENCHMARK(mixed_digits_bedrock);
 
 static void upper10k_bedrock(State &s) {
     ZPAutoreleasePoolScope pool;

@@ -13,6 +13,9 @@
 
 #include <Bedrock/strings/ZPCharacterSet.h>
 
+#include <cstddef>
+#include <cstdint>
+
 enum : unsigned {
     _ZPControlSet, _ZPWhitespaceSet, _ZPWhitespaceAndNewlineSet, _ZPDecimalDigitSet, _ZPLetterSet, _ZPLowercaseLetterSet,
     _ZPUppercaseLetterSet, _ZPAlphanumericSet, _ZPNonBaseSet, _ZPDecomposableSet, _ZPIllegalSet, _ZPPunctuationSet, _ZPStandardSetCount
@@ -23,7 +26,8 @@ inline constexpr unsigned _ZPBitmapBytes = 8192, _ZPUnitCount = 0x10000;
 ZP_INLINE bool _ZPBit(const unsigned char *bits, unsigned u) { return bits[u >> 3] >> (u & 7) & 1; }
 
 /// The compact form of a set, followed by `singles` single units and `ranges` pairs of a first and a last unit,
-/// both in ascending order. Always made of a bitmap: a run of one member is a single, a longer one a range.
+/// both in ascending order. Always made of a bitmap: a run of one member is a single, a longer one a range. Many ranges
+/// are followed by an index: for each block of 1,024 units, and for the end, the first range that ends there or later.
 struct ZPCharacterSetRecord {
     unsigned tag;         ///< 1
     unsigned summary[4];  ///< a bit of the first two words for each block of 1,024 units that has a member
@@ -32,12 +36,15 @@ struct ZPCharacterSetRecord {
 
     unsigned *units() { return reinterpret_cast<unsigned *>(this + 1); }
     const unsigned *units() const { return reinterpret_cast<const unsigned *>(this + 1); }
-    std::size_t size() const { return sizeof *this + (singles + 2 * std::size_t(ranges)) * sizeof(unsigned); }
+    static constexpr unsigned linearSearch = 10;  ///< below this many entries they are searched one by one
+    static constexpr unsigned blocks = 64;
+    std::size_t words() const { return singles + 2 * std::size_t(ranges); }
+    const std::uint16_t *index() const { return reinterpret_cast<const std::uint16_t *>(units() + words()); }
+    std::size_t size() const { return sizeof *this + words() * sizeof(unsigned) + (ranges < linearSearch ? 0 : (blocks + 1) * sizeof(std::uint16_t)); }
     bool has(unichar u) const {
         if (!(summary[u >> 15] >> (u >> 10 & 31) & 1)) return false;
         return (singmin <= u && u <= singmax && isSingle(u)) || isInRange(u);
     }
-    static constexpr unsigned linearSearch = 10;  ///< below this many entries they are searched one by one
     bool isSingle(unichar u) const;
     ZP_INLINE bool isInRange(unichar u) const {
         const unsigned *range = units() + singles;
@@ -46,13 +53,15 @@ struct ZPCharacterSetRecord {
                 if (u <= range[1]) return true;
             return false;
         }
-        // By halves, without branches that nobody could foresee.
-        for (unsigned n = ranges; n > 1;) {
-            unsigned half = n / 2;
-            range += range[2 * half] <= u ? 2 * half : 0;
-            n -= half;
+        const std::uint16_t *block = index() + (u >> 10);
+        unsigned at = block[0], end = block[1];
+        while (end - at >= linearSearch) {
+            unsigned middle = (at + end) / 2;
+            if (range[2 * middle + 1] < u) at = middle + 1;
+            else end = middle;
         }
-        return range[0] <= u && u <= range[1];
+        while (at < end && range[2 * at + 1] < u) ++at;
+        return at < ranges && range[2 * at] <= u;
     }
     unsigned count() const;
     /// Sets the members' bits in a bitmap.

@@ -172,6 +172,14 @@ ZPCharacterSetRecord *ZPMakeSetStructFromBitmap(const void *bitmap) {
         if (first == last) *single++ = first;
         else *range++ = first, *range++ = last;
     });
+    if (record->ranges >= record->linearSearch) {
+        auto *index = const_cast<std::uint16_t *>(record->index());
+        range = record->units() + record->singles;
+        for (unsigned block = 0, at = 0; block <= record->blocks; ++block) {
+            while (at < record->ranges && range[2 * at + 1] < block << 10) ++at;
+            index[block] = static_cast<std::uint16_t>(at);
+        }
+    }
     return record;
 }
 
