@@ -116,6 +116,7 @@ struct StringCharacterSetMethods : ZPImmutableStringCharacterSet {
         for (unsigned i = 0; i < numChars; ++i) _ZPSetBits(bits, {buffer[i], 1}, true);
         return set;
     }
+    ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
     BOOL isEqual(id other) {
         auto *set = static_cast<ZPImmutableStringCharacterSet *>(other.pointer());
         if (set && set->isa == isa && set->numChars == numChars && std::equal(buffer, buffer + numChars, set->buffer)) return YES;
@@ -204,6 +205,7 @@ ZP_IMPLEMENT(ZPImmutableRangeCharacterSet)
 
 ZP_IMPLEMENT(ZPImmutableStringCharacterSet)
     .method<&StringCharacterSetMethods::characterIsMember>("characterIsMember:")
+    .method<&StringCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
     .method<&StringCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
     .method<&StringCharacterSetMethods::isEqual>("isEqual:");
 

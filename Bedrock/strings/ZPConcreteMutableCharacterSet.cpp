@@ -119,9 +119,10 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
     void addString(ZPString *string) { _ZPSetBits(change("addCharactersInString:"_sel), string, true); }
     void removeString(ZPString *string) { _ZPSetBits(change("removeCharactersInString:"_sel), string, false); }
     template <class F> void combine(SEL selector, ZPCharacterSet *other, F operation) {
-        unsigned char *own = change(selector);
+        if (!mayChange) refuseChange(this, selector);
         if (!other) return;
-        ZPSetBitmap its(other);
+        ZPSetBitmap its(other);  // a client's set may ask the receiver
+        unsigned char *own = ownBits();
         for (unsigned i = 0; i < _ZPBitmapBytes; i += 8) {
             std::uint64_t a, b;
             std::memcpy(&a, own + i, 8);

@@ -24,6 +24,18 @@ struct OddSet : ZPCharacterSet {
 };
 ZP_IMPLEMENT(OddSet).method<&OddSet::characterIsMember>("characterIsMember:");
 
+// What another set has not; it asks by way of the bitmap that a mutable set hands out.
+struct RestSet : ZPCharacterSet {
+    ZP_CLASS(RestSet)
+    ZPCharacterSet *_others;
+    ZPData *_seen;
+    BOOL characterIsMember(unichar u) {
+        _seen = _others->bitmapRepresentation();
+        return !_others->characterIsMember(u);
+    }
+};
+ZP_IMPLEMENT(RestSet).method<&RestSet::characterIsMember>("characterIsMember:");
+
 struct UnchangingSet : ZPMutableCharacterSet {
     ZP_CLASS(UnchangingSet)
 };
@@ -163,6 +175,39 @@ TEST(CharacterSet, changesOfEveryFormLikeABitset) {
         }
         ASSERT_EQ(membersOf(set), expected);
     }
+}
+
+// Ranges within a block of 1,024 units, over many blocks and at their edges, few and by the thousand.
+TEST(CharacterSet, recordsOfManyRanges) {
+    std::mt19937 random(11);
+    for (unsigned round = 0; round < 40; ++round) {
+        Pool pool;
+        ZPMutableCharacterSet *set = ZPMutableCharacterSet::new_()->autorelease();
+        Members expected;
+        auto add = [&](unsigned at, unsigned length) {
+            set->addCharactersInRange({at, length});
+            for (unsigned u = at; u < at + length && u < 0x10000; ++u) expected[u] = true;
+        };
+        const unsigned longest = round % 3 == 0 ? 3 : round % 3 == 1 ? 100 : 5000;
+        for (unsigned n = 1 + (8u << random() % 10); n; --n) add(random() % 0x10000, 1 + random() % longest);
+        for (unsigned n = random() % 20; n; --n) add(random() % 65 * 1024 - random() % 2 * 2, 2);
+        if (round & 1) add(0xFFF0, 16);
+        objc_msgSend(set, "makeCharacterSetCompact"_sel);
+        ZPMutableCharacterSet *copy = set->mutableCopy()->autorelease();
+        ASSERT_FALSE(objc_msgSend<BOOL>(copy, "isCompact"_sel));
+        ASSERT_EQ(membersOf(set), expected);
+        ASSERT_EQ(membersOf(copy), expected);
+    }
+}
+
+TEST(CharacterSet, combinesWithASetThatAsksIt) {
+    Pool pool;
+    RestSet *rest = RestSet::new_()->autorelease();
+    ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString("abc"_zp);
+    rest->_others = set;
+    set->formUnionWithCharacterSet(rest);
+    EXPECT_EQ(set->count(), 0xFFFFu) << "all but U+FFFF";
+    EXPECT_EQ(ZPCharacterSet::characterSetWithBitmapRepresentation(rest->_seen)->count(), 3u) << "what was handed out stays";
 }
 
 TEST(CharacterSet, changes) {
