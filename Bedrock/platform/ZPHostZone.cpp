@@ -29,9 +29,12 @@ struct Zone {
     static constexpr int stepBits = 23;
     std::vector<unsigned short> starts;
 
+    // A table over more than 35,000 years is left to the C library.
     void index() {
         if (times.size() < 2) return;
-        for (unsigned long long step = 0, at = 0; step <= static_cast<unsigned long long>(times.back() - times.front()) >> stepBits; ++step) {
+        auto steps = (static_cast<unsigned long long>(times.back()) - static_cast<unsigned long long>(times.front())) >> stepBits;
+        if (steps >= 1 << 17) return;
+        for (unsigned long long step = 0, at = 0; step <= steps; ++step) {
             while (times[at + 1] <= times.front() + static_cast<long long>(step << stepBits) && at + 2 < times.size()) ++at;
             starts.push_back(static_cast<unsigned short>(at));
         }

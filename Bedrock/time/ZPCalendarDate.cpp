@@ -66,7 +66,7 @@ struct CalendarMethods : ZPCalendarDate {
     id initWithTime(double seconds) {
         _timeIntervalSinceReferenceDate = seconds;
         _fields = 0;
-        if (!_timeZone) keep(_timeZone, _ZPDetailAt(nullptr, seconds, this));
+        if (!_timeZone) setTimeZone(nullptr);
         if (!_formatString) _formatString = _ZPDefaultCalendarFormat();
         return this;
     }
@@ -131,7 +131,7 @@ struct CalendarMethods : ZPCalendarDate {
         for (int *output : outputs)
             if (output) *output = 0;
         double mine = _timeIntervalSinceReferenceDate, base = other->timeIntervalSinceReferenceDate();
-        if (mine == base || !std::isfinite(mine) || !std::isfinite(base)) return;
+        if (!other || mine == base || !std::isfinite(mine) || !std::isfinite(base)) return;
         int step = mine > base ? 1 : -1;
         ZPAutoreleasePoolScope pool;
         auto *from = (ZPCalendarDate *)other;
@@ -260,15 +260,20 @@ _ZPDateFields _ZPFieldsOf(ZPCalendarDate *date) {
 
 void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long long day, double secondsOfDay, ZPTimeZone *zone) {
     double time = double(_ZPDayOfDate(year, month, day) - _ZPReferenceDay) * double(_ZPSecondsPerDay) + secondsOfDay;
-    date->_timeIntervalSinceReferenceDate = time;
-    date->_fields = 0;
+    // A client's zone may ask the date for its fields at any step.
+    auto setTime = [date](double t) {
+        date->_timeIntervalSinceReferenceDate = t;
+        date->_fields = 0;
+    };
+    setTime(time);
     if (!zone) zone = ZPTimeZone::defaultTimeZone();
     ZPTimeZoneDetail *first = zone->isKindOfClass(ZPTimeZoneDetail::class_()) ? static_cast<ZPTimeZoneDetail *>(zone) : _ZPDetailAt(zone, time, date);
-    date->_timeIntervalSinceReferenceDate = time -= _ZPOffsetOf(first);
+    setTime(time -= _ZPOffsetOf(first));
     // On the other side of a change of the zone's clocks the fields mean another moment.
     ZPTimeZoneDetail *second = _ZPDetailAt(first, time, date);
-    if (second != first) date->_timeIntervalSinceReferenceDate = time + (double(_ZPOffsetOf(first)) - _ZPOffsetOf(second));
+    if (second != first) time += double(_ZPOffsetOf(first)) - _ZPOffsetOf(second);
     keep(date->_timeZone, second);
+    setTime(time);
     if (!date->_formatString) date->_formatString = _ZPDefaultCalendarFormat();
 }
 

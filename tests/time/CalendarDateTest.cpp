@@ -12,6 +12,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
@@ -169,6 +170,56 @@ TEST(Calendar, Differences) {
     }
 }
 
+namespace {
+
+// The slow way: a low estimate for each unit, then one step after the other until the date is passed.
+std::vector<int> differenceStepByStep(ZPCalendarDate *to, ZPCalendarDate *from, unsigned asked) {
+    constexpr double lengths[5] = {31622400, 2678400, 86400, 3600, 60};
+    std::vector<int> n(6, 0);
+    double r = to->timeIntervalSinceReferenceDate(), base = from->timeIntervalSinceReferenceDate();
+    if (r == base) return n;
+    int step = r > base ? 1 : -1;
+    for (int unit = 0; unit < 5; ++unit) {
+        if (!(asked >> unit & 1)) continue;
+        double reached = base;
+        for (n[unit] = int((r - base) / lengths[unit] - 2 * step);; n[unit] += step) {
+            ZPAutoreleasePoolScope pool;
+            ZPCalendarDate *c = add(from, n[0], n[1], n[2], n[3], n[4]);
+            if (to->compare(c) == -step) break;
+            reached = c->timeIntervalSinceReferenceDate();
+        }
+        n[unit] -= step;
+        base = reached;
+    }
+    if (asked >> 5 & 1) n[5] = int(r - base);
+    return n;
+}
+
+}  // namespace
+
+TEST(Calendar, DifferencesAreThoseOfStepping) {
+    ZPAutoreleasePoolScope pool;
+    std::mt19937_64 random(17);
+    for (ZPTimeZone *zone : {gmt(), (ZPTimeZone *)ZPTimeZone::timeZoneForSecondsFromGMT(-12600)})
+        for (int i = 0; i < 640; ++i) {
+            ZPAutoreleasePoolScope inner;
+            auto near = [&](ZPCalendarDate *d) { return (ZPCalendarDate *)d->addTimeInterval(double(random() % 20000000) / 4 - 2500000); };
+            ZPCalendarDate *from = on(50 + int(random() % 2000), 1 + random() % 12, 1 + random() % 31, random() % 24, random() % 60, random() % 60, zone);
+            ZPCalendarDate *to = i % 2 ? near(from) : on(50 + int(random() % 2000), 1 + random() % 12, 1 + random() % 31, random() % 24, random() % 60, random() % 60, zone);
+            unsigned asked = unsigned(i) % 64;
+            if (!(asked & 31) && std::abs(to->timeIntervalSinceDate(from)) > 2e9) continue;  // seconds alone are cut to an int
+            if (!(asked & 15) && std::abs(to->timeIntervalSinceDate(from)) > 1e8) to = near(from);  // not so many steps
+            int got[6] = {};
+            int *out[6];
+            for (int k = 0; k < 6; ++k) out[k] = asked >> k & 1 ? &got[k] : nullptr;
+            to->years_months_days_hours_minutes_seconds_sinceDate(out[0], out[1], out[2], out[3], out[4], out[5], from);
+            EXPECT_EQ(std::vector<int>(got, got + 6), differenceStepByStep(to, from, asked)) << text(from) << " to " << text(to) << ", units " << asked;
+        }
+    int years = 7;
+    on(2000, 1, 1)->years_months_days_hours_minutes_seconds_sinceDate(&years, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(years, 0);
+}
+
 TEST(Calendar, TheHostsZoneChangesItsClocks) {
     ZPAutoreleasePoolScope pool;
     ZPTimeZone *zone = ZPTimeZone::defaultTimeZone();
@@ -185,6 +236,42 @@ TEST(Calendar, TheHostsZoneChangesItsClocks) {
     EXPECT_EQ(add(eve, 0, 0, 1)->timeIntervalSinceDate(eve), 23 * 3600);
     EXPECT_EQ(shown((ZPCalendarDate *)eve->addTimeInterval(86400), "%d %H:%M %Z"_zp), "08 13:00 EDT");
     EXPECT_EQ(text(summer->copy()->autorelease()), text(summer));
+}
+
+namespace {
+
+/// A client's detail, which looks at the date that it is asked for.
+struct OwnDetail : ZPTimeZoneDetail {
+    ZP_CLASS(OwnDetail)
+    int _offset, _asked;
+    ZPString *name() { return "Own"_zp; }
+    int offset() { return _offset; }
+    ZPTimeZoneDetail *forDate(ZPDate *date) {
+        if (date->isKindOfClass(ZPCalendarDate::class_())) _asked += ((ZPCalendarDate *)date)->hourOfDay() >= 0;
+        return this;
+    }
+};
+ZP_IMPLEMENT(OwnDetail)
+    .method<&OwnDetail::name>("timeZoneName")
+    .method<&OwnDetail::name>("timeZoneAbbreviation")
+    .method<&OwnDetail::offset>("timeZoneSecondsFromGMT")
+    .method<&OwnDetail::forDate>("timeZoneDetailForDate:");
+
+}  // namespace
+
+TEST(Calendar, AClientsZoneMayAskTheDate) {
+    ZPAutoreleasePoolScope pool;
+    auto *zone = (OwnDetail *)OwnDetail::alloc()->autorelease().pointer();
+    zone->_offset = 5 * 3600;
+    ZPCalendarDate *date = on(2001, 2, 3, 4, 5, 6, zone);
+    EXPECT_EQ(zone->_asked, 1);
+    EXPECT_EQ(date->hourOfDay(), 4);
+    EXPECT_EQ(date->timeIntervalSinceDate(on(2001, 2, 2, 23, 5, 6)), 0);
+    ZPTimeZoneDetail *before = ZPTimeZone::defaultTimeZone();
+    ZPTimeZone::setDefaultTimeZone(zone);
+    date = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(0)->autorelease().pointer();
+    EXPECT_EQ(date->hourOfDay(), 5);
+    ZPTimeZone::setDefaultTimeZone(before);
 }
 
 TEST(HostZone, ItsTableSaysWhatTheCLibrarySays) {
@@ -212,4 +299,44 @@ TEST(HostZone, ItsTableSaysWhatTheCLibrarySays) {
             testing::ExitedWithCode(0), "^0 wrong")
             << name;
     }
+}
+
+TEST(HostZone, ATableOverAeonsIsNotIndexed) {
+    // Changes of the clocks millions of years apart.
+    std::string file = "TZif2";
+    auto number = [&](long long value, int bytes) {
+        while (bytes) file += char(value >> --bytes * 8 & 0xFF);
+    };
+    auto header = [&](int changes) {
+        for (int n : {0, 0, 0, changes, 1, 4}) number(n, 4);
+    };
+    file.append(15, 0);
+    header(0);
+    std::string kind("\0\0\x0E\x10\0\0AAA\0", 10);
+    file += kind + "TZif2" + std::string(15, 0);
+    header(3);
+    for (long long time : {-600000000000000LL, 0LL, 600000000000000LL}) number(time, 8);
+    file.append(3, 0);
+    file += kind + "\nAAA-1\n";
+    std::string path = testing::TempDir() + "bedrock-zone-of-aeons";
+    std::FILE *to = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(to, nullptr);
+    ASSERT_EQ(std::fwrite(file.data(), 1, file.size(), to), file.size());
+    std::fclose(to);
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            setenv("TZ", path.c_str(), 1);
+            tzset();
+            ZPAutoreleasePoolScope pool;
+            rusage before;
+            rusage after;
+            getrusage(RUSAGE_SELF, &before);
+            std::string zone = shown(ZPCalendarDate::calendarDate(), "%z"_zp);
+            getrusage(RUSAGE_SELF, &after);
+            std::fprintf(stderr, "%s %d", zone.c_str(), after.ru_maxrss - before.ru_maxrss < 100000);
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(0), "^\\+0100 1");
+    std::remove(path.c_str());
 }
