@@ -83,10 +83,11 @@ void sendNotification(objc_object *observer, SEL selector, ZPNotification *notif
     objc_msgSend<void>(id(observer), selector, notification);
 }
 
-// The method itself; what the observer has none for is sent as a message, and so forwarded.
+// The method itself, of a class that is initialized by now; what the observer has none for is sent as a message, and
+// so forwarded.
 IMP implementationFor(id observer, SEL selector) {
-    IMP found = class_lookupMethod(observer.pointer()->isa, selector);
-    return found == reinterpret_cast<IMP>(&_objc_msgForward) ? reinterpret_cast<IMP>(&sendNotification) : found;
+    IMP found = objc_lookUpForSend(observer.pointer(), selector);
+    return found ? found : reinterpret_cast<IMP>(&sendNotification);
 }
 
 /// Whom a post calls. The first sixteen need no memory of their own.
@@ -253,7 +254,7 @@ struct CenterMethods : ZPNotificationCenter {
         for (int *entry = _hashtable + (hash & _hashtable_count); *entry != empty; ++entry) {
             if (*entry == deleted) continue;
             const ZPObserverRecord &r = _registry[*entry];
-            if (r.hash == hash && (!r.object || r.object == object) && isNamed(r, name)) calls.add(r, _registry_count);
+            if (r.hash == hash && (!r.object || r.object == object) && (r.name == name || name->isEqualToString(r.name))) calls.add(r, _registry_count);
         }
     }
 

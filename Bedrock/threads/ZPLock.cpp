@@ -33,12 +33,13 @@ struct Word {
         }
         while (__atomic_exchange_n(&value, 2u, __ATOMIC_ACQUIRE) != 0) cthread_wait(&value, 2, -1);
     }
+    // Looks at the lock before the clock: who was woken takes it, or leaves word for who holds it now. Given up
+    // without that, the waking would be lost to the others who wait.
     bool waitUntil(double limit) {
         for (;;) {
-            double remaining = limit - cthread_time();
-            if (remaining < 0) return false;
             if (__atomic_exchange_n(&value, 2u, __ATOMIC_ACQUIRE) == 0) return true;
-            if (!cthread_wait(&value, 2, remaining)) return false;
+            double remaining = limit - cthread_time();
+            if (remaining < 0 || !cthread_wait(&value, 2, remaining)) return false;
         }
     }
     void giveBack() {

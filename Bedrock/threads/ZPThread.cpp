@@ -14,6 +14,7 @@
 
 #include <memory>
 #include <mutex>
+#include <utility>
 
 extern "C" {
 #define NAME(n) ZPString *const n = #n##_zp
@@ -142,18 +143,39 @@ struct ThreadMethods : ZPThread {
         return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel, "Thread %lu"_zp, _cthread);
     }
 
-    // Runs on the thread that ends, unless somebody kept its object: what hangs on it may still ask for the current
-    // thread meanwhile.
-    void dealloc() {
-        unsigned pool = ZPPushAutoreleasePool(0);
-        for (id held : {asObject(_runLoop), asObject(_noteQueue), _doConversation, _doConversationRequest, _doQueue, asObject(_threadDictionary)})
+    static objc_object *taken(id &field) { return std::exchange(field, id()).pointer(); }
+    template <class T> static objc_object *taken(T *&field) { return asObject(std::exchange(field, nullptr)).pointer(); }
+    // Each field is empty before what it held goes: its end may ask the thread for it, and is given a new one.
+    bool releaseHeld() {
+        bool any = false;
+        auto drop = [&](auto &field) {
+            id held(taken(field));
+            any |= held.pointer() != nullptr;
             held->release();
-        objc_msgSend(this, "_setThreadName:"_sel, (ZPString *)nullptr);
-        ZPPopAutoreleasePool(pool);
-        if (ZPCurrentThreadData()->thread == this) {
-            ZPAutoreleasePool::releaseAllPools();
-            ZPCurrentThreadData()->thread = nullptr;
+        };
+        drop(_runLoop);
+        drop(_noteQueue);
+        drop(_doConversation);
+        drop(_doConversationRequest);
+        drop(_doQueue);
+        drop(_threadDictionary);
+        return any;
+    }
+
+    // Runs on the thread that ends, unless somebody kept its object: what hangs on it, and what its pools release, may
+    // still ask for the current thread meanwhile, and leave something on it once more.
+    void dealloc() {
+        bool isCurrent = ZPCurrentThreadData()->thread == this;
+        bool more = true;
+        for (int round = 0; round < 4 && more; ++round) {
+            unsigned pool = ZPPushAutoreleasePool(0);
+            more = releaseHeld();
+            if (round == 0) objc_msgSend(this, "_setThreadName:"_sel, (ZPString *)nullptr);
+            ZPPopAutoreleasePool(pool);
+            if (isCurrent) ZPAutoreleasePool::releaseAllPools();
+            more |= round == 0;
         }
+        if (isCurrent) ZPCurrentThreadData()->thread = nullptr;
         objc_super<ZPThread>(this).send("dealloc"_sel);
     }
 };

@@ -237,6 +237,45 @@ TEST(Class, InitializeRunsOnceAndSuperclassFirstUnderThreads) {
     EXPECT_LT(parentAt, childAt);
 }
 
+namespace {
+
+struct Busy : ZPObject { ZP_CLASS(Busy) };
+struct BusyKid : Busy { ZP_CLASS(BusyKid) };
+ZP_IMPLEMENT(Busy);
+ZP_IMPLEMENT(BusyKid);
+
+int lengthOfName(objc_object *, SEL selector) { return int(std::strlen(sel_getName(selector))); }
+
+}  // namespace
+
+TEST(Class, CachesAreFilledAndReplacedUnderThreads) {
+    std::vector<SEL> selectors;
+    for (int i = 0; i < 120; ++i) selectors.push_back(sel_registerName((std::string("busy") + std::string(std::size_t(i % 7), 'x') + std::to_string(i)).c_str()));
+    auto define = [&](Class cls, int i) { class_addMethod(cls, selectors[std::size_t(i)], IMP(&lengthOfName), objc_methodTypes<int>(), nullptr, 0); };
+    constexpr int first = 60;
+    for (int i = 0; i < first; ++i) define(Busy::class_(), i);
+    std::atomic<int> wrong{0}, known{first};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t)
+        threads.emplace_back([&, t] {
+            Busy *object = t % 2 ? Busy::new_() : (Busy *)BusyKid::new_();
+            for (int round = 0; round < 200; ++round)
+                for (int i = 0, n = known; i < n; ++i) {
+                    SEL s = selectors[std::size_t((i * 7 + t) % n)];
+                    if (objc_msgSend<int>(object, s) != int(std::strlen(sel_getName(s)))) ++wrong;
+                }
+            object->release();
+        });
+    for (int i = first; i < int(selectors.size()); ++i) {
+        define(i % 2 ? Busy::class_() : BusyKid::class_(), i % 2 ? i : i - first);  // new ones, and others overridden
+        define(Busy::class_(), i);
+        known = i + 1;
+        std::this_thread::yield();
+    }
+    for (auto &t : threads) t.join();
+    EXPECT_EQ(wrong, 0);
+}
+
 TEST(TypeString, ComesFromTheCppType) {
     EXPECT_STREQ((objc_methodTypes<void>()), "v@:");
     EXPECT_STREQ((objc_methodTypes<BOOL, id, Class, SEL, const char *, char *>()), "c@:@#:r**");

@@ -42,6 +42,15 @@ struct Listener : ZPObject {
 };
 ZP_IMPLEMENT(Listener).method<&Listener::hear>("hear:").method<&Listener::forward>("forward::");
 
+/// A class whose first message is a notification.
+struct Untouched : ZPObject {
+    ZP_CLASS(Untouched)
+    static inline int _ready = 0;
+    static void initialize(Class) { _ready = 100; }
+    static void hear(Class, ZPNotification *) { calls.push_back(_ready); }
+};
+ZP_IMPLEMENT(Untouched).classMethod<&Untouched::initialize>("initialize").classMethod<&Untouched::hear>("hear:");
+
 const SEL hear = "hear:"_sel;
 using Calls = std::vector<int>;
 
@@ -144,6 +153,8 @@ TEST_F(Center, HandsOverTheNotification) {
     EXPECT_EQ(post(b), (Calls{1, -1}));
     center->addObserver_selector_name_object(id(Listener::class_()), "self"_sel, b, nullptr);
     EXPECT_EQ(post(b), (Calls{1, -1}));
+    center->addObserver_selector_name_object(id(Untouched::class_()), hear, "first"_zp, nullptr);
+    EXPECT_EQ(post("first"_zp), (Calls{1, 100}));  // the class has had its `+initialize`
 }
 
 TEST_F(Center, ChangesDuringADelivery) {
@@ -332,4 +343,56 @@ TEST(ConcurrentCenter, PostsWhileObserversComeAndGo) {
     for (auto &t : threads) t.join();
     EXPECT_EQ(steady->_heard, posters * posts);
     EXPECT_EQ(center->_registry_count, 1u);
+}
+
+namespace {
+
+/// Comes and goes while it is called, posts from inside, and raises now and then.
+struct Visitor : Counting {
+    ZP_CLASS(Visitor)
+    ZPNotificationCenter *_center;
+    void hear(ZPNotification *note) {
+        int n = ++_heard;
+        if (note->object()) return;
+        ZPString *own = ZPString::stringWithFormat("own %lx %d"_zp, reinterpret_cast<unsigned long>(this), n);
+        _center->addObserver_selector_name_object(this, "hear:"_sel, own, nullptr);
+        _center->postNotificationName_object(own, this);
+        _center->removeObserver_name_object(this, own, nullptr);
+        if (n % 3 == 0) ZPException::raise_format("Trouble"_zp, "%@"_zp, own);
+    }
+};
+ZP_IMPLEMENT(Visitor).method<&Visitor::hear>("hear:");
+
+}  // namespace
+
+TEST(ConcurrentCenter, ObserversRaiseAndComeAndGoInsidePosts) {
+    ZPAutoreleasePoolScope pool;
+    ZPRef<ZPNotificationCenter> center = ZPAdopt(ZPNotificationCenter::new_());
+    ZPRef<Counting> last = ZPAdopt(Counting::new_());
+    std::vector<ZPRef<Visitor>> visitors;
+    for (int i = 0; i < 20; ++i) {  // more than a post keeps without memory of its own
+        visitors.push_back(ZPAdopt(Visitor::new_()));
+        visitors.back()->_center = center.get();
+        center->addObserver_selector_name_object(visitors.back().get(), hear, "tick"_zp, nullptr);
+    }
+    center->addObserver_selector_name_object(last.get(), hear, "tick"_zp, nullptr);
+    constexpr int posters = 8, posts = 40;
+    std::atomic<int> raised{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < posters; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < posts; ++i) {
+                ZPAutoreleasePoolScope inner;
+                try {
+                    center->postNotificationName_object("tick"_zp, nullptr);
+                } catch (ZPException *e) {
+                    raised += e->reason()->hasPrefix("own "_zp);
+                }
+            }
+        });
+    for (auto &t : threads) t.join();
+    EXPECT_EQ(last->_heard, posters * posts);  // called after all that raised
+    for (auto &v : visitors) EXPECT_EQ(v->_heard, 2 * posters * posts);
+    EXPECT_GT(raised, 0);
+    EXPECT_EQ(center->_registry_count, 21u);
 }

@@ -4,7 +4,9 @@
 #include <Bedrock/threads/ZPLock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -32,7 +34,6 @@ ZP_IMPLEMENT(Moment)
     .method<&Moment::timeIntervalSinceNow>("timeIntervalSinceNow");
 
 std::string text(ZPObject *object) { return object->description()->cString(); }
-
 
 }  // namespace
 
@@ -93,6 +94,40 @@ TEST(Lock, LimitsAndMisuse) {
     lock->unlock();
     EXPECT_TRUE(lock->tryLock());
     EXPECT_TRUE(lock->conformsToProtocol(ZPLocking::protocol()));
+}
+
+template <class L> class WordLock : public testing::Test {};
+using WordLocks = testing::Types<ZPLock, ZPRecursiveLock>;
+TYPED_TEST_SUITE(WordLock, WordLocks);
+
+TYPED_TEST(WordLock, AWaiterWhoseTimeIsUpKeepsNoOneFromBeingWoken) {
+    ZPAutoreleasePoolScope outer;
+    ZPRef<TypeParam> lock = ZPAdopt(TypeParam::new_());
+    std::mt19937 random(4);
+    for (int round = 0; round < 150; ++round) {
+        lock->lock();
+        std::atomic<int> ready{0};
+        bool taken = false;
+        double soon = Moment::now() + 0.0008;
+        std::thread brief([&] {
+            ZPAutoreleasePoolScope pool;
+            ++ready;
+            if (lock->lockBeforeDate(Moment::in(soon - Moment::now()))) lock->unlock();
+        });
+        std::thread patient([&] {
+            ZPAutoreleasePoolScope pool;
+            while (!ready) std::this_thread::yield();
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
+            taken = lock->lockBeforeDate(Moment::in(5));
+            if (taken) lock->unlock();
+        });
+        double until = soon + int(random() % 120) * 1e-6 - 60e-6;
+        while (Moment::now() < until) {}
+        lock->unlock();
+        brief.join();
+        patient.join();
+        ASSERT_TRUE(taken) << "the lock was free, in round " << round;
+    }
 }
 
 TEST(RecursiveLock, CountsTheOwnersLocks) {

@@ -157,6 +157,75 @@ TEST(Thread, StartsAndEnds) {
     }
 }
 
+namespace {
+
+/// At its end it leaves something with its thread.
+struct Leaving : Held {
+    ZP_CLASS(Leaving)
+    void dealloc() {
+        ZPObject *held = (ZPObject *)Held::new_();
+        ZPThread::currentThread()->threadDictionary()->setObject_forKey(held, "left"_zp);
+        held->release();
+        Held::new_()->autorelease();
+        objc_super<Leaving>(this).send("dealloc"_sel);
+    }
+};
+ZP_IMPLEMENT(Leaving).method<&Leaving::dealloc>("dealloc");
+
+/// Ends its thread from inside a delivery.
+struct Quitter : ZPObject {
+    ZP_CLASS(Quitter)
+    int _heard;
+    void run(id) {
+        Unwound unwound;
+        ZPAutoreleasePoolScope pool;
+        Leaving::new_()->autorelease();
+        {
+            ZPAutoreleasePoolScope inner;
+            Held::new_()->autorelease();
+            ZPNotificationCenter::defaultCenter()->postNotificationName_object("quit"_zp, ZPThread::currentThread());
+        }
+        ADD_FAILURE() << "back from exit";
+    }
+    void quit(ZPNotification *) {
+        Unwound unwound;
+        ZPAutoreleasePoolScope pool;
+        Held::new_()->autorelease();
+        ++_heard;
+        ZPThread::exit();
+    }
+};
+ZP_IMPLEMENT(Quitter).method<&Quitter::run>("run:").method<&Quitter::quit>("quit:");
+
+}  // namespace
+
+TEST(Thread, WhatEndsWithAThreadMayStillUseIt) {
+    std::thread([] {
+        ZPPushAutoreleasePool(0);  // popped by the end of the thread
+        Leaving::new_()->autorelease();
+        ZPObject *held = (ZPObject *)Leaving::new_();
+        ZPThread::currentThread()->threadDictionary()->setObject_forKey(held, "first"_zp);
+        held->release();
+    }).join();
+    EXPECT_EQ(living, 0);
+}
+
+TEST(Thread, EndsInsideADelivery) {
+    ZPAutoreleasePoolScope pool;
+    ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
+    ZPRef<Quitter> first = ZPAdopt(Quitter::new_()), second = ZPAdopt(Quitter::new_());
+    for (auto &q : {first, second}) center->addObserver_selector_name_object(q.get(), "quit:"_sel, "quit"_zp, nullptr);
+    unwound = 0;
+    constexpr int threads = 4;
+    for (int i = 0; i < threads; ++i) ZPThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, first.get(), nullptr);
+    for (int i = 0; i < 2000 && (living || unwound < 2 * threads || first->retainCount() > 1); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    for (auto &q : {first, second}) center->removeObserver(q.get());
+    EXPECT_EQ(unwound, 2 * threads);
+    EXPECT_EQ(living, 0);
+    EXPECT_EQ(second->_heard, 0);  // the delivery ended with its thread
+    EXPECT_EQ(first->retainCount(), 1u);
+}
+
 TEST(Thread, AKeptThreadObjectIsReleasedElsewhereWithoutHarm) {
     ZPAutoreleasePoolScope pool;
     ZPThread *kept = nullptr;
