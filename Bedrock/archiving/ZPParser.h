@@ -52,6 +52,7 @@ struct ZPParser : ZPObject {
 
     // ---- what tokens are made of; each takes the place of what was set before ----
 
+    /// What unquoted strings begin with and hold, and what stands for itself as a token: the characters, and the kinds named.
     void setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
         objc_msgSend(this, "setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters, lower, upper, digits);
     }
@@ -124,6 +125,8 @@ struct ZPParser : ZPObject {
 
     // ---- the notation of grammars itself ----
 
+    /// Parts of a grammar in its own notation: a leaf (and whether its result counts), a sequence, what a rule says. Each
+    /// answers the node it makes; ZPParseErrorException when the text is none.
     id parseMetaSyntaxLeafResultShouldBeSkipped(BOOL *skipped) { return objc_msgSend<id>(this, "parseMetaSyntaxLeafResultShouldBeSkipped:"_sel, skipped); }
     id parseMetaSyntaxSequence() { return objc_msgSend<id>(this, "parseMetaSyntaxSequence"_sel); }
     id parseMetaRuleBody() { return objc_msgSend<id>(this, "parseMetaRuleBody"_sel); }

@@ -11,7 +11,9 @@
 /// The parser of property lists: rules xObject, Dictionary, Array, Data and String.
 struct ZPPropertyListParser : ZPParser {
     ZP_CLASS(ZPPropertyListParser)
+    /// Prepares to read the string, which the parser retains.
     ZPPropertyListParser *initWithString(ZPString *string) { return objc_msgSend<ZPPropertyListParser *>(this, "initWithString:"_sel, string); }
+    /// One part of the grammar each; they answer what they read, and raise ZPParseErrorException.
     ZPArray *parseArray() { return objc_msgSend<ZPArray *>(this, "parseArray"_sel); }
     ZPDictionary *parseDictionary() { return objc_msgSend<ZPDictionary *>(this, "parseDictionary"_sel); }
 };
@@ -20,6 +22,7 @@ struct ZPPropertyListParser : ZPParser {
 /// dictionary.
 struct _ZPPListParserOldStyle : ZPPropertyListParser {
     ZP_CLASS(_ZPPListParserOldStyle)
+    /// The entries of a dictionary without its brackets, as strings files have them.
     ZPDictionary *parseDictionaryBracketLess() { return objc_msgSend<ZPDictionary *>(this, "parseDictionaryBracketLess"_sel); }
 };
 

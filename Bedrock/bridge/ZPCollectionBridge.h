@@ -61,6 +61,7 @@ class ZPEnumeratorIterator {
     friend bool operator==(const ZPEnumeratorIterator &i, ZPCollectionEnd) { return !i._object; }
 };
 
+/// One entry, for range-for with `auto [key, value]`; not retained.
 struct ZPDictionaryEntry {
     id key;
     id value;

@@ -17,6 +17,7 @@ template <class T> class ZPRef {
 
   public:
     ZPRef() = default;
+    /// Owns nothing.
     ZPRef(std::nullptr_t) {}
     /// Retains the object.
     ZPRef(T *object) : _object(object) {
@@ -47,6 +48,7 @@ template <class T> class ZPRef {
         return result;
     }
 
+    /// The object itself, not retained; null when there is none.
     T *get() const { return _object; }
     T *operator->() const { return _object; }
     operator T *() const { return _object; }
@@ -59,6 +61,7 @@ template <class T> class ZPRef {
         if (_object) _object->autorelease();
         return detach();
     }
+    /// Whether both own the same object.
     friend bool operator==(const ZPRef &a, const ZPRef &b) { return a._object == b._object; }
     friend bool operator==(const ZPRef &a, std::nullptr_t) { return a._object == nullptr; }
 };

@@ -24,13 +24,17 @@ ZP_EXPORT std::ostream &operator<<(std::ostream &stream, ZPString *string);
 /// ZPStringHash, ZPStringEqual>`. Also takes UTF-8 and UTF-16 views, so that a look-up makes no string. Null is
 /// equal to null alone.
 struct ZPStringHash {
+    /// Keys are found by views as well.
     using is_transparent = void;
+    /// Equal texts hash alike, whatever holds them.
     ZP_EXPORT std::size_t operator()(ZPString *string) const;
     ZP_EXPORT std::size_t operator()(std::u16string_view text) const;
     ZP_EXPORT std::size_t operator()(std::string_view utf8) const;
 };
+/// Equality of texts, for unordered containers.
 struct ZPStringEqual {
     using is_transparent = void;
+    /// Whether both texts have the same units.
     ZP_EXPORT bool operator()(ZPString *a, ZPString *b) const;
     ZP_EXPORT bool operator()(ZPString *a, std::u16string_view b) const;
     ZP_EXPORT bool operator()(ZPString *a, std::string_view utf8) const;

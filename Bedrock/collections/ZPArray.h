@@ -62,6 +62,7 @@ struct ZPArray : ZPObject {
     void getObjects(id *objects) { objc_msgSend(this, "getObjects:"_sel, objects); }
     void getObjects_range(id *objects, ZPRange range) { objc_msgSend(this, "getObjects:range:"_sel, objects, range); }
 
+    /// Whether an element is equal to the object.
     BOOL containsObject(id object) { return objc_msgSend<BOOL>(this, "containsObject:"_sel, object); }
     /// The first index of the identical object, else the first of an equal one.
     unsigned indexOfObject(id object) { return objc_msgSend<unsigned>(this, "indexOfObject:"_sel, object); }
@@ -84,6 +85,7 @@ struct ZPArray : ZPObject {
     /// Equal elements in the same order.
     BOOL isEqualToArray(ZPArray *array) { return objc_msgSend<BOOL>(this, "isEqualToArray:"_sel, array); }
 
+    /// An autoreleased array of the elements and what is added behind them; null raises ZPInvalidArgumentException.
     ZPArray *arrayByAddingObject(id object) { return objc_msgSend<ZPArray *>(this, "arrayByAddingObject:"_sel, object); }
     ZPArray *arrayByAddingObjects_count(const id *objects, unsigned count) {
         return objc_msgSend<ZPArray *>(this, "arrayByAddingObjects:count:"_sel, objects, count);
@@ -150,6 +152,7 @@ struct ZPArray : ZPObject {
 struct ZPMutableArray : ZPArray {
     ZP_CLASS(ZPMutableArray)
 
+    /// As ZPArray makes them, but to be changed.
     static ZPMutableArray *array() { return objc_msgSend<ZPMutableArray *>(class_(), "array"_sel); }
     /// Empty, with room for `capacity` elements; more fit as well.
     static ZPMutableArray *arrayWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithCapacity:"_sel, capacity); }
@@ -169,6 +172,7 @@ struct ZPMutableArray : ZPArray {
     /// The second initialiser that a subclass supplies.
     ZPMutableArray *initWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableArray *>(this, "initWithCapacity:"_sel, capacity); }
 
+    /// Adds behind the last element; null raises ZPInvalidArgumentException.
     void addObject(id object) { objc_msgSend(this, "addObject:"_sel, object); }
     /// `index` may be the count.
     void insertObject_atIndex(id object, unsigned index) { objc_msgSend(this, "insertObject:atIndex:"_sel, object, index); }

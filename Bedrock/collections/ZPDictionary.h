@@ -108,6 +108,7 @@ struct ZPDictionary : ZPObject {
 struct ZPMutableDictionary : ZPDictionary {
     ZP_CLASS(ZPMutableDictionary)
 
+    /// As ZPDictionary makes them, but to be changed.
     static ZPMutableDictionary *dictionary() { return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionary"_sel); }
     /// Empty, with room for `capacity` entries; more fit as well.
     static ZPMutableDictionary *dictionaryWithCapacity(unsigned capacity) {

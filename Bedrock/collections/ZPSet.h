@@ -79,6 +79,7 @@ struct ZPSet : ZPObject {
 struct ZPMutableSet : ZPSet {
     ZP_CLASS(ZPMutableSet)
 
+    /// As ZPSet makes them, but to be changed.
     static ZPMutableSet *set() { return objc_msgSend<ZPMutableSet *>(class_(), "set"_sel); }
     /// Empty, with room for `capacity` members; more fit as well.
     static ZPMutableSet *setWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableSet *>(class_(), "setWithCapacity:"_sel, capacity); }
@@ -117,6 +118,7 @@ struct ZPCountedSet : ZPMutableSet {
     ZPSimpleDictionary *_table;  ///< member -> its count
     void *_reserved;
 
+    /// As ZPSet makes them; an object given twice is counted twice.
     static ZPCountedSet *set() { return objc_msgSend<ZPCountedSet *>(class_(), "set"_sel); }
     static ZPCountedSet *setWithCapacity(unsigned capacity) { return objc_msgSend<ZPCountedSet *>(class_(), "setWithCapacity:"_sel, capacity); }
     static ZPCountedSet *setWithObject(id object) { return objc_msgSend<ZPCountedSet *>(class_(), "setWithObject:"_sel, object); }

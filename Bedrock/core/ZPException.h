@@ -21,6 +21,7 @@ struct ZPException : ZPObject {
     ZPDictionary *_userInfo;
     void *_reserved;
 
+    /// An autoreleased exception; copies name and reason, retains the information.
     static ZPException *exceptionWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
         return objc_msgSend<ZPException *>(class_(), "exceptionWithName:reason:userInfo:"_sel, name, reason, userInfo);
     }
@@ -87,13 +88,15 @@ ZP_EXPORT extern ZPString *const ZPPortTimeoutException;
 struct ZPHandlerRecord {
     ZPHandlerRecord *enclosing;
     int code;  ///< 100000 for a raise of an exception object
-    std::uintptr_t data1, data2;
+    std::uintptr_t data1;
+    std::uintptr_t data2;
 };
 
 /// What a raise through the runtime with a code other than 100000 throws.
 struct QLError {
-    int code;
-    std::uintptr_t data1, data2;
+    int code;                     ///< says what was raised
+    std::uintptr_t data1;         ///< what the raiser gave along
+    std::uintptr_t data2;         ///< and more of it
 };
 
 using ZPUncaughtExceptionHandler = void(ZPException *exception);

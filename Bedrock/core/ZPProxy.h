@@ -8,6 +8,7 @@
 struct ZPProxy : objc_object {
     ZP_CLASS(ZPProxy)
 
+    /// As ZPObject's; everything else goes to forward::.
     void dealloc() { objc_msgSend(this, "dealloc"_sel); }
     id retain() { return objc_msgSend<id>(this, "retain"_sel); }
     void release() { objc_msgSend(this, "release"_sel); }

@@ -7,6 +7,7 @@
 struct ZPRange {
     unsigned location;
     unsigned length;
+    /// Equal location and length.
     friend constexpr bool operator==(const ZPRange &, const ZPRange &) = default;
 };
 template <> struct objc_structEncoding<ZPRange> {

@@ -15,6 +15,7 @@ struct ZPData : ZPObject {
 
     // ---- making data: autoreleased ----
 
+    /// Autoreleased data without bytes.
     static ZPData *data() { return objc_msgSend<ZPData *>(class_(), "data"_sel); }
     /// Copies the bytes.
     static ZPData *dataWithBytes_length(const void *bytes, unsigned length) {
@@ -32,6 +33,7 @@ struct ZPData : ZPObject {
 
     // ---- initialisers: each may answer another object than the receiver ----
 
+    /// As the class messages of these names.
     ZPData *initWithBytes_length(const void *bytes, unsigned length) { return objc_msgSend<ZPData *>(this, "initWithBytes:length:"_sel, bytes, length); }
     ZPData *initWithBytesNoCopy_length(void *bytes, unsigned length) { return objc_msgSend<ZPData *>(this, "initWithBytesNoCopy:length:"_sel, bytes, length); }
     ZPData *initWithData(ZPData *other) { return objc_msgSend<ZPData *>(this, "initWithData:"_sel, other); }
@@ -49,6 +51,7 @@ struct ZPData : ZPObject {
 
     // ---- reading ----
 
+    /// The number of bytes.
     unsigned length() { return objc_msgSend<unsigned>(this, "length"_sel); }
     /// Valid while the receiver lives and its length does not change; may be null when it is empty.
     const void *bytes() { return objc_msgSend<const void *>(this, "bytes"_sel); }
@@ -72,6 +75,7 @@ struct ZPData : ZPObject {
 
     // ---- bit vectors: byte 0 first; bytes behind the end count as zero ----
 
+    /// The same bits set in both, or any.
     BOOL isEqualToBitVector(ZPData *other) { return objc_msgSend<BOOL>(this, "isEqualToBitVector:"_sel, other); }
     BOOL intersectsBitVector(ZPData *other) { return objc_msgSend<BOOL>(this, "intersectsBitVector:"_sel, other); }
     /// Ends with the last byte that is not zero.
@@ -89,6 +93,7 @@ struct ZPData : ZPObject {
 struct ZPMutableData : ZPData {
     ZP_CLASS(ZPMutableData)
 
+    /// As ZPData makes them, but to be changed.
     static ZPMutableData *data() { return objc_msgSend<id>(class_(), "data"_sel); }
     static ZPMutableData *dataWithBytes_length(const void *bytes, unsigned length) {
         return objc_msgSend<id>(class_(), "dataWithBytes:length:"_sel, bytes, length);
@@ -118,6 +123,7 @@ struct ZPMutableData : ZPData {
     void resetBytesInRange(ZPRange range) { objc_msgSend(this, "resetBytesInRange:"_sel, range); }
     void setData(ZPData *other) { objc_msgSend(this, "setData:"_sel, other); }
 
+    /// Keep the bits of both, or of either.
     void intersectBitVector(ZPData *other) { objc_msgSend(this, "intersectBitVector:"_sel, other); }
     void unionBitVector(ZPData *other) { objc_msgSend(this, "unionBitVector:"_sel, other); }
     void _unionBitVectorMaybeCompressed(ZPData *other) { objc_msgSend(this, "_unionBitVectorMaybeCompressed:"_sel, other); }

@@ -330,7 +330,9 @@ inline objc_implementer objc_category(Class cls, const char *name) {
 /// Sends to the superclass of T's implementation: `objc_super<T>(this).send<void>("dealloc"_sel)`.
 template <class T> struct objc_super {
     objc_object *self;
+    /// The receiver of the messages.
     explicit objc_super(objc_object *receiver) : self(receiver) {}
+    /// Sends the message to the superclass's method.
     template <class R = void, class... A> R send(SEL selector, A... arguments) const {
         return objc_msgSendSuper<R>(self, T::class_()->superclass, selector, arguments...);
     }

@@ -39,11 +39,11 @@ template <objc_text Name> ZP_INLINE SEL operator""_sel() {
 /// which is zeroed and valid, as the frame is, until `-forward::` returns.
 struct objc_frame {
     const char *types;  ///< the call site's own type string
-    void *arguments;
-    unsigned length;
-    unsigned resultSize;
-    void *result;
-    BOOL hasHiddenResult;
+    void *arguments;     ///< receiver, selector and the rest, each in its place
+    unsigned length;     ///< of the arguments, in bytes
+    unsigned resultSize; ///< in bytes; 0 for none
+    void *result;        ///< where the answer goes
+    BOOL hasHiddenResult; ///< the answer is returned in memory
 };
 
 template <class T> inline constexpr unsigned objc_slotSize = (sizeof(T) + sizeof(void *) - 1) / sizeof(void *) * sizeof(void *);
@@ -163,6 +163,7 @@ template <class T> ZP_INLINE auto objc_variadicArgument(T value) {
 /// Sends a message to a variadic method whose named arguments have the types N:
 /// `objc_sendVariadic<ZPString *, ZPString *>::send(receiver, "stringWithFormat:"_sel, format, 1, 2.5)`.
 template <class R, class... N> struct objc_sendVariadic {
+    /// Sends the message; the arguments behind the named ones are the variadic ones.
     template <class... A> static ZP_INLINE R send(id receiver, SEL selector, N... named, A... arguments) {
         objc_object *self = objc_receiver(receiver.pointer());
         if (!self) [[unlikely]] {

@@ -20,6 +20,7 @@ struct Protocol : objc_object {
     const objc_protocolList *_parents;
     const objc_protocolMethod *_methods;
 
+    /// The class of protocols.
     static Class class_();
     /// The protocol's name.
     const char *name() { return _name; }

@@ -91,20 +91,24 @@ class id {
 
   public:
     constexpr id() = default;
+    /// Any object, or none.
     constexpr id(std::nullptr_t) {}
     constexpr id(objc_object *object) : _object(object) {}
     template <objc_ObjectClass T> id(T *object) : _object((objc_object *)object) {}
 
+    /// The object as one of a class; checked builds ask it whether it is.
     template <objc_ObjectClass T> operator T *() const {
 #if ZP_CHECKED
         if (_object) objc_checkConversion<T>(_object);
 #endif
         return (T *)_object;
     }
+    /// The plain pointer, whether there is one, and the object to send a message to.
     constexpr objc_object *pointer() const { return _object; }
     constexpr explicit operator bool() const { return _object != nullptr; }
     ZPObject *operator->() const { return (ZPObject *)_object; }
 
+    /// Identity; equality is `isEqual`.
     friend constexpr bool operator==(id a, id b) { return a._object == b._object; }
     friend constexpr bool operator==(id a, std::nullptr_t) { return a._object == nullptr; }
     template <objc_ObjectClass T> friend bool operator==(id a, T *b) { return a._object == (objc_object *)b; }

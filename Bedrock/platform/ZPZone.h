@@ -7,11 +7,12 @@
 
 /// An allocation zone. The null zone stands for the default zone everywhere.
 struct ZPZone {
+    // What the zone does; each gets the zone itself.
     void *(*reallocate)(ZPZone *zone, void *pointer, std::size_t size);
     void *(*allocate)(ZPZone *zone, std::size_t size);
     void (*free)(ZPZone *zone, void *pointer);
     void (*destroy)(ZPZone *zone);
-    const char *name;
+    const char *name;  ///< for people; may be null
 };
 
 extern "C" {

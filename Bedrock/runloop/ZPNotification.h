@@ -21,6 +21,7 @@ struct ZPNotification : ZPObject {
         return objc_msgSend<ZPNotification *>(this, "initWithName:object:userInfo:"_sel, name, object, userInfo);
     }
 
+    /// What it was made with.
     ZPString *name() { return objc_msgSend<ZPString *>(this, "name"_sel); }
     id object() { return objc_msgSend<id>(this, "object"_sel); }
     ZPDictionary *userInfo() { return objc_msgSend<ZPDictionary *>(this, "userInfo"_sel); }

@@ -18,6 +18,7 @@ struct ZPCharacterSet : ZPObject {
     // The standard sets: shared objects that live as long as the process and ignore counting. What belongs to them
     // from U+0100 up is read from the library's resources when it is first asked for.
 
+    /// The standard sets: one shared object each.
     static ZPCharacterSet *controlCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "controlCharacterSet"_sel); }
     /// Space, TAB, U+00A0 and the other spaces; no line ends.
     static ZPCharacterSet *whitespaceCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "whitespaceCharacterSet"_sel); }
@@ -62,6 +63,7 @@ struct ZPCharacterSet : ZPObject {
 
     // Initialisers of the sets that `alloc` makes.
 
+    /// As the class messages of these names.
     ZPCharacterSet *initWithRange(ZPRange range) { return objc_msgSend<ZPCharacterSet *>(this, "initWithRange:"_sel, range); }
     ZPCharacterSet *initWithCharactersInString(ZPString *string) {
         return objc_msgSend<ZPCharacterSet *>(this, "initWithCharactersInString:"_sel, string);
@@ -74,6 +76,7 @@ struct ZPCharacterSet : ZPObject {
         return objc_msgSend<ZPCharacterSet *>(this, "initWithContentsOfFile:"_sel, path);
     }
 
+    /// Whether the unit belongs to the set.
     BOOL characterIsMember(unichar unit) { return objc_msgSend<BOOL>(this, "characterIsMember:"_sel, unit); }
     /// The set of all other units.
     ZPCharacterSet *invertedSet() { return objc_msgSend<ZPCharacterSet *>(this, "invertedSet"_sel); }
@@ -101,15 +104,19 @@ struct ZPCharacterSet : ZPObject {
 struct ZPMutableCharacterSet : ZPCharacterSet {
     ZP_CLASS(ZPMutableCharacterSet)
 
+    /// As ZPCharacterSet makes them, but to be changed.
     static ZPMutableCharacterSet *characterSetWithBitmapRepresentation(ZPData *data) {
         return objc_msgSend<id>(class_(), "characterSetWithBitmapRepresentation:"_sel, data);
     }
+    /// As ZPCharacterSet makes them, but to be changed.
     static ZPMutableCharacterSet *characterSetWithRange(ZPRange range) {
         return objc_msgSend<id>(class_(), "characterSetWithRange:"_sel, range);
     }
+    /// As ZPCharacterSet makes them, but to be changed.
     static ZPMutableCharacterSet *characterSetWithCharactersInString(ZPString *string) {
         return objc_msgSend<id>(class_(), "characterSetWithCharactersInString:"_sel, string);
     }
+    /// Change the members. A set that was made immutable raises ZPInvalidArgumentException.
     void addCharactersInRange(ZPRange range) { objc_msgSend(this, "addCharactersInRange:"_sel, range); }
     void removeCharactersInRange(ZPRange range) { objc_msgSend(this, "removeCharactersInRange:"_sel, range); }
     void addCharactersInString(ZPString *string) { objc_msgSend(this, "addCharactersInString:"_sel, string); }

@@ -26,6 +26,7 @@ struct ZPScanner : ZPObject {
 
     // ---- what is scanned, and how ----
 
+    /// What is scanned.
     ZPString *string() { return objc_msgSend<ZPString *>(this, "string"_sel); }
     /// The index of the next unit to read; the length of the string at its end.
     unsigned scanLocation() { return objc_msgSend<unsigned>(this, "scanLocation"_sel); }

@@ -63,6 +63,7 @@ struct ZPString : ZPObject {
     // ---- initialisers: each may answer another object than the receiver, or null for bytes that are not text
     // in their encoding ----
 
+    /// The empty string.
     ZPString *init() { return objc_msgSend<id>(this, "init"_sel); }
     /// Uses the caller's units, which must outlive the string unless it frees them (in the zone that owns
     /// them). A subclass's one way to hold units.
@@ -107,6 +108,7 @@ struct ZPString : ZPObject {
 
     // ---- reading ----
 
+    /// The number of 16-bit units, and each of them; an index past the end raises ZPRangeException.
     unsigned length() { return objc_msgSend<unsigned>(this, "length"_sel); }
     unichar characterAtIndex(unsigned index) { return objc_msgSend<unichar>(this, "characterAtIndex:"_sel, index); }
     /// Copies all units; the buffer holds `length()` of them.
@@ -120,6 +122,7 @@ struct ZPString : ZPObject {
 
     // ---- comparing ----
 
+    /// How the receiver and the other follow each other, by units or without regard to case.
     ZPComparisonResult compare(ZPString *other) { return objc_msgSend<ZPComparisonResult>(this, "compare:"_sel, other); }
     ZPComparisonResult caseInsensitiveCompare(ZPString *other) { return objc_msgSend<ZPComparisonResult>(this, "caseInsensitiveCompare:"_sel, other); }
     /// By unit values; ZPCaseInsensitiveSearch folds ASCII letters, the other options have no effect.
@@ -166,6 +169,7 @@ struct ZPString : ZPObject {
 
     // ---- pieces and derived strings ----
 
+    /// An autoreleased part; what lies past the end raises ZPRangeException.
     ZPString *substringWithRange(ZPRange range) { return objc_msgSend<ZPString *>(this, "substringWithRange:"_sel, range); }
     ZPString *substringFromIndex(unsigned index) { return objc_msgSend<ZPString *>(this, "substringFromIndex:"_sel, index); }
     ZPString *substringToIndex(unsigned index) { return objc_msgSend<ZPString *>(this, "substringToIndex:"_sel, index); }
@@ -200,7 +204,7 @@ struct ZPString : ZPObject {
     ZPString *capitalizedString() { return objc_msgSend<ZPString *>(this, "capitalizedString"_sel); }
     /// Flag bit 1 (value 1) selects Turkish rules.
     ZPString *_capitalizedStringWithFlags(unsigned flags) { return objc_msgSend<ZPString *>(this, "_capitalizedStringWithFlags:"_sel, flags); }
-    /// Control characters and characters outside the default C-string encoding as \ooo and \Uxxxx.
+    /// Control characters and characters outside the default C-string encoding as `\ooo` and `\Uxxxx`.
     ZPString *displayableString() { return objc_msgSend<ZPString *>(this, "displayableString"_sel); }
     /// A case map is one of the ZPConvertTo... functions.
     ZPString *_caseCopyAux_flags(unsigned (*convert)(unichar, unichar *, unsigned), unsigned flags) {
@@ -240,6 +244,7 @@ struct ZPString : ZPObject {
 
     // ---- encodings ----
 
+    /// The encoding of C strings.
     static ZPStringEncoding defaultCStringEncoding() { return objc_msgSend<ZPStringEncoding>(class_(), "defaultCStringEncoding"_sel); }
     /// A static list that ends with 0.
     static const ZPStringEncoding *availableStringEncodings() {

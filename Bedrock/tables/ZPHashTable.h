@@ -10,6 +10,7 @@ struct ZPHashTable;
 /// What a table does with its items. Null functions: the item itself is its hash; identity; nothing to
 /// retain or release; "0x..." as description.
 struct ZPHashCallBacks {
+    /// Equal items hash alike; null: by identity.
     unsigned (*hash)(ZPHashTable *table, const void *item);
     BOOL (*isEqual)(ZPHashTable *table, const void *stored, const void *probe);
     void (*retain)(ZPHashTable *table, const void *item);

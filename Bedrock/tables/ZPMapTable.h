@@ -10,6 +10,7 @@ struct ZPMapTable;
 
 /// What a table does with its keys; null functions as in `ZPHashCallBacks`.
 struct ZPMapKeyCallBacks {
+    /// Equal keys hash alike; null: by identity.
     unsigned (*hash)(ZPMapTable *table, const void *key);
     BOOL (*isEqual)(ZPMapTable *table, const void *stored, const void *probe);
     void (*retain)(ZPMapTable *table, const void *key);
@@ -20,6 +21,7 @@ struct ZPMapKeyCallBacks {
 
 /// What a table does with its values.
 struct ZPMapValueCallBacks {
+    /// Called for what enters and leaves the table, and to describe it; null: nothing.
     void (*retain)(ZPMapTable *table, const void *value);
     void (*release)(ZPMapTable *table, void *value);
     ZPString *(*describe)(ZPMapTable *table, const void *value);

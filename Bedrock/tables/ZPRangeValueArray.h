@@ -8,6 +8,8 @@ struct ZPRangeValueArray;
 /// What an array does with its values. Null functions: only identical values are equal; nothing to retain or
 /// release; a hexadecimal description.
 struct ZPRangeValueCallBacks {
+    /// Whether two values may merge; null: only identical ones. The others: called for what enters and leaves, and to
+    /// describe it.
     BOOL (*isEqual)(ZPRangeValueArray *array, const void *value1, const void *value2);
     void (*retain)(ZPRangeValueArray *array, const void *value);
     void (*release)(ZPRangeValueArray *array, void *value);

@@ -55,6 +55,7 @@ struct ZPRecursiveLock : ZPObject {
     ZP_CLASS(ZPRecursiveLock)
     void *_priv;
 
+    /// Takes the lock, once more when the calling thread holds it.
     void lock() { objc_msgSend(this, "lock"_sel); }
     /// Gives back one taking; only the thread that holds the lock may send it.
     void unlock() { objc_msgSend(this, "unlock"_sel); }
@@ -69,6 +70,7 @@ struct ZPCondition : ZPObject {
     ZP_CLASS(ZPCondition)
     void *_priv;
 
+    /// The mutex itself.
     void lock() { objc_msgSend(this, "lock"_sel); }
     void unlock() { objc_msgSend(this, "unlock"_sel); }
     /// Frees the lock, waits for a signal, and takes the lock again.

@@ -49,6 +49,7 @@ struct ZPCalendarDate : ZPDate {
         return objc_msgSend<ZPCalendarDate *>(this, "initWithString:calendarFormat:locale:"_sel, text, format, locale);
     }
 
+    /// The detail of the date's zone.
     ZPTimeZoneDetail *timeZoneDetail() { return objc_msgSend<ZPTimeZoneDetail *>(this, "timeZoneDetail"_sel); }
     /// Takes the zone's detail for this date; null is the default zone.
     void setTimeZone(ZPTimeZone *zone) { objc_msgSend(this, "setTimeZone:"_sel, zone); }

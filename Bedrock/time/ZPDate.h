@@ -45,6 +45,7 @@ struct ZPDate : ZPObject {
     }
     ZPDate *initWithString(ZPString *text) { return objc_msgSend<ZPDate *>(this, "initWithString:"_sel, text); }
 
+    /// Seconds from the reference date.
     double timeIntervalSinceReferenceDate() { return objc_msgSend<double>(this, "timeIntervalSinceReferenceDate"_sel); }
     /// Positive when the receiver is the later one.
     double timeIntervalSinceDate(ZPDate *other) { return objc_msgSend<double>(this, "timeIntervalSinceDate:"_sel, other); }

@@ -32,6 +32,7 @@ struct ZPTimeZone : ZPObject {
     /// The zone with the abbreviation, or else with the name.
     static ZPTimeZone *timeZoneForKey(ZPString *key) { return objc_msgSend<ZPTimeZone *>(class_(), "timeZoneForKey:"_sel, key); }
 
+    /// The name, and every detail of the zone.
     ZPString *timeZoneName() { return objc_msgSend<ZPString *>(this, "timeZoneName"_sel); }
     ZPArray *timeZoneDetailArray() { return objc_msgSend<ZPArray *>(this, "timeZoneDetailArray"_sel); }
     /// The detail in force at a date.
