@@ -1,0 +1,34 @@
+// Strings files, in the encoding that the first byte names: what is read is written and read back to an equal
+// dictionary; and the calculator's grammar over any text.
+#include <Bedrock/Bedrock.h>
+
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    if (!size) return 0;
+    ZPAutoreleasePoolScope pool;
+    const ZPStringEncoding *encodings = ZPString::availableStringEncodings();
+    ZPStringEncoding encoding = data[0] < 16 ? encodings[data[0]] : ZPUTF8StringEncoding;
+    ZPString *text = ZPString::alloc()->initWithData_encoding(ZPData::dataWithBytes_length(data, unsigned(size)), encoding);
+    if (!text) return 0;
+    text->autorelease();
+    try {
+        if (ZPDictionary *table = text->propertyListFromStringsFileFormat()) {
+            ZPDictionary *again = table->descriptionInStringsFileFormat()->propertyListFromStringsFileFormat();
+            if (!again->isEqual(table)) std::abort();
+        }
+    } catch (ZPException *) {
+    }
+    try {
+        ZPParser *parser = ZPParser::alloc()->initWithGrammar(
+            ZPParser::parsedGrammarForString("Sum = Term '+' Sum || Term; Term = '(' Sum ')' | parseNumber | parseString;"_zp));
+        parser->autorelease();
+        parser->setEnableIntegerParsing(YES);
+        parser->setEnableFloatParsing(YES);
+        parser->setString(text);
+        parser->parse("Sum"_zp);
+    } catch (ZPException *) {
+    }
+    return 0;
+}
