@@ -66,6 +66,7 @@ template <class T> class ZPRef {
     friend bool operator==(const ZPRef &a, std::nullptr_t) { return a._object == nullptr; }
 };
 
-/// A `ZPRef` that takes over the reference its argument carries, as alloc, copy and new give it.
+/// A `ZPRef` that takes over the reference its argument carries, as alloc, copy and new give it. Keep it in a `ZPRef`: a
+/// plain pointer that is made of it outlives the reference.
 template <class T> ZPRef<T> ZPAdopt(T *owned) { return ZPRef<T>::adopt(owned); }
 template <class T> ZPRef<T> ZPAdopt(id owned) { return ZPRef<T>::adopt(owned); }
