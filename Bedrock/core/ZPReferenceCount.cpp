@@ -117,9 +117,9 @@ struct SideTable {
     }
 };
 
-SideTable *made;
+__attribute__((used)) SideTable *sideTable;  // where gdb/bedrock.py finds it
 SideTable &table() {
-    static SideTable &t = *(made = new SideTable);
+    static SideTable &t = *(sideTable = new SideTable);
     return t;
 }
 
