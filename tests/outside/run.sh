@@ -21,6 +21,10 @@ esac
 "$cmake" --build "$work/build" >"$work/log" 2>&1 || { tail -50 "$work/log"; exit 1; }
 "$work/build/outside"
 [ "$how" = package ] || exit 0
+# The examples by themselves.
+{ "$cmake" -G Ninja -S "$source/examples" -B "$work/examples" -DCMAKE_PREFIX_PATH="$work/moved" -DCMAKE_BUILD_TYPE=Debug \
+    ${CCACHE:+-DCMAKE_CXX_COMPILER_LAUNCHER="$CCACHE"} && "$cmake" --build "$work/examples" && cd "$work/examples" &&
+    "${cmake%cmake}ctest" --output-on-failure; } >"$work/log" 2>&1 || { tail -50 "$work/log"; exit 1; }
 needed=$(ldd "$library" | awk '{print $1}' | sed 's,.*/,,' | sort -u)
 for name in $needed; do
     case $name in
