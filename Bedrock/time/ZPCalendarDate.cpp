@@ -130,8 +130,9 @@ struct CalendarMethods : ZPCalendarDate {
         constexpr double lengths[5] = {31556952, 2629746, 86400, 3600, 60};
         for (int *output : outputs)
             if (output) *output = 0;
+        if (!other) return;
         double mine = _timeIntervalSinceReferenceDate, base = other->timeIntervalSinceReferenceDate();
-        if (!other || mine == base || !std::isfinite(mine) || !std::isfinite(base)) return;
+        if (mine == base || !std::isfinite(mine) || !std::isfinite(base)) return;
         int step = mine > base ? 1 : -1;
         ZPAutoreleasePoolScope pool;
         auto *from = (ZPCalendarDate *)other;
