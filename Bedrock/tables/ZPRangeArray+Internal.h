@@ -65,6 +65,8 @@ void _ZPEndRangeList(ZPRangeArray *list);
 unsigned _ZPGrownRangeCapacity(const ZPRangeArray *list);
 /// The capacity after `run` removals, each of which may halve it first.
 unsigned _ZPShrunkRangeCapacity(const ZPRangeArray *list, unsigned run);
+/// Grows a full list; inserting a range raises nothing then.
+void _ZPMakeRoomForRange(ZPRangeArray *list);
 void _ZPInsertRange(ZPRangeArray *list, ZPRange range, unsigned index);
 /// Removes a run of ranges, as many single removals would.
 void _ZPRemoveRanges(ZPRangeArray *list, unsigned index, unsigned run);

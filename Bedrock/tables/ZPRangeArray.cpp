@@ -57,9 +57,13 @@ unsigned _ZPShrunkRangeCapacity(const ZPRangeArray *list, unsigned run) {
     return capacity;
 }
 
-void _ZPInsertRange(ZPRangeArray *list, ZPRange range, unsigned index) {
+void _ZPMakeRoomForRange(ZPRangeArray *list) {
     unsigned capacity = _ZPGrownRangeCapacity(list);
     if (capacity != list->capacity) resize(list, capacity);
+}
+
+void _ZPInsertRange(ZPRangeArray *list, ZPRange range, unsigned index) {
+    _ZPMakeRoomForRange(list);
     ZPRange *at = list->ranges + index;
     std::memmove(at + 1, at, (list->count - index) * sizeof *at);
     *at = range;
@@ -88,7 +92,7 @@ void _ZPRangeText::add(const char *format, ...) {
 
 void _ZPRangeText::addString(ZPString *string) {
     flush();
-    if (string) _ZPAppendText(text, string);
+    _ZPAppendText(text, string ? string : "*nil*"_zp);
 }
 
 void _ZPRangeText::flush() {

@@ -54,6 +54,7 @@ void setValue(ZPRangeValueArray *array, const void *value, unsigned index) {
 void insert(ZPRangeValueArray *array, ZPRange range, const void *value, unsigned index) {
     ZPRangeArray *list = &array->list;
     growValues(array);
+    _ZPMakeRoomForRange(list);
     retain(array, value);
     _ZPInsertRange(list, range, index);
     void **at = array->values + index;
@@ -64,8 +65,8 @@ void insert(ZPRangeValueArray *array, ZPRange range, const void *value, unsigned
 void removeRun(ZPRangeValueArray *array, unsigned index, unsigned run) {
     if (!run) return;
     ZPRangeArray *list = &array->list;
-    std::vector<void *> gone(array->values + index, array->values + index + run);
-    void **at = array->values + index;
+    void **at = array->values + index, *first = *at;
+    std::vector<void *> others(at + 1, at + run);
     std::memmove(at, at + run, (list->count - index - run) * sizeof *at);
     std::fill_n(array->values + list->count - run, run, nullptr);
     unsigned former = list->capacity;
@@ -73,7 +74,8 @@ void removeRun(ZPRangeValueArray *array, unsigned index, unsigned run) {
     if (list->capacity < former)
         if (void *smaller = ZPZoneRealloc(ZPZoneFromPointer(array->values), array->values, list->capacity * sizeof(void *)))
             array->values = static_cast<void **>(smaller);
-    for (void *value : gone) release(array, value);
+    release(array, first);
+    for (void *value : others) release(array, value);
 }
 
 }  // namespace
