@@ -30,6 +30,6 @@ BOOL ZPHostPathFromPath(const char *path, char *buffer, unsigned size) {
 BOOL ZPPathFromHostPath(const char *hostPath, char *buffer, unsigned size) {
     if (size) *buffer = 0;
     if (!hostPath || !*hostPath || std::strchr(hostPath, '\\')) return NO;
-    bool looksLikeDrive = isLetter(hostPath[0]) && hostPath[1] == ':';
-    return write(hostPath[0] == '/' ? "C:" : looksLikeDrive ? ".\\" : "", hostPath, '\\', buffer, size);
+    bool looksSpecial = hostPath[0] == '~' || (isLetter(hostPath[0]) && hostPath[1] == ':');
+    return write(hostPath[0] == '/' ? "C:" : looksSpecial ? ".\\" : "", hostPath, '\\', buffer, size);
 }

@@ -32,12 +32,13 @@ TEST(PathMapping, TakesDriveCAndSingleSeparatorsFromTheRoot) {
 }
 
 TEST(PathMapping, GoesBack) {
-    for (const char *host : {"/", "/home/me", "relative/name", "./c:name", "/a b/\xC3\xA9"}) {
+    for (const char *host : {"/", "/home/me", "relative/name", "./c:name", "./~name", "/~name", "/a b/\xC3\xA9"}) {
         std::string own = fromHost(host, 64);
         EXPECT_EQ(toHost(own, 64), host) << own;
     }
     EXPECT_EQ(fromHost("/home", 64), "C:\\home");
     EXPECT_EQ(toHost(fromHost("c:name", 64), 64), "./c:name") << "a relative name is not taken for a drive";
+    EXPECT_EQ(fromHost("~name/x", 64), ".\\~name\\x") << "nor for a home directory";
     EXPECT_EQ(fromHost("/a\\b", 64), "<none>");
     EXPECT_EQ(fromHost("", 64), "<none>");
 }
