@@ -37,6 +37,10 @@ struct ZPConcreteMutableArray : ZPMutableArray {
     id *_items;
     unsigned _size;
 
+    /// An empty array that the caller owns.
+    static ZPConcreteMutableArray *allocate(ZPZone *zone) {
+        return static_cast<ZPConcreteMutableArray *>(static_cast<ZPArray *>(ZPAllocateObject(class_(), 0, zone)));
+    }
     id init() { return this; }
     id initWithCapacity(unsigned capacity);
     id initWithObjects_count(const id *objects, unsigned count);
@@ -62,6 +66,8 @@ struct ZPConcreteMutableArray : ZPMutableArray {
 
     ZP_COLD void makeRoom(unsigned more);
     void addRetained(const id *objects, unsigned count);
+    /// Adds objects and takes over a reference of each; when it raises it has taken none.
+    void adopt(const id *objects, unsigned count);
     /// Closes the gap of a range whose elements have been dealt with.
     void closeGap(unsigned location, unsigned length);
     /// Makes `length` places at `location`, to be filled at once.

@@ -149,6 +149,12 @@ void ZPConcreteMutableArray::addRetained(const id *objects, unsigned count) {
     _info += count;
 }
 
+void ZPConcreteMutableArray::adopt(const id *objects, unsigned count) {
+    if (count) makeRoom(count);
+    move(_items + _info, objects, count);
+    _info += count;
+}
+
 void ZPConcreteMutableArray::addObjectsFromArray(ZPArray *array) {
     unsigned count = array ? array->count() : 0;
     if (!count) return;

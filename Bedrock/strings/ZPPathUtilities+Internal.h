@@ -12,7 +12,7 @@ inline constexpr unsigned _ZPPathCapacity = 4095;
 
 inline bool _ZPIsPathSeparator(unichar u) { return u == '/' || u == '\\'; }
 /// A letter of ASCII and a colon.
-inline bool _ZPHasDrivePrefix(const unichar *units, unsigned length) {
+template <class U> inline bool _ZPHasDrivePrefix(const U *units, unsigned length) {
     return length >= 2 && units[1] == ':' && (units[0] | 0x20) >= 'a' && (units[0] | 0x20) <= 'z';
 }
 /// Two backslashes.
@@ -37,8 +37,9 @@ BOOL _ZPAppendPathExtension(unichar *buffer, unsigned *length, unsigned capacity
 BOOL _ZPAbbreviatePathWithTilde(unichar *units, unsigned *length);
 /// Leaves the path as it is when there is no home directory, or not enough room.
 BOOL _ZPExpandTildeInPath(unichar *units, unsigned *length, unsigned capacity);
-/// A mutable array of the components; autoreleased.
+/// A mutable array of the components; autoreleased. The second is for a path in the storage encoding.
 ZPMutableArray *_ZPPathComponents(const unichar *units, unsigned length);
+ZPMutableArray *_ZPPathComponents(const unsigned char *bytes, unsigned length);
 /// Whether an absolute path has a ".." behind its root.
 BOOL __pathHasDotDot(const unichar *units, unsigned length, BOOL isNetworkPath);
 BOOL _ZPStandardizePath(unichar *units, unsigned *length);

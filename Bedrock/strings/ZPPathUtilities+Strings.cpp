@@ -17,6 +17,7 @@ struct PathMethods : ZPString {
         return objc_msgSend<ZPString *>(ZPPathStore2::class_(), "pathWithComponents:"_sel, components);
     }
     ZPArray *pathComponents() {
+        if (ZPStringView view = _ZPViewOfString(this); view.bytes) return _ZPPathComponents(view.bytes, view.length);
         _ZPPathBuffer path(this);
         return _ZPPathComponents(path.units, path.length);
     }

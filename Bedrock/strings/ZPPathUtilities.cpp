@@ -1,7 +1,7 @@
 // Paths as runs of units.
 #include <Bedrock/strings/ZPPathUtilities+Internal.h>
 
-#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/strings/ZPStringEncoding+Internal.h>
 
 #include <algorithm>
@@ -118,33 +118,33 @@ namespace {
 
 // The components as they are found: owned here until the array has them.
 struct Components {
-    ZPMutableArray *array = nullptr;
+    ZPConcreteMutableArray *array = nullptr;
     unsigned count = 0;
     id found[32];
 
-    ~Components() { releaseAll(); }
-    void releaseAll() {
+    ~Components() {
         while (count) found[--count]->release();
     }
     void add(ZPString *owned) {
         found[count++] = owned;
         if (count == std::size(found)) flush();
     }
+    void add(const unsigned char *bytes, unsigned length) {
+        add(_ZPNewInlineCString(reinterpret_cast<const char *>(bytes), length, nullptr));
+    }
     void add(const unichar *units, unsigned length) {
         unsigned char bytes[256];
         bool narrow = length <= sizeof bytes && _ZPNarrowASCII(units, length, bytes) == length;
-        add(narrow ? _ZPNewInlineCString(reinterpret_cast<char *>(bytes), length, nullptr) : _ZPNewStringWithUnits(units, length, nullptr));
+        narrow ? add(bytes, length) : add(_ZPNewStringWithUnits(units, length, nullptr));
     }
     void flush() {
-        if (!array) array = ZPMutableArray::alloc()->initWithObjects_count(found, count)->autorelease();
-        else for (unsigned i = 0; i < count; ++i) array->addObject(found[i]);
-        releaseAll();
+        if (!array) (array = ZPConcreteMutableArray::allocate(nullptr))->autorelease();
+        array->adopt(found, count);
+        count = 0;
     }
 };
 
-}  // namespace
-
-ZPMutableArray *_ZPPathComponents(const unichar *units, unsigned length) {
+template <class U> ZPMutableArray *componentsOf(const U *units, unsigned length) {
     Components components;
     unsigned at = 0;
     if (_ZPHasDrivePrefix(units, length)) {
@@ -162,6 +162,11 @@ ZPMutableArray *_ZPPathComponents(const unichar *units, unsigned length) {
     components.flush();
     return components.array;
 }
+
+}  // namespace
+
+ZPMutableArray *_ZPPathComponents(const unichar *units, unsigned length) { return componentsOf(units, length); }
+ZPMutableArray *_ZPPathComponents(const unsigned char *bytes, unsigned length) { return componentsOf(bytes, length); }
 
 // ---- the tilde ----------------------------------------------------------------------------------
 
