@@ -17,6 +17,11 @@ namespace {
 
 constexpr unsigned longestHostPath = 4096;
 
+long separatorsOf(ZPString *path) {
+    _ZPPathBuffer units(path, 0);
+    return std::count_if(units.units, units.units + units.length, _ZPIsPathSeparator);
+}
+
 }  // namespace
 
 ZPStringEncoding _ZPDefaultFileSystemEncoding() {
@@ -33,6 +38,9 @@ int _ZPGetFileSystemBytes(ZPString *path, char *buffer, unsigned size) {
     int length = size ? _ZPHostBytesFromString(path, buffer, size - 1, _ZPDefaultFileSystemEncoding()) : -1;
     // What lies behind a NUL the host would not see.
     if (length < 0 || std::memchr(buffer, 0, unsigned(length))) return -1;
+    // The second byte of a character may be that of a backslash, where the host would see a name end.
+    if (_ZPDefaultFileSystemEncoding() == ZPShiftJISStringEncoding && separatorsOf(path) != std::count_if(buffer, buffer + length, _ZPIsPathSeparator))
+        return -1;
     std::replace(buffer, buffer + length, '/', '\\');
     buffer[length] = 0;
     return length;
@@ -123,6 +131,8 @@ static ZPMutableArray *_ZPDirectoryContentsMatchingPrefixAndSuffixes(ZPString *d
         // No path continues with a name that looks like a drive.
         if (_ZPPathBuffer name(entry, 0); _ZPHasDrivePrefix(name.units, name.length)) continue;
         ZPString *path = directory->stringByAppendingPathComponent(entry), *extension = entry->pathExtension();
+        // Too long to be named; the directory itself must not be taken for its entry.
+        if (path == directory) continue;
         BOOL isDirectory = NO;
         if (all || extensions->containsObject(extension) ||
             (!extension->length() && _ZPFileExists(path->stringByExpandingTildeInPath(), &isDirectory) && isDirectory))

@@ -2,6 +2,7 @@
 #include "StringForms.h"
 
 #include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/core/ZPLog.h>
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/platform/ZPPath.h>
 #include <Bedrock/strings/ZPPathUtilities.h>
@@ -155,6 +156,25 @@ TEST_F(PathFiles, AreCompleted) {
     EXPECT_EQ(complete(top + u"reports/").text, u"reports\\") << "whole composed characters";
 }
 
+TEST_F(PathFiles, CompletionEndsWherePathsBecomeTooLong) {
+    // A chain of directories, each the only one in its parent; no path names the last.
+    fs::path start = fs::current_path(), below = root / "chain";
+    fs::create_directory(below);
+    fs::current_path(below);
+    const std::string name(250, 'n');
+    while (below.native().size() + 2 + 251 <= 4095) {
+        fs::create_directory(name);
+        fs::current_path(name);
+        below /= name;
+    }
+    fs::create_directory(name);
+    fs::current_path(start);
+    EXPECT_EQ(complete(pathOf(root) + u"\\ch").count, 1u);
+    _ZPSetLogCStringFunction([](const char *, unsigned, BOOL) {});
+    EXPECT_EQ(complete(pathOf(below) + u"\\").count, 0u);
+    _ZPSetLogCStringFunction(nullptr);
+}
+
 TEST_F(PathFiles, UsersHaveHomes) {
     ZPString *me = ZPUserName();
     ASSERT_TRUE(me);
@@ -203,13 +223,17 @@ TEST_F(PathFiles, DirectoriesThatProgramsAskFor) {
 
 namespace {
 
-// In a process of its own: what a file called "caf\xE9" is named when the resource file holds `number`.
-void nameUnder(const fs::path &root, const char *number, const std::u16string &wanted) {
+void start(const fs::path &root, const char *number) {
     fs::path folder = root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources";
     fs::create_directories(folder);
     std::ofstream(folder / "FileSystemEncoding") << number;
-    std::ofstream(root / "docs/deep/caf\xE9");
     setenv("CORVID_ROOT", root.c_str(), 1);
+}
+
+// In a process of its own: what a file called "caf\xE9" is named when the resource file holds `number`.
+void nameUnder(const fs::path &root, const char *number, const std::u16string &wanted) {
+    start(root, number);
+    std::ofstream(root / "docs/deep/caf\xE9");
     {
         Pool pool;
         ZPString *text = nullptr;
@@ -221,10 +245,29 @@ void nameUnder(const fs::path &root, const char *number, const std::u16string &w
     std::exit(testing::Test::HasFailure());
 }
 
+// Shift JIS has characters whose second byte is that of a backslash.
+void nameInShiftJIS(const fs::path &root) {
+    start(root, "08");
+    fs::path sources = fs::path(__FILE__).parent_path().parent_path().parent_path();
+    fs::create_directory_symlink(sources / "Bedrock/resources/data/CharacterSets",
+                                 root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources/CharacterSets");
+    {
+        Pool pool;
+        char bytes[16];
+        EXPECT_TRUE(make(u"a/\u5B57")->getFileSystemRepresentation_maxLength(bytes, sizeof bytes));
+        EXPECT_STREQ(bytes, "a\\\x8E\x9A");
+        EXPECT_FALSE(make(u"a/\u8868")->getFileSystemRepresentation_maxLength(bytes, sizeof bytes)) << "it would name another file";
+        EXPECT_EQ(ZPData::dataWithContentsOfFile(make(u"a/\u8868")), nullptr);
+    }
+    fs::remove_all(root);
+    std::exit(testing::Test::HasFailure());
+}
+
 }  // namespace
 
 TEST_F(PathFiles, FileNamesMayHaveAnEncodingOfTheirOwn) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(nameUnder(root, "05", u"caf\u00e9"), testing::ExitedWithCode(0), "");
     EXPECT_EXIT(nameUnder(root, "77", u"caf\xDCE9"), testing::ExitedWithCode(0), "") << "no such encoding";
+    EXPECT_EXIT(nameInShiftJIS(root), testing::ExitedWithCode(0), "");
 }
