@@ -50,7 +50,9 @@ void takeApart(ZPString *path) {
 void standardize(ZPString *path) {
     ZPString *once = path->stringByStandardizingPath();
     require(same(once->stringByStandardizingPath(), once));
-    require(once->isAbsolutePath() == path->stringByAppendingPathComponent(""_zp)->isAbsolutePath());
+    // "C:\." is the drive alone.
+    bool drive = once->length() == 2 && looksLikeDrive(once);
+    require(drive || once->isAbsolutePath() == path->stringByAppendingPathComponent(""_zp)->isAbsolutePath());
     ZPString *there = path->stringByExpandingTildeInPath()->stringByAbbreviatingWithTildeInPath();
     require(same(there->stringByExpandingTildeInPath()->stringByAbbreviatingWithTildeInPath(), there));
     path->stringByResolvingSymlinksInPath();

