@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Everything a client needs.
 #pragma once
 

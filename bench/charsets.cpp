@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Membership in character sets and case mapping.
 #include "common.h"
 

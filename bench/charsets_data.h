@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text that the library and its peers map.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ICU's case mapping and properties.
 #include "common.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dictionaries with string keys, arrays, sorting and sets.
 #include "collections_data.h"
 

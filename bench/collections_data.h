@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The keys and words that the collection benchmarks share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "collections_data.h"
 
 #include <glib.h>

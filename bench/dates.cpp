@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dates in New York: to text, from text, to fields; and now. Moments from 1970 to 2030.
 #include "common.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A message beside a virtual call.
 #include "common.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Property-list text of about 1 MB: reading it to a tree and dropping the tree, writing it; beside the same
 // tree in JSON. Times include giving the result back.
 #include "common.h"

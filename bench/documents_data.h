@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two trees of about 1 MB, each in two notations: a wide one, of many small records with long strings, and a deep
 // one, of dictionaries of 10 keys nested 4 deep, arrays of strings, and data as hex digits.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text from bytes and to bytes: UTF-8, single-byte encodings, the Japanese ones. Bytes a second count the encoded form.
 #include "common.h"
 #include "encodings_data.h"

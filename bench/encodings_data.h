@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The texts that the benchmarks of encodings convert: 1 MiB each, always the same.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Posting to observers, and adding and removing one.
 #include "common.h"
 

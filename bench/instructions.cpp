@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Key operations to be counted in instructions: runs one of them a number of times. The difference between two numbers,
 // divided, is what one costs, whatever else the machine does. usage: instructions [NAME COUNT]
 #include <Bedrock/Bedrock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Locks: free and contended, in a process that has threads; and the current thread.
 #include "common.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Creating, sharing and releasing small objects. The cases ending in _mt run after a thread was started.
 #include "common.h"
 

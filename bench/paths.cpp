@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Splitting, joining and standardizing paths.
 #include "common.h"
 

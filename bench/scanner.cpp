@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading 100,000 numbers from one text.
 #include "common.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Starts small programs again and again: the median wall time and the peak memory of each, and the ratios.
 // usage: startup FOLDER_OF_PROGRAMS
 #include <sys/wait.h>

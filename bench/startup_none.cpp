@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An empty C++ program; with an argument it prints its peak memory.
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program that sends one message; with an argument it prints its peak memory in KiB.
 #include <Bedrock/core/ZPObject.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Creating, hashing, comparing and searching strings.
 #include "common.h"
 

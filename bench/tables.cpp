@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sets of indexes kept as ranges, and heaps.
 #include "common.h"
 

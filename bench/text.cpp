@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Growing, joining, formatting and converting text; data objects.
 #include "common.h"
 

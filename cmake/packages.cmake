@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Debian packages: `cpack -G DEB` in the build folder of the preset `package` makes a runtime and a -dev package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME bedrock)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by ./demo and ./check: installs what is missing. `need COMMAND-OR-FILE PACKAGE...` asks for
 # Debian packages unless the command or file is there.
 missing=

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Runs PROGRAM with ARGUMENTS and compares its output with what is expected.
 cmake_minimum_required(VERSION 3.25)
 string(REPLACE "@WORK@" "${WORK}" ARGUMENTS "${ARGUMENTS}")

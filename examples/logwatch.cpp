@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // logwatch: what a server's log says by the hour: requests, failures, and the gaps in which nothing came.
 //
 // A line is "[03/Feb/2024:04:05:06 +0100] METHOD PATH STATUS"; the hours are those of the line's own zone.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // pipeline: checksums of files, computed by several threads.
 //
 // The main thread puts paths into a queue, whose condition lock lets workers wait for work; a worker that is done with

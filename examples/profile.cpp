@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // profile: which messages an object gets, how often, and how long they take.
 //
 // A Profiler stands in for any object. The code that uses the object does not know: here an index of the words of a text

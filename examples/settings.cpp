@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // settings: typed settings in a property-list file, with defaults and with news of every change.
 //
 // Commands come from standard input: "get KEY", "set KEY VALUE", "reset KEY", "list", "save".

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // undo: undo and redo by recorded messages: target, selector, arguments.
 //
 // Commands come from standard input: "insert LINE TEXT", "delete LINE", "undo", "redo", "print". Lines count from 1.

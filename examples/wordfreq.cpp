@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // wordfreq: the most frequent words of a text file in any of the library's encodings.
 #include <Bedrock/Bedrock.h>
 

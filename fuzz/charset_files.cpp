@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files of character sets: what is read answers alike as a record, as a bitmap and unit by unit, and its dump is read
 // back as the same set. The first byte chooses the kind of file.
 #include <Bedrock/Bedrock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A format and a text, with a NUL between them: reading by the format, writing by it, and what was written read again.
 #include <Bedrock/Bedrock.h>
 

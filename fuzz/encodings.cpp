@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes in any encoding, the first byte choosing which: what is decoded can be encoded again without loss where the
 // encoding says so, comes out the same when decoded again, and fits every buffer that is large enough and no other.
 #include <Bedrock/Bedrock.h>

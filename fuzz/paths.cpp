@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths: between the library and the host nothing is lost, standardizing is done once, pieces fit together again.
 #include <Bedrock/Bedrock.h>
 

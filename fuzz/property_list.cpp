@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Property-list text and serialized property lists: what is read is written and read back to an equal tree.
 #include <Bedrock/Bedrock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a fuzz target without a fuzzer: over every file of the folders it is given, and over a fixed number of
 // mutations of each, always the same ones. usage: replay MUTATIONS FOLDER...
 #include <cstdint>

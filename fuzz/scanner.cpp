@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The number readers against plain ones: the first byte chooses the reader, the rest is text with digits of other
 // scripts mapped in from bytes above 0x7F.
 #include <Bedrock/Bedrock.h>

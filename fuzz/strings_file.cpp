@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings files, in the encoding that the first byte names: what is read is written and read back to an equal
 // dictionary; and the calculator's grammar over any text.
 #include <Bedrock/Bedrock.h>

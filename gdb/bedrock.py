@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Pretty printers of Bedrock's objects for gdb; docs/debugging.md says what they show.
 #
 # Everything is read from the memory of the program, alive or a core file; nothing is called in it. Where a field lies is

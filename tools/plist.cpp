@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // plist: prints, checks and queries property lists.
 #include <Bedrock/Bedrock.h>
 

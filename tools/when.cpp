@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // when: dates by the calendar.
 #include <Bedrock/Bedrock.h>
 

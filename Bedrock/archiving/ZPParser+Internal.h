@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a parser holds.
 //
 // The input is bytes or units, with a zero behind it; a zero ends it. A token is pending when it has been read

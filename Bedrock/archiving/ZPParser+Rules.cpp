@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Grammars: their text form, their nodes, and running their rules.
 #include <Bedrock/archiving/ZPParser+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tokenizer.
 #include <Bedrock/archiving/ZPParser+Internal.h>
 #include <Bedrock/strings/ZPString+Internal.h>

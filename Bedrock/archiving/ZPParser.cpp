@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Making parsers, the settings of their tokenizer, and errors.
 #include <Bedrock/archiving/ZPParser+Internal.h>
 

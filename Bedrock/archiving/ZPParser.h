@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A parser for small languages: a tokenizer with settable character classes, and a grammar given as text.
 //
 //     ZPDictionary *grammar = ZPParser::parsedGrammarForString("Sum = Term '+' Sum | Term; Term = parseNumber;"_zp);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Arrays and dictionaries from property-list files. Whatever fails answers null.
 #include <Bedrock/archiving/ZPParser+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Property lists: trees of strings, data objects, arrays and dictionaries with string keys, and their text.
 //
 //     { name = "A. Nother"; sizes = (1, 2, 3); key = <0fbd77>; }    // and comments

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The parsers of property lists and of strings files, and the operations of strings that run them.
 #include <Bedrock/archiving/ZPPropertyListReader+Internal.h>
 

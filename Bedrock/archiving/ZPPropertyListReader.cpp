@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The direct reader of property-list text: the common case of the parser, without its tables. It gives the
 // very tree that the parser gives, equal strings being one object, or gives up on the first thing it does not
 // like; the parser then reads the text again and says what is wrong.

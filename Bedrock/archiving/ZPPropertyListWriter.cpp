@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing property lists as text. The whole text is built in one buffer. An array or dictionary is written with
 // a line for each element; when all of it fits in a line of 79 characters, the parts are put together again.
 #include <Bedrock/archiving/ZPParser+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Collections the C++ way: range-for over every collection and enumerator, and lists in braces.
 //
 //     for (ZPString *name : names) ...                   // ZPArray, ZPSet, ZPEnumerator, or a ZPRef to one

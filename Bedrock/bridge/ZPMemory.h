@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ownership the C++ way: references that retain and release by scope.
 #pragma once
 

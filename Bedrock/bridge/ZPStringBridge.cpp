@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/bridge/ZPStringBridge.h>
 
 #include <Bedrock/core/ZPException.h>

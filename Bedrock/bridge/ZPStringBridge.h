@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings and the standard library's texts. Bytes are UTF-8 here, whatever the default C-string encoding.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two concrete array classes.
 //
 //   _info    bits 0 to 26: the number of elements. References are counted as for every object, outside.

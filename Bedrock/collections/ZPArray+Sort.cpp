@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sorting: a stable merge sort over lists of references, and the array operations on it.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/core/ZPLog.h>

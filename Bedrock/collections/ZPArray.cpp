@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every array does, on `count` and `objectAtIndex:`; a concrete array lends its storage instead.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/strings/ZPString.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ordered collections of objects.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the collection classes share: temporary lists of objects, equality tests and error messages.
 #pragma once
 

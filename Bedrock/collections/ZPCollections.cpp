@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/collections/ZPCollections+Internal.h>
 
 #include <cstring>

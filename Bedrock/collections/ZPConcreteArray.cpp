@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/collections/ZPArray+Internal.h>
 
 #include <algorithm>

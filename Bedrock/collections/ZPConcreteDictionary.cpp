@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The concrete dictionaries on their tables, and the enumerator over a table.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/collections/ZPDictionary+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The concrete sets and the counted set on their tables, and the enumerator over a table.
 #include <Bedrock/collections/ZPSet+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two concrete dictionary classes. `_table` maps keys to values by the keys' `hash` and `isEqual:`; it
 // is null in the shared empty dictionary and may be null in an empty mutable one. The table owns a reference
 // to each key (its own copy) and each value. A reader of trees makes dictionaries with the table in the same

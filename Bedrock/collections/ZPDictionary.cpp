@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every dictionary does, on `count`, `objectForKey:` and `keyEnumerator`, and every mutable one, on
 // `setObject:forKey:` and `removeObjectForKey:` too.
 #include <Bedrock/collections/ZPArray+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keyed collections of objects.
 #pragma once
 

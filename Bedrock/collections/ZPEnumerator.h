@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Walking through the elements of a collection, once.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every mutable array does, on the primitives; where it pays, on the storage of a concrete array.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/tables/ZPHashTable.h>

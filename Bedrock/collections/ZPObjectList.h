@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists of objects that end in null, as `arrayWithObjects:` and its like take them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two concrete set classes. `_table` holds the members by their `hash` and `isEqual:` and owns a
 // reference to each; it is null in the shared empty set and may be null in an empty mutable or counted one.
 // References to sets are counted as for every object.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every set does, on `count`, `member:` and `objectEnumerator`, and every mutable one, on `addObject:`
 // and `removeObject:` too. The set algebra counts members, so that it is multiset algebra when a counted set
 // takes part.

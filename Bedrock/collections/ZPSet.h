@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Collections of distinct objects, and of objects with counts.
 #pragma once
 

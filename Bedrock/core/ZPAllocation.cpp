@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Instances, zones and pages, and the library's start-up.
 #include <Bedrock/core/ZPCore+Internal.h>
 

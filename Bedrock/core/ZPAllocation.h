@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Instances, reference counts, zones and pages as plain functions.
 #pragma once
 

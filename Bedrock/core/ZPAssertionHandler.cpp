@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/core/ZPAssertionHandler.h>
 
 #include <Bedrock/core/ZPCore+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Assertions.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Autorelease pools. Each thread has one record, made on first need:
 //
 //   levels[depth]   one a pushed pool, outermost first: where it begins (page and slot) and the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Autorelease pools: deferred releases, per thread.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the core's own files share.
 #pragma once
 

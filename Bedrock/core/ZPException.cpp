@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exceptions and handler records. A raise throws the exception object's pointer, so C++ unwinding does
 // the transfer; when no frame catches it, the C++ runtime calls the terminate handler before anything is
 // unwound, and from there the exception goes to the uncaught-exception handler.

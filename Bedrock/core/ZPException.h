@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Errors: exception objects, raised as C++ exceptions of type `ZPException *`.
 //
 //     try {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // String literals: `"text"_zp` is a static string object, ready before any code runs. The text is
 // UTF-8. ASCII text is kept in the 8-bit storage encoding, any other text in 16-bit units: what bytes from
 // 0x80 on mean as a C string is only known at run time.

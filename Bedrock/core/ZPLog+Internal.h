@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the log takes from higher floors.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The diagnostic log: one line to standard error, and to the host's event log while no debugger traces
 // the process. A mutex of its own keeps the lines of different threads apart; text is formatted before it
 // is taken.

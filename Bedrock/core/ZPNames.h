@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Classes, selectors and methods by name, and the texts of the library's error messages.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The root class: what every instance and every class object answers.
 #include <Bedrock/core/ZPCore+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The root class.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The proxy root, and the zombies made of it: with ZPZombieEnabled, a freed object gets a class that
 // reports every message it still receives.
 #include <Bedrock/core/ZPProxy.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The root class of objects that stand in for others.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Small value types that every subsystem shares.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reference counts. An instance from the allocator counts in the word before its `isa`. Objects that
 // lie elsewhere (static objects) count in the side table:
 //

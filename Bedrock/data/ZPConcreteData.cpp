@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/data/ZPData+Internal.h>
 

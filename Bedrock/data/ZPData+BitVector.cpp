@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Data as bit vectors, plain and compressed.
 //
 // The compressed form: the bytes with long zero runs taken out, then three bytes for each run {16-bit little-endian

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole files: reading, writing, and writing through a temporary file.
 #include <Bedrock/data/ZPData+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The concrete data classes.
 //
 // Storage of a ZPConcreteData, by its flags:

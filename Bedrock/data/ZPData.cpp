@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every data object does on the primitives.
 #include <Bedrock/data/ZPData+Internal.h>
 

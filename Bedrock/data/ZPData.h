@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs of bytes: immutable and mutable data objects, whole files, bit vectors.
 #pragma once
 

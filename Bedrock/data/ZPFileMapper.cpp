@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/data/ZPData+Internal.h>
 #include <Bedrock/platform/ZPFile.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mappings of files and of anonymous pages.
 #pragma once
 

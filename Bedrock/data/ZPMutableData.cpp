@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The front of mutable data, and its concrete class.
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/data/ZPData+Internal.h>

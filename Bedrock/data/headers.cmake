@@ -1,1 +1,2 @@
+# SPDX-License-Identifier: MIT
 set(PUBLIC_HEADERS ZPData.h ZPFileMapper.h)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the runtime's own files share about class records.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Class records: loading, realizing, finding methods, classes made at run time, posing.
 #include <Bedrock/platform/ZPClass+Internal.h>
 

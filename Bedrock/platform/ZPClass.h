@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Class records, method records and the operations of the object runtime on them.
 //
 // A class record is a constant-initialised object with a stable address, followed by its

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The slow sides of a send: method caches, `+initialize`, forwarding, frames, type checks.
 #include <Bedrock/platform/ZPClass+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Host file calls and file mappings. Paths are host paths (see ZPPath.h). A call that fails leaves the
 // reason in `errno`.
 #pragma once

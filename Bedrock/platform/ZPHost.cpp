@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/platform/ZPHost.h>
 #include <Bedrock/platform/ZPFile.h>
 #include <Bedrock/platform/ZPPath.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host operating system: process facts, standard error, the event log.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host's time zone. Where it is a file of the public time zone database, its changes of clock are read once and
 // found by search; moments outside them, and zones that are rules and not files, are the C library's. Both say the same.
 #include <Bedrock/platform/ZPHost.h>

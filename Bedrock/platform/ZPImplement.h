@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Declaring and implementing classes, categories and protocols.
 //
 //     struct Counter : ZPObject {                       // in the header

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Making, copying and freeing instances. An instance that counts in its header lies 8 (or, with
 // 16-byte alignment, 16) bytes into its block:  [padding] | extraReferences | origin | isa ...
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Kernel services: mutexes, conditions with time-outs, and what the library keeps for each thread.
 #pragma once
 

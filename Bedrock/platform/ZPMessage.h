@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sending messages.
 //
 // A send reads the receiver's class, its method cache and one bucket, compares the selector and

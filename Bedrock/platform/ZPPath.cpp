@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/platform/ZPPath.h>
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's paths and the host's. The library's own paths use drive letters and backslashes (a slash
 // separates too). Drive C is the host's root, and so is a path that begins with a single separator.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Protocol objects. Their class is a root of its own, below every class of the library.
 #include <Bedrock/platform/ZPProtocol.h>
 

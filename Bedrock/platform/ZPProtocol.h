@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Protocols: named promises of methods, which classes adopt and objects are asked about.
 //
 //     struct Shape { ZP_PROTOCOL(Shape) };                       // in the header

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The object runtime, whole.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The selector table: every selector's text is kept once, aligned to 32 bytes, so that selectors
 // registered one after another have neighbouring hashes.
 #include <Bedrock/platform/ZPClass+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Instances that are made together: readers of trees cut their many small objects from slabs.
 //
 //   slab   live | unused | block | block | ...

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Type strings: one character a type, computed at compile time from C++ signatures.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The words every file of the library shares: object, class and selector references, flags and
 // character units. Nothing here sends a message.
 #pragma once

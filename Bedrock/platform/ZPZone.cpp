@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zones. The default zone is the process heap. A child zone cuts its blocks from arenas of its own:
 // each block has a 16-byte head that holds its size, and freed blocks wait in lists by size class
 // (powers of two). Every arena is entered in one sorted address map, so that the zone of any block

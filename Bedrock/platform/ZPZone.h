@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Allocation zones, pages and the memory of instances.
 #pragma once
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Makes the standard character sets and the case mappings of data/CharacterSets from UnicodeData.txt of Debian's
 package unicode-data.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes data/CharacterSets/EUCToUnicode-L.data, UnicodeToEUC-L.data and NonHangulDecomp.data.
 
     make_encoding_tables.py [--check]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/runloop/ZPNotification.h>
 
 #include <Bedrock/collections/ZPDictionary.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Notifications: an event's name, who sends it, and what there is to know.
 #pragma once
 

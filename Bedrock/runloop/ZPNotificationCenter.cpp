@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Notification centers. The observers are records in one array; two indexes name them by their place in it:
 //
 //   _registry    the records, in order of registration until a removal moves the last ones into the gaps

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Notification centers: who wants to hear of what.
 #pragma once
 

@@ -1,1 +1,2 @@
+# SPDX-License-Identifier: MIT
 set(PUBLIC_HEADERS ZPNotification.h ZPNotificationCenter.h)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The concrete classes with 8-bit storage. Bytes lie in `bytes` (ZPSimpleCString and its subclasses) or
 // behind the fields (ZPInlineCString). Who frees `bytes`:
 //

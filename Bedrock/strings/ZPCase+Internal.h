@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The case tables, as the files of the cluster see them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The case tables: the built-in ones, and those of the file "CaseMapping" in the resource directory.
 //
 // The file: four 16-bit numbers, of which the last three count the entries of the lower, upper and title tables,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Character sets from files: a client's by path, the library's own by name. Named sets are kept in a list that only
 // grows at its head, so that it is read without a lock.
 #include <Bedrock/collections/ZPArray.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The storage classes of character sets and quick membership.
 //
 //   ZPBuiltinCharacterSet          a standard set: a row of 256 bits for the units below U+0100; the full set is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bitmaps, records and their dumps.
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Character sets: the fronts, what every set does on `characterIsMember:`, and the sets that are a range, a few
 // units or the inverse of another.
 #include <Bedrock/core/ZPAllocation.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sets of 16-bit units.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The string over a caller's buffer. `_flags`: bit 0 the contents are units, bit 1 they are freed with the
 // object. Bytes are not mapped to units.
 #include <Bedrock/strings/ZPMutableString+Internal.h>

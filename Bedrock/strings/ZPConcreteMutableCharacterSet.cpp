@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The concrete character set and its states. References are counted beside the instance.
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>

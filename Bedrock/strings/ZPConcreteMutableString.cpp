@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The mutable string. `_contents` is one of:
 //
 //   foreign          any string, the argument of an initialiser for example; never changed

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base characters and what combines with them, from the data file "NonHangulDecomp".
 //
 // The file is a run of 16-bit words, little-endian: two that nothing is read from, the number of entries, another one,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the tables of a single-byte encoding are made, by the compiler, from the units of its upper bytes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The format engine's parts: the text under construction, directives, and the C conversions.
 #pragma once
 

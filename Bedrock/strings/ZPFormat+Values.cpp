@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The conversions of C, as the C library's formatter writes them in the "C" locale whatever the process's
 // locale is.
 #include <Bedrock/strings/ZPFormat+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The format engine: the conventions of printf, with `%@` for objects and positions ("%2$s").
 //
 // A format whose first directive has a position is positional: up to nine directives are gathered, the list is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Gap-buffer strings, which hold the text of mutable strings, and what the files of mutable strings share.
 //
 // The buffer holds the units before the gap, the gap, and the units behind it:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every mutable string does on its one primitive, the editing category, and the constructors.
 #include <Bedrock/strings/ZPMutableString+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings that can be changed.
 #pragma once
 

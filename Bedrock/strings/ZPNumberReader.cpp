@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/strings/ZPNumberReader.h>
 
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>

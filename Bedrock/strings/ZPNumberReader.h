@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading numbers from a place in a string.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The string of a path: the length in `_lengthAndRefCount`, then the units inside the object. References are counted
 // beside the instance, so the length has the whole word. There is no separator at the end, except in "\" and "C:\".
 #include <Bedrock/strings/ZPPathUtilities+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths and the host's files: names in the file system's encoding, directories, completion, symbolic links. The one
 // mapping of paths is platform/ZPPath.h; bytes of names that are no text in the encoding come and go as the units
 // U+DC80 to U+DCFF.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Path operations on a buffer of units with a length that they read and update. A BOOL answer says whether
 // anything was done.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The path operations of every string. Where units have to move, they are copied into a buffer that holds the
 // longest path the host takes; a longer path gets a buffer of its own size, so that none is ever cut short.
 #include <Bedrock/strings/ZPPathUtilities+Internal.h>

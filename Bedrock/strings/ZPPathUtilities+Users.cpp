@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who the user is, and the directories that programs ask for. What is kept is found without a lock: threads that look
 // for it at once find the same, and the first one's stays.
 #include <Bedrock/strings/ZPPathUtilities+Internal.h>

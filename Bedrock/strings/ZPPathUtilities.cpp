@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths as runs of units.
 #include <Bedrock/strings/ZPPathUtilities+Internal.h>
 

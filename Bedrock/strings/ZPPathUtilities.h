@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // File paths. The operations are messages of every string (see ZPString.h): a slash and a backslash separate
 // components, what they build is written with backslashes, and a path may begin with a drive ("C:"), name a
 // network share ("\\server\share"), or begin with "~" or "~name" for a home directory. A path is absolute when

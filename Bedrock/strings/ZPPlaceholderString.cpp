@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What `alloc` answers for ZPString: one object a zone, whose initialisers pick the storage class.
 //
 //   defaultPlaceholder   that of the default zone, made once

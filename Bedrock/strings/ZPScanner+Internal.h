@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The concrete scanner, and what other folders' parsers share with it.
 #pragma once
 

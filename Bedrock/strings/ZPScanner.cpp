@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scanners: the front, which rests on the primitives, and the concrete class. References are counted beside the
 // instance.
 #include <Bedrock/core/ZPAllocation.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading tokens from a string, one after another.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C strings, the scratch memory they live in, and the displayable form.
 #include <Bedrock/strings/ZPString+Internal.h>
 

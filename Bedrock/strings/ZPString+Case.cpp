@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Case mapping: the functions for one unit, and whole strings through them.
 #include <Bedrock/strings/ZPCase+Internal.h>
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hashing, ordering and equality, on runs where strings show them and on blocks of units where not.
 #include <Bedrock/strings/ZPString+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings as data objects.
 #include <Bedrock/strings/ZPString+Internal.h>
 #include <Bedrock/strings/ZPStringEncoding+Internal.h>

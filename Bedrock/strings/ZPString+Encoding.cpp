@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From strings to bytes: one conversion for every encoding, over a view of the text where it shows one run
 // and over blocks of units where it does not.
 #include <Bedrock/strings/ZPString+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names of the encodings, by way of the library's strings table "EncodingNames".
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/platform/ZPHost.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole texts to and from files.
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/ZPString+Internal.h>

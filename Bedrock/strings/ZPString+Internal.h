@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The storage classes of strings, and what the files of the cluster share.
 //
 //   ZPSimpleCString    bytes in the 8-bit storage encoding, owned

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines, composed characters, and searching for members of a set.
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>
 #include <Bedrock/strings/ZPString+Internal.h>

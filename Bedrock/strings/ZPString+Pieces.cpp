@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Parts of strings, and strings made of others.
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/strings/ZPCase+Internal.h>

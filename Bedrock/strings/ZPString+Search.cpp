@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Searching for strings. Runs are searched for the needle's first and last unit in whole vectors; a text that
 // keeps nearly matching, and every other kind of search, goes to a matcher that reads each unit once.
 #include <Bedrock/strings/ZPCase+Internal.h>

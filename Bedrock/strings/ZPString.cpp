@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every string does on the primitives, apart from the themes that have files of their own: making,
 // reading, copying.
 #include <Bedrock/strings/ZPMutableString+Internal.h>

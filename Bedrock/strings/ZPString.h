@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings: immutable sequences of 16-bit units, the front of a class cluster.
 //
 // A string is made through a placeholder that picks the storage: 8-bit bytes in the storage encoding where

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the host says about text: the encoding of C strings, and bytes of the host that need not be text.
 #include <Bedrock/strings/ZPString+Internal.h>
 #include <Bedrock/strings/ZPStringEncoding+Internal.h>

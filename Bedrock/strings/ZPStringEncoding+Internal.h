@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tables of the encodings and the conversions of runs, which strings, C strings and the single-character
 // functions share.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Japanese EUC, Shift JIS and ISO 2022-JP from bytes, and the characters of the first two to bytes.
 //
 // EUC is the form in which the tables are written: pairs of bytes from 0xA1 on for JIS X 0208, 0x8E and a byte for

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs of bytes and units: ASCII, single-byte encodings, UTF-8. Sixteen bytes at a time where the processor has
 // vectors, a word at a time elsewhere.
 #include <Bedrock/strings/ZPStringEncoding+Internal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The single-byte encodings of text. docs/kestrel.md shows the KESTREL table.
 #include <Bedrock/strings/ZPEncodingPages+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole texts from bytes to units, and the converters of single characters in both directions.
 #include <Bedrock/strings/ZPStringEncoding+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Character encodings: their numbers, and the functions that carry text between bytes and units.
 // Everything here is safe from any thread.
 #pragma once

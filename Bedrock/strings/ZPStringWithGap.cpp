@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/strings/ZPMutableString+Internal.h>
 
 #include <Bedrock/core/ZPLog.h>

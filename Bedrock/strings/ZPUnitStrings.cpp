@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The concrete classes with 16-bit storage: units in `characters`, freed by
 //
 //   ZPSimpleString            always the object

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/tables/ZPHashTable.h>
 #include <Bedrock/tables/ZPTables+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sets of pointers or integers whose hashing, equality and ownership the caller chooses.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/tables/ZPMapTable.h>
 #include <Bedrock/tables/ZPTables+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tables from pointers or integers to pointers or integers, whose hashing, equality and ownership the caller
 // chooses.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A binary heap in one block:
 //
 //   capacity    grows to 2 * capacity + 1

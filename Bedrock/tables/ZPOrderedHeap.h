@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Binary min-heaps of words whose order the caller chooses.
 #pragma once
 

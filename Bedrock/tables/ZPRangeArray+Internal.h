@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the lists of ranges share: the arithmetic of ranges, the search by location, memory, and text.
 #pragma once
 

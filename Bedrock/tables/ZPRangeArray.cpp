@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists of ranges: `count` ranges, then cleared room up to the capacity, in the zone of the record. A full list
 // doubles; a removal from a list that is less than half full first halves an even capacity above 4.
 #include <Bedrock/tables/ZPRangeArray+Internal.h>

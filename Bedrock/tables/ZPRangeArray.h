@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Growable lists of ranges, edited by position.
 #pragma once
 

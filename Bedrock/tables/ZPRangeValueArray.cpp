@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ranges with values. `values` has the capacity of the list, the value of a range at its position. The caller's
 // functions are called while ranges and values belong together: a new value is retained before anything
 // changes, an old one is released after it has left.

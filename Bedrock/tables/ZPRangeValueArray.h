@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ranges that carry a value each, whose ownership the caller chooses.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The search, insertion and removal of the hashing engine as templates over the shape (set or dictionary)
 // and the equality test, so that the library's own tables and collections inline both.
 //

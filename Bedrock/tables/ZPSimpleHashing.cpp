@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The plain functions of the hashing engine.
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The hashing engine of the library in its two shapes: a set of words and a dictionary from words to words.
 // Both know nothing about what the words mean: the caller computes hashes and owns items.
 #pragma once

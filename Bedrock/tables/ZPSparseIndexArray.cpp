@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sets of indexes as ranges: sorted by location, none empty, at least one index between two. No end passes
 // 0xFFFFFFFF, so neither a union of ranges nor the total can overflow.
 #include <Bedrock/tables/ZPSparseIndexArray.h>

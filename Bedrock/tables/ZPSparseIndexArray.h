@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sets of 32-bit indexes, kept as ranges.
 #pragma once
 

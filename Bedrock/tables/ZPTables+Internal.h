@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What hash tables and map tables share: the functions behind their standard callback records, and the
 // gathering of items into arrays.
 #pragma once

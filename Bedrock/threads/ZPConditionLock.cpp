@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ZPConditionLock and ZPCondition. The condition lock's mutex is held only for the few instructions that look at its
 // state, flag and condition; waiting is done on the kernel's condition, which every unlocking wakes whole. ZPCondition
 // is the mutex and the condition themselves.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the lock classes share: the private part, which lies behind the object in one block, and their limits in time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ZPLock and ZPRecursiveLock. Each is one word:
 //
 //   0 -> 1   taken free            1 -> 2   a waiter announces itself

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Locks. None is recursive but ZPRecursiveLock, none reports misuse, and none promises who comes next. Any thread may
 // use one; it must not be deallocated while a thread waits on it.
 #pragma once

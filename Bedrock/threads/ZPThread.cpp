@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Thread objects hang from the platform layer's per-thread data, so the look-up is one load from thread-local
 // storage and stays right whatever becomes of stacks.
 //

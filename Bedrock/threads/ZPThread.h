@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Threads: the object of each thread, new threads, and the process's one step from one thread to many.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dates to text.
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the calendar date's code shares.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text to dates.
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
 

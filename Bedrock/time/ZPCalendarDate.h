@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calendar dates: dates in a time zone, by the Gregorian calendar.
 //
 // Formats are texts with directives:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The proleptic Gregorian calendar as arithmetic. Day 1 is Monday, January 1 of year 1; 2001-01-01 is day 730486. All
 // of it works on 64-bit numbers and is defined for every input.
 #pragma once

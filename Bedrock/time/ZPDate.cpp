@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ZPDate, and the two kinds of date that know no calendar. A concrete date keeps its seconds as they were given, so
 // that they come back exactly. The distant dates are two static objects.
 #include <Bedrock/time/ZPDate.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dates: points in time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/time/ZPLocale.h>
 
 #include <Bedrock/archiving/ZPPropertyList.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Locales: dictionaries of what differs from language to language, and the keys of their entries.
 #pragma once
 

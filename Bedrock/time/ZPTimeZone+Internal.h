@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The zone classes behind the fronts.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zones. Two caches live for the process under one mutex, with what is in them: details by abbreviation, of which those
 // at a fixed distance are also found by their hours and minutes; and the details of the host's zone. The default is
 // one of these until it is set. No other zone is known by its name yet.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Time zones, and the details of which they consist.
 #pragma once
 

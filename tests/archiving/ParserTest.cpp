@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The parser with grammars and tokens of one's own.
 #include <Bedrock/archiving/ZPParser.h>
 #include <Bedrock/collections/ZPArray.h>

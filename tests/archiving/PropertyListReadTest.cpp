@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading property-list text: the direct reader, and the parser that it must agree with in everything.
 #include <Bedrock/archiving/ZPPropertyList.h>
 #include <Bedrock/bridge/ZPCollectionBridge.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing property lists as text, and reading them back.
 #include <Bedrock/archiving/ZPPropertyList.h>
 #include <Bedrock/bridge/ZPCollectionBridge.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Bedrock/bridge/ZPCollectionBridge.h>
 #include <support/Objects.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings beside std::string, std::u16string, streams and unordered containers.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/bridge/ZPStringBridge.h>

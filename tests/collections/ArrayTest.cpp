@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Arrays over every storage form: the two concrete classes and client subclasses with the primitives only.
 #include "Support.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dictionaries over every storage form: the two concrete classes and a client subclass with the primitives
 // only.
 #include "Support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changing arrays, over the concrete class and a client subclass with the primitives only.
 #include "Support.h"
 

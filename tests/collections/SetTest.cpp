@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sets over every storage form, and multisets.
 #include "Support.h"
 

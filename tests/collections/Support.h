@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The storage forms of the clusters, so that one suite runs over all of them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Autorelease pools: order, nesting, pages, reports, errors inside a pop, threads.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/core/ZPAllocation.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exceptions, handler records, assertions, the log, names and messages of the root class.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/core/ZPAllocation.h>

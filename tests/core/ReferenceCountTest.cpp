@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counting: in the header, in the side table for objects that lie elsewhere, in words of the instance,
 // and under threads.
 #include <Bedrock/bridge/ZPMemory.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zones, pages and zombies.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/core/ZPAllocation.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bit vectors, plain and compressed.
 #include "DataForms.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files: reading, mapping, atomic writing, and what goes wrong with each.
 #include "DataForms.h"
 

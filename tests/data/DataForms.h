@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every form in which bytes can be stored, and what the tests of data share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Data objects in every form: reading, slicing, changing against a model, sharing, limits.
 #include "DataForms.h"
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Run by gdb in the frame of main: what the variables of shown.cpp look like, and the layouts against the debug information.
 import random
 import re

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # The debugger's view of objects, in a running program and in its core. usage: run.sh PROGRAM LIBRARY_FOLDER WORK_FOLDER [stripped]
 here=$(cd "$(dirname "$0")" && pwd)
 program=$1 library=$2 work=$3

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects of every form that the debugger shows, in variables of main; look.py looks at them where stop() is called.
 #include <Bedrock/Bedrock.h>
 

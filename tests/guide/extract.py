@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Turns the code blocks of a Markdown text into programs, and compares what they print with what the text shows.
 
     extract.py list GUIDE                 the programs' names, one a line

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The limits of docs/architecture.md, at the limit and one past it. Where the limit itself would take gigabytes, what is
 // asked for is the room alone.
 #include <Bedrock/Bedrock.h>

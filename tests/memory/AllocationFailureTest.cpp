@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every operation with every one of its allocations failing in turn: it succeeds all the same, or raises, and what it
 // worked on is as it was, or as it should be, and still usable.
 #include <Bedrock/Bedrock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // expect: the_selector_must_have_one_colon_for_each_argument
 #include <Bedrock/core/ZPObject.h>
 struct Wrong : ZPObject {

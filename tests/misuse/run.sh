@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Compiles and links each file of this folder and expects it to fail with the text its first line names.
 # usage: run.sh COMPILER SOURCE_ROOT LIBRARY_FOLDER FILE
 compiler=$1; root=$2; library=$3; file=$4

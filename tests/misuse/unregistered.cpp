@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // expect: classRecord_that_ZP_IMPLEMENT_defines
 #include <Bedrock/core/ZPObject.h>
 struct Forgotten : ZPObject {

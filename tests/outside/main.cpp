@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A class, a category and a protocol of a client's own, with the installed headers alone.
 #include <Bedrock/Bedrock.h>
 

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Builds and runs the program of this folder with the library from outside: from an installed prefix that was moved
 # (package, pkgconfig), or from its sources (subdirectory, fetch).
 # usage: run.sh HOW CMAKE SOURCE_FOLDER BUILD_FOLDER WORK_FOLDER

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Classes: C++ fields, initialisation, categories, protocols, posing, classes made at run time, type
 // strings, and what mistakes say.
 #include <Bedrock/core/ZPAllocation.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sending: results and arguments of every kind, null receivers, frames, forwarding, supers.
 #include <Bedrock/core/ZPObject.h>
 #include <gtest/gtest.h>

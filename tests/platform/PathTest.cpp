@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The mapping between the library's paths and the host's.
 #include <Bedrock/platform/ZPPath.h>
 #include <gtest/gtest.h>

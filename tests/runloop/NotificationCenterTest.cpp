@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Notifications and their centers.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/collections/ZPArray.h>

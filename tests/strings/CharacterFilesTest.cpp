@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The character sets and case mappings of the resource files: against the character data they were made from, and
 // what remains of them when files are missing or broken, each case in a process of its own.
 #include "StringForms.h"

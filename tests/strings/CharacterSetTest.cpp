@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Character sets: the standard sets, and every kind of set beside one bitmap.
 #include "StringForms.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Decompositions, and the converters without their data files.
 #include "EncodedText.h"
 

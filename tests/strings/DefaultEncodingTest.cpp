@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // C strings under different default encodings, each in a process of its own.
 #include "StringForms.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text to bytes and back, as the tests of encodings look at it.
 #pragma once
 

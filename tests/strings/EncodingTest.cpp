@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Encodings: both directions, tables and their inverses, loss, cut-off and damaged input.
 #include "EncodedText.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Formats: against the C library's formatter, objects, positions, locales, malformed directives.
 #include "StringForms.h"
 

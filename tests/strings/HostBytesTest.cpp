@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes of the host that need not be text.
 #include "EncodedText.h"
 

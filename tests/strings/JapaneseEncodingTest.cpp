@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Japanese EUC, Shift JIS and ISO 2022-JP: every pair, the library's own forms, damaged text.
 #include "EncodedText.h"
 

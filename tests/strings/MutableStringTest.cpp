@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mutable strings: edits against a model, sharing of contents, storage forms, the abstract class.
 #include "StringForms.h"
 

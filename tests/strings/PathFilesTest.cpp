@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths and the host: names of any bytes, links, completion, users and directories.
 #include "StringForms.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Splitting, joining, standardizing and abbreviating paths. The home directory of the process is C:\Users\me.
 #include "StringForms.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An autorelease pool around every test of the program.
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <gtest/gtest.h>

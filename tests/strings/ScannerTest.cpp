@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scanners over every form of string, the primitives that a client's scanner supplies, and the number readers.
 #include "StringForms.h"
 

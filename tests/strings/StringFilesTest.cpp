@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts in files.
 #include "StringForms.h"
 

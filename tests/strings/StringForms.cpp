@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StringForms.h"
 
 #include <Bedrock/strings/ZPPathUtilities.h>

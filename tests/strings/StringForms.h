@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every form in which a text can be stored, made from the same units, and what the tests of strings share.
 #pragma once
 

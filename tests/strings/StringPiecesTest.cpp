@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Substrings, joining, taking apart, case, numbers and displayable forms, in every storage form.
 #include "StringForms.h"
 

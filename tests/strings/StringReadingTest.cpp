@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading, hashing, equality and order, the same in every storage form.
 #include "StringForms.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Searching, in every storage form, beside a search that tries every place.
 #include "StringForms.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which class keeps a text, who owns its buffer, and when a substring lets its parent go.
 #include "StringForms.h"
 

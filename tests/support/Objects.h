@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects for tests: values that count how many of them live, and the text of an error.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Heaps, held against sorted lists.
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/tables/ZPOrderedHeap.h>

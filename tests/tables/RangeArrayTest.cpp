@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists of ranges edited by position, and sets of indexes, held against lists and sets of the standard library.
 #include <support/Objects.h>
 

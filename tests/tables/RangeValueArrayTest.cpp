@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ranges with values: who owns them, what merges, and which mode allows what.
 #include <support/Objects.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The engine itself: sizes, places of entries, growth and removal. Expected places are worked out by hand
 // from the probe rule: start at hash & mask, odd step ((hash >> 1) & mask) + ((hash >> 1) & 1) - 1.
 #include <Bedrock/tables/ZPSimpleHashing.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hash tables and map tables: what they keep, give up and report.
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/core/ZPAllocation.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Locks.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/strings/ZPString.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Thread objects, threads that the library starts, and the step to many threads.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/collections/ZPArray.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The calendar: fields, arithmetic, and the host's zone.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/strings/ZPString.h>

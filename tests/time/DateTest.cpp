@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dates, and zones at fixed distances.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/collections/ZPArray.h>

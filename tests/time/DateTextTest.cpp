@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dates to text and back.
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/collections/ZPArray.h>

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # The plist tool from outside: results, complaints, exit statuses. usage: plist.sh PLIST WORK_FOLDER
 plist=$1; work=$2; failures=0
 rm -rf "$work"; mkdir -p "$work"; cd "$work" || exit 1

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # The when tool from outside: results, complaints, exit statuses. usage: when.sh WHEN
 when=$1; failures=0
 TZ=America/New_York; export TZ

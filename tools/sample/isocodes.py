@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes a property list of countries, languages, scripts and currencies, with their names in other
 languages, from Debian's iso-codes package.
 
