@@ -18,30 +18,32 @@
 struct Protocol;
 struct ZPZone;
 
-/// Calls an implementation with arguments read from a frame; `result` may be null.
+/// Calls an implementation with arguments read from a frame, as `objc_frame` describes it; `result` may be null.
 using objc_frameInvoker = void (*)(IMP implementation, objc_object *self, SEL selector, void *arguments, void *result);
 
-/// A selector and a type string.
+/// A method by name and type. Both texts live as long as the process.
 struct objc_methodDescription {
-    SEL name;
-    const char *types;
+    SEL name;           ///< what it is called by
+    const char *types;  ///< the type string: result, receiver, selector, arguments
 };
 
+/// A method of a class. Records live as long as the process and do not change once they are published.
 struct objc_method {
-    SEL name;
-    const char *types;
-    IMP implementation;
-    objc_frameInvoker invoker;
-    unsigned argumentSize;  ///< bytes of the argument frame, receiver and selector included
+    SEL name;                   ///< what it is called by
+    const char *types;          ///< the type string: result, receiver, selector, arguments
+    IMP implementation;         ///< the function; call it only through its real type
+    objc_frameInvoker invoker;  ///< calls it with a frame
+    unsigned argumentSize;      ///< bytes of the argument frame, receiver and selector included
 };
 
-/// One list of methods: what a class's own file registered, or one category.
+/// One list of methods: what a class's own file registered, or one category. Lives as long as the process.
 struct objc_methodList {
-    const objc_methodList *next;
-    unsigned count;
-    objc_method methods[];
+    const objc_methodList *next;  ///< the list that was there before; null for the oldest
+    unsigned count;               ///< of the methods
+    objc_method methods[];        ///< the methods themselves
 };
 
+/// @cond machinery
 struct objc_protocolList {
     const objc_protocolList *next;
     Protocol *protocol;
@@ -59,6 +61,7 @@ struct objc_cache {
     objc_cacheBucket buckets[1];
 };
 
+/// What a class's cache is until it answers its first message; never filled.
 extern "C" ZP_EXPORT objc_cache objc_emptyCache;
 
 /// How the C++ fields of an instance come to life and end; null where nothing is to do.
@@ -67,91 +70,102 @@ struct objc_fieldHooks {
     void (*copy)(void *instance, const void *source);
     void (*destroy)(void *instance);
 };
+/// @endcond
 
+/// Bits of a class record's `info`.
 enum objc_classInfo : unsigned {
-    objc_isMetaclass = 1,
-    objc_isRealized = 2,
-    objc_isInitializing = 4,
-    objc_isInitialized = 8,
-    objc_isRoot = 16,
-    objc_countsInHeader = 32,     ///< instances come from the allocator and keep their count before `isa`
-    objc_defaultCounting = 64,    ///< retain, release, retainCount and autorelease are the root's own
-    objc_hasWideAlignment = 128,  ///< instances need 16-byte alignment
-    objc_isPosing = 256,
-    objc_defaultAllocation = 512, ///< (metaclass) alloc and allocWithZone: are the root's own
-    objc_defaultDealloc = 1024,   ///< dealloc is the root's own
-    objc_allocatesPlainly = 2048, ///< initialized, and alloc does nothing but allocate
+    objc_isMetaclass = 1,          ///< the record describes a class object
+    objc_isRealized = 2,           ///< its method table is built
+    objc_isInitializing = 4,       ///< `+initialize` is running
+    objc_isInitialized = 8,        ///< `+initialize` has run
+    objc_isRoot = 16,              ///< it has no superclass
+    objc_countsInHeader = 32,      ///< instances come from the allocator and keep their count before `isa`
+    objc_defaultCounting = 64,     ///< retain, release, retainCount and autorelease are the root's own
+    objc_hasWideAlignment = 128,   ///< instances need 16-byte alignment
+    objc_isPosing = 256,           ///< it took the place of another class
+    objc_defaultAllocation = 512,  ///< (metaclass) alloc and allocWithZone: are the root's own
+    objc_defaultDealloc = 1024,    ///< dealloc is the root's own
+    objc_allocatesPlainly = 2048,  ///< initialized, and alloc does nothing but allocate
 };
 
+/// The record of a class or of its metaclass. Read `superclass`, `name`, `version` and `instanceSize`; the runtime
+/// alone changes a record, by the functions below.
 struct objc_class : objc_object {
-    objc_cache *cache;
-    Class superclass;
-    unsigned info;
-    int version;
-    const char *name;
-    unsigned instanceSize;
-    unsigned reserved;
-    const objc_fieldHooks *fields;
-    const objc_methodList *methodLists;
-    const objc_protocolList *protocols;
+    objc_cache *cache;  ///< selectors already looked up
+    Class superclass;  ///< null for a root class
+    unsigned info;  ///< bits of `objc_classInfo`
+    int version;  ///< what `version` was given at registration, else 0; archives record it
+    const char *name;  ///< the class's name, UTF-8
+    unsigned instanceSize;  ///< in bytes, `isa` included
+    unsigned reserved;  ///< 0
+    const objc_fieldHooks *fields;  ///< the C++ fields' construction and destruction; null when there is nothing to do
+    const objc_methodList *methodLists;  ///< newest category first
+    const objc_protocolList *protocols;  ///< what the class itself adopts
     Class counterpart;  ///< the metaclass of a class, the class of a metaclass
-    void *state;        ///< the runtime's own: method index, queued entries, subclasses
+    void *state;  ///< the runtime's own: method index, queued entries, subclasses
 };
 
-/// A class record and its metaclass's.
+/// A class record and its metaclass's, as ZP_IMPLEMENT defines them: static, at a stable address.
 struct objc_classPair {
-    objc_class cls;
-    objc_class meta;
+    objc_class cls;   ///< the class
+    objc_class meta;  ///< its metaclass
 };
 
 extern "C" {
 // Selectors. A selector lives as long as the process; any thread may call these.
 
-/// The selector of a name, registered on first use. A null name gives the null selector.
+/// The selector of a name, registered on first use; the name is copied. A null name gives the null selector.
 ZP_EXPORT SEL sel_registerName(const char *name);
 /// The same as `sel_registerName`.
 ZP_EXPORT SEL sel_getUid(const char *name);
-/// The selector of a literal: stores it in `slot` for the next use.
+/// The selector of a literal, also stored in `slot` for the next use. `name` must live as long as the process.
 ZP_EXPORT SEL objc_registerSelector(SEL *slot, const char *name);
 
 // Classes. Class records are never freed; any thread may call these.
 
-/// The class of a name, or null. Finds a class that poses under the name.
+/// The class of a name, or null, also for a null name. Finds a class that poses under the name.
 ZP_EXPORT Class objc_getClass(const char *name);
 /// The same as `objc_getClass`.
 ZP_EXPORT Class objc_lookUpClass(const char *name);
-/// The class that was declared under a name, also when another class poses as it.
+/// The class that was declared under a name, also when another class poses as it; null when there is none.
 ZP_EXPORT Class objc_getOrigClass(const char *name);
 /// Registers a class record made at run time. Stops the process when the name is taken.
 ZP_EXPORT void objc_addClass(Class cls);
-/// A new, unregistered subclass record with `extraBytes` of instance storage behind the
-/// superclass's; add methods, then register it with `objc_addClass`. The name is copied.
+/// A new, unregistered subclass record with `extraBytes` of instance storage behind the superclass's; add methods,
+/// then register it with `objc_addClass`. The name is copied. Lives as long as the process.
 ZP_EXPORT Class objc_makeClass(Class superclass, const char *name, unsigned extraBytes);
 /// A copy of a class record and its metaclass record under another name, not registered.
 ZP_EXPORT Class objc_copyClass(Class cls, const char *name);
-/// Stores up to `capacity` registered classes and answers how many there are.
+/// Stores up to `capacity` registered classes (`classes` may be null when it is 0) and answers how many there are.
 ZP_EXPORT unsigned objc_getClasses(Class *classes, unsigned capacity);
-/// Tells the runtime that more than one thread exists.
+/// Kept for its callers, and does nothing: the runtime is safe from the first thread on.
 ZP_EXPORT void objc_setMultithreaded(BOOL flag);
 
-/// Adds or replaces a method. `types` must live as long as the process.
+/// Adds a method to instances, or replaces one, for messages sent from now on; given a metaclass, to the class
+/// object. `types` must live as long as the process, `invoker` is null for a method that no frame may call, and
+/// `argumentSize` counts the bytes of its frame.
 ZP_EXPORT void class_addMethod(Class cls, SEL name, IMP implementation, const char *types, objc_frameInvoker invoker,
                                unsigned argumentSize);
-/// The method that instances of the class answer a selector with, or null.
+/// The method that instances of the class answer a selector with, inherited ones included; null when there is none,
+/// or when either argument is null.
 ZP_EXPORT const objc_method *class_getInstanceMethod(Class cls, SEL name);
-/// The method of the class object itself, or null.
+/// The same for the class object itself.
 ZP_EXPORT const objc_method *class_getClassMethod(Class cls, SEL name);
-/// The implementation for a selector; `_objc_msgForward` when there is none.
+/// The implementation that instances answer a selector with; `_objc_msgForward` when there is none.
 ZP_EXPORT IMP class_lookupMethod(Class cls, SEL name);
+/// YES when instances of the class have a method for the selector; NO for null.
 ZP_EXPORT BOOL class_respondsToMethod(Class cls, SEL name);
-/// YES when a class is another, descends from it, or poses as it.
+/// YES when a class is another, descends from it, or poses as it; NO for null.
 ZP_EXPORT BOOL class_inherits(Class cls, Class ancestor);
-/// The class's own method lists, newest category first: start with a null `*iterator`.
+/// The class's own method lists, newest category first: start with a null `*iterator`. Null at the end. The class
+/// must not get methods meanwhile.
 ZP_EXPORT const objc_methodList *class_nextMethodList(Class cls, const void **iterator);
-/// Makes `impostor`, a direct subclass of `original` without fields of its own, take its place: from
-/// then on every instance, subclass and reference of `original` behaves as `impostor`. The former
-/// behaviour lives on in a hidden class whose name begins with "%", `impostor`'s new superclass.
+/// Makes `impostor`, a direct subclass of `original` without fields of its own (or the process is stopped), take
+/// its place, and answers the class that does: from then on every instance, subclass and reference of `original`
+/// behaves as `impostor`. The former behaviour lives on in a hidden class whose name begins with "%", `impostor`'s
+/// new superclass.
 ZP_EXPORT Class class_poseAs(Class impostor, Class original);
+/// The bytes of a method's argument frame, receiver and selector included; 0 for null.
 ZP_EXPORT unsigned method_getSizeOfArguments(const objc_method *method);
 
 /// Stands for "not implemented" among implementations. Never call it: a send takes the forwarding
@@ -159,24 +173,39 @@ ZP_EXPORT unsigned method_getSizeOfArguments(const objc_method *method);
 ZP_EXPORT void _objc_msgForward();
 
 // The slow sides of a send.
+/// The implementation for a message to this receiver, which must not be null; initializes its class and fills its
+/// cache. Null when there is none.
 ZP_EXPORT IMP objc_lookUpForSend(objc_object *receiver, SEL selector);
+/// The same for a message to the superclass given. Null when there is none.
 ZP_EXPORT IMP objc_lookUpForSuper(Class superclass, SEL selector);
+/// Stops the process, naming both type strings, when the class's method for the selector has other types than
+/// these.
 ZP_EXPORT void objc_checkSend(Class cls, SEL selector, const char *types);
+/// Whether a call with the one type string may reach a method with the other: integers of one width match whatever
+/// their sign, and `^v` matches every pointer.
 ZP_EXPORT BOOL objc_typesMatch(const char *a, const char *b);
+/// Stops the process with a message that names the object's class and the wanted one.
 [[noreturn]] ZP_EXPORT void objc_conversionFailed(objc_object *object, Class wanted);
+/// Writes a printf text to standard error and stops the process.
 [[noreturn]] ZP_EXPORT void objc_fatal(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
 // Registration, run by the static initialisers that ZP_IMPLEMENT, ZP_CATEGORY and
 // ZP_DEFINE_PROTOCOL write.
+/// Fills a method record; called when the class is first used.
 using objc_methodDescriber = void (*)(objc_method *method);
+/// Queues a class record, which becomes known by its name with the next look-up.
 ZP_EXPORT void objc_loadClass(Class cls);
+/// Marks where the methods of a category begin.
 ZP_EXPORT void objc_loadCategory(Class cls, const char *category);
+/// Queues a method of a class, or of its metaclass. `name` must live as long as the process.
 ZP_EXPORT void objc_loadMethod(Class cls, const char *name, objc_methodDescriber describe);
+/// Notes that a class adopts a protocol.
 ZP_EXPORT void objc_loadProtocol(Class cls, Protocol *protocol);
 
-/// A new instance on the heap, or null when there is no memory.
+/// A new instance on the heap, zero-filled but for its C++ fields, with retain count 1; null when there is no
+/// memory.
 ZP_EXPORT objc_object *objc_allocateInstance(Class cls);
-/// YES when `object` is of the class or answers YES to `-isKindOfClass:`.
+/// YES when `object`, which must not be null, is of the class or answers YES to `-isKindOfClass:`.
 ZP_EXPORT BOOL objc_isKindOf(objc_object *object, Class cls);
 }
 

@@ -23,15 +23,21 @@
 #pragma GCC diagnostic ignored "-Wignored-attributes"
 #pragma GCC diagnostic ignored "-Wattributes"
 
+/// Joins two tokens as they stand; ZP_JOIN is the one to use.
 #define ZP_JOIN2(a, b) a##b
+/// Joins two tokens after expanding them.
 #define ZP_JOIN(a, b) ZP_JOIN2(a, b)
+/// A name that no other use in the file has.
 #define ZP_UNIQUE(prefix) ZP_JOIN(prefix, __COUNTER__)
 
+/// @cond machinery
 template <class X> std::type_identity<void> objc_nearest(X *, const objc_object *);
+/// @endcond
 
 /// The nearest superclass of T that was declared with ZP_CLASS; void for a root.
 template <class T> using objc_superclassOf = typename decltype(objc_nearest(static_cast<T *>(nullptr), static_cast<T *>(nullptr)))::type;
 
+/// What ZP_CLASS and ZP_PRIVATE_CLASS declare, with the record's visibility.
 #define ZP_CLASS_MEMBERS(T, VISIBILITY)                                                            \
     VISIBILITY static ::objc_classPair classRecord_that_ZP_IMPLEMENT_defines;                      \
     /** The class object. */                                                                       \
@@ -48,11 +54,13 @@ template <class T> using objc_superclassOf = typename decltype(objc_nearest(stat
         return {};                                                                                 \
     }
 
-/// Declares a struct to be a class: write it first in a struct that derives from another class.
+/// Declares a struct to be a class: write it first in a struct that derives from another class. ZP_IMPLEMENT
+/// defines it; without that the program does not link.
 #define ZP_CLASS(T) ZP_CLASS_MEMBERS(T, ZP_EXPORT)
 /// The same for a class that only its own library names.
 #define ZP_PRIVATE_CLASS(T) ZP_CLASS_MEMBERS(T, )
 
+/// @cond machinery
 // A class that allocates as the root does is spared the message.
 template <class T> ZP_INLINE T *objc_allocate(Class cls) {
     if (__atomic_load_n(&cls->info, __ATOMIC_ACQUIRE) & objc_allocatesPlainly) [[likely]]
@@ -200,22 +208,26 @@ template <auto M, class C, class R, class... A> struct objc_variadicDescriber<M,
     : objc_variadicImplementation<M, C, R, typename objc_dropLast<objc_typeList<>, A...>::type> {};
 template <auto M, class S, class R, class... A> struct objc_variadicDescriber<M, R (*)(S, A...)>
     : objc_variadicImplementation<M, S, R, typename objc_dropLast<objc_typeList<>, A...>::type> {};
+/// @endcond
 
 // ---- registration ------------------------------------------------------------------------------
 
-/// Registers methods with a class or a category; made by ZP_IMPLEMENT and ZP_CATEGORY. Its templates are
-/// always inlined: g++ gives their instances external linkage even when M belongs to an unnamed namespace,
-/// so methods of two files' local classes with the same names would be taken for each other.
+/// Registers methods with a class or a category; made by ZP_IMPLEMENT and ZP_CATEGORY, before `main`. A selector
+/// whose colons do not fit the function's arguments is a compile error; a method that is registered twice stops the
+/// process when the class is first used. Its templates are always inlined: g++ gives their instances external
+/// linkage even when M belongs to an unnamed namespace, so methods of two files' local classes with the same names
+/// would be taken for each other.
 struct objc_implementer {
-    Class cls;
+    Class cls;  ///< the class that gets the methods
 
-    /// An instance method: a member function, or a function whose first parameter is the receiver.
+    /// An instance method: a member function of the class or of a struct derived from its front.
     template <auto M>
         requires(std::is_member_function_pointer_v<decltype(M)>)
     ZP_INLINE const objc_implementer &method(objc_selectorText<objc_function<decltype(M)>::count> name) const {
         objc_loadMethod(cls, name.text, &objc_describer<M, false>::describe);
         return *this;
     }
+    /// An instance method: a function whose first parameter is the receiver.
     template <auto M>
         requires(!std::is_member_function_pointer_v<decltype(M)>)
     ZP_INLINE const objc_implementer &method(objc_selectorText<objc_function<decltype(+M)>::count - 1> name) const {
@@ -242,7 +254,8 @@ struct objc_implementer {
         objc_loadMethod(cls->counterpart, name.text, &objc_variadicDescriber<+M>::describe);
         return *this;
     }
-    /// The class keeps the promises of protocol P.
+    /// The class adopts the protocols P, which `conformsToProtocol:` then answers; whether it has their methods is
+    /// not checked.
     template <class... P> const objc_implementer &adopts() const {
         (objc_loadProtocol(cls, P::protocol()), ...);
         return *this;
@@ -267,6 +280,7 @@ struct objc_implementer {
     }
 };
 
+/// @cond machinery
 template <class T> inline constexpr objc_fieldHooks objc_hooksOf = {
     std::is_trivially_default_constructible_v<T> ? nullptr : +[](void *p) {
         if constexpr (!std::is_trivially_default_constructible_v<T>) ::new (p) T;
@@ -307,6 +321,7 @@ template <class T> objc_implementer objc_implement() {
     objc_loadClass(&T::classRecord_that_ZP_IMPLEMENT_defines.cls);
     return {&T::classRecord_that_ZP_IMPLEMENT_defines.cls};
 }
+/// @endcond
 
 /// Defines a class that ZP_CLASS declared and begins the list of its methods; once, in a source file.
 #define ZP_IMPLEMENT(...)                                                                          \
@@ -318,22 +333,26 @@ template <class T> objc_implementer objc_implement() {
     template <> constinit ::objc_classPair __VA_ARGS__::classRecord_that_ZP_IMPLEMENT_defines = ::objc_classRecord<__VA_ARGS__>(#__VA_ARGS__); \
     [[maybe_unused]] static const ::objc_implementer ZP_UNIQUE(objc_methodsOf_) = ::objc_implement<__VA_ARGS__>()
 
+/// @cond machinery
 inline objc_implementer objc_category(Class cls, const char *name) {
     objc_loadCategory(cls, name);
     return {cls};
 }
+/// @endcond
 
-/// Begins a list of methods that a file adds to a class of another file. A category's methods take
-/// the place of the class's own of the same selector.
+/// Begins a list of methods that a file adds to a class of another file. A category's methods take the place of the
+/// class's own of the same selector; of two categories with one selector, those of the file whose initialisers run
+/// later.
 #define ZP_CATEGORY(T, Name)                                                                       \
     [[maybe_unused]] static const ::objc_implementer ZP_UNIQUE(objc_category_) = ::objc_category(T::class_(), #Name)
 
-/// Sends to the superclass of T's implementation: `objc_super<T>(this).send<void>("dealloc"_sel)`.
+/// Sends to the superclass of T's implementation: `objc_super<T>(this).send<void>("dealloc"_sel)`. T is the class
+/// whose method sends.
 template <class T> struct objc_super {
-    objc_object *self;
-    /// The receiver of the messages.
+    objc_object *self;  ///< the receiver
+    /// The receiver of the messages, which must not be null and is not retained.
     explicit objc_super(objc_object *receiver) : self(receiver) {}
-    /// Sends the message to the superclass's method.
+    /// Sends the message to the superclass's method; the types must be the method's own.
     template <class R = void, class... A> R send(SEL selector, A... arguments) const {
         return objc_msgSendSuper<R>(self, T::class_()->superclass, selector, arguments...);
     }

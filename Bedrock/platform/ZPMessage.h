@@ -18,6 +18,7 @@
 #pragma GCC diagnostic ignored "-Wignored-attributes"
 #pragma GCC diagnostic ignored "-Wattributes"
 
+/// @cond machinery
 template <unsigned N> struct objc_text {
     char text[N];
     consteval objc_text(const char (&s)[N]) {
@@ -26,8 +27,10 @@ template <unsigned N> struct objc_text {
 };
 
 template <objc_text Name> inline constinit SEL objc_selectorSlot = nullptr;
+/// @endcond
 
-/// `"objectAtIndex:"_sel`: the selector of a literal name, registered on first use.
+/// `"objectAtIndex:"_sel`: the selector of a literal name, registered on first use and one load afterwards. Any
+/// thread.
 template <objc_text Name> ZP_INLINE SEL operator""_sel() {
     SEL selector = __atomic_load_n(&objc_selectorSlot<Name>, __ATOMIC_ACQUIRE);
     if (selector) [[likely]] return selector;
@@ -39,14 +42,15 @@ template <objc_text Name> ZP_INLINE SEL operator""_sel() {
 /// receiver, the selector, then the rest. The handler stores what the message answers at `result`,
 /// which is zeroed and valid, as the frame is, until `-forward::` returns.
 struct objc_frame {
-    const char *types;  ///< the call site's own type string
-    void *arguments;     ///< receiver, selector and the rest, each in its place
-    unsigned length;     ///< of the arguments, in bytes
-    unsigned resultSize; ///< in bytes; 0 for none
-    void *result;        ///< where the answer goes
-    BOOL hasHiddenResult; ///< the answer is returned in memory
+    const char *types;     ///< the call site's own type string
+    void *arguments;       ///< receiver, selector and the rest, each in its place
+    unsigned length;       ///< of the arguments, in bytes
+    unsigned resultSize;   ///< in bytes; 0 for none
+    void *result;          ///< where the answer goes
+    BOOL hasHiddenResult;  ///< the answer is returned in memory
 };
 
+/// @cond machinery
 template <class T> inline constexpr unsigned objc_slotSize = (sizeof(T) + sizeof(void *) - 1) / sizeof(void *) * sizeof(void *);
 template <> inline constexpr unsigned objc_slotSize<void> = 0;
 
@@ -63,6 +67,7 @@ template <class T> inline constexpr bool objc_fitsFrame = std::is_void_v<T> || s
 template <class R, class... A>
 inline constexpr unsigned objc_frameLength =
     (objc_resultIsHidden<R>() ? sizeof(void *) : 0) + 2 * sizeof(void *) + (0 + ... + objc_slotSize<objc_stored<A>>);
+/// @endcond
 
 extern "C" {
 /// Sends `forward::` for a message that has no implementation.
@@ -73,6 +78,7 @@ ZP_EXPORT void objc_sendFrame(objc_object *receiver, SEL selector, unsigned leng
                               unsigned resultSize);
 }
 
+/// @cond machinery
 template <class T> ZP_INLINE char *objc_putSlot(char *slot, T value) {
     if constexpr (std::is_trivially_copyable_v<T>) std::memcpy(slot, &value, sizeof value);
     return slot + objc_slotSize<T>;
@@ -116,8 +122,9 @@ ZP_INLINE objc_cacheBucket *objc_cachedMethod(objc_object *receiver, SEL selecto
     return reinterpret_cast<objc_cacheBucket *>(reinterpret_cast<char *>(cache->buckets) +
                                                 ((reinterpret_cast<std::uintptr_t>(selector) >> 1) & cache->mask));
 }
+/// @endcond
 
-/// Sends without comparing the C++ types with the method's, also in checked builds.
+/// As `objc_msgSend`, without comparing the C++ types with the method's, also in checked builds.
 template <class R = void, class... A> ZP_INLINE R objc_msgSendUnchecked(objc_object *receiver, SEL selector, A... arguments) {
     if (!receiver) [[unlikely]] {
         if constexpr (std::is_void_v<R>) return;
@@ -131,9 +138,10 @@ template <class R = void, class... A> ZP_INLINE R objc_msgSendUnchecked(objc_obj
                                                                                      std::forward<A>(arguments)...);
 }
 
-/// Sends a message and answers its result. A message to null answers a zero of the result type. The
-/// types must be the method's own: in checked builds a send whose types do not match the method's
-/// type string stops the process with a message that names both.
+/// Sends a message and answers its result. A message to null answers a zero of the result type; one that the
+/// receiver does not implement goes to its `forward::`, which for most classes raises ZPInvalidArgumentException.
+/// The types must be the method's own: in checked builds a send whose types do not match the method's type string
+/// stops the process with a message that names both; otherwise it is undefined. Any thread.
 template <class R = void, class... A> ZP_INLINE R objc_msgSend(id receiver, SEL selector, A... arguments) {
     objc_object *self = objc_receiver(receiver.pointer());
 #if ZP_CHECKED
@@ -142,8 +150,8 @@ template <class R = void, class... A> ZP_INLINE R objc_msgSend(id receiver, SEL 
     return objc_msgSendUnchecked<R, A...>(self, selector, std::forward<A>(arguments)...);
 }
 
-/// Sends a message to the superclass's implementation: `superclass` is that of the class whose
-/// method sends.
+/// Sends a message, to a receiver that is not null, with the implementation that `superclass` has for it: the
+/// superclass of the class whose method sends. See `objc_super`.
 template <class R = void, class... A> R objc_msgSendSuper(id receiver, Class superclass, SEL selector, A... arguments) {
     IMP implementation = objc_lookUpForSuper(superclass, selector);
     if (!implementation) [[unlikely]]
@@ -161,10 +169,11 @@ template <class T> ZP_INLINE auto objc_variadicArgument(T value) {
     }
 }
 
-/// Sends a message to a variadic method whose named arguments have the types N:
-/// `objc_sendVariadic<ZPString *, ZPString *>::send(receiver, "stringWithFormat:"_sel, format, 1, 2.5)`.
+/// Sends a message to a variadic method whose named arguments have the types N: `objc_sendVariadic<ZPString *,
+/// ZPString *>::send(receiver, "stringWithFormat:"_sel, format, 1, 2.5)`.
 template <class R, class... N> struct objc_sendVariadic {
-    /// Sends the message; the arguments behind the named ones are the variadic ones.
+    /// Sends the message; the arguments behind the named ones are the variadic ones: numbers, pointers and objects.
+    /// Null answers a zero. A receiver without the method gets a frame of the named arguments alone in `forward::`.
     template <class... A> static ZP_INLINE R send(id receiver, SEL selector, N... named, A... arguments) {
         objc_object *self = objc_receiver(receiver.pointer());
         if (!self) [[unlikely]] {
@@ -181,8 +190,9 @@ template <class R, class... N> struct objc_sendVariadic {
     }
 };
 
-/// Sends a message with an argument frame: `length` bytes at `frame` as `objc_frame` describes them.
-/// Answers the result as R; a hidden structure result goes where the frame's first word points.
+/// Sends a message with an argument frame: `length` bytes at `frame` as `objc_frame` describes them. Answers the
+/// result as R, which must be trivially copyable, and a zero from null; a hidden structure result goes where the
+/// frame's first word points.
 template <class R = id> R objc_msgSendv(id receiver, SEL selector, unsigned length, void *frame) {
     if constexpr (std::is_void_v<R>) {
         if (receiver) objc_sendFrame(receiver.pointer(), selector, length, frame, nullptr, 0);

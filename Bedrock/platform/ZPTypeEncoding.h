@@ -15,6 +15,7 @@
 /// A structure without one is written as that many bytes.
 template <class T> struct objc_structEncoding;
 
+/// @cond machinery
 struct objc_typeWriter {
     char text[256] = {};
     unsigned length = 0;
@@ -104,11 +105,13 @@ template <class... T> consteval auto objc_trimmedTypes() {
     for (unsigned i = 0; i < w.length; ++i) result.text[i] = w.text[i];
     return result;
 }
+/// @endcond
 
 /// The type strings of a list of types, one after another.
 template <class... T> inline constexpr auto objc_types = objc_trimmedTypes<T...>();
 
-/// The type string of one C++ type, null-terminated; lives as long as the process.
+/// The type string of one C++ type, null-terminated; lives as long as the process. A structure without an
+/// `objc_structEncoding` is that many bytes, "{?=[12C]}"; a text of more than 255 characters is a compile error.
 template <class T> constexpr const char *ZPEncode() { return objc_types<T>.text; }
 
 /// The type string of a method with result R and arguments A after the receiver and the selector.

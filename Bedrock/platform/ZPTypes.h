@@ -7,8 +7,11 @@
 #include <cstdint>
 #include <type_traits>
 
+/// Makes a declaration part of the interface of its shared library, which hides the rest.
 #define ZP_EXPORT __attribute__((visibility("default")))
+/// A function that is rarely called: kept apart from those that are, and never inlined.
 #define ZP_COLD __attribute__((cold, noinline))
+/// A function that is always inlined, also where nothing is optimized.
 #define ZP_INLINE __attribute__((always_inline)) inline
 
 /// 1 in builds that check every send's C++ types and every conversion from `id`; follows NDEBUG
@@ -21,10 +24,10 @@
 #endif
 #endif
 
-/// A signed 8-bit flag.
+/// A signed 8-bit flag. Any value but NO counts as true: test it for being NO, do not compare it with YES.
 using BOOL = signed char;
-inline constexpr BOOL YES = 1;
-inline constexpr BOOL NO = 0;
+inline constexpr BOOL YES = 1;  ///< true as a flag
+inline constexpr BOOL NO = 0;   ///< false as a flag
 
 /// One 16-bit Unicode code unit.
 using unichar = char16_t;
@@ -39,9 +42,9 @@ using Class = objc_class *;
 /// A selector: the address of its own unique, null-terminated text.
 using SEL = const objc_selector *;
 
-/// What every instance begins with.
+/// What every instance begins with. Not to be made or copied as a C++ value.
 struct objc_object {
-    Class isa;
+    Class isa;  ///< the class that answers the object's messages; a class object's is its metaclass
 };
 
 /// The implementation of a method with its C++ type erased; call it only through its real type,
@@ -50,8 +53,10 @@ using IMP = void (*)();
 
 // Which pointers are object references. A complete class answers through its base; a class that is
 // only declared answers through the overload that ZP_FORWARD adds for it.
+/// @cond machinery
 std::true_type objc_objectTest(const volatile objc_object *);
 std::false_type objc_objectTest(...);
+/// @endcond
 
 /// Declares a class of objects without its front, so that a header can name `T *` in a message.
 #define ZP_FORWARD(T)                                                                              \
@@ -60,6 +65,7 @@ std::false_type objc_objectTest(...);
 
 ZP_FORWARD(ZPObject);
 
+/// @cond machinery
 template <class T> consteval bool objc_isObjectClass() {
     if constexpr (std::is_class_v<T>) {
         constexpr bool object = decltype(objc_objectTest(static_cast<T *>(nullptr)))::value;
@@ -71,7 +77,9 @@ template <class T> consteval bool objc_isObjectClass() {
         return false;
     }
 }
+/// @endcond
 
+/// A struct that is a class of objects: it, or one it derives from, was declared with ZP_CLASS or ZP_FORWARD.
 template <class T> concept objc_ObjectClass = objc_isObjectClass<std::remove_cv_t<T>>();
 
 /// A receiver as it is. A front's member may be called on a null pointer, which the compiler otherwise takes
@@ -94,26 +102,32 @@ class id {
     constexpr id() = default;
     /// Any object, or none.
     constexpr id(std::nullptr_t) {}
-    constexpr id(objc_object *object) : _object(object) {}
+    constexpr id(objc_object *object) : _object(object) {}  ///< the object, or none for null; not retained
+    /// An object of any class, or none for null; not retained.
     template <objc_ObjectClass T> id(T *object) : _object((objc_object *)object) {}
 
-    /// The object as one of a class; checked builds ask it whether it is.
+    /// The object as a T, null for none. Checked builds stop the process with a message when it is no T and answers
+    /// NO to `isKindOfClass:`; others do not look.
     template <objc_ObjectClass T> operator T *() const {
 #if ZP_CHECKED
         if (_object) objc_checkConversion<T>(_object);
 #endif
         return (T *)_object;
     }
-    /// The plain pointer, whether there is one, and the object to send a message to.
+    /// The plain pointer; null for none.
     constexpr objc_object *pointer() const { return _object; }
+    /// Whether it refers to an object.
     constexpr explicit operator bool() const { return _object != nullptr; }
+    /// The root class's messages; on null each answers a zero.
     ZPObject *operator->() const { return (ZPObject *)_object; }
 
-    /// Identity; equality is `isEqual`.
+    /// Whether both are the same object, or both none; equality is `isEqual`.
     friend constexpr bool operator==(id a, id b) { return a._object == b._object; }
+    /// Whether it refers to no object.
     friend constexpr bool operator==(id a, std::nullptr_t) { return a._object == nullptr; }
+    /// Whether both are the same object, or both none.
     template <objc_ObjectClass T> friend bool operator==(id a, T *b) { return a._object == (objc_object *)b; }
 };
 
-/// The text of a selector; the pointer lives as long as the process.
+/// The text of a selector, null for the null selector; the pointer lives as long as the process. Any thread.
 inline const char *sel_getName(SEL selector) { return reinterpret_cast<const char *>(selector); }
