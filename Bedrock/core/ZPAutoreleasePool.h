@@ -6,8 +6,9 @@
 
 #include <exception>
 
-/// A pool on the calling thread's stack of pools, and what it releases when it is popped. A pool
-/// belongs to the thread that made it. See `ZPAutoreleasePoolScope` for the C++ form.
+/// A pool on the calling thread's stack of pools. It belongs to the thread that made it; releasing it closes it and
+/// every later one, and releases what they hold. It cannot be retained or autoreleased, which raises
+/// ZPInvalidArgumentException. See `ZPAutoreleasePoolScope` for the C++ form.
 struct ZPAutoreleasePool : ZPObject {
     ZP_CLASS(ZPAutoreleasePool)
     std::uintptr_t _token;  ///< the level index of the pool
@@ -20,57 +21,83 @@ struct ZPAutoreleasePool : ZPObject {
     /// Adds an object to this pool, also when it is not the innermost; null is ignored.
     void addObject(id object) { objc_msgSend(this, "addObject:"_sel, object); }
 
-    /// Adds an object to the innermost pool.
+    /// Adds an object to the innermost pool, as `ZPAutoreleaseObject`.
     static void addObjectToInnermost(id object) { objc_msgSend(class_(), "addObject:"_sel, object); }
-    /// Pops every pool of the calling thread.
+    /// Closes every pool of the calling thread.
     static void releaseAllPools() { objc_msgSend(class_(), "releaseAllPools"_sel); }
+    /// Writes the calling thread's pools to standard error.
     static void showPools() { objc_msgSend(class_(), "showPools"_sel); }
+    /// The objects in all pools of the calling thread; one that is there twice counts twice.
     static unsigned autoreleasedObjectCount() { return objc_msgSend<unsigned>(class_(), "autoreleasedObjectCount"_sel); }
+    /// The objects in its innermost pool.
     static unsigned topAutoreleasePoolCount() { return objc_msgSend<unsigned>(class_(), "topAutoreleasePoolCount"_sel); }
-    /// NO: pops of the calling thread drop objects without releasing them.
+    /// For the calling thread; NO: closing a pool drops the objects without releasing them.
     static void enableRelease(BOOL enable) { objc_msgSend(class_(), "enableRelease:"_sel, enable); }
+    /// For the calling thread; YES: a freed object that a pool holds is reported, where it can be told, instead of
+    /// released.
     static void enableFreedObjectCheck(BOOL enable) { objc_msgSend(class_(), "enableFreedObjectCheck:"_sel, enable); }
-    /// The object count from which the calling thread's pools are reported; 0: never.
+    /// The number of objects in the calling thread's pools from which on it is reported; 0, as at first: never.
     static unsigned poolCountHighWaterMark() { return objc_msgSend<unsigned>(class_(), "poolCountHighWaterMark"_sel); }
+    /// Sets the mark for the calling thread.
     static void setPoolCountHighWaterMark(unsigned mark) { objc_msgSend(class_(), "setPoolCountHighWaterMark:"_sel, mark); }
-    /// The step between reports above the mark; 0: report once.
+    /// The step between reports above the mark; 0: one report, at the mark.
     static unsigned poolCountHighWaterResolution() { return objc_msgSend<unsigned>(class_(), "poolCountHighWaterResolution"_sel); }
+    /// Sets the step for the calling thread.
     static void setPoolCountHighWaterResolution(unsigned step) { objc_msgSend(class_(), "setPoolCountHighWaterResolution:"_sel, step); }
+    /// Sets mark and step both.
     static void setPoolCountThreshold(unsigned value) { objc_msgSend(class_(), "setPoolCountThreshold:"_sel, value); }
-    /// Objects autoreleased in the process since start or reset.
+    /// Objects autoreleased in the process since start or reset, modulo 4,294,967,296; an estimate when threads
+    /// run.
     static unsigned totalAutoreleasedObjects() { return objc_msgSend<unsigned>(class_(), "totalAutoreleasedObjects"_sel); }
+    /// Begins that count again.
     static void resetTotalAutoreleasedObjects() { objc_msgSend(class_(), "resetTotalAutoreleasedObjects"_sel); }
 };
 
 extern "C" {
-/// Opens a new innermost pool on the calling thread and answers its token; the hint is ignored.
+/// Opens a new innermost pool on the calling thread and answers its token, 0 for the outermost; the hint is
+/// ignored. Raises ZPMallocException when there is no memory.
 ZP_EXPORT unsigned ZPPushAutoreleasePool(unsigned capacityHint);
-/// Closes the pool with that token and every later one, releasing what they hold. Never raises.
+/// Closes the calling thread's pool with that token and every later one, releasing what they hold, the last one
+/// first, and what is autoreleased meanwhile. What a release raises is logged, and nothing is raised; what was
+/// recorded before that object then waits for the enclosing pool. No pool with the token: nothing.
 ZP_EXPORT void ZPPopAutoreleasePool(unsigned token);
-/// Records the object in the innermost pool; without one it is reported and leaks.
+/// Records the object in the calling thread's innermost pool, which will release it; null is ignored. Without a
+/// pool that is logged, and the object leaks.
 ZP_EXPORT void ZPAutoreleaseObject(id object);
+/// The objects in all pools of the calling thread; one that is there twice counts twice.
 ZP_EXPORT unsigned ZPAutoreleasePoolCount();
+/// The objects in the calling thread's innermost pool; 0 without one.
 ZP_EXPORT unsigned ZPTopAutoreleasePoolCount();
+/// How often the calling thread's pools hold the object.
 ZP_EXPORT unsigned ZPAutoreleasePoolCountForObject(id object);
 /// Writes the calling thread's pools to standard error.
 ZP_EXPORT void ZPPrintAutoreleasePools();
 
 // Reports, apart so that a debugger can stop in them.
+/// Logs that an object was autoreleased without a pool.
 ZP_EXPORT void _ZPAutoreleaseNoPool(id object);
+/// Writes to standard error that a pool held a freed object.
 ZP_EXPORT void _ZPAutoreleaseFreedObject(id object);
+/// Writes to standard error how many objects the pools hold.
 ZP_EXPORT void _ZPAutoreleaseHighWaterLog(unsigned count);
 }
 
-/// An autorelease pool for the life of a scope, on the thread that entered it. When an exception ends the
-/// scope, its objects wait for the end of the enclosing pool: the exception is one of them.
+/// An autorelease pool for the life of a scope, on the thread that entered it; scopes end in the reverse order of
+/// their beginnings. When an exception ends the scope, its objects wait for the end of the enclosing pool: the
+/// exception is one of them. The destructor raises nothing, and it cannot be left by the unwinding of `+[ZPThread
+/// exit]`: a `dealloc` that it runs must not send that, which ends the process.
 class ZPAutoreleasePoolScope {
     unsigned _token = ZPPushAutoreleasePool(0);
     int _exceptions = std::uncaught_exceptions();
 
   public:
+    /// Opens the pool.
     ZPAutoreleasePoolScope() = default;
+    /// A scope has one pool.
     ZPAutoreleasePoolScope(const ZPAutoreleasePoolScope &) = delete;
+    /// A scope has one pool.
     ZPAutoreleasePoolScope &operator=(const ZPAutoreleasePoolScope &) = delete;
+    /// Closes the pool and every later one, unless an exception ends the scope.
     ~ZPAutoreleasePoolScope() {
         if (std::uncaught_exceptions() <= _exceptions) ZPPopAutoreleasePool(_token);
     }

@@ -22,27 +22,32 @@ struct ZPException : ZPObject {
     ZPDictionary *_userInfo;
     void *_reserved;
 
-    /// An autoreleased exception; copies name and reason, retains the information.
+    /// An autoreleased exception; copies name and reason, retains the information; each may be null.
     static ZPException *exceptionWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
         return objc_msgSend<ZPException *>(class_(), "exceptionWithName:reason:userInfo:"_sel, name, reason, userInfo);
     }
-    /// Raises an exception whose reason is the formatted text. Does not return.
+    /// Raises an exception whose reason is the formatted text: printf conventions, `%@` for objects. Does not
+    /// return.
     template <class... A> [[noreturn]] static void raise_format(ZPString *name, ZPString *format, A... arguments) {
         objc_sendVariadic<void, ZPString *, ZPString *>::send(class_(), "raise:format:"_sel, name, format, arguments...);
         __builtin_unreachable();
     }
+    /// The same with the arguments of a variadic function.
     [[noreturn]] static void raise_format_arguments(ZPString *name, ZPString *format, std::va_list arguments) {
         objc_msgSend(class_(), "raise:format:arguments:"_sel, name, format, arguments);
         __builtin_unreachable();
     }
-    /// Copies name and reason and retains the user information.
+    /// Copies name and reason and retains the user information. The only initialiser: `init` answers null.
     ZPException *initWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
         return objc_msgSend<ZPException *>(this, "initWithName:reason:userInfo:"_sel, name, reason, userInfo);
     }
+    /// What kind of error it is: one of the names below, or the raiser's own. Borrowed, as the two others.
     ZPString *name() { return objc_msgSend<ZPString *>(this, "name"_sel); }
+    /// What went wrong, for people.
     ZPString *reason() { return objc_msgSend<ZPString *>(this, "reason"_sel); }
+    /// What the raiser gave along; null when that is nothing.
     ZPDictionary *userInfo() { return objc_msgSend<ZPDictionary *>(this, "userInfo"_sel); }
-    /// Throws the receiver. Does not return.
+    /// Throws the receiver, which is not retained: it should be autoreleased. Does not return.
     [[noreturn]] void raise() {
         objc_msgSend(this, "raise"_sel);
         __builtin_unreachable();
@@ -50,14 +55,25 @@ struct ZPException : ZPObject {
 };
 
 extern "C" {
+/// An error of no other kind.
 ZP_EXPORT extern ZPString *const ZPGenericException;
+/// An argument that the operation does not take, or a message that the receiver does not.
 ZP_EXPORT extern ZPString *const ZPInvalidArgumentException;
+/// Something that should be impossible, as a failed assertion.
 ZP_EXPORT extern ZPString *const ZPInternalInconsistencyException;
+/// An index or a range past the end.
 ZP_EXPORT extern ZPString *const ZPRangeException;
+/// No memory.
 ZP_EXPORT extern ZPString *const ZPMallocException;
+/// A raise by code, which is no exception object: see `_ZPExceptionObjectFromHandler`.
 ZP_EXPORT extern ZPString *const ZPOldStyleException;
+/// Text that does not have the form it should.
 ZP_EXPORT extern ZPString *const ZPParseErrorException;
+/// Text that the encoding asked for does not have.
 ZP_EXPORT extern ZPString *const ZPCharacterConversionException;
+///@{
+/// For operations that the library does not have yet. The value of the first is "ZPArchiverArchiveInconsistency",
+/// of ZPPosixFileOperationException that of ZPFileHandleOperationException, of the others the constant's name.
 ZP_EXPORT extern ZPString *const ZPInconsistentArchiveException;
 ZP_EXPORT extern ZPString *const ZPFileHandleOperationException;
 ZP_EXPORT extern ZPString *const ZPPosixFileOperationException;
@@ -74,6 +90,7 @@ ZP_EXPORT extern ZPString *const ZPObjectNotAvailableException;
 ZP_EXPORT extern ZPString *const ZPPortReceiveException;
 ZP_EXPORT extern ZPString *const ZPPortSendException;
 ZP_EXPORT extern ZPString *const ZPPortTimeoutException;
+///@}
 }
 
 /// A guarded region for code that catches through a record instead of naming `ZPException *`:
@@ -87,35 +104,39 @@ ZP_EXPORT extern ZPString *const ZPPortTimeoutException;
 ///         ZPException *e = _ZPExceptionObjectFromHandler(&handler);
 ///     }
 struct ZPHandlerRecord {
-    ZPHandlerRecord *enclosing;
-    int code;  ///< 100000 for a raise of an exception object
-    std::uintptr_t data1;
-    std::uintptr_t data2;
+    ZPHandlerRecord *enclosing;  ///< the calling thread's next record outward
+    int code;                    ///< 100000 for a raise of an exception object
+    std::uintptr_t data1;        ///< the exception object, or what the raiser gave along
+    std::uintptr_t data2;        ///< more of it
 };
 
 /// What a raise through the runtime with a code other than 100000 throws.
 struct QLError {
-    int code;                     ///< says what was raised
-    std::uintptr_t data1;         ///< what the raiser gave along
-    std::uintptr_t data2;         ///< and more of it
+    int code;              ///< says what was raised
+    std::uintptr_t data1;  ///< what the raiser gave along
+    std::uintptr_t data2;  ///< and more of it
 };
 
+/// Receives an exception that nothing catches.
 using ZPUncaughtExceptionHandler = void(ZPException *exception);
 
 extern "C" {
-/// Puts a record on the calling thread's chain.
+/// Puts a record, which must last until it is removed, on the calling thread's chain.
 ZP_EXPORT void _ZPAddHandler(ZPHandlerRecord *handler);
-/// Takes it off, with any later one that was left on the chain.
+/// Takes it off, with any later one that was left on the chain; nothing when it is not there.
 ZP_EXPORT void _ZPRemoveHandler(ZPHandlerRecord *handler);
-/// Inside the `catch (...)` of a guarded region: fills the record from the exception being handled,
-/// takes it off the chain and answers the exception object. A C++ exception that is not the
-/// library's is thrown on.
+/// Inside the `catch (...)` of a guarded region: fills the record from the exception being handled, takes it off
+/// the chain and answers the exception object, for a raise by code an autoreleased one named ZPOldStyleException. A
+/// C++ exception that is not the library's is thrown on.
 ZP_EXPORT ZPException *_ZPExceptionObjectFromHandler(ZPHandlerRecord *handler);
-/// Raises a code and two words. Does not return.
+/// Raises a code and two words: a `QLError` is thrown, or, for the code 100000, the exception object that `data1`
+/// is. Does not return.
 [[noreturn]] ZP_EXPORT void _QLRaiseError(int code, std::uintptr_t data1, std::uintptr_t data2);
 
-/// What an exception that nothing catches goes to, on the raising thread with its stack in place. When it
-/// returns, the process ends.
+/// What an exception that nothing catches goes to, on the raising thread with its stack in place; when it returns,
+/// the process ends. The library's own logs the exception with the stack. Any thread.
 ZP_EXPORT ZPUncaughtExceptionHandler *ZPGetUncaughtExceptionHandler();
+/// Installs that handler for the process; with null, the C++ runtime ends the process without a word of the
+/// library's.
 ZP_EXPORT void ZPSetUncaughtExceptionHandler(ZPUncaughtExceptionHandler *handler);
 }

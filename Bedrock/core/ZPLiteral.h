@@ -10,25 +10,28 @@ ZP_FORWARD(ZPString);
 
 /// The layout of a literal string object in 8-bit storage.
 struct objc_literal8 {
-    Class isa;
-    const char *bytes;
-    unsigned numBytes;
+    Class isa;          ///< ZPConstantString
+    const char *bytes;  ///< ASCII
+    unsigned numBytes;  ///< how many there are
 };
 
 /// The layout of a literal string object in 16-bit storage.
 struct objc_literal16 {
-    Class isa;
-    const unichar *characters;
-    unsigned numCharacters;
+    Class isa;                  ///< _ZPConstantUnicodeString
+    const unichar *characters;  ///< UTF-16
+    unsigned numCharacters;     ///< how many units there are
 };
 
+/// @cond machinery
 // The class records of ZPConstantString and _ZPConstantUnicodeString, named without their fronts.
 ZP_EXPORT extern objc_classPair ZPConstantStringRecord __asm__("_ZN16ZPConstantString37classRecord_that_ZP_IMPLEMENT_definesE");
 ZP_EXPORT extern objc_classPair ZPConstantUnicodeStringRecord __asm__("_ZN24_ZPConstantUnicodeString37classRecord_that_ZP_IMPLEMENT_definesE");
+/// @endcond
 
 /// The empty string: the one object that every empty literal and every operation with an empty result gives.
 extern "C" ZP_EXPORT objc_literal8 ZPEmptyStringLiteral;
 
+/// @cond machinery
 template <unsigned N> struct objc_literalText {
     unichar units[N] = {};
     char bytes[N] = {};
@@ -70,8 +73,10 @@ template <objc_literalText Text>
 struct objc_literal<Text> {
     static inline constinit objc_literal16 object = {&ZPConstantUnicodeStringRecord.cls, Text.units, Text.length};
 };
+/// @endcond
 
-/// `"text"_zp`: a literal string object. Lives as long as the process and ignores counting.
+/// `"text"_zp`: a literal string object, equal texts of one program the same one. Lives as long as the process and
+/// ignores counting. Text that is not well-formed UTF-8 is a compile error.
 template <objc_literalText Text> ZP_INLINE ZPString *operator""_zp() {
     if constexpr (Text.length == 0) return reinterpret_cast<ZPString *>(&ZPEmptyStringLiteral);
     else return reinterpret_cast<ZPString *>(&objc_literal<Text>::object);
