@@ -7,11 +7,11 @@
 
 ZP_FORWARD(ZPString);
 
-/// A list of ranges. Owned by its maker, who frees it and uses it from one thread at a time. Change it only
-/// through the functions below.
+/// A list of ranges. Owned by its maker, who frees it and uses it from one thread at a time. Change it only through
+/// the functions below. Growing raises ZPMallocException when there is no memory.
 struct ZPRangeArray {
-    ZPRange *ranges;
-    unsigned count;
+    ZPRange *ranges;    ///< in order of their positions
+    unsigned count;     ///< of the ranges
     unsigned capacity;  ///< in ranges
 };
 
@@ -20,16 +20,23 @@ struct ZPRangeArray {
 extern "C" {
 /// An empty list in a zone (null: the default zone). Its capacity is the next multiple of 4 above the request.
 ZP_EXPORT ZPRangeArray *ZPCreateRangeArrayWithZone(unsigned capacity, ZPZone *zone);
+/// The same in the default zone.
 ZP_EXPORT ZPRangeArray *ZPCreateRangeArray(unsigned capacity);
+/// Frees the list, which must not be null.
 ZP_EXPORT void ZPFreeRangeArray(ZPRangeArray *array);
 /// Empties the list and keeps its capacity.
 ZP_EXPORT void ZPResetRangeArray(ZPRangeArray *array);
+/// The number of ranges.
 ZP_EXPORT unsigned ZPCountRangeArray(ZPRangeArray *array);
+/// The range at an index; one at or beyond the count raises ZPRangeException.
 ZP_EXPORT ZPRange ZPRangeArrayRangeAtIndex(ZPRangeArray *array, unsigned index);
+/// Replaces the range at an index; one at or beyond the count raises ZPRangeException.
 ZP_EXPORT void ZPRangeArraySetRangeAtIndex(ZPRangeArray *array, ZPRange range, unsigned index);
-/// A full list doubles its capacity. The index may equal the count.
+/// Inserts before an index, or behind the last range; an index beyond the count raises ZPRangeException. A full
+/// list doubles its capacity.
 ZP_EXPORT void ZPRangeArrayInsertRangeAtIndex(ZPRangeArray *array, ZPRange range, unsigned index);
-/// A list that is less than half full first gives half its capacity back.
+/// Removes the range at an index; one at or beyond the count raises ZPRangeException. A list that is less than half
+/// full first gives half its capacity back.
 ZP_EXPORT void ZPRangeArrayRemoveRangeAtIndex(ZPRangeArray *array, unsigned index);
 /// YES when both hold equal ranges in the same order.
 ZP_EXPORT BOOL ZPCompareRangeArrays(ZPRangeArray *array1, ZPRangeArray *array2);

@@ -8,39 +8,41 @@
 /// Whether a stored item (or key) equals the probe; `context` is what the caller of the operation gave.
 using ZPSimpleEqualFunction = BOOL(void *context, const void *stored, const void *probe);
 
-inline constexpr unsigned ZPSimpleOccupied = 0x80000000;     ///< state bits of a bucket in use
-inline constexpr unsigned ZPSimpleDeleted = 0x40000000;      ///< state bits of a bucket that was emptied
-inline constexpr unsigned ZPSimpleHashMask = 0x3FFFFFFF;     ///< the part of a hash that is kept
-inline constexpr unsigned ZPSimpleCountMask = 0x07FFFFFF;
-inline constexpr unsigned ZPSimpleMaximumCount = 0x07FFFFFF; ///< of items in one structure
-inline constexpr unsigned ZPSimpleMaximumCapacity = 357913941;
+inline constexpr unsigned ZPSimpleOccupied = 0x80000000;        ///< state bits of a bucket in use
+inline constexpr unsigned ZPSimpleDeleted = 0x40000000;         ///< state bits of a bucket that was emptied
+inline constexpr unsigned ZPSimpleHashMask = 0x3FFFFFFF;        ///< the part of a hash that is kept
+inline constexpr unsigned ZPSimpleCountMask = 0x07FFFFFF;       ///< the part of `info` that counts
+inline constexpr unsigned ZPSimpleMaximumCount = 0x07FFFFFF;    ///< of items in one structure
+inline constexpr unsigned ZPSimpleMaximumCapacity = 357913941;  ///< that a structure is made for
 
+/// A place for an item.
 struct ZPSimpleSetBucket {
     unsigned state;  ///< state bits and hash
-    void *item;
+    void *item;      ///< null when the bucket is not in use
 };
 
+/// A place for a key and its value.
 struct ZPSimpleDictionaryBucket {
-    unsigned state;
-    void *key;
-    void *value;
+    unsigned state;  ///< state bits and hash
+    void *key;       ///< null when the bucket is not in use
+    void *value;     ///< the caller's word
 };
 
 /// A set of words in one allocation: 4 << size class buckets lie behind the head. The classes 0 and 1 keep
 /// their entries packed at the front in the order of arrival; from class 2 on buckets are found by hash.
 struct ZPSimpleSet {
-    unsigned info;    ///< size class in the top 5 bits, count in the low 27
-    int retainCount;  ///< beyond the first reference; -1: permanent
-    ZPSimpleEqualFunction *isEqual;
-    ZPSimpleSetBucket buckets[];
+    unsigned info;                   ///< size class in the top 5 bits, count in the low 27
+    int retainCount;                 ///< beyond the first reference; -1: permanent
+    ZPSimpleEqualFunction *isEqual;  ///< null: only identical items are equal
+    ZPSimpleSetBucket buckets[];     ///< as many as the size class says
 };
 
 /// The same with a value beside each key.
 struct ZPSimpleDictionary {
-    unsigned info;
-    int retainCount;
-    ZPSimpleEqualFunction *isEqual;
-    ZPSimpleDictionaryBucket buckets[];
+    unsigned info;                       ///< size class in the top 5 bits, count in the low 27
+    int retainCount;                     ///< beyond the first reference; -1: permanent
+    ZPSimpleEqualFunction *isEqual;      ///< null: only identical keys are equal
+    ZPSimpleDictionaryBucket buckets[];  ///< as many as the size class says
 };
 
 // A structure belongs to one thread at a time, except that any thread may retain and release it. Structures
@@ -63,7 +65,9 @@ ZP_EXPORT BOOL ZPRetainSimpleSet(ZPSimpleSet *set);
 ZP_EXPORT BOOL ZPReleaseSimpleSet(ZPSimpleSet *set);
 /// The number of references; 0 for a permanent structure.
 ZP_EXPORT int ZPSimpleSetRetainCount(ZPSimpleSet *set);
+/// The number of items.
 ZP_EXPORT unsigned ZPSimpleSetCount(ZPSimpleSet *set);
+/// The number of buckets, in use or not.
 ZP_EXPORT unsigned ZPSimpleSetNumBuckets(ZPSimpleSet *set);
 /// The bucket at an index below the number of buckets when it is in use, else null.
 ZP_EXPORT ZPSimpleSetBucket *ZPSimpleSetGetBucket(ZPSimpleSet *set, unsigned index);
@@ -75,6 +79,8 @@ ZP_EXPORT BOOL ZPSimpleSetInsert(ZPSimpleSet **set, void **item, unsigned hash, 
 /// YES when an equal item was there: it is removed and handed back in `*item`.
 ZP_EXPORT BOOL ZPSimpleSetDelete(ZPSimpleSet **set, void **item, unsigned hash, void *context);
 
+///@{
+/// As the functions of sets of these names, with keys in the place of items.
 ZP_EXPORT ZPSimpleDictionary *ZPCreateSimpleDictionary(unsigned capacity, ZPSimpleEqualFunction *isEqual, ZPZone *zone);
 ZP_EXPORT void ZPFreeSimpleDictionary(ZPSimpleDictionary *dictionary);
 ZP_EXPORT ZPSimpleDictionary *ZPCopySimpleDictionary(ZPSimpleDictionary *dictionary, ZPZone *zone);
@@ -86,6 +92,7 @@ ZP_EXPORT unsigned ZPSimpleDictionaryCount(ZPSimpleDictionary *dictionary);
 ZP_EXPORT unsigned ZPSimpleDictionaryNumBuckets(ZPSimpleDictionary *dictionary);
 ZP_EXPORT ZPSimpleDictionaryBucket *ZPSimpleDictionaryGetBucket(ZPSimpleDictionary *dictionary, unsigned index);
 ZP_EXPORT ZPSimpleDictionaryBucket *ZPSimpleDictionaryLookup(ZPSimpleDictionary *dictionary, const void *key, unsigned hash, void *context);
+///@}
 /// YES when the pair was added. NO when the key was there: `*key` and `*value` are then what was stored, and
 /// with `replace` the given value (never the key) took the stored one's place.
 ZP_EXPORT BOOL ZPSimpleDictionaryInsert(ZPSimpleDictionary **dictionary, void **key, unsigned hash, void **value, void *context, BOOL replace);
