@@ -6,15 +6,17 @@
 
 ZP_FORWARD(ZPCharacterSet);
 
-/// A string that can be changed. A subclass supplies `replaceCharactersInRange:withString:` beside the
-/// primitives of ZPString; everything else is built on it. Indexes, ranges and lengths count units. Edits
-/// outside the text raise ZPRangeException before anything changes. A copy is immutable and costs no
-/// copying of the text until the original changes. Changes from several threads need the caller's lock.
+/// A string that can be changed. A subclass supplies `replaceCharactersInRange:withString:` beside the primitives
+/// of ZPString; everything else is built on it. Indexes, ranges and lengths count units. Edits outside the text
+/// raise ZPRangeException before anything changes, those that make it too long ZPMallocException; a null string
+/// counts as empty. A copy is immutable and costs no copying of the text until the original changes. Class messages
+/// answer autoreleased strings. Changes from several threads need the caller's lock.
 struct ZPMutableString : ZPString {
     ZP_CLASS(ZPMutableString)
 
     /// A new, empty string.
     static ZPMutableString *string() { return objc_msgSend<id>(class_(), "string"_sel); }
+    /// A new string with the text of another, which it shares until it is changed.
     static ZPMutableString *stringWithString(ZPString *string) { return objc_msgSend<id>(class_(), "stringWithString:"_sel, string); }
     /// A new, empty string whose first buffer has room for `capacity` units.
     static ZPMutableString *stringWithCapacity(unsigned capacity) { return objc_msgSend<id>(class_(), "stringWithCapacity:"_sel, capacity); }
@@ -25,6 +27,7 @@ struct ZPMutableString : ZPString {
     /// A NUL-terminated text in the default C-string encoding, copied. Null raises
     /// ZPInvalidArgumentException; bytes that the encoding does not allow answer null.
     static ZPMutableString *stringWithCString(const char *bytes) { return objc_msgSend<id>(class_(), "stringWithCString:"_sel, bytes); }
+    /// The same with the number of bytes given.
     static ZPMutableString *stringWithCString_length(const char *bytes, unsigned length) {
         return objc_msgSend<id>(class_(), "stringWithCString:length:"_sel, bytes, length);
     }
@@ -32,7 +35,7 @@ struct ZPMutableString : ZPString {
     template <class... A> static ZPMutableString *stringWithFormat(ZPString *format, A... arguments) {
         return objc_sendVariadic<id, ZPString *>::send(class_(), "stringWithFormat:"_sel, format, arguments...);
     }
-    /// The same, with numbers and descriptions as the user's language wants them.
+    /// The same, with numbers and descriptions as the user defaults say.
     template <class... A> static ZPMutableString *localizedStringWithFormat(ZPString *format, A... arguments) {
         return objc_sendVariadic<id, ZPString *>::send(class_(), "localizedStringWithFormat:"_sel, format, arguments...);
     }
@@ -46,27 +49,35 @@ struct ZPMutableString : ZPString {
     void replaceCharactersInRange_withString(ZPRange range, ZPString *string) {
         objc_msgSend(this, "replaceCharactersInRange:withString:"_sel, range, string);
     }
-    /// The bytes are in the default C-string encoding; ZPCharacterConversionException when they are not.
+    /// Replaces the units of the range with bytes in the default C-string encoding; ZPCharacterConversionException
+    /// when they are no text in it.
     void replaceCharactersInRange_withCString_length(ZPRange range, const char *bytes, unsigned length) {
         objc_msgSend(this, "replaceCharactersInRange:withCString:length:"_sel, range, bytes, length);
     }
+    /// Replaces the units of the range with a copy of others.
     void replaceCharactersInRange_withCharacters_length(ZPRange range, const unichar *characters, unsigned length) {
         objc_msgSend(this, "replaceCharactersInRange:withCharacters:length:"_sel, range, characters, length);
     }
+    /// Inserts before an index, which may be the length.
     void insertString_atIndex(ZPString *string, unsigned index) { objc_msgSend(this, "insertString:atIndex:"_sel, string, index); }
+    /// Adds the text at the end.
     void appendString(ZPString *string) { objc_msgSend(this, "appendString:"_sel, string); }
+    /// Removes the units of the range.
     void deleteCharactersInRange(ZPRange range) { objc_msgSend(this, "deleteCharactersInRange:"_sel, range); }
+    /// Replaces the whole text.
     void setString(ZPString *string) { objc_msgSend(this, "setString:"_sel, string); }
+    /// Adds the formatted text at the end: the conversions of printf, and `%@` for an object's description.
     template <class... A> void appendFormat(ZPString *format, A... arguments) {
         objc_sendVariadic<void, ZPString *>::send(this, "appendFormat:"_sel, format, arguments...);
     }
 
     /// Removes every unit that is a member of the set.
     void _deleteAllCharactersFromSet(ZPCharacterSet *set) { objc_msgSend(this, "_deleteAllCharactersFromSet:"_sel, set); }
-    /// Replaces the first occurrence, if there is one.
+    /// Replaces the first occurrence, if there is one; an empty target has none.
     void _replaceFirstAppearanceOfString_withString(ZPString *target, ZPString *replacement) {
         objc_msgSend(this, "_replaceFirstAppearanceOfString:withString:"_sel, target, replacement);
     }
+    /// Replaces the last occurrence, if there is one.
     void _replaceLastAppearanceOfString_withString(ZPString *target, ZPString *replacement) {
         objc_msgSend(this, "_replaceLastAppearanceOfString:withString:"_sel, target, replacement);
     }
@@ -86,8 +97,8 @@ struct ZPConcreteMutableString : ZPMutableString {
         unsigned contentsIsCString : 1;  ///< the contents are in 8-bit form
         unsigned hasExternalRefCount : 1;
         unsigned unused : 5;
-        unsigned capacity : 16;          ///< of the first buffer, in the stored form
-    } _flags;
+        unsigned capacity : 16;  ///< of the first buffer, in the stored form
+    } _flags;                    ///< what the contents are
     ZPString *_contents;
 
     /// Replaces the whole text with the formatted text. `locale` answers `objectForKey:` or is null.

@@ -14,6 +14,7 @@ ZP_FORWARD(ZPString);
 extern "C" {
 /// A sign, more to be skipped, decimal digits. What does not fit gives the nearest int, and all digits are read.
 ZP_EXPORT BOOL _ZPScanIntFromString(ZPString *string, ZPCharacterSet *skip, int *result, unsigned *location);
+/// The same with the nearest long long.
 ZP_EXPORT BOOL _ZPScanLongLongFromString(ZPString *string, ZPCharacterSet *skip, long long *result, unsigned *location);
 /// The decimal separator is the first unit of the locale's ZPDecimalSeparator, or a point. The result is the
 /// nearest double, infinite beyond the range.

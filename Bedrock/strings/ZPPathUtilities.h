@@ -38,12 +38,13 @@ ZP_EXPORT ZPString *ZPFullUserName();
 /// The home directory of a user, by default (null) the current one; null when there is none. For the current user
 /// the environment's "HOMEDRIVE" and "HOMEPATH" come first, then "HOME".
 ZP_EXPORT ZPString *ZPHomeDirectoryForUser(ZPString *name);
-/// The current user's home directory. Kept once found.
+/// The current user's home directory; null when there is none. Kept once found.
 ZP_EXPORT ZPString *ZPHomeDirectory();
+/// A directory for temporary files.
 ZP_EXPORT ZPString *ZPTemporaryDirectory();
 /// The installation root; "/" when there is none.
 ZP_EXPORT ZPString *ZPLodestarRootDirectory();
-/// The same.
+/// The same as `ZPLodestarRootDirectory`.
 ZP_EXPORT ZPString *ZPCorvidRootDirectory();
 /// Where applications are looked for, the user's own first.
 ZP_EXPORT ZPArray *ZPStandardApplicationPaths();

@@ -19,14 +19,15 @@ ZP_FORWARD(ZPMutableString);
 /// Bits of the options of comparisons and searches.
 enum : unsigned {
     ZPCaseInsensitiveSearch = 1,  ///< comparison folds ASCII letters; search folds all units by the simple lower-case mapping
-    ZPLiteralSearch = 2,          ///< no effect: matching is always unit by unit
-    ZPBackwardsSearch = 4,        ///< the last match
-    ZPAnchoredSearch = 8,         ///< only at the range's start (its end, with backwards)
+    ZPLiteralSearch = 2,  ///< no effect: matching is always unit by unit
+    ZPBackwardsSearch = 4,  ///< the last match
+    ZPAnchoredSearch = 8,  ///< only at the range's start (its end, with backwards)
 };
 
-/// An immutable text. Length, indexes and ranges count 16-bit units; there is no normalisation. May be read
-/// from any thread. An index or a range past the end raises ZPRangeException; searches that find nothing
-/// answer {ZPNotFound, 0}.
+/// An immutable text. Length, indexes and ranges count 16-bit units; there is no normalisation. Strings and arrays
+/// that it answers are autoreleased. May be read from any thread. An index or a range past the end raises
+/// ZPRangeException; searches that find nothing answer {ZPNotFound, 0}; a null string as argument counts as empty
+/// where nothing else is said. A text that memory does not hold raises ZPMallocException.
 struct ZPString : ZPObject {
     ZP_CLASS(ZPString)
 
@@ -34,6 +35,7 @@ struct ZPString : ZPObject {
 
     /// The empty string.
     static ZPString *string() { return objc_msgSend<ZPString *>(class_(), "string"_sel); }
+    /// The text of another string, which must not be null.
     static ZPString *stringWithString(ZPString *other) { return objc_msgSend<ZPString *>(class_(), "stringWithString:"_sel, other); }
     /// Copies the units.
     static ZPString *stringWithCharacters_length(const unichar *characters, unsigned length) {
@@ -46,7 +48,8 @@ struct ZPString : ZPObject {
     static ZPString *stringWithCString_length(const char *bytes, unsigned length) {
         return objc_msgSend<ZPString *>(class_(), "stringWithCString:length:"_sel, bytes, length);
     }
-    /// printf conventions; %@ formats an object.
+    /// The conversions of printf, `%%` and positions such as `%2$s` among them; `%@` takes an object's description.
+    /// `%s` takes bytes in the default C-string encoding.
     template <class... A> static ZPString *stringWithFormat(ZPString *format, A... arguments) {
         return objc_sendVariadic<ZPString *, ZPString *>::send(class_(), "stringWithFormat:"_sel, format, arguments...);
     }
@@ -71,6 +74,7 @@ struct ZPString : ZPObject {
     ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *characters, unsigned length, BOOL freeWhenDone) {
         return objc_msgSend<ZPString *>(this, "initWithCharactersNoCopy:length:freeWhenDone:"_sel, characters, length, freeWhenDone);
     }
+    /// Copies the units.
     ZPString *initWithCharacters_length(const unichar *characters, unsigned length) {
         return objc_msgSend<ZPString *>(this, "initWithCharacters:length:"_sel, characters, length);
     }
@@ -78,12 +82,17 @@ struct ZPString : ZPObject {
     ZPString *initWithCStringNoCopy_length_freeWhenDone(char *bytes, unsigned length, BOOL freeWhenDone) {
         return objc_msgSend<ZPString *>(this, "initWithCStringNoCopy:length:freeWhenDone:"_sel, bytes, length, freeWhenDone);
     }
+    /// Copies `length` bytes in the default C-string encoding.
     ZPString *initWithCString_length(const char *bytes, unsigned length) {
         return objc_msgSend<ZPString *>(this, "initWithCString:length:"_sel, bytes, length);
     }
-    /// A null pointer raises ZPInvalidArgumentException.
+    /// Copies bytes in the default C-string encoding up to the NUL. A null pointer raises
+    /// ZPInvalidArgumentException.
     ZPString *initWithCString(const char *bytes) { return objc_msgSend<ZPString *>(this, "initWithCString:"_sel, bytes); }
+    /// The text of another string, which must not be null.
     ZPString *initWithString(ZPString *other) { return objc_msgSend<ZPString *>(this, "initWithString:"_sel, other); }
+    ///@{
+    /// As the class messages; the argument list is left to the caller to end.
     template <class... A> ZPString *initWithFormat(ZPString *format, A... arguments) {
         return objc_sendVariadic<ZPString *, ZPString *>::send(this, "initWithFormat:"_sel, format, arguments...);
     }
@@ -96,10 +105,12 @@ struct ZPString : ZPObject {
     ZPString *initWithFormat_locale_arguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         return objc_msgSend<ZPString *>(this, "initWithFormat:locale:arguments:"_sel, format, locale, arguments);
     }
-    /// Null when the bytes are not text in the encoding.
+    ///@}
+    /// The text of a data object's bytes; null when they are not text in the encoding.
     ZPString *initWithData_encoding(ZPData *data, ZPStringEncoding encoding) {
         return objc_msgSend<ZPString *>(this, "initWithData:encoding:"_sel, data, encoding);
     }
+    /// The text of bytes, copied; null when they are not text in the encoding.
     ZPString *initWithBytes_length_encoding(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         return objc_msgSend<ZPString *>(this, "initWithBytes:length:encoding:"_sel, bytes, length, encoding);
     }
@@ -109,22 +120,29 @@ struct ZPString : ZPObject {
 
     // ---- reading ----
 
-    /// The number of 16-bit units, and each of them; an index past the end raises ZPRangeException.
+    /// The number of 16-bit units.
     unsigned length() { return objc_msgSend<unsigned>(this, "length"_sel); }
+    /// A unit, also half of a surrogate pair.
     unichar characterAtIndex(unsigned index) { return objc_msgSend<unichar>(this, "characterAtIndex:"_sel, index); }
     /// Copies all units; the buffer holds `length()` of them.
     void getCharacters(unichar *buffer) { objc_msgSend(this, "getCharacters:"_sel, buffer); }
+    /// Copies the units of a range; the buffer holds that many.
     void getCharacters_range(unichar *buffer, ZPRange range) { objc_msgSend(this, "getCharacters:range:"_sel, buffer, range); }
     /// The receiver's bytes in the 8-bit storage encoding, `cStringLength()` of them and in general without a
     /// NUL, or null. Valid while the receiver lives and is not changed.
     const char *_fastCStringContents() { return objc_msgSend<const char *>(this, "_fastCStringContents"_sel); }
+    /// The encoding whose bytes are the string's own, or nearly so: ZPKESTRELStringEncoding or
+    /// ZPUnicodeStringEncoding.
     ZPStringEncoding fastestEncoding() { return objc_msgSend<ZPStringEncoding>(this, "fastestEncoding"_sel); }
+    /// An encoding that holds the text in few bytes: the string's own in 8 bits, ASCII, that of C strings, else
+    /// Unicode.
     ZPStringEncoding smallestEncoding() { return objc_msgSend<ZPStringEncoding>(this, "smallestEncoding"_sel); }
 
     // ---- comparing ----
 
-    /// How the receiver and the other follow each other, by units or without regard to case.
+    /// How the receiver and the other follow each other by unit values; a shorter text comes before what it begins.
     ZPComparisonResult compare(ZPString *other) { return objc_msgSend<ZPComparisonResult>(this, "compare:"_sel, other); }
+    /// The same without regard to the case of ASCII letters.
     ZPComparisonResult caseInsensitiveCompare(ZPString *other) { return objc_msgSend<ZPComparisonResult>(this, "caseInsensitiveCompare:"_sel, other); }
     /// By unit values; ZPCaseInsensitiveSearch folds ASCII letters, the other options have no effect.
     ZPComparisonResult compare_options(ZPString *other, unsigned options) {
@@ -134,9 +152,11 @@ struct ZPString : ZPObject {
     ZPComparisonResult compare_options_range(ZPString *other, unsigned options, ZPRange range) {
         return objc_msgSend<ZPComparisonResult>(this, "compare:options:range:"_sel, other, options, range);
     }
+    /// Whether both have the same units; NO for null.
     BOOL isEqualToString(ZPString *other) { return objc_msgSend<BOOL>(this, "isEqualToString:"_sel, other); }
-    /// NO for an empty argument, as `hasSuffix`.
+    /// Whether it begins with the other text, unit by unit; NO for an empty one.
     BOOL hasPrefix(ZPString *prefix) { return objc_msgSend<BOOL>(this, "hasPrefix:"_sel, prefix); }
+    /// Whether it ends with the other text, unit by unit; NO for an empty one.
     BOOL hasSuffix(ZPString *suffix) { return objc_msgSend<BOOL>(this, "hasSuffix:"_sel, suffix); }
     /// What both begin with, in the receiver's spelling, in whole composed characters.
     ZPString *commonPrefixWithString_options(ZPString *other, unsigned options) {
@@ -145,16 +165,22 @@ struct ZPString : ZPObject {
 
     // ---- searching ----
 
-    /// An empty argument is never found.
+    /// The first occurrence, unit by unit. An empty argument is never found.
     ZPRange rangeOfString(ZPString *needle) { return objc_msgSend<ZPRange>(this, "rangeOfString:"_sel, needle); }
+    /// The first occurrence, or that which the options ask for, bits of ZPCaseInsensitiveSearch and its like.
     ZPRange rangeOfString_options(ZPString *needle, unsigned options) { return objc_msgSend<ZPRange>(this, "rangeOfString:options:"_sel, needle, options); }
+    /// The same within a range.
     ZPRange rangeOfString_options_range(ZPString *needle, unsigned options, ZPRange range) {
         return objc_msgSend<ZPRange>(this, "rangeOfString:options:range:"_sel, needle, options, range);
     }
+    /// The first unit that is a member, as a range of length 1; a null set has none.
     ZPRange rangeOfCharacterFromSet(ZPCharacterSet *set) { return objc_msgSend<ZPRange>(this, "rangeOfCharacterFromSet:"_sel, set); }
+    /// The first or, with ZPBackwardsSearch, the last; with ZPAnchoredSearch only the first unit, or only the last
+    /// one.
     ZPRange rangeOfCharacterFromSet_options(ZPCharacterSet *set, unsigned options) {
         return objc_msgSend<ZPRange>(this, "rangeOfCharacterFromSet:options:"_sel, set, options);
     }
+    /// The same within a range.
     ZPRange rangeOfCharacterFromSet_options_range(ZPCharacterSet *set, unsigned options, ZPRange range) {
         return objc_msgSend<ZPRange>(this, "rangeOfCharacterFromSet:options:range:"_sel, set, options, range);
     }
@@ -162,19 +188,23 @@ struct ZPString : ZPObject {
     ZPRange rangeOfComposedCharacterSequenceAtIndex(unsigned index) {
         return objc_msgSend<ZPRange>(this, "rangeOfComposedCharacterSequenceAtIndex:"_sel, index);
     }
+    /// Whether the text occurs; NO for an empty one.
     BOOL _containsString(ZPString *needle) { return objc_msgSend<BOOL>(this, "_containsString:"_sel, needle); }
     /// A character in the default C-string encoding; NUL is never found.
     BOOL _containsChar(char character) { return objc_msgSend<BOOL>(this, "_containsChar:"_sel, character); }
-    /// Leading white space and newlines are passed over before the search.
+    /// Whether a scanner that scans up to the first member is then not at its end: white space and newlines before
+    /// the search are passed over, and a member with nothing but those from there on does not count.
     BOOL _containsCharFromSet(ZPCharacterSet *set) { return objc_msgSend<BOOL>(this, "_containsCharFromSet:"_sel, set); }
 
     // ---- pieces and derived strings ----
 
-    /// An autoreleased part; what lies past the end raises ZPRangeException.
+    /// A part, which may share the receiver's units.
     ZPString *substringWithRange(ZPRange range) { return objc_msgSend<ZPString *>(this, "substringWithRange:"_sel, range); }
+    /// From an index, which may be the length, to the end.
     ZPString *substringFromIndex(unsigned index) { return objc_msgSend<ZPString *>(this, "substringFromIndex:"_sel, index); }
+    /// The units before an index, which may be the length.
     ZPString *substringToIndex(unsigned index) { return objc_msgSend<ZPString *>(this, "substringToIndex:"_sel, index); }
-    /// The caller owns the result.
+    /// As `substringWithRange`, in a zone (null: the default zone); the caller owns the result.
     ZPString *_newSubstringWithRange_zone(ZPRange range, ZPZone *zone) {
         return objc_msgSend<ZPString *>(this, "_newSubstringWithRange:zone:"_sel, range, zone);
     }
@@ -182,15 +212,18 @@ struct ZPString : ZPObject {
     ZPString *_newSubstringFromRange_zone(ZPRange range, ZPZone *zone) {
         return objc_msgSend<ZPString *>(this, "_newSubstringFromRange:zone:"_sel, range, zone);
     }
-    /// The pieces between occurrences of the separator; empty pieces stay.
+    /// The pieces between occurrences of the separator, empty ones too; the whole text when there is none.
     ZPArray *componentsSeparatedByString(ZPString *separator) { return objc_msgSend<ZPArray *>(this, "componentsSeparatedByString:"_sel, separator); }
     /// The non-empty runs between members of the set.
     ZPArray *_componentsSeparatedBySet(ZPCharacterSet *set) { return objc_msgSend<ZPArray *>(this, "_componentsSeparatedBySet:"_sel, set); }
+    /// The text with another behind it.
     ZPString *stringByAppendingString(ZPString *other) { return objc_msgSend<ZPString *>(this, "stringByAppendingString:"_sel, other); }
+    /// The text with a formatted one behind it.
     template <class... A> ZPString *stringByAppendingFormat(ZPString *format, A... arguments) {
         return objc_sendVariadic<ZPString *, ZPString *>::send(this, "stringByAppendingFormat:"_sel, format, arguments...);
     }
-    /// Inserts the separator between groups of `frequency` units counted from the end.
+    /// Inserts the separator between groups of `frequency` units counted from the end; nowhere when that is not
+    /// positive.
     ZPString *_stringWithSeparator_atFrequency(unichar separator, int frequency) {
         return objc_msgSend<ZPString *>(this, "_stringWithSeparator:atFrequency:"_sel, separator, frequency);
     }
@@ -199,7 +232,9 @@ struct ZPString : ZPObject {
     void _copyToUnicharBuffer_saveLength(unichar **buffer, int *length) {
         objc_msgSend(this, "_copyToUnicharBuffer:saveLength:"_sel, buffer, length);
     }
+    /// Every unit in upper case by the mapping of single units, which may give up to three; surrogates stay.
     ZPString *uppercaseString() { return objc_msgSend<ZPString *>(this, "uppercaseString"_sel); }
+    /// The same in lower case.
     ZPString *lowercaseString() { return objc_msgSend<ZPString *>(this, "lowercaseString"_sel); }
     /// Title case for every unit that does not follow a letter, lower case for the rest.
     ZPString *capitalizedString() { return objc_msgSend<ZPString *>(this, "capitalizedString"_sel); }
@@ -220,25 +255,30 @@ struct ZPString : ZPObject {
     }
     /// The range of the whole lines, separators included, that a range touches.
     ZPRange lineRangeForRange(ZPRange range) { return objc_msgSend<ZPRange>(this, "lineRangeForRange:"_sel, range); }
-    /// The number the text begins with after white space, or 0; out of range gives the nearest int.
+    /// The number the text begins with after white space, newlines not among it; 0 without one, out of range the
+    /// nearest int.
     int intValue() { return objc_msgSend<int>(this, "intValue"_sel); }
+    /// The double of `doubleValue` as a float.
     float floatValue() { return objc_msgSend<float>(this, "floatValue"_sel); }
+    /// The number the text begins with after white space, with a decimal point; 0 without one, infinite beyond the
+    /// range.
     double doubleValue() { return objc_msgSend<double>(this, "doubleValue"_sel); }
 
     // ---- C strings, in the default C-string encoding ----
 
-    /// NUL-terminated; valid until the current autorelease pool is emptied. Raises
-    /// ZPCharacterConversionException for a character that the encoding lacks.
+    /// NUL-terminated; valid until the current autorelease pool is emptied, longer than the receiver if need be.
+    /// Raises ZPCharacterConversionException for a character that the encoding lacks.
     const char *cString() { return objc_msgSend<const char *>(this, "cString"_sel); }
     /// The same with approximations for such characters.
     const char *lossyCString() { return objc_msgSend<const char *>(this, "lossyCString"_sel); }
     /// Bytes without the NUL; 0 when the text cannot be converted.
     unsigned cStringLength() { return objc_msgSend<unsigned>(this, "cStringLength"_sel); }
-    /// The buffer must hold the whole text and a NUL.
+    /// Writes the whole text and a NUL, for which the buffer must have room; see `cStringLength`. Raises as
+    /// `cString`, here and below.
     void getCString(char *buffer) { objc_msgSend(this, "getCString:"_sel, buffer); }
-    /// The buffer holds maxLength + 1 bytes.
+    /// Writes the characters that `maxLength` bytes hold and a NUL: the buffer holds maxLength + 1 bytes.
     void getCString_maxLength(char *buffer, unsigned maxLength) { objc_msgSend(this, "getCString:maxLength:"_sel, buffer, maxLength); }
-    /// Stores what did not fit in `remaining` (may be null).
+    /// The same for a range; stores what did not fit in `remaining` (may be null).
     void getCString_maxLength_range_remainingRange(char *buffer, unsigned maxLength, ZPRange range, ZPRange *remaining) {
         objc_msgSend(this, "getCString:maxLength:range:remainingRange:"_sel, buffer, maxLength, range, remaining);
     }
@@ -267,23 +307,31 @@ struct ZPString : ZPObject {
     BOOL _getBytesInJISEncoding_range_usedBytes_lossy(void *buffer, ZPRange range, unsigned *usedBytes, BOOL lossy) {
         return objc_msgSend<BOOL>(this, "_getBytesInJISEncoding:range:usedBytes:lossy:"_sel, buffer, range, usedBytes, lossy);
     }
-    /// Null when the text cannot be converted.
+    /// The text's bytes; with `lossy` approximations, or "_", for characters that the encoding lacks, else null.
+    /// Unicode begins with a byte-order mark. An encoding that does not exist is logged and gives null.
     ZPData *dataUsingEncoding_allowLossyConversion(ZPStringEncoding encoding, BOOL lossy) {
         return objc_msgSend<ZPData *>(this, "dataUsingEncoding:allowLossyConversion:"_sel, encoding, lossy);
     }
+    /// The same without loss.
     ZPData *dataUsingEncoding(ZPStringEncoding encoding) { return objc_msgSend<ZPData *>(this, "dataUsingEncoding:"_sel, encoding); }
+    /// Whether the encoding has every character of the text.
     BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) { return objc_msgSend<BOOL>(this, "canBeConvertedToEncoding:"_sel, encoding); }
 
     // ---- files, archives, property lists ----
 
-    /// In the default C-string encoding, or UTF-16 with a byte-order mark where that cannot hold the text.
+    /// Writes the text in the default C-string encoding, or UTF-16 with a byte-order mark where that cannot hold
+    /// it; with `atomically` the file is there whole or not at all. NO, with the reason in `errno`, when it fails.
     BOOL writeToFile_atomically(ZPString *path, BOOL atomically) { return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically); }
+    /// The class that archives name: ZPString, or ZPMutableString.
     Class classForCoder() { return objc_msgSend<Class>(this, "classForCoder"_sel); }
-    /// The tree that the text describes; raises ZPParseErrorException.
+    /// The tree that the text describes, see ZPPropertyList.h; raises ZPParseErrorException when it describes none.
     id propertyList() { return objc_msgSend<id>(this, "propertyList"_sel); }
+    /// The dictionary of a strings file's text, `"key" = "value";` line by line; raises ZPParseErrorException for
+    /// other text.
     ZPDictionary *propertyListFromStringsFileFormat() { return objc_msgSend<ZPDictionary *>(this, "propertyListFromStringsFileFormat"_sel); }
     /// The text with quotes and escapes where the property-list form needs them.
     ZPString *_stringRepresentation() { return objc_msgSend<ZPString *>(this, "_stringRepresentation"_sel); }
+    /// The text in double quotes, with escapes, whatever it holds.
     ZPString *quotedStringRepresentation() { return objc_msgSend<ZPString *>(this, "quotedStringRepresentation"_sel); }
 
     // ---- ZPPathUtilities: file paths, see ZPPathUtilities.h ----
@@ -292,8 +340,13 @@ struct ZPString : ZPObject {
     static ZPString *pathWithComponents(ZPArray *components) { return objc_msgSend<ZPString *>(class_(), "pathWithComponents:"_sel, components); }
     /// A drive, a separator before the first name, and the names.
     ZPArray *pathComponents() { return objc_msgSend<ZPArray *>(this, "pathComponents"_sel); }
+    /// Whether the path begins with "~", a network share, or a drive and a separator. A single separator does not
+    /// count.
     BOOL isAbsolutePath() { return objc_msgSend<BOOL>(this, "isAbsolutePath"_sel); }
+    /// The name behind the last separator that does not end the path; behind the drive when there is none.
     ZPString *lastPathComponent() { return objc_msgSend<ZPString *>(this, "lastPathComponent"_sel); }
+    /// The path without that name and the separators before it, but for a root's: "C:\a" gives "C:\". Empty for a
+    /// name alone.
     ZPString *stringByDeletingLastPathComponent() { return objc_msgSend<ZPString *>(this, "stringByDeletingLastPathComponent"_sel); }
     /// Logs and answers the receiver when the component cannot follow it, or the result is longer than 4,095 units.
     ZPString *stringByAppendingPathComponent(ZPString *component) {
@@ -301,6 +354,7 @@ struct ZPString : ZPObject {
     }
     /// What follows the last dot of the last component, unless the component begins with that dot.
     ZPString *pathExtension() { return objc_msgSend<ZPString *>(this, "pathExtension"_sel); }
+    /// The path without its extension and the dot before it.
     ZPString *stringByDeletingPathExtension() { return objc_msgSend<ZPString *>(this, "stringByDeletingPathExtension"_sel); }
     /// Logs and answers the receiver when it has no name to extend.
     ZPString *stringByAppendingPathExtension(ZPString *extension) {
@@ -330,6 +384,8 @@ struct ZPString : ZPObject {
     /// until the current autorelease pool is emptied. U+DC80 to U+DCFF stand for bytes of names that mean nothing in the
     /// encoding. An empty path, and one that the encoding does not hold, raises ZPInvalidArgumentException.
     const char *fileSystemRepresentation() { return objc_msgSend<const char *>(this, "fileSystemRepresentation"_sel); }
+    /// The same in a buffer of `maxLength` bytes, NUL included; NO when it does not fit, and where the other
+    /// raises.
     BOOL getFileSystemRepresentation_maxLength(char *buffer, unsigned maxLength) {
         return objc_msgSend<BOOL>(this, "getFileSystemRepresentation:maxLength:"_sel, buffer, maxLength);
     }
@@ -339,19 +395,25 @@ extern "C" {
 // Units and bytes without a string object; any thread. Comparisons answer -1, 0 or +1 by unit values, and
 // ZPCaseInsensitiveSearch folds ASCII letters. Equal texts hash alike in every form.
 
+/// On units.
 ZP_EXPORT ZPComparisonResult ZPCompareCharacters(const unichar *a, const unichar *b, unsigned lengthA, unsigned lengthB, unsigned options);
 /// On bytes in the 8-bit storage encoding.
 ZP_EXPORT ZPComparisonResult ZPCompareCString(const char *a, const char *b, unsigned lengthA, unsigned lengthB, unsigned options);
-/// Reads 16 units at most.
+/// The hash of units: the number of them, and 16 of them at most.
 ZP_EXPORT unsigned ZPHashCharacters(const unichar *characters, unsigned length);
+/// The hash of bytes in the 8-bit storage encoding.
 ZP_EXPORT unsigned ZPHashCString(const char *bytes, unsigned length);
+/// The hash of a string, as `hash` answers it.
 ZP_EXPORT unsigned ZPHashString(ZPString *string);
 
 // The case mapping of one unit: writes one to three units and answers how many. Flag value 1 selects Turkish
 // rules.
 
+/// To upper case.
 ZP_EXPORT unsigned ZPConvertToUpper(unichar unit, unichar *output, unsigned flags);
+/// To lower case.
 ZP_EXPORT unsigned ZPConvertToLower(unichar unit, unichar *output, unsigned flags);
+/// To the case at the beginning of a word.
 ZP_EXPORT unsigned ZPConvertToTitle(unichar unit, unichar *output, unsigned flags);
 
 /// "YES" for a non-zero flag, else "NO".

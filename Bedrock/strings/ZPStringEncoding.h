@@ -12,33 +12,33 @@ ZP_FORWARD(ZPString);
 /// Archives and defaults store these numbers.
 using ZPStringEncoding = unsigned;
 
-inline constexpr ZPStringEncoding ZPASCIIStringEncoding = 1;
-inline constexpr ZPStringEncoding ZPKESTRELStringEncoding = 2;
-inline constexpr ZPStringEncoding ZPJapaneseEUCStringEncoding = 3;
-inline constexpr ZPStringEncoding ZPUTF8StringEncoding = 4;
-inline constexpr ZPStringEncoding ZPISOLatin1StringEncoding = 5;
-inline constexpr ZPStringEncoding ZPSymbolStringEncoding = 6;
-inline constexpr ZPStringEncoding ZPNonLossyASCIIStringEncoding = 7;
-inline constexpr ZPStringEncoding ZPShiftJISStringEncoding = 8;
-inline constexpr ZPStringEncoding ZPISOLatin2StringEncoding = 9;
-inline constexpr ZPStringEncoding ZPUnicodeStringEncoding = 10;
-inline constexpr ZPStringEncoding ZPWindowsCP1251StringEncoding = 11;
-inline constexpr ZPStringEncoding ZPWindowsCP1252StringEncoding = 12;
-inline constexpr ZPStringEncoding ZPWindowsCP1253StringEncoding = 13;
-inline constexpr ZPStringEncoding ZPWindowsCP1254StringEncoding = 14;
-inline constexpr ZPStringEncoding ZPWindowsCP1250StringEncoding = 15;
-inline constexpr ZPStringEncoding ZPISO2022JPStringEncoding = 21;
+inline constexpr ZPStringEncoding ZPASCIIStringEncoding = 1;  ///< bytes below 0x80
+inline constexpr ZPStringEncoding ZPKESTRELStringEncoding = 2;  ///< that of 8-bit string objects
+inline constexpr ZPStringEncoding ZPJapaneseEUCStringEncoding = 3;  ///< with the characters of KESTREL
+inline constexpr ZPStringEncoding ZPUTF8StringEncoding = 4;  ///< of up to six bytes
+inline constexpr ZPStringEncoding ZPISOLatin1StringEncoding = 5;  ///< ISO 8859-1
+inline constexpr ZPStringEncoding ZPSymbolStringEncoding = 6;  ///< of the font Symbol
+inline constexpr ZPStringEncoding ZPNonLossyASCIIStringEncoding = 7;  ///< ASCII with escapes for all other units
+inline constexpr ZPStringEncoding ZPShiftJISStringEncoding = 8;  ///< Japanese, code page 932
+inline constexpr ZPStringEncoding ZPISOLatin2StringEncoding = 9;  ///< ISO 8859-2
+inline constexpr ZPStringEncoding ZPUnicodeStringEncoding = 10;  ///< UTF-16, with a byte-order mark where bytes are made
+inline constexpr ZPStringEncoding ZPWindowsCP1251StringEncoding = 11;  ///< Cyrillic
+inline constexpr ZPStringEncoding ZPWindowsCP1252StringEncoding = 12;  ///< Western European
+inline constexpr ZPStringEncoding ZPWindowsCP1253StringEncoding = 13;  ///< Greek
+inline constexpr ZPStringEncoding ZPWindowsCP1254StringEncoding = 14;  ///< Turkish
+inline constexpr ZPStringEncoding ZPWindowsCP1250StringEncoding = 15;  ///< Central European
+inline constexpr ZPStringEncoding ZPISO2022JPStringEncoding = 21;  ///< Japanese in 7 bits
 
 /// Reads the units of a part of a string 32 at a time, for the converters from units to bytes. A
 /// converter looks at `current`, writes its bytes and steps on. Not owned: `string` must outlive it.
 struct ZPCharacterReader {
-    unsigned count;         ///< units in the buffer
-    unsigned index;         ///< of the next unit in the buffer
-    ZPString *string;
-    unsigned end;           ///< where the part ends in the string
-    unsigned start;         ///< where the buffered stretch starts in the string
-    unichar buffer[32];
-    unichar current;        ///< 0xFFFF once the part is exhausted
+    unsigned count;      ///< units in the buffer
+    unsigned index;      ///< of the next unit in the buffer
+    ZPString *string;    ///< whose units are read; borrowed
+    unsigned end;        ///< where the part ends in the string
+    unsigned start;      ///< where the buffered stretch starts in the string
+    unichar buffer[32];  ///< the stretch that is read
+    unichar current;     ///< 0xFFFF once the part is exhausted
 };
 
 extern "C" {
@@ -62,19 +62,25 @@ ZP_EXPORT void _ZPStartCharacterReader(ZPCharacterReader *reader, ZPString *stri
 
 // Units to bytes. Each converts the reader's current unit, steps the reader on and answers the number of
 // bytes written; 0, and the reader stays, when the encoding does not have the unit.
+///@{
+/// The converters of single-byte encodings; each writes one byte.
 ZP_EXPORT unsigned ZPUnicodeToASCII(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToKESTREL(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToISOLatin1(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToAdobeStandard(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToSymbol(ZPCharacterReader *reader, unsigned char *bytes);
-/// The encoding of the font Zapf Dingbats.
+///@}
+/// The encoding of the font Zapf Dingbats; writes one byte.
 ZP_EXPORT unsigned ZPUnicodeToDingbat(ZPCharacterReader *reader, unsigned char *bytes);
+///@{
+/// Further converters of single-byte encodings; each writes one byte.
 ZP_EXPORT unsigned ZPUnicodeToISOLatin2(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToWinCodePage1250(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToAdobeStandardCyrillic(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToWinLatin1(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToWinCodePage1253(ZPCharacterReader *reader, unsigned char *bytes);
 ZP_EXPORT unsigned ZPUnicodeToWinCodePage1254(ZPCharacterReader *reader, unsigned char *bytes);
+///@}
 /// Writes an approximation of up to four bytes, or '_'; never answers 0 before the end.
 ZP_EXPORT unsigned ZPUnicodeToLossyASCII(ZPCharacterReader *reader, unsigned char *bytes);
 /// Writes up to four bytes; takes both units of a surrogate pair, and a lone surrogate as it is.
@@ -87,6 +93,8 @@ ZP_EXPORT unsigned ZPUnicodeToShiftJIS(ZPCharacterReader *reader, unsigned char 
 ZP_EXPORT BOOL ZPPrecompUnicodeToKESTREL(unichar unit, unsigned char *byte);
 
 // Bytes to units; a byte without a character gives U+FFFD.
+///@{
+/// The unit of a byte in the encoding that the name says; U+FFFD for a byte without a character.
 ZP_EXPORT unichar ZPKESTRELToPrecompUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPASCIIToPrecompUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPISOLatin1ToPrecompUnicode(unsigned char byte);
@@ -99,6 +107,7 @@ ZP_EXPORT unichar ZPAdobeStandardCyrillicToUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPWinLatin1ToUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPWinCodePage1253ToUnicode(unsigned char byte);
 ZP_EXPORT unichar ZPWinCodePage1254ToUnicode(unsigned char byte);
+///@}
 
 // Characters of several bytes. Each decodes the one at `*bytes`, of which `left` bytes may be read, into one or two
 // units, moves `*bytes` behind it and answers the number of units; 0 when it cannot be decoded.
@@ -140,4 +149,4 @@ ZP_EXPORT ZPString *_ZPStringFromHostBytes(const void *bytes, unsigned length, Z
 ZP_EXPORT int _ZPHostBytesFromString(ZPString *string, void *buffer, unsigned size, ZPStringEncoding encoding);
 }
 
-inline constexpr unsigned ZPLongestDecomposition = 16;
+inline constexpr unsigned ZPLongestDecomposition = 16;  ///< the units that a decomposition may take
