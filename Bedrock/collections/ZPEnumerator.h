@@ -6,14 +6,15 @@
 
 ZP_FORWARD(ZPArray);
 
-/// Answers the elements of a collection one after another. The collection must not change while one of
-/// its enumerators is in use. For one thread at a time. A subclass supplies `nextObject`.
+/// Answers the elements of a collection one after another. The collection must not change while one of its
+/// enumerators is in use, which retains it until the end. For one thread at a time. A subclass supplies
+/// `nextObject`.
 struct ZPEnumerator : ZPObject {
     ZP_CLASS(ZPEnumerator)
 
-    /// The next element; null when there is none left.
+    /// The next element, borrowed; null when there is none left.
     id nextObject() { return objc_msgSend<id>(this, "nextObject"_sel); }
-    /// The elements not answered yet, in enumeration order; leaves nothing to enumerate.
+    /// The elements not answered yet, in enumeration order, in an autoreleased array; leaves nothing to enumerate.
     ZPArray *allObjects() { return objc_msgSend<ZPArray *>(this, "allObjects"_sel); }
 };
 
