@@ -9,8 +9,8 @@ ZP_FORWARD(ZPMutableData);
 ZP_FORWARD(ZPString);
 
 /// An immutable run of bytes, the front of a class cluster. A subclass supplies `length` and `bytes`. Lengths,
-/// locations and ranges count bytes. A length above 1,073,741,823 raises ZPInvalidArgumentException. May be
-/// read from any thread.
+/// locations and ranges count bytes. A length above 1,073,741,823 raises ZPInvalidArgumentException. Data objects
+/// that are answered are autoreleased. May be read from any thread.
 struct ZPData : ZPObject {
     ZP_CLASS(ZPData)
 
@@ -22,23 +22,29 @@ struct ZPData : ZPObject {
     static ZPData *dataWithBytes_length(const void *bytes, unsigned length) {
         return objc_msgSend<ZPData *>(class_(), "dataWithBytes:length:"_sel, bytes, length);
     }
-    /// Takes over a zone's block.
+    /// Takes over a zone's block, which is freed with the data.
     static ZPData *dataWithBytesNoCopy_length(void *bytes, unsigned length) {
         return objc_msgSend<ZPData *>(class_(), "dataWithBytesNoCopy:length:"_sel, bytes, length);
     }
+    /// The bytes of another data object (null: none), shared where they are many.
     static ZPData *dataWithData(ZPData *other) { return objc_msgSend<ZPData *>(class_(), "dataWithData:"_sel, other); }
     /// A regular file read whole; null, with the reason in `errno`, when it cannot be read.
     static ZPData *dataWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfFile:"_sel, path); }
-    /// The same without reading it first. The file must not become shorter while the data lives.
+    /// A regular file's bytes without reading them first; null, with the reason in `errno`, when it cannot be
+    /// mapped. The file must not become shorter while the data lives.
     static ZPData *dataWithContentsOfMappedFile(ZPString *path) { return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfMappedFile:"_sel, path); }
 
     // ---- initialisers: each may answer another object than the receiver ----
 
-    /// As the class messages of these names.
+    /// As the class message: copies the bytes.
     ZPData *initWithBytes_length(const void *bytes, unsigned length) { return objc_msgSend<ZPData *>(this, "initWithBytes:length:"_sel, bytes, length); }
+    /// As the class message: takes over a zone's block.
     ZPData *initWithBytesNoCopy_length(void *bytes, unsigned length) { return objc_msgSend<ZPData *>(this, "initWithBytesNoCopy:length:"_sel, bytes, length); }
+    /// As the class message.
     ZPData *initWithData(ZPData *other) { return objc_msgSend<ZPData *>(this, "initWithData:"_sel, other); }
+    /// As the class message, null when the file cannot be read.
     ZPData *initWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPData *>(this, "initWithContentsOfFile:"_sel, path); }
+    /// As the class message, null when the file cannot be mapped.
     ZPData *initWithContentsOfMappedFile(ZPString *path) { return objc_msgSend<ZPData *>(this, "initWithContentsOfMappedFile:"_sel, path); }
     /// The others end here. Bytes that are not copied outlive the object, or with `freeWhenDone` are its own: a
     /// zone's block, or whole pages when `bytesAreVM`.
@@ -56,14 +62,17 @@ struct ZPData : ZPObject {
     unsigned length() { return objc_msgSend<unsigned>(this, "length"_sel); }
     /// Valid while the receiver lives and its length does not change; may be null when it is empty.
     const void *bytes() { return objc_msgSend<const void *>(this, "bytes"_sel); }
-    /// The buffer holds `length()` bytes.
+    /// Copies all bytes; the buffer holds `length()` of them.
     void getBytes(void *buffer) { objc_msgSend(this, "getBytes:"_sel, buffer); }
     /// Copies the first `length` bytes, or all when there are fewer.
     void getBytes_length(void *buffer, unsigned length) { objc_msgSend(this, "getBytes:length:"_sel, buffer, length); }
-    /// Copies what exists of the range; a location past the end raises ZPRangeException.
+    /// Copies what exists of the range; one that is not empty and begins at or past the end raises
+    /// ZPRangeException.
     void getBytes_range(void *buffer, ZPRange range) { objc_msgSend(this, "getBytes:range:"_sel, buffer, range); }
-    /// Shares the receiver's bytes where they are many. A range past the end raises ZPRangeException.
+    /// The bytes of a range, shared with the receiver where they are many. A range that is not empty and reaches
+    /// past the end raises ZPRangeException.
     ZPData *subdataWithRange(ZPRange range) { return objc_msgSend<ZPData *>(this, "subdataWithRange:"_sel, range); }
+    /// Whether both have the same bytes; NO for null.
     BOOL isEqualToData(ZPData *other) { return objc_msgSend<BOOL>(this, "isEqualToData:"_sel, other); }
     /// Written to a file, through a temporary one beside it when `atomically`. NO, with the reason in `errno`,
     /// and an existing file unchanged in the atomic case, when that fails.
@@ -72,71 +81,91 @@ struct ZPData : ZPObject {
     BOOL _bytesAreVM() { return objc_msgSend<BOOL>(this, "_bytesAreVM"_sel); }
     /// The mapper whose view the bytes are, or null.
     ZPFileMapper *fileMapper() { return objc_msgSend<ZPFileMapper *>(this, "fileMapper"_sel); }
+    /// The class that archives name: ZPData.
     Class classForCoder() { return objc_msgSend<Class>(this, "classForCoder"_sel); }
 
     // ---- bit vectors: byte 0 first; bytes behind the end count as zero ----
 
-    /// The same bits set in both, or any.
+    /// Whether the same bits are set in both.
     BOOL isEqualToBitVector(ZPData *other) { return objc_msgSend<BOOL>(this, "isEqualToBitVector:"_sel, other); }
+    /// Whether any bit is set in both.
     BOOL intersectsBitVector(ZPData *other) { return objc_msgSend<BOOL>(this, "intersectsBitVector:"_sel, other); }
-    /// Ends with the last byte that is not zero.
+    /// The bits that are set in both; ends with the last byte that is not zero.
     ZPData *intersectionWithBitVector(ZPData *other) { return objc_msgSend<ZPData *>(this, "intersectionWithBitVector:"_sel, other); }
+    /// The bits that are set in either, as long as the longer one.
     ZPData *unionWithBitVector(ZPData *other) { return objc_msgSend<ZPData *>(this, "unionWithBitVector:"_sel, other); }
+    /// The number of set bits.
     unsigned numberOfSetBits() { return objc_msgSend<unsigned>(this, "numberOfSetBits"_sel); }
     // Compressed vectors, which end in a zero byte as a plain one does not; long runs of zeros are taken out.
+    /// The vector in compressed form, or as it is where that is shorter, without zero bytes at its end.
     ZPData *_compressIfNeeded() { return objc_msgSend<ZPData *>(this, "_compressIfNeeded"_sel); }
+    /// The plain form of a vector in either.
     ZPData *_decompressIfNeeded() { return objc_msgSend<ZPData *>(this, "_decompressIfNeeded"_sel); }
+    /// Whether any bit is set in both, of which each may be compressed.
     BOOL _intersectsBitVectorMaybeCompressed(ZPData *other) { return objc_msgSend<BOOL>(this, "_intersectsBitVectorMaybeCompressed:"_sel, other); }
 };
 
-/// Bytes that can be changed. A subclass supplies `mutableBytes` and `setLength:` beside the primitives of
-/// ZPData. One thread at a time.
+/// Bytes that can be changed. A subclass supplies `mutableBytes` and `setLength:` beside the primitives of ZPData.
+/// Growing raises ZPMallocException when there is no memory. One thread at a time.
 struct ZPMutableData : ZPData {
     ZP_CLASS(ZPMutableData)
 
-    /// As ZPData makes them, but to be changed.
+    /// A new data object without bytes.
     static ZPMutableData *data() { return objc_msgSend<id>(class_(), "data"_sel); }
+    /// Copies the bytes.
     static ZPMutableData *dataWithBytes_length(const void *bytes, unsigned length) {
         return objc_msgSend<id>(class_(), "dataWithBytes:length:"_sel, bytes, length);
     }
+    /// The bytes of another data object (null: none), shared where they are many until they are changed.
     static ZPMutableData *dataWithData(ZPData *other) { return objc_msgSend<id>(class_(), "dataWithData:"_sel, other); }
+    /// A regular file read whole; null, with the reason in `errno`, when it cannot be read.
     static ZPMutableData *dataWithContentsOfFile(ZPString *path) { return objc_msgSend<id>(class_(), "dataWithContentsOfFile:"_sel, path); }
-    /// Changes stay in memory: the file keeps its bytes.
+    /// A regular file's bytes without reading them first; null, with the reason in `errno`, when it cannot be
+    /// mapped. Changes stay in memory: the file keeps its bytes.
     static ZPMutableData *dataWithContentsOfMappedFile(ZPString *path) { return objc_msgSend<id>(class_(), "dataWithContentsOfMappedFile:"_sel, path); }
     /// Empty, with room for `capacity` bytes.
     static ZPMutableData *dataWithCapacity(unsigned capacity) { return objc_msgSend<id>(class_(), "dataWithCapacity:"_sel, capacity); }
-    /// Zero bytes.
+    /// `length` zero bytes.
     static ZPMutableData *dataWithLength(unsigned length) { return objc_msgSend<id>(class_(), "dataWithLength:"_sel, length); }
+    /// Empty, with room for `capacity` bytes.
     ZPMutableData *initWithCapacity(unsigned capacity) { return objc_msgSend<id>(this, "initWithCapacity:"_sel, capacity); }
+    /// `length` zero bytes.
     ZPMutableData *initWithLength(unsigned length) { return objc_msgSend<id>(this, "initWithLength:"_sel, length); }
 
-    /// Valid until the length changes.
+    /// The bytes, to be changed in place; valid until the length changes.
     void *mutableBytes() { return objc_msgSend<void *>(this, "mutableBytes"_sel); }
     /// Cuts off, or adds zero bytes.
     void setLength(unsigned length) { objc_msgSend(this, "setLength:"_sel, length); }
+    /// Adds zero bytes.
     void increaseLengthBy(unsigned extra) { objc_msgSend(this, "increaseLengthBy:"_sel, extra); }
-    /// The bytes may lie in the receiver.
+    /// Copies bytes to the end; they may lie in the receiver.
     void appendBytes_length(const void *bytes, unsigned length) { objc_msgSend(this, "appendBytes:length:"_sel, bytes, length); }
+    /// Adds the bytes of another data object, also of the receiver, at the end.
     void appendData(ZPData *other) { objc_msgSend(this, "appendData:"_sel, other); }
-    /// Overwrites the range, which may reach past the end but not begin there.
+    /// Overwrites the range, which may reach past the end but not begin there, with as many bytes; a location past
+    /// the end raises ZPRangeException. What lies behind stays in its place.
     void replaceBytesInRange_withBytes(ZPRange range, const void *bytes) { objc_msgSend(this, "replaceBytesInRange:withBytes:"_sel, range, bytes); }
-    /// Overwrites the range with zeros.
+    /// Overwrites the range with zeros, by the same rules.
     void resetBytesInRange(ZPRange range) { objc_msgSend(this, "resetBytesInRange:"_sel, range); }
+    /// Takes the bytes of another data object in the place of its own.
     void setData(ZPData *other) { objc_msgSend(this, "setData:"_sel, other); }
 
-    /// Keep the bits of both, or of either.
+    /// Keeps the bits that are set in both, and at most the other's length.
     void intersectBitVector(ZPData *other) { objc_msgSend(this, "intersectBitVector:"_sel, other); }
+    /// Sets the bits of the other vector too, growing to its length.
     void unionBitVector(ZPData *other) { objc_msgSend(this, "unionBitVector:"_sel, other); }
+    /// The same with a vector that may be compressed.
     void _unionBitVectorMaybeCompressed(ZPData *other) { objc_msgSend(this, "_unionBitVectorMaybeCompressed:"_sel, other); }
 };
 
 extern "C" {
-/// Fast constructors; the caller owns the result. A null zone means the default zone.
+/// Data with a copy of the bytes, which the caller owns. A null zone means the default zone, here and below.
 ZP_EXPORT ZPData *_ZPNewImmutableData(const void *bytes, unsigned length, ZPZone *zone);
-/// Takes over a zone's block.
+/// Data that takes over a zone's block; the caller owns it.
 ZP_EXPORT ZPData *_ZPNewImmutableDataNoCopy(void *bytes, unsigned length, ZPZone *zone);
 
-/// Takes over a block of the zone that has room for `capacity` bytes.
+/// Mutable data that takes over a block of the zone with room for `capacity` bytes, `length` of them in use; the
+/// caller owns it.
 ZP_EXPORT ZPMutableData *_ZPNewMutableDataNoCopy(void *bytes, unsigned length, unsigned capacity, ZPZone *zone);
 
 // Whole files. Failure answers NO (or -1) with the reason in `errno`. Paths as C strings are in the form that
@@ -144,10 +173,11 @@ ZP_EXPORT ZPMutableData *_ZPNewMutableDataNoCopy(void *bytes, unsigned length, u
 
 /// Reads a regular file into a new block of the zone, which the caller frees unless the length is 0.
 ZP_EXPORT BOOL _ZPReadBytesFromFile(const char *path, void **bytes, unsigned *length, ZPZone *zone);
+/// Writes a whole file, through a temporary one beside it when `atomically`; the file keeps its permissions.
 ZP_EXPORT BOOL _ZPWriteBytesToFile(ZPString *path, const void *bytes, unsigned length, BOOL atomically);
 /// Creates a file of an unused name in a directory (empty: the current one). The buffer gets the file's path
 /// and has room for 14 bytes behind the directory; at most four characters of the prefix are used.
 ZP_EXPORT int _ZPmkstemp83(char *directory, const char *prefix, int *descriptor);
-/// Replaces an existing destination in one step.
+/// Moves a file, which replaces an existing destination in one step. 0, or -1.
 ZP_EXPORT int _ZPMoveFile(const char *from, const char *to);
 }
