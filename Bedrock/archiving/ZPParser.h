@@ -53,20 +53,25 @@ struct ZPParser : ZPObject {
 
     // ---- what tokens are made of; each takes the place of what was set before ----
 
-    /// What unquoted strings begin with and hold, and what stands for itself as a token: the characters, and the kinds named.
+    /// What unquoted strings begin with: the characters, and the kinds that are YES.
     void setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
         objc_msgSend(this, "setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters, lower, upper, digits);
     }
+    /// What unquoted strings hold behind their first character, by the same means.
     void setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
         objc_msgSend(this, "setUnquotedStringCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters, lower, upper, digits);
     }
+    /// What stands for itself as a token: the characters, and ASCII punctuation when `punctuation`.
     void setMonoCharacterSeparatorCharacters_usualPunctuation(ZPString *characters, BOOL punctuation) {
         objc_msgSend(this, "setMonoCharacterSeparatorCharacters:usualPunctuation:"_sel, characters, punctuation);
     }
-    /// Strings of two or more characters, else ZPInvalidArgumentException. The longest that fits is taken.
+    /// Separators of two or more characters, else ZPInvalidArgumentException. The longest that fits is taken.
     void setMultipleCharacterSeparators(ZPArray *separators) { objc_msgSend(this, "setMultipleCharacterSeparators:"_sel, separators); }
+    /// Which quotes quote.
     void setQuotingWithSingleQuote_double(BOOL single, BOOL twofold) { objc_msgSend(this, "setQuotingWithSingleQuote:double:"_sel, single, twofold); }
+    /// Whether runs of digits are tokens of their own kind.
     void setEnableIntegerParsing(BOOL flag) { objc_msgSend(this, "setEnableIntegerParsing:"_sel, flag); }
+    /// Whether numbers with a point or an exponent are tokens of their own kind.
     void setEnableFloatParsing(BOOL flag) { objc_msgSend(this, "setEnableFloatParsing:"_sel, flag); }
 
     // ---- tokens ----
@@ -79,28 +84,39 @@ struct ZPParser : ZPObject {
     unsigned peekTokenType() { return objc_msgSend<unsigned>(this, "peekTokenType"_sel); }
     /// The pending token's text, not consumed, when its kind is in the mask.
     ZPString *peekTokenWithMask(unsigned mask) { return objc_msgSend<ZPString *>(this, "peekTokenWithMask:"_sel, mask); }
+    /// Consumes a token whose kind is in the mask.
     ZPString *parseTokenWithMask(unsigned mask) { return objc_msgSend<ZPString *>(this, "parseTokenWithMask:"_sel, mask); }
+    /// Consumes an unquoted string.
     ZPString *parseUnquotedString() { return objc_msgSend<ZPString *>(this, "parseUnquotedString"_sel); }
+    /// Consumes a quoted string, of which it answers the inside.
     ZPString *parseQuotedString() { return objc_msgSend<ZPString *>(this, "parseQuotedString"_sel); }
+    /// Consumes an unquoted or a quoted string.
     ZPString *parseString() { return objc_msgSend<ZPString *>(this, "parseString"_sel); }
-    /// The text of a number.
+    /// Consumes a number, whose text it answers; where numbers are told apart.
     ZPString *parseNumber() { return objc_msgSend<ZPString *>(this, "parseNumber"_sel); }
+    /// Consumes a separator.
     ZPString *parseSeparator() { return objc_msgSend<ZPString *>(this, "parseSeparator"_sel); }
-    /// Answers the literal when the pending token has its text.
+    /// Consumes a token of those kinds with the literal's text, and answers the literal.
     ZPString *parseTokenEqualTo_mask(ZPString *literal, unsigned mask) {
         return objc_msgSend<ZPString *>(this, "parseTokenEqualTo:mask:"_sel, literal, mask);
     }
+    /// Consumes that separator, and answers it.
     ZPString *parseSeparatorEqualTo(ZPString *literal) { return objc_msgSend<ZPString *>(this, "parseSeparatorEqualTo:"_sel, literal); }
+    /// The same, or raises.
     ZPString *expectSeparatorEqualTo(ZPString *literal) { return objc_msgSend<ZPString *>(this, "expectSeparatorEqualTo:"_sel, literal); }
+    /// As `parseTokenEqualTo_mask`, or raises.
     ZPString *expectTokenEqualTo_mask(ZPString *literal, unsigned mask) {
         return objc_msgSend<ZPString *>(this, "expectTokenEqualTo:mask:"_sel, literal, mask);
     }
+    /// Raises unless nothing but white space and comments is left.
     void expectEndOfInput() { objc_msgSend(this, "expectEndOfInput"_sel); }
 
     // ---- rules ----
 
-    /// Runs a rule, or the method of that name when the grammar has no such rule.
+    /// Runs a rule, or the method of that name when the grammar has no such rule; a name of neither kind is logged,
+    /// and nothing found.
     id parse(ZPString *rule) { return objc_msgSend<id>(this, "parse:"_sel, rule); }
+    /// The same, or raises "... expected".
     id expect(ZPString *rule) { return objc_msgSend<id>(this, "expect:"_sel, rule); }
     /// A rule any number of times. Without a separator (null) the elements follow each other; else a separator
     /// follows each element, where `omitLast` allows the last element to end without one.
@@ -113,11 +129,11 @@ struct ZPParser : ZPObject {
         return objc_msgSend<ZPDictionary *>(this, "parseSuiteOfPairsKey:separator:value:separator:allowOmitLastSeparator:"_sel, key, keySeparator,
                                             value, separator, omitLast);
     }
-    /// `{ key = value; ... }`
+    /// The same in braces, `{ key = value; ... }`.
     ZPDictionary *parseDictionaryOfKey_value(ZPString *key, ZPString *value) {
         return objc_msgSend<ZPDictionary *>(this, "parseDictionaryOfKey:value:"_sel, key, value);
     }
-    /// Hexadecimal digits in angle brackets.
+    /// Hexadecimal digits in angle brackets; an odd number of them raises.
     ZPData *parseData() { return objc_msgSend<ZPData *>(this, "parseData"_sel); }
     /// Raises ZPParseErrorException with a formatted message, line, position, rules and next token.
     template <class... A> void parseError(ZPString *format, A... arguments) {
@@ -126,9 +142,11 @@ struct ZPParser : ZPObject {
 
     // ---- the notation of grammars itself ----
 
-    /// Parts of a grammar in its own notation: a leaf (and whether its result counts), a sequence, what a rule says. Each
-    /// answers the node it makes; ZPParseErrorException when the text is none.
+    /// One element of a sequence, and whether its result counts. Answers the node it makes; null when the text
+    /// begins with none.
     id parseMetaSyntaxLeafResultShouldBeSkipped(BOOL *skipped) { return objc_msgSend<id>(this, "parseMetaSyntaxLeafResultShouldBeSkipped:"_sel, skipped); }
+    /// A sequence, as the above.
     id parseMetaSyntaxSequence() { return objc_msgSend<id>(this, "parseMetaSyntaxSequence"_sel); }
+    /// What a rule says, as the above.
     id parseMetaRuleBody() { return objc_msgSend<id>(this, "parseMetaRuleBody"_sel); }
 };

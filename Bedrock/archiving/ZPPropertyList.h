@@ -14,8 +14,9 @@ struct ZPPropertyListParser : ZPParser {
     ZP_CLASS(ZPPropertyListParser)
     /// Prepares to read the string, which the parser retains.
     ZPPropertyListParser *initWithString(ZPString *string) { return objc_msgSend<ZPPropertyListParser *>(this, "initWithString:"_sel, string); }
-    /// One part of the grammar each; they answer what they read, and raise ZPParseErrorException.
+    /// An array in parentheses. Null when the text does not begin with one; raises for an error inside.
     ZPArray *parseArray() { return objc_msgSend<ZPArray *>(this, "parseArray"_sel); }
+    /// A dictionary in braces. Null when the text does not begin with one; raises for an error inside.
     ZPDictionary *parseDictionary() { return objc_msgSend<ZPDictionary *>(this, "parseDictionary"_sel); }
 };
 
