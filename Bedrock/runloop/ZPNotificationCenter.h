@@ -46,8 +46,9 @@ struct ZPNotificationCenter : ZPObject {
     /// Calls the matching observers: first those for any name, then those for this one. When observers raise, the
     /// others are called all the same, and then the first exception is raised again.
     void postNotification(ZPNotification *notification) { objc_msgSend(this, "postNotification:"_sel, notification); }
+    /// The same with a notification of that name and object, made only when an observer matches.
     void postNotificationName_object(ZPString *name, id object) { objc_msgSend(this, "postNotificationName:object:"_sel, name, object); }
-    /// The same with a notification that is made only when an observer matches.
+    /// The same with information.
     void postNotificationName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo) {
         objc_msgSend(this, "postNotificationName:object:userInfo:"_sel, name, object, userInfo);
     }
