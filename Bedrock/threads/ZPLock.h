@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
-// Locks. None is recursive but ZPRecursiveLock, none reports misuse, and none promises who comes next. Any thread may
-// use one; it must not be deallocated while a thread waits on it.
+// Locks. None is recursive but ZPRecursiveLock, none reports misuse, and none promises who comes next. Any thread may use
+// one. It must not be freed while a thread is inside one of its operations, `unlock` included: the thread that it let in
+// may be ahead of the one that let it in. What a lock guards must therefore not be what keeps the lock alive.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>
 
 ZP_FORWARD(ZPDate);
 
-/// What every lock answers.
+/// What every lock answers: `lock` and `unlock`.
 struct ZPLocking { ZP_PROTOCOL(ZPLocking) };
 
-/// A lock without an owner: any thread may unlock it, and a thread that locks it twice waits until another
-/// unlocks it.
+/// A lock without an owner: any thread may unlock it, and a thread that locks it twice waits until another unlocks it.
+/// Any thread may use it; free it when no thread is inside one of its operations, `unlock` included.
 struct ZPLock : ZPObject {
     ZP_CLASS(ZPLock)
     void *_priv;
@@ -22,11 +23,13 @@ struct ZPLock : ZPObject {
     void unlock() { objc_msgSend(this, "unlock"_sel); }
     /// Takes the lock if it is free; answers whether it did.
     BOOL tryLock() { return objc_msgSend<BOOL>(this, "tryLock"_sel); }
-    /// Waits until the limit date at most; a limit in the past still takes a free lock.
+    /// Waits until the limit date at most, by the clock of the host; answers whether it took the lock. A limit in
+    /// the past still takes a free lock.
     BOOL lockBeforeDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "lockBeforeDate:"_sel, limit); }
 };
 
-/// A lock without an owner that carries a number, its condition, for which a thread can wait.
+/// A lock without an owner that carries a number, its condition, for which a thread can wait. Any thread may use it;
+/// free it when no thread is inside one of its operations, `unlock` included.
 struct ZPConditionLock : ZPObject {
     ZP_CLASS(ZPConditionLock)
     void *_priv;
@@ -35,9 +38,11 @@ struct ZPConditionLock : ZPObject {
     ZPConditionLock *initWithCondition(int condition) { return objc_msgSend<ZPConditionLock *>(this, "initWithCondition:"_sel, condition); }
     /// The condition as it is now; only the holder knows that it stays so.
     int condition() { return objc_msgSend<int>(this, "condition"_sel); }
-    /// Take the lock whatever its condition, as ZPLock's do.
+    /// Waits until the lock is free and takes it, whatever its condition.
     void lock() { objc_msgSend(this, "lock"_sel); }
+    /// Takes the lock if it is free, whatever its condition; answers whether it did.
     BOOL tryLock() { return objc_msgSend<BOOL>(this, "tryLock"_sel); }
+    /// Waits until the limit date at most, whatever the condition; answers whether it took the lock.
     BOOL lockBeforeDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "lockBeforeDate:"_sel, limit); }
     /// Waits until the lock is free and has the condition, and takes it.
     void lockWhenCondition(int condition) { objc_msgSend(this, "lockWhenCondition:"_sel, condition); }
@@ -45,13 +50,16 @@ struct ZPConditionLock : ZPObject {
     BOOL lockWhenCondition_beforeDate(int condition, ZPDate *limit) {
         return objc_msgSend<BOOL>(this, "lockWhenCondition:beforeDate:"_sel, condition, limit);
     }
+    /// Takes the lock if it is free and has the condition; answers whether it did.
     BOOL tryLockWhenCondition(int condition) { return objc_msgSend<BOOL>(this, "tryLockWhenCondition:"_sel, condition); }
-    /// Frees the lock, with its condition as it is or with a new one, and wakes every waiter.
+    /// Frees the lock, with its condition as it is, and wakes every waiter.
     void unlock() { objc_msgSend(this, "unlock"_sel); }
+    /// The same with a new condition.
     void unlockWithCondition(int condition) { objc_msgSend(this, "unlockWithCondition:"_sel, condition); }
 };
 
-/// A lock that the thread holding it may take again; it is free when it has been unlocked as often.
+/// A lock that the thread holding it may take again; it is free when it has been unlocked as often. Any thread may use
+/// it; free it when no thread is inside one of its operations, `unlock` included.
 struct ZPRecursiveLock : ZPObject {
     ZP_CLASS(ZPRecursiveLock)
     void *_priv;
@@ -62,23 +70,28 @@ struct ZPRecursiveLock : ZPObject {
     void unlock() { objc_msgSend(this, "unlock"_sel); }
     /// Takes the lock if nobody holds it; NO also for the thread that does.
     BOOL tryLock() { return objc_msgSend<BOOL>(this, "tryLock"_sel); }
+    /// Waits until the limit date at most; answers whether it took the lock, once more when the calling thread
+    /// holds it.
     BOOL lockBeforeDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "lockBeforeDate:"_sel, limit); }
 };
 
 /// A mutex and the condition that its holder can wait for. A waiter holds the lock, tests what it waits for, and
-/// tests it again after each wait: a wait may end without cause.
+/// tests it again after each wait: a wait may end without cause. Any thread may use it; free it when no thread is
+/// inside one of its operations.
 struct ZPCondition : ZPObject {
     ZP_CLASS(ZPCondition)
     void *_priv;
 
-    /// The mutex itself.
+    /// Waits until the mutex is free and takes it.
     void lock() { objc_msgSend(this, "lock"_sel); }
+    /// Frees the mutex; only the thread that holds it may send it.
     void unlock() { objc_msgSend(this, "unlock"_sel); }
-    /// Frees the lock, waits for a signal, and takes the lock again.
+    /// Frees the mutex, waits for a signal, and takes the mutex again; the caller holds it.
     void wait() { objc_msgSend(this, "wait"_sel); }
     /// The same until the limit date at most; NO when that has passed.
     BOOL waitUntilDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "waitUntilDate:"_sel, limit); }
-    /// Wakes one waiter, or all.
+    /// Wakes one waiter, if there is one.
     void signal() { objc_msgSend(this, "signal"_sel); }
+    /// Wakes all waiters.
     void broadcast() { objc_msgSend(this, "broadcast"_sel); }
 };

@@ -34,20 +34,24 @@ struct ZPThread : ZPObject {
     static void detachNewThreadSelector_toTarget_withObject(SEL selector, id target, id argument) {
         objc_msgSend(class_(), "detachNewThreadSelector:toTarget:withObject:"_sel, selector, target, argument);
     }
-    /// Ends the calling thread: posts `ZPThreadWillExitNotification`, releases the thread's object with all that hangs
-    /// on it and its autorelease pools, and unwinds its frames. Does not return.
+    /// Ends the calling thread: posts `ZPThreadWillExitNotification`, releases the thread's object with all that
+    /// hangs on it and its autorelease pools, and unwinds its frames. Does not return. Code between may not swallow
+    /// that unwinding, and no destructor that cannot be left by it may send this: not that of a
+    /// ZPAutoreleasePoolScope, and with it no `dealloc` that it runs, which ends the process.
     static void exit() { objc_msgSend(class_(), "exit"_sel); }
     /// Blocks the calling thread until the date; returns at once when it has passed. A date more than 4,294,967,295
     /// milliseconds away blocks for ever.
     static void sleepUntilDate(ZPDate *date) { objc_msgSend(class_(), "sleepUntilDate:"_sel, date); }
 
-    /// A dictionary for the application's own use on this thread, made on first request.
+    /// A dictionary for the application's own use on this thread, made on first request; borrowed.
     ZPMutableDictionary *threadDictionary() { return objc_msgSend<ZPMutableDictionary *>(this, "threadDictionary"_sel); }
-    /// The thread's run loop, null until it has one. The thread retains it.
+    /// The thread's run loop, null until it has one; borrowed.
     ZPRunLoop *runLoop() { return objc_msgSend<ZPRunLoop *>(this, "runLoop"_sel); }
+    /// Retains the run loop and releases the former one.
     void setRunLoop(ZPRunLoop *runLoop) { objc_msgSend(this, "setRunLoop:"_sel, runLoop); }
-    /// The thread's default notification queue, null until it has one. The thread retains it.
+    /// The thread's default notification queue, null until it has one; borrowed.
     ZPNotificationQueue *notificationQueue() { return objc_msgSend<ZPNotificationQueue *>(this, "notificationQueue"_sel); }
+    /// Retains the queue and releases the former one.
     void setNotificationQueue(ZPNotificationQueue *queue) { objc_msgSend(this, "setNotificationQueue:"_sel, queue); }
 };
 
