@@ -14,7 +14,8 @@
 #include <Bedrock/time/ZPTimeZone.h>
 
 /// A date with a zone's detail and a format. The calendar is the Gregorian one also for the time before it was
-/// introduced. The date itself does not change; one thread at a time may change zone and format.
+/// introduced. The date itself does not change; one thread at a time may change zone and format. A null zone is the
+/// default one, a null format "%Y-%m-%d %H:%M:%S %z", a null locale English.
 struct ZPCalendarDate : ZPDate {
     ZP_CLASS(ZPCalendarDate)
     double _timeIntervalSinceReferenceDate;
@@ -24,12 +25,13 @@ struct ZPCalendarDate : ZPDate {
 
     /// Now, autoreleased, as are the dates of all class messages.
     static ZPCalendarDate *calendarDate() { return objc_msgSend<ZPCalendarDate *>(class_(), "calendarDate"_sel); }
-    /// Months and days count from 1, and a day past the month's end is one of the next month. A null zone is the
-    /// default one.
+    /// A date by the calendar of a zone. Months and days count from 1, and a day past the month's end is one of the
+    /// next month.
     static ZPCalendarDate *dateWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day, unsigned hour,
                                                                               unsigned minute, unsigned second, ZPTimeZone *zone) {
         return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithYear:month:day:hour:minute:second:timeZone:"_sel, year, month, day, hour, minute, second, zone);
     }
+    /// As the class message.
     ZPCalendarDate *initWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day, unsigned hour,
                                                                        unsigned minute, unsigned second, ZPTimeZone *zone) {
         return objc_msgSend<ZPCalendarDate *>(this, "initWithYear:month:day:hour:minute:second:timeZone:"_sel, year, month, day, hour, minute, second, zone);
@@ -40,37 +42,47 @@ struct ZPCalendarDate : ZPDate {
     static ZPCalendarDate *dateWithString_calendarFormat(ZPString *text, ZPString *format) {
         return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithString:calendarFormat:"_sel, text, format);
     }
+    /// The same with the names of a locale.
     static ZPCalendarDate *dateWithString_calendarFormat_locale(ZPString *text, ZPString *format, ZPDictionary *locale) {
         return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithString:calendarFormat:locale:"_sel, text, format, locale);
     }
+    /// As the class message.
     ZPCalendarDate *initWithString_calendarFormat(ZPString *text, ZPString *format) {
         return objc_msgSend<ZPCalendarDate *>(this, "initWithString:calendarFormat:"_sel, text, format);
     }
+    /// As the class message.
     ZPCalendarDate *initWithString_calendarFormat_locale(ZPString *text, ZPString *format, ZPDictionary *locale) {
         return objc_msgSend<ZPCalendarDate *>(this, "initWithString:calendarFormat:locale:"_sel, text, format, locale);
     }
 
-    /// The detail of the date's zone.
+    /// The detail of the date's zone that is in force at it; borrowed.
     ZPTimeZoneDetail *timeZoneDetail() { return objc_msgSend<ZPTimeZoneDetail *>(this, "timeZoneDetail"_sel); }
-    /// Takes the zone's detail for this date; null is the default zone.
+    /// Takes the zone's detail for this date, which stays the same point in time; retained.
     void setTimeZone(ZPTimeZone *zone) { objc_msgSend(this, "setTimeZone:"_sel, zone); }
+    /// The format of its description; borrowed.
     ZPString *calendarFormat() { return objc_msgSend<ZPString *>(this, "calendarFormat"_sel); }
-    /// Keeps a copy; null is "%Y-%m-%d %H:%M:%S %z".
+    /// Keeps a copy of the format.
     void setCalendarFormat(ZPString *format) { objc_msgSend(this, "setCalendarFormat:"_sel, format); }
 
     // ---- the calendar, in the date's zone; a date outside the years that an int of days holds is taken as another ----
 
     /// The number of the day; 1 is January 1 of year 1, a Monday.
     int dayOfCommonEra() { return objc_msgSend<int>(this, "dayOfCommonEra"_sel); }
+    /// The year; 0 is that before year 1.
     int yearOfCommonEra() { return objc_msgSend<int>(this, "yearOfCommonEra"_sel); }
+    /// From 1 to 12.
     int monthOfYear() { return objc_msgSend<int>(this, "monthOfYear"_sel); }
+    /// From 1 to 31.
     int dayOfMonth() { return objc_msgSend<int>(this, "dayOfMonth"_sel); }
-    /// 0 is Sunday.
+    /// From 0, Sunday, to 6.
     int dayOfWeek() { return objc_msgSend<int>(this, "dayOfWeek"_sel); }
-    /// From 1.
+    /// From 1 to 366.
     int dayOfYear() { return objc_msgSend<int>(this, "dayOfYear"_sel); }
+    /// From 0 to 23.
     int hourOfDay() { return objc_msgSend<int>(this, "hourOfDay"_sel); }
+    /// From 0 to 59.
     int minuteOfHour() { return objc_msgSend<int>(this, "minuteOfHour"_sel); }
+    /// From 0 to 59; the fraction is cut off.
     int secondOfMinute() { return objc_msgSend<int>(this, "secondOfMinute"_sel); }
 
     /// An autoreleased date: years and months are added first, and the day cut to the length of the month that gives;
@@ -83,8 +95,9 @@ struct ZPCalendarDate : ZPDate {
         objc_msgSend(this, "years:months:days:hours:minutes:seconds:sinceDate:"_sel, years, months, days, hours, minutes, seconds, date);
     }
 
-    /// The date in its own format, or another, with the names of a locale (null: English). Autoreleased.
+    /// The date in another format than its own; autoreleased.
     ZPString *descriptionWithCalendarFormat(ZPString *format) { return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:"_sel, format); }
+    /// The same with the names of a locale.
     ZPString *descriptionWithCalendarFormat_locale(ZPString *format, ZPDictionary *locale) {
         return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:locale:"_sel, format, locale);
     }

@@ -8,58 +8,73 @@ ZP_FORWARD(ZPCalendarDate);
 ZP_FORWARD(ZPDictionary);
 ZP_FORWARD(ZPTimeZone);
 
-/// An immutable point in time: seconds, with fractions, since the reference date 2001-01-01 00:00:00 UTC. The front of
-/// a class cluster; a subclass supplies `timeIntervalSinceReferenceDate` and
-/// `initWithTimeIntervalSinceReferenceDate`. Any thread may use a date. Dates made by class messages are autoreleased.
+/// An immutable point in time: seconds, with fractions, since the reference date 2001-01-01 00:00:00 UTC. The front
+/// of a class cluster; a subclass supplies `timeIntervalSinceReferenceDate` and
+/// `initWithTimeIntervalSinceReferenceDate`. Any thread may use a date. Dates made by class messages are
+/// autoreleased. All times are in seconds; those of the past are negative.
 struct ZPDate : ZPObject {
     ZP_CLASS(ZPDate)
 
     /// Now.
     static ZPDate *date() { return objc_msgSend<ZPDate *>(class_(), "date"_sel); }
+    /// So many seconds after the reference date.
     static ZPDate *dateWithTimeIntervalSinceReferenceDate(double seconds) {
         return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSinceReferenceDate:"_sel, seconds);
     }
+    /// So many seconds from now.
     static ZPDate *dateWithTimeIntervalSinceNow(double seconds) { return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSinceNow:"_sel, seconds); }
+    /// So many seconds after 1970-01-01 00:00:00 UTC.
     static ZPDate *dateWithTimeIntervalSince1970(double seconds) { return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSince1970:"_sel, seconds); }
+    /// So many seconds after another date.
     static ZPDate *dateWithTimeInterval_sinceDate(double seconds, ZPDate *date) {
         return objc_msgSend<ZPDate *>(class_(), "dateWithTimeInterval:sinceDate:"_sel, seconds, date);
     }
+    /// The same point in time as another date.
     static ZPDate *dateWithDate(ZPDate *date) { return objc_msgSend<ZPDate *>(class_(), "dateWithDate:"_sel, date); }
     /// A date as `description` writes it without a locale, "2001-01-01 10:00:00 +0100"; any single characters may
     /// separate the numbers. Null when the text has another form.
     static ZPDate *dateWithString(ZPString *text) { return objc_msgSend<ZPDate *>(class_(), "dateWithString:"_sel, text); }
-    /// Later, and earlier, than every date that matters: 4001-01-02 and 0001-01-02. Always the same two objects, whose
-    /// distance from any date is that from the reference date.
+    /// Later than every date that matters, 4001-01-02. Always the same object, whose distance from any date is that
+    /// from the reference date; it ignores counting.
     static ZPDate *distantFuture() { return objc_msgSend<ZPDate *>(class_(), "distantFuture"_sel); }
+    /// Earlier than every date that matters, 0001-01-02; likewise.
     static ZPDate *distantPast() { return objc_msgSend<ZPDate *>(class_(), "distantPast"_sel); }
-    /// Now, as a number.
+    /// Seconds from the reference date to now.
     static double currentTimeIntervalSinceReferenceDate() { return objc_msgSend<double>(class_(), "timeIntervalSinceReferenceDate"_sel); }
 
-    /// The designated initialiser; `init` takes the current time.
+    /// So many seconds after the reference date: the designated initialiser. `init` takes the current time.
     ZPDate *initWithTimeIntervalSinceReferenceDate(double seconds) {
         return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSinceReferenceDate:"_sel, seconds);
     }
+    /// So many seconds from now.
     ZPDate *initWithTimeIntervalSinceNow(double seconds) { return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSinceNow:"_sel, seconds); }
+    /// So many seconds after 1970-01-01 00:00:00 UTC.
     ZPDate *initWithTimeIntervalSince1970(double seconds) { return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSince1970:"_sel, seconds); }
+    /// So many seconds after another date.
     ZPDate *initWithTimeInterval_sinceDate(double seconds, ZPDate *date) {
         return objc_msgSend<ZPDate *>(this, "initWithTimeInterval:sinceDate:"_sel, seconds, date);
     }
+    /// As `dateWithString`.
     ZPDate *initWithString(ZPString *text) { return objc_msgSend<ZPDate *>(this, "initWithString:"_sel, text); }
 
-    /// Seconds from the reference date.
+    /// Seconds from the reference date to the receiver.
     double timeIntervalSinceReferenceDate() { return objc_msgSend<double>(this, "timeIntervalSinceReferenceDate"_sel); }
-    /// Positive when the receiver is the later one.
+    /// Seconds from the other date to the receiver: positive when the receiver is the later one.
     double timeIntervalSinceDate(ZPDate *other) { return objc_msgSend<double>(this, "timeIntervalSinceDate:"_sel, other); }
+    /// Seconds from now to the receiver.
     double timeIntervalSinceNow() { return objc_msgSend<double>(this, "timeIntervalSinceNow"_sel); }
+    /// Seconds from 1970-01-01 00:00:00 UTC to the receiver.
     double timeIntervalSince1970() { return objc_msgSend<double>(this, "timeIntervalSince1970"_sel); }
 
     /// An autoreleased date of the receiver's class, that many seconds later.
     ZPDate *addTimeInterval(double seconds) { return objc_msgSend<ZPDate *>(this, "addTimeInterval:"_sel, seconds); }
     /// -1 when the receiver is earlier, 0 when both are equal, 1 when it is later.
     int compare(ZPDate *other) { return objc_msgSend<int>(this, "compare:"_sel, other); }
+    /// Whether both are the same point in time, to the last bit.
     BOOL isEqualToDate(ZPDate *other) { return objc_msgSend<BOOL>(this, "isEqualToDate:"_sel, other); }
-    /// An autoreleased copy of the earlier, or later, of the two; of the argument when they are equal.
+    /// An autoreleased copy of the earlier of the two; of the argument when they are equal.
     ZPDate *earlierDate(ZPDate *other) { return objc_msgSend<ZPDate *>(this, "earlierDate:"_sel, other); }
+    /// An autoreleased copy of the later of the two; of the argument when they are equal.
     ZPDate *laterDate(ZPDate *other) { return objc_msgSend<ZPDate *>(this, "laterDate:"_sel, other); }
 
     // ---- by the calendar; see ZPCalendarDate.h ----
