@@ -30,16 +30,24 @@ class ZPArrayIterator {
     }
 
   public:
+    /// What the loop gets.
     using value_type = id;
+    /// What the standard library asks of an iterator; there is no distance.
     using difference_type = std::ptrdiff_t;
 
+    /// Stands before the first element; null is empty.
     explicit ZPArrayIterator(ZPArray *array) : _array(array), _count(array ? array->count() : 0) { take(); }
+    /// The element, borrowed.
     id operator*() const { return _elements[_index % taken]; }
+    ///@{
+    /// Goes on to the next one.
     ZPArrayIterator &operator++() {
         if (++_index % taken == 0) take();
         return *this;
     }
     void operator++(int) { ++*this; }
+    ///@}
+    /// Whether there is none left.
     friend bool operator==(const ZPArrayIterator &i, ZPCollectionEnd) { return i._index == i._count; }
 };
 
@@ -49,48 +57,66 @@ class ZPEnumeratorIterator {
     id _object;
 
   public:
+    /// What the loop gets.
     using value_type = id;
+    /// What the standard library asks of an iterator; there is no distance.
     using difference_type = std::ptrdiff_t;
 
+    /// Takes the first element; null is empty.
     explicit ZPEnumeratorIterator(ZPEnumerator *enumerator) : _enumerator(enumerator), _object(enumerator->nextObject()) {}
+    /// The element, borrowed.
     id operator*() const { return _object; }
+    ///@{
+    /// Goes on to the next one.
     ZPEnumeratorIterator &operator++() {
         _object = _enumerator->nextObject();
         return *this;
     }
     void operator++(int) { ++*this; }
+    ///@}
+    /// Whether there is none left.
     friend bool operator==(const ZPEnumeratorIterator &i, ZPCollectionEnd) { return !i._object; }
 };
 
 /// One entry, for range-for with `auto [key, value]`; not retained.
 struct ZPDictionaryEntry {
-    id key;
-    id value;
+    id key;    ///< borrowed
+    id value;  ///< borrowed
 };
 
-/// Walks the entries of a dictionary in its own order.
+/// Walks the entries of a dictionary in its own order, all taken out at the beginning.
 class ZPDictionaryIterator {
     std::unique_ptr<id[]> _keysAndValues;
     unsigned _index = 0, _count;
 
   public:
+    /// What the loop gets.
     using value_type = ZPDictionaryEntry;
+    /// What the standard library asks of an iterator; there is no distance.
     using difference_type = std::ptrdiff_t;
 
+    /// Stands before the first entry; null is empty.
     explicit ZPDictionaryIterator(ZPDictionary *dictionary) : _count(dictionary ? dictionary->count() : 0) {
         if (!_count) return;
         _keysAndValues.reset(new id[2 * std::size_t(_count)]);
         dictionary->getObjects_forKeys(_keysAndValues.get() + _count, _keysAndValues.get());
     }
+    /// The entry, borrowed.
     ZPDictionaryEntry operator*() const { return {_keysAndValues[_index], _keysAndValues[_count + _index]}; }
+    ///@{
+    /// Goes on to the next one.
     ZPDictionaryIterator &operator++() {
         ++_index;
         return *this;
     }
     void operator++(int) { ++*this; }
+    ///@}
+    /// Whether there is none left.
     friend bool operator==(const ZPDictionaryIterator &i, ZPCollectionEnd) { return i._index == i._count; }
 };
 
+///@{
+/// The ends of a loop over a collection; null is an empty one.
 inline ZPArrayIterator begin(ZPArray *array) { return ZPArrayIterator(array); }
 inline ZPArrayIterator begin(ZPArray &array) { return ZPArrayIterator(&array); }
 inline ZPCollectionEnd end(ZPArray *) { return {}; }
@@ -107,6 +133,7 @@ inline ZPDictionaryIterator begin(ZPDictionary *dictionary) { return ZPDictionar
 inline ZPDictionaryIterator begin(ZPDictionary &dictionary) { return ZPDictionaryIterator(&dictionary); }
 inline ZPCollectionEnd end(ZPDictionary *) { return {}; }
 inline ZPCollectionEnd end(ZPDictionary &) { return {}; }
+///@}
 
 /// `ZPMakeDictionary({{"name"_zp, name}, {"size"_zp, size}})`: an autoreleased dictionary of key and value pairs.
 /// A later value of an equal key wins; nulls raise ZPInvalidArgumentException.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Strings and the standard library's texts. Bytes are UTF-8 here, whatever the default C-string encoding.
+// Strings and the standard library's texts. Bytes are UTF-8 here, whatever the default C-string encoding. Any thread.
 #pragma once
 
 #include <Bedrock/strings/ZPString.h>
@@ -9,9 +9,11 @@
 #include <string>
 #include <string_view>
 
-/// An autoreleased string of UTF-8 text; null when the text is cut short or too long. May hold NULs.
+/// An autoreleased string of UTF-8 text, which may hold NULs. Null when its last character is cut short, and for more
+/// than 2,147,483,646 bytes.
 ZP_EXPORT ZPString *ZPMakeString(std::string_view utf8);
-/// An autoreleased string of UTF-16 text.
+/// An autoreleased string of UTF-16 text, lone surrogates as they are. More than 2,147,483,646 units raise
+/// ZPMallocException.
 ZP_EXPORT ZPString *ZPMakeString(std::u16string_view utf16);
 /// The text in UTF-8; empty for null. A lone surrogate is written as three bytes.
 ZP_EXPORT std::string ZPStdString(ZPString *string);
@@ -27,18 +29,23 @@ ZP_EXPORT std::ostream &operator<<(std::ostream &stream, ZPString *string);
 struct ZPStringHash {
     /// Keys are found by views as well.
     using is_transparent = void;
-    /// Equal texts hash alike, whatever holds them.
+    /// The hash of the text, the same whatever holds it.
     ZP_EXPORT std::size_t operator()(ZPString *string) const;
+    /// The hash of UTF-16 text.
     ZP_EXPORT std::size_t operator()(std::u16string_view text) const;
+    /// The hash of UTF-8 text.
     ZP_EXPORT std::size_t operator()(std::string_view utf8) const;
 };
 /// Equality of texts, for unordered containers.
 struct ZPStringEqual {
+    /// Keys are found by views as well.
     using is_transparent = void;
+    ///@{
     /// Whether both texts have the same units.
     ZP_EXPORT bool operator()(ZPString *a, ZPString *b) const;
     ZP_EXPORT bool operator()(ZPString *a, std::u16string_view b) const;
     ZP_EXPORT bool operator()(ZPString *a, std::string_view utf8) const;
     bool operator()(std::u16string_view a, ZPString *b) const { return (*this)(b, a); }
     bool operator()(std::string_view utf8, ZPString *b) const { return (*this)(b, utf8); }
+    ///@}
 };
