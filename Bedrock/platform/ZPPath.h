@@ -10,8 +10,8 @@ extern "C" {
 /// give "/home/me", "a\b" gives "a/b". Answers NO, and an empty buffer, for a drive other than C, a
 /// network path, an empty path, and a result that does not fit `size` bytes with its NUL.
 ZP_EXPORT BOOL ZPHostPathFromPath(const char *path, char *buffer, unsigned size);
-/// The other direction: "/home/me" gives `C:\home\me`, "a/b" gives `a\b`; a relative path that looks as if it began
-/// with a drive or a home directory gets `.\` before it: "c:x" gives `.\c:x`. Answers NO for a host path that holds
-/// a backslash, which no library path can name, and in the cases above.
+/// The other direction: "/home/me" gives "C:\home\me", "a/b" gives "a\b"; a relative path that looks as if it began
+/// with a drive or a home directory, as "c:x" and "~a" do, gets ".\" before it. Answers NO for a host path that
+/// holds a backslash, which no library path can name, and in the cases above.
 ZP_EXPORT BOOL ZPPathFromHostPath(const char *hostPath, char *buffer, unsigned size);
 }

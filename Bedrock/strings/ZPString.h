@@ -302,8 +302,8 @@ struct ZPString : ZPObject {
         return objc_msgSend<BOOL>(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
                                   maxLength, filled, encoding, lossy, range, remaining);
     }
-    /// ISO 2022-JP of a range; a null buffer only counts, another must have room for 5 bytes a unit and 3 more. NO when a
-    /// character has no form and loss is not allowed.
+    /// ISO 2022-JP of a range; a null buffer only counts, another must have room for 5 bytes a unit and 3 more. NO
+    /// when a character has no form and loss is not allowed.
     BOOL _getBytesInJISEncoding_range_usedBytes_lossy(void *buffer, ZPRange range, unsigned *usedBytes, BOOL lossy) {
         return objc_msgSend<BOOL>(this, "_getBytesInJISEncoding:range:usedBytes:lossy:"_sel, buffer, range, usedBytes, lossy);
     }
@@ -364,25 +364,26 @@ struct ZPString : ZPObject {
     ZPString *stringByAbbreviatingWithTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByAbbreviatingWithTildeInPath"_sel); }
     /// With the home directory in place of "~" or "~name"; unchanged when there is none.
     ZPString *stringByExpandingTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByExpandingTildeInPath"_sel); }
-    /// Expands the tilde and takes out what is not needed: doubled separators, "." and, in an absolute path, "..". Looks
-    /// at no file.
+    /// Expands the tilde and takes out what is not needed: doubled separators, "." and, in an absolute path, "..".
+    /// Looks at no file.
     ZPString *stringByStandardizingPath() { return objc_msgSend<ZPString *>(this, "stringByStandardizingPath"_sel); }
     /// Standardizes; then, in an absolute path and one that begins with a separator, resolves the symbolic links of the
     /// part that exists.
     ZPString *stringByResolvingSymlinksInPath() { return objc_msgSend<ZPString *>(this, "stringByResolvingSymlinksInPath"_sel); }
     /// The receiver with each of the paths appended.
     ZPArray *stringsByAppendingPaths(ZPArray *paths) { return objc_msgSend<ZPArray *>(this, "stringsByAppendingPaths:"_sel, paths); }
-    /// Looks for files whose paths begin with the receiver; with a list of extensions only for directories and files that
-    /// have one of them. Answers how many there are; 0 stores nothing. Otherwise `*completion` is what they have in
-    /// common, and `*matches` are their paths; either pointer may be null.
+    /// Looks for files whose paths begin with the receiver; with a list of extensions only for directories and
+    /// files that have one of them. Answers how many there are; 0 stores nothing. Otherwise `*completion` is what
+    /// they have in common, and `*matches` are their paths; either pointer may be null.
     unsigned completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(ZPString **completion, BOOL caseSensitive, ZPArray **matches,
                                                                                ZPArray *extensions) {
         return objc_msgSend<unsigned>(this, "completePathIntoString:caseSensitive:matchesIntoArray:filterTypes:"_sel, completion, caseSensitive, matches,
                                       extensions);
     }
-    /// The path with backslashes in the file system's encoding, from which `ZPHostPathFromPath` makes the host's; valid
-    /// until the current autorelease pool is emptied. U+DC80 to U+DCFF stand for bytes of names that mean nothing in the
-    /// encoding. An empty path, and one that the encoding does not hold, raises ZPInvalidArgumentException.
+    /// The path with backslashes in the file system's encoding, from which `ZPHostPathFromPath` makes the host's;
+    /// valid until the current autorelease pool is emptied. U+DC80 to U+DCFF stand for bytes of names that mean
+    /// nothing in the encoding. An empty path, and one that the encoding does not hold, raises
+    /// ZPInvalidArgumentException.
     const char *fileSystemRepresentation() { return objc_msgSend<const char *>(this, "fileSystemRepresentation"_sel); }
     /// The same in a buffer of `maxLength` bytes, NUL included; NO when it does not fit, and where the other
     /// raises.
