@@ -58,7 +58,7 @@ void ZPHostReportEvent(const char *text, std::size_t length) {
 void ZPHostTimeStamp(char *text) {
     std::time_t now = std::time(nullptr);
     std::tm fields;
-    localtime_r(&now, &fields);
+    if (!ZPHostZoneIsUsable() || !localtime_r(&now, &fields)) gmtime_r(&now, &fields);
     // The same months whatever the program's locale.
     static const char months[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     char rest[24];

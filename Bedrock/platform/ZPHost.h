@@ -23,14 +23,17 @@ unsigned ZPHostRealMemory();
 BOOL ZPHostWriteStandardError(const char *bytes, std::size_t length);
 /// Reports one event of kind error to the host's log under the process's name.
 void ZPHostReportEvent(const char *text, std::size_t length);
-/// The local time as "Nov 22 20:15:00" in `text`, which holds 32 bytes.
+/// The local time, or GMT without a usable zone, as "Nov 22 20:15:00" in `text`, which holds 32 bytes.
 void ZPHostTimeStamp(char *text);
 /// What the host's time zone is at a moment, seconds since 1970 in GMT, from the table of its changes; the answer
 /// lives as long as the process, and is the same for the same kind of time. Null outside the table. The zone is that
 /// of the environment when this, or the following, is first called.
 const ZPHostZoneKind *ZPHostZoneAt(long long moment);
-/// The same by the C library's rules; NO for a moment that it cannot place.
+/// The same by the C library's rules; NO for a moment that it cannot place, or places more than a day from GMT, and for
+/// every moment when the zone's file is damaged.
 BOOL ZPHostZoneByRule(long long moment, ZPHostZoneKind *kind);
+/// NO when the file of the host's time zone is damaged: the C library then must not be asked about local time.
+BOOL ZPHostZoneIsUsable();
 /// The name of the host's time zone ("Europe/Berlin") in `name`; NO when it has none.
 BOOL ZPHostZoneName(char *name, std::size_t size);
 /// Return addresses of the calling stack, innermost first.

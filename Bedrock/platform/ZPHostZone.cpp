@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The host's time zone. Where it is a file of the public time zone database, its changes of clock are read once and
 // found by search; moments outside them, and zones that are rules and not files, are the C library's. Both say the same.
+// The C library trusts such files: it is not asked about the time of a damaged one.
 #include <Bedrock/platform/ZPHost.h>
 
 #include <Bedrock/platform/ZPFile.h>
@@ -11,6 +12,7 @@
 #include <cstring>
 #include <ctime>
 #include <memory>
+#include <new>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -21,6 +23,9 @@ const char *zoneOfEnvironment() {
     const char *set = std::getenv("TZ");
     return set && *set == ':' ? set + 1 : set;
 }
+
+// What rules can say and files are to say.
+bool isOffset(long long seconds) { return seconds > -25 * 3600 && seconds < 26 * 3600; }
 
 struct Zone {
     std::vector<long long> times;      // of the changes, ascending
@@ -41,8 +46,10 @@ struct Zone {
         }
     }
 
+    // NO when there is a file for the zone that is not as it should be.
+    BOOL isUsable = YES;
+
     Zone() {
-        tzset();
         const char *set = zoneOfEnvironment();
         std::string path = !set ? "/etc/localtime" : *set == '/' ? set : std::string();
         if (path.empty() && *set && !std::strstr(set, "..")) {
@@ -51,7 +58,10 @@ struct Zone {
         }
         std::vector<unsigned char> bytes(1 << 17);
         long long length = path.empty() ? -1 : ZPHostReadFile(path.c_str(), bytes.data(), bytes.size());
-        if (length < 0 || std::size_t(length) == bytes.size() || !read(bytes.data(), bytes.data() + length) || !agrees()) {
+        if (length >= 0) isUsable = std::size_t(length) < bytes.size() && isSound(bytes.data(), bytes.data() + length) ? YES : NO;
+        if (!isUsable) return;
+        tzset();
+        if (length < 0 || !read(bytes.data(), bytes.data() + length) || !agrees()) {
             times.clear();
             kinds.clear();
             all.clear();
@@ -59,7 +69,31 @@ struct Zone {
         index();
     }
 
-    // The 64-bit part of a file of version 2 or later without leap seconds.
+    // Whether the part that the C library reads, of 64-bit numbers in every version but the first, holds what it says.
+    static bool isSound(const unsigned char *at, const unsigned char *end) {
+        Header h;
+        if (!h.read(at, end, 4)) return false;
+        std::size_t timeSize = h.version ? 8 : 4;
+        if (h.version) {
+            at += h.size;
+            if (!h.read(at, end, 8)) return false;
+        }
+        auto moment = [&](const unsigned char *p) {
+            return timeSize == 4 ? int(unsigned(number(p))) : static_cast<long long>(number(p) << 32 | number(p + 4));
+        };
+        at += 44;
+        const unsigned char *kindOf = at + h.changes * timeSize, *kind = kindOf + h.changes, *characters = kind + h.kinds * 6, *leap = characters + h.characters;
+        for (std::size_t i = 0; i < h.changes; ++i)
+            if (kindOf[i] >= h.kinds || (i && moment(at + i * timeSize) <= moment(at + (i - 1) * timeSize))) return false;
+        for (std::size_t i = 0; i < h.kinds; ++i, kind += 6)
+            if (!isOffset(int(unsigned(number(kind)))) || kind[4] > 1 || kind[5] >= h.characters || !std::memchr(characters + kind[5], 0, h.characters - kind[5]))
+                return false;
+        for (std::size_t i = 1; i < h.leaps; ++i)
+            if (moment(leap + i * (timeSize + 4)) <= moment(leap + (i - 1) * (timeSize + 4))) return false;
+        return true;
+    }
+
+    // The 64-bit part of a sound file of version 2 or later without leap seconds.
     bool read(const unsigned char *at, const unsigned char *end) {
         Header h;
         if (!h.read(at, end, 4) || h.version < '2') return false;
@@ -130,13 +164,21 @@ const ZPHostZoneKind *ZPHostZoneAt(long long moment) {
 }
 
 BOOL ZPHostZoneByRule(long long moment, ZPHostZoneKind *kind) {
-    zone();
+    if (!zone().isUsable) return NO;
     std::time_t t = moment;
     std::tm f;
-    if (!localtime_r(&t, &f)) return NO;
+    if (!localtime_r(&t, &f) || !isOffset(f.tm_gmtoff)) return NO;
     *kind = {static_cast<int>(f.tm_gmtoff), f.tm_isdst > 0, {}};
     std::strncpy(kind->abbreviation, f.tm_zone ? f.tm_zone : "", sizeof kind->abbreviation - 1);
     return YES;
+}
+
+BOOL ZPHostZoneIsUsable() {
+    try {
+        return zone().isUsable;
+    } catch (const std::bad_alloc &) {
+        return NO;
+    }
 }
 
 BOOL ZPHostZoneName(char *name, std::size_t size) {
