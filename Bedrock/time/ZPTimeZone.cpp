@@ -11,6 +11,7 @@
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/ZPHost.h>
 #include <Bedrock/strings/ZPString.h>
+#include <Bedrock/strings/ZPStringEncoding.h>
 #include <Bedrock/time/ZPDate+Internal.h>
 #include <Bedrock/time/ZPDate.h>
 
@@ -91,6 +92,9 @@ ZPHostTimeZoneDetail *findHostDetail(const ZPHostZoneKind *kind) {
     return nullptr;
 }
 
+// The environment's and a file's bytes need not be text.
+ZPString *textOfHost(const char *bytes) { return _ZPStringFromHostBytes(bytes, unsigned(std::strlen(bytes)), _ZPDefaultCStringEncoding()); }
+
 ZPHostTimeZoneDetail *hostDetail(const ZPHostZoneKind *kind, BOOL isKept) {
     if (ZPHostTimeZoneDetail *found = findHostDetail(kind)) return found;
     ZPAutoreleasePoolScope pool;
@@ -98,8 +102,7 @@ ZPHostTimeZoneDetail *hostDetail(const ZPHostZoneKind *kind, BOOL isKept) {
     std::lock_guard lock(c.mutex);
     if (ZPHostTimeZoneDetail *found = findHostDetail(kind)) return found;
     char zone[256];
-    ZPString *shown = ZPString::stringWithCString(kind->abbreviation);
-    ZPString *name = ZPHostZoneName(zone, sizeof zone) ? ZPString::stringWithCString(zone) : shown;
+    ZPString *shown = textOfHost(kind->abbreviation), *name = ZPHostZoneName(zone, sizeof zone) ? textOfHost(zone) : shown;
     auto *detail = (ZPHostTimeZoneDetail *)ZPHostTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT(name, shown, kind->offset);
     detail->_isDaylight = kind->isDaylight;
     __atomic_store_n(&hostDetails, new HostDetail{hostDetails, detail, isKept ? kind : nullptr, *kind}, __ATOMIC_RELEASE);
