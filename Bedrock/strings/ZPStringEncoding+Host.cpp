@@ -76,8 +76,10 @@ unsigned decodeExactly(ZPStringEncoding encoding, const unsigned char *in, unsig
         *count = n ? ZPUTF8ToUnicode(&at, n, units) : 0;
         return n;
     }
+    // ASCII is itself whatever a table says, and nothing else is ASCII.
+    if (*in < 0x80) return units[0] = *in, *count = 1;
     *count = _ZPDecodeCharacter(encoding, &at, left, units);
-    if (*count != 1 || (units[0] & 0xFF80) == (escapes | 0x80)) return 0;
+    if (*count != 1 || units[0] < 0x80 || (units[0] & 0xFF80) == (escapes | 0x80)) return 0;
     n = _ZPEncodeCharacter(encoding, units, 1, back, &taken);
     return n == unsigned(at - in) && std::memcmp(in, back, n) == 0 ? n : 0;
 }
@@ -110,7 +112,7 @@ int _ZPHostBytesFromString(ZPString *string, void *buffer, unsigned size, ZPStri
         unsigned char bytes[4];
         unsigned n;
         bool low = i + 1 < length && (units.memory[i + 1] & 0xFC00) == 0xDC00, pair = (u & 0xFC00) == 0xD800 && low;
-        if ((u & 0xFF80) == (escapes | 0x80)) bytes[0] = static_cast<unsigned char>(u), n = taken = 1;
+        if (u < 0x80 || (u & 0xFF80) == (escapes | 0x80)) bytes[0] = static_cast<unsigned char>(u), n = taken = 1;
         else if ((u & 0xF800) == 0xD800 && !(pair && encoding == ZPUTF8StringEncoding)) return -1;
         else n = _ZPEncodeCharacter(encoding, units.memory + i, length - i, bytes, &taken);
         if (n == 0 || n > 0x7FFFFFFF - written) return -1;
