@@ -88,7 +88,9 @@ ZPString *ZPHomeDirectory() {
 ZPString *ZPTemporaryDirectory() {
     char host[longestHostPath];
     ZPString *path = ZPHostTemporaryDirectory(host, sizeof host) ? _ZPPathFromHost(host) : nullptr;
-    return path ? path->stringByStandardizingPath() : nullptr;
+    // What the environment names may be too long, or no path of the library's.
+    if (!path) path = _ZPPathFromHost("/tmp");
+    return path->stringByStandardizingPath();
 }
 
 ZPString *ZPLodestarRootDirectory() {
