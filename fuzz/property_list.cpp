@@ -13,7 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         text->autorelease();
         id tree = text->propertyList();
         if (!tree) return 0;
-        ZPString *written = ((ZPObject *)tree)->description();
+        // A string's description is the string itself.
+        ZPString *written = tree->isKindOfClass(ZPString::class_()) ? ((ZPString *)tree)->quotedStringRepresentation() : ((ZPObject *)tree)->description();
         id again = written->propertyList();
         if (!again || !((ZPObject *)again)->isEqual(tree)) std::abort();
     } catch (ZPException *) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Runs a fuzz target without a fuzzer: over every file of the folders it is given, and over a fixed number of
 // mutations of each, always the same ones. usage: replay MUTATIONS FOLDER...
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -17,7 +18,19 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
+const Bytes *running;
+
+// What failed, for a file of fuzz/found.
+void show(int signal) {
+    std::fprintf(stderr, "the input, in hexadecimal: ");
+    for (std::uint8_t byte : *running) std::fprintf(stderr, "%02x", byte);
+    std::fprintf(stderr, "\n");
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
 void run(const Bytes &bytes) {
+    running = &bytes;
     // A block of exactly this size, so that a sanitizer sees a read past its end.
     std::uint8_t *copy = static_cast<std::uint8_t *>(std::malloc(bytes.size() ? bytes.size() : 1));
     std::copy(bytes.begin(), bytes.end(), copy);
@@ -46,6 +59,7 @@ Bytes mutated(Bytes bytes, std::mt19937 &random) {
 
 int main(int count, char **arguments) {
     if (count < 3) return std::fprintf(stderr, "usage: %s MUTATIONS FOLDER...\n", arguments[0]), 2;
+    std::signal(SIGABRT, show);
     unsigned mutations = unsigned(std::strtoul(arguments[1], nullptr, 10)), files = 0;
     for (int i = 2; i < count; ++i) {
         if (!std::filesystem::is_directory(arguments[i])) continue;
