@@ -48,6 +48,7 @@ void ZPRecordNotificationEvent(int, ...) { __asm__ volatile(""); }
 namespace {
 
 constexpr int empty = -1, deleted = 0x40000000;
+constexpr unsigned mostDeleted = 25;  // slots, before a rebuild
 
 ZPNotificationCenter *centerOfAll;
 ZPMutableDictionary *centersOfSubclasses;
@@ -170,23 +171,36 @@ struct CenterMethods : ZPNotificationCenter {
 
     // ---- adding and removing
 
+    void enter(const ZPObserverRecord &r) {
+        Locked hold(_lock);
+        if (_registry_count == _registry_size) {
+            resize(_observers, _registry_size + 64);
+            resize(_registry, _registry_size + 64);
+            _registry_size += 64;
+        }
+        new (&_registry[_registry_count]) ZPObserverRecord(r);
+        _observers[_registry_count] = r.observer.pointer();
+        setCount(_registry_count + 1);
+        try {
+            if (_deleted_count <= mostDeleted && (_registry_count + _deleted_count) * 3 <= _hashtable_count) insert(_registry_count - 1);
+            else rebuild();
+        } catch (...) {
+            // Without memory the record is not there, and the indexes are made anew next time.
+            setCount(_registry_count - 1);
+            _deleted_count = mostDeleted + 1;
+            throw;
+        }
+    }
+
     void addObserver(id observer, SEL selector, ZPString *name, id object) {
         if (!observer) return;
-        {
-            // Copying, hashing and looking up may run a client's code: not under the lock.
-            auto *own = (ZPString *)name->copyWithZone(nullptr).pointer();
-            ZPObserverRecord r{own, own ? own->hash() : 0, object, observer, selector, implementationFor(observer, selector)};
-            Locked hold(_lock);
-            if (_registry_count == _registry_size) {
-                resize(_observers, _registry_size + 64);
-                resize(_registry, _registry_size + 64);
-                _registry_size += 64;
-            }
-            new (&_registry[_registry_count]) ZPObserverRecord(r);
-            _observers[_registry_count] = observer.pointer();
-            setCount(_registry_count + 1);
-            if (_deleted_count <= 25 && (_registry_count + _deleted_count) * 3 <= _hashtable_count) insert(_registry_count - 1);
-            else rebuild();
+        // Copying, hashing and looking up may run a client's code: not under the lock.
+        auto *own = (ZPString *)name->copyWithZone(nullptr).pointer();
+        try {
+            enter({own, own ? own->hash() : 0, object, observer, selector, implementationFor(observer, selector)});
+        } catch (...) {
+            own->release();
+            throw;
         }
         if (ZPKeepNotificationStatistics) ZPRecordNotificationEvent(1, observer.pointer(), selector, name, object.pointer());
     }

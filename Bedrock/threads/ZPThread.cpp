@@ -26,9 +26,7 @@ NAME(ZPThreadWillExitNotification);
 
 namespace {
 
-enum { single, stepping, multi };
-int state = single;
-BOOL tellsRuntime = YES;
+BOOL multiThreaded = NO, tellsRuntime = YES;
 
 id classNamed(const char *name) { return id(objc_getClass(name)); }
 id asObject(void *object) { return id(static_cast<objc_object *>(object)); }
@@ -37,20 +35,18 @@ id defaultCenter() { return objc_msgSend<id>(classNamed("ZPNotificationCenter"),
 
 void post(ZPString *name, id object) { objc_msgSend(defaultCenter(), "postNotificationName:object:"_sel, name, object); }
 
-// Several foreign threads may come here at once, and a hook or an observer may start a thread itself.
+// Several foreign threads may come here at once: the first takes the step and the others wait for its hooks. The
+// notification goes out without the lock, so that an observer may start a thread and wait for it.
 void becomeMultiThreaded() {
-    if (__atomic_load_n(&state, __ATOMIC_ACQUIRE) == multi) return;
-    static std::recursive_mutex &mutex = *new std::recursive_mutex;
-    std::lock_guard lock(mutex);
-    if (state != single) return;
-    __atomic_store_n(&state, stepping, __ATOMIC_RELEASE);
-    // Said also when an observer raises: there is no way back.
-    struct Done {
-        ~Done() { __atomic_store_n(&state, multi, __ATOMIC_RELEASE); }
-    } done;
-    objc_msgSend(classNamed("ZPObject"), "_taskNowMultiThreaded"_sel);
-    objc_msgSend(classNamed("ZPAutoreleasePool"), "_taskNowMultiThreaded"_sel);
-    objc_msgSend(defaultCenter(), "_taskNowMultiThreaded"_sel);
+    static std::recursive_mutex &mutex = *new std::recursive_mutex;  // a class's hook may start a thread itself
+    {
+        std::lock_guard lock(mutex);
+        if (multiThreaded) return;
+        __atomic_store_n(&multiThreaded, YES, __ATOMIC_RELEASE);
+        objc_msgSend(classNamed("ZPObject"), "_taskNowMultiThreaded"_sel);
+        objc_msgSend(classNamed("ZPAutoreleasePool"), "_taskNowMultiThreaded"_sel);
+        objc_msgSend(defaultCenter(), "_taskNowMultiThreaded"_sel);
+    }
     post(ZPWillBecomeMultiThreadedNotification, nullptr);
 }
 
@@ -92,7 +88,7 @@ struct ThreadMethods : ZPThread {
         }
         return static_cast<ZPThread *>(data->thread);
     }
-    static BOOL isMulti(Class) { return __atomic_load_n(&state, __ATOMIC_ACQUIRE) != single; }
+    static BOOL isMulti(Class) { return __atomic_load_n(&multiThreaded, __ATOMIC_ACQUIRE); }
     static void enableSetObjcMultiThread(Class, BOOL flag) { __atomic_store_n(&tellsRuntime, flag, __ATOMIC_RELAXED); }
 
     static void detach(Class self, SEL selector, id target, id argument) {
