@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: MIT
 // The parsers of property lists and of strings files, and the operations of strings that run them.
 #include <Bedrock/archiving/ZPPropertyListReader+Internal.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 
 namespace {
 
-// Built once and kept; a thread that comes second gives its own up.
 ZPDictionary *propertyListGrammar() {
     static ZPDictionary *grammar;
-    if (ZPDictionary *known = __atomic_load_n(&grammar, __ATOMIC_ACQUIRE)) return known;
-    ZPDictionary *made = ZPParser::parsedGrammarForString(
-        "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; xObject = Dictionary | Array | Data | String;"_zp)->retain();
-    ZPDictionary *expected = nullptr;
-    if (__atomic_compare_exchange_n(&grammar, &expected, made, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return made;
-    made->release();
-    return expected;
+    return ZPMakeOnce(grammar, [] {
+        ZPString *text = "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; xObject = Dictionary | Array | Data | String;"_zp;
+        return static_cast<ZPDictionary *>(ZPParser::parsedGrammarForString(text)->retain());
+    });
 }
 
 struct ZPPropertyListParserMethods : ZPPropertyListParser {

@@ -5,10 +5,10 @@
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/collections/ZPDictionary+Internal.h>
 #include <Bedrock/data/ZPData+Internal.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 #include <Bedrock/strings/ZPString+Internal.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -433,13 +433,11 @@ struct StringWriting : ZPString {
 ZPString *_ZPIndentSpace(unsigned level) {
     if (level > _ZPMaximumLevels) level = _ZPMaximumLevels;
     static ZPString *made[_ZPMaximumLevels + 1];
-    if (ZPString *known = __atomic_load_n(&made[level], __ATOMIC_ACQUIRE)) return known;
-    Text text;
-    text.spaces(4 * std::size_t(level));
-    ZPString *string = text.string()->retain(), *none = nullptr;
-    if (__atomic_compare_exchange_n(&made[level], &none, string, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return string;
-    string->release();
-    return none;
+    return ZPMakeOnce(made[level], [&] {
+        Text text;
+        text.spaces(4 * std::size_t(level));
+        return static_cast<ZPString *>(text.string()->retain());
+    });
 }
 
 unsigned _ZPIsPList(id object, BOOL deep) {

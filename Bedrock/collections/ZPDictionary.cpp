@@ -3,14 +3,11 @@
 // `setObject:forKey:` and `removeObjectForKey:` too.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/collections/ZPDictionary+Internal.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 
 static ZPDictionary *emptyDictionary;
 ZPDictionary *_ZPEmptyDictionary() {
-    if (ZPDictionary *empty = __atomic_load_n(&emptyDictionary, __ATOMIC_ACQUIRE)) return empty;
-    ZPDictionary *made = ZPAllocateObject(ZPConcreteDictionary::class_(), 0, nullptr), *expected = nullptr;
-    if (__atomic_compare_exchange_n(&emptyDictionary, &expected, made, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return made;
-    ZPDeallocateObject(made);
-    return expected;
+    return ZPMakeOnce(emptyDictionary, []() -> ZPDictionary * { return ZPAllocateObject(ZPConcreteDictionary::class_(), 0, nullptr); }, ZPDeallocateObject);
 }
 
 namespace {

@@ -3,15 +3,12 @@
 // and `removeObject:` too. The set algebra counts members, so that it is multiset algebra when a counted set
 // takes part.
 #include <Bedrock/collections/ZPSet+Internal.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 #include <Bedrock/strings/ZPMutableString.h>
 
 static ZPSet *emptySet;
 ZPSet *_ZPEmptySet() {
-    if (ZPSet *empty = __atomic_load_n(&emptySet, __ATOMIC_ACQUIRE)) return empty;
-    ZPSet *made = ZPAllocateObject(ZPConcreteSet::class_(), 0, nullptr), *expected = nullptr;
-    if (__atomic_compare_exchange_n(&emptySet, &expected, made, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return made;
-    ZPDeallocateObject(made);
-    return expected;
+    return ZPMakeOnce(emptySet, []() -> ZPSet * { return ZPAllocateObject(ZPConcreteSet::class_(), 0, nullptr); }, ZPDeallocateObject);
 }
 
 namespace {

@@ -81,3 +81,7 @@ template <objc_literalText Text> ZP_INLINE ZPString *operator""_zp() {
     if constexpr (Text.length == 0) return reinterpret_cast<ZPString *>(&ZPEmptyStringLiteral);
     else return reinterpret_cast<ZPString *>(&objc_literal<Text>::object);
 }
+
+/// Defines a constant that holds a literal, not an empty one, and is ready before any code runs:
+/// `ZP_STRING_CONSTANT(KeyOfName, "name");` for a header's `extern ZPString *const KeyOfName;`.
+#define ZP_STRING_CONSTANT(Name, Text) ZPString *const Name = reinterpret_cast<ZPString *>(&objc_literal<Text>::object)

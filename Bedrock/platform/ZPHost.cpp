@@ -124,25 +124,24 @@ const char *ZPRootDirectory() {
     return root.c_str();
 }
 
-BOOL ZPHostReadResource(const char *name, unsigned char **bytes, std::size_t *length) {
+BOOL ZPHostResource::read(const char *name) {
     constexpr unsigned long long mostBytes = 16 << 20;
     std::string path = std::string(ZPRootDirectory()) + "/CorvidLibrary/Frameworks/Bedrock.framework/Resources/" + name;
     int file = ZPHostOpenFile(path.c_str(), ZPHostOpenToRead, 0);
     if (file < 0) return NO;
     ZPHostStatus status;
-    unsigned char *block = nullptr;
     long long got = -1;
     if (ZPHostFileStatus(file, &status) && status.isRegular && status.size <= mostBytes &&
-        (block = static_cast<unsigned char *>(std::malloc(status.size + 1))))
-        got = ZPHostReadAt(file, block, status.size, 0);
+        (bytes = static_cast<unsigned char *>(std::malloc(status.size + 1))))
+        got = ZPHostReadAt(file, bytes, status.size, 0);
     ZPHostCloseFile(file);
     if (got < 0) {
-        std::free(block);
+        std::free(bytes);
+        bytes = nullptr;
         return NO;
     }
-    block[got] = 0;
-    *bytes = block;
-    *length = static_cast<std::size_t>(got);
+    bytes[got] = 0;
+    length = static_cast<std::size_t>(got);
     return YES;
 }
 

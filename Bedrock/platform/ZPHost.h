@@ -4,6 +4,8 @@
 
 #include <Bedrock/platform/ZPTypes.h>
 
+#include <cstdlib>
+
 /// One of the kinds of time that a zone has in turn.
 struct ZPHostZoneKind {
     int offset;  ///< seconds to add to GMT
@@ -44,11 +46,6 @@ unsigned ZPHostCodePage();
 /// The installation root as a host path, without a separator at the end: CORVID_ROOT when that is set, else the
 /// data directory that lies beside the library's. Never null; lives as long as the process.
 const char *ZPRootDirectory();
-/// The bytes of a file of the library's resource directory ("CharacterSets/EUCToUnicode-L.data"), which is
-/// "/CorvidLibrary/Frameworks/Bedrock.framework/Resources" under the installation root, in a block of its own that
-/// the caller frees with `std::free`; never null when the answer is YES, and followed by a NUL that is not counted.
-/// NO when there is no such regular file, when it has more than 16 MiB, or when it cannot be read.
-BOOL ZPHostReadResource(const char *name, unsigned char **bytes, std::size_t *length);
 
 // Facts about users, in the host's own bytes. NO when the host does not know, and when a text does not fit `size`
 // bytes with its NUL.
@@ -63,3 +60,21 @@ BOOL ZPHostTemporaryDirectory(char *buffer, std::size_t size);
 /// Ends the process as a crash does.
 [[noreturn]] void ZPHostCrash();
 }
+
+/// A file of the library's resource directory, which is "/CorvidLibrary/Frameworks/Bedrock.framework/Resources" under
+/// the installation root, in memory as long as this lives.
+struct ZPHostResource {
+    unsigned char *bytes = nullptr;  ///< never null after a successful read; a NUL that is not counted follows them
+    std::size_t length = 0;
+
+    ZPHostResource() = default;
+    explicit ZPHostResource(const char *name) { read(name); }
+    ZPHostResource(const ZPHostResource &) = delete;
+    ~ZPHostResource() { std::free(bytes); }
+    /// Reads the file of that name ("CharacterSets/EUCToUnicode-L.data"), once. NO when there is no such regular file,
+    /// when it has more than 16 MiB, or when it cannot be read.
+    BOOL read(const char *name);
+    explicit operator bool() const { return bytes; }
+    /// The 16-bit number, low byte first, at a place before the last byte.
+    unsigned number(std::size_t at) const { return bytes[at] | unsigned(bytes[at + 1]) << 8; }
+};

@@ -21,6 +21,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/threads/ZPLock.h>
 
@@ -40,7 +41,7 @@ struct ZPObserverRecord {
 };
 
 extern "C" {
-ZPString *const ZPBundleDidLoadNotification = "ZPBundleDidLoadNotification"_zp;
+ZP_STRING_CONSTANT(ZPBundleDidLoadNotification, "ZPBundleDidLoadNotification");
 char ZPKeepNotificationStatistics;
 void ZPRecordNotificationEvent(int, ...) { __asm__ volatile(""); }
 }
@@ -54,11 +55,8 @@ ZPNotificationCenter *centerOfAll;
 ZPMutableDictionary *centersOfSubclasses;
 ZPLock *defaultCenterLock;
 
-ZPLock *makeLock(ZPLock *&slot) {
-    ZPLock *expected = nullptr, *made = (ZPLock *)ZPLock::new_();
-    if (__atomic_compare_exchange_n(&slot, &expected, made, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return made;
-    made->release();
-    return expected;
+ZPLock *lockIn(ZPLock *&slot) {
+    return ZPMakeOnce(slot, [] { return (ZPLock *)ZPLock::new_(); });
 }
 
 class Locked {
@@ -66,7 +64,7 @@ class Locked {
 
   public:
     explicit Locked(ZPLock *&slot) : _lock(__atomic_load_n(&slot, __ATOMIC_ACQUIRE)) {
-        if (!_lock && !__libc_single_threaded) _lock = makeLock(slot);
+        if (!_lock && !__libc_single_threaded) _lock = lockIn(slot);
         if (_lock) _lock->lock();
     }
     ~Locked() {
@@ -385,8 +383,8 @@ struct CenterMethods : ZPNotificationCenter {
     // ---- the rest
 
     void taskNowMultiThreaded() {
-        for (ZPLock **slot : {&_lock, &defaultCenterLock})
-            if (!__atomic_load_n(slot, __ATOMIC_ACQUIRE)) makeLock(*slot);
+        lockIn(_lock);
+        lockIn(defaultCenterLock);
     }
 
     // A bundle's categories may have replaced methods.

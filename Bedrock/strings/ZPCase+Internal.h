@@ -4,7 +4,6 @@
 
 #include <Bedrock/platform/ZPTypes.h>
 
-#include <atomic>
 
 /// One direction of the simple case mappings: for each high byte of a unit a page with what is added to it, modulo
 /// 65,536. Pages without mappings are one and the same.
@@ -17,7 +16,7 @@ struct ZPCaseTables { ZPCaseMap lower, upper, title; };
 /// What the library knows by itself: units below U+0100 (title case: below U+0080) and five more.
 extern const ZPCaseTables _ZPBuiltinCaseTables;
 /// Null until the file of the mappings has been read.
-extern std::atomic<const ZPCaseTables *> _ZPReadCaseTables;
+extern const ZPCaseTables *_ZPReadCaseTables;
 /// Reads the file; the built-in tables when that fails, which is logged once and tried again at the next call.
 const ZPCaseTables *_ZPLoadCaseTables();
 
@@ -27,7 +26,7 @@ class ZPCaseMapper {
     bool _asked;
 
   public:
-    ZPCaseMapper() : _tables(_ZPReadCaseTables.load(std::memory_order_acquire)), _asked(_tables) {
+    ZPCaseMapper() : _tables(__atomic_load_n(&_ZPReadCaseTables, __ATOMIC_ACQUIRE)), _asked(_tables) {
         if (!_tables) _tables = &_ZPBuiltinCaseTables;
     }
     ZP_INLINE const ZPCaseTables &tables(unichar u, unsigned known = 0x100) {

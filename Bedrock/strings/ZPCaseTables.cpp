@@ -6,6 +6,7 @@
 // only for units in the bitmap file of its direction.
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/platform/ZPHost.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 #include <Bedrock/strings/ZPCase+Internal.h>
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>
 
@@ -63,14 +64,6 @@ constexpr ZPCaseTables makeBuiltin() {
     return tables;
 }
 
-struct File {
-    unsigned char *bytes = nullptr;
-    std::size_t length = 0;
-    bool read(const char *name) { return ZPHostReadResource(name, &bytes, &length); }
-    ~File() { std::free(bytes); }
-    unsigned number(std::size_t at) const { return bytes[at] | unsigned(bytes[at + 1]) << 8; }
-};
-
 // Tables whose pages are their own where they differ from the built-in ones.
 struct LoadedTables : ZPCaseTables {
     LoadedTables() : ZPCaseTables(_ZPBuiltinCaseTables) {}
@@ -84,9 +77,9 @@ struct LoadedTables : ZPCaseTables {
         return map->pages[high] != builtin.pages[high];
     }
     bool isFixed(const ZPCaseMap &map, unsigned low) const { return (&map == &lower && fixedPages.lower.of[low]) || (&map == &upper && fixedPages.upper.of[low]); }
-    bool add(ZPCaseMap &map, const File &file, std::size_t at, unsigned count, unsigned known, const char *bitmapName) {
-        File bitmap;
-        if (!bitmap.read(bitmapName)) return false;
+    bool add(ZPCaseMap &map, const ZPHostResource &file, std::size_t at, unsigned count, unsigned known, const char *bitmapName) {
+        ZPHostResource bitmap(bitmapName);
+        if (!bitmap) return false;
         for (unsigned i = 0; i < count; ++i, at += 4) {
             unsigned from = file.number(at), to = file.number(at + 2);
             if (from < known || to == 0 || from >> 3 >= bitmap.length || !_ZPBit(bitmap.bytes, from)) continue;
@@ -103,7 +96,7 @@ struct LoadedTables : ZPCaseTables {
         return true;
     }
     bool read() {
-        File file;
+        ZPHostResource file;
         if (!file.read("CharacterSets/CaseMapping-L.data") && !file.read("CharacterSets/CaseMapping")) return false;
         if (file.length < 8) return false;
         unsigned lowers = file.number(2), uppers = file.number(4), titles = file.number(6);
@@ -118,7 +111,7 @@ struct LoadedTables : ZPCaseTables {
 }  // namespace
 
 constinit const ZPCaseTables _ZPBuiltinCaseTables = makeBuiltin();
-std::atomic<const ZPCaseTables *> _ZPReadCaseTables;
+const ZPCaseTables *_ZPReadCaseTables;
 
 const ZPCaseTables *_ZPLoadCaseTables() {
     auto made = std::make_unique<LoadedTables>();
@@ -127,7 +120,5 @@ const ZPCaseTables *_ZPLoadCaseTables() {
         if (!logged.test_and_set()) ZPLog("ZPCharConversion: could not load case conversion table.\n"_zp);
         return &_ZPBuiltinCaseTables;
     }
-    const ZPCaseTables *none = nullptr;
-    if (_ZPReadCaseTables.compare_exchange_strong(none, made.get(), std::memory_order_acq_rel)) return made.release();
-    return none;
+    return ZPKeepFirst(_ZPReadCaseTables, made.release(), [](const ZPCaseTables *late) { delete static_cast<const LoadedTables *>(late); });
 }

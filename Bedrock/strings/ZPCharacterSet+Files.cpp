@@ -11,7 +11,6 @@
 #include <Bedrock/strings/ZPString+Internal.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -19,16 +18,8 @@ namespace {
 
 // ---- the resource directory ----
 
-struct Resource {
-    unsigned char *bytes = nullptr;
-    std::size_t length = 0;
-
-    explicit Resource(const std::string &name) {
-        if (!ZPHostReadResource(("CharacterSets/" + name).c_str(), &bytes, &length)) bytes = nullptr;
-    }
-    ~Resource() { std::free(bytes); }
-    Resource(const Resource &) = delete;
-    explicit operator bool() const { return bytes != nullptr; }
+struct Resource : ZPHostResource {
+    explicit Resource(const std::string &name) : ZPHostResource(("CharacterSets/" + name).c_str()) {}
 };
 
 // The name as a file's; empty for what cannot be one.

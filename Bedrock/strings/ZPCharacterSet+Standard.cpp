@@ -4,11 +4,11 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/data/ZPData.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>
 #include <Bedrock/strings/ZPString+Internal.h>
 
 #include <array>
-#include <atomic>
 #include <cstdint>
 
 namespace {
@@ -81,7 +81,7 @@ ZPConcreteMutableCharacterSet *agreeing(ZPConcreteMutableCharacterSet *set, unsi
     return copy;
 }
 
-std::atomic<ZPBuiltinCharacterSet *> standardSets[_ZPStandardSetCount];
+ZPBuiltinCharacterSet *standardSets[_ZPStandardSetCount];
 
 template <unsigned Offset> ZPCharacterSet *standardSet(Class) { return _ZPStandardSet(Offset); }
 
@@ -109,14 +109,14 @@ struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
         ZPConcreteMutableCharacterSet *file =
             objc_msgSend<id>(ZPExpandedBuiltinCharacterSet::class_(), which.selector), *full = file;
         if (file) full = agreeing(file, unsigned(wanted), which.compact);
-        ZPCharacterSet *made = full ? static_cast<ZPCharacterSet *>(full) : this, *none = nullptr;
+        ZPCharacterSet *made = full ? static_cast<ZPCharacterSet *>(full) : this;
         if (wanted != offset) {
             if (full != file) full->autorelease();
             return made;
         }
-        if (__atomic_compare_exchange_n(&expandedset, &none, made, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return made;
-        if (full && full != file) full->release();
-        return none;
+        return ZPKeepFirst(expandedset, made, [&](ZPCharacterSet *late) {
+            if (late == full && full != file) full->release();
+        });
     }
     ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
     BOOL isEmpty() { return NO; }
@@ -148,13 +148,11 @@ struct ExpandedCharacterSetMethods : ZPExpandedBuiltinCharacterSet {
 constinit const ZPLowRows _ZPLow = makeLowRows();
 
 ZPBuiltinCharacterSet *_ZPStandardSet(unsigned offset) {
-    ZPBuiltinCharacterSet *set = standardSets[offset].load(std::memory_order_acquire);
-    if (set) [[likely]] return set;
-    ZPBuiltinCharacterSet *made = ZPAllocateObject(ZPBuiltinCharacterSet::class_(), 0, nullptr);
-    made->offset = int(offset);
-    if (standardSets[offset].compare_exchange_strong(set, made, std::memory_order_acq_rel)) return made;
-    ZPDeallocateObject(made);
-    return set;
+    return ZPMakeOnce(standardSets[offset], [&] {
+        ZPBuiltinCharacterSet *set = ZPAllocateObject(ZPBuiltinCharacterSet::class_(), 0, nullptr);
+        set->offset = int(offset);
+        return set;
+    }, ZPDeallocateObject);
 }
 
 ZPConcreteMutableCharacterSet *_ZPFullSet(ZPBuiltinCharacterSet *set) {

@@ -8,11 +8,10 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/platform/ZPHost.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -37,10 +36,10 @@ struct Table {
 };
 
 // Answers an empty table for a file that does not hold what it says.
-std::unique_ptr<Table> parse(const unsigned char *bytes, std::size_t length) {
+std::unique_ptr<Table> parse(const ZPHostResource &file) {
     constexpr std::size_t headerWords = 4;
-    std::size_t words = length / 2;
-    auto word = [&](std::size_t i) { return static_cast<unichar>(bytes[2 * i] | bytes[2 * i + 1] << 8); };
+    std::size_t words = file.length / 2;
+    auto word = [&](std::size_t i) { return static_cast<unichar>(file.number(2 * i)); };
     auto table = std::make_unique<Table>();
     std::size_t count = words >= headerWords ? word(2) : 0;
     if (headerWords + 2 * count > words) return table;
@@ -58,19 +57,14 @@ std::unique_ptr<Table> parse(const unsigned char *bytes, std::size_t length) {
 
 // The table, read at the first call; empty when that failed.
 const Table &shared() {
-    static std::atomic<const Table *> table;
-    if (const Table *known = table.load(std::memory_order_acquire)) [[likely]] return *known;
-    unsigned char *bytes = nullptr;
-    std::size_t length = 0;
-    if (!ZPHostReadResource("CharacterSets/NonHangulDecomp.data", &bytes, &length)) length = 0;
-    const Table *expected = nullptr, *fresh = parse(bytes, length).release();
-    std::free(bytes);
-    if (!table.compare_exchange_strong(expected, fresh, std::memory_order_acq_rel)) {
-        delete fresh;
-        return *expected;
-    }
-    if (fresh->entries.empty()) ZPLog("Warning: unable to load character decomposition table.\n"_zp);
-    return *fresh;
+    static Table *table;
+    bool isNew = false;
+    Table *kept = ZPMakeOnce(table, [&] { return isNew = true, parse(ZPHostResource("CharacterSets/NonHangulDecomp.data")).release(); }, [&](Table *late) {
+        isNew = false;
+        delete late;
+    });
+    if (isNew && kept->entries.empty()) ZPLog("Warning: unable to load character decomposition table.\n"_zp);
+    return *kept;
 }
 
 // One step; `reason` is what a hole in the table raises.

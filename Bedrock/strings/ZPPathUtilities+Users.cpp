@@ -5,24 +5,17 @@
 
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/platform/ZPHost.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 
-#include <atomic>
 #include <cstdlib>
 
 namespace {
 
 constexpr unsigned longestName = 1040, longestHostPath = 4096;
 
-std::atomic<ZPString *> userName, fullUserName, homeDirectory;
+ZPString *userName, *fullUserName, *homeDirectory;
 
-// Keeps a copy of what was found unless something is kept already; answers what is kept.
-ZPString *keep(std::atomic<ZPString *> &kept, ZPString *found) {
-    if (!found) return nullptr;
-    ZPString *expected = nullptr, *ours = found->copyWithZone(nullptr);
-    if (kept.compare_exchange_strong(expected, ours, std::memory_order_acq_rel)) return ours;
-    ours->release();
-    return expected;
-}
+ZPString *copyOf(ZPString *found) { return found->copyWithZone(nullptr); }
 
 // Names of users are bytes of the host as names of files are.
 ZPString *textOfHost(const char *bytes) {
@@ -62,27 +55,28 @@ ZPArray *standardPaths(ZPString *own, std::initializer_list<ZPString *> shared) 
 const char *_ZPGetEnvironmentVariable(const char *name) { return std::getenv(name); }
 
 ZPString *ZPUserName() {
-    if (ZPString *kept = userName.load(std::memory_order_acquire)) return kept;
-    char name[longestName];
-    if (ZPHostUser(nullptr, ZPHostUserLoginName, name, sizeof name)) return keep(userName, textOfHost(name));
-    const char *named = _ZPGetEnvironmentVariable("USERNAME");
-    return named ? keep(userName, textOfHost(named)) : nullptr;
+    return ZPMakeOnce(userName, [] {
+        char name[longestName];
+        if (ZPHostUser(nullptr, ZPHostUserLoginName, name, sizeof name)) return copyOf(textOfHost(name));
+        const char *named = _ZPGetEnvironmentVariable("USERNAME");
+        return named ? copyOf(textOfHost(named)) : nullptr;
+    });
 }
 
 ZPString *ZPFullUserName() {
-    if (ZPString *kept = fullUserName.load(std::memory_order_acquire)) return kept;
-    char name[longestName];
-    return ZPHostUser(nullptr, ZPHostUserFullName, name, sizeof name) ? keep(fullUserName, textOfHost(name)) : nullptr;
+    return ZPMakeOnce(fullUserName, [] {
+        char name[longestName];
+        return ZPHostUser(nullptr, ZPHostUserFullName, name, sizeof name) ? copyOf(textOfHost(name)) : nullptr;
+    });
 }
 
 ZPString *ZPHomeDirectoryForUser(ZPString *name) {
     ZPString *home = findHome(name);
-    return name ? home : keep(homeDirectory, home);
+    return name ? home : ZPKeepFirst(homeDirectory, copyOf(home));
 }
 
 ZPString *ZPHomeDirectory() {
-    ZPString *kept = homeDirectory.load(std::memory_order_acquire);
-    return kept ? kept : ZPHomeDirectoryForUser(nullptr);
+    return ZPMakeOnce(homeDirectory, [] { return copyOf(findHome(nullptr)); });
 }
 
 ZPString *ZPTemporaryDirectory() {

@@ -4,6 +4,8 @@
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>
 #include <Bedrock/strings/ZPString+Internal.h>
 
+#include <iterator>
+
 namespace {
 
 constexpr unsigned turkish = 1;

@@ -2,10 +2,9 @@
 // The names of the encodings, by way of the library's strings table "EncodingNames".
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/platform/ZPHost.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 #include <Bedrock/strings/ZPString+Internal.h>
 
-#include <atomic>
-#include <cstdlib>
 
 namespace {
 
@@ -34,12 +33,9 @@ ZPString *displayName(ZPStringEncoding encoding) {
 
 // The table, owned by the process; empty when the file is missing or is no strings file.
 ZPDictionary *readNames() {
-    unsigned char *bytes;
-    std::size_t length;
     ZPDictionary *table = nullptr;
-    if (ZPHostReadResource("English.lproj/EncodingNames.strings", &bytes, &length)) {
-        ZPString *text = ZPString::alloc()->initWithBytes_length_encoding(bytes, unsigned(length), ZPUTF8StringEncoding);
-        std::free(bytes);
+    if (ZPHostResource file("English.lproj/EncodingNames.strings"); file) {
+        ZPString *text = ZPString::alloc()->initWithBytes_length_encoding(file.bytes, unsigned(file.length), ZPUTF8StringEncoding);
         try {
             if (text) table = objc_msgSend<id>(text, "propertyListFromStringsFileFormat"_sel);
         } catch (ZPException *) {
@@ -51,16 +47,10 @@ ZPDictionary *readNames() {
 
 struct NameMethods : ZPString {
     static ZPString *nameOfEncoding(Class, ZPStringEncoding encoding) {
-        static std::atomic<ZPDictionary *> names;
+        static ZPDictionary *names;
         ZPString *key = displayName(encoding);
         if (!key) return ""_zp;
-        ZPDictionary *table = names.load(std::memory_order_acquire);
-        if (!table) {
-            ZPDictionary *fresh = readNames();
-            if (names.compare_exchange_strong(table, fresh, std::memory_order_acq_rel)) table = fresh;
-            else fresh->release();
-        }
-        id name = table->objectForKey(key);
+        id name = ZPMakeOnce(names, readNames)->objectForKey(key);
         return name && name->isKindOfClass(ZPString::class_()) ? static_cast<ZPString *>(name) : key;
     }
 };

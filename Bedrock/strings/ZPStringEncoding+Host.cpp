@@ -6,15 +6,11 @@
 #include <Bedrock/platform/ZPHost.h>
 
 #include <atomic>
-#include <cstdlib>
 
 unsigned _ZPEncodingNumberInResource(const char *name) {
-    unsigned char *bytes;
-    std::size_t length;
-    if (!ZPHostReadResource(name, &bytes, &length)) return 0;
+    ZPHostResource file(name);
     unsigned number = 0;
-    for (std::size_t i = 0; i < 2 && i < length && bytes[i] >= '0' && bytes[i] <= '9'; ++i) number = number * 10 + (bytes[i] - '0');
-    std::free(bytes);
+    for (std::size_t i = 0; i < 2 && i < file.length && file.bytes[i] >= '0' && file.bytes[i] <= '9'; ++i) number = number * 10 + (file.bytes[i] - '0');
     // An encoding that cannot be converted would leave the process without C strings or file names at all.
     return _ZPEncodingIsKnown(number) ? number : 0;
 }

@@ -93,7 +93,8 @@ struct _ZPEUCEncoder {
     unsigned char pageOf[256];
     struct Page {
         unichar euc[256], shiftJIS[256];
-    } *pages;
+    } *pages = nullptr;
+    ~_ZPEUCEncoder() { delete[] pages; }
     unsigned of(unichar unit) const { return pages[pageOf[unit >> 8]].euc[unit & 0xFF]; }
 };
 /// The tables, read at the first call; null, which is logged once, when the files cannot be read.

@@ -9,9 +9,9 @@
 
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/platform/ZPHost.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -24,18 +24,14 @@ constexpr unichar firstKana = 0xFF61, lastKana = 0xFF9F;
 // ---- the tables' files --------------------------------------------------------------------------
 
 // A file of pairs of 16-bit numbers, little-endian.
-struct PairFile {
-    unsigned char *bytes = nullptr;
-    std::size_t length = 0;
+struct PairFile : ZPHostResource {
     explicit PairFile(const char *name) {
         std::string path = std::string("CharacterSets/") + name;
-        if (!ZPHostReadResource((path + "-L.data").c_str(), &bytes, &length) && !ZPHostReadResource(path.c_str(), &bytes, &length)) length = 0;
+        if (!read((path + "-L.data").c_str())) read(path.c_str());
     }
-    PairFile(const PairFile &) = delete;
-    ~PairFile() { std::free(bytes); }
     std::size_t count() const { return length / 4; }
-    unsigned key(std::size_t i) const { return bytes[4 * i] | bytes[4 * i + 1] << 8; }
-    unsigned value(std::size_t i) const { return bytes[4 * i + 2] | bytes[4 * i + 3] << 8; }
+    unsigned key(std::size_t i) const { return number(4 * i); }
+    unsigned value(std::size_t i) const { return number(4 * i + 2); }
 };
 
 bool isPair(unsigned code) { return code >> 8 >= firstPair && (code & 0xFF) >= firstPair; }
@@ -58,7 +54,6 @@ std::unique_ptr<_ZPEUCEncoder> readTable(const PairFile &file, _ZPEUCEncoder *) 
     unsigned pages = 0;
     for (std::size_t i = 0; i < file.count(); ++i)
         if (unsigned char &page = table->pageOf[file.key(i) >> 8]; !page && pages < 255) page = static_cast<unsigned char>(++pages);
-    // Kept for the life of the process, as the table is.
     table->pages = new _ZPEUCEncoder::Page[pages + 1]{};
     table->plainASCII = true;
     for (std::size_t i = 0; i < file.count(); ++i) {
@@ -74,30 +69,25 @@ std::unique_ptr<_ZPEUCEncoder> readTable(const PairFile &file, _ZPEUCEncoder *) 
 }
 
 // The table, once it could be read; two threads that read at the same time read the same.
-template <class T> const T *shared(std::atomic<T *> &table, std::atomic<bool> &complained, const char *name, ZPString *complaint) {
-    if (T *known = table.load(std::memory_order_acquire)) [[likely]] return known;
-    PairFile file(name);
-    if (file.count() == 0) {
+template <class T> const T *shared(T *&table, std::atomic<bool> &complained, const char *name, ZPString *complaint) {
+    return ZPMakeOnce(table, [&]() -> T * {
+        PairFile file(name);
+        if (file.count()) return readTable(file, table).release();
         if (!complained.exchange(true)) ZPLog(complaint);
         return nullptr;
-    }
-    T *expected = nullptr, *fresh = readTable(file, expected).release();
-    if (table.compare_exchange_strong(expected, fresh, std::memory_order_acq_rel)) return fresh;
-    if constexpr (requires { fresh->pages; }) delete[] fresh->pages;
-    delete fresh;
-    return expected;
+    });
 }
 
 }  // namespace
 
 const _ZPEUCDecoder *_ZPSharedEUCDecoder() {
-    static std::atomic<_ZPEUCDecoder *> table;
+    static _ZPEUCDecoder *table;
     static std::atomic<bool> complained;
     return shared(table, complained, "EUCToUnicode", "ZPCharConversion: could not load EUCToUnicode conversion table.\n"_zp);
 }
 
 const _ZPEUCEncoder *_ZPSharedEUCEncoder() {
-    static std::atomic<_ZPEUCEncoder *> table;
+    static _ZPEUCEncoder *table;
     static std::atomic<bool> complained;
     return shared(table, complained, "UnicodeToEUC", "ZPCharConversion: could not load UnicodeToEUC conversion table.\n"_zp);
 }

@@ -10,6 +10,7 @@
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/ZPHost.h>
+#include <Bedrock/platform/ZPMakeOnce.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/strings/ZPStringEncoding.h>
 #include <Bedrock/time/ZPDate+Internal.h>
@@ -111,11 +112,7 @@ ZPHostTimeZoneDetail *hostDetail(const ZPHostZoneKind *kind, BOOL isKept) {
 }
 
 ZPTimeZoneDetail *defaultDetail() {
-    Caches &c = caches();
-    if (ZPTimeZoneDetail *set = __atomic_load_n(&c.standard, __ATOMIC_ACQUIRE)) return set;
-    ZPTimeZoneDetail *host = _ZPHostDetailAt(_ZPCurrentTime()), *none = nullptr;
-    __atomic_compare_exchange_n(&c.standard, &none, (ZPTimeZoneDetail *)host->retain().pointer(), false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
-    return __atomic_load_n(&c.standard, __ATOMIC_ACQUIRE);
+    return ZPMakeOnce(caches().standard, [] { return (ZPTimeZoneDetail *)_ZPHostDetailAt(_ZPCurrentTime())->retain().pointer(); });
 }
 
 // ---- the classes ----
