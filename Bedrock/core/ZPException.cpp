@@ -11,31 +11,30 @@
 
 constexpr int exceptionCode = 100000;
 
-#define ZP_DEFINE_NAME(Name, Text) ZPString *const Name = Text##_zp
-ZP_DEFINE_NAME(ZPGenericException, "ZPGenericException");
-ZP_DEFINE_NAME(ZPInvalidArgumentException, "ZPInvalidArgumentException");
-ZP_DEFINE_NAME(ZPInternalInconsistencyException, "ZPInternalInconsistencyException");
-ZP_DEFINE_NAME(ZPRangeException, "ZPRangeException");
-ZP_DEFINE_NAME(ZPMallocException, "ZPMallocException");
-ZP_DEFINE_NAME(ZPOldStyleException, "ZPOldStyleException");
-ZP_DEFINE_NAME(ZPParseErrorException, "ZPParseErrorException");
-ZP_DEFINE_NAME(ZPCharacterConversionException, "ZPCharacterConversionException");
-ZP_DEFINE_NAME(ZPInconsistentArchiveException, "ZPArchiverArchiveInconsistency");
-ZP_DEFINE_NAME(ZPFileHandleOperationException, "ZPFileHandleOperationException");
-ZP_DEFINE_NAME(ZPPosixFileOperationException, "ZPFileHandleOperationException");
-ZP_DEFINE_NAME(ZPDecimalNumberDivideByZeroException, "ZPDecimalNumberDivideByZeroException");
-ZP_DEFINE_NAME(ZPDecimalNumberExactnessException, "ZPDecimalNumberExactnessException");
-ZP_DEFINE_NAME(ZPDecimalNumberOverflowException, "ZPDecimalNumberOverflowException");
-ZP_DEFINE_NAME(ZPDecimalNumberUnderflowException, "ZPDecimalNumberUnderflowException");
-ZP_DEFINE_NAME(ZPDestinationInvalidException, "ZPDestinationInvalidException");
-ZP_DEFINE_NAME(ZPFailedAuthenticationException, "ZPFailedAuthenticationException");
-ZP_DEFINE_NAME(ZPInvalidReceivePortException, "ZPInvalidReceivePortException");
-ZP_DEFINE_NAME(ZPInvalidSendPortException, "ZPInvalidSendPortException");
-ZP_DEFINE_NAME(ZPObjectInaccessibleException, "ZPObjectInaccessibleException");
-ZP_DEFINE_NAME(ZPObjectNotAvailableException, "ZPObjectNotAvailableException");
-ZP_DEFINE_NAME(ZPPortReceiveException, "ZPPortReceiveException");
-ZP_DEFINE_NAME(ZPPortSendException, "ZPPortSendException");
-ZP_DEFINE_NAME(ZPPortTimeoutException, "ZPPortTimeoutException");
+ZP_STRING_CONSTANT(ZPGenericException, "ZPGenericException");
+ZP_STRING_CONSTANT(ZPInvalidArgumentException, "ZPInvalidArgumentException");
+ZP_STRING_CONSTANT(ZPInternalInconsistencyException, "ZPInternalInconsistencyException");
+ZP_STRING_CONSTANT(ZPRangeException, "ZPRangeException");
+ZP_STRING_CONSTANT(ZPMallocException, "ZPMallocException");
+ZP_STRING_CONSTANT(ZPOldStyleException, "ZPOldStyleException");
+ZP_STRING_CONSTANT(ZPParseErrorException, "ZPParseErrorException");
+ZP_STRING_CONSTANT(ZPCharacterConversionException, "ZPCharacterConversionException");
+ZP_STRING_CONSTANT(ZPInconsistentArchiveException, "ZPArchiverArchiveInconsistency");
+ZP_STRING_CONSTANT(ZPFileHandleOperationException, "ZPFileHandleOperationException");
+ZP_STRING_CONSTANT(ZPPosixFileOperationException, "ZPFileHandleOperationException");
+ZP_STRING_CONSTANT(ZPDecimalNumberDivideByZeroException, "ZPDecimalNumberDivideByZeroException");
+ZP_STRING_CONSTANT(ZPDecimalNumberExactnessException, "ZPDecimalNumberExactnessException");
+ZP_STRING_CONSTANT(ZPDecimalNumberOverflowException, "ZPDecimalNumberOverflowException");
+ZP_STRING_CONSTANT(ZPDecimalNumberUnderflowException, "ZPDecimalNumberUnderflowException");
+ZP_STRING_CONSTANT(ZPDestinationInvalidException, "ZPDestinationInvalidException");
+ZP_STRING_CONSTANT(ZPFailedAuthenticationException, "ZPFailedAuthenticationException");
+ZP_STRING_CONSTANT(ZPInvalidReceivePortException, "ZPInvalidReceivePortException");
+ZP_STRING_CONSTANT(ZPInvalidSendPortException, "ZPInvalidSendPortException");
+ZP_STRING_CONSTANT(ZPObjectInaccessibleException, "ZPObjectInaccessibleException");
+ZP_STRING_CONSTANT(ZPObjectNotAvailableException, "ZPObjectNotAvailableException");
+ZP_STRING_CONSTANT(ZPPortReceiveException, "ZPPortReceiveException");
+ZP_STRING_CONSTANT(ZPPortSendException, "ZPPortSendException");
+ZP_STRING_CONSTANT(ZPPortTimeoutException, "ZPPortTimeoutException");
 
 namespace {
 

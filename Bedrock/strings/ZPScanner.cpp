@@ -2,6 +2,7 @@
 // Scanners: the front, which rests on the primitives, and the concrete class. References are counted beside the
 // instance.
 #include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/strings/ZPCharacterSet+Internal.h>
 #include <Bedrock/strings/ZPNumberReader.h>
@@ -185,12 +186,7 @@ struct ConcreteScannerMethods : ZPConcreteScanner {
     BOOL caseSensitive() { return _flags.caseSensitive; }
     void setCaseSensitive(BOOL flag) { _flags.caseSensitive = flag != NO; }
     ZPDictionary *locale() { return _locale; }
-    void setLocale(ZPDictionary *locale) {
-        if (locale == _locale) return;
-        id(locale)->retain();
-        id(_locale)->release();
-        _locale = locale;
-    }
+    void setLocale(ZPDictionary *locale) { ZPReplaceField(_locale, locale); }
 
     BOOL scanInt(int *value) { return _ZPScanIntFromString(_scanString, _skipSet, value, &_scanLocation); }
     BOOL scanLongLong(long long *value) { return _ZPScanLongLongFromString(_scanString, _skipSet, value, &_scanLocation); }

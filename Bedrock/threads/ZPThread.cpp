@@ -9,6 +9,7 @@
 
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/ZPKernel.h>
@@ -18,10 +19,8 @@
 #include <utility>
 
 extern "C" {
-#define NAME(n) ZPString *const n = #n##_zp
-NAME(ZPWillBecomeMultiThreadedNotification);
-NAME(ZPThreadWillExitNotification);
-#undef NAME
+ZP_STRING_CONSTANT(ZPWillBecomeMultiThreadedNotification, "ZPWillBecomeMultiThreadedNotification");
+ZP_STRING_CONSTANT(ZPThreadWillExitNotification, "ZPThreadWillExitNotification");
 }
 
 namespace {
@@ -123,16 +122,10 @@ struct ThreadMethods : ZPThread {
         }
         return _threadDictionary;
     }
-    template <class T> static void replace(T *&field, T *value) {
-        asObject(value)->retain();
-        id old = asObject(field);
-        field = value;
-        old->release();
-    }
     ZPRunLoop *runLoop() { return _runLoop; }
-    void setRunLoop(ZPRunLoop *runLoop) { replace(_runLoop, runLoop); }
+    void setRunLoop(ZPRunLoop *runLoop) { ZPReplaceField(_runLoop, runLoop); }
     ZPNotificationQueue *notificationQueue() { return _noteQueue; }
-    void setNotificationQueue(ZPNotificationQueue *queue) { replace(_noteQueue, queue); }
+    void setNotificationQueue(ZPNotificationQueue *queue) { ZPReplaceField(_noteQueue, queue); }
     void setThreadName(ZPString *) {}
     ZPString *threadName() { return nullptr; }
 

@@ -175,7 +175,7 @@ void stampLog(char text[32]) {
     if (!_ZPIsOwnDetail(zone)) holder = ZPDate::dateWithTimeIntervalSinceReferenceDate(now);  // a client's zone asks the date
     long long local = _ZPFloorSeconds(now + _ZPOffsetOf(_ZPDetailAt(zone, now, holder)));
     int second = _ZPFloorModulo(local, 86400);
-    _ZPGregorian g = _ZPGregorianOfDay(_ZPFloorDivide(local, 86400) + _ZPReferenceDay);
+    _ZPGregorian g = _gregorian_from_absolute(_ZPFloorDivide(local, 86400) + _ZPReferenceDay);
     std::snprintf(text, 32, "%s %02d %02d:%02d:%02d", months[g.month - 1], g.day, second / 3600, second / 60 % 60, second % 60);
 }
 

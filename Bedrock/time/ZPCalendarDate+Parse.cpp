@@ -151,7 +151,7 @@ struct Parser {
         else if (hasOffset) zone = ZPTimeZone::timeZoneForSecondsFromGMT(offset);
         if (!hasYear) year = ZPCalendarDate::calendarDate()->yearOfCommonEra();
         if (dayOfYear) {
-            _ZPGregorian g = _ZPGregorianOfDay(std::max(1LL, _ZPDayOfYear(year, dayOfYear)));
+            _ZPGregorian g = _gregorian_from_absolute(std::max(1LL, _absolute_from_year_day(year, dayOfYear)));
             if ((month && month != g.month) || (day && day != g.day)) return false;
             month = g.month;
             day = g.day;
@@ -192,7 +192,7 @@ BOOL _ZPParseFixedDate(ZPString *string, double *time, int *offset) {
     if (!digits(hoursAndMinutes)) return NO;
     long long distance = std::min((hoursAndMinutes % 100 + hoursAndMinutes / 100 * 60) * 60, 2147483647LL);
     *offset = int(sign * distance);
-    double days = double(_ZPDayOfDate(numbers[0], unsigned(numbers[1] & 0xFF), numbers[2] & 0xFF) - _ZPReferenceDay);
+    double days = double(_absolute_from_gregorian(numbers[0], unsigned(numbers[1] & 0xFF), numbers[2] & 0xFF) - _ZPReferenceDay);
     *time = days * double(_ZPSecondsPerDay) + double(numbers[3]) * 3600 + double(numbers[4]) * 60 + double(numbers[5]) - *offset;
     return YES;
 }

@@ -4,6 +4,7 @@
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
 
 #include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/core/ZPField.h>
 #include <Bedrock/platform/ZPKernel.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/time/ZPTimeZone+Internal.h>
@@ -34,13 +35,6 @@ struct Packed {
     }
     int field(int shift) const { return int(bits >> shift & 0xFF); }
 };
-
-template <class T> void keep(T *&field, T *value) {
-    value->retain();
-    T *old = field;
-    field = value;
-    old->release();
-}
 
 // The difference of two dates by one unit at a time; see `difference`.
 struct Counts {
@@ -85,7 +79,7 @@ struct CalendarMethods : ZPCalendarDate {
     double time() { return _timeIntervalSinceReferenceDate; }
     ZPTimeZoneDetail *timeZoneDetail() { return _timeZone; }
     void setTimeZone(ZPTimeZone *zone) {
-        keep(_timeZone, _ZPDetailAt(zone, _timeIntervalSinceReferenceDate, this));
+        ZPReplaceField(_timeZone, _ZPDetailAt(zone, _timeIntervalSinceReferenceDate, this));
         _fields = 0;
     }
     ZPString *calendarFormat() { return _formatString; }
@@ -105,7 +99,7 @@ struct CalendarMethods : ZPCalendarDate {
     int month() { return Packed(this).field(24); }
     int day() { return Packed(this).field(32); }
     int dayOfWeek() { return int(dayOf(this) % 7); }
-    int dayOfYear() { return _ZPGregorianOfDay(dayOf(this)).dayOfYear; }
+    int dayOfYear() { return _gregorian_from_absolute(dayOf(this)).dayOfYear; }
     int hour() { return Packed(this).field(40); }
     int minute() { return Packed(this).field(48); }
     int second() { return Packed(this).field(56); }
@@ -116,7 +110,7 @@ struct CalendarMethods : ZPCalendarDate {
         _ZPDateFields f = _ZPFieldsOf(this);
         long long month = f.month - 1LL + months, year = f.year + years + _ZPFloorDivide(month, 12);
         auto ofYear = unsigned(_ZPFloorModulo(month, 12) + 1);
-        long long day = std::min(f.day, _ZPDaysOfMonth(year, ofYear)) + static_cast<long long>(days);
+        long long day = std::min(f.day, _last_day_of_gregorian_month(ofYear, year)) + static_cast<long long>(days);
         long long second = (f.hour + static_cast<long long>(hours)) * 3600 + (f.minute + static_cast<long long>(minutes)) * 60 + f.second + seconds;
         ZPCalendarDate *sum = make(objectClass());
         _ZPSetDateFields(sum, year, ofYear, day + _ZPFloorDivide(second, _ZPSecondsPerDay), double(_ZPFloorModulo(second, 86400)), _timeZone);
@@ -187,7 +181,7 @@ struct CalendarMethods : ZPCalendarDate {
 
     id copyWithZone(ZPZone *zone) {
         auto *copy = (ZPCalendarDate *)objc_msgSend<id>(id(objectClass()), "allocWithZone:"_sel, zone).pointer();
-        keep(copy->_timeZone, _timeZone);
+        ZPReplaceField(copy->_timeZone, _timeZone);
         copy->_timeIntervalSinceReferenceDate = _timeIntervalSinceReferenceDate;
         copy->setCalendarFormat(_formatString);
         return copy;
@@ -257,11 +251,11 @@ _ZPDateFields _ZPFieldsOf(ZPCalendarDate *date) {
     int second = _ZPFloorModulo(local, 86400);
     double time = date->_timeIntervalSinceReferenceDate, fraction = time - double(_ZPFloorSeconds(time));
     int milliseconds = fraction >= 0 && fraction < 1 ? int(1000 * fraction + 0.5) : 0;
-    return {_ZPGregorianOfDay(number), second / 3600, second / 60 % 60, second % 60, milliseconds, int(number % 7)};
+    return {_gregorian_from_absolute(number), second / 3600, second / 60 % 60, second % 60, milliseconds, int(number % 7)};
 }
 
 void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long long day, double secondsOfDay, ZPTimeZone *zone) {
-    double time = double(_ZPDayOfDate(year, month, day) - _ZPReferenceDay) * double(_ZPSecondsPerDay) + secondsOfDay;
+    double time = double(_absolute_from_gregorian(year, month, day) - _ZPReferenceDay) * double(_ZPSecondsPerDay) + secondsOfDay;
     // A client's zone may ask the date for its fields at any step.
     auto setTime = [date](double t) {
         date->_timeIntervalSinceReferenceDate = t;
@@ -274,7 +268,7 @@ void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long
     // On the other side of a change of the zone's clocks the fields mean another moment.
     ZPTimeZoneDetail *second = _ZPDetailAt(first, time, date);
     if (second != first) time += double(_ZPOffsetOf(first)) - _ZPOffsetOf(second);
-    keep(date->_timeZone, second);
+    ZPReplaceField(date->_timeZone, second);
     setTime(time);
     if (!date->_formatString) date->_formatString = _ZPDefaultCalendarFormat();
 }

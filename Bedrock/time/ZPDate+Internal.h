@@ -28,24 +28,24 @@ inline long long _ZPFloorSeconds(double t) {
     return double(whole) > t && whole > -0x7FFFFFFFFFFFFFFF ? whole - 1 : whole;
 }
 
-inline bool _ZPIsLeapYear(long long year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
+inline bool _leap_year(long long year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
 
 /// Months count from 1; a month past December is one of the following years.
-inline int _ZPDaysOfMonth(long long year, unsigned month) {
+inline int _last_day_of_gregorian_month(unsigned month, long long year) {
     constexpr unsigned char days[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return days[(month - 1) % 12] + (month == 2 && _ZPIsLeapYear(year));
+    return days[(month - 1) % 12] + (month == 2 && _leap_year(year));
 }
 
-inline long long _ZPDayOfYear(long long year, long long dayOfYear) {
+inline long long _absolute_from_year_day(long long year, long long dayOfYear) {
     long long before = year - 1;
     return dayOfYear + 365 * before + _ZPFloorDivide(before, 4) - _ZPFloorDivide(before, 100) + _ZPFloorDivide(before, 400);
 }
 
 /// The number of a day; day and month may lie outside the year's.
-inline long long _ZPDayOfDate(long long year, unsigned month, long long day) {
+inline long long _absolute_from_gregorian(long long year, unsigned month, long long day) {
     for (; month > 12; month -= 12) ++year;
     constexpr short before[13] = {0, 0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
-    return _ZPDayOfYear(year, before[month] + day + (month > 2 && _ZPIsLeapYear(year)));
+    return _absolute_from_year_day(year, before[month] + day + (month > 2 && _leap_year(year)));
 }
 
 struct _ZPGregorian {
@@ -53,7 +53,7 @@ struct _ZPGregorian {
     int month, day, dayOfYear;
 };
 
-inline _ZPGregorian _ZPGregorianOfDay(long long number) {
+inline _ZPGregorian _gregorian_from_absolute(long long number) {
     // Years that begin with March end with the leap day; 400 of them have always the same days.
     long long n = number + 305, era = _ZPFloorDivide(n, 146097);
     int ofEra = int(n - era * 146097);
@@ -64,6 +64,6 @@ inline _ZPGregorian _ZPGregorianOfDay(long long number) {
     g.day = fromMarch - (153 * m + 2) / 5 + 1;
     g.month = m < 10 ? m + 3 : m - 9;
     g.year = era * 400 + yearOfEra + (g.month <= 2);
-    g.dayOfYear = fromMarch < 306 ? fromMarch + 60 + _ZPIsLeapYear(g.year) : fromMarch - 305;
+    g.dayOfYear = fromMarch < 306 ? fromMarch + 60 + _leap_year(g.year) : fromMarch - 305;
     return g;
 }

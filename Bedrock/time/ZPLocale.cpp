@@ -7,34 +7,32 @@
 #include <Bedrock/strings/ZPString.h>
 
 extern "C" {
-#define KEY(name) ZPString *const name = #name##_zp
-KEY(ZPDecimalSeparator);
-KEY(ZPThousandsSeparator);
-KEY(ZPCurrencySymbol);
-KEY(ZPInternationalCurrencyString);
-KEY(ZPTimeFormatString);
-KEY(ZPDateFormatString);
-KEY(ZPShortDateFormatString);
-KEY(ZPTimeDateFormatString);
-KEY(ZPShortTimeDateFormatString);
-KEY(ZPDecimalDigits);
-KEY(ZPAMPMDesignation);
-KEY(ZPWeekDayNameArray);
-KEY(ZPShortWeekDayNameArray);
-KEY(ZPMonthNameArray);
-KEY(ZPShortMonthNameArray);
-KEY(ZPHourNameDesignations);
-KEY(ZPYearMonthWeekDesignations);
-KEY(ZPEarlierTimeDesignations);
-KEY(ZPLaterTimeDesignations);
-KEY(ZPPriorDayDesignations);
-KEY(ZPThisDayDesignations);
-KEY(ZPNextDayDesignations);
-KEY(ZPNextNextDayDesignations);
-KEY(ZPDateTimeOrdering);
-KEY(ZPPositiveCurrencyFormatString);
-KEY(ZPNegativeCurrencyFormatString);
-#undef KEY
+ZP_STRING_CONSTANT(ZPDecimalSeparator, "ZPDecimalSeparator");
+ZP_STRING_CONSTANT(ZPThousandsSeparator, "ZPThousandsSeparator");
+ZP_STRING_CONSTANT(ZPCurrencySymbol, "ZPCurrencySymbol");
+ZP_STRING_CONSTANT(ZPInternationalCurrencyString, "ZPInternationalCurrencyString");
+ZP_STRING_CONSTANT(ZPTimeFormatString, "ZPTimeFormatString");
+ZP_STRING_CONSTANT(ZPDateFormatString, "ZPDateFormatString");
+ZP_STRING_CONSTANT(ZPShortDateFormatString, "ZPShortDateFormatString");
+ZP_STRING_CONSTANT(ZPTimeDateFormatString, "ZPTimeDateFormatString");
+ZP_STRING_CONSTANT(ZPShortTimeDateFormatString, "ZPShortTimeDateFormatString");
+ZP_STRING_CONSTANT(ZPDecimalDigits, "ZPDecimalDigits");
+ZP_STRING_CONSTANT(ZPAMPMDesignation, "ZPAMPMDesignation");
+ZP_STRING_CONSTANT(ZPWeekDayNameArray, "ZPWeekDayNameArray");
+ZP_STRING_CONSTANT(ZPShortWeekDayNameArray, "ZPShortWeekDayNameArray");
+ZP_STRING_CONSTANT(ZPMonthNameArray, "ZPMonthNameArray");
+ZP_STRING_CONSTANT(ZPShortMonthNameArray, "ZPShortMonthNameArray");
+ZP_STRING_CONSTANT(ZPHourNameDesignations, "ZPHourNameDesignations");
+ZP_STRING_CONSTANT(ZPYearMonthWeekDesignations, "ZPYearMonthWeekDesignations");
+ZP_STRING_CONSTANT(ZPEarlierTimeDesignations, "ZPEarlierTimeDesignations");
+ZP_STRING_CONSTANT(ZPLaterTimeDesignations, "ZPLaterTimeDesignations");
+ZP_STRING_CONSTANT(ZPPriorDayDesignations, "ZPPriorDayDesignations");
+ZP_STRING_CONSTANT(ZPThisDayDesignations, "ZPThisDayDesignations");
+ZP_STRING_CONSTANT(ZPNextDayDesignations, "ZPNextDayDesignations");
+ZP_STRING_CONSTANT(ZPNextNextDayDesignations, "ZPNextNextDayDesignations");
+ZP_STRING_CONSTANT(ZPDateTimeOrdering, "ZPDateTimeOrdering");
+ZP_STRING_CONSTANT(ZPPositiveCurrencyFormatString, "ZPPositiveCurrencyFormatString");
+ZP_STRING_CONSTANT(ZPNegativeCurrencyFormatString, "ZPNegativeCurrencyFormatString");
 }
 
 ZPDictionary *_ZPDefaultEnglishLanguageDict() {
