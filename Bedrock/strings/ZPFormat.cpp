@@ -271,14 +271,7 @@ struct Engine {
     id locale;
     unichar separator = 0;  // 0: not asked for yet
 
-    unichar decimalSeparator() {
-        if (separator) return separator;
-        separator = '.';
-        if (locale)
-            if (id value = objc_msgSend<id>(locale, "objectForKey:"_sel, id("ZPDecimalSeparator"_zp)))
-                if (static_cast<ZPString *>(value)->length()) separator = static_cast<ZPString *>(value)->characterAtIndex(0);
-        return separator;
-    }
+    unichar decimalSeparator() { return separator ? separator : separator = _ZPDecimalSeparator(locale); }
 
     void describe(objc_object *object) {
         if (!object) {

@@ -80,12 +80,6 @@ unsigned readDouble(const char *text, unsigned length, double *result) {
     return unsigned(stop - text);
 }
 
-unichar decimalSeparator(ZPDictionary *locale) {
-    if (!locale) return '.';
-    ZPString *value = objc_msgSend<id>(locale, "objectForKey:"_sel, id("ZPDecimalSeparator"_zp));
-    return value && value->length() ? value->characterAtIndex(0) : u'.';
-}
-
 struct NumberMethods : ZPString {
     int intValue() {
         unsigned at = 0;
@@ -104,6 +98,13 @@ struct NumberMethods : ZPString {
 
 }  // namespace
 
+unichar _ZPDecimalSeparator(id locale) {
+    id value = locale ? objc_msgSend<id>(locale, "objectForKey:"_sel, id("ZPDecimalSeparator"_zp)) : id();
+    if (!value || !value->isKindOfClass(ZPString::class_())) return '.';
+    ZPString *separator = value;
+    return separator->length() ? separator->characterAtIndex(0) : u'.';
+}
+
 ZP_CATEGORY(ZPString, ZPStringNumbers)
     .method<&NumberMethods::intValue>("intValue")
     .method<&NumberMethods::floatValue>("floatValue")
@@ -118,7 +119,7 @@ BOOL _ZPScanLongLongFromString(ZPString *string, ZPCharacterSet *skip, long long
 }
 
 BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *result, unsigned *location, ZPDictionary *locale) {
-    unichar separator = decimalSeparator(locale);
+    unichar separator = _ZPDecimalSeparator(locale);
     return _ZPWithUnits(string, [&](auto &&units, unsigned length) -> BOOL {
         unsigned start = skipMembers(units, *location, length, skip);
         // White space that is not skipped begins no number, not even where it is the separator.

@@ -206,6 +206,8 @@ template <class F> auto _ZPWithUnits(ZPString *string, F f) {
 
 /// The user's preferences as a locale; null while there are none.
 ZPDictionary *_ZPUserLocale();
+/// The first unit of a locale's decimal separator; a point without a locale (null), or where it has no such text.
+unichar _ZPDecimalSeparator(id locale);
 
 // ---- errors ----
 

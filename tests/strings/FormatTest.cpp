@@ -4,6 +4,7 @@
 
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/core/ZPLog.h>
+#include <Bedrock/data/ZPData.h>
 
 #include <cfloat>
 #include <climits>
@@ -170,6 +171,8 @@ TEST_F(Format, UsesTheLocalesDecimalSeparator) {
     EXPECT_EQ(format("%08.2f"_zp, arabic, -3.14159), u"-0003\u066b14");
     EXPECT_EQ(format("%.0f"_zp, comma, 3.0), u"3");
     EXPECT_EQ(format("%f"_zp, withSeparator(""_zp), 0.5), u"0.500000");
+    auto *noText = ZPDictionary::dictionaryWithObject_forKey(ZPData::data(), "ZPDecimalSeparator"_zp);
+    EXPECT_EQ(format("%f"_zp, noText, 0.5), u"0.500000");
     EXPECT_EQ(format("%f %%.d"_zp, comma, 0.5), u"0,500000 %.d");
 }
 
