@@ -27,4 +27,11 @@ inline void startOneThread() {
 }
 
 inline void items(State &s, std::int64_t n) { s.SetItemsProcessed(s.iterations() * n); }
+/// Times `f` of 0 to n - 1, one item each.
+template <class F> void each(State &s, int n, F f) {
+    startOneThread();
+    for (auto _ : s)
+        for (int i = 0; i < n; ++i) f(i);
+    items(s, n);
+}
 inline void bytes(State &s, std::int64_t n) { s.SetBytesProcessed(s.iterations() * n); }

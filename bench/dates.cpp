@@ -38,20 +38,11 @@ const std::vector<std::string> &texts() {
     }();
     return v;
 }
-template <class F> void each(State &s, F f) {
-    startOneThread();
-    for (auto _ : s)
-        for (int i = 0; i < N; ++i) f(i);
-    items(s, N);
-}
 template <class F> void eachPooled(State &s, F f) {
-    startOneThread();
-    for (auto _ : s)
-        for (int i = 0; i < N; ++i) {
-            ZPAutoreleasePoolScope pool;  // what each makes goes at once, as it does with the peers
-            f(i);
-        }
-    items(s, N);
+    each(s, N, [&](int i) {
+        ZPAutoreleasePoolScope pool;  // what each makes goes at once, as it does with the peers
+        f(i);
+    });
 }
 
 ZPCalendarDate *dateAt(std::time_t t) {
@@ -67,7 +58,7 @@ void toText(State &s) {
     for (int i = 0; i < N; ++i) REQUIRE(texts()[i] == dateAt(moments()[i])->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString());
 }
 void toTextC(State &s) {
-    each(s, [](int i) {
+    each(s, N, [](int i) {
         std::tm f;
         localtime_r(&moments()[i], &f);
         char text[64];
@@ -89,7 +80,7 @@ void fromText(State &s) {
     REQUIRE(repeated <= 2);
 }
 void fromTextC(State &s) {
-    each(s, [](int i) {
+    each(s, N, [](int i) {
         std::tm f{};
         REQUIRE(strptime(texts()[i].c_str(), "%Y-%m-%d %H:%M:%S", &f));
         f.tm_isdst = -1;
@@ -113,7 +104,7 @@ void fieldsOfDate(State &s) {
     fields(s, [&](int i) { return dates[i]; });
 }
 void toFieldsC(State &s) {
-    each(s, [](int i) {
+    each(s, N, [](int i) {
         std::tm f;
         localtime_r(&moments()[i], &f);
         DoNotOptimize(f);

@@ -21,45 +21,39 @@ class QtReceiver : public QObject {
     void onChanged(int v) { total += v; }
 };
 
-static void emitQt(State &s) {
-    startOneThread();
-    Sender sender;
+// A sender with as many receivers as the case has.
+struct Heard : Sender {
     std::vector<std::unique_ptr<QtReceiver>> receivers;
-    for (int i = 0; i < s.range(0); ++i) {
-        receivers.push_back(std::make_unique<QtReceiver>());
-        QObject::connect(&sender, &Sender::changed, receivers.back().get(), &QtReceiver::onChanged, Qt::DirectConnection);
+    explicit Heard(State &s) {
+        startOneThread();
+        for (int i = 0; i < s.range(0); ++i) {
+            receivers.push_back(std::make_unique<QtReceiver>());
+            connect(this, &Sender::changed, receivers.back().get(), &QtReceiver::onChanged, Qt::DirectConnection);
+        }
     }
+};
+
+static void emitQt(State &s) {
+    Heard sender(s);
     for (auto _ : s) sender.fire(1);
     items(s, s.range(0));
 }
 
 static void connectQt(State &s) {
-    startOneThread();
-    Sender sender;
-    std::vector<std::unique_ptr<QtReceiver>> receivers;
-    for (int i = 0; i < s.range(0); ++i) {
-        receivers.push_back(std::make_unique<QtReceiver>());
-        QObject::connect(&sender, &Sender::changed, receivers.back().get(), &QtReceiver::onChanged);
-    }
+    Heard sender(s);
     QtReceiver one;
     for (auto _ : s) {
-        auto connection = QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged);
+        auto connection = QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
         QObject::disconnect(connection);
     }
 }
 
 // What removing an observer says: everything of the sender's that this receiver listens to.
 static void connectDisconnectReceiverQt(State &s) {
-    startOneThread();
-    Sender sender;
-    std::vector<std::unique_ptr<QtReceiver>> receivers;
-    for (int i = 0; i < s.range(0); ++i) {
-        receivers.push_back(std::make_unique<QtReceiver>());
-        QObject::connect(&sender, &Sender::changed, receivers.back().get(), &QtReceiver::onChanged);
-    }
+    Heard sender(s);
     QtReceiver one;
     for (auto _ : s) {
-        QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged);
+        QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
         QObject::disconnect(&sender, nullptr, &one, nullptr);
     }
 }
