@@ -18,7 +18,7 @@ struct ZPData : ZPObject {
 
     /// Autoreleased data without bytes.
     static ZPData *data() { return objc_msgSend<ZPData *>(class_(), "data"_sel); }
-    /// Copies the bytes.
+    /// Copies the bytes. Without memory for them it answers null, or raises ZPMallocException for less than a page.
     static ZPData *dataWithBytes_length(const void *bytes, unsigned length) {
         return objc_msgSend<ZPData *>(class_(), "dataWithBytes:length:"_sel, bytes, length);
     }
@@ -26,7 +26,7 @@ struct ZPData : ZPObject {
     static ZPData *dataWithBytesNoCopy_length(void *bytes, unsigned length) {
         return objc_msgSend<ZPData *>(class_(), "dataWithBytesNoCopy:length:"_sel, bytes, length);
     }
-    /// The bytes of another data object (null: none), shared where they are many.
+    /// A copy of the bytes of another data object (null: none).
     static ZPData *dataWithData(ZPData *other) { return objc_msgSend<ZPData *>(class_(), "dataWithData:"_sel, other); }
     /// A regular file read whole; null, with the reason in `errno`, when it cannot be read.
     static ZPData *dataWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfFile:"_sel, path); }
@@ -97,7 +97,8 @@ struct ZPData : ZPObject {
     /// The number of set bits.
     unsigned numberOfSetBits() { return objc_msgSend<unsigned>(this, "numberOfSetBits"_sel); }
     // Compressed vectors, which end in a zero byte as a plain one does not; long runs of zeros are taken out.
-    /// The vector in compressed form, or as it is where that is shorter, without zero bytes at its end.
+    /// The vector in compressed form where it has runs of six zero bytes or more, else as it is; without zero bytes at
+    /// its end.
     ZPData *_compressIfNeeded() { return objc_msgSend<ZPData *>(this, "_compressIfNeeded"_sel); }
     /// The plain form of a vector in either.
     ZPData *_decompressIfNeeded() { return objc_msgSend<ZPData *>(this, "_decompressIfNeeded"_sel); }

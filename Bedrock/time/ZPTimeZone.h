@@ -16,7 +16,8 @@ struct ZPTimeZone : ZPObject {
 
     /// The zone that calendar dates have when none is given: a detail of the host's zone unless it has been set.
     static ZPTimeZoneDetail *defaultTimeZone() { return objc_msgSend<ZPTimeZoneDetail *>(class_(), "defaultTimeZone"_sel); }
-    /// Makes the zone's detail for the current date the default of the process.
+    /// Makes the zone's detail for the current date the default of the process, which retains it until another is set;
+    /// null: the host's zone.
     static void setDefaultTimeZone(ZPTimeZone *zone) { objc_msgSend(class_(), "setDefaultTimeZone:"_sel, zone); }
     /// One object that stands for whatever zone is the default when it is asked.
     static ZPTimeZoneDetail *localTimeZone() { return objc_msgSend<ZPTimeZoneDetail *>(class_(), "localTimeZone"_sel); }
