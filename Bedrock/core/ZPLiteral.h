@@ -32,13 +32,12 @@ ZP_EXPORT extern objc_classPair ZPConstantUnicodeStringRecord __asm__("_ZN24_ZPC
 extern "C" ZP_EXPORT objc_literal8 ZPEmptyStringLiteral;
 
 /// @cond machinery
-template <unsigned N> struct objc_literalText {
-    unichar units[N] = {};
-    char bytes[N] = {};
-    unsigned length = 0;
-    bool fits8 = true;
+template <unsigned N> struct objc_literalUnits {
+    unichar of[N] = {};
+    unsigned count = 0;
+    bool isASCII = true;
 
-    consteval objc_literalText(const char (&s)[N]) {
+    consteval objc_literalUnits(const char (&s)[N]) {
         for (unsigned i = 0; i + 1 < N;) {
             unsigned b = static_cast<unsigned char>(s[i]);
             unsigned more = b < 0x80 ? 0 : b < 0xE0 ? 1 : b < 0xF0 ? 2 : 3;
@@ -50,35 +49,30 @@ template <unsigned N> struct objc_literalText {
                 c = c << 6 | (t & 0x3F);
             }
             i += more + 1;
-            if (c >= 0x80) fits8 = false;
+            if (c >= 0x80) isASCII = false;
             if (c >= 0x10000) {
-                units[length++] = unichar(0xD7C0 + (c >> 10));
-                units[length++] = unichar(0xDC00 + (c & 0x3FF));
-            } else {
-                bytes[length] = char(c);
-                units[length++] = unichar(c);
-            }
+                of[count++] = unichar(0xD7C0 + (c >> 10));
+                of[count++] = unichar(0xDC00 + (c & 0x3FF));
+            } else of[count++] = unichar(c);
         }
     }
 };
 
-template <objc_literalText Text> struct objc_literal;
-template <objc_literalText Text>
-    requires(Text.fits8)
-struct objc_literal<Text> {
-    static inline constinit objc_literal8 object = {&ZPConstantStringRecord.cls, Text.bytes, Text.length};
+template <objc_text Text> struct objc_literal {
+    static inline constinit objc_literal8 object = {&ZPConstantStringRecord.cls, Text.text, sizeof Text.text - 1};
 };
-template <objc_literalText Text>
-    requires(!Text.fits8)
+template <objc_text Text>
+    requires(!objc_literalUnits(Text.text).isASCII)
 struct objc_literal<Text> {
-    static inline constinit objc_literal16 object = {&ZPConstantUnicodeStringRecord.cls, Text.units, Text.length};
+    static constexpr objc_literalUnits units{Text.text};
+    static inline constinit objc_literal16 object = {&ZPConstantUnicodeStringRecord.cls, units.of, units.count};
 };
 /// @endcond
 
 /// `"text"_zp`: a literal string object, equal texts of one program the same one. Lives as long as the process and
 /// ignores counting. Text that is not well-formed UTF-8 is a compile error.
-template <objc_literalText Text> ZP_INLINE ZPString *operator""_zp() {
-    if constexpr (Text.length == 0) return reinterpret_cast<ZPString *>(&ZPEmptyStringLiteral);
+template <objc_text Text> ZP_INLINE ZPString *operator""_zp() {
+    if constexpr (sizeof Text.text == 1) return reinterpret_cast<ZPString *>(&ZPEmptyStringLiteral);
     else return reinterpret_cast<ZPString *>(&objc_literal<Text>::object);
 }
 

@@ -19,7 +19,8 @@
 #pragma GCC diagnostic ignored "-Wattributes"
 
 /// @cond machinery
-template <unsigned N> struct objc_text {
+// Hidden, and with it everything that is made for a text: each library has its own.
+template <unsigned N> struct ZP_HIDDEN objc_text {
     char text[N];
     consteval objc_text(const char (&s)[N]) {
         for (unsigned i = 0; i < N; ++i) text[i] = s[i];
@@ -84,7 +85,7 @@ template <class T> ZP_INLINE char *objc_putSlot(char *slot, T value) {
     return slot + objc_slotSize<T>;
 }
 
-template <class R, class... A> ZP_COLD R objc_sendForward(objc_object *receiver, SEL selector, A... arguments) {
+template <class R, class... A> ZP_HIDDEN ZP_COLD R objc_sendForward(objc_object *receiver, SEL selector, A... arguments) {
     if constexpr (!(objc_fitsFrame<R> && ... && objc_fitsFrame<A>)) {
         objc_fatal("%s: not implemented, and its C++ types cannot be forwarded", sel_getName(selector));
     } else {
@@ -111,7 +112,7 @@ template <class R, class... A> ZP_COLD R objc_sendForward(objc_object *receiver,
     }
 }
 
-template <class R, class... A> ZP_COLD R objc_sendSlowly(objc_object *receiver, SEL selector, A... arguments) {
+template <class R, class... A> ZP_HIDDEN ZP_COLD R objc_sendSlowly(objc_object *receiver, SEL selector, A... arguments) {
     IMP implementation = objc_lookUpForSend(receiver, selector);
     if (!implementation) return objc_sendForward<R, A...>(receiver, selector, std::forward<A>(arguments)...);
     return reinterpret_cast<R (*)(objc_object *, SEL, A...)>(implementation)(receiver, selector, std::forward<A>(arguments)...);

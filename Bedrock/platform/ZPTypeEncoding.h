@@ -108,7 +108,7 @@ template <class... T> consteval auto objc_trimmedTypes() {
 /// @endcond
 
 /// The type strings of a list of types, one after another.
-template <class... T> inline constexpr auto objc_types = objc_trimmedTypes<T...>();
+template <class... T> ZP_HIDDEN inline constexpr auto objc_types = objc_trimmedTypes<T...>();
 
 /// The type string of one C++ type, null-terminated; lives as long as the process. A structure without an
 /// `objc_structEncoding` is that many bytes, "{?=[12C]}"; a text of more than 255 characters is a compile error.

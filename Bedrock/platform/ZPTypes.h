@@ -9,6 +9,8 @@
 
 /// Makes a declaration part of the interface of its shared library, which hides the rest.
 #define ZP_EXPORT __attribute__((visibility("default")))
+/// Not visible outside the library or program that it is compiled into, even where a header makes it.
+#define ZP_HIDDEN __attribute__((visibility("hidden")))
 /// A function that is rarely called: kept apart from those that are, and never inlined.
 #define ZP_COLD __attribute__((cold, noinline))
 /// A function that is always inlined, also where nothing is optimized.
