@@ -174,7 +174,8 @@ char *putEscaped(char *at, unsigned c) {
         return at;
     }
     unsigned char byte;
-    if (ZPPrecompUnicodeToKESTREL(static_cast<unichar>(c), &byte)) {
+    // The paragraph separator has a byte, the line feed's, that does not come back as it.
+    if (c != 0x2029 && ZPPrecompUnicodeToKESTREL(static_cast<unichar>(c), &byte)) {
         *at++ = static_cast<char>('0' + (byte >> 6));
         *at++ = static_cast<char>('0' + (byte >> 3 & 7));
         *at++ = static_cast<char>('0' + (byte & 7));
