@@ -208,6 +208,12 @@ template <auto M, class C, class R, class... A> struct objc_variadicDescriber<M,
     : objc_variadicImplementation<M, C, R, typename objc_dropLast<objc_typeList<>, A...>::type> {};
 template <auto M, class S, class R, class... A> struct objc_variadicDescriber<M, R (*)(S, A...)>
     : objc_variadicImplementation<M, S, R, typename objc_dropLast<objc_typeList<>, A...>::type> {};
+
+struct objc_immortal : objc_object {
+    id same() { return this; }
+    void nothing() {}
+    unsigned forEver() { return 0xFFFFFFFF; }
+};
 /// @endcond
 
 // ---- registration ------------------------------------------------------------------------------
@@ -277,6 +283,12 @@ struct objc_implementer {
     const objc_implementer &staticInstances() const {
         cls->info &= ~objc_countsInHeader;
         return *this;
+    }
+    /// Instances live as long as the process: `retain`, `autorelease` and `release` do nothing, and `retainCount`
+    /// answers 0xFFFFFFFF.
+    const objc_implementer &immortal() const {
+        return method<&objc_immortal::same>("retain").method<&objc_immortal::same>("autorelease")
+            .method<&objc_immortal::nothing>("release").method<&objc_immortal::forEver>("retainCount");
     }
 };
 

@@ -37,9 +37,6 @@ struct ProtocolMethods : Protocol {
     }
     const objc_methodDescription *instanceMethod(SEL name) { return describe(name, NO); }
     const objc_methodDescription *classMethod(SEL name) { return describe(name, YES); }
-    id itself() { return this; }
-    void nothing() {}
-    unsigned forEver() { return 0xFFFFFFFF; }
     BOOL isKind(Class cls) {
         for (Class c = isa; c; c = c->superclass)
             if (c == cls) return YES;
@@ -55,10 +52,7 @@ struct ProtocolMethods : Protocol {
     .method<&ProtocolMethods::conforms>("conformsTo:")
     .method<&ProtocolMethods::instanceMethod>("descriptionForInstanceMethod:")
     .method<&ProtocolMethods::classMethod>("descriptionForClassMethod:")
-    .method<&ProtocolMethods::itself>("retain")
-    .method<&ProtocolMethods::nothing>("release")
-    .method<&ProtocolMethods::itself>("autorelease")
-    .method<&ProtocolMethods::forEver>("retainCount")
+    .immortal()
     .method<&ProtocolMethods::isKind>("isKindOfClass:")
     .method<&ProtocolMethods::identical>("isEqual:")
     .method<&ProtocolMethods::addressHash>("hash")

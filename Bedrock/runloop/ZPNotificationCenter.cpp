@@ -28,7 +28,6 @@
 #include <cstring>
 #include <cxxabi.h>
 #include <exception>
-#include <sys/single_threaded.h>
 #include <vector>
 
 struct ZPObserverRecord {

@@ -9,7 +9,7 @@
 //
 // A ZPCSubstring goes from borrowing to owning at its first retain and never back. Two threads that retain
 // it at once are kept apart by `detaching`.
-#include <Bedrock/strings/ZPString+Internal.h>
+#include <Bedrock/strings/ZPSubstring+Internal.h>
 
 #include <mutex>
 
@@ -101,14 +101,9 @@ struct CStringMethods : ZPCString {
     }
 };
 
-struct CSubstringMethods : ZPCSubstring {
-    ZPString *refuseBytes(char *, unsigned, BOOL) { refuse("initWithCStringNoCopy:length:freeWhenDone:"_sel); }
-    ZPString *refuseUnits(unichar *, unsigned, BOOL) { refuse("initWithCharactersNoCopy:length:freeWhenDone:"_sel); }
-    [[noreturn]] void refuse(SEL selector) {
-        ZPException::raise_format(ZPInvalidArgumentException, "Can't call %s in %s"_zp, sel_getName(selector), isa->name);
-    }
+struct CSubstringMethods : ZPSubstringMethods<ZPCSubstring> {
     id retain() {
-        if (__atomic_load_n(&_referenceString, __ATOMIC_ACQUIRE)) detach();
+        if (borrows()) detach();
         ZPIncrementExtraRefCount(this);
         return this;
     }
@@ -128,23 +123,11 @@ struct CSubstringMethods : ZPCSubstring {
             __atomic_store_n(&bytes, copy, __ATOMIC_RELEASE);
             __atomic_store_n(&_referenceString, nullptr, __ATOMIC_RELEASE);
         }
-        // Another thread may still be reading the borrowed bytes.
-        if (__libc_single_threaded) parent->release();
-        else parent->autorelease();
-    }
-    void dealloc() {
-        if (_referenceString) {
-            _flags.freeWhenDone = 0;
-            _referenceString->release();
-        }
-        objc_super<ZPCSubstring>(this).send("dealloc"_sel);
+        letGo(parent);
     }
 };
 
 struct ConstantStringMethods : ZPConstantString {
-    id self() { return this; }
-    void nothing() {}
-    unsigned retainCount() { return 0xFFFFFFFF; }
     id copyWithZone(ZPZone *) { return this; }
     void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
     ZPString *refuse(unichar *, unsigned) {
@@ -198,10 +181,7 @@ ZP_IMPLEMENT(ZPCSubstring)
 
 ZP_IMPLEMENT(ZPConstantString)
     .staticInstances()
-    .method<&ConstantStringMethods::self>("retain")
-    .method<&ConstantStringMethods::self>("autorelease")
-    .method<&ConstantStringMethods::nothing>("release")
-    .method<&ConstantStringMethods::retainCount>("retainCount")
+    .immortal()
     .method<&ConstantStringMethods::copyWithZone>("copyWithZone:")
     .method<&ConstantStringMethods::dealloc>("dealloc")
     .method<&ConstantStringMethods::refuse>("initWithCharactersNoCopy:length:")

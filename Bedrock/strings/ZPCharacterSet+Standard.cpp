@@ -125,9 +125,6 @@ struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
         if (set && set->isa == isa && offset == set->offset) return YES;
         return objc_super<ZPBuiltinCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
     }
-    id self() { return this; }
-    void nothing() {}
-    unsigned retainCount() { return 0xFFFFFFFF; }
     void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
 };
 
@@ -187,10 +184,7 @@ ZP_IMPLEMENT(ZPBuiltinCharacterSet)
     .method<&BuiltinCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
     .method<&BuiltinCharacterSetMethods::isEmpty>("isEmpty")
     .method<&BuiltinCharacterSetMethods::isEqual>("isEqual:")
-    .method<&BuiltinCharacterSetMethods::self>("retain")
-    .method<&BuiltinCharacterSetMethods::self>("autorelease")
-    .method<&BuiltinCharacterSetMethods::nothing>("release")
-    .method<&BuiltinCharacterSetMethods::retainCount>("retainCount")
+    .immortal()
     .method<&BuiltinCharacterSetMethods::dealloc>("dealloc");
 
 ZP_IMPLEMENT(ZPExpandedBuiltinCharacterSet)

@@ -22,11 +22,7 @@ ZPPlaceholderString *makePlaceholder(ZPZone *zone) {
 }
 
 struct ZPPlaceholderStringMethods : ZPPlaceholderString {
-    id retain() { return this; }
-    id autorelease() { return this; }
-    void nothing() {}
-    unsigned retainCount() { return 0xFFFFFFFF; }
-
+    void dealloc() {}
     unsigned length() { complain("length"_sel); }
     unichar characterAtIndex(unsigned) { complain("characterAtIndex:"_sel); }
     [[noreturn]] void complain(SEL selector) {
@@ -94,11 +90,8 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
 }  // namespace
 
 ZP_IMPLEMENT(ZPPlaceholderString)
-    .method<&ZPPlaceholderStringMethods::retain>("retain")
-    .method<&ZPPlaceholderStringMethods::autorelease>("autorelease")
-    .method<&ZPPlaceholderStringMethods::nothing>("release")
-    .method<&ZPPlaceholderStringMethods::nothing>("dealloc")
-    .method<&ZPPlaceholderStringMethods::retainCount>("retainCount")
+    .immortal()
+    .method<&ZPPlaceholderStringMethods::dealloc>("dealloc")
     .method<&ZPPlaceholderStringMethods::length>("length")
     .method<&ZPPlaceholderStringMethods::characterAtIndex>("characterAtIndex:")
     .method<&ZPPlaceholderStringMethods::init>("init")

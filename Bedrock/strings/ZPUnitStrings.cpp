@@ -8,7 +8,7 @@
 //
 // A ZPUnicodeSubstring of less than nine tenths of its parent goes from borrowing to owning at its first
 // retain; a longer one borrows for its whole life.
-#include <Bedrock/strings/ZPString+Internal.h>
+#include <Bedrock/strings/ZPSubstring+Internal.h>
 
 #include <algorithm>
 #include <mutex>
@@ -58,14 +58,9 @@ struct UnicodeStringMethods : ZPUnicodeString {
     }
 };
 
-struct UnicodeSubstringMethods : ZPUnicodeSubstring {
-    ZPString *refuseUnits(unichar *, unsigned, BOOL) { refuse("initWithCharactersNoCopy:length:freeWhenDone:"_sel); }
-    ZPString *refuseBytes(char *, unsigned, BOOL) { refuse("initWithCStringNoCopy:length:freeWhenDone:"_sel); }
-    [[noreturn]] void refuse(SEL selector) {
-        ZPException::raise_format(ZPInvalidArgumentException, "Can't call %s in %s"_zp, sel_getName(selector), isa->name);
-    }
+struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
     id retain() {
-        if (__atomic_load_n(&_referenceString, __ATOMIC_ACQUIRE)) detachFromLargerParent();
+        if (borrows()) detachFromLargerParent();
         ZPIncrementExtraRefCount(this);
         return this;
     }
@@ -84,16 +79,7 @@ struct UnicodeSubstringMethods : ZPUnicodeSubstring {
             _flags.freeWhenDone = 1;
             __atomic_store_n(&_referenceString, nullptr, __ATOMIC_RELEASE);
         }
-        // Another thread may still be reading the borrowed units.
-        if (__libc_single_threaded) parent->release();
-        else parent->autorelease();
-    }
-    void dealloc() {
-        if (_referenceString) {
-            _flags.freeWhenDone = 0;
-            _referenceString->release();
-        }
-        objc_super<ZPUnicodeSubstring>(this).send("dealloc"_sel);
+        letGo(parent);
     }
     ZPString *substringWithRange(ZPRange range) {
         _ZPCheckRange(this, "substringWithRange:"_sel, range, numCharacters);
@@ -113,9 +99,6 @@ struct UnicodeSubstringMethods : ZPUnicodeSubstring {
 };
 
 struct ConstantUnicodeStringMethods : _ZPConstantUnicodeString {
-    id self() { return this; }
-    void nothing() {}
-    unsigned retainCount() { return 0xFFFFFFFF; }
     id copyWithZone(ZPZone *) { return this; }
     void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
 };
@@ -145,10 +128,7 @@ ZP_IMPLEMENT(ZPUnicodeSubstring)
 
 ZP_IMPLEMENT(_ZPConstantUnicodeString)
     .staticInstances()
-    .method<&ConstantUnicodeStringMethods::self>("retain")
-    .method<&ConstantUnicodeStringMethods::self>("autorelease")
-    .method<&ConstantUnicodeStringMethods::nothing>("release")
-    .method<&ConstantUnicodeStringMethods::retainCount>("retainCount")
+    .immortal()
     .method<&ConstantUnicodeStringMethods::copyWithZone>("copyWithZone:")
     .method<&ConstantUnicodeStringMethods::dealloc>("dealloc");
 

@@ -40,11 +40,8 @@ struct ZPDistantDate : ZPDate {
     id init() { ZPException::raise_format(ZPInternalInconsistencyException, "%@: shouldn't be called"_zp, _ZPMethodExceptionProem(this, "init"_sel)); }
     double time() { return _timeInterval; }
     double timeSinceDate(ZPDate *) { return _timeInterval; }
-    id same() { return this; }
     id copyWithZone(ZPZone *) { return this; }
     ZPDate *addTimeInterval(double) { return this; }
-    void release() {}
-    unsigned retainCount() { return 0xFFFFFFFF; }
     BOOL isPast() { return _timeInterval < 0; }
     int compare(ZPDate *other) { return other == this ? 0 : isPast() ? -1 : 1; }
     ZPDate *choose(ZPDate *other, BOOL mine) { return mine ? this : (ZPDate *)other->copy()->autorelease().pointer(); }
@@ -182,10 +179,7 @@ ZP_IMPLEMENT(ZPDistantDate)
     .method<&ZPDistantDate::time>("timeIntervalSinceNow")
     .method<&ZPDistantDate::time>("timeIntervalSince1970")
     .method<&ZPDistantDate::timeSinceDate>("timeIntervalSinceDate:")
-    .method<&ZPDistantDate::same>("retain")
-    .method<&ZPDistantDate::same>("autorelease")
-    .method<&ZPDistantDate::release>("release")
-    .method<&ZPDistantDate::retainCount>("retainCount")
+    .immortal()
     .method<&ZPDistantDate::copyWithZone>("copyWithZone:")
     .method<&ZPDistantDate::addTimeInterval>("addTimeInterval:")
     .method<&ZPDistantDate::compare>("compare:")

@@ -245,10 +245,6 @@ struct ConcreteMethods : ZPConcreteTimeZone {
 };
 
 struct HostMethods : ZPHostTimeZoneDetail {
-    // The few that there are live as long as the process.
-    id retain() { return this; }
-    void release() {}
-    unsigned retainCount() { return 0xFFFFFFFF; }
     ZPTimeZoneDetail *forDate(ZPDate *date) { return _ZPHostDetailAt(date->timeIntervalSinceReferenceDate()); }
     BOOL isDaylight() { return _isDaylight; }
     ZPArray *details() {
@@ -262,9 +258,6 @@ struct HostMethods : ZPHostTimeZoneDetail {
 struct ZPLocalTimeZone : ZPTimeZoneDetail {
     ZP_PRIVATE_CLASS(ZPLocalTimeZone)
 
-    id retain() { return this; }
-    void release() {}
-    unsigned retainCount() { return 0xFFFFFFFF; }
     ZPString *name() { return "ZPLocalTimeZone"_zp; }
     int offset() { return defaultDetail()->timeZoneSecondsFromGMT(); }
     ZPString *abbreviation() { return defaultDetail()->timeZoneAbbreviation(); }
@@ -340,17 +333,13 @@ ZP_IMPLEMENT(ZPConcreteTimeZone)
     .method<&ConcreteMethods::dealloc>("dealloc");
 
 ZP_IMPLEMENT(ZPHostTimeZoneDetail)
-    .method<&HostMethods::retain>("retain")
-    .method<&HostMethods::release>("release")
-    .method<&HostMethods::retainCount>("retainCount")
+    .immortal()  // few as they are
     .method<&HostMethods::forDate>("timeZoneDetailForDate:")
     .method<&HostMethods::isDaylight>("isDaylightSavingTimeZone")
     .method<&HostMethods::details>("timeZoneDetailArray");
 
 ZP_IMPLEMENT(ZPLocalTimeZone)
-    .method<&ZPLocalTimeZone::retain>("retain")
-    .method<&ZPLocalTimeZone::release>("release")
-    .method<&ZPLocalTimeZone::retainCount>("retainCount")
+    .immortal()
     .method<&ZPLocalTimeZone::name>("timeZoneName")
     .method<&ZPLocalTimeZone::offset>("timeZoneSecondsFromGMT")
     .method<&ZPLocalTimeZone::abbreviation>("timeZoneAbbreviation")
