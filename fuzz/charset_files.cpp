@@ -44,9 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     ZPAutoreleasePoolScope pool;
     std::string path = (std::filesystem::temp_directory_path() / ("charset_files." + std::to_string(getpid()))).string() + (data[0] & 1 ? ".bitmap" : ".dict");
     std::FILE *file = std::fopen(path.c_str(), "wb");
-    if (!file) return 0;
-    std::fwrite(data + 1, 1, size - 1, file);
-    std::fclose(file);
+    require(file && std::fwrite(data + 1, 1, size - 1, file) == size - 1 && std::fclose(file) == 0);
     ZPCharacterSet *set = ZPCharacterSet::characterSetWithContentsOfFile(ZPString::stringWithCString(path.c_str()));
     std::remove(path.c_str());
     if (set) check(set);

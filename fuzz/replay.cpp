@@ -59,7 +59,7 @@ Bytes mutated(Bytes bytes, std::mt19937 &random) {
 
 int main(int count, char **arguments) {
     if (count < 3) return std::fprintf(stderr, "usage: %s MUTATIONS FOLDER...\n", arguments[0]), 2;
-    std::signal(SIGABRT, show);
+    for (int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE}) std::signal(signal, show);
     unsigned mutations = unsigned(std::strtoul(arguments[1], nullptr, 10)), files = 0;
     for (int i = 2; i < count; ++i) {
         if (!std::filesystem::is_directory(arguments[i])) continue;

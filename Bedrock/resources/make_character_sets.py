@@ -7,6 +7,7 @@ package unicode-data.
 
 With --check nothing is written: the exit code says whether the committed files are what would be written.
 """
+import os
 import pathlib
 import struct
 import sys
@@ -128,7 +129,10 @@ def files(source):
 def main(arguments):
     check = "--check" in arguments
     paths = [a for a in arguments if a != "--check"]
-    made = files(paths[0] if paths else "/usr/share/unicode/UnicodeData.txt")
+    source = pathlib.Path(paths[0] if paths else "/usr/share/unicode/UnicodeData.txt")
+    if not source.is_file():
+        sys.exit(f"make_character_sets.py: needs {source}" + ("" if paths else " (package unicode-data)"))
+    made = files(source)
     if check:
         wrong = [name for name, text in made.items() if not (FOLDER / name).is_file() or (FOLDER / name).read_bytes() != text]
         if PACKAGE not in (DATA / "SOURCES").read_text():
@@ -136,7 +140,9 @@ def main(arguments):
         sys.exit(f"these differ from what would be made: {' '.join(wrong)}" if wrong else 0)
     FOLDER.mkdir(parents=True, exist_ok=True)
     for name, text in made.items():
-        (FOLDER / name).write_bytes(text)
+        new = FOLDER / f".{name}.{os.getpid()}"
+        new.write_bytes(text)
+        new.replace(FOLDER / name)
 
 
 main(sys.argv[1:])

@@ -9,6 +9,7 @@ UnicodeData.txt of unicode-data. With --check nothing is written: the exit code 
 what would be written.
 """
 import gzip
+import os
 import pathlib
 import re
 import struct
@@ -87,6 +88,9 @@ def decomposition_file(table):
 
 
 def main():
+    for needed, package in ((MAPS / "EUC-JP.gz", "locales"), (MAPS / "WINDOWS-31J.gz", "locales"), (UNICODE, "unicode-data")):
+        if not needed.is_file():
+            sys.exit(f"make_encoding_tables.py: needs {needed} (package {package})")
     to_unicode, to_euc = japanese()
     files = {
         "EUCToUnicode-L.data": pairs(to_unicode),
@@ -98,7 +102,9 @@ def main():
         path = OUTPUT / name
         if "--check" not in sys.argv:
             path.parent.mkdir(parents=True, exist_ok=True)
-            path.write_bytes(content)
+            new = path.with_name(f".{name}.{os.getpid()}")
+            new.write_bytes(content)
+            new.replace(path)
         elif not path.exists() or path.read_bytes() != content:
             stale.append(name)
     for name in stale:

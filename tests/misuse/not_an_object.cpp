@@ -1,4 +1,4 @@
 // SPDX-License-Identifier: MIT
-// expect: error
+// expect: objc_sendObjectList
 #include <Bedrock/collections/ZPArray.h>
 int main() { return ZPArray::arrayWithObjects("text", 5) != nullptr; }

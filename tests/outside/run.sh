@@ -11,7 +11,7 @@ case $how in
 package|pkgconfig)
     "$cmake" --install "$build" --prefix "$work/first" >/dev/null
     mv "$work/first" "$work/moved"
-    library=$(echo "$work"/moved/lib*/libBedrock.so "$work"/moved/lib/*/libBedrock.so | tr ' ' '\n' | while read -r f; do [ -e "$f" ] && echo "$f"; done | head -1)
+    for library in "$work"/moved/lib*/libBedrock.so "$work"/moved/lib/*/libBedrock.so; do [ ! -e "$library" ] || break; done
     PKG_CONFIG_PATH=$(dirname "$library")/pkgconfig; LD_LIBRARY_PATH=
     export PKG_CONFIG_PATH
     [ "$how" = pkgconfig ] && { LD_LIBRARY_PATH=$(dirname "$library"); export LD_LIBRARY_PATH; }
