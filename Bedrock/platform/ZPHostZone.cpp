@@ -56,7 +56,7 @@ struct Zone {
             const char *folder = std::getenv("TZDIR");
             path = std::string(folder && *folder ? folder : "/usr/share/zoneinfo") + "/" + set;
         }
-        std::vector<unsigned char> bytes(1 << 17);
+        std::vector<unsigned char> bytes((1 << 17) + 1);  // one more than a file may have
         long long length = path.empty() ? -1 : ZPHostReadFile(path.c_str(), bytes.data(), bytes.size());
         if (length >= 0) isUsable = std::size_t(length) < bytes.size() && isSound(bytes.data(), bytes.data() + length) ? YES : NO;
         if (!isUsable) return;

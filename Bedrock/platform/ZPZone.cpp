@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <vector>
@@ -77,7 +78,12 @@ bool addArena(ChildZone *zone, std::size_t atLeast) {
     Map &m = map();
     std::lock_guard lock(m.mutex);
     Arena arena{begin, begin + bytes, zone};
-    m.arenas.insert(std::upper_bound(m.arenas.begin(), m.arenas.end(), arena, [](const Arena &a, const Arena &b) { return a.begin < b.begin; }), arena);
+    try {
+        m.arenas.insert(std::upper_bound(m.arenas.begin(), m.arenas.end(), arena, [](const Arena &a, const Arena &b) { return a.begin < b.begin; }), arena);
+    } catch (std::bad_alloc &) {
+        vm_deallocate(pages, bytes);
+        return false;
+    }
     __atomic_add_fetch(&arenaCount, 1, __ATOMIC_RELEASE);
     zone->next = static_cast<char *>(pages);
     zone->end = zone->next + bytes;
@@ -141,7 +147,8 @@ ZPZone heap = {reallocateOnHeap, allocateOnHeap, freeOnHeap, nullptr, nullptr};
 ZPZone *QLDefaultMallocZone() { return &heap; }
 
 ZPZone *QLCreateChildZone(ZPZone *, std::size_t startSize, std::size_t granularity, BOOL canFree) {
-    auto *zone = new ChildZone{};
+    auto *zone = new (std::nothrow) ChildZone{};
+    if (!zone) return nullptr;
     static_cast<ZPZone &>(*zone) = {reallocateInChild, allocateInChild, freeInChild, QLMergeZone, nullptr};
     zone->granularity = std::max<std::size_t>(granularity, vm_page_size());
     zone->canFree = canFree;

@@ -5,13 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <new>
 #include <string>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
-// The program's own allocator stands before the C library's. Thread-local, so that gtest's threads do not count.
+// The program's own allocator, and its own mapping of pages, stand before the C library's. Thread-local, so that gtest's threads do not count.
 extern "C" {
 void *__libc_malloc(std::size_t);
 void *__libc_calloc(std::size_t, std::size_t);
@@ -22,10 +27,11 @@ namespace {
 
 thread_local bool armed;
 thread_local long left, failed, calls;
+thread_local std::size_t tooLarge = SIZE_MAX;  // what is at least this large fails as well
 
-bool fails() {
+bool fails(std::size_t size) {
     ++calls;
-    if (!armed || --left != 0) return false;
+    if (size < tooLarge && (!armed || --left != 0)) return false;
     ++failed;
     errno = ENOMEM;
     return true;
@@ -34,9 +40,13 @@ bool fails() {
 }  // namespace
 
 extern "C" {
-void *malloc(std::size_t size) { return fails() ? nullptr : __libc_malloc(size); }
-void *calloc(std::size_t count, std::size_t size) { return fails() ? nullptr : __libc_calloc(count, size); }
-void *realloc(void *block, std::size_t size) { return fails() ? nullptr : __libc_realloc(block, size); }
+void *malloc(std::size_t size) { return fails(size) ? nullptr : __libc_malloc(size); }
+void *calloc(std::size_t count, std::size_t size) { return fails(count * size) ? nullptr : __libc_calloc(count, size); }
+void *realloc(void *block, std::size_t size) { return fails(size) ? nullptr : __libc_realloc(block, size); }
+void *mmap(void *at, std::size_t size, int access, int kind, int file, off_t offset) noexcept {
+    if (fails(size)) return MAP_FAILED;
+    return reinterpret_cast<void *>(syscall(SYS_mmap, at, size, access, kind, file, offset));
+}
 }
 
 namespace {
@@ -48,9 +58,10 @@ void emptyShelves() {
 }
 
 /// Runs the operation on what `prepare` makes anew each time, with allocation 1, 2, 3 ... failing, until none is reached
-/// any more; `check` is asked after each whether the operation had been done.
+/// any more; `check` is asked after each whether the operation had been done. One of them at least raises, or, with
+/// `raises` false, none.
 template <class Subject> void eachAllocationFails(std::function<Subject()> prepare, std::function<void(Subject)> operation,
-                                                  std::function<void(Subject, bool done)> check) {
+                                                  std::function<void(Subject, bool done)> check, bool raises = true) {
     {
         // The first use of a class makes its tables, which the process cannot do without.
         ZPAutoreleasePoolScope pool;
@@ -73,7 +84,8 @@ template <class Subject> void eachAllocationFails(std::function<Subject()> prepa
         } catch (ZPException *e) {
             armed = false;
             ++raised;
-            EXPECT_TRUE(e->name()->isEqualToString(ZPMallocException)) << e->name()->cString() << ": " << e->reason()->cString();
+            bool isOfPages = e->reason()->hasPrefix("*** ZPAllocateMemoryPages("_zp);
+            EXPECT_TRUE(isOfPages || e->name()->isEqualToString(ZPMallocException)) << e->name()->cString() << ": " << e->reason()->cString();
         } catch (std::bad_alloc &) {
             armed = false;
             ++raised;
@@ -82,7 +94,8 @@ template <class Subject> void eachAllocationFails(std::function<Subject()> prepa
         check(subject, done);
         if (!failed) {
             EXPECT_TRUE(done);
-            EXPECT_GT(raised, 0) << "no failure of " << n - 1 << " was noticed";
+            EXPECT_GT(n, 1);
+            EXPECT_EQ(raised > 0, raises) << raised << " of " << n - 1 << " failures were noticed";
             std::printf("%ld allocations, %d raised\n", n - 1, raised);
             return;
         }
@@ -228,4 +241,135 @@ TEST(AllocationFailure, Tables) {
                                            EXPECT_EQ(ZPCountHashTable(t), count + 1);
                                            ZPFreeHashTable(t);
                                        });
+}
+
+TEST(AllocationFailure, DataThatIsMapped) {
+    static constexpr unsigned small = 1000, large = (32u << 20) + 5;
+    auto prepare = [] {
+        ZPMutableData *d = ZPMutableData::dataWithLength(small);
+        static_cast<char *>(d->mutableBytes())[small - 1] = 'e';
+        return d;
+    };
+    auto check = [](ZPMutableData *d, bool done) {
+        auto *bytes = static_cast<const char *>(d->bytes());
+        ASSERT_EQ(d->length(), done ? large : small);
+        EXPECT_EQ(bytes[small - 1], 'e');
+        if (done) { EXPECT_EQ(bytes[small], 0); EXPECT_EQ(bytes[large - 1], 0); }
+        unsigned length = d->length();
+        d->appendBytes_length("x", 1);
+        EXPECT_EQ(static_cast<const char *>(d->bytes())[length], 'x');
+    };
+    // Where there is no mapping there is a block.
+    eachAllocationFails<ZPMutableData *>(prepare, [](ZPMutableData *d) { d->setLength(large); }, check, false);
+    // Neither a mapping nor a block, for data that has either.
+    for (bool mapped : {false, true}) {
+        ZPAutoreleasePoolScope pool;
+        ZPMutableData *d = prepare();
+        if (mapped) d->setLength(large);
+        unsigned length = d->length();
+        std::string raised;
+        tooLarge = 32u << 20;
+        try {
+            d->setLength(2 * large);
+        } catch (ZPException *e) {
+            raised = e->name()->cString();
+        }
+        tooLarge = SIZE_MAX;
+        EXPECT_EQ(raised, "ZPMallocException");
+        ASSERT_EQ(d->length(), length);
+        check(d, mapped);
+    }
+    // A copy that cannot share the mapping is made of bytes.
+    eachAllocationFails<ZPMutableData *>(
+        [&] {
+            ZPMutableData *d = prepare();
+            d->setLength(large);
+            return d;
+        },
+        [](ZPMutableData *d) {
+            ZPRef<ZPData> copy = ZPAdopt<ZPData>(d->copy());
+            ZPRef<ZPMutableData> another = ZPAdopt<ZPMutableData>(d->mutableCopy());
+            if (!copy || !another) throw std::bad_alloc();
+            EXPECT_TRUE(copy->isEqualToData(d));
+            EXPECT_TRUE(another->isEqualToData(d));
+        },
+        [&](ZPMutableData *d, bool) { check(d, true); });
+}
+
+TEST(AllocationFailure, PagesOfAPool) {
+    eachAllocationFails<ZPObject *>(
+        [] { return static_cast<ZPObject *>(ZPObject::new_()); },
+        [](ZPObject *o) {
+            // A few pages are kept for later, so more than those hold.
+            ZPAutoreleasePoolScope pool;
+            for (int i = 0; i < 20000; ++i) o->retain()->autorelease();
+        },
+        [](ZPObject *o, bool done) {
+            // What no pool took stays the caller's; the others are given back, or will be.
+            EXPECT_EQ(o->retainCount(), ZPAutoreleasePoolCountForObject(o) + (done ? 1u : 2u));
+            if (!done) o->release();
+            o->release();
+        });
+}
+
+namespace {
+
+struct Blocks {
+    ZPZone *zone = nullptr;
+    int count = 0;
+    char *at[300];
+};
+
+}  // namespace
+
+TEST(AllocationFailure, PagesOfZones) {
+    static Blocks blocks;
+    eachAllocationFails<Blocks *>(
+        [] {
+            blocks = {};
+            return &blocks;
+        },
+        [](Blocks *b) {
+            b->zone = ZPCreateZone(0, 0, YES);
+            if (!b->zone) throw std::bad_alloc();
+            for (; b->count < 300; ++b->count) {
+                auto *block = static_cast<char *>(ZPZoneMalloc(b->zone, 200));
+                if (!block) throw std::bad_alloc();
+                b->at[b->count] = static_cast<char *>(std::memset(block, b->count, 200));
+            }
+        },
+        [](Blocks *b, bool done) {
+            if (done) { EXPECT_EQ(b->count, 300); }
+            if (!b->zone) return;
+            for (int i = 0; i < b->count; ++i) {
+                EXPECT_EQ(ZPZoneFromPointer(b->at[i]), b->zone);
+                EXPECT_TRUE(b->at[i][0] == char(i) && b->at[i][199] == char(i)) << i;
+            }
+            void *more = ZPZoneMalloc(b->zone, 5000);
+            EXPECT_TRUE(more && ZPZoneFromPointer(more) == b->zone);
+            for (int i = 0; i < b->count; ++i) ZPZoneFree(b->zone, b->at[i]);
+            ZPRecycleZone(b->zone);
+        });
+}
+
+TEST(AllocationFailure, ZonesAnswerNullAndRaiseNothing) {
+    emptyShelves();
+    for (long n = 1;; ++n) {
+        ASSERT_LT(n, 100);
+        failed = 0;
+        left = n;
+        armed = true;
+        ZPZone *zone = nullptr;
+        int taken = 0;
+        EXPECT_NO_THROW({
+            zone = ZPCreateZone(0, 0, YES);
+            while (zone && taken < 300 && ZPZoneMalloc(zone, 200)) ++taken;
+        });
+        armed = false;
+        EXPECT_EQ(zone && taken == 300, failed == 0) << n;
+        if (!failed) {
+            EXPECT_GT(n, 3);
+            break;
+        }
+    }
 }
