@@ -180,16 +180,31 @@ class ClassRecord:
         self.name = name.decode("ascii")
         self.info = field(address, "objc_class", "info")
 
-    def ancestors(self):
-        """The names of the class and its superclasses, without the mark of one that another class poses as."""
-        names, at, left = [self.name.lstrip("%")], self.address, MOST_SUPERCLASSES
-        while left:
-            left -= 1
-            at = field(at, "objc_class", "superclass")
+    def lineage(self):
+        """The class and its superclasses."""
+        records = [self]
+        while len(records) <= MOST_SUPERCLASSES:
+            at = field(records[-1].address, "objc_class", "superclass")
             if at == 0:
                 break
-            names.append(ClassRecord(at).name.lstrip("%"))
-        return names
+            records.append(ClassRecord(at))
+        return records
+
+    def ancestors(self):
+        """Their names, without the mark of one that another class poses as."""
+        return [record.name.lstrip("%") for record in self.lineage()]
+
+    def type(self):
+        """The C++ type of the instances, by the symbol of the record, which names it in full, else by the class's name."""
+        try:
+            symbol = re.match(r"(.*)::classRecord", gdb.execute("info symbol 0x%x" % self.address, to_string=True))
+        except gdb.error:
+            symbol = None
+        for name in ([symbol.group(1)] if symbol else []) + [self.name.lstrip("%")]:
+            found = type_named(name)
+            if found and is_object_type(found):
+                return found
+        return None
 
 
 def class_of(address):
@@ -608,6 +623,18 @@ def own_fields(value, t):
             yield f.name, value[f]
 
 
+def fields_of(address, cls, value):
+    """The fields by the nearest class whose type is known; by the variable's type when that is one of the object's."""
+    for record in cls.lineage():
+        t = record.type()
+        if t:
+            return list(own_fields(gdb.Value(address).cast(t.pointer()).dereference(), t))
+        declared = value.type.strip_typedefs()
+        if declared.name and declared.name.split("::")[-1] == record.name.lstrip("%").split("::")[-1]:
+            return list(own_fields(value, declared))
+    return []
+
+
 class ObjectPrinter:
     """A reference to an object, or an object itself, whose own fields are then shown where nothing better is known."""
 
@@ -629,7 +656,7 @@ class ObjectPrinter:
                     self.hint = "array"
                 self.parts = list(description.pairs())
             if description.kind == "object" and itself:
-                self.parts = list(own_fields(value, value.type.strip_typedefs()))
+                self.parts = fields_of(address, description.cls, value)
         except Broken as problem:
             self.text = "0x%x <no object here: %s>" % (address, problem)
 

@@ -12,6 +12,39 @@ struct Account : ZPObject {
 };
 ZP_IMPLEMENT(Account);
 
+struct Savings : Account {
+    ZP_CLASS(Savings)
+    int rate;
+};
+ZP_IMPLEMENT(Savings);
+
+// A class whose name says where it lies, one whose name does not, and one that only this file has.
+namespace shop {
+struct Till : ZPObject {
+    ZP_CLASS(Till)
+    int coins;
+};
+struct Shelf : Till {
+    ZP_CLASS(Shelf)
+    int boards;
+};
+ZP_IMPLEMENT(Shelf);
+}  // namespace shop
+ZP_IMPLEMENT(shop::Till);
+namespace {
+struct Drawer : ZPObject {
+    ZP_PRIVATE_CLASS(Drawer)
+    int knobs;
+};
+ZP_IMPLEMENT(Drawer);
+}  // namespace
+
+struct Stand : ZPProxy {
+    ZP_CLASS(Stand)
+    id target;
+};
+ZP_IMPLEMENT(Stand);
+
 struct Fixed : ZPObject {
     ZP_CLASS(Fixed)
     int value;
@@ -75,6 +108,17 @@ int main(int argc, char **argv) {
     account->retain();
     account->retain();
     id any = account;
+    auto *savings = Savings::new_();
+    savings->balance = 7;
+    savings->rate = 3;
+    Account *savingsAsAccount = savings;
+    ZPObject *savingsAsObject = savings, *till = shop::Till::new_(), *shelf = shop::Shelf::new_(), *drawer = Drawer::new_(), *lock = ZPLock::new_();
+    static_cast<shop::Till *>(till)->coins = 20;
+    static_cast<shop::Shelf *>(shelf)->boards = 4;
+    static_cast<Drawer *>(drawer)->knobs = 2;
+    Stand *stand = Stand::alloc();
+    stand->target = account;
+    auto *disguised = reinterpret_cast<Savings *>(stand);
     ZPRef<ZPArray> owned = list;
     Class cls = Account::class_();
     SEL selector = "objectAtIndex:"_sel;
@@ -110,5 +154,5 @@ int main(int argc, char **argv) {
     if (argc > 1 && !std::strcmp(argv[1], "abort")) std::abort();
     return !(literal && wideLiteral && !nothing && kestrel && part && widePart && path && wideGap && cheap && circle && members && bag && data && largeData
              && date && calendar && error && any && owned && cls && selector && counted && countedOften && stray && nonsense && brokenString
-             && brokenArray && brokenGap && brokenDictionary && kestrelBytes && formatted);
+             && brokenArray && brokenGap && brokenDictionary && kestrelBytes && formatted && savingsAsAccount && savingsAsObject && shelf && drawer && lock && disguised);
 }
