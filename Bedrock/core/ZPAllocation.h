@@ -103,6 +103,7 @@ ZP_EXPORT int ZPLog2(unsigned n);
 /// A new instance, zero-filled, `isa` set, with `extraBytes` behind its fields, in a zone (null: the default zone).
 /// The caller owns it. Raises ZPMallocException when there is no memory.
 ZP_EXPORT id ZPAllocateObject(Class cls, unsigned extraBytes, ZPZone *zone);
-/// A copy of the fields and `extraBytes` behind them, which the caller owns: what the fields refer to is not
-/// retained. Null for null; raises ZPMallocException when there is no memory.
+/// A copy of the fields and `extraBytes` behind them, which the caller owns. Fields with a copy constructor, a `ZPRef`
+/// among them, are copied by it; all others as bytes, so what a plain pointer refers to is not retained. One that
+/// cannot be copied stops the process. Null for null; raises ZPMallocException when there is no memory.
 ZP_EXPORT id ZPCopyObject(id object, unsigned extraBytes, ZPZone *zone);

@@ -48,8 +48,8 @@ struct ZPString : ZPObject {
     static ZPString *stringWithCString_length(const char *bytes, unsigned length) {
         return objc_msgSend<ZPString *>(class_(), "stringWithCString:length:"_sel, bytes, length);
     }
-    /// The conversions of printf, `%%` and positions such as `%2$s` among them; `%@` takes an object's description.
-    /// `%s` takes bytes in the default C-string encoding.
+    /// The conversions of printf, `%%` and positions such as `%2$s` among them; `%@` takes an object's description, and
+    /// writes "*nil*" for null. `%n` stores nothing. `%s` takes bytes in the default C-string encoding.
     template <class... A> static ZPString *stringWithFormat(ZPString *format, A... arguments) {
         return objc_sendVariadic<ZPString *, ZPString *>::send(class_(), "stringWithFormat:"_sel, format, arguments...);
     }
@@ -296,25 +296,28 @@ struct ZPString : ZPObject {
         return objc_msgSend<ZPString *>(class_(), "localizedNameOfStringEncoding:"_sel, encoding);
     }
     /// Converts whole characters until `maxLength` bytes are full; a null buffer only counts. `filled` and
-    /// `remaining` may be null. NO when a character has no form in the encoding and loss is not allowed.
+    /// `remaining` may be null. NO when a character has no form in the encoding and loss is not allowed. In Shift JIS and
+    /// ISO 2022-JP a character that Japanese EUC holds and they do not, such as an accented letter, counts as one with a
+    /// form: it becomes '?' in Shift JIS; in ISO 2022-JP an approximation of one byte without loss, and nothing with loss.
     BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
         void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
         return objc_msgSend<BOOL>(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
                                   maxLength, filled, encoding, lossy, range, remaining);
     }
     /// ISO 2022-JP of a range; a null buffer only counts, another must have room for 5 bytes a unit and 3 more. NO
-    /// when a character has no form and loss is not allowed.
+    /// when a character has no form, as the message above says, and loss is not allowed.
     BOOL _getBytesInJISEncoding_range_usedBytes_lossy(void *buffer, ZPRange range, unsigned *usedBytes, BOOL lossy) {
         return objc_msgSend<BOOL>(this, "_getBytesInJISEncoding:range:usedBytes:lossy:"_sel, buffer, range, usedBytes, lossy);
     }
-    /// The text's bytes; with `lossy` approximations, or "_", for characters that the encoding lacks, else null.
-    /// Unicode begins with a byte-order mark. An encoding that does not exist is logged and gives null.
+    /// The text's bytes; with `lossy` "_", in ASCII approximations, for characters that the encoding lacks, else null.
+    /// Shift JIS and ISO 2022-JP lose some characters either way: see `getBytes`; read the bytes again to be sure. Unicode begins with a byte-order mark. An encoding that does not exist is logged and gives null.
     ZPData *dataUsingEncoding_allowLossyConversion(ZPStringEncoding encoding, BOOL lossy) {
         return objc_msgSend<ZPData *>(this, "dataUsingEncoding:allowLossyConversion:"_sel, encoding, lossy);
     }
     /// The same without loss.
     ZPData *dataUsingEncoding(ZPStringEncoding encoding) { return objc_msgSend<ZPData *>(this, "dataUsingEncoding:"_sel, encoding); }
-    /// Whether the encoding has every character of the text.
+    /// Whether `dataUsingEncoding` answers bytes. Shift JIS and ISO 2022-JP are asked as Japanese EUC, so YES does not
+    /// say for them that the bytes read back as the text.
     BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) { return objc_msgSend<BOOL>(this, "canBeConvertedToEncoding:"_sel, encoding); }
 
     // ---- files, archives, property lists ----
@@ -345,16 +348,16 @@ struct ZPString : ZPObject {
     BOOL isAbsolutePath() { return objc_msgSend<BOOL>(this, "isAbsolutePath"_sel); }
     /// The name behind the last separator that does not end the path; behind the drive when there is none.
     ZPString *lastPathComponent() { return objc_msgSend<ZPString *>(this, "lastPathComponent"_sel); }
-    /// The path without that name and the separators before it, but for a root's: "C:\a" gives "C:\". Empty for a
-    /// name alone.
+    /// The path without that name and the separators before it, but for a root's: "C:\a" gives "C:\" and "\a" gives "\".
+    /// Empty for a name alone and for "\"; "C:\" gives "C:", "\\server\share" gives "\\server".
     ZPString *stringByDeletingLastPathComponent() { return objc_msgSend<ZPString *>(this, "stringByDeletingLastPathComponent"_sel); }
     /// Logs and answers the receiver when the component cannot follow it, or the result is longer than 4,095 units.
     ZPString *stringByAppendingPathComponent(ZPString *component) {
         return objc_msgSend<ZPString *>(this, "stringByAppendingPathComponent:"_sel, component);
     }
-    /// What follows the last dot of the last component, unless the component begins with that dot.
+    /// What follows the last dot of the last component, unless the component begins with that dot; empty for "..".
     ZPString *pathExtension() { return objc_msgSend<ZPString *>(this, "pathExtension"_sel); }
-    /// The path without its extension and the dot before it.
+    /// The path without its extension and the dot before it. The extension may be empty: "a." gives "a", ".." gives ".".
     ZPString *stringByDeletingPathExtension() { return objc_msgSend<ZPString *>(this, "stringByDeletingPathExtension"_sel); }
     /// Logs and answers the receiver when it has no name to extend.
     ZPString *stringByAppendingPathExtension(ZPString *extension) {
@@ -364,8 +367,8 @@ struct ZPString : ZPObject {
     ZPString *stringByAbbreviatingWithTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByAbbreviatingWithTildeInPath"_sel); }
     /// With the home directory in place of "~" or "~name"; unchanged when there is none.
     ZPString *stringByExpandingTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByExpandingTildeInPath"_sel); }
-    /// Expands the tilde and takes out what is not needed: doubled separators, "." and, in an absolute path, "..".
-    /// Looks at no file.
+    /// Expands the tilde and takes out what is not needed: doubled separators, "." and, in an absolute path, "..". A path
+    /// that begins with a single separator is not absolute, so "/var/../log" keeps its "..". Looks at no file.
     ZPString *stringByStandardizingPath() { return objc_msgSend<ZPString *>(this, "stringByStandardizingPath"_sel); }
     /// Standardizes; then, in an absolute path and one that begins with a separator, resolves the symbolic links of the
     /// part that exists.

@@ -32,12 +32,12 @@ struct ZPDate : ZPObject {
     /// The same point in time as another date.
     static ZPDate *dateWithDate(ZPDate *date) { return objc_msgSend<ZPDate *>(class_(), "dateWithDate:"_sel, date); }
     /// A date as `description` writes it without a locale, "2001-01-01 10:00:00 +0100"; any single characters may
-    /// separate the numbers. Null when the text has another form.
+    /// separate the numbers. Null when the text has another form. Numbers are not checked: hour 25 is 1 of the next day.
     static ZPDate *dateWithString(ZPString *text) { return objc_msgSend<ZPDate *>(class_(), "dateWithString:"_sel, text); }
     /// Later than every date that matters, 4001-01-02. Always the same object, whose distance from any date is that
     /// from the reference date; it ignores counting.
     static ZPDate *distantFuture() { return objc_msgSend<ZPDate *>(class_(), "distantFuture"_sel); }
-    /// Earlier than every date that matters, 0001-01-02; likewise.
+    /// Earlier than every date that matters, January 2 of year 1, which `description` writes as "1-01-02"; likewise.
     static ZPDate *distantPast() { return objc_msgSend<ZPDate *>(class_(), "distantPast"_sel); }
     /// Seconds from the reference date to now.
     static double currentTimeIntervalSinceReferenceDate() { return objc_msgSend<double>(class_(), "timeIntervalSinceReferenceDate"_sel); }

@@ -22,8 +22,14 @@ esac
 "$cmake" --build "$work/build" >"$work/log" 2>&1 || { tail -50 "$work/log"; exit 1; }
 "$work/build/outside"
 [ "$how" = package ] || exit 0
-# The examples by themselves.
-{ "$cmake" -G Ninja -S "$source/examples" -B "$work/examples" -DCMAKE_PREFIX_PATH="$work/moved" -DCMAKE_BUILD_TYPE=Debug \
+# The examples by themselves, as they are installed with the guide, whose links lead to what is there too.
+documents=$work/moved/share/doc/libbedrock-dev
+for page in README.md docs/guide.md docs/debugging.md examples/README.md; do
+    for link in $(grep -o '](\([^):]*\))' "$documents/$page" | sed 's/^](//; s/)$//; s/#.*//' | grep -v 'docs/commands.md$'); do
+        [ -e "$(dirname "$documents/$page")/$link" ] || { echo "$page of the installed documents: no $link"; exit 1; }
+    done
+done
+{ "$cmake" -G Ninja -S "$documents/examples" -B "$work/examples" -DCMAKE_PREFIX_PATH="$work/moved" -DCMAKE_BUILD_TYPE=Debug \
     ${CCACHE:+-DCMAKE_CXX_COMPILER_LAUNCHER="$CCACHE"} && "$cmake" --build "$work/examples" && cd "$work/examples" &&
     "${cmake%cmake}ctest" --output-on-failure; } >"$work/log" 2>&1 || { tail -50 "$work/log"; exit 1; }
 needed=$(ldd "$library" | awk '{print $1}' | sed 's,.*/,,' | sort -u)
