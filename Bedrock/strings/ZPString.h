@@ -348,8 +348,8 @@ struct ZPString : ZPObject {
     BOOL isAbsolutePath() { return objc_msgSend<BOOL>(this, "isAbsolutePath"_sel); }
     /// The name behind the last separator that does not end the path; behind the drive when there is none.
     ZPString *lastPathComponent() { return objc_msgSend<ZPString *>(this, "lastPathComponent"_sel); }
-    /// The path without that name and the separators before it, but for a root's: "C:\a" gives "C:\" and "\a" gives "\".
-    /// Empty for a name alone and for "\"; "C:\" gives "C:", "\\server\share" gives "\\server".
+    /// The path without that name and the separators before it, but for a root's: "C:\a" gives "C:\", "/a" a separator.
+    /// Empty for a name alone and for a lone separator; the root "C:\" itself gives "C:", and of a share the server stays.
     ZPString *stringByDeletingLastPathComponent() { return objc_msgSend<ZPString *>(this, "stringByDeletingLastPathComponent"_sel); }
     /// Logs and answers the receiver when the component cannot follow it, or the result is longer than 4,095 units.
     ZPString *stringByAppendingPathComponent(ZPString *component) {
