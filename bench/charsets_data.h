@@ -2,7 +2,9 @@
 // The text that the library and its peers map.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 inline std::u16string mixedUnits(std::size_t count) {
     static const char16_t *parts[] = {u"The report for the third quarter is ready. ", u"Gr\u00f6\u00dfe und Ma\u00df \u00fcberpr\u00fcfen. ",
@@ -14,3 +16,19 @@ inline std::u16string mixedUnits(std::size_t count) {
     units.resize(count);
     return units;
 }
+
+/// 10,000 units from U+0100 on, and how many of them are letters, marks or modifiers: what the set of letters holds.
+inline std::u16string unitsAnywhere() {
+    std::u16string units;
+    for (unsigned i = 0, x = 1; i < 10000; ++i, x = x * 1664525 + 1013904223) units += char16_t(0x100 + (x >> 8) % 0xFEFF);
+    return units;
+}
+constexpr unsigned lettersAnywhere = 7735;
+
+/// A sum of the units, and what it is for `mixedUnits(10000)` in upper and in lower case.
+constexpr std::uint32_t sumOf(std::u16string_view units) {
+    std::uint32_t sum = 2166136261;
+    for (char16_t u : units) sum = (sum ^ u) * 16777619;
+    return sum;
+}
+constexpr std::uint32_t upperSum = 2455204364, lowerSum = 2197625526;

@@ -42,3 +42,11 @@ inline const std::vector<std::string> &words() {
     }();
     return all;
 }
+inline const std::vector<std::string> &sortedWords() {
+    static const std::vector<std::string> all = [] {
+        std::vector<std::string> w = words();
+        std::sort(w.begin(), w.end());
+        return w;
+    }();
+    return all;
+}

@@ -11,19 +11,27 @@ static GHashTable *filled() {
 }
 static void lookup_glib(State &s) {
     GHashTable *h = filled();
+    for (auto &k : probes()) REQUIRE(g_hash_table_lookup(h, k.c_str()) == &value);
     for (auto _ : s) for (auto &k : probes()) keep(g_hash_table_lookup(h, k.c_str()));
     items(s, entryCount);
     g_hash_table_unref(h);
 }
 static void insert_glib(State &s) {
+    GHashTable *one = filled();
+    REQUIRE(g_hash_table_size(one) == entryCount);
+    g_hash_table_unref(one);
     for (auto _ : s) g_hash_table_unref(filled());
     items(s, entryCount);
 }
 static void iterate_glib(State &s) {
     GHashTable *h = filled();
+    GHashTableIter i;
+    gpointer k, v;
+    int seen = 0;
+    g_hash_table_iter_init(&i, h);
+    while (g_hash_table_iter_next(&i, &k, &v)) seen += v == &value;
+    REQUIRE(seen == entryCount);
     for (auto _ : s) {
-        GHashTableIter i;
-        gpointer k, v;
         g_hash_table_iter_init(&i, h);
         while (g_hash_table_iter_next(&i, &k, &v)) keep(k), keep(v);
     }
@@ -31,9 +39,16 @@ static void iterate_glib(State &s) {
     g_hash_table_unref(h);
 }
 static void append_glib(State &s) {
-    for (auto _ : s) {
+    auto filled = [] {
         GPtrArray *a = g_ptr_array_new();
         for (int i = 0; i < entryCount; ++i) g_ptr_array_add(a, &value);
+        return a;
+    };
+    GPtrArray *one = filled();
+    REQUIRE(one->len == entryCount && g_ptr_array_index(one, entryCount - 1) == &value);
+    g_ptr_array_unref(one);
+    for (auto _ : s) {
+        GPtrArray *a = filled();
         DoNotOptimize(a);
         g_ptr_array_unref(a);
     }

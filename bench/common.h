@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <thread>
 
 using benchmark::DoNotOptimize;
@@ -19,6 +20,15 @@ using benchmark::State;
             std::exit(1);                                                                          \
         }                                                                                          \
     } while (0)
+
+/// The first `n` letters of an English text that repeats.
+inline std::string ascii(std::size_t n) {
+    static const char words[] = "the quick brown fox jumps over the lazy dog and then rests near a river ";
+    std::string r;
+    while (r.size() < n) r += words;
+    r.resize(n);
+    return r;
+}
 
 /// After this call the process counts as multithreaded, for ever.
 inline void startOneThread() {

@@ -5,6 +5,7 @@
 #include <Bedrock/Bedrock.h>
 
 #include <chrono>
+#include <cmath>
 #include <cstring>
 #include <ctime>
 #include <random>
@@ -50,12 +51,12 @@ ZPCalendarDate *dateAt(std::time_t t) {
 }
 
 void toText(State &s) {
+    ZPAutoreleasePoolScope pool;
+    for (int i = 0; i < N; ++i) REQUIRE(texts()[i] == dateAt(moments()[i])->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString());
     eachPooled(s, [](int i) {
         ZPString *text = dateAt(moments()[i])->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp);
         DoNotOptimize(text);
     });
-    ZPAutoreleasePoolScope pool;
-    for (int i = 0; i < N; ++i) REQUIRE(texts()[i] == dateAt(moments()[i])->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString());
 }
 void toTextC(State &s) {
     each(s, N, [](int i) {
@@ -70,16 +71,24 @@ void fromText(State &s) {
     ZPAutoreleasePoolScope pool;
     std::vector<ZPString *> strings;
     for (auto &t : texts()) strings.push_back(ZPString::stringWithCString(t.c_str()));
-    eachPooled(s, [&](int i) {
-        ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(strings[i], "%Y-%m-%d %H:%M:%S"_zp);
-        DoNotOptimize(date);
-    });
     int repeated = 0;  // the hour that the clocks show twice may be read either way
     for (int i = 0; i < N; ++i)
         repeated += ZPCalendarDate::dateWithString_calendarFormat(strings[i], "%Y-%m-%d %H:%M:%S"_zp)->timeIntervalSince1970() != double(moments()[i]);
     REQUIRE(repeated <= 2);
+    eachPooled(s, [&](int i) {
+        ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(strings[i], "%Y-%m-%d %H:%M:%S"_zp);
+        DoNotOptimize(date);
+    });
 }
 void fromTextC(State &s) {
+    int repeated = 0;
+    for (int i = 0; i < N; ++i) {
+        std::tm f{};
+        REQUIRE(strptime(texts()[i].c_str(), "%Y-%m-%d %H:%M:%S", &f));
+        f.tm_isdst = -1;
+        repeated += mktime(&f) != moments()[i];
+    }
+    REQUIRE(repeated <= 2);
     each(s, N, [](int i) {
         std::tm f{};
         REQUIRE(strptime(texts()[i].c_str(), "%Y-%m-%d %H:%M:%S", &f));
@@ -88,6 +97,16 @@ void fromTextC(State &s) {
     });
 }
 template <class F> void fields(State &s, F dateFor) {
+    {
+        ZPAutoreleasePoolScope pool;
+        for (int i = 0; i < N; ++i) {
+            ZPCalendarDate *d = dateFor(i);
+            std::tm f;
+            localtime_r(&moments()[i], &f);
+            REQUIRE(d->yearOfCommonEra() == f.tm_year + 1900 && d->monthOfYear() == f.tm_mon + 1 && d->dayOfMonth() == f.tm_mday);
+            REQUIRE(d->hourOfDay() == f.tm_hour && d->minuteOfHour() == f.tm_min && d->secondOfMinute() == f.tm_sec);
+        }
+    }
     eachPooled(s, [&](int i) {
         ZPCalendarDate *date = dateFor(i);
         int sum = date->yearOfCommonEra() + date->monthOfYear() + date->dayOfMonth() + date->hourOfDay() + date->minuteOfHour() + date->secondOfMinute();
@@ -111,9 +130,13 @@ void toFieldsC(State &s) {
     });
 }
 void now(State &s) {
+    REQUIRE(std::abs(_ZPCurrentTime() + 978307200 - double(std::time(nullptr))) < 2);
     for (auto _ : s) DoNotOptimize(_ZPCurrentTime());
 }
 void nowDate(State &s) {
+    ZPDate *one = ZPDate::new_();
+    REQUIRE(std::abs(one->timeIntervalSince1970() - double(std::time(nullptr))) < 2);
+    one->release();
     for (auto _ : s) {
         ZPDate *date = ZPDate::new_();
         DoNotOptimize(date);

@@ -27,12 +27,20 @@ const std::vector<absl::Time> &moments() {
 }
 void toText(State &s) {
     auto z = zone();
+    REQUIRE(absl::FormatTime("%Y-%m-%d %H:%M:%S", absl::FromUnixSeconds(1700000000), z) == "2023-11-14 17:13:20");
     each(s, N, [&](int i) { DoNotOptimize(absl::FormatTime("%Y-%m-%d %H:%M:%S", moments()[i], z)); });
 }
 void fromText(State &s) {
     auto z = zone();
     std::vector<std::string> texts;
     for (auto t : moments()) texts.push_back(absl::FormatTime("%Y-%m-%d %H:%M:%S", t, z));
+    int repeated = 0;
+    for (int i = 0; i < N; ++i) {
+        absl::Time t;
+        REQUIRE(absl::ParseTime("%Y-%m-%d %H:%M:%S", texts[i], z, &t, nullptr));
+        repeated += t != moments()[i];
+    }
+    REQUIRE(repeated <= 2);
     each(s, N, [&](int i) {
         absl::Time t;
         REQUIRE(absl::ParseTime("%Y-%m-%d %H:%M:%S", texts[i], z, &t, nullptr));
@@ -41,6 +49,8 @@ void fromText(State &s) {
 }
 void toFields(State &s) {
     auto z = zone();
+    auto one = z.At(absl::FromUnixSeconds(1700000000)).cs;
+    REQUIRE(one == absl::CivilSecond(2023, 11, 14, 17, 13, 20));
     each(s, N, [&](int i) { DoNotOptimize(z.At(moments()[i])); });
 }
 

@@ -37,18 +37,33 @@ ZP_IMPLEMENT(Tally4).method<&Tally4Methods::add>("add:");
 
 struct Shape {
     virtual ~Shape() = default;
-    virtual void add(int v) { total += v; }
+    virtual void add(int v) { total += v + 1; }
     long total = 0;
 };
-struct Circle : Shape { void add(int v) override { total += v + 1; } };
-struct Square : Shape { void add(int v) override { total += v + 2; } };
-struct Disc : Circle { void add(int v) override { total += v + 3; } };
+struct Circle : Shape { void add(int v) override { total += v + 2; } };
+struct Square : Shape { void add(int v) override { total += v + 3; } };
+struct Disc : Square { void add(int v) override { total += v + 4; } };
+
+// The kinds of a thousand objects, and what adding 3 to each comes to when kind k adds k + 1 more.
+std::vector<unsigned> kinds() {
+    std::mt19937 random(12345);
+    std::vector<unsigned> all(1000);
+    for (unsigned &k : all) k = random() % 4;
+    return all;
+}
+long expectedTotal() {
+    long sum = 0;
+    for (unsigned k : kinds()) sum += 3 + k + 1;
+    return sum;
+}
 
 }  // namespace
 
 static void cpp_virtual(State &s) {
     std::unique_ptr<Shape> o = std::make_unique<Circle>();
     Shape *p = o.get();
+    p->add(3);
+    REQUIRE(p->total == 5);
     for (auto _ : s) { DoNotOptimize(p); p->add(3); }
     DoNotOptimize(p->total);
 }
@@ -65,28 +80,32 @@ static void bedrock_message(State &s) {
 BENCHMARK(bedrock_message);
 
 static void cpp_virtual_4classes_1000objects(State &s) {
-    std::mt19937 random(12345);
     std::vector<std::unique_ptr<Shape>> v;
-    for (int i = 0; i < 1000; ++i) switch (random() % 4) {
+    for (unsigned kind : kinds()) switch (kind) {
         case 0: v.push_back(std::make_unique<Shape>()); break;
         case 1: v.push_back(std::make_unique<Circle>()); break;
         case 2: v.push_back(std::make_unique<Square>()); break;
         default: v.push_back(std::make_unique<Disc>());
     }
+    long sum = 0;
+    for (auto &o : v) o->add(3), sum += o->total;
+    REQUIRE(sum == expectedTotal());
     for (auto _ : s) for (auto &o : v) { DoNotOptimize(o); o->add(3); }
     items(s, 1000);
 }
 BENCHMARK(cpp_virtual_4classes_1000objects);
 
 static void bedrock_message_4classes_1000objects(State &s) {
-    std::mt19937 random(12345);
     std::vector<Tally *> v;
-    for (int i = 0; i < 1000; ++i) switch (random() % 4) {
+    for (unsigned kind : kinds()) switch (kind) {
         case 0: v.push_back(Tally::new_()); break;
         case 1: v.push_back(Tally2::new_()); break;
         case 2: v.push_back(Tally3::new_()); break;
         default: v.push_back(Tally4::new_());
     }
+    long sum = 0;
+    for (Tally *o : v) o->add(3), sum += o->_total;
+    REQUIRE(sum == expectedTotal());
     for (auto _ : s) for (Tally *o : v) { DoNotOptimize(o); o->add(3); }
     items(s, 1000);
     for (Tally *o : v) o->release();

@@ -23,29 +23,17 @@ std::string encoded(ZPString *text, ZPStringEncoding encoding) {
     return {static_cast<const char *>(data->bytes()), data->length()};
 }
 
-void decode(State &s, const std::string &utf8, ZPStringEncoding encoding) {
-    ZPRef<ZPString> text = textOf(utf8);
-    std::string source = encoded(text, encoding);
-    for (auto _ : s) {
-        ZPString *x = ZPString::alloc()->initWithBytes_length_encoding(source.data(), unsigned(source.size()), encoding);
-        DoNotOptimize(x);
-        if (s.iterations() == 0) REQUIRE(x->isEqualToString(text));
-        x->release();
+// What the C library calls an encoding.
+const char *nameOf(ZPStringEncoding encoding) {
+    switch (encoding) {
+    case ZPISOLatin1StringEncoding: return "ISO-8859-1";
+    case ZPWindowsCP1252StringEncoding: return "CP1252";
+    case ZPWindowsCP1251StringEncoding: return "CP1251";
+    case ZPJapaneseEUCStringEncoding: return "EUC-JP";
+    case ZPShiftJISStringEncoding: return "SHIFT_JIS";
+    default: return "ISO-2022-JP";
     }
-    bytes(s, std::int64_t(source.size()));
 }
-
-void encode(State &s, const std::string &utf8, ZPStringEncoding encoding) {
-    ZPRef<ZPString> text = textOf(utf8);
-    std::int64_t size = std::int64_t(encoded(text, encoding).size());
-    for (auto _ : s) {
-        ZPAutoreleasePoolScope pool;
-        ZPData *x = text->dataUsingEncoding(encoding);
-        DoNotOptimize(x);
-    }
-    bytes(s, size);
-}
-
 std::string converted(const std::string &from, const char *fromName, const char *toName) {
     iconv_t converter = iconv_open(toName, fromName);
     REQUIRE(converter != iconv_t(-1));
@@ -58,9 +46,36 @@ std::string converted(const std::string &from, const char *fromName, const char 
     return to;
 }
 
+void decode(State &s, const std::string &utf8, ZPStringEncoding encoding) {
+    ZPRef<ZPString> text = textOf(utf8);
+    std::string source = encoded(text, encoding);
+    auto decoded = [&] { return ZPString::alloc()->initWithBytes_length_encoding(source.data(), unsigned(source.size()), encoding); };
+    REQUIRE(ZPAdopt(decoded())->isEqualToString(text));
+    for (auto _ : s) {
+        ZPString *x = decoded();
+        DoNotOptimize(x);
+        x->release();
+    }
+    bytes(s, std::int64_t(source.size()));
+}
+
+void encode(State &s, const std::string &utf8, ZPStringEncoding encoding) {
+    ZPRef<ZPString> text = textOf(utf8);
+    std::string made = encoded(text, encoding);
+    REQUIRE(encoding == ZPUTF8StringEncoding ? made == utf8 : made == converted(utf8, "UTF-8", nameOf(encoding)));
+    std::int64_t size = std::int64_t(made.size());
+    for (auto _ : s) {
+        ZPAutoreleasePoolScope pool;
+        ZPData *x = text->dataUsingEncoding(encoding);
+        DoNotOptimize(x);
+    }
+    bytes(s, size);
+}
+
 void convert_libc(State &s, const std::string &utf8, const char *fromName, const char *toName, bool countsInput) {
     std::string source = converted(utf8, "UTF-8", fromName), to(source.size() * 3 + 16, '\0');
     std::size_t made = 0;
+    REQUIRE(converted(converted(source, fromName, toName), toName, "UTF-8") == utf8);
     iconv_t converter = iconv_open(toName, fromName);
     for (auto _ : s) {
         char *in = source.data(), *out = to.data();
@@ -95,6 +110,10 @@ BENCHMARK_CAPTURE(encode, shiftjis, japaneseText(), ZPShiftJISStringEncoding);
 BENCHMARK_CAPTURE(decode, iso2022jp, japaneseText(), ZPISO2022JPStringEncoding);
 BENCHMARK_CAPTURE(encode, iso2022jp, japaneseText(), ZPISO2022JPStringEncoding);
 
+BENCHMARK_CAPTURE(convert_libc, decode_latin1_western, westernText(), "ISO-8859-1", "UTF-16LE", true);
+BENCHMARK_CAPTURE(convert_libc, encode_latin1_western, westernText(), "UTF-16LE", "ISO-8859-1", false);
+BENCHMARK_CAPTURE(convert_libc, decode_cp1251_cyrillic, cyrillicText(), "CP1251", "UTF-16LE", true);
+BENCHMARK_CAPTURE(convert_libc, encode_cp1251_cyrillic, cyrillicText(), "UTF-16LE", "CP1251", false);
 BENCHMARK_CAPTURE(convert_libc, decode_cp1252_western, westernText(), "CP1252", "UTF-16LE", true);
 BENCHMARK_CAPTURE(convert_libc, encode_cp1252_western, westernText(), "UTF-16LE", "CP1252", false);
 BENCHMARK_CAPTURE(convert_libc, decode_eucjp, japaneseText(), "EUC-JP", "UTF-16LE", true);

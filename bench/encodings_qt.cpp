@@ -14,6 +14,7 @@ static void decode_qt(State &s, const std::string &t) {
 }
 static void encode_qt(State &s, const std::string &t) {
     QString text = QString::fromStdString(t);
+    REQUIRE(text.toUtf8().toStdString() == t);
     for (auto _ : s) {
         QByteArray x = text.toUtf8();
         DoNotOptimize(x);
@@ -22,6 +23,7 @@ static void encode_qt(State &s, const std::string &t) {
 }
 static void decode_latin1_qt(State &s, const std::string &t) {
     QByteArray source = QString::fromStdString(t).toLatin1();
+    REQUIRE(QString::fromLatin1(source).toStdString() == t);
     for (auto _ : s) {
         QString x = QString::fromLatin1(source);
         DoNotOptimize(x);
@@ -30,6 +32,7 @@ static void decode_latin1_qt(State &s, const std::string &t) {
 }
 static void encode_latin1_qt(State &s, const std::string &t) {
     QString text = QString::fromStdString(t);
+    REQUIRE(QString::fromLatin1(text.toLatin1()) == text);
     for (auto _ : s) {
         QByteArray x = text.toLatin1();
         DoNotOptimize(x);

@@ -27,6 +27,9 @@ void post(State &s) {
         center->addObserver_selector_name_object(receivers.back(), "changed:"_sel, "changed"_zp, nullptr);
     }
     total = 0;
+    center->postNotificationName_object("changed"_zp, sender);
+    REQUIRE(total == s.range(0));
+    total = 0;
     for (auto _ : s) center->postNotificationName_object("changed"_zp, sender);
     REQUIRE(total == long(s.iterations()) * s.range(0));
     items(s, s.range(0));
@@ -48,6 +51,13 @@ void addRemove(State &s) {
         center->addObserver_selector_name_object(receivers.back(), "changed:"_sel, ZPString::stringWithFormat("changed %d"_zp, i % 100), nullptr);
     }
     Receiver *one = Receiver::new_();
+    total = 0;
+    center->addObserver_selector_name_object(one, "changed:"_sel, "changed 7"_zp, nullptr);
+    center->postNotificationName_object("changed 7"_zp, nullptr);
+    REQUIRE(total == s.range(0) / 100 + 1);
+    center->removeObserver(one);
+    center->postNotificationName_object("changed 7"_zp, nullptr);
+    REQUIRE(total == s.range(0) / 100 * 2 + 1);
     for (auto _ : s) {
         center->addObserver_selector_name_object(one, "changed:"_sel, "changed 7"_zp, nullptr);
         center->removeObserver(one);

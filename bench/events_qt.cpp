@@ -30,6 +30,9 @@ struct Heard : Sender {
             receivers.push_back(std::make_unique<QtReceiver>());
             connect(this, &Sender::changed, receivers.back().get(), &QtReceiver::onChanged, Qt::DirectConnection);
         }
+        total = 0;
+        fire(1);
+        REQUIRE(total == s.range(0));
     }
 };
 
@@ -42,6 +45,8 @@ static void emitQt(State &s) {
 static void connectQt(State &s) {
     Heard sender(s);
     QtReceiver one;
+    auto there = QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
+    REQUIRE(there && QObject::disconnect(there) && !QObject::disconnect(there));
     for (auto _ : s) {
         auto connection = QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
         QObject::disconnect(connection);
@@ -52,6 +57,8 @@ static void connectQt(State &s) {
 static void connectDisconnectReceiverQt(State &s) {
     Heard sender(s);
     QtReceiver one;
+    QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
+    REQUIRE(QObject::disconnect(&sender, nullptr, &one, nullptr) && !QObject::disconnect(&sender, nullptr, &one, nullptr));
     for (auto _ : s) {
         QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
         QObject::disconnect(&sender, nullptr, &one, nullptr);

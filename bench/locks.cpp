@@ -12,16 +12,19 @@ namespace {
 struct StdMutex {
     std::mutex m;
     void lock() { m.lock(); }
+    bool tryLock() { return m.try_lock(); }
     void unlock() { m.unlock(); }
 };
 struct StdRecursive {
     std::recursive_mutex m;
     void lock() { m.lock(); }
+    bool tryLock() { return m.try_lock(); }
     void unlock() { m.unlock(); }
 };
 template <class T> struct Ours {
     T *l = (T *)T::new_();
     void lock() { l->lock(); }
+    bool tryLock() { return l->tryLock(); }
     void unlock() { l->unlock(); }
 };
 using Lock = Ours<ZPLock>;
@@ -36,9 +39,26 @@ template <class L> struct Shared {
     alignas(64) static inline volatile long count;
 };
 
+// Two threads that add under the lock lose nothing.
+template <class L> void checkExclusion(L &l) {
+    long sum = 0;
+    auto add = [&] {
+        for (int i = 0; i < 20000; ++i) {
+            l.lock();
+            sum = sum + 1;
+            l.unlock();
+        }
+    };
+    std::thread other(add);
+    add();
+    other.join();
+    REQUIRE(sum == 40000);
+}
 template <class L> void lockUnlock(State &s) {
     startOneThread();
     L &l = Shared<L>::lock();
+    static const bool right = (checkExclusion(l), true);
+    DoNotOptimize(right);
     for (auto _ : s) {
         l.lock();
         Shared<L>::count = Shared<L>::count + 1;
@@ -49,6 +69,9 @@ template <class L> void nested(State &s) {
     startOneThread();
     L &l = Shared<L>::lock();
     l.lock();
+    l.lock();
+    l.unlock();
+    std::thread([&] { REQUIRE(!l.tryLock()); }).join();
     for (auto _ : s) {
         l.lock();
         l.unlock();

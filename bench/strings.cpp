@@ -20,13 +20,6 @@ static const char k12[] = "file_name.tx";
 static const char k60[] = "Projects/2024/Northern Region/reports/quarterly/summary1.txt";
 template <int N> const char *text() { return N == 12 ? k12 : k60; }
 
-static std::string ascii(std::size_t n) {
-    static const char words[] = "the quick brown fox jumps over the lazy dog and then rests near a river ";
-    std::string r;
-    while (r.size() < n) r += words;
-    r.resize(n);
-    return r;
-}
 static ZPString *eightBit(const std::string &s) { return ZPString::alloc()->initWithCString_length(s.data(), unsigned(s.size())); }
 static ZPString *sixteenBit(const std::string &s) {
     std::u16string units(s.begin(), s.end());
@@ -37,6 +30,7 @@ static ZPString *sixteenBit(const std::string &s) {
 
 template <int N> void create_std(State &s) {
     const char *t = text<N>();
+    REQUIRE(std::string(t).size() == N);
     for (auto _ : s) { DoNotOptimize(t); std::string x(t); DoNotOptimize(x); }
 }
 template <int N> void bedrock_create(State &s) {
@@ -49,6 +43,7 @@ template <int N> void bedrock_create(State &s) {
 template <int N> void bedrock_create_autoreleased(State &s) {
     const char *t = text<N>();
     unsigned outer = ZPPushAutoreleasePool(0);
+    REQUIRE(std::strcmp(ZPString::stringWithCString(t)->cString(), t) == 0);
     for (auto _ : s) {
         unsigned pool = ZPPushAutoreleasePool(0);
         for (int i = 0; i < 100; ++i) { DoNotOptimize(t); ZPString *x = ZPString::stringWithCString(t); DoNotOptimize(x); }
@@ -62,6 +57,7 @@ BENCHMARK(create_std<60>); BENCHMARK(bedrock_create<60>); BENCHMARK(bedrock_crea
 #ifdef HAVE_QT
 template <int N> void create_qstring_latin1(State &s) {
     const char *t = text<N>();
+    REQUIRE(QString::fromLatin1(t).toStdString() == t);
     for (auto _ : s) { DoNotOptimize(t); QString x = QString::fromLatin1(t); DoNotOptimize(x); }
 }
 BENCHMARK(create_qstring_latin1<12>); BENCHMARK(create_qstring_latin1<60>);
@@ -69,6 +65,9 @@ BENCHMARK(create_qstring_latin1<12>); BENCHMARK(create_qstring_latin1<60>);
 #ifdef HAVE_GLIB
 template <int N> void create_grefstring(State &s) {
     const char *t = text<N>();
+    char *one = g_ref_string_new(t);
+    REQUIRE(g_ref_string_length(one) == N && std::strcmp(one, t) == 0);
+    g_ref_string_release(one);
     for (auto _ : s) { DoNotOptimize(t); char *x = g_ref_string_new(t); DoNotOptimize(x); g_ref_string_release(x); }
 }
 BENCHMARK(create_grefstring<12>); BENCHMARK(create_grefstring<60>);
@@ -77,16 +76,18 @@ BENCHMARK(create_grefstring<12>); BENCHMARK(create_grefstring<60>);
 // ---- hash
 
 static void hash_std(State &s) {
-    std::string x = ascii(s.range(0));
+    std::string x = ascii(s.range(0)), y = x;
+    REQUIRE(std::hash<std::string>()(x) == std::hash<std::string>()(y) && std::hash<std::string>()("t" + y) != std::hash<std::string>()(x));
     for (auto _ : s) { DoNotOptimize(x); DoNotOptimize(std::hash<std::string>()(x)); }
 }
 static void bedrock_hash(State &s) {
     ZPString *x = eightBit(ascii(s.range(0))), *y = sixteenBit(ascii(s.range(0)));
-    REQUIRE(x->hash() == y->hash());
+    REQUIRE(x->hash() == y->hash() && x->hash() != eightBit("t" + ascii(s.range(0)))->hash());
     for (auto _ : s) { DoNotOptimize(x); DoNotOptimize(x->hash()); }
 }
 static void bedrock_hash_units(State &s) {
     ZPString *x = sixteenBit(ascii(s.range(0)));
+    REQUIRE(x->hash() == eightBit(ascii(s.range(0)))->hash());
     for (auto _ : s) { DoNotOptimize(x); DoNotOptimize(x->hash()); }
 }
 #define SIZES Arg(12)->Arg(16)->Arg(60)->Arg(1000)
@@ -94,6 +95,7 @@ BENCHMARK(hash_std)->SIZES; BENCHMARK(bedrock_hash)->SIZES; BENCHMARK(bedrock_ha
 #ifdef HAVE_QT
 static void hash_qt(State &s) {
     QString x = QString::fromStdString(ascii(s.range(0)));
+    REQUIRE(qHash(x, 1) == qHash(QString::fromStdString(ascii(s.range(0))), 1) && qHash(x, 1) != qHash("t" + x, 1));
     for (auto _ : s) { DoNotOptimize(x); DoNotOptimize(qHash(x, 1)); }
 }
 BENCHMARK(hash_qt)->SIZES;
@@ -103,6 +105,7 @@ BENCHMARK(hash_qt)->SIZES;
 
 static void equal60_std(State &s) {
     std::string a = k60, b = k60;
+    REQUIRE(a.data() != b.data() && a == b && a != "other");
     for (auto _ : s) { DoNotOptimize(a); DoNotOptimize(b); DoNotOptimize(a == b); }
 }
 static void equal60(State &s, ZPString *a, ZPString *b) {
@@ -114,12 +117,14 @@ static void bedrock_equal60_units(State &s) { equal60(s, sixteenBit(k60), sixtee
 static void bedrock_equal60_mixed(State &s) { equal60(s, eightBit(k60), sixteenBit(k60)); }
 static void bedrock_compare60(State &s) {
     ZPString *a = eightBit(k60), *b = eightBit(k60);
+    REQUIRE(a->compare(b) == ZPOrderedSame && a->compare("other"_zp) == ZPOrderedAscending);
     for (auto _ : s) { DoNotOptimize(a); DoNotOptimize(b); DoNotOptimize(a->compare(b)); }
 }
 BENCHMARK(equal60_std); BENCHMARK(bedrock_equal60); BENCHMARK(bedrock_equal60_units); BENCHMARK(bedrock_equal60_mixed); BENCHMARK(bedrock_compare60);
 #ifdef HAVE_QT
 static void equal60_qt(State &s) {
     QString a = QString::fromLatin1(k60), b = QString::fromLatin1(k60);
+    REQUIRE(a.constData() != b.constData() && a == b && a != QString("other"));
     for (auto _ : s) { DoNotOptimize(a); DoNotOptimize(b); DoNotOptimize(a == b); }
 }
 BENCHMARK(equal60_qt);
@@ -130,6 +135,7 @@ BENCHMARK(equal60_qt);
 static std::string haystack() { return ascii(10000 - 6) + "theory"; }
 static void find10k_std(State &s) {
     std::string h = haystack(), n = "theory";
+    REQUIRE(h.find(n) == 9994);
     for (auto _ : s) { DoNotOptimize(h); DoNotOptimize(h.find(n)); }
 }
 static void find10k(State &s, ZPString *h, ZPString *n, unsigned options, unsigned at) {
@@ -151,10 +157,12 @@ BENCHMARK(bedrock_find10k_backwards); BENCHMARK(bedrock_find10k_near_matches);
 #ifdef HAVE_QT
 static void find10k_qt(State &s) {
     QString h = QString::fromStdString(haystack()), n = "theory";
+    REQUIRE(h.indexOf(n) == 9994);
     for (auto _ : s) { DoNotOptimize(h); DoNotOptimize(h.indexOf(n)); }
 }
 static void find10k_qt_nocase(State &s) {
     QString h = QString::fromStdString(haystack()), n = "THEORY";
+    REQUIRE(h.indexOf(n, 0, Qt::CaseInsensitive) == 9994);
     for (auto _ : s) { DoNotOptimize(h); DoNotOptimize(h.indexOf(n, 0, Qt::CaseInsensitive)); }
 }
 BENCHMARK(find10k_qt); BENCHMARK(find10k_qt_nocase);
@@ -185,6 +193,7 @@ BENCHMARK(bedrock_upper10k);
 #ifdef HAVE_QT
 static void upper10k_qt(State &s) {
     QString t = QString::fromStdU16String(mixed10k());
+    REQUIRE(t.toUpper().startsWith("THE REPORT IS READY. GR\u00d6SSE"));
     for (auto _ : s) { DoNotOptimize(t); QString x = t.toUpper(); DoNotOptimize(x); }
     items(s, 10000);
 }
