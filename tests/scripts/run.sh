@@ -46,6 +46,7 @@ without gdb ./check
 without nm ./.ci/run
 without cmake bench/run
 without g++ bench/run --peers
+without valgrind bench/run
 without python3 bench/run
 without clang++ fuzz/run 1
 without gcovr tests/coverage
