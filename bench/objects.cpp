@@ -134,7 +134,7 @@ static void shared_ptr_copy_drop_beside_another_thread(State &s) {
             for (int i = 0; i < 1000; ++i) { DoNotOptimize(mine); auto copy = mine; DoNotOptimize(copy); }
     });
 }
-BENCHMARK(bedrock_retain_release_beside_another_thread)->UseRealTime();
-BENCHMARK(shared_ptr_copy_drop_beside_another_thread)->UseRealTime();
+BENCHMARK(bedrock_retain_release_beside_another_thread);
+BENCHMARK(shared_ptr_copy_drop_beside_another_thread);
 
 BENCHMARK_MAIN();
