@@ -18,13 +18,13 @@ struct _ZPParserState;
 
 /// Kinds of tokens, which combine into masks.
 enum : unsigned {
-    ZPEndToken = 1,
-    ZPQuotedToken = 2,
-    ZPUnquotedToken = 4,
-    ZPIntegerToken = 8,
-    ZPFloatToken = 16,
-    ZPSeparatorToken = 32,
-    ZPOtherToken = 128,  ///< a single character that is nothing else
+    ZPEndToken = 1,         ///< the end of the text
+    ZPQuotedToken = 2,      ///< a string in quotes
+    ZPUnquotedToken = 4,    ///< a string without
+    ZPIntegerToken = 8,     ///< an integer, where `setEnableIntegerParsing:` is on
+    ZPFloatToken = 16,      ///< another number, where `setEnableFloatParsing:` is on
+    ZPSeparatorToken = 32,  ///< a character that separates
+    ZPOtherToken = 128,     ///< a single character that is nothing else
 };
 
 /// Reads a text token by token and by the rules of a grammar.

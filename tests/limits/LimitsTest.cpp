@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 // The limits of docs/architecture.md, at the limit and one past it. Where the limit itself would take gigabytes, what is
-// asked for is the room alone.
+// asked for is the room alone. Not here, for they touch gigabytes or go to the host: full dictionaries, sets and simple tables, the longest
+// string, the width in a string's format, a log event.
 #include <Bedrock/Bedrock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -39,6 +43,7 @@ TEST(Limits, ElementsOfCollections) {
 TEST(Limits, BytesOfData) {
     ZPAutoreleasePoolScope pool;
     constexpr unsigned most = 1073741823;
+    EXPECT_EQ(raised([] { ZPMutableData::dataWithCapacity(most); }), "");
     EXPECT_TRUE(has(raised([] { ZPMutableData::dataWithCapacity(most + 1); }), "ZPInvalidArgumentException"));
     EXPECT_TRUE(has(raised([] { ZPMutableData::dataWithLength(most + 1); }), "ZPInvalidArgumentException"));
     ZPMutableData *data = ZPMutableData::dataWithLength(10);
@@ -98,4 +103,86 @@ TEST(Limits, ResourceFiles) {
             },
             testing::ExitedWithCode(0), past ? "<ASCII>" : "<plain>");
     }
+}
+
+TEST(Limits, ZoneFilesAndNames) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    // One kind of time, an hour east; its characters fill the file.
+    auto file = [](std::size_t size) {
+        std::string bytes = "TZif";
+        bytes.resize(44);
+        auto put = [&](int at, unsigned n) {
+            for (int i = 0; i < 4; ++i) bytes[std::size_t(at + i)] = char(n >> (24 - 8 * i));
+        };
+        put(36, 1);
+        put(40, unsigned(size - 50));
+        bytes += std::string("\0\0\x0e\x10\0\0XYZ", 9);
+        bytes.resize(size);
+        return bytes;
+    };
+    std::string path = (std::filesystem::temp_directory_path() / ("bedrock-zone-" + std::to_string(getpid()))).string();
+    auto shown = [&](std::size_t size, std::size_t length) {
+        std::ofstream(path, std::ios::binary) << file(size);
+        std::string name = path;
+        while (name.size() + 2 <= length) name.insert(0, "/.");
+        if (name.size() < length) name.insert(0, "/");
+        setenv("TZ", (":" + name).c_str(), 1);
+        ZPAutoreleasePoolScope pool;
+        ZPTimeZoneDetail *detail = ZPTimeZone::defaultTimeZone()->timeZoneDetailForDate(ZPDate::date());
+        std::fprintf(stderr, "<%s %u>", detail->timeZoneAbbreviation()->cString(), detail->timeZoneName()->length());
+        std::filesystem::remove(path);
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(shown(1 << 17, 254), testing::ExitedWithCode(0), "<XYZ 25[45]>");
+    EXPECT_EXIT(shown((1 << 17) + 1, 254), testing::ExitedWithCode(0), "<GMT 3>");
+    // The setting is the zone's name, with the colon; a longer one is not.
+    EXPECT_EXIT(shown(100, 255), testing::ExitedWithCode(0), "<XYZ 255>");
+    EXPECT_EXIT(shown(100, 256), testing::ExitedWithCode(0), "<XYZ 3>");
+}
+
+TEST(Limits, RulesOfAParser) {
+    ZPAutoreleasePoolScope pool;
+    ZPDictionary *grammar = ZPParser::parsedGrammarForString("Nest = '(' Nest ')' | 'x';"_zp);
+    auto nested = [&](unsigned rules) {
+        ZPRef<ZPParser> parser = ZPAdopt(ZPParser::alloc()->initWithGrammar(grammar));
+        parser->setString(zp(std::string(rules - 1, '(') + "x" + std::string(rules - 1, ')')));
+        return raised([&] { parser->expect("Nest"_zp); });
+    };
+    EXPECT_EQ(nested(3003), "");
+    EXPECT_TRUE(has(nested(3004), "Nesting too deep"));
+}
+
+namespace {
+
+struct Long {
+    char bytes[8];
+};
+struct Aligned : ZPObject {
+    ZP_CLASS(Aligned)
+    alignas(16) char _bytes[16];
+};
+ZP_IMPLEMENT(Aligned);
+
+}  // namespace
+template <> struct objc_structEncoding<Long> {
+    static constexpr auto all = [] {
+        std::array<char, 253> a{};
+        for (std::size_t i = 0; i < 252; ++i) a[i] = 'c';
+        return a;
+    }();
+    static constexpr const char *text = all.data();
+};
+
+TEST(Limits, ClassesAndMethods) {
+    EXPECT_EQ(std::strlen(objc_methodTypes<void, Long>()), 255u);
+    ZPRef<Aligned> aligned = ZPAdopt(static_cast<Aligned *>(Aligned::new_()));
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(aligned->_bytes) % 16, 0u);
+}
+
+TEST(Limits, SimpleTables) {
+    ZPAutoreleasePoolScope pool;
+    auto made = [](unsigned capacity) {
+        return raised([&] { ZPFreeSimpleSet(ZPCreateSimpleSet(capacity, nullptr, nullptr)); });
+    };
+    EXPECT_TRUE(has(made(ZPSimpleMaximumCapacity + 1), "ZPInvalidArgumentException"));
 }
