@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
-// Paths: between the library and the host nothing is lost, standardizing is done once, pieces fit together again.
+// Paths: between the library and the host nothing is lost, standardizing is done once, pieces fit together again, and what
+// completes a path is how all its matches begin.
 #include <Bedrock/Bedrock.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -59,6 +63,34 @@ void standardize(ZPString *path) {
     path->stringByResolvingSymlinksInPath();
 }
 
+// Names of a folder's entries, up to eight, of any bytes: all that is found goes on as the completion does.
+void complete(const std::string &bytes) {
+    static const std::string folder = [] {
+        std::string name = (std::filesystem::temp_directory_path() / "fuzz-paths-XXXXXX").string();
+        require(mkdtemp(name.data()));
+        static std::string kept = name;
+        std::atexit([] { std::filesystem::remove_all(kept); });
+        return name;
+    }();
+    std::vector<std::string> made;
+    for (std::size_t at = 0; at < bytes.size() && made.size() < 8; at += 1 + bytes.find_first_of(std::string("/\0", 2), at) - at) {
+        std::string name = bytes.substr(at, bytes.find_first_of(std::string("/\0", 2), at) - at);
+        if (std::FILE *file = name.empty() || name.size() > 255 ? nullptr : std::fopen((folder + "/" + name).c_str(), "wbx")) {
+            std::fclose(file);
+            made.push_back(folder + "/" + name);
+        }
+        if (bytes.find_first_of(std::string("/\0", 2), at) == bytes.npos) break;
+    }
+    char own[4200];
+    require(ZPPathFromHostPath((folder + "/").c_str(), own, sizeof own));
+    ZPString *text = nullptr;
+    ZPArray *matches = nullptr;
+    unsigned count = ZPString::stringWithCString(own)->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, YES, &matches, nullptr);
+    require(count <= made.size() && (count == 0) == !text && (!count || matches->count() == count));
+    for (unsigned i = 0; i < count; ++i) require(((ZPString *)matches->objectAtIndex(i))->hasPrefix(text));
+    for (const std::string &path : made) std::remove(path.c_str());
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
@@ -67,6 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     ZPAutoreleasePoolScope pool;
     std::string bytes(reinterpret_cast<const char *>(data), size < 4000 ? size : 4000);
     goThroughTheHost(bytes.substr(0, bytes.find('\0')));
+    complete(bytes);
     for (char &c : bytes)
         if (!c) c = '\\';
     ZPString *path = _ZPStringFromHostBytes(bytes.data(), unsigned(bytes.size()), ZPUTF8StringEncoding);
