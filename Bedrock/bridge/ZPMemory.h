@@ -21,6 +21,7 @@
 /// a time; the object's count is safe from any. It converts to the object's pointer, which it goes on owning: a
 /// temporary may be passed as an argument, for it lives to the end of the statement, but a plain pointer that is
 /// initialised from one dangles. `ZPString *s = ZPAdopt(...)` is that mistake; clang warns of it, g++ does not.
+/// Where a reference and a pointer are to have one type, as behind `?`, write `reference.get()`.
 ///
 ///     ZPRef<Counter> counter = ZPAdopt(Counter::new_());         // takes the reference over
 ///     ZPRef<ZPArray> list = ZPAdopt<ZPArray>(ZPArray::alloc()->init());
@@ -74,6 +75,8 @@ template <class T> class ZPRef {
     T *get() const ZP_BORROWED { return _object; }
     /// The object, to send it a message; null answers zeros.
     T *operator->() const { return _object; }
+    /// The object, for a debugger's `print *reference`; not for null.
+    T &operator*() const ZP_BORROWED { return *_object; }
     /// The object itself, not retained.
     operator T *() const ZP_BORROWED { return _object; }
     /// The object itself, not retained.
@@ -89,8 +92,20 @@ template <class T> class ZPRef {
     }
     /// Whether both own the same object, or both nothing.
     friend bool operator==(const ZPRef &a, const ZPRef &b) { return a._object == b._object; }
+    /// Whether it owns that object; it is not asked whether they are equal.
+    template <class U>
+        requires std::is_convertible_v<U, const volatile void *> || std::is_same_v<U, id>
+    friend bool operator==(const ZPRef &a, U b) {
+        return id(a._object).pointer() == id(b).pointer();
+    }
     /// Whether it owns nothing.
     friend bool operator==(const ZPRef &a, std::nullptr_t) { return a._object == nullptr; }
+    /// Writes the object to a stream as a pointer to it is written.
+    template <class S>
+        requires requires(S &stream, T *object) { stream << object; }
+    friend decltype(auto) operator<<(S &stream, const ZPRef &a) {
+        return stream << a._object;
+    }
 };
 
 /// A `ZPRef` that takes over the reference its argument (null: none) carries, as alloc, copy and new give it. Keep

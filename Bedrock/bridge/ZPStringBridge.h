@@ -20,8 +20,16 @@ ZP_EXPORT std::string ZPStdString(ZPString *string);
 /// The text's units; empty for null.
 ZP_EXPORT std::u16string ZPStdU16String(ZPString *string);
 
-/// Writes the text in UTF-8, "(null)" for null.
+///@{
+/// Writes a string's text, any other object's `description`, in UTF-8; "(null)" for null.
 ZP_EXPORT std::ostream &operator<<(std::ostream &stream, ZPString *string);
+ZP_EXPORT std::ostream &operator<<(std::ostream &stream, id object);
+template <class T>
+    requires std::is_base_of_v<ZPObject, T>
+std::ostream &operator<<(std::ostream &stream, T *object) {
+    return stream << id(object);
+}
+///@}
 
 /// Hash and equality by text, for unordered containers of strings: `std::unordered_map<ZPRef<ZPString>, int,
 /// ZPStringHash, ZPStringEqual>`. Also takes UTF-8 and UTF-16 views, so that a look-up makes no string. Null is

@@ -88,7 +88,9 @@ struct ZPArrayMethods : ZPArray {
         _ZPObjectBuffer copies(elements.count);
         _ZPReleaser releaser{copies.items, 0};
         ZPZone *zone = this->zone();
+        _ZPNewInstance self(this, true);
         for (id element : elements) copies.items[releaser.count++] = element->copyWithZone(zone);
+        self.instance = nullptr;
         return ZPArray::initWithObjects_count(copies.items, elements.count);
     }
 

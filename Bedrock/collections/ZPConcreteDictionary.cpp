@@ -50,20 +50,22 @@ ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
         old->release();
         return;
     }
+    // Plain pointers: g++ 12 drops the null of a field of class type that the result of a call is assigned to, though
+    // the call may raise.
     struct Owned {
-        id key, value;
+        objc_object *key = nullptr, *value = nullptr;
         ~Owned() {
-            if (key) key->release();
-            if (value) value->release();
+            id(key)->release();
+            id(value)->release();
         }
     } owned;
     unsigned info = (*table)->info;
     Table *before = *table;
-    owned.key = key->copyWithZone(zone);
-    owned.value = object->retain();
+    owned.key = key->copyWithZone(zone).pointer();
+    owned.value = object->retain().pointer();
     // Copying a key may run anybody's code.
     if (*table != before || before->info != info) [[unlikely]] ZPSimpleFind(*table, key.pointer(), hash, ZPSimpleIdentityOnly(), &place);
-    ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, owned.key.pointer(), owned.value.pointer()});
+    ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, owned.key, owned.value});
     owned.key = owned.value = nullptr;
 }
 

@@ -176,8 +176,8 @@ void objc_sendFrame(objc_object *receiver, SEL selector, unsigned length, void *
     if (length < m->argumentSize)
         objc_fatal("-[%s %s] takes a frame of %u bytes and was sent one of %u", receiver->isa->name, sel_getName(selector),
                    m->argumentSize, length);
-    m->invoker(m->implementation, receiver, selector, arguments, result && resultSize >= sizeof answer ? result : answer);
-    if (result && resultSize < sizeof answer) std::memcpy(result, answer, resultSize);
+    void *at = m->invoker(m->implementation, receiver, selector, arguments, result && resultSize >= sizeof answer ? result : answer);
+    if (result && at == answer) std::memcpy(result, answer, resultSize);
 }
 
 void objc_setMultithreaded(BOOL) {}

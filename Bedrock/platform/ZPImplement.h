@@ -48,6 +48,7 @@ template <class T> using objc_superclassOf = typename decltype(objc_nearest(stat
     static T *allocWithZone(::ZPZone *zone) { return ::objc_msgSend<T *>(class_(), "allocWithZone:"_sel, zone); } \
     /** A new, initialised instance that the caller owns. */                                       \
     static T *new_() { return ::objc_msgSend<T *>(class_(), "new"_sel); }                          \
+    static void *operator new(::std::size_t) = delete;                                             \
     template <class X>                                                                             \
         requires(!::std::is_same_v<X, T>)                                                          \
     friend ::std::type_identity<T> objc_nearest(X *, const T *) {                                  \
@@ -116,7 +117,7 @@ template <class T> ZP_INLINE T objc_takeSlot(char *&slot) {
 }
 
 template <class R, class... A>
-void objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void *arguments, void *result) {
+void *objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void *arguments, void *result) {
     if constexpr (!(objc_fitsFrame<R> && ... && objc_fitsFrame<A>)) {
         objc_fatal("%s: a method with these C++ types cannot be sent with a frame", sel_getName(selector));
     } else {
@@ -148,6 +149,7 @@ void objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void 
                 if (result) std::memcpy(result, static_cast<void *>(&answer), sizeof answer);
             }
         }(std::index_sequence_for<A...>{});
+        return result;
     }
 }
 
@@ -200,7 +202,10 @@ template <auto M, class C, class R, class... N> struct objc_variadicImplementati
         if constexpr (std::is_member_function_pointer_v<decltype(M)>) return (static_cast<C *>(self)->*M)(named..., rest.list);
         else return M((C)self, named..., rest.list);
     }
-    static void describe(objc_method *m) { objc_describe<R, N...>(m, reinterpret_cast<IMP>(&implementation)); }
+    static void describe(objc_method *m) {
+        objc_describe<R, N...>(m, reinterpret_cast<IMP>(&implementation));
+        m->invoker = nullptr;  // what follows the named arguments is in no frame
+    }
 };
 #pragma GCC diagnostic pop
 template <auto M, class F = decltype(M)> struct objc_variadicDescriber;
@@ -313,6 +318,7 @@ template <class T> constexpr objc_class *objc_rootMetaclass() {
 
 template <class T> constexpr objc_classPair objc_classRecord(const char *name) {
     using Super = objc_superclassOf<T>;
+    static_assert(!std::is_polymorphic_v<T>, "a class has no virtual functions: its methods are what subclasses override");
     static_assert(sizeof(T) < 0x7FFFFFFF && alignof(T) <= 16, "instances are aligned to 16 bytes at most");
     constexpr bool root = std::is_void_v<Super>;
     constexpr bool plain = std::is_trivially_default_constructible_v<T> && std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>;

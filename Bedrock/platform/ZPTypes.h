@@ -3,6 +3,10 @@
 // character units. Nothing here sends a message.
 #pragma once
 
+#if __cplusplus < 202002L
+#error "Bedrock is for C++20 and later: compile with -std=c++20"
+#endif
+
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>

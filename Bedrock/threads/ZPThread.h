@@ -39,8 +39,9 @@ struct ZPThread : ZPObject {
     /// that unwinding, and no destructor that cannot be left by it may send this: not that of a
     /// ZPAutoreleasePoolScope, and with it no `dealloc` that it runs, which ends the process.
     static void exit() { objc_msgSend(class_(), "exit"_sel); }
-    /// Blocks the calling thread until the date; returns at once when it has passed. A date more than 4,294,967,295
-    /// milliseconds away blocks for ever.
+    /// Blocks the calling thread for the whole milliseconds that are left until the date, so that up to one may be
+    /// left after it; returns at once when the date has passed. A date more than 4,294,967,295 milliseconds away
+    /// blocks for ever.
     static void sleepUntilDate(ZPDate *date) { objc_msgSend(class_(), "sleepUntilDate:"_sel, date); }
 
     /// A dictionary for the application's own use on this thread, made on first request; borrowed.

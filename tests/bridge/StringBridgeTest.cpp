@@ -28,7 +28,24 @@ TEST(StringBridge, textsGoThereAndBack) {
     std::ostringstream out;
     out << static_cast<ZPString *>(nullptr);
     EXPECT_EQ(out.str(), "(null)");
+
+    out.str("");
+    ZPRef<ZPObject> object = ZPAdopt(ZPObject::new_());
+    id text = "text"_zp;
+    ZPMutableString *null = nullptr;
+    out << text << object.get() << object << null << id();
+    EXPECT_EQ(out.str(), "text" + ZPStdString(object->description()) + ZPStdString(object->description()) + "(null)(null)");
     ZPPopAutoreleasePool(pool);
+}
+
+TEST(Memory, ReferencesCompareWithWhateverRefersToAnObject) {
+    ZPRef<ZPString> text = "text"_zp, none;
+    ZPRef<ZPObject> object = text;
+    ZPString *pointer = "text"_zp;
+    const ZPString *other = "other"_zp;
+    EXPECT_TRUE(text == pointer && pointer == text && text == id(pointer) && id(pointer) == text && text == object && object == pointer);
+    EXPECT_TRUE(text != other && other != text && text != none && none == nullptr && nullptr == none && text != nullptr);
+    EXPECT_EQ(&*text, pointer);
 }
 
 TEST(StringBridge, unorderedContainers) {

@@ -3,6 +3,8 @@
 // only.
 #include "Support.h"
 
+#include <Bedrock/bridge/ZPMemory.h>
+
 #include <map>
 #include <random>
 
@@ -41,6 +43,38 @@ struct Dictionary : CollectionTest, testing::WithParamInterface<Class> {
 INSTANTIATE_TEST_SUITE_P(Forms, Dictionary,
                          testing::Values(ZPDictionary::class_(), ZPMutableDictionary::class_(), PlainMutableDictionary::class_()),
                          [](auto &info) { return info.param->name; });
+
+namespace {
+
+struct Uncopyable : ZPObject {
+    ZP_CLASS(Uncopyable)
+};
+ZP_IMPLEMENT(Uncopyable);
+
+// Leaves something on the stack where a frame will lie that must not read it.
+[[gnu::noinline]] void soil() {
+    volatile char below[4096];
+    for (volatile char &c : below) c = 0x5A;
+}
+
+}  // namespace
+
+using KeysAndElements = CollectionTest;
+TEST_F(KeysAndElements, ThatCannotBeCopiedAreRefused) {
+    ZPRef<Uncopyable> key = ZPAdopt(Uncopyable::new_());
+    auto *dictionary = ZPMutableDictionary::dictionaryWithObject_forKey(TestItem::with(2), TestItem::with(1));
+    auto *array = ZPMutableArray::arrayWithObjects(TestItem::with(1), key.get());
+    unsigned before = key->retainCount();
+    for (int i = 0; i < 3; ++i) {
+        soil();
+        EXPECT_THROW(dictionary->setObject_forKey(TestItem::with(7), key.get()), ZPException *);
+        EXPECT_THROW(ZPDictionary::dictionaryWithObject_forKey(TestItem::with(7), key.get()), ZPException *);
+        EXPECT_THROW(array->copy(), ZPException *);
+        EXPECT_THROW(ZPArray::arrayWithArray_copyItems(array, YES), ZPException *);
+    }
+    EXPECT_EQ(contentsOf(dictionary), (Contents{{1, 2}}));
+    EXPECT_EQ(key->retainCount(), before);
+}
 
 TEST_P(Dictionary, LooksUp) {
     Contents contents;

@@ -3,6 +3,7 @@
 #include <Bedrock/core/ZPObject.h>
 #include <gtest/gtest.h>
 
+#include <cstdarg>
 #include <string>
 
 namespace {
@@ -25,6 +26,11 @@ struct ShapeMethods : Shape {
     Small small(signed char c, long long q) { return {c, int(q)}; }
     double half(float f) { return f / 2; }
     const std::string &sameString(const std::string &s) { return s; }
+    int sum(int count, std::va_list rest) {
+        int total = 0;
+        while (count-- > 0) total += va_arg(rest, int);
+        return total;
+    }
     static int count(Class) { return 7; }
     static Class receiver(Class self) { return self; }
 };
@@ -61,6 +67,16 @@ struct Catcher : ZPObject {
     }
 };
 
+// Hands every message on to another object.
+struct Passer : ZPObject {
+    ZP_CLASS(Passer)
+    id _to;
+    void forward(SEL selector, objc_frame *frame) {
+        objc_sendFrame(_to.pointer(), selector, frame->length, frame->arguments, frame->result, frame->resultSize);
+    }
+};
+ZP_IMPLEMENT(Passer).method<&Passer::forward>("forward::");
+
 ZP_IMPLEMENT(Shape)
     .method<&ShapeMethods::sides>("sides")
     .method<&ShapeMethods::sidesPlus>("sidesPlus:")
@@ -69,6 +85,7 @@ ZP_IMPLEMENT(Shape)
     .method<&ShapeMethods::small>("small:and:")
     .method<&ShapeMethods::half>("half:")
     .method<&ShapeMethods::sameString>("same:")
+    .variadic<&ShapeMethods::sum>("sum:")
     .classMethod<&ShapeMethods::count>("shapeCount")
     .classMethod<&ShapeMethods::receiver>("receiver");
 ZP_IMPLEMENT(Square).method<&SquareMethods::sides>("sides").method<&SquareMethods::superSides>("superSides");
@@ -151,6 +168,28 @@ TEST(Message, UnknownSelectorsAreForwardedWithTheirFrame) {
     EXPECT_EQ(objc_msgSendv<long>(catcher, "add:to:"_sel, sizeof frame, &frame), 3);
     objc_msgSendv<void>(catcher, "add:to:"_sel, sizeof frame, &frame);  // an answer nobody wants still has room
     catcher->release();
+}
+
+TEST(Message, FramesArePassedOnWithEveryKindOfResult) {
+    Shape *shape = Shape::new_();
+    Passer *passer = Passer::new_();
+    passer->_to = shape;
+    objc_msgSend<void>(passer, "setSides:"_sel, 5);
+    EXPECT_EQ(objc_msgSend<int>(passer, "sidesPlus:"_sel, 2), 7);
+    EXPECT_EQ(objc_msgSend<double>(passer, "half:"_sel, 3.0f), 1.5);
+    Small small = objc_msgSend<Small>(passer, "small:and:"_sel, (signed char)-3, 4LL);
+    EXPECT_EQ(small.a, -3);
+    EXPECT_EQ(small.b, 4);
+    Big big = objc_msgSend<Big>(passer, "bigWith:and:and:"_sel, 1.5, Small{2, 3}, 0.25f);
+    EXPECT_EQ(big.a, 1.5);
+    EXPECT_EQ(big.b, 5);
+    EXPECT_EQ(big.c, 0.25);
+    std::string text = "same";
+    EXPECT_EQ((&objc_msgSend<const std::string &, const std::string &>(passer, "same:"_sel, text)), &text);
+    // What follows the named arguments is in no frame.
+    EXPECT_DEATH((objc_sendVariadic<int, int>::send(passer, "sum:"_sel, 2, 3, 4)), "cannot be sent with a frame");
+    passer->release();
+    shape->release();
 }
 
 TEST(Message, ThousandsOfSelectorsShareACache) {
