@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Class records: loading, realizing, finding methods, classes made at run time, posing.
 #include <Bedrock/platform/ZPClass+Internal.h>
+#include <Bedrock/platform/ZPHost.h>
 
 #include <cstdarg>
 #include <cstdio>
@@ -218,14 +219,17 @@ void objc_fatal(const char *format, ...) {
     std::abort();
 }
 
+// The tables hold on to what a class, a category or a protocol consists of: its library stays.
 void objc_loadClass(Class cls) {
+    ZPHostKeepLibrary(cls);
     Lock lock;
     currentList = 0;
     stateOf(cls).nextLoaded = loadedClasses;
     loadedClasses = cls;
 }
 
-void objc_loadCategory(Class, const char *) {
+void objc_loadCategory(Class, const char *name) {
+    ZPHostKeepLibrary(name);
     Lock lock;
     currentList = ++lastList;
 }

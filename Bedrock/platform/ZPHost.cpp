@@ -12,6 +12,7 @@
 #include <execinfo.h>
 #include <fcntl.h>
 #include <langinfo.h>
+#include <link.h>
 #include <locale.h>
 #include <pwd.h>
 #include <string>
@@ -190,3 +191,11 @@ BOOL ZPHostTemporaryDirectory(char *buffer, std::size_t size) {
 }
 
 void ZPHostCrash() { std::abort(); }
+
+void ZPHostKeepLibrary(const void *address) {
+    static link_map *last;  // a library's classes come one after another
+    dl_find_object found;
+    if (_dl_find_object(const_cast<void *>(address), &found) || !found.dlfo_link_map) return;
+    if (__atomic_exchange_n(&last, found.dlfo_link_map, __ATOMIC_RELAXED) == found.dlfo_link_map || !*found.dlfo_link_map->l_name) return;
+    dlopen(found.dlfo_link_map->l_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+}

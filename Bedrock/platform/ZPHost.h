@@ -57,6 +57,9 @@ BOOL ZPHostUser(const char *name, ZPHostUserFact fact, char *buffer, std::size_t
 /// The directory for temporary files: the environment's TMPDIR where it is an absolute path, else "/tmp".
 BOOL ZPHostTemporaryDirectory(char *buffer, std::size_t size);
 
+/// Keeps the shared library that holds an address in the process for good, whatever `dlclose` is told; does nothing for
+/// the program itself. Also while that library is being loaded.
+void ZPHostKeepLibrary(const void *address);
 /// Ends the process as a crash does.
 [[noreturn]] void ZPHostCrash();
 }

@@ -3,6 +3,7 @@
 #include <Bedrock/platform/ZPProtocol.h>
 
 #include <Bedrock/platform/ZPClass+Internal.h>
+#include <Bedrock/platform/ZPHost.h>
 
 using namespace objc;
 
@@ -61,6 +62,7 @@ struct ProtocolMethods : Protocol {
 }  // namespace
 
 void objc_registerProtocol(Protocol *protocol) {
+    ZPHostKeepLibrary(protocol);
     Lock lock;
     auto *r = static_cast<Registered *>(allocatePermanently(sizeof(Registered)));
     *r = {registered, protocol};

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+// A library that is opened and closed while the program runs. It uses nothing but what it defines.
+#include <Bedrock/core/ZPObject.h>
+
+namespace {
+
+struct PluggedIn : ZPObject {
+    ZP_CLASS(PluggedIn)
+    int answer() { return 42; }
+};
+ZP_IMPLEMENT(PluggedIn).method<&PluggedIn::answer>("answer");
+
+struct Taught : ZPObject {
+    unsigned taught() { return retainCount(); }
+};
+ZP_CATEGORY(ZPObject, Taught).method<&Taught::taught>("taughtByPlugin");
+
+}  // namespace
