@@ -47,7 +47,8 @@ struct Map {
     std::vector<Arena> arenas;
 };
 Map &map() {
-    static Map &m = *new Map;
+    alignas(Map) static char room[sizeof(Map)];
+    static Map &m = *new (room) Map;  // never destroyed, and without memory of its own to ask for
     return m;
 }
 unsigned arenaCount;
