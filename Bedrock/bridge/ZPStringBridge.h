@@ -25,7 +25,7 @@ ZP_EXPORT std::u16string ZPStdU16String(ZPString *string);
 ZP_EXPORT std::ostream &operator<<(std::ostream &stream, ZPString *string);
 ZP_EXPORT std::ostream &operator<<(std::ostream &stream, id object);
 template <class T>
-    requires std::is_base_of_v<ZPObject, T>
+    requires requires { sizeof(T); } && std::is_base_of_v<ZPObject, T>
 std::ostream &operator<<(std::ostream &stream, T *object) {
     return stream << id(object);
 }

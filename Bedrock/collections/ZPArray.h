@@ -19,10 +19,10 @@ using ZPSortFunction = int(id, id, void *);
 /// a private class that keeps the elements inside the object. A subclass supplies `count` and `objectAtIndex:`. An
 /// index or range beyond the elements raises ZPRangeException, a null element ZPInvalidArgumentException; a null
 /// array as argument counts as empty. Searches answer ZPNotFound when they find nothing, and never find null.
-/// Arrays that are answered are autoreleased, elements borrowed. `copy` of a mutable array sends
-/// `copyWithZone:` to its elements, and raises ZPInvalidArgumentException for one that does not implement it; an array of
-/// the elements themselves is made by `arrayWithArray`. Immutable arrays may be read by several threads at once; a mutable one belongs to one thread at a
-/// time.
+/// Arrays that are answered are autoreleased, elements borrowed. `copy` of a mutable array sends `copyWithZone:` to its
+/// elements, and raises ZPInvalidArgumentException for one that does not implement it; an array of the elements
+/// themselves is made by `arrayWithArray`. Immutable arrays may be read by several threads at once; a mutable one
+/// belongs to one thread at a time.
 struct ZPArray : ZPObject {
     ZP_CLASS(ZPArray)
 

@@ -310,7 +310,8 @@ struct ZPString : ZPObject {
         return objc_msgSend<BOOL>(this, "_getBytesInJISEncoding:range:usedBytes:lossy:"_sel, buffer, range, usedBytes, lossy);
     }
     /// The text's bytes; with `lossy` "_", in ASCII approximations, for characters that the encoding lacks, else null.
-    /// Shift JIS and ISO 2022-JP lose some characters either way: see `getBytes`; read the bytes again to be sure. Unicode begins with a byte-order mark. An encoding that does not exist is logged and gives null.
+    /// Shift JIS and ISO 2022-JP lose some characters either way: see `getBytes`; read the bytes again to be sure.
+    /// Unicode begins with a byte-order mark. An encoding that does not exist is logged and gives null.
     ZPData *dataUsingEncoding_allowLossyConversion(ZPStringEncoding encoding, BOOL lossy) {
         return objc_msgSend<ZPData *>(this, "dataUsingEncoding:allowLossyConversion:"_sel, encoding, lossy);
     }

@@ -29,6 +29,10 @@ TEST(StringBridge, textsGoThereAndBack) {
     out << static_cast<ZPString *>(nullptr);
     EXPECT_EQ(out.str(), "(null)");
 
+    struct Opaque;  // somebody else's
+    out.str("");
+    out << static_cast<Opaque *>(nullptr);
+    EXPECT_EQ(out.str(), "0");
     out.str("");
     ZPRef<ZPObject> object = ZPAdopt(ZPObject::new_());
     id text = "text"_zp;
