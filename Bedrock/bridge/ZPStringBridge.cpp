@@ -63,7 +63,6 @@ std::u16string ZPStdU16String(ZPString *string) {
     return units;
 }
 
-std::ostream &operator<<(std::ostream &stream, id object) { return stream << object->description(); }
 std::ostream &operator<<(std::ostream &stream, ZPString *string) { return stream << (string ? ZPStdString(string) : "(null)"); }
 
 std::size_t ZPStringHash::operator()(ZPString *string) const { return string ? string->hash() : 0; }
