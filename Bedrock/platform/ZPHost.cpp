@@ -192,10 +192,15 @@ BOOL ZPHostTemporaryDirectory(char *buffer, std::size_t size) {
 
 void ZPHostCrash() { std::abort(); }
 
-void ZPHostKeepLibrary(const void *address) {
-    static link_map *last;  // a library's classes come one after another
+static link_map *libraryOf(const void *address) {
     dl_find_object found;
-    if (_dl_find_object(const_cast<void *>(address), &found) || !found.dlfo_link_map) return;
-    if (__atomic_exchange_n(&last, found.dlfo_link_map, __ATOMIC_RELAXED) == found.dlfo_link_map || !*found.dlfo_link_map->l_name) return;
-    dlopen(found.dlfo_link_map->l_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+    return _dl_find_object(const_cast<void *>(address), &found) ? nullptr : found.dlfo_link_map;
+}
+
+void ZPHostKeepLibrary(const void *address) {
+    // A library's classes come one after another; this library itself is linked to stay.
+    static link_map *last = libraryOf(reinterpret_cast<const void *>(&ZPHostKeepLibrary));
+    link_map *library = libraryOf(address);
+    if (library && __atomic_exchange_n(&last, library, __ATOMIC_RELAXED) != library && *library->l_name)
+        dlopen(library->l_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
 }
