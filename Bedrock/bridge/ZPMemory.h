@@ -94,7 +94,7 @@ template <class T> class ZPRef {
     friend bool operator==(const ZPRef &a, const ZPRef &b) { return a._object == b._object; }
     /// Whether it owns that object; it is not asked whether they are equal.
     template <class U>
-        requires std::is_convertible_v<U, const volatile void *> || std::is_same_v<U, id>
+        requires std::is_convertible_v<U, id>
     friend bool operator==(const ZPRef &a, U b) {
         return id(a._object).pointer() == id(b).pointer();
     }

@@ -10,7 +10,6 @@
 // often it has taken the lock.
 #include <Bedrock/threads/ZPLock+Internal.h>
 
-
 namespace {
 
 struct Word {

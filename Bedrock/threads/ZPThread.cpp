@@ -9,8 +9,8 @@
 
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
-#include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/ZPKernel.h>
 
