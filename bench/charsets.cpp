@@ -52,20 +52,38 @@ std::uint32_t sumOfString(ZPString *text) {
     text->getCharacters(reinterpret_cast<unichar *>(units.data()));
     return sumOf(units);
 }
-ZPString *make(const std::u16string &units) { return ZPString::stringWithCharacters_length(units.data(), unsigned(units.size())); }
+ZPString *make(const std::u16string &units) {
+    return ZPString::stringWithCharacters_length(units.data(), unsigned(units.size()));
+}
 
 }  // namespace
 
 static void latin_letters_bedrock(State &s) {
-    membership(s, 'l', latin(), within(latin(), {{'A', 'Z'}, {'^', '^'}, {'`', 'z'}, {0xA8, 0xA8}, {0xAA, 0xAA}, {0xAF, 0xAF}, {0xB4, 0xB5},
-                                                 {0xB8, 0xB8}, {0xBA, 0xBA}, {0xC0, 0xD6}, {0xD8, 0xF6}, {0xF8, 0xFF}}));
+    membership(s, 'l', latin(),
+               within(latin(), {{'A', 'Z'},
+                                {'^', '^'},
+                                {'`', 'z'},
+                                {0xA8, 0xA8},
+                                {0xAA, 0xAA},
+                                {0xAF, 0xAF},
+                                {0xB4, 0xB5},
+                                {0xB8, 0xB8},
+                                {0xBA, 0xBA},
+                                {0xC0, 0xD6},
+                                {0xD8, 0xF6},
+                                {0xF8, 0xFF}}));
 }
 static void latin_digits_bedrock(State &s) { membership(s, 'd', latin(), within(latin(), {{'0', '9'}})); }
 static void any_letters_bedrock(State &s) { membership(s, 'l', unitsAnywhere(), lettersAnywhere); }
 static void any_digits_bedrock(State &s) { membership(s, 'd', unitsAnywhere(), 44); }
 static void any_spaces_bedrock(State &s) {
-    membership(s, 'w', unitsAnywhere(), within(unitsAnywhere(), {{0x1680, 0x1680}, {0x2000, 0x200A}, {0x2028, 0x2029}, {0x202F, 0x202F},
-                                                                 {0x205F, 0x205F}, {0x3000, 0x3000}}));
+    membership(s, 'w', unitsAnywhere(),
+               within(unitsAnywhere(), {{0x1680, 0x1680},
+                                        {0x2000, 0x200A},
+                                        {0x2028, 0x2029},
+                                        {0x202F, 0x202F},
+                                        {0x205F, 0x205F},
+                                        {0x3000, 0x3000}}));
 }
 static void any_controls_bedrock(State &s) { membership(s, 'c', unitsAnywhere(), 6); }
 // The worst case: every unit passes the summary and is searched for; in order, and in none.
@@ -95,7 +113,8 @@ static void upper10k_bedrock(State &s) {
     std::u16string units = mixedUnits(10000);
     ZPString *text = make(units), *upper = text->uppercaseString();
     REQUIRE(upper->rangeOfString(make(u"\u041c\u042f\u0413\u041a\u0418\u0425")).length == 6);
-    REQUIRE(sumOfString(upper) == upperSum && upper->lowercaseString()->rangeOfString(make(u"\u03ba\u03cc\u03c3\u03bc\u03b5")).length == 5);
+    REQUIRE(sumOfString(upper) == upperSum &&
+            upper->lowercaseString()->rangeOfString(make(u"\u03ba\u03cc\u03c3\u03bc\u03b5")).length == 5);
     for (auto _ : s) {
         ZPAutoreleasePoolScope inner;
         DoNotOptimize(text->uppercaseString());
@@ -122,7 +141,9 @@ static void search10k_ignoring_case_bedrock(State &s) {
     std::u16string units = mixedUnits(10000);
     ZPString *text = make(units), *needle = make(u"\u043c\u044f\u0433\u043a\u0438\u0425\u0421");
     REQUIRE(text->rangeOfString_options(needle, ZPCaseInsensitiveSearch).length == 0);
-    REQUIRE(text->rangeOfString_options(make(u"\u043c\u044f\u0433\u043a\u0438\u0425"), ZPCaseInsensitiveSearch).length == 6);
+    REQUIRE(
+        text->rangeOfString_options(make(u"\u043c\u044f\u0433\u043a\u0438\u0425"), ZPCaseInsensitiveSearch).length ==
+        6);
     for (auto _ : s) DoNotOptimize(text->rangeOfString_options(needle, ZPCaseInsensitiveSearch));
     items(s, std::int64_t(units.size()));
 }

@@ -36,7 +36,8 @@ static void lookup_std(State &s) {
     int value = 0;
     for (auto &k : keys()) m.emplace(k, &value);
     for (auto &k : probes()) REQUIRE(m.count(k));
-    for (auto _ : s) for (auto &k : probes()) keep(m.find(k)->second);
+    for (auto _ : s)
+        for (auto &k : probes()) keep(m.find(k)->second);
     items(s, entryCount);
 }
 static void lookup_bedrock(State &s) {
@@ -44,7 +45,8 @@ static void lookup_bedrock(State &s) {
     auto k = strings(keys()), p = strings(probes());
     ZPMutableDictionary *d = filled(k, "value"_zp);
     for (ZPString *probe : p) REQUIRE(d->objectForKey(probe));
-    for (auto _ : s) for (ZPString *probe : p) keep(d->objectForKey(probe).pointer());
+    for (auto _ : s)
+        for (ZPString *probe : p) keep(d->objectForKey(probe).pointer());
     items(s, entryCount);
 }
 static void lookup_identical_bedrock(State &s) {
@@ -52,7 +54,8 @@ static void lookup_identical_bedrock(State &s) {
     auto k = strings(keys());
     ZPMutableDictionary *d = filled(k, "value"_zp);
     for (ZPString *probe : k) REQUIRE(d->objectForKey(probe));
-    for (auto _ : s) for (ZPString *probe : k) keep(d->objectForKey(probe).pointer());
+    for (auto _ : s)
+        for (ZPString *probe : k) keep(d->objectForKey(probe).pointer());
     items(s, entryCount);
 }
 static void lookup_miss_bedrock(State &s) {
@@ -63,7 +66,8 @@ static void lookup_miss_bedrock(State &s) {
     auto p = strings(other);
     ZPMutableDictionary *d = filled(k, "value"_zp);
     for (ZPString *probe : p) REQUIRE(!d->objectForKey(probe));
-    for (auto _ : s) for (ZPString *probe : p) keep(d->objectForKey(probe).pointer());
+    for (auto _ : s)
+        for (ZPString *probe : p) keep(d->objectForKey(probe).pointer());
     items(s, entryCount);
 }
 static void insert_std(State &s) {
@@ -117,8 +121,14 @@ static void iterate_enumerator_bedrock(State &s) {
     }
     items(s, entryCount);
 }
-BENCHMARK(lookup_std); BENCHMARK(lookup_bedrock); BENCHMARK(lookup_identical_bedrock); BENCHMARK(lookup_miss_bedrock);
-BENCHMARK(insert_std); BENCHMARK(insert_bedrock); BENCHMARK(iterate_bedrock); BENCHMARK(iterate_enumerator_bedrock);
+BENCHMARK(lookup_std);
+BENCHMARK(lookup_bedrock);
+BENCHMARK(lookup_identical_bedrock);
+BENCHMARK(lookup_miss_bedrock);
+BENCHMARK(insert_std);
+BENCHMARK(insert_bedrock);
+BENCHMARK(iterate_bedrock);
+BENCHMARK(iterate_enumerator_bedrock);
 
 // ---- arrays --------------------------------------------------------------------------------------
 
@@ -155,7 +165,8 @@ static void append_shared_ptr(State &s) {
 static void append_bedrock(State &s) {
     auto k = strings(keys());
     ZPRef<ZPMutableArray> one = ZPAdopt(listed(k));
-    REQUIRE(one->count() == entryCount && one->objectAtIndex(0) == k[0] && one->objectAtIndex(entryCount - 1) == k.back());
+    REQUIRE(one->count() == entryCount && one->objectAtIndex(0) == k[0] &&
+            one->objectAtIndex(entryCount - 1) == k.back());
     for (auto _ : s) {
         ZPMutableArray *a = listed(k);
         DoNotOptimize(a);
@@ -193,14 +204,20 @@ static void range_for_bedrock(State &s) {
         for (id x : a) keep(x.pointer());
     items(s, entryCount);
 }
-BENCHMARK(append_std); BENCHMARK(append_bedrock); BENCHMARK(index_std); BENCHMARK(index_bedrock); BENCHMARK(range_for_bedrock);
+BENCHMARK(append_std);
+BENCHMARK(append_bedrock);
+BENCHMARK(index_std);
+BENCHMARK(index_bedrock);
+BENCHMARK(range_for_bedrock);
 
 // ---- stable sorting of strings held by pointer, with a comparison function -----------------------
 
 static void sort10k_std_pointers(State &s) {
     std::vector<const std::string *> v;
     for (auto &w : words()) v.push_back(&w);
-    bool (*before)(const std::string *, const std::string *) = [](const std::string *a, const std::string *b) { return *a < *b; };
+    bool (*before)(const std::string *, const std::string *) = [](const std::string *a, const std::string *b) {
+        return *a < *b;
+    };
     DoNotOptimize(before);
     auto one = v;
     std::stable_sort(one.begin(), one.end(), before);
@@ -217,7 +234,8 @@ static void sort10k_bedrock(State &s) {
     ZPAutoreleasePoolScope outer;
     ZPMutableArray *a = listed(strings(words()));
     ZPArray *one = a->sortedArrayUsingFunction_context(compareStrings, nullptr);
-    for (int i = 0; i < sortCount; ++i) REQUIRE(sortedWords()[i] == static_cast<ZPString *>(one->objectAtIndex(i))->cString());
+    for (int i = 0; i < sortCount; ++i)
+        REQUIRE(sortedWords()[i] == static_cast<ZPString *>(one->objectAtIndex(i))->cString());
     for (auto _ : s) {
         ZPAutoreleasePoolScope pool;
         DoNotOptimize(a->sortedArrayUsingFunction_context(compareStrings, nullptr));
@@ -226,7 +244,8 @@ static void sort10k_bedrock(State &s) {
 }
 // The sort alone: the comparison of the standard library's case, on the same strings.
 static int compareAddresses(id a, id b, void *) {
-    auto *x = reinterpret_cast<const std::string *>(a.pointer()), *y = reinterpret_cast<const std::string *>(b.pointer());
+    auto *x = reinterpret_cast<const std::string *>(a.pointer()),
+         *y = reinterpret_cast<const std::string *>(b.pointer());
     return x->compare(*y);
 }
 static void sort10k_merge_sort(State &s) {
@@ -234,14 +253,18 @@ static void sort10k_merge_sort(State &s) {
     for (auto &w : words()) v.push_back(id(reinterpret_cast<objc_object *>(const_cast<std::string *>(&w))));
     copy = v;
     id *one = _ZPMergeSort(sortCount, copy.data(), result.data(), scratch.data(), compareAddresses, nullptr, YES);
-    for (int i = 0; i < sortCount; ++i) REQUIRE(*reinterpret_cast<const std::string *>(one[i].pointer()) == sortedWords()[i]);
+    for (int i = 0; i < sortCount; ++i)
+        REQUIRE(*reinterpret_cast<const std::string *>(one[i].pointer()) == sortedWords()[i]);
     for (auto _ : s) {
         copy = v;
-        DoNotOptimize(_ZPMergeSort(sortCount, copy.data(), result.data(), scratch.data(), compareAddresses, nullptr, YES));
+        DoNotOptimize(
+            _ZPMergeSort(sortCount, copy.data(), result.data(), scratch.data(), compareAddresses, nullptr, YES));
     }
     items(s, sortCount);
 }
-BENCHMARK(sort10k_std_pointers); BENCHMARK(sort10k_bedrock); BENCHMARK(sort10k_merge_sort);
+BENCHMARK(sort10k_std_pointers);
+BENCHMARK(sort10k_bedrock);
+BENCHMARK(sort10k_merge_sort);
 
 // ---- the worst cases ------------------------------------------------------------------------------
 

@@ -17,7 +17,8 @@ template <class T> inline void keep(T *v) { asm volatile("" : : "r"(v) : "memory
 
 inline const std::vector<std::string> &keys() {
     static const std::vector<std::string> all = [] {
-        const char *stems[] = {"customerName", "orderIdentifier", "shippingAddress", "unitPrice", "lastModified", "warehouse"};
+        const char *stems[] = {"customerName", "orderIdentifier", "shippingAddress",
+                               "unitPrice",    "lastModified",    "warehouse"};
         std::vector<std::string> k;
         for (int i = 0; i < entryCount; ++i) k.push_back(stems[i % 6] + std::to_string(i * 7919 % 10007));
         return k;

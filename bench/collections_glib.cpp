@@ -12,7 +12,8 @@ static GHashTable *filled() {
 static void lookup_glib(State &s) {
     GHashTable *h = filled();
     for (auto &k : probes()) REQUIRE(g_hash_table_lookup(h, k.c_str()) == &value);
-    for (auto _ : s) for (auto &k : probes()) keep(g_hash_table_lookup(h, k.c_str()));
+    for (auto _ : s)
+        for (auto &k : probes()) keep(g_hash_table_lookup(h, k.c_str()));
     items(s, entryCount);
     g_hash_table_unref(h);
 }
@@ -54,4 +55,7 @@ static void append_glib(State &s) {
     }
     items(s, entryCount);
 }
-BENCHMARK(lookup_glib); BENCHMARK(insert_glib); BENCHMARK(iterate_glib); BENCHMARK(append_glib);
+BENCHMARK(lookup_glib);
+BENCHMARK(insert_glib);
+BENCHMARK(iterate_glib);
+BENCHMARK(append_glib);

@@ -21,7 +21,8 @@ static void lookup_qt(State &s) {
     auto k = list(keys()), p = list(probes());
     fill(h, k);
     for (auto &x : p) REQUIRE(h.value(x) == &value);
-    for (auto _ : s) for (auto &x : p) keep(*h.constFind(x));
+    for (auto _ : s)
+        for (auto &x : p) keep(*h.constFind(x));
     items(s, entryCount);
 }
 static void insert_qt(State &s) {
@@ -60,4 +61,7 @@ static void sort10k_qt(State &s) {
     }
     items(s, sortCount);
 }
-BENCHMARK(lookup_qt); BENCHMARK(insert_qt); BENCHMARK(iterate_qt); BENCHMARK(sort10k_qt);
+BENCHMARK(lookup_qt);
+BENCHMARK(insert_qt);
+BENCHMARK(iterate_qt);
+BENCHMARK(sort10k_qt);

@@ -13,12 +13,12 @@ using benchmark::DoNotOptimize;
 using benchmark::State;
 
 /// Ends the run when an answer is wrong: a wrong answer has no speed.
-#define REQUIRE(condition)                                                                         \
-    do {                                                                                           \
-        if (!(condition)) {                                                                        \
-            std::fprintf(stderr, "%s:%d: wrong answer: %s\n", __FILE__, __LINE__, #condition);     \
-            std::exit(1);                                                                          \
-        }                                                                                          \
+#define REQUIRE(condition)                                                                     \
+    do {                                                                                       \
+        if (!(condition)) {                                                                    \
+            std::fprintf(stderr, "%s:%d: wrong answer: %s\n", __FILE__, __LINE__, #condition); \
+            std::exit(1);                                                                      \
+        }                                                                                      \
     } while (0)
 
 /// The first `n` letters of an English text that repeats.
@@ -32,7 +32,10 @@ inline std::string ascii(std::size_t n) {
 
 /// After this call the process counts as multithreaded, for ever.
 inline void startOneThread() {
-    static const bool done = [] { std::thread([] {}).join(); return true; }();
+    static const bool done = [] {
+        std::thread([] {}).join();
+        return true;
+    }();
     DoNotOptimize(done);
 }
 

@@ -47,12 +47,16 @@ template <class F> void eachPooled(State &s, F f) {
 }
 
 ZPCalendarDate *dateAt(std::time_t t) {
-    return (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(double(t) - 978307200)->autorelease().pointer();
+    return (ZPCalendarDate *)ZPCalendarDate::alloc()
+        ->initWithTimeIntervalSinceReferenceDate(double(t) - 978307200)
+        ->autorelease()
+        .pointer();
 }
 
 void toText(State &s) {
     ZPAutoreleasePoolScope pool;
-    for (int i = 0; i < N; ++i) REQUIRE(texts()[i] == dateAt(moments()[i])->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString());
+    for (int i = 0; i < N; ++i)
+        REQUIRE(texts()[i] == dateAt(moments()[i])->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString());
     eachPooled(s, [](int i) {
         ZPString *text = dateAt(moments()[i])->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp);
         DoNotOptimize(text);
@@ -73,7 +77,8 @@ void fromText(State &s) {
     for (auto &t : texts()) strings.push_back(ZPString::stringWithCString(t.c_str()));
     int repeated = 0;  // the hour that the clocks show twice may be read either way
     for (int i = 0; i < N; ++i)
-        repeated += ZPCalendarDate::dateWithString_calendarFormat(strings[i], "%Y-%m-%d %H:%M:%S"_zp)->timeIntervalSince1970() != double(moments()[i]);
+        repeated += ZPCalendarDate::dateWithString_calendarFormat(strings[i], "%Y-%m-%d %H:%M:%S"_zp)
+                        ->timeIntervalSince1970() != double(moments()[i]);
     REQUIRE(repeated <= 2);
     eachPooled(s, [&](int i) {
         ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(strings[i], "%Y-%m-%d %H:%M:%S"_zp);
@@ -103,13 +108,15 @@ template <class F> void fields(State &s, F dateFor) {
             ZPCalendarDate *d = dateFor(i);
             std::tm f;
             localtime_r(&moments()[i], &f);
-            REQUIRE(d->yearOfCommonEra() == f.tm_year + 1900 && d->monthOfYear() == f.tm_mon + 1 && d->dayOfMonth() == f.tm_mday);
+            REQUIRE(d->yearOfCommonEra() == f.tm_year + 1900 && d->monthOfYear() == f.tm_mon + 1 &&
+                    d->dayOfMonth() == f.tm_mday);
             REQUIRE(d->hourOfDay() == f.tm_hour && d->minuteOfHour() == f.tm_min && d->secondOfMinute() == f.tm_sec);
         }
     }
     eachPooled(s, [&](int i) {
         ZPCalendarDate *date = dateFor(i);
-        int sum = date->yearOfCommonEra() + date->monthOfYear() + date->dayOfMonth() + date->hourOfDay() + date->minuteOfHour() + date->secondOfMinute();
+        int sum = date->yearOfCommonEra() + date->monthOfYear() + date->dayOfMonth() + date->hourOfDay() +
+                  date->minuteOfHour() + date->secondOfMinute();
         DoNotOptimize(sum);
     });
 }

@@ -27,9 +27,15 @@ struct Tally3 : Tally {
 struct Tally4 : Tally3 {
     ZP_CLASS(Tally4)
 };
-struct Tally2Methods : Tally { void add(int v) { _total += v + 2; } };
-struct Tally3Methods : Tally { void add(int v) { _total += v + 3; } };
-struct Tally4Methods : Tally { void add(int v) { _total += v + 4; } };
+struct Tally2Methods : Tally {
+    void add(int v) { _total += v + 2; }
+};
+struct Tally3Methods : Tally {
+    void add(int v) { _total += v + 3; }
+};
+struct Tally4Methods : Tally {
+    void add(int v) { _total += v + 4; }
+};
 ZP_IMPLEMENT(Tally).method<&TallyMethods::add>("add:");
 ZP_IMPLEMENT(Tally2).method<&Tally2Methods::add>("add:");
 ZP_IMPLEMENT(Tally3).method<&Tally3Methods::add>("add:");
@@ -40,9 +46,15 @@ struct Shape {
     virtual void add(int v) { total += v + 1; }
     long total = 0;
 };
-struct Circle : Shape { void add(int v) override { total += v + 2; } };
-struct Square : Shape { void add(int v) override { total += v + 3; } };
-struct Disc : Square { void add(int v) override { total += v + 4; } };
+struct Circle : Shape {
+    void add(int v) override { total += v + 2; }
+};
+struct Square : Shape {
+    void add(int v) override { total += v + 3; }
+};
+struct Disc : Square {
+    void add(int v) override { total += v + 4; }
+};
 
 // The kinds of a thousand objects, and what adding 3 to each comes to when kind k adds k + 1 more.
 std::vector<unsigned> kinds() {
@@ -64,7 +76,10 @@ static void cpp_virtual(State &s) {
     Shape *p = o.get();
     p->add(3);
     REQUIRE(p->total == 5);
-    for (auto _ : s) { DoNotOptimize(p); p->add(3); }
+    for (auto _ : s) {
+        DoNotOptimize(p);
+        p->add(3);
+    }
     DoNotOptimize(p->total);
 }
 BENCHMARK(cpp_virtual);
@@ -73,7 +88,10 @@ static void bedrock_message(State &s) {
     Tally *t = Tally::new_();
     t->add(3);
     REQUIRE(t->_total == 4);
-    for (auto _ : s) { DoNotOptimize(t); t->add(3); }
+    for (auto _ : s) {
+        DoNotOptimize(t);
+        t->add(3);
+    }
     DoNotOptimize(t->_total);
     t->release();
 }
@@ -86,11 +104,15 @@ static void cpp_virtual_4classes_1000objects(State &s) {
         case 1: v.push_back(std::make_unique<Circle>()); break;
         case 2: v.push_back(std::make_unique<Square>()); break;
         default: v.push_back(std::make_unique<Disc>());
-    }
+        }
     long sum = 0;
     for (auto &o : v) o->add(3), sum += o->total;
     REQUIRE(sum == expectedTotal());
-    for (auto _ : s) for (auto &o : v) { DoNotOptimize(o); o->add(3); }
+    for (auto _ : s)
+        for (auto &o : v) {
+            DoNotOptimize(o);
+            o->add(3);
+        }
     items(s, 1000);
 }
 BENCHMARK(cpp_virtual_4classes_1000objects);
@@ -102,11 +124,15 @@ static void bedrock_message_4classes_1000objects(State &s) {
         case 1: v.push_back(Tally2::new_()); break;
         case 2: v.push_back(Tally3::new_()); break;
         default: v.push_back(Tally4::new_());
-    }
+        }
     long sum = 0;
     for (Tally *o : v) o->add(3), sum += o->_total;
     REQUIRE(sum == expectedTotal());
-    for (auto _ : s) for (Tally *o : v) { DoNotOptimize(o); o->add(3); }
+    for (auto _ : s)
+        for (Tally *o : v) {
+            DoNotOptimize(o);
+            o->add(3);
+        }
     items(s, 1000);
     for (Tally *o : v) o->release();
 }

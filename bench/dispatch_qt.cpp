@@ -5,7 +5,7 @@
 
 class QTally : public QObject {
     Q_OBJECT
-public:
+  public:
     long total = 0;
     Q_INVOKABLE void add(int v) { total += v; }
 };
@@ -16,7 +16,10 @@ static void qt_metacall_by_index(State &s) {
     void *argv[] = {nullptr, &v};
     QMetaObject::metacall(&o, QMetaObject::InvokeMetaMethod, i, argv);
     REQUIRE(o.total == 3);
-    for (auto _ : s) { DoNotOptimize(v); QMetaObject::metacall(&o, QMetaObject::InvokeMetaMethod, i, argv); }
+    for (auto _ : s) {
+        DoNotOptimize(v);
+        QMetaObject::metacall(&o, QMetaObject::InvokeMetaMethod, i, argv);
+    }
     DoNotOptimize(o.total);
 }
 BENCHMARK(qt_metacall_by_index);

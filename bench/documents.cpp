@@ -69,8 +69,7 @@ static void fail_bedrock_brackets(State &s) {
         try {
             text->propertyList();
             REQUIRE(!"a tree");
-        } catch (ZPException *) {
-        }
+        } catch (ZPException *) {}
     }
 }
 BENCHMARK(fail_bedrock_brackets);

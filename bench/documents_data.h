@@ -30,7 +30,8 @@ inline std::string makeWideDocument(Notation notation) {
         t += key("tags") + open;
         int tags = 2 + int(random() % 5);
         for (int k = 0; k < tags; ++k) t += (k ? ", " : "") + value(word(3, 9, false));
-        t += close + std::string(next) + key("place") + "{" + key("city") + value(word(5, 12, false)) + next + key("region") + value(word(8, 20, true)) + end + "}" + end + "}";
+        t += close + std::string(next) + key("place") + "{" + key("city") + value(word(5, 12, false)) + next +
+             key("region") + value(word(8, 20, true)) + end + "}" + end + "}";
         t += json ? (i == 3199 ? "\n" : ",\n") : ";\n";
     }
     return t + "}";
@@ -42,7 +43,8 @@ struct DeepDocument {
     std::string out;
 
     std::string word() {
-        static const char *words[] = {"Account", "Balance", "Customer", "Delivery", "Estimate", "Folder", "Group", "History", "Invoice", "Journal"};
+        static const char *words[] = {"Account", "Balance", "Customer", "Delivery", "Estimate",
+                                      "Folder",  "Group",   "History",  "Invoice",  "Journal"};
         const char *w = words[random() % 10];
         return w + std::to_string(random() % 1000);
     }
@@ -99,4 +101,6 @@ inline std::string makeDocument(Tree tree, Notation notation) {
 }
 inline int topLevelCount(Tree tree) { return tree == Tree::wide ? 3200 : 7; }
 
-#define BOTH_TREES(benchmark) BENCHMARK_CAPTURE(benchmark, wide, Tree::wide); BENCHMARK_CAPTURE(benchmark, deep, Tree::deep)
+#define BOTH_TREES(benchmark)                       \
+    BENCHMARK_CAPTURE(benchmark, wide, Tree::wide); \
+    BENCHMARK_CAPTURE(benchmark, deep, Tree::deep)

@@ -13,7 +13,8 @@
 namespace {
 
 ZPRef<ZPString> textOf(const std::string &utf8) {
-    return ZPAdopt(ZPString::alloc()->initWithBytes_length_encoding(utf8.data(), unsigned(utf8.size()), ZPUTF8StringEncoding));
+    return ZPAdopt(
+        ZPString::alloc()->initWithBytes_length_encoding(utf8.data(), unsigned(utf8.size()), ZPUTF8StringEncoding));
 }
 
 std::string encoded(ZPString *text, ZPStringEncoding encoding) {
@@ -49,7 +50,9 @@ std::string converted(const std::string &from, const char *fromName, const char 
 void decode(State &s, const std::string &utf8, ZPStringEncoding encoding) {
     ZPRef<ZPString> text = textOf(utf8);
     std::string source = encoded(text, encoding);
-    auto decoded = [&] { return ZPString::alloc()->initWithBytes_length_encoding(source.data(), unsigned(source.size()), encoding); };
+    auto decoded = [&] {
+        return ZPString::alloc()->initWithBytes_length_encoding(source.data(), unsigned(source.size()), encoding);
+    };
     REQUIRE(ZPAdopt(decoded())->isEqualToString(text));
     for (auto _ : s) {
         ZPString *x = decoded();

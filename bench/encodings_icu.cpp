@@ -10,13 +10,16 @@ static void decode_icu(State &s, const std::string &t, const char *name) {
     UConverter *converter = ucnv_open(name, &error);
     icu::UnicodeString text = icu::UnicodeString::fromUTF8(t);
     std::string source(t.size() * 2, '\0');
-    source.resize(std::size_t(ucnv_fromUChars(converter, source.data(), int32_t(source.size()), text.getBuffer(), text.length(), &error)));
+    source.resize(std::size_t(
+        ucnv_fromUChars(converter, source.data(), int32_t(source.size()), text.getBuffer(), text.length(), &error)));
     REQUIRE(U_SUCCESS(error));
     std::u16string to(source.size() + 16, u'\0');
-    int32_t units = ucnv_toUChars(converter, to.data(), int32_t(to.size()), source.data(), int32_t(source.size()), &error);
+    int32_t units =
+        ucnv_toUChars(converter, to.data(), int32_t(to.size()), source.data(), int32_t(source.size()), &error);
     REQUIRE(U_SUCCESS(error) && icu::UnicodeString(to.data(), units) == text);
     for (auto _ : s) {
-        DoNotOptimize(ucnv_toUChars(converter, to.data(), int32_t(to.size()), source.data(), int32_t(source.size()), &error));
+        DoNotOptimize(
+            ucnv_toUChars(converter, to.data(), int32_t(to.size()), source.data(), int32_t(source.size()), &error));
         DoNotOptimize(to.data());
     }
     REQUIRE(U_SUCCESS(error));

@@ -48,7 +48,8 @@ void addRemove(State &s) {
     std::vector<Receiver *> receivers;
     for (int i = 0; i < s.range(0); ++i) {
         receivers.push_back(Receiver::new_());
-        center->addObserver_selector_name_object(receivers.back(), "changed:"_sel, ZPString::stringWithFormat("changed %d"_zp, i % 100), nullptr);
+        center->addObserver_selector_name_object(receivers.back(), "changed:"_sel,
+                                                 ZPString::stringWithFormat("changed %d"_zp, i % 100), nullptr);
     }
     Receiver *one = Receiver::new_();
     total = 0;

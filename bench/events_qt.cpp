@@ -48,7 +48,8 @@ static void connectQt(State &s) {
     auto there = QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
     REQUIRE(there && QObject::disconnect(there) && !QObject::disconnect(there));
     for (auto _ : s) {
-        auto connection = QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
+        auto connection =
+            QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
         QObject::disconnect(connection);
     }
 }
@@ -58,7 +59,8 @@ static void connectDisconnectReceiverQt(State &s) {
     Heard sender(s);
     QtReceiver one;
     QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
-    REQUIRE(QObject::disconnect(&sender, nullptr, &one, nullptr) && !QObject::disconnect(&sender, nullptr, &one, nullptr));
+    REQUIRE(QObject::disconnect(&sender, nullptr, &one, nullptr) &&
+            !QObject::disconnect(&sender, nullptr, &one, nullptr));
     for (auto _ : s) {
         QObject::connect(&sender, &Sender::changed, &one, &QtReceiver::onChanged, Qt::DirectConnection);
         QObject::disconnect(&sender, nullptr, &one, nullptr);

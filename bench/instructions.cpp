@@ -56,7 +56,8 @@ const Operation operations[] = {
     {"dictionary look-up",
      [](long count) {
          ZPMutableDictionary *d = ZPMutableDictionary::dictionary();
-         for (int i = 0; i < 1000; ++i) d->setObject_forKey("value"_zp, ZPString::stringWithFormat("key number %d"_zp, i));
+         for (int i = 0; i < 1000; ++i)
+             d->setObject_forKey("value"_zp, ZPString::stringWithFormat("key number %d"_zp, i));
          ZPString *key = ZPString::stringWithFormat("key number %d"_zp, 77);
          for (long i = 0; i < count; ++i) d->objectForKey(key);
      }},
@@ -96,7 +97,8 @@ const Operation operations[] = {
      }},
     {"date to text",
      [](long count) {
-         ZPCalendarDate *date = ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(2026, 11, 22, 20, 15, 0, ZPTimeZone::timeZoneForSecondsFromGMT(0));
+         ZPCalendarDate *date = ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(
+             2026, 11, 22, 20, 15, 0, ZPTimeZone::timeZoneForSecondsFromGMT(0));
          for (long i = 0; i < count; ++i) {
              ZPAutoreleasePoolScope pool;
              date->description();

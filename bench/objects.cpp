@@ -34,7 +34,10 @@ ZP_IMPLEMENT(Small).method<&SmallMethods::initWithValue>("initWithValue:");
 
 static void make_shared_drop(State &s) {
     REQUIRE(std::make_shared<Node>(1)->value == 1);
-    for (auto _ : s) { auto p = std::make_shared<Node>(1); DoNotOptimize(p); }
+    for (auto _ : s) {
+        auto p = std::make_shared<Node>(1);
+        DoNotOptimize(p);
+    }
 }
 static void shared_ptr_copy_drop(State &s) {
     auto p = std::make_shared<Node>(1);
@@ -43,13 +46,21 @@ static void shared_ptr_copy_drop(State &s) {
         REQUIRE(p.use_count() == 2);
     }
     REQUIRE(p.use_count() == 1);
-    for (auto _ : s) { DoNotOptimize(p); auto q = p; DoNotOptimize(q); }
+    for (auto _ : s) {
+        DoNotOptimize(p);
+        auto q = p;
+        DoNotOptimize(q);
+    }
 }
 static void bedrock_create_init_release(State &s) {
     Small *one = Small::alloc()->initWithValue(1);
     REQUIRE(one->_value == 1 && one->retainCount() == 1);
     one->release();
-    for (auto _ : s) { Small *o = Small::alloc()->initWithValue(1); DoNotOptimize(o); o->release(); }
+    for (auto _ : s) {
+        Small *o = Small::alloc()->initWithValue(1);
+        DoNotOptimize(o);
+        o->release();
+    }
 }
 static void bedrock_retain_release(State &s) {
     Small *o = Small::new_();
@@ -57,7 +68,12 @@ static void bedrock_retain_release(State &s) {
     REQUIRE(o->retainCount() == 2);
     o->release();
     REQUIRE(o->retainCount() == 1);
-    for (auto _ : s) { DoNotOptimize(o); o->retain(); DoNotOptimize(o); o->release(); }
+    for (auto _ : s) {
+        DoNotOptimize(o);
+        o->retain();
+        DoNotOptimize(o);
+        o->release();
+    }
     o->release();
 }
 static void bedrock_autorelease_pop(State &s) {
@@ -65,13 +81,19 @@ static void bedrock_autorelease_pop(State &s) {
     // pool alone is measured.
     Small *o = Small::new_();
     unsigned outer = ZPPushAutoreleasePool(0), first = ZPPushAutoreleasePool(0);
-    for (int i = 0; i < 100; ++i) { o->retain(); o->autorelease(); }
+    for (int i = 0; i < 100; ++i) {
+        o->retain();
+        o->autorelease();
+    }
     REQUIRE(o->retainCount() == 101);
     ZPPopAutoreleasePool(first);
     REQUIRE(o->retainCount() == 1);
     for (auto _ : s) {
         unsigned pool = ZPPushAutoreleasePool(0);
-        for (int i = 0; i < 100; ++i) { o->retain(); o->autorelease(); }
+        for (int i = 0; i < 100; ++i) {
+            o->retain();
+            o->autorelease();
+        }
         ZPPopAutoreleasePool(pool);
     }
     items(s, 100);
@@ -89,7 +111,10 @@ static void bedrock_create_autorelease_pop(State &s) {
     kept->release();
     for (auto _ : s) {
         unsigned pool = ZPPushAutoreleasePool(0);
-        for (int i = 0; i < 100; ++i) { Small *o = Small::alloc()->initWithValue(i); o->autorelease(); }
+        for (int i = 0; i < 100; ++i) {
+            Small *o = Small::alloc()->initWithValue(i);
+            o->autorelease();
+        }
         ZPPopAutoreleasePool(pool);
     }
     items(s, 100);
@@ -103,7 +128,12 @@ BENCHMARK(bedrock_retain_release);
 BENCHMARK(bedrock_autorelease_pop);
 BENCHMARK(bedrock_create_autorelease_pop);
 
-#define MT(f) static void f##_mt(State &s) { startOneThread(); f(s); } BENCHMARK(f##_mt)
+#define MT(f)                      \
+    static void f##_mt(State &s) { \
+        startOneThread();          \
+        f(s);                      \
+    }                              \
+    BENCHMARK(f##_mt)
 MT(make_shared_drop);
 MT(bedrock_create_init_release);
 MT(shared_ptr_copy_drop);
@@ -123,7 +153,11 @@ static void bedrock_retain_release_beside_another_thread(State &s) {
     besideAnotherThread(s, bedrock_retain_release, [](std::atomic<bool> &stop) {
         Small *mine = Small::new_();
         while (!stop.load(std::memory_order_relaxed))
-            for (int i = 0; i < 1000; ++i) { DoNotOptimize(mine); mine->retain(); mine->release(); }
+            for (int i = 0; i < 1000; ++i) {
+                DoNotOptimize(mine);
+                mine->retain();
+                mine->release();
+            }
         mine->release();
     });
 }
@@ -131,7 +165,11 @@ static void shared_ptr_copy_drop_beside_another_thread(State &s) {
     besideAnotherThread(s, shared_ptr_copy_drop, [](std::atomic<bool> &stop) {
         auto mine = std::make_shared<Node>(1);
         while (!stop.load(std::memory_order_relaxed))
-            for (int i = 0; i < 1000; ++i) { DoNotOptimize(mine); auto copy = mine; DoNotOptimize(copy); }
+            for (int i = 0; i < 1000; ++i) {
+                DoNotOptimize(mine);
+                auto copy = mine;
+                DoNotOptimize(copy);
+            }
     });
 }
 BENCHMARK(bedrock_retain_release_beside_another_thread);

@@ -12,7 +12,8 @@
 namespace fs = std::filesystem;
 
 static const char plain[] = "C:\\home\\me\\Projects\\Northern Region\\reports\\summary.tar.gz";
-static const char dotted[] = "C:\\home\\.\\me\\Projects\\..\\Projects\\Northern Region\\\\reports\\x\\..\\summary.tar.gz";
+static const char dotted[] =
+    "C:\\home\\.\\me\\Projects\\..\\Projects\\Northern Region\\\\reports\\x\\..\\summary.tar.gz";
 static const char hostPlain[] = "/home/me/Projects/Northern Region/reports/summary.tar.gz";
 static const char hostDotted[] = "/home/./me/Projects/../Projects/Northern Region//reports/x/../summary.tar.gz";
 
@@ -40,7 +41,10 @@ static ZPString *store(const char *t) { return ZPPathStore2::pathStoreWithCStrin
 static void standardize_std(State &s) {
     fs::path path(hostDotted);
     REQUIRE(path.lexically_normal() == hostPlain);
-    plainly(s, [&] { fs::path p = path.lexically_normal(); DoNotOptimize(p); });
+    plainly(s, [&] {
+        fs::path p = path.lexically_normal();
+        DoNotOptimize(p);
+    });
 }
 template <auto Make> void standardize(State &s) {
     ZPAutoreleasePoolScope pool;
@@ -50,7 +54,9 @@ template <auto Make> void standardize(State &s) {
 }
 static void bedrock_standardize(State &s) { standardize<text>(s); }
 static void bedrock_standardize_store(State &s) { standardize<store>(s); }
-BENCHMARK(standardize_std); BENCHMARK(bedrock_standardize); BENCHMARK(bedrock_standardize_store);
+BENCHMARK(standardize_std);
+BENCHMARK(bedrock_standardize);
+BENCHMARK(bedrock_standardize_store);
 
 // ---- into components: the peer parses a text, or walks a path that is parsed already and copies each name
 
@@ -77,12 +83,16 @@ static void components_parsed_std(State &s) {
 template <auto Make> void components(State &s) {
     ZPAutoreleasePoolScope pool;
     ZPString *path = Make(plain);
-    REQUIRE(path->pathComponents()->count() == 8 && ZPString::pathWithComponents(path->pathComponents())->isEqualToString(path));
+    REQUIRE(path->pathComponents()->count() == 8 &&
+            ZPString::pathWithComponents(path->pathComponents())->isEqualToString(path));
     pooled(s, [&] { DoNotOptimize(path->pathComponents()); });
 }
 static void bedrock_components(State &s) { components<text>(s); }
 static void bedrock_components_store(State &s) { components<store>(s); }
-BENCHMARK(components_std); BENCHMARK(components_parsed_std); BENCHMARK(bedrock_components); BENCHMARK(bedrock_components_store);
+BENCHMARK(components_std);
+BENCHMARK(components_parsed_std);
+BENCHMARK(bedrock_components);
+BENCHMARK(bedrock_components_store);
 
 // ---- directory and name
 
@@ -98,7 +108,9 @@ static void split_std(State &s) {
 template <auto Make> void split(State &s) {
     ZPAutoreleasePoolScope pool;
     ZPString *path = Make(plain);
-    REQUIRE(path->stringByDeletingLastPathComponent()->stringByAppendingPathComponent(path->lastPathComponent())->isEqualToString(path));
+    REQUIRE(path->stringByDeletingLastPathComponent()
+                ->stringByAppendingPathComponent(path->lastPathComponent())
+                ->isEqualToString(path));
     pooled(s, [&] {
         DoNotOptimize(path->stringByDeletingLastPathComponent());
         DoNotOptimize(path->lastPathComponent());
@@ -106,14 +118,19 @@ template <auto Make> void split(State &s) {
 }
 static void bedrock_split(State &s) { split<text>(s); }
 static void bedrock_split_store(State &s) { split<store>(s); }
-BENCHMARK(split_std); BENCHMARK(bedrock_split); BENCHMARK(bedrock_split_store);
+BENCHMARK(split_std);
+BENCHMARK(bedrock_split);
+BENCHMARK(bedrock_split_store);
 
 // ---- joining
 
 static void join_std(State &s) {
     fs::path directory = fs::path(hostPlain).parent_path(), name = "summary.tar.gz";
     REQUIRE(directory / name == hostPlain);
-    plainly(s, [&] { fs::path p = directory / name; DoNotOptimize(p); });
+    plainly(s, [&] {
+        fs::path p = directory / name;
+        DoNotOptimize(p);
+    });
 }
 template <auto Make> void join(State &s) {
     ZPAutoreleasePoolScope pool;
@@ -123,6 +140,8 @@ template <auto Make> void join(State &s) {
 }
 static void bedrock_join(State &s) { join<text>(s); }
 static void bedrock_join_store(State &s) { join<store>(s); }
-BENCHMARK(join_std); BENCHMARK(bedrock_join); BENCHMARK(bedrock_join_store);
+BENCHMARK(join_std);
+BENCHMARK(bedrock_join);
+BENCHMARK(bedrock_join_store);
 
 BENCHMARK_MAIN();

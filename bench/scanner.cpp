@@ -40,7 +40,8 @@ const Numbers &doubles() {
         std::mt19937 random(2);
         for (unsigned i = 0; i < count; ++i) {
             char digits[64];
-            int length = std::snprintf(digits, sizeof digits, "%.*g", int(random() % 17 + 1), (double(random()) - 2e9) / double(random() % 1000 + 1));
+            int length = std::snprintf(digits, sizeof digits, "%.*g", int(random() % 17 + 1),
+                                       (double(random()) - 2e9) / double(random() % 1000 + 1));
             double value;
             std::from_chars(digits, digits + length, value);
             n.doubles.push_back(value);

@@ -55,7 +55,9 @@ static void bedrock_successor(State &s) {
     for (auto _ : s) DoNotOptimize(ZPSparseIndexArrayIndexSuccessor(array, places()[next++ & 4095], &answer));
     ZPFreeSparseIndexArray(array);
 }
-BENCHMARK(member_std); BENCHMARK(bedrock_member); BENCHMARK(bedrock_successor);
+BENCHMARK(member_std);
+BENCHMARK(bedrock_member);
+BENCHMARK(bedrock_successor);
 
 // ---- adding single indexes in no order, and taking them away again
 
@@ -78,7 +80,8 @@ static void bedrock_change(State &s) {
     }
     items(s, 2 * 4096);
 }
-BENCHMARK(change_std); BENCHMARK(bedrock_change);
+BENCHMARK(change_std);
+BENCHMARK(bedrock_change);
 
 // ---- heaps
 
@@ -112,6 +115,8 @@ static void bedrock_heap(State &s) { heap(s, nullptr); }
 static void bedrock_heap_own_order(State &s) {
     heap(s, [](ZPOrderedHeap *, ZPHeapElement a, ZPHeapElement b) { return (a > b) - (a < b); });
 }
-BENCHMARK(heap_std); BENCHMARK(bedrock_heap); BENCHMARK(bedrock_heap_own_order);
+BENCHMARK(heap_std);
+BENCHMARK(bedrock_heap);
+BENCHMARK(bedrock_heap_own_order);
 
 BENCHMARK_MAIN();

@@ -28,7 +28,8 @@ static void append10k_bedrock(State &s) {
         return x;
     };
     ZPMutableString *one = grown();
-    REQUIRE(one->length() == 10000 && one->characterAtIndex(0) == 'a' && one->characterAtIndex(9999) == 'a' + 9999 % 26);
+    REQUIRE(one->length() == 10000 && one->characterAtIndex(0) == 'a' &&
+            one->characterAtIndex(9999) == 'a' + 9999 % 26);
     one->release();
     for (auto _ : s) {
         ZPMutableString *x = grown();
@@ -72,7 +73,8 @@ static int count = 1234;
 static double price = 98.765;
 static void format_bedrock(State &s) {
     ZPAutoreleasePoolScope pool;
-    REQUIRE(ZPString::stringWithFormat("%s has %d items (%.2f)"_zp, name, count, price)->isEqualToString("Warehouse 7 has 1234 items (98.77)"_zp));
+    REQUIRE(ZPString::stringWithFormat("%s has %d items (%.2f)"_zp, name, count, price)
+                ->isEqualToString("Warehouse 7 has 1234 items (98.77)"_zp));
     for (auto _ : s) {
         ZPAutoreleasePoolScope inner;
         DoNotOptimize(count);
@@ -84,7 +86,8 @@ BENCHMARK(format_bedrock);
 static void format_bedrock_object(State &s) {
     ZPAutoreleasePoolScope pool;
     ZPString *n = make(name);
-    REQUIRE(ZPString::stringWithFormat("%@ has %d items (%.2f)"_zp, n, count, price)->isEqualToString("Warehouse 7 has 1234 items (98.77)"_zp));
+    REQUIRE(ZPString::stringWithFormat("%@ has %d items (%.2f)"_zp, n, count, price)
+                ->isEqualToString("Warehouse 7 has 1234 items (98.77)"_zp));
     for (auto _ : s) {
         ZPAutoreleasePoolScope inner;
         DoNotOptimize(count);
@@ -97,7 +100,8 @@ BENCHMARK(format_bedrock_object);
 static void data_bedrock(State &s) {
     std::string source = ascii(std::size_t(s.range(0)));
     ZPData *one = ZPData::alloc()->initWithBytes_length(source.data(), unsigned(source.size()));
-    REQUIRE(one->length() == source.size() && one->bytes() != source.data() && !std::memcmp(one->bytes(), source.data(), source.size()));
+    REQUIRE(one->length() == source.size() && one->bytes() != source.data() &&
+            !std::memcmp(one->bytes(), source.data(), source.size()));
     one->release();
     for (auto _ : s) {
         ZPData *d = ZPData::alloc()->initWithBytes_length(source.data(), unsigned(source.size()));

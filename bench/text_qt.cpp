@@ -30,7 +30,8 @@ BENCHMARK(concat50_qt);
 static void format_qt(State &s) {
     const char *name = "Warehouse 7";
     int count = 1234;
-    REQUIRE(QString::asprintf("%s has %d items (%.2f)", name, count, 98.765) == QString("Warehouse 7 has 1234 items (98.77)"));
+    REQUIRE(QString::asprintf("%s has %d items (%.2f)", name, count, 98.765) ==
+            QString("Warehouse 7 has 1234 items (98.77)"));
     for (auto _ : s) {
         DoNotOptimize(count);
         QString x = QString::asprintf("%s has %d items (%.2f)", name, count, 98.765);

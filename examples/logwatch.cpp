@@ -20,8 +20,10 @@ struct Entry : ZPObject {
         ZPString *stamp, *method, *path;
         int status;
         ZPCharacterSet *blanks = ZPCharacterSet::whitespaceCharacterSet();
-        bool fits = scanner->scanString_intoString("["_zp, nullptr) && scanner->scanUpToString_intoString("]"_zp, &stamp) &&
-                    scanner->scanString_intoString("]"_zp, nullptr) && scanner->scanUpToCharactersFromSet_intoString(blanks, &method) &&
+        bool fits = scanner->scanString_intoString("["_zp, nullptr) &&
+                    scanner->scanUpToString_intoString("]"_zp, &stamp) &&
+                    scanner->scanString_intoString("]"_zp, nullptr) &&
+                    scanner->scanUpToCharactersFromSet_intoString(blanks, &method) &&
                     scanner->scanUpToCharactersFromSet_intoString(blanks, &path) && scanner->scanInt(&status);
         if (!fits) return nullptr;
         ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(stamp, "%d/%b/%Y:%H:%M:%S %z"_zp);
@@ -57,7 +59,7 @@ int main(int argc, char **argv) {
         if (Entry *entry = Entry::entryWithLine(line)) entries->addObject(entry);
         else ++strange;
     }
-    entries->sortUsingSelector("compare:"_sel);          // logs of several processes interleave
+    entries->sortUsingSelector("compare:"_sel);  // logs of several processes interleave
 
     ZPMutableDictionary *byHour = ZPMutableDictionary::dictionary();
     for (Entry *entry : entries) {
@@ -76,15 +78,18 @@ int main(int argc, char **argv) {
         ZPString *favourite = nullptr;
         for (ZPString *p : paths->allObjects()->sortedArrayUsingSelector("compare:"_sel))
             if (!favourite || paths->countForObject(p) > paths->countForObject(favourite)) favourite = p;
-        std::cout << ZPString::stringWithFormat("%@  %3u requests  %2u failed  mostly %@\n"_zp, hour, group->count(), failures, favourite);
+        std::cout << ZPString::stringWithFormat("%@  %3u requests  %2u failed  mostly %@\n"_zp, hour, group->count(),
+                                                failures, favourite);
     }
 
     Entry *before = nullptr;
     for (Entry *entry : entries) {
         if (before && entry->_date->timeIntervalSinceDate(before->_date) > gap) {
             int days, hours, minutes;
-            entry->_date->years_months_days_hours_minutes_seconds_sinceDate(nullptr, nullptr, &days, &hours, &minutes, nullptr, before->_date);
-            std::cout << ZPString::stringWithFormat("nothing for %dd %02dh %02dm after %@\n"_zp, days, hours, minutes, before->_date.get());
+            entry->_date->years_months_days_hours_minutes_seconds_sinceDate(nullptr, nullptr, &days, &hours, &minutes,
+                                                                            nullptr, before->_date);
+            std::cout << ZPString::stringWithFormat("nothing for %dd %02dh %02dm after %@\n"_zp, days, hours, minutes,
+                                                    before->_date.get());
         }
         before = entry;
     }

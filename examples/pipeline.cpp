@@ -15,7 +15,7 @@ namespace {
 
 ZPString *const FileDone = "FileDone"_zp;
 
-std::uint32_t checksum(ZPData *data) {                   // CRC-32
+std::uint32_t checksum(ZPData *data) {  // CRC-32
     static const auto table = [] {
         std::array<std::uint32_t, 256> t{};
         for (std::uint32_t i = 0; i < 256; ++i) {
@@ -48,7 +48,7 @@ struct Queue : ZPObject {
     void close() {
         _lock->lock();
         _closed = true;
-        _lock->unlockWithCondition(Filled);              // wakes whoever waits
+        _lock->unlockWithCondition(Filled);  // wakes whoever waits
     }
     /// The next item; null when the queue is closed and empty.
     ZPRef<ZPString> take() {
@@ -72,8 +72,10 @@ struct Worker : ZPObject {
         while (ZPRef<ZPString> path = queue->take()) {
             ZPAutoreleasePoolScope pool;
             ZPData *data = ZPData::dataWithContentsOfFile(path);
-            ZPString *text = data ? ZPString::stringWithFormat("%08x %7u"_zp, checksum(data), data->length()) : "cannot be read  "_zp;
-            ZPNotificationCenter::defaultCenter()->postNotificationName_object_userInfo(FileDone, this, ZPMakeDictionary({{path, text}}));
+            ZPString *text = data ? ZPString::stringWithFormat("%08x %7u"_zp, checksum(data), data->length())
+                                  : "cannot be read  "_zp;
+            ZPNotificationCenter::defaultCenter()->postNotificationName_object_userInfo(
+                FileDone, this, ZPMakeDictionary({{path, text}}));
         }
     }
 };
@@ -85,8 +87,8 @@ struct Report : ZPObject {
     ZPRef<ZPConditionLock> _lock;
     ZPRef<ZPMutableDictionary> _results = ZPAdopt(ZPMutableDictionary::new_());
 
-    void fileDone(ZPNotification *notification) {        // on the worker's thread
-        ZPRef<Report> alive(this);                       // once the last result is in, the main thread lets go
+    void fileDone(ZPNotification *notification) {  // on the worker's thread
+        ZPRef<Report> alive(this);  // once the last result is in, the main thread lets go
         _lock->lock();
         _results->addEntriesFromDictionary(notification->userInfo());
         _lock->unlockWithCondition(_lock->condition() - 1);
@@ -121,5 +123,6 @@ int main(int argc, char **argv) {
     for (ZPString *path : paths) queue->put(path);
     queue->close();
     report->waitForAll();
-    for (ZPString *path : paths) std::cout << report->_results->objectForKey(path)->description() << "  " << path << "\n";
+    for (ZPString *path : paths)
+        std::cout << report->_results->objectForKey(path)->description() << "  " << path << "\n";
 }

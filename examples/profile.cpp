@@ -42,7 +42,8 @@ static void buildIndex(ZPString *text, ZPMutableDictionary *index) {
     unsigned number = 0;
     for (ZPString *line : text->componentsSeparatedByString("\n"_zp)) {
         ++number;
-        for (ZPString *word : line->lowercaseString()->_componentsSeparatedBySet(ZPCharacterSet::letterCharacterSet()->invertedSet())) {
+        for (ZPString *word :
+             line->lowercaseString()->_componentsSeparatedBySet(ZPCharacterSet::letterCharacterSet()->invertedSet())) {
             ZPMutableArray *lines = index->objectForKey(word);
             if (!lines) index->setObject_forKey(lines = ZPMutableArray::array(), word);
             ZPString *entry = ZPString::stringWithFormat("%u"_zp, number);
@@ -55,7 +56,8 @@ int main(int argc, char **argv) {
     ZPAutoreleasePoolScope pool;
     if (argc != 2) return std::cerr << "usage: profile FILE\n", 2;
     ZPData *bytes = ZPData::dataWithContentsOfFile(ZPMakeString(argv[1]));
-    ZPRef<ZPString> text = bytes ? ZPAdopt(ZPString::alloc()->initWithData_encoding(bytes, ZPUTF8StringEncoding)) : nullptr;
+    ZPRef<ZPString> text =
+        bytes ? ZPAdopt(ZPString::alloc()->initWithData_encoding(bytes, ZPUTF8StringEncoding)) : nullptr;
     if (!text) return std::cerr << "profile: " << argv[1] << " cannot be read\n", 1;
 
     ZPMutableDictionary *index = ZPMutableDictionary::dictionary();

@@ -31,7 +31,7 @@ struct SettingsMethods : Settings {
         Settings *self = objc_super<Settings>(this).send<id>("init"_sel);
         self->_path = path;
         self->_defaults = defaults;
-        self->_values = ZPMutableDictionary::dictionaryWithContentsOfFile(path);    // null without a file
+        self->_values = ZPMutableDictionary::dictionaryWithContentsOfFile(path);  // null without a file
         if (!self->_values) self->_values = ZPMutableDictionary::dictionary();
         return self;
     }
@@ -64,8 +64,8 @@ struct Window : ZPObject {
     void settingChanged(ZPNotification *notification) {
         ZPDictionary *change = notification->userInfo();
         Settings *settings = notification->object();
-        std::cout << ZPString::stringWithFormat("%@: %@ -> %@\n"_zp, change->objectForKey("key"_zp), change->objectForKey("old"_zp),
-                                                change->objectForKey("new"_zp))
+        std::cout << ZPString::stringWithFormat("%@: %@ -> %@\n"_zp, change->objectForKey("key"_zp),
+                                                change->objectForKey("old"_zp), change->objectForKey("new"_zp))
                   << "the window is " << settings->intForKey("width"_zp) << " wide"
                   << (settings->boolForKey("fullscreen"_zp) ? " and fills the screen\n" : "\n");
     }
@@ -89,7 +89,7 @@ int main(int argc, char **argv) {
         ZPCharacterSet *blanks = ZPCharacterSet::whitespaceCharacterSet();
         scanner->scanUpToCharactersFromSet_intoString(blanks, &command);
         scanner->scanUpToCharactersFromSet_intoString(blanks, &key);
-        scanner->scanUpToString_intoString("\n"_zp, &value);                // the rest of the line
+        scanner->scanUpToString_intoString("\n"_zp, &value);  // the rest of the line
         try {
             if (!command) continue;
             if (command->isEqual("get"_zp)) std::cout << settings->stringForKey(key) << "\n";

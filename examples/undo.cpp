@@ -44,7 +44,7 @@ struct UndoManager : ZPObject {
         stack->removeLastObject();
         struct Restore {
             UndoManager *manager;
-            ~Restore() { manager->_state = Idle; }       // also when the action raises
+            ~Restore() { manager->_state = Idle; }  // also when the action raises
         } restore{this};
         _state = state;
         action->perform();
@@ -61,7 +61,7 @@ struct Document : ZPObject {
     ZPRef<UndoManager> _undoManager;
 
     id insert_atLine(ZPString *text, ZPString *line) {
-        _lines->insertObject_atIndex(text, unsigned(line->intValue()) - 1);     // raises when there is no such line
+        _lines->insertObject_atIndex(text, unsigned(line->intValue()) - 1);  // raises when there is no such line
         _undoManager->record(this, "deleteLine:ignored:"_sel, line, nullptr);
         return this;
     }
@@ -96,8 +96,9 @@ int main() {
             else if (command == "redo" && !manager->redo()) std::cout << "nothing to redo\n";
             else if (command == "print") std::cout << document->_lines->componentsJoinedByString(" / "_zp) << "\n";
         } catch (ZPException *e) {
-            std::cout << "line " << number << ": " << (e->name()->isEqual(ZPRangeException) ? "there is none"_zp : e->reason()) << "\n";
+            std::cout << "line " << number << ": "
+                      << (e->name()->isEqual(ZPRangeException) ? "there is none"_zp : e->reason()) << "\n";
         }
     }
-    manager->_undo = manager->_redo = nullptr;           // actions retain the document, which retains the manager
+    manager->_undo = manager->_redo = nullptr;  // actions retain the document, which retains the manager
 }

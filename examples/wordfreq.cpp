@@ -22,7 +22,7 @@ ZPCountedSet *wordsOf(ZPString *text) {
     ZPScanner *scanner = ZPScanner::scannerWithString(text);
     scanner->setCharactersToBeSkipped(letters->invertedSet());
     while (true) {
-        ZPAutoreleasePoolScope pool;                    // a word or two, not the whole text
+        ZPAutoreleasePoolScope pool;  // a word or two, not the whole text
         ZPString *word;
         if (!scanner->scanCharactersFromSet_intoString(letters, &word)) return words;
         words->addObject(word->lowercaseString());
@@ -56,7 +56,10 @@ int main(int argc, char **argv) {
     ZPData *bytes = ZPData::dataWithContentsOfMappedFile(path);
     if (!bytes) return std::cerr << "wordfreq: " << path << " cannot be read\n", 1;
     ZPRef<ZPString> text = ZPAdopt(ZPString::alloc()->initWithData_encoding(bytes, encoding));
-    if (!text) return std::cerr << "wordfreq: " << path << " is no " << ZPString::localizedNameOfStringEncoding(encoding) << "\n", 1;
+    if (!text)
+        return std::cerr << "wordfreq: " << path << " is no " << ZPString::localizedNameOfStringEncoding(encoding)
+                         << "\n",
+               1;
 
     ZPCountedSet *words = wordsOf(text);
     ZPArray *sorted = words->allObjects()->sortedArrayUsingFunction_context(byFrequency, words);

@@ -31,7 +31,8 @@ inline void require(bool holds, const char *file = __builtin_FILE(), int line = 
 /// A file in memory that is opened by name; what it holds is replaced at will.
 class MemoryFile {
     int _file;
-public:
+
+  public:
     MemoryFile(const std::uint8_t *bytes, std::size_t size) : _file(memfd_create("input", MFD_CLOEXEC)) {
         require(_file >= 0);
         for (std::size_t done = 0; done < size;) {
@@ -91,5 +92,6 @@ template <class F> void runInChild(F function) {
     int status = 0;
     while (waitpid(child, &status, 0) < 0) require(errno == EINTR);
     require(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    for (std::size_t i = 0; i < counters.count; ++i) counters.first[i] = std::max(counters.first[i], counters.shared[i]);
+    for (std::size_t i = 0; i < counters.count; ++i)
+        counters.first[i] = std::max(counters.first[i], counters.shared[i]);
 }

@@ -13,11 +13,13 @@ static void require(bool holds) {
     if (!holds) std::abort();
 }
 
-static std::vector<unsigned char> encoded(ZPString *text, ZPStringEncoding encoding, unsigned room, ZPRange range, ZPRange *rest, BOOL lossy) {
+static std::vector<unsigned char> encoded(ZPString *text, ZPStringEncoding encoding, unsigned room, ZPRange range,
+                                          ZPRange *rest, BOOL lossy) {
     // Exactly as large as it says, so that a sanitizer sees a write past its end.
     std::vector<unsigned char> bytes(room);
     unsigned filled = 0;
-    bool done = text->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(bytes.data(), room, &filled, encoding, lossy, range, rest);
+    bool done = text->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        bytes.data(), room, &filled, encoding, lossy, range, rest);
     require(done && filled <= room && rest->location + rest->length == range.location + range.length);
     bytes.resize(filled);
     return bytes;
@@ -52,7 +54,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     again->autorelease();
     if (text->canBeConvertedToEncoding(encoding)) {
         std::vector<unsigned char> second = encoded(again, encoding, 12 * length + 2, {0, again->length()}, &rest, YES);
-        ZPString *third = ZPString::alloc()->initWithBytes_length_encoding(second.data(), unsigned(second.size()), encoding);
+        ZPString *third =
+            ZPString::alloc()->initWithBytes_length_encoding(second.data(), unsigned(second.size()), encoding);
         require(third && third->autorelease()->isEqual(again));
     }
     // In pieces.

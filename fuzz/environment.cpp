@@ -7,8 +7,19 @@
 
 namespace {
 
-const char *const variables[] = {"LC_ALL", "LC_CTYPE", "LANG", "HOME", "HOMEDRIVE", "HOMEPATH", "USERNAME", "TMPDIR", "CORVID_ROOT", "TZ", "TZDIR",
-                                 "ZPAutoreleaseHighWaterMark", "ZPAutoreleaseHighWaterResolution"};
+const char *const variables[] = {"LC_ALL",
+                                 "LC_CTYPE",
+                                 "LANG",
+                                 "HOME",
+                                 "HOMEDRIVE",
+                                 "HOMEPATH",
+                                 "USERNAME",
+                                 "TMPDIR",
+                                 "CORVID_ROOT",
+                                 "TZ",
+                                 "TZDIR",
+                                 "ZPAutoreleaseHighWaterMark",
+                                 "ZPAutoreleaseHighWaterResolution"};
 
 void checkEncoding(ZPStringEncoding encoding) {
     const ZPStringEncoding *known = ZPString::availableStringEncodings();
@@ -52,7 +63,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     for (std::string line; std::getline(lines, line);) {
         std::size_t equals = line.find('=');
         for (const char *name : variables)
-            if (equals != line.npos && line.compare(0, equals, name) == 0) settings.emplace_back(name, line.substr(equals + 1));
+            if (equals != line.npos && line.compare(0, equals, name) == 0)
+                settings.emplace_back(name, line.substr(equals + 1));
     }
     runInChild([&] {
         for (const char *name : variables) unsetenv(name);

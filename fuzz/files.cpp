@@ -37,11 +37,15 @@ void checkData(ZPString *path, const std::uint8_t *bytes, unsigned size) {
     if (view) mapper->removeMapping_length(view, size);
 }
 
-ZPString *textOf(ZPData *data, ZPStringEncoding encoding) { return (ZPString *)ZPString::alloc()->initWithData_encoding(data, encoding)->autorelease().pointer(); }
+ZPString *textOf(ZPData *data, ZPStringEncoding encoding) {
+    return (ZPString *)ZPString::alloc()->initWithData_encoding(data, encoding)->autorelease().pointer();
+}
 
 ZPString *textInMemory(const std::uint8_t *bytes, unsigned size) {
-    bool marked = size >= 2 && size % 2 == 0 && ((bytes[0] == 0xFE && bytes[1] == 0xFF) || (bytes[0] == 0xFF && bytes[1] == 0xFE));
-    return textOf(ZPData::dataWithBytes_length(bytes, size), marked ? ZPUnicodeStringEncoding : _ZPDefaultCStringEncoding());
+    bool marked = size >= 2 && size % 2 == 0 &&
+                  ((bytes[0] == 0xFE && bytes[1] == 0xFF) || (bytes[0] == 0xFF && bytes[1] == 0xFE));
+    return textOf(ZPData::dataWithBytes_length(bytes, size),
+                  marked ? ZPUnicodeStringEncoding : _ZPDefaultCStringEncoding());
 }
 
 id treeOf(ZPString *text) {
@@ -96,11 +100,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     case 1: checkText(path, data, unsigned(size)); break;
     case 2: {
         ZPString *text = textOf(ZPData::dataWithBytes_length(data, unsigned(size)), ZPKESTRELStringEncoding);
-        checkList<ZPArray>(ZPArray::arrayWithContentsOfFile(path), ZPMutableArray::arrayWithContentsOfFile(path), treeOf(text));
+        checkList<ZPArray>(ZPArray::arrayWithContentsOfFile(path), ZPMutableArray::arrayWithContentsOfFile(path),
+                           treeOf(text));
         break;
     }
     default:
-        checkList<ZPDictionary>(ZPDictionary::dictionaryWithContentsOfFile(path), ZPMutableDictionary::dictionaryWithContentsOfFile(path),
+        checkList<ZPDictionary>(ZPDictionary::dictionaryWithContentsOfFile(path),
+                                ZPMutableDictionary::dictionaryWithContentsOfFile(path),
                                 treeOf(textInMemory(data, unsigned(size))));
     }
     return 0;

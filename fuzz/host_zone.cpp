@@ -32,7 +32,8 @@ void checkMoment(long long moment) {
         require(sameName(detail, zone));
         std::time_t t = moment;
         std::tm fields;
-        require(localtime_r(&t, &fields) && fields.tm_gmtoff == offset && (fields.tm_isdst > 0) == (detail->isDaylightSavingTimeZone() != NO));
+        require(localtime_r(&t, &fields) && fields.tm_gmtoff == offset &&
+                (fields.tm_isdst > 0) == (detail->isDaylightSavingTimeZone() != NO));
     }
 
     // What is written with the offset is read back as the same moment, of the years that a format can say.
@@ -40,7 +41,8 @@ void checkMoment(long long moment) {
     require(calendar->timeZoneDetail() == detail);
     constexpr long long firstMoment = -62135596800, endOfMoments = 253402300800;
     if (moment + offset >= firstMoment && moment + offset < endOfMoments && offset % 60 == 0) {
-        ZPCalendarDate *again = ZPCalendarDate::dateWithString_calendarFormat(calendar->description(), calendar->calendarFormat());
+        ZPCalendarDate *again =
+            ZPCalendarDate::dateWithString_calendarFormat(calendar->description(), calendar->calendarFormat());
         require(again && again->timeIntervalSinceReferenceDate() == date->timeIntervalSinceReferenceDate());
     }
     // Reckoned from the fields in the zone the moment may be another where the clock was put back, never the fields.
@@ -49,12 +51,23 @@ void checkMoment(long long moment) {
 }
 
 void check(const std::uint8_t *data, std::size_t size) {
-    static const long long ends[] = {0, 1, -1, 978307200, 1700000000, 4102444800, -2208988800, 253402300799, -62135596800, 0x7FFFFFFF, -0x80000000LL};
+    static const long long ends[] = {0,
+                                     1,
+                                     -1,
+                                     978307200,
+                                     1700000000,
+                                     4102444800,
+                                     -2208988800,
+                                     253402300799,
+                                     -62135596800,
+                                     0x7FFFFFFF,
+                                     -0x80000000LL};
     for (long long moment : ends) checkMoment(moment);
     // Numbers of the input that may be moments of changes, and those beside them.
     for (std::size_t at = size % 8, tried = 0; at + 8 <= size && tried < 40; at += 8) {
         long long moment = 0;
-        for (int i = 0; i < 8; ++i) moment = static_cast<long long>(static_cast<unsigned long long>(moment) << 8 | data[at + i]);
+        for (int i = 0; i < 8; ++i)
+            moment = static_cast<long long>(static_cast<unsigned long long>(moment) << 8 | data[at + i]);
         if (moment < -(1LL << 50) || moment > 1LL << 50) continue;
         for (int beside = -1; beside <= 1; ++beside) checkMoment(moment + beside);
         ++tried;
@@ -68,7 +81,8 @@ void check(const std::uint8_t *data, std::size_t size) {
     ZPArray *details = now->timeZoneDetailArray();
     bool listed = details->containsObject(now);
     require(listed);
-    for (unsigned i = 0; i < details->count(); ++i) require(sameName((ZPTimeZoneDetail *)details->objectAtIndex(i), now));
+    for (unsigned i = 0; i < details->count(); ++i)
+        require(sameName((ZPTimeZoneDetail *)details->objectAtIndex(i), now));
 }
 
 }  // namespace

@@ -22,7 +22,8 @@ bool looksLikeDrive(ZPString *s) { return s->length() >= 2 && s->characterAtInde
 // Bytes that a host path may have: there and back through a string.
 void goThroughTheHost(const std::string &host) {
     char own[4200], back[4200];
-    require(ZPPathFromHostPath(host.c_str(), own, sizeof own) == (!host.empty() && host.size() < 4190 && host.find('\\') == host.npos));
+    require(ZPPathFromHostPath(host.c_str(), own, sizeof own) ==
+            (!host.empty() && host.size() < 4190 && host.find('\\') == host.npos));
     if (!*own) return;
     ZPString *path = _ZPStringFromHostBytes(own, unsigned(std::strlen(own)), _ZPDefaultFileSystemEncoding());
     char bytes[4200];
@@ -31,7 +32,8 @@ void goThroughTheHost(const std::string &host) {
 }
 
 void takeApart(ZPString *path) {
-    ZPString *plain = path->stringByAppendingPathComponent(""_zp), *last = plain->lastPathComponent(), *directory = plain->stringByDeletingLastPathComponent();
+    ZPString *plain = path->stringByAppendingPathComponent(""_zp), *last = plain->lastPathComponent(),
+             *directory = plain->stringByDeletingLastPathComponent();
     bool network = plain->length() >= 2 && plain->characterAtIndex(0) == '\\' && plain->characterAtIndex(1) == '\\';
     require(plain->length() <= path->length() && same(plain->stringByAppendingPathComponent(""_zp), plain));
     require(same(path->lastPathComponent(), last) && same(path->stringByDeletingLastPathComponent(), directory));
@@ -73,9 +75,11 @@ void complete(const std::string &bytes) {
         return name;
     }();
     std::vector<std::string> made;
-    for (std::size_t at = 0; at < bytes.size() && made.size() < 8; at += 1 + bytes.find_first_of(std::string("/\0", 2), at) - at) {
+    for (std::size_t at = 0; at < bytes.size() && made.size() < 8;
+         at += 1 + bytes.find_first_of(std::string("/\0", 2), at) - at) {
         std::string name = bytes.substr(at, bytes.find_first_of(std::string("/\0", 2), at) - at);
-        if (std::FILE *file = name.empty() || name.size() > 255 ? nullptr : std::fopen((folder + "/" + name).c_str(), "wbx")) {
+        if (std::FILE *file =
+                name.empty() || name.size() > 255 ? nullptr : std::fopen((folder + "/" + name).c_str(), "wbx")) {
             std::fclose(file);
             made.push_back(folder + "/" + name);
         }
@@ -85,7 +89,9 @@ void complete(const std::string &bytes) {
     require(ZPPathFromHostPath((folder + "/").c_str(), own, sizeof own));
     ZPString *text = nullptr;
     ZPArray *matches = nullptr;
-    unsigned count = ZPString::stringWithCString(own)->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, YES, &matches, nullptr);
+    unsigned count =
+        ZPString::stringWithCString(own)->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(
+            &text, YES, &matches, nullptr);
     require(count <= made.size() && (count == 0) == !text && (!count || matches->count() == count));
     for (unsigned i = 0; i < count; ++i) require(((ZPString *)matches->objectAtIndex(i))->hasPrefix(text));
     for (const std::string &path : made) std::remove(path.c_str());

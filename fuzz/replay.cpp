@@ -42,14 +42,22 @@ Bytes mutated(Bytes bytes, std::mt19937 &random) {
     for (unsigned changes = 1 + random() % 4; changes; --changes) {
         std::size_t at = bytes.empty() ? 0 : random() % bytes.size();
         switch (random() % 5) {
-        case 0: if (!bytes.empty()) bytes[at] ^= std::uint8_t(1u << random() % 8); break;
-        case 1: if (!bytes.empty()) bytes[at] = std::uint8_t(random()); break;
+        case 0:
+            if (!bytes.empty()) bytes[at] ^= std::uint8_t(1u << random() % 8);
+            break;
+        case 1:
+            if (!bytes.empty()) bytes[at] = std::uint8_t(random());
+            break;
         case 2: bytes.insert(bytes.begin() + at, std::uint8_t(random())); break;
-        case 3: if (!bytes.empty()) bytes.resize(at); break;
-        default: if (!bytes.empty()) {
-            Bytes piece(bytes.begin() + at, bytes.begin() + at + std::min<std::size_t>(bytes.size() - at, 1 + random() % 16));
-            bytes.insert(bytes.begin() + random() % bytes.size(), piece.begin(), piece.end());
-        }
+        case 3:
+            if (!bytes.empty()) bytes.resize(at);
+            break;
+        default:
+            if (!bytes.empty()) {
+                Bytes piece(bytes.begin() + at,
+                            bytes.begin() + at + std::min<std::size_t>(bytes.size() - at, 1 + random() % 16));
+                bytes.insert(bytes.begin() + random() % bytes.size(), piece.begin(), piece.end());
+            }
         }
     }
     return bytes;

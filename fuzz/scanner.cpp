@@ -32,7 +32,8 @@ bool integer(const Text &text, long long lowest, long long highest, long long &v
     for (; at < text.size() && isDigit(text[at]); ++at) {
         if (full) continue;
         sum = sum * 10 + (text[at] <= '9' ? text[at] - '0' : -1);
-        full = sum > (negative ? -(__int128)lowest : (__int128)highest) || -sum > (negative ? -(__int128)lowest : (__int128)highest);
+        full = sum > (negative ? -(__int128)lowest : (__int128)highest) ||
+               -sum > (negative ? -(__int128)lowest : (__int128)highest);
     }
     value = full ? (negative ? lowest : highest) : (long long)(negative ? -sum : sum);
     end = unsigned(at);
@@ -63,7 +64,9 @@ bool hexadecimal(const Text &text, unsigned &value, unsigned &end) {
 bool floating(const Text &text, double &value, unsigned &end) {
     std::size_t at = skip(text, 0);
     std::string gathered;
-    for (std::size_t i = at; i < text.size() && text[i] < 0x80 && text[i] && std::strchr("+-.0123456789Ee", text[i]); ++i) gathered += char(text[i]);
+    for (std::size_t i = at; i < text.size() && text[i] < 0x80 && text[i] && std::strchr("+-.0123456789Ee", text[i]);
+         ++i)
+        gathered += char(text[i]);
     char *stop;
     value = std::strtod(gathered.c_str(), &stop);
     end = unsigned(at + std::size_t(stop - gathered.c_str()));
@@ -120,8 +123,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     scanner->setCharactersToBeSkipped(nullptr);
     while (!scanner->isAtEnd()) {
         ZPString *piece = nullptr;
-        require(scanner->scanUpToCharactersFromSet_intoString(digits, &piece) || scanner->scanCharactersFromSet_intoString(digits, &piece));
-        require(piece->length() == scanner->scanLocation() - before && piece->isEqual(string->substringWithRange({before, piece->length()})));
+        require(scanner->scanUpToCharactersFromSet_intoString(digits, &piece) ||
+                scanner->scanCharactersFromSet_intoString(digits, &piece));
+        require(piece->length() == scanner->scanLocation() - before &&
+                piece->isEqual(string->substringWithRange({before, piece->length()})));
         before = scanner->scanLocation();
     }
     require(before == text.size());

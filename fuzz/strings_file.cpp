@@ -11,14 +11,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     ZPAutoreleasePoolScope pool;
     const ZPStringEncoding *encodings = ZPString::availableStringEncodings();
     ZPStringEncoding encoding = data[0] < 16 ? encodings[data[0]] : ZPUTF8StringEncoding;
-    ZPString *text = ZPString::alloc()->initWithData_encoding(ZPData::dataWithBytes_length(data, unsigned(size)), encoding);
+    ZPString *text =
+        ZPString::alloc()->initWithData_encoding(ZPData::dataWithBytes_length(data, unsigned(size)), encoding);
     if (!text) return 0;
     text->autorelease();
     ZPDictionary *table = nullptr;
     try {
         table = text->propertyListFromStringsFileFormat();
-    } catch (ZPException *) {
-    }
+    } catch (ZPException *) {}
     if (table) {
         ZPDictionary *again = table->descriptionInStringsFileFormat()->propertyListFromStringsFileFormat();
         if (!again || !again->isEqual(table)) std::abort();
@@ -29,21 +29,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         ZPDictionary *grammar = nullptr;
         try {
             grammar = ZPParser::parsedGrammarForString(rules);
-        } catch (ZPException *) {
-        }
+        } catch (ZPException *) {}
         if (grammar && !grammar->isEqual(ZPParser::parsedGrammarForString(rules))) std::abort();
         return 0;
     }
     try {
         ZPParser *parser = ZPParser::alloc()->initWithGrammar(
-            ZPParser::parsedGrammarForString(// No rule is tried again within another that is tried again: that takes twice the time for each level.
-            "Sums = Pair || Sum; Pair = Sum '=' Sum; Sum = < Part >; Part = Sign | Term; Sign = '+' Term; Term = '(' Sum ')' | parseNumber | parseString;"_zp));
+            ZPParser::parsedGrammarForString(  // No rule is tried again within another that is tried again: that takes twice the time for each level.
+                "Sums = Pair || Sum; Pair = Sum '=' Sum; Sum = < Part >; Part = Sign | Term; Sign = '+' Term; Term = '(' Sum ')' | parseNumber | parseString;"_zp));
         parser->autorelease();
         parser->setEnableIntegerParsing(YES);
         parser->setEnableFloatParsing(YES);
         parser->setString(text);
         parser->parse("Sums"_zp);
-    } catch (ZPException *) {
-    }
+    } catch (ZPException *) {}
     return 0;
 }

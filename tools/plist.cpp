@@ -45,12 +45,14 @@ std::string nameOf(ZPStringEncoding encoding) { return ZPStdString(ZPString::loc
 /// The encoding of a number or a name; 0 when there is none.
 ZPStringEncoding encodingNamed(std::string_view name) {
     for (const ZPStringEncoding *e = ZPString::availableStringEncodings(); *e; ++e)
-        if (name == std::to_string(*e) || (!plainName(name).empty() && plainName(name) == plainName(nameOf(*e)))) return *e;
+        if (name == std::to_string(*e) || (!plainName(name).empty() && plainName(name) == plainName(nameOf(*e))))
+            return *e;
     return 0;
 }
 
 int listEncodings() {
-    for (const ZPStringEncoding *e = ZPString::availableStringEncodings(); *e; ++e) std::printf("%2u  %s\n", *e, nameOf(*e).c_str());
+    for (const ZPStringEncoding *e = ZPString::availableStringEncodings(); *e; ++e)
+        std::printf("%2u  %s\n", *e, nameOf(*e).c_str());
     return std::ferror(stdout) ? 1 : 0;
 }
 
@@ -70,7 +72,8 @@ ZPData *readStandardInput() {
 /// The text of a file, or null after a complaint.
 ZPString *readText(const char *file) {
     errno = 0;
-    ZPData *data = std::strcmp(file, "-") == 0 ? readStandardInput() : ZPData::dataWithContentsOfFile(ZPMakeString(file));
+    ZPData *data =
+        std::strcmp(file, "-") == 0 ? readStandardInput() : ZPData::dataWithContentsOfFile(ZPMakeString(file));
     if (!data) {
         complain(file, errno == EACCES ? "not a readable regular file" : std::strerror(errno ? errno : EIO));
         return nullptr;
@@ -89,7 +92,8 @@ ZPString *readText(const char *file) {
     }
     if (!marked && length >= 3 && std::memcmp(bytes, "\xEF\xBB\xBF", 3) == 0)
         data = data->subdataWithRange({3, length - 3});
-    for (ZPStringEncoding encoding : {marked ? ZPUnicodeStringEncoding : ZPUTF8StringEncoding, ZPKESTRELStringEncoding}) {
+    for (ZPStringEncoding encoding :
+         {marked ? ZPUnicodeStringEncoding : ZPUTF8StringEncoding, ZPKESTRELStringEncoding}) {
         ZPString *text = ZPString::alloc()->initWithData_encoding(data, encoding);
         if (text) return text->autorelease();
     }
@@ -127,7 +131,9 @@ int print(const char *file) {
     id tree = readTree(file, Dialect::propertyList);
     if (!tree) return 1;
     bool isString = tree->isKindOfClass(ZPString::class_());
-    return write(file, isString ? static_cast<ZPString *>(tree)->quotedStringRepresentation() : tree->description()) ? 0 : 1;
+    return write(file, isString ? static_cast<ZPString *>(tree)->quotedStringRepresentation() : tree->description())
+               ? 0
+               : 1;
 }
 
 int lint(int count, char **files) {

@@ -46,7 +46,8 @@ ZPTimeZone *zoneNamed(const char *text) {
         std::string digits;
         for (const char *c = text + 1; *c; ++c)
             if (*c != ':') digits += *c;
-        bool isNumber = !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos && digits.size() <= 4;
+        bool isNumber =
+            !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos && digits.size() <= 4;
         if (!isNumber) fail(std::string(text) + ": no time zone");
         int value = std::atoi(digits.c_str());
         int seconds = digits.size() <= 2 ? value * 3600 : value / 100 * 3600 + value % 100 * 60;
@@ -70,10 +71,12 @@ ZPCalendarDate *dateNamed(const char *text) {
     ZPString *given = ZPMakeString(text);
     ZPString *const formats[] = {"%Y-%m-%d %H:%M:%S %z"_zp, "%Y-%m-%d %H:%M:%S"_zp, "%Y-%m-%d %H:%M"_zp, "%Y-%m-%d"_zp};
     if (inputFormat) {
-        if (ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(given, inputFormat)) return inDefaultZone(date);
+        if (ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(given, inputFormat))
+            return inDefaultZone(date);
     } else {
         for (ZPString *f : formats)
-            if (ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(given, f)) return inDefaultZone(date);
+            if (ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(given, f))
+                return inDefaultZone(date);
     }
     fail(std::string(text) + ": no date in the form expected");
 }
@@ -90,10 +93,14 @@ int countNamed(const char *text) {
 
 ZPCalendarDate *adding(ZPCalendarDate *date, int count, std::string_view unit) {
     if (!unit.empty() && unit.back() == 's') unit.remove_suffix(1);
-    auto add = [&](int y, int mo, int d, int h, int mi, int s) { return date->dateByAddingYears_months_days_hours_minutes_seconds(y, mo, d, h, mi, s); };
+    auto add = [&](int y, int mo, int d, int h, int mi, int s) {
+        return date->dateByAddingYears_months_days_hours_minutes_seconds(y, mo, d, h, mi, s);
+    };
     if (unit == "year") return add(count, 0, 0, 0, 0, 0);
     if (unit == "month") return add(0, count, 0, 0, 0, 0);
-    if (unit == "week") return count > INT_MAX / 7 || count < INT_MIN / 7 ? (fail("too many weeks"), date) : add(0, 0, count * 7, 0, 0, 0);
+    if (unit == "week")
+        return count > INT_MAX / 7 || count < INT_MIN / 7 ? (fail("too many weeks"), date)
+                                                          : add(0, 0, count * 7, 0, 0, 0);
     if (unit == "day") return add(0, 0, count, 0, 0, 0);
     if (unit == "hour") return add(0, 0, 0, count, 0, 0);
     if (unit == "minute") return add(0, 0, 0, 0, count, 0);
@@ -103,11 +110,14 @@ ZPCalendarDate *adding(ZPCalendarDate *date, int count, std::string_view unit) {
 
 void between(ZPCalendarDate *from, ZPCalendarDate *to) {
     int counts[6];
-    to->years_months_days_hours_minutes_seconds_sinceDate(&counts[0], &counts[1], &counts[2], &counts[3], &counts[4], &counts[5], from);
+    to->years_months_days_hours_minutes_seconds_sinceDate(&counts[0], &counts[1], &counts[2], &counts[3], &counts[4],
+                                                          &counts[5], from);
     const char *names[6] = {"year", "month", "day", "hour", "minute", "second"};
     std::string text;
     for (int i = 0; i < 6; ++i)
-        if (counts[i]) text += (text.empty() ? "" : " ") + std::to_string(counts[i]) + " " + names[i] + (counts[i] == 1 || counts[i] == -1 ? "" : "s");
+        if (counts[i])
+            text += (text.empty() ? "" : " ") + std::to_string(counts[i]) + " " + names[i] +
+                    (counts[i] == 1 || counts[i] == -1 ? "" : "s");
     std::printf("%s\n", text.empty() ? "0 seconds" : text.c_str());
 }
 

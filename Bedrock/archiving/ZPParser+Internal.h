@@ -23,7 +23,8 @@
 #include <string>
 #include <vector>
 
-inline constexpr unsigned _ZPMaximumRules = 3003;   ///< nested rules: three a level of a property list, and three for what lies in it
+inline constexpr unsigned _ZPMaximumRules =
+    3003;  ///< nested rules: three a level of a property list, and three for what lies in it
 inline constexpr unsigned _ZPMaximumLevels = 1000;  ///< nested arrays and dictionaries
 inline constexpr unsigned _ZPAllResults = 0x7FFFFFFF;
 
@@ -59,7 +60,7 @@ struct _ZPParserSyntaxNode : ZPObject {
     enum Kind : unsigned { Literal, Sequence, Alternatives, Backtracking, Repetition };
     unsigned _kind;
     unsigned _resultIndex;  ///< of a sequence: whose result it answers, or _ZPAllResults
-    id _argument;           ///< the literal, the array of elements, or what is repeated
+    id _argument;  ///< the literal, the array of elements, or what is repeated
 
     static _ZPParserSyntaxNode *node(Kind kind, id argument, unsigned resultIndex = _ZPAllResults);
 };

@@ -12,11 +12,16 @@ struct NodeMethods : Node {
         objc_super<Node>(this).send("dealloc"_sel);
     }
     id copyWithZone(ZPZone *) { return retain(); }
-    ZPString *joined(ZPString *separator) { return static_cast<ZPArray *>(_argument)->componentsJoinedByString(separator); }
+    ZPString *joined(ZPString *separator) {
+        return static_cast<ZPArray *>(_argument)->componentsJoinedByString(separator);
+    }
     ZPString *description() {
         switch (_kind) {
         case Literal: return static_cast<ZPString *>(_argument)->quotedStringRepresentation();
-        case Sequence: return _resultIndex == _ZPAllResults ? joined(" "_zp) : ZPString::stringWithFormat("[%d] %@"_zp, _resultIndex, joined(" "_zp));
+        case Sequence:
+            return _resultIndex == _ZPAllResults
+                       ? joined(" "_zp)
+                       : ZPString::stringWithFormat("[%d] %@"_zp, _resultIndex, joined(" "_zp));
         case Alternatives: return joined(" | "_zp);
         case Backtracking: return joined(" || "_zp);
         case Repetition: return ZPString::stringWithFormat("< %@ >"_zp, _argument);
@@ -167,7 +172,8 @@ struct Rules : ZPParser {
         pairs.keys.push_back(key);
         pairs.values.push_back(value);
     }
-    ZPDictionary *pairs(ZPString *keyRule, ZPString *keySeparator, ZPString *valueRule, ZPString *separator, BOOL omitLast) {
+    ZPDictionary *pairs(ZPString *keyRule, ZPString *keySeparator, ZPString *valueRule, ZPString *separator,
+                        BOOL omitLast) {
         Pairs pairs;
         for (;;) {
             Progress progress(s());
@@ -178,11 +184,13 @@ struct Rules : ZPParser {
             if (!separated(separator, omitLast, progress)) break;
         }
         // Of the size of its entries: most dictionaries of a property list are small and many.
-        return ZPDictionary::dictionaryWithObjects_forKeys_count(pairs.values.data(), pairs.keys.data(), unsigned(pairs.keys.size()));
+        return ZPDictionary::dictionaryWithObjects_forKeys_count(pairs.values.data(), pairs.keys.data(),
+                                                                 unsigned(pairs.keys.size()));
     }
     ZPDictionary *dictionaryOf(ZPString *key, ZPString *value) {
         if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;
-        ZPDictionary *result = ZPParser::parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(key, "="_zp, value, ";"_zp, YES);
+        ZPDictionary *result = ZPParser::parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+            key, "="_zp, value, ";"_zp, YES);
         ZPParser::expectSeparatorEqualTo("}"_zp);
         return result;
     }
@@ -191,7 +199,9 @@ struct Rules : ZPParser {
         std::vector<unsigned char> bytes;
         while (ZPString *digits = ZPParser::parseUnquotedString()) {
             unsigned count = digits->length();
-            if (count % 2) ZPParser::parseError("Data representation should always contain an even number of hex digits: '%@'"_zp, digits);
+            if (count % 2)
+                ZPParser::parseError("Data representation should always contain an even number of hex digits: '%@'"_zp,
+                                     digits);
             unsigned byte = 0;
             for (unsigned i = 0; i < count; ++i) {
                 unichar c = digits->characterAtIndex(i);
@@ -230,7 +240,8 @@ struct Rules : ZPParser {
         }
         if (leaves.empty()) return nullptr;
         if (leaves.size() == 1) return leaves[0];
-        return Node::node(Node::Sequence, ZPArray::arrayWithObjects_count(leaves.data(), unsigned(leaves.size())), results == 1 ? answered : _ZPAllResults);
+        return Node::node(Node::Sequence, ZPArray::arrayWithObjects_count(leaves.data(), unsigned(leaves.size())),
+                          results == 1 ? answered : _ZPAllResults);
     }
     id metaBody() {
         id first = ZPParser::parse("MetaSyntaxSequence"_zp);
@@ -245,13 +256,16 @@ struct Rules : ZPParser {
         return first;
     }
     static ZPDictionary *parsedGrammar(Class, ZPString *text) {
-        ZPDictionary *notation = ZPDictionary::dictionaryWithObjectsAndKeys(
-            "parseUnquotedString"_zp, "Token"_zp, "parseMetaSyntaxSequence"_zp, "MetaSyntaxSequence"_zp, "parseMetaRuleBody"_zp, "MetaRuleBody"_zp);
+        ZPDictionary *notation =
+            ZPDictionary::dictionaryWithObjectsAndKeys("parseUnquotedString"_zp, "Token"_zp,
+                                                       "parseMetaSyntaxSequence"_zp, "MetaSyntaxSequence"_zp,
+                                                       "parseMetaRuleBody"_zp, "MetaRuleBody"_zp);
         _ZPOwned<ZPParser> parser(ZPParser::alloc()->initWithGrammar(notation));
         parser->setMultipleCharacterSeparators(ZPArray::arrayWithObject("||"_zp));
         parser->setQuotingWithSingleQuote_double(YES, YES);
         parser->setString(text);
-        ZPDictionary *grammar = parser->parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator("Token"_zp, "="_zp, "MetaRuleBody"_zp, ";"_zp, NO);
+        ZPDictionary *grammar = parser->parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+            "Token"_zp, "="_zp, "MetaRuleBody"_zp, ";"_zp, NO);
         parser->expectEndOfInput();
         return grammar;
     }

@@ -58,8 +58,10 @@ struct Tokenizer : ZPParser {
             void *buffer = nullptr;
             BOOL isASCII;
             if (s().length - first >= size &&
-                _ZPConvertToASCIIorUnicode(s().narrowInput.data() + first, size, ZPJapaneseEUCStringEncoding, &buffer, &count, &isASCII, nullptr)) {
-                for (unsigned i = 0; i < count; ++i) s().store(isASCII ? static_cast<unsigned char *>(buffer)[i] : static_cast<unichar *>(buffer)[i]);
+                _ZPConvertToASCIIorUnicode(s().narrowInput.data() + first, size, ZPJapaneseEUCStringEncoding, &buffer,
+                                           &count, &isASCII, nullptr)) {
+                for (unsigned i = 0; i < count; ++i)
+                    s().store(isASCII ? static_cast<unsigned char *>(buffer)[i] : static_cast<unichar *>(buffer)[i]);
                 if (buffer) ZPZoneFree(nullptr, buffer);
                 s().position = first + size;
                 return;
@@ -150,11 +152,14 @@ struct Tokenizer : ZPParser {
     }
 
     bool multiSeparator(unsigned first) {
-        if (!_ZPParserState::in(s().multiFirst, first) || !_ZPParserState::in(s().multiSecond, s().peek())) return false;
+        if (!_ZPParserState::in(s().multiFirst, first) || !_ZPParserState::in(s().multiSecond, s().peek()))
+            return false;
         for (const std::string &separator : s().multiSeparators) {
             unsigned i = 0;
             for (; i < separator.size(); ++i)
-                if (s().position - 1 + i >= s().length || s().at(s().position - 1 + i) != static_cast<unsigned char>(separator[i])) break;
+                if (s().position - 1 + i >= s().length ||
+                    s().at(s().position - 1 + i) != static_cast<unsigned char>(separator[i]))
+                    break;
             if (i < separator.size()) continue;
             for (i = 1; i < separator.size(); ++i) s().storeInput(s().read());
             return true;
@@ -279,7 +284,8 @@ void _ZPParserState::store(unsigned character) {
 }
 
 void _ZPParserState::storeInput(unsigned character) {
-    store(inputIsNarrow && character >= 0x80 ? ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(character)) : character);
+    store(inputIsNarrow && character >= 0x80 ? ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(character))
+                                             : character);
 }
 
 // The hash of a string reads only its ends; a hostile text has many strings that differ in the middle.
@@ -327,7 +333,9 @@ bool _ZPParserState::tokenEquals(ZPString *literal) {
     if (n != token.length) return false;
     bool buffered = token.start == inBuffer;
     for (unsigned i = 0; i < n; ++i) {
-        unsigned c = !buffered ? at(token.start + i) : token.bufferIsNarrow ? static_cast<unsigned char>(narrowBuffer[i]) : wideBuffer[i];
+        unsigned c = !buffered              ? at(token.start + i)
+                     : token.bufferIsNarrow ? static_cast<unsigned char>(narrowBuffer[i])
+                                            : wideBuffer[i];
         if (c != literal->characterAtIndex(i)) return false;
     }
     return true;

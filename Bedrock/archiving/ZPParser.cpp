@@ -47,12 +47,18 @@ struct ZPParserMethods : ZPParser {
         objc_super<ZPParser>(this).send("dealloc"_sel);
     }
 
-    void setUnquotedStart(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) { setUnquoted(s().unquotedStart, characters, lower, upper, digits); }
-    void setUnquotedCharacters(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) { setUnquoted(s().unquoted, characters, lower, upper, digits); }
+    void setUnquotedStart(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
+        setUnquoted(s().unquotedStart, characters, lower, upper, digits);
+    }
+    void setUnquotedCharacters(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
+        setUnquoted(s().unquoted, characters, lower, upper, digits);
+    }
     void setSeparators(ZPString *characters, BOOL punctuation) {
         Set made;
         if (punctuation)
-            for (auto [first, last] : {std::pair('!', '/'), std::pair(':', '@'), std::pair('[', '`'), std::pair('{', '~')}) addRange(made, first, last);
+            for (auto [first, last] :
+                 {std::pair('!', '/'), std::pair(':', '@'), std::pair('[', '`'), std::pair('{', '~')})
+                addRange(made, first, last);
         addCharacters(made, characters);
         s().separators = made;
     }
@@ -61,8 +67,10 @@ struct ZPParserMethods : ZPParser {
         for (unsigned i = 0; i < count; ++i) {
             ZPString *separator = separators->objectAtIndex(i);
             if (separator->length() < 2)
-                ZPException::raise_format(ZPInvalidArgumentException, "%@: Separator strings expected to be at least 2 characters in length: %@"_zp,
-                                          _ZPMethodExceptionProem(this, "setMultipleCharacterSeparators:"_sel), separator);
+                ZPException::raise_format(ZPInvalidArgumentException,
+                                          "%@: Separator strings expected to be at least 2 characters in length: %@"_zp,
+                                          _ZPMethodExceptionProem(this, "setMultipleCharacterSeparators:"_sel),
+                                          separator);
         }
         ZPArray *sorted = separators->sortedArrayUsingSelector("compare:"_sel);
         std::vector<std::string> list;
@@ -90,8 +98,9 @@ struct ZPParserMethods : ZPParser {
         std::vector<id> names(s().units.begin(), s().units.end());
         ZPArray *units = ZPArray::arrayWithObjects_count(names.data(), unsigned(names.size()));
         ZPString *token = s().token.pending ? s().tokenString() : ""_zp;
-        ZPException::raise_format(ZPParseErrorException, "*** %@;\nParse error line %d (position %d) for units: %@;\nNext token is '%@'"_zp, message,
-                                  s().line, s().position, units, token);
+        ZPException::raise_format(ZPParseErrorException,
+                                  "*** %@;\nParse error line %d (position %d) for units: %@;\nNext token is '%@'"_zp,
+                                  message, s().line, s().position, units, token);
     }
 };
 
@@ -101,8 +110,10 @@ ZP_IMPLEMENT(ZPParser)
     .method<&ZPParserMethods::init>("init")
     .method<&ZPParserMethods::initWithGrammar>("initWithGrammar:")
     .method<&ZPParserMethods::dealloc>("dealloc")
-    .method<&ZPParserMethods::setUnquotedStart>("setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:")
-    .method<&ZPParserMethods::setUnquotedCharacters>("setUnquotedStringCharacters:lowerCaseLetters:upperCaseLetters:digits:")
+    .method<&ZPParserMethods::setUnquotedStart>(
+        "setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:")
+    .method<&ZPParserMethods::setUnquotedCharacters>(
+        "setUnquotedStringCharacters:lowerCaseLetters:upperCaseLetters:digits:")
     .method<&ZPParserMethods::setSeparators>("setMonoCharacterSeparatorCharacters:usualPunctuation:")
     .method<&ZPParserMethods::setMultipleSeparators>("setMultipleCharacterSeparators:")
     .method<&ZPParserMethods::setQuoting>("setQuotingWithSingleQuote:double:")

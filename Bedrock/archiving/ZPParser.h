@@ -18,13 +18,13 @@ struct _ZPParserState;
 
 /// Kinds of tokens, which combine into masks.
 enum : unsigned {
-    ZPEndToken = 1,         ///< the end of the text
-    ZPQuotedToken = 2,      ///< a string in quotes
-    ZPUnquotedToken = 4,    ///< a string without
-    ZPIntegerToken = 8,     ///< an integer, where `setEnableIntegerParsing:` is on
-    ZPFloatToken = 16,      ///< another number, where `setEnableFloatParsing:` is on
+    ZPEndToken = 1,  ///< the end of the text
+    ZPQuotedToken = 2,  ///< a string in quotes
+    ZPUnquotedToken = 4,  ///< a string without
+    ZPIntegerToken = 8,  ///< an integer, where `setEnableIntegerParsing:` is on
+    ZPFloatToken = 16,  ///< another number, where `setEnableFloatParsing:` is on
     ZPSeparatorToken = 32,  ///< a character that separates
-    ZPOtherToken = 128,     ///< a single character that is nothing else
+    ZPOtherToken = 128,  ///< a single character that is nothing else
 };
 
 /// Reads a text token by token and by the rules of a grammar.
@@ -49,26 +49,36 @@ struct ZPParser : ZPObject {
     }
     /// Copies the grammar (null: none). Unquoted strings are of letters, digits and `_$/:.`, ASCII punctuation
     /// separates, double quotes quote, and numbers are not told apart.
-    ZPParser *initWithGrammar(ZPDictionary *grammar) { return objc_msgSend<ZPParser *>(this, "initWithGrammar:"_sel, grammar); }
+    ZPParser *initWithGrammar(ZPDictionary *grammar) {
+        return objc_msgSend<ZPParser *>(this, "initWithGrammar:"_sel, grammar);
+    }
 
     // ---- what tokens are made of; each takes the place of what was set before ----
 
     /// What unquoted strings begin with: the characters, and the kinds that are YES.
-    void setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
-        objc_msgSend(this, "setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters, lower, upper, digits);
+    void setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower,
+                                                                                   BOOL upper, BOOL digits) {
+        objc_msgSend(this, "setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters,
+                     lower, upper, digits);
     }
     /// What unquoted strings hold behind their first character, by the same means.
-    void setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
-        objc_msgSend(this, "setUnquotedStringCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters, lower, upper, digits);
+    void setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower,
+                                                                              BOOL upper, BOOL digits) {
+        objc_msgSend(this, "setUnquotedStringCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters,
+                     lower, upper, digits);
     }
     /// What stands for itself as a token: the characters, and ASCII punctuation when `punctuation`.
     void setMonoCharacterSeparatorCharacters_usualPunctuation(ZPString *characters, BOOL punctuation) {
         objc_msgSend(this, "setMonoCharacterSeparatorCharacters:usualPunctuation:"_sel, characters, punctuation);
     }
     /// Separators of two or more characters, else ZPInvalidArgumentException. The longest that fits is taken.
-    void setMultipleCharacterSeparators(ZPArray *separators) { objc_msgSend(this, "setMultipleCharacterSeparators:"_sel, separators); }
+    void setMultipleCharacterSeparators(ZPArray *separators) {
+        objc_msgSend(this, "setMultipleCharacterSeparators:"_sel, separators);
+    }
     /// Which quotes quote.
-    void setQuotingWithSingleQuote_double(BOOL single, BOOL twofold) { objc_msgSend(this, "setQuotingWithSingleQuote:double:"_sel, single, twofold); }
+    void setQuotingWithSingleQuote_double(BOOL single, BOOL twofold) {
+        objc_msgSend(this, "setQuotingWithSingleQuote:double:"_sel, single, twofold);
+    }
     /// Whether runs of digits are tokens of their own kind.
     void setEnableIntegerParsing(BOOL flag) { objc_msgSend(this, "setEnableIntegerParsing:"_sel, flag); }
     /// Whether numbers with a point or an exponent are tokens of their own kind.
@@ -83,9 +93,13 @@ struct ZPParser : ZPObject {
     /// The kind of the pending token, which is read when there is none.
     unsigned peekTokenType() { return objc_msgSend<unsigned>(this, "peekTokenType"_sel); }
     /// The pending token's text, not consumed, when its kind is in the mask.
-    ZPString *peekTokenWithMask(unsigned mask) { return objc_msgSend<ZPString *>(this, "peekTokenWithMask:"_sel, mask); }
+    ZPString *peekTokenWithMask(unsigned mask) {
+        return objc_msgSend<ZPString *>(this, "peekTokenWithMask:"_sel, mask);
+    }
     /// Consumes a token whose kind is in the mask.
-    ZPString *parseTokenWithMask(unsigned mask) { return objc_msgSend<ZPString *>(this, "parseTokenWithMask:"_sel, mask); }
+    ZPString *parseTokenWithMask(unsigned mask) {
+        return objc_msgSend<ZPString *>(this, "parseTokenWithMask:"_sel, mask);
+    }
     /// Consumes an unquoted string.
     ZPString *parseUnquotedString() { return objc_msgSend<ZPString *>(this, "parseUnquotedString"_sel); }
     /// Consumes a quoted string, of which it answers the inside.
@@ -101,9 +115,13 @@ struct ZPParser : ZPObject {
         return objc_msgSend<ZPString *>(this, "parseTokenEqualTo:mask:"_sel, literal, mask);
     }
     /// Consumes that separator, and answers it.
-    ZPString *parseSeparatorEqualTo(ZPString *literal) { return objc_msgSend<ZPString *>(this, "parseSeparatorEqualTo:"_sel, literal); }
+    ZPString *parseSeparatorEqualTo(ZPString *literal) {
+        return objc_msgSend<ZPString *>(this, "parseSeparatorEqualTo:"_sel, literal);
+    }
     /// The same, or raises.
-    ZPString *expectSeparatorEqualTo(ZPString *literal) { return objc_msgSend<ZPString *>(this, "expectSeparatorEqualTo:"_sel, literal); }
+    ZPString *expectSeparatorEqualTo(ZPString *literal) {
+        return objc_msgSend<ZPString *>(this, "expectSeparatorEqualTo:"_sel, literal);
+    }
     /// As `parseTokenEqualTo_mask`, or raises.
     ZPString *expectTokenEqualTo_mask(ZPString *literal, unsigned mask) {
         return objc_msgSend<ZPString *>(this, "expectTokenEqualTo:mask:"_sel, literal, mask);
@@ -121,13 +139,15 @@ struct ZPParser : ZPObject {
     /// A rule any number of times. Without a separator (null) the elements follow each other; else a separator
     /// follows each element, where `omitLast` allows the last element to end without one.
     ZPArray *parseSuite_separator_allowOmitLastSeparator(ZPString *rule, ZPString *separator, BOOL omitLast) {
-        return objc_msgSend<ZPArray *>(this, "parseSuite:separator:allowOmitLastSeparator:"_sel, rule, separator, omitLast);
+        return objc_msgSend<ZPArray *>(this, "parseSuite:separator:allowOmitLastSeparator:"_sel, rule, separator,
+                                       omitLast);
     }
     /// Pairs of a key and a value, by the same rules; of equal keys the last one counts.
-    ZPDictionary *parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(ZPString *key, ZPString *keySeparator, ZPString *value,
-                                                                                        ZPString *separator, BOOL omitLast) {
-        return objc_msgSend<ZPDictionary *>(this, "parseSuiteOfPairsKey:separator:value:separator:allowOmitLastSeparator:"_sel, key, keySeparator,
-                                            value, separator, omitLast);
+    ZPDictionary *parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+        ZPString *key, ZPString *keySeparator, ZPString *value, ZPString *separator, BOOL omitLast) {
+        return objc_msgSend<ZPDictionary *>(
+            this, "parseSuiteOfPairsKey:separator:value:separator:allowOmitLastSeparator:"_sel, key, keySeparator,
+            value, separator, omitLast);
     }
     /// The same in braces, `{ key = value; ... }`.
     ZPDictionary *parseDictionaryOfKey_value(ZPString *key, ZPString *value) {
@@ -144,7 +164,9 @@ struct ZPParser : ZPObject {
 
     /// One element of a sequence, and whether its result counts. Answers the node it makes; null when the text
     /// begins with none.
-    id parseMetaSyntaxLeafResultShouldBeSkipped(BOOL *skipped) { return objc_msgSend<id>(this, "parseMetaSyntaxLeafResultShouldBeSkipped:"_sel, skipped); }
+    id parseMetaSyntaxLeafResultShouldBeSkipped(BOOL *skipped) {
+        return objc_msgSend<id>(this, "parseMetaSyntaxLeafResultShouldBeSkipped:"_sel, skipped);
+    }
     /// A sequence, as the above.
     id parseMetaSyntaxSequence() { return objc_msgSend<id>(this, "parseMetaSyntaxSequence"_sel); }
     /// What a rule says, as the above.

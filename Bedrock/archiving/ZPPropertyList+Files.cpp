@@ -31,7 +31,8 @@ struct ArrayReading : ZPArray {
 
 struct DictionaryReading : ZPDictionary {
     id initWithContentsOfFile(ZPString *path) {
-        ZPDictionary *dictionary = tree<ZPDictionary>([=] { return path ? ZPString::stringWithContentsOfFile(path) : nullptr; });
+        ZPDictionary *dictionary =
+            tree<ZPDictionary>([=] { return path ? ZPString::stringWithContentsOfFile(path) : nullptr; });
         if (dictionary) return ZPDictionary::initWithDictionary(dictionary);
         release();
         return nullptr;
@@ -41,4 +42,5 @@ struct DictionaryReading : ZPDictionary {
 }  // namespace
 
 ZP_CATEGORY(ZPArray, ZPPropertyListFiles).method<&ArrayReading::initWithContentsOfFile>("initWithContentsOfFile:");
-ZP_CATEGORY(ZPDictionary, ZPPropertyListFiles).method<&DictionaryReading::initWithContentsOfFile>("initWithContentsOfFile:");
+ZP_CATEGORY(ZPDictionary, ZPPropertyListFiles)
+    .method<&DictionaryReading::initWithContentsOfFile>("initWithContentsOfFile:");

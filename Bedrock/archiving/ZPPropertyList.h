@@ -13,7 +13,9 @@
 struct ZPPropertyListParser : ZPParser {
     ZP_CLASS(ZPPropertyListParser)
     /// Prepares to read the string, which the parser retains.
-    ZPPropertyListParser *initWithString(ZPString *string) { return objc_msgSend<ZPPropertyListParser *>(this, "initWithString:"_sel, string); }
+    ZPPropertyListParser *initWithString(ZPString *string) {
+        return objc_msgSend<ZPPropertyListParser *>(this, "initWithString:"_sel, string);
+    }
     /// An array in parentheses. Null when the text does not begin with one; raises for an error inside.
     ZPArray *parseArray() { return objc_msgSend<ZPArray *>(this, "parseArray"_sel); }
     /// A dictionary in braces. Null when the text does not begin with one; raises for an error inside.
@@ -25,7 +27,9 @@ struct ZPPropertyListParser : ZPParser {
 struct _ZPPListParserOldStyle : ZPPropertyListParser {
     ZP_CLASS(_ZPPListParserOldStyle)
     /// The entries of a dictionary without its brackets, as strings files have them.
-    ZPDictionary *parseDictionaryBracketLess() { return objc_msgSend<ZPDictionary *>(this, "parseDictionaryBracketLess"_sel); }
+    ZPDictionary *parseDictionaryBracketLess() {
+        return objc_msgSend<ZPDictionary *>(this, "parseDictionaryBracketLess"_sel);
+    }
 };
 
 extern "C" {

@@ -8,7 +8,8 @@ namespace {
 ZPDictionary *propertyListGrammar() {
     static ZPDictionary *grammar;
     return ZPMakeOnce(grammar, [] {
-        ZPString *text = "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; xObject = Dictionary | Array | Data | String;"_zp;
+        ZPString *text =
+            "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; xObject = Dictionary | Array | Data | String;"_zp;
         return static_cast<ZPDictionary *>(ZPParser::parsedGrammarForString(text)->retain());
     });
 }
@@ -28,8 +29,8 @@ struct ZPPropertyListParserMethods : ZPPropertyListParser {
     ZPDictionary *parseDictionary() {
         if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;
         if (ZPParser::parseSeparatorEqualTo("}"_zp)) return ZPDictionary::dictionary();
-        ZPDictionary *dictionary =
-            ZPParser::parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator("String"_zp, "="_zp, "xObject"_zp, ";"_zp, YES);
+        ZPDictionary *dictionary = ZPParser::parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+            "String"_zp, "="_zp, "xObject"_zp, ";"_zp, YES);
         ZPParser::expectSeparatorEqualTo("}"_zp);
         return dictionary;
     }
@@ -45,7 +46,8 @@ struct OldStyleMethods : _ZPPListParserOldStyle {
     ZPDictionary *bracketLess() {
         ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionaryWithCapacity(12);
         while (id key = ZPParser::parse("String"_zp)) {
-            dictionary->setObject_forKey(ZPParser::parseSeparatorEqualTo("="_zp) ? ZPParser::expect("xObject"_zp) : key, key);
+            dictionary->setObject_forKey(ZPParser::parseSeparatorEqualTo("="_zp) ? ZPParser::expect("xObject"_zp) : key,
+                                         key);
             if (!ZPParser::parseSeparatorEqualTo(";"_zp)) break;
         }
         return dictionary;
@@ -67,10 +69,13 @@ template <class P, class F> id parsed(ZPString *string, const F &parse) {
 struct Reading : ZPString {
     id propertyList() {
         if (id tree = _ZPReadPropertyList(this)) return tree->autorelease();
-        return parsed<ZPPropertyListParser>(this, [](ZPPropertyListParser *parser) { return parser->expect("xObject"_zp); });
+        return parsed<ZPPropertyListParser>(this,
+                                            [](ZPPropertyListParser *parser) { return parser->expect("xObject"_zp); });
     }
     ZPDictionary *stringsFile() {
-        return parsed<_ZPPListParserOldStyle>(this, [](_ZPPListParserOldStyle *parser) { return id(parser->parseDictionaryBracketLess()); });
+        return parsed<_ZPPListParserOldStyle>(this, [](_ZPPListParserOldStyle *parser) {
+            return id(parser->parseDictionaryBracketLess());
+        });
     }
 };
 

@@ -36,7 +36,9 @@ struct HexDigits {
     constexpr HexDigits() : of() {
         for (unsigned c = 0; c < 256; ++c) {
             unsigned low = c | 0x20;
-            of[c] = static_cast<unsigned char>(c >= '0' && c <= '9' ? c - '0' : low >= 'a' && low <= 'f' ? low - 'a' + 10 : 0xFF);
+            of[c] = static_cast<unsigned char>(c >= '0' && c <= '9'       ? c - '0'
+                                               : low >= 'a' && low <= 'f' ? low - 'a' + 10
+                                                                          : 0xFF);
         }
     }
 };
@@ -154,7 +156,8 @@ class Strings {
         _mask = mask;
     }
     template <class F, class M> unsigned find(std::uint32_t hash, const F &same, const M &make) {
-        if (_made.size() > _mask / 2) [[unlikely]] grow();
+        if (_made.size() > _mask / 2) [[unlikely]]
+            grow();
         unsigned at = hash & _mask;
         for (; _slots[at].index; at = (at + 1) & _mask)
             if (_slots[at].hash == hash && same(_made[_slots[at].index - 1].string)) return _slots[at].index - 1;
@@ -180,20 +183,26 @@ class Strings {
     }
     /// The index of the string of characters below 128, or of units of which one is above.
     unsigned ascii(const char *bytes, unsigned length) {
-        return find(hashOf(bytes, length), [=](ZPString *s) {
-            if (s->isa == ZPInlineCString::class_()) [[likely]] {
-                auto *inlined = static_cast<ZPInlineCString *>(s);
-                return inlined->_flags.numBytes == length && !std::memcmp(inlined->contents(), bytes, length);
-            }
-            ZPStringView view = _ZPViewOfString(s);
-            return view.bytes && view.length == length && !std::memcmp(view.bytes, bytes, length);
-        }, [=, this] { return _maker.ascii(bytes, length); });
+        return find(
+            hashOf(bytes, length),
+            [=](ZPString *s) {
+                if (s->isa == ZPInlineCString::class_()) [[likely]] {
+                    auto *inlined = static_cast<ZPInlineCString *>(s);
+                    return inlined->_flags.numBytes == length && !std::memcmp(inlined->contents(), bytes, length);
+                }
+                ZPStringView view = _ZPViewOfString(s);
+                return view.bytes && view.length == length && !std::memcmp(view.bytes, bytes, length);
+            },
+            [=, this] { return _maker.ascii(bytes, length); });
     }
     unsigned wide(const unichar *units, unsigned length) {
-        return find(hashOf(units, length * sizeof(unichar)), [=](ZPString *s) {
-            ZPStringView view = _ZPViewOfString(s);
-            return view.units && view.length == length && !std::memcmp(view.units, units, length * sizeof(unichar));
-        }, [=, this] { return _maker.wide(units, length); });
+        return find(
+            hashOf(units, length * sizeof(unichar)),
+            [=](ZPString *s) {
+                ZPStringView view = _ZPViewOfString(s);
+                return view.units && view.length == length && !std::memcmp(view.units, units, length * sizeof(unichar));
+            },
+            [=, this] { return _maker.wide(units, length); });
     }
     /// The string with a reference for the caller.
     ZPString *take(unsigned index) {
@@ -229,7 +238,8 @@ class Stack {
         while (count) _items[--count]->release();
     }
     void push(id object) {
-        if (count == _capacity) [[unlikely]] grow();
+        if (count == _capacity) [[unlikely]]
+            grow();
         _items[count++] = object;
     }
     id *from(std::size_t index) { return _items.get() + index; }
@@ -244,7 +254,7 @@ template <class U> struct Reader {
         ZPString *key;  // with a reference, as its value on the stack
         unsigned hash;
     };
-    std::vector<Pair> pairs;   // of the dictionaries that are being read
+    std::vector<Pair> pairs;  // of the dictionaries that are being read
     std::vector<id> replaced;  // keys and values that a later entry took the place of; released at the end
     std::u16string units;
     std::vector<unsigned char> bytes;
@@ -258,7 +268,8 @@ template <class U> struct Reader {
 
     // The first character that is not white space or in a comment; 0 at the end.
     ZP_INLINE unsigned skip() {
-        if (p != end && *p > '/') [[likely]] return *p;
+        if (p != end && *p > '/') [[likely]]
+            return *p;
         return skipBlank();
     }
     unsigned skipBlank() {
@@ -343,7 +354,14 @@ template <class U> struct Reader {
             c = 0;
             for (int i = 0; i < 4 && p != end && is(*p, Hex); ++i) c = c << 4 | hexDigit(*p++);
             break;
-        case '0': case '1': case '2': case '3': case '4': case '5': case '6': case '7':
+        case '0':
+        case '1':
+        case '2':
+        case '3':
+        case '4':
+        case '5':
+        case '6':
+        case '7':
             c -= '0';
             for (int i = 0; i < 2 && p != end && *p >= '0' && *p <= '7'; ++i) c = c << 3 | unsigned(*p++ - '0');
             c = ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(c));
@@ -421,14 +439,16 @@ template <class U> struct Reader {
     }
     // Equal keys are identical here; a later value takes the place of an earlier one. The table has room.
     void set(ZPConcreteDictionary *dictionary, const Pair &pair, id object) {
-        ZPSimpleDictionaryBucket *place, *b = ZPSimpleFind(dictionary->_table, pair.key, pair.hash, ZPSimpleIdentityOnly(), &place);
+        ZPSimpleDictionaryBucket *place,
+            *b = ZPSimpleFind(dictionary->_table, pair.key, pair.hash, ZPSimpleIdentityOnly(), &place);
         if (b) [[unlikely]] {
             replaced.push_back(_ZPValue(b));
             replaced.push_back(pair.key);
             b->value = object.pointer();
             return;
         }
-        *place = {(pair.hash & ZPSimpleHashMask) | ZPSimpleOccupied, static_cast<objc_object *>(pair.key), object.pointer()};
+        *place = {(pair.hash & ZPSimpleHashMask) | ZPSimpleOccupied, static_cast<objc_object *>(pair.key),
+                  object.pointer()};
         dictionary->_table->info++;
     }
     id data() {

@@ -23,10 +23,18 @@ struct Classes {
     char escape[128];
     constexpr Classes() : of(), escape() {
         for (unsigned c = 0; c < 128; ++c) {
-            bool bare = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '$' || c == '.';
+            bool bare = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+                        c == '$' || c == '.';
             of[c] = bare ? Bare : c == '/' ? Slash : c >= 32 && c < 127 ? Quoted : Octal;
         }
-        for (auto [c, e] : {std::pair('\n', 'n'), {'\v', 'v'}, {'\f', 'f'}, {'\b', 'b'}, {'\t', 't'}, {'\a', 'a'}, {'"', '"'}, {'\\', '\\'}}) {
+        for (auto [c, e] : {std::pair('\n', 'n'),
+                            {'\v', 'v'},
+                            {'\f', 'f'},
+                            {'\b', 'b'},
+                            {'\t', 't'},
+                            {'\a', 'a'},
+                            {'"', '"'},
+                            {'\\', '\\'}}) {
             of[static_cast<unsigned char>(c)] = Escape;
             escape[static_cast<unsigned char>(c)] = e;
         }
@@ -44,17 +52,25 @@ class Text {
         std::size_t size = std::max<std::size_t>(256, std::max(_capacity * 2, _length + more));
         if (size > 0x7FFFFFFF) {
             size = _length + more;
-            if (size > 0x7FFFFFFF) ZPException::raise_format(ZPMallocException, "*** a property list of more than %d characters"_zp, 0x7FFFFFFF);
+            if (size > 0x7FFFFFFF)
+                ZPException::raise_format(ZPMallocException, "*** a property list of more than %d characters"_zp,
+                                          0x7FFFFFFF);
         }
-        void *block = _units ? ZPZoneRealloc(nullptr, _units, size * sizeof(unichar)) : ZPZoneRealloc(nullptr, _bytes, size);
-        if (!block) ZPException::raise_format(ZPMallocException, "*** out of memory for a property list of %u characters"_zp, unsigned(size));
+        void *block =
+            _units ? ZPZoneRealloc(nullptr, _units, size * sizeof(unichar)) : ZPZoneRealloc(nullptr, _bytes, size);
+        if (!block)
+            ZPException::raise_format(ZPMallocException, "*** out of memory for a property list of %u characters"_zp,
+                                      unsigned(size));
         if (_units) _units = static_cast<unichar *>(block);
         else _bytes = static_cast<char *>(block);
         _capacity = size;
     }
     ZP_COLD void widen() {
-        auto *units = static_cast<unichar *>(ZPZoneMalloc(nullptr, std::max<std::size_t>(1, _capacity) * sizeof(unichar)));
-        if (!units) ZPException::raise_format(ZPMallocException, "*** out of memory for a property list of %u characters"_zp, unsigned(_capacity));
+        auto *units =
+            static_cast<unichar *>(ZPZoneMalloc(nullptr, std::max<std::size_t>(1, _capacity) * sizeof(unichar)));
+        if (!units)
+            ZPException::raise_format(ZPMallocException, "*** out of memory for a property list of %u characters"_zp,
+                                      unsigned(_capacity));
         std::copy_n(_bytes, _length, units);
         if (_bytes) ZPZoneFree(nullptr, _bytes);
         _bytes = nullptr;
@@ -70,7 +86,8 @@ class Text {
     }
     std::size_t length() const { return _length; }
     void reserve(std::size_t more) {
-        if (_capacity - _length < more) [[unlikely]] grow(more);
+        if (_capacity - _length < more) [[unlikely]]
+            grow(more);
     }
     ZP_INLINE void put(const char *text, std::size_t count) {
         if (!count) return;
@@ -104,7 +121,8 @@ class Text {
     void put(ZPString *string) {
         ZPStringView view = _ZPViewOfString(string);
         reserve(view.length);
-        if (!_units && view.bytes && _ZPIsASCII(view.bytes, view.length)) return put(reinterpret_cast<const char *>(view.bytes), view.length);
+        if (!_units && view.bytes && _ZPIsASCII(view.bytes, view.length))
+            return put(reinterpret_cast<const char *>(view.bytes), view.length);
         if (!_units) widen();
         if (view.shown()) _ZPCopyUnits(view, 0, view.length, _units + _length);
         else string->getCharacters_range(_units + _length, {0, view.length});
@@ -116,7 +134,8 @@ class Text {
     };
     /// Puts `open`, the pieces with `between` between them and `close` in the place of everything from `from` on;
     /// together they make one line.
-    [[gnu::noinline]] void join(std::size_t from, char open, const Span *pieces, unsigned count, unsigned between, char close) {
+    [[gnu::noinline]] void join(std::size_t from, char open, const Span *pieces, unsigned count, unsigned between,
+                                char close) {
         unichar line[lineLength];
         unsigned length = 0;
         line[length++] = static_cast<unsigned char>(open);
@@ -138,7 +157,8 @@ class Text {
         if (!count) return ""_zp;
         ZPString *made;
         if (_units) {
-            made = ZPString::alloc()->initWithCharactersNoCopy_length_freeWhenDone(std::exchange(_units, nullptr), count, YES);
+            made = ZPString::alloc()->initWithCharactersNoCopy_length_freeWhenDone(std::exchange(_units, nullptr),
+                                                                                   count, YES);
         } else if (count < 256) {
             made = _ZPNewInlineCString(_bytes, count, nullptr);
         } else {
@@ -238,7 +258,8 @@ struct Writer {
 
     void element(id object, unsigned level) {
         Class cls = object.pointer()->isa;
-        if (cls == ZPInlineCString::class_() || cls == ZPConstantString::class_() || cls == ZPUnicodeString::class_() || cls == ZPCString::class_())
+        if (cls == ZPInlineCString::class_() || cls == ZPConstantString::class_() || cls == ZPUnicodeString::class_() ||
+            cls == ZPCString::class_())
             return putString(text, object);
         unsigned count;
         ZPSimpleDictionary *table;
@@ -249,10 +270,12 @@ struct Writer {
     }
     // An object that describes itself.
     void other(id object, unsigned level) {
-        if (object->isKindOfClass(ZPString::class_())) text.put(static_cast<ZPString *>(object)->_stringRepresentation());
+        if (object->isKindOfClass(ZPString::class_()))
+            text.put(static_cast<ZPString *>(object)->_stringRepresentation());
         else if (object->respondsToSelector("descriptionWithLocale:indent:"_sel))
             text.put(objc_msgSend<ZPString *>(object, "descriptionWithLocale:indent:"_sel, locale, level));
-        else if (object->respondsToSelector("descriptionWithLocale:"_sel)) text.put(objc_msgSend<ZPString *>(object, "descriptionWithLocale:"_sel, locale));
+        else if (object->respondsToSelector("descriptionWithLocale:"_sel))
+            text.put(objc_msgSend<ZPString *>(object, "descriptionWithLocale:"_sel, locale));
         else text.put(object->description());
     }
     void data(ZPDataView view) {
@@ -266,7 +289,8 @@ struct Writer {
     }
     void checkLevel(unsigned level) {
         if (level >= _ZPMaximumLevels)
-            ZPException::raise_format(ZPInvalidArgumentException, "*** a property list nested more than %d levels deep"_zp, _ZPMaximumLevels);
+            ZPException::raise_format(ZPInvalidArgumentException,
+                                      "*** a property list nested more than %d levels deep"_zp, _ZPMaximumLevels);
     }
 
     // The pieces of what might become one line, while it is short enough. A piece of an array takes two
@@ -311,7 +335,9 @@ struct Writer {
     struct Entry {
         id key, value;
     };
-    static bool before(const Entry &a, const Entry &b) { return static_cast<ZPString *>(a.key)->compare(static_cast<ZPString *>(b.key)) < 0; }
+    static bool before(const Entry &a, const Entry &b) {
+        return static_cast<ZPString *>(a.key)->compare(static_cast<ZPString *>(b.key)) < 0;
+    }
     // Keys that are library strings in bytes below 128 compare as bytes do.
     static bool bytesBefore(const Entry &a, const Entry &b) {
         ZPStringView x = _ZPViewOfString(a.key), y = _ZPViewOfString(b.key);
@@ -339,10 +365,13 @@ struct Writer {
         unsigned count = unsigned(entries.size());
         _ZPObjectBuffer buffer(3 * std::size_t(count));
         for (unsigned i = 0; i < count; ++i) buffer.items[i] = id(reinterpret_cast<objc_object *>(&entries[i]));
-        id *sorted = _ZPMergeSort(count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count), [](id a, id b, void *) {
-            auto key = [](id e) { return reinterpret_cast<Entry *>(e.pointer())->key; };
-            return objc_msgSend<int>(key(a), "compare:"_sel, static_cast<ZPString *>(key(b)));
-        }, nullptr, count > 63);
+        id *sorted = _ZPMergeSort(
+            count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count),
+            [](id a, id b, void *) {
+                auto key = [](id e) { return reinterpret_cast<Entry *>(e.pointer())->key; };
+                return objc_msgSend<int>(key(a), "compare:"_sel, static_cast<ZPString *>(key(b)));
+            },
+            nullptr, count > 63);
         std::vector<Entry> result;
         for (unsigned i = 0; i < count; ++i) result.push_back(*reinterpret_cast<Entry *>(sorted[i].pointer()));
         entries = std::move(result);
@@ -379,7 +408,8 @@ struct Writer {
 
 bool writeDescription(ZPString *description, ZPString *path, BOOL atomically) {
     unsigned length = description->length();
-    if (!length || description->characterAtIndex(length - 1) != '\n') description = description->stringByAppendingString("\n"_zp);
+    if (!length || description->characterAtIndex(length - 1) != '\n')
+        description = description->stringByAppendingString("\n"_zp);
     return description->writeToFile_atomically(path, atomically);
 }
 
@@ -391,12 +421,16 @@ struct ArrayWriting : ZPArray {
         Writer{text, locale}.otherArray(this, level);
         return text.string();
     }
-    BOOL writeToFile(ZPString *path, BOOL atomically) { return writeDescription(ZPArray::description(), path, atomically); }
+    BOOL writeToFile(ZPString *path, BOOL atomically) {
+        return writeDescription(ZPArray::description(), path, atomically);
+    }
 };
 
 struct DictionaryWriting : ZPDictionary {
     ZPString *description() { return ZPDictionary::descriptionWithLocale_indent(nullptr, 0); }
-    ZPString *descriptionWithLocale(ZPDictionary *locale) { return ZPDictionary::descriptionWithLocale_indent(locale, 0); }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) {
+        return ZPDictionary::descriptionWithLocale_indent(locale, 0);
+    }
     ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) {
         Text text;
         Writer{text, locale}.dictionary(this, level);
@@ -407,13 +441,17 @@ struct DictionaryWriting : ZPDictionary {
         _ZPForEachEntry(this, [&](id key, id value) {
             text.put(static_cast<ZPString *>(key)->quotedStringRepresentation());
             text.put(" = ");
-            text.put(value->isKindOfClass(ZPString::class_()) ? static_cast<ZPString *>(value)->quotedStringRepresentation() : value->description());
+            text.put(value->isKindOfClass(ZPString::class_())
+                         ? static_cast<ZPString *>(value)->quotedStringRepresentation()
+                         : value->description());
             text.put(";\n");
             return true;
         });
         return text.string();
     }
-    BOOL writeToFile(ZPString *path, BOOL atomically) { return writeDescription(ZPDictionary::description(), path, atomically); }
+    BOOL writeToFile(ZPString *path, BOOL atomically) {
+        return writeDescription(ZPDictionary::description(), path, atomically);
+    }
 };
 
 struct StringWriting : ZPString {
@@ -445,7 +483,9 @@ unsigned _ZPIsPList(id object, BOOL deep) {
     auto kindOf = [](id o) -> unsigned {
         if (!o) return 0;
         Class cls = o.pointer()->isa;
-        if (cls == ZPConstantString::class_() || cls == ZPInlineCString::class_() || o->isKindOfClass(ZPString::class_())) return 1;
+        if (cls == ZPConstantString::class_() || cls == ZPInlineCString::class_() ||
+            o->isKindOfClass(ZPString::class_()))
+            return 1;
         if (o->isKindOfClass(ZPData::class_())) return 2;
         if (o->isKindOfClass(ZPArray::class_())) return 3;
         return o->isKindOfClass(ZPDictionary::class_()) ? 4 : 0;

@@ -23,10 +23,13 @@ class ZPArrayIterator {
     static constexpr unsigned taken = 16;
     ZPArray *_array;
     unsigned _index = 0, _count;
-    union { id _elements[taken]; };
+    union {
+        id _elements[taken];
+    };
 
     void take() {
-        if (_index < _count) _array->getObjects_range(_elements, {_index, _count - _index < taken ? _count - _index : taken});
+        if (_index < _count)
+            _array->getObjects_range(_elements, {_index, _count - _index < taken ? _count - _index : taken});
     }
 
   public:
@@ -63,7 +66,8 @@ class ZPEnumeratorIterator {
     using difference_type = std::ptrdiff_t;
 
     /// Takes the first element; null is empty.
-    explicit ZPEnumeratorIterator(ZPEnumerator *enumerator) : _enumerator(enumerator), _object(enumerator->nextObject()) {}
+    explicit ZPEnumeratorIterator(ZPEnumerator *enumerator)
+        : _enumerator(enumerator), _object(enumerator->nextObject()) {}
     /// The element, borrowed.
     id operator*() const { return _object; }
     ///@{
@@ -80,7 +84,7 @@ class ZPEnumeratorIterator {
 
 /// One entry, for range-for with `auto [key, value]`; not retained.
 struct ZPDictionaryEntry {
-    id key;    ///< borrowed
+    id key;  ///< borrowed
     id value;  ///< borrowed
 };
 

@@ -48,64 +48,60 @@ template <class T> class ZPRef {
     ZPRef(ZPRef &&other) noexcept : _object(std::exchange(other._object, nullptr)) {}
     /// Owns the same object, retained once more, as one of its superclasses.
     template <class U>
-        requires std::is_convertible_v<U *, T *>
-    ZPRef(const ZPRef<U> &other) : ZPRef(static_cast<T *>(other._object)) {}
-    /// Takes the reference over, as one to a superclass.
-    template <class U>
-        requires std::is_convertible_v<U *, T *>
-    ZPRef(ZPRef<U> &&other) noexcept : _object(std::exchange(other._object, nullptr)) {}
-    /// Releases the object.
-    ~ZPRef() {
-        if (_object) _object->release();
-    }
-    /// Owns what the other does, and releases what it owned before.
-    ZPRef &operator=(ZPRef other) noexcept {
-        std::swap(_object, other._object);
-        return *this;
-    }
+        requires std::is_convertible_v<U *, T *> ZPRef(const ZPRef<U> &other)
+            : ZPRef(static_cast<T *>(other._object)) {}
+        /// Takes the reference over, as one to a superclass.
+        template <class U>
+            requires std::is_convertible_v<U *, T *> ZPRef(ZPRef<U> &&other)
+        noexcept : _object(std::exchange(other._object, nullptr)) {}
+        /// Releases the object.
+        ~ZPRef() {
+            if (_object) _object->release();
+        }
+        /// Owns what the other does, and releases what it owned before.
+        ZPRef &operator=(ZPRef other) noexcept {
+            std::swap(_object, other._object);
+            return *this;
+        }
 
-    /// Takes over a reference that the caller owns.
-    static ZPRef adopt(T *owned) {
-        ZPRef result;
-        result._object = owned;
-        return result;
-    }
+        /// Takes over a reference that the caller owns.
+        static ZPRef adopt(T *owned) {
+            ZPRef result;
+            result._object = owned;
+            return result;
+        }
 
-    /// The object itself, not retained; null when there is none.
-    T *get() const ZP_BORROWED { return _object; }
-    /// The object, to send it a message; null answers zeros.
-    T *operator->() const { return _object; }
-    /// The object, for a debugger's `print *reference`; not for null.
-    T &operator*() const ZP_BORROWED { return *_object; }
-    /// The object itself, not retained.
-    operator T *() const ZP_BORROWED { return _object; }
-    /// The object itself, not retained.
-    operator id() const ZP_BORROWED { return _object; }
-    /// Whether it owns an object.
-    explicit operator bool() const { return _object != nullptr; }
-    /// Gives the reference up to the caller, who then releases the object; null when there is none.
-    [[nodiscard]] T *detach() { return std::exchange(_object, nullptr); }
-    /// Gives the reference to the innermost autorelease pool of the calling thread, and answers the object.
-    T *autoreleased() && {
-        if (_object) _object->autorelease();
-        return detach();
-    }
-    /// Whether both own the same object, or both nothing.
-    friend bool operator==(const ZPRef &a, const ZPRef &b) { return a._object == b._object; }
-    /// Whether it owns that object; it is not asked whether they are equal.
-    template <class U>
-        requires std::is_convertible_v<U, id>
-    friend bool operator==(const ZPRef &a, U b) {
-        return id(a._object).pointer() == id(b).pointer();
-    }
-    /// Whether it owns nothing.
-    friend bool operator==(const ZPRef &a, std::nullptr_t) { return a._object == nullptr; }
-    /// Writes the object to a stream as a pointer to it is written.
-    template <class S>
-        requires requires(S &stream, T *object) { stream << object; }
-    friend decltype(auto) operator<<(S &stream, const ZPRef &a) {
-        return stream << a._object;
-    }
+        /// The object itself, not retained; null when there is none.
+        T *get() const ZP_BORROWED { return _object; }
+        /// The object, to send it a message; null answers zeros.
+        T *operator->() const { return _object; }
+        /// The object, for a debugger's `print *reference`; not for null.
+        T &operator*() const ZP_BORROWED { return *_object; }
+        /// The object itself, not retained.
+        operator T *() const ZP_BORROWED { return _object; }
+        /// The object itself, not retained.
+        operator id() const ZP_BORROWED { return _object; }
+        /// Whether it owns an object.
+        explicit operator bool() const { return _object != nullptr; }
+        /// Gives the reference up to the caller, who then releases the object; null when there is none.
+        [[nodiscard]] T *detach() { return std::exchange(_object, nullptr); }
+        /// Gives the reference to the innermost autorelease pool of the calling thread, and answers the object.
+        T *autoreleased() && {
+            if (_object) _object->autorelease();
+            return detach();
+        }
+        /// Whether both own the same object, or both nothing.
+        friend bool operator==(const ZPRef &a, const ZPRef &b) { return a._object == b._object; }
+        /// Whether it owns that object; it is not asked whether they are equal.
+        template <class U>
+            requires std::is_convertible_v<U, id>
+        friend bool operator==(const ZPRef &a, U b) { return id(a._object).pointer() == id(b).pointer(); }
+        /// Whether it owns nothing.
+        friend bool operator==(const ZPRef &a, std::nullptr_t) { return a._object == nullptr; }
+        /// Writes the object to a stream as a pointer to it is written.
+        template <class S>
+            requires requires(S &stream, T *object) { stream << object; }
+        friend decltype(auto) operator<<(S &stream, const ZPRef &a) { return stream << a._object; }
 };
 
 /// A `ZPRef` that takes over the reference its argument (null: none) carries, as alloc, copy and new give it. Keep

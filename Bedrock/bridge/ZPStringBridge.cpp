@@ -27,7 +27,8 @@ bool decode(std::string_view utf8, std::u16string &units) {
 
 ZPString *ZPMakeString(std::string_view utf8) {
     if (utf8.size() > longest) return nullptr;
-    ZPString *s = ZPString::alloc()->initWithBytes_length_encoding(utf8.data(), unsigned(utf8.size()), ZPUTF8StringEncoding);
+    ZPString *s =
+        ZPString::alloc()->initWithBytes_length_encoding(utf8.data(), unsigned(utf8.size()), ZPUTF8StringEncoding);
     return s ? s->autorelease() : id();
 }
 
@@ -47,8 +48,8 @@ std::string ZPStdString(ZPString *string) {
     char piece[512];
     for (ZPRange rest{0, view.length}; rest.length;) {
         unsigned filled = 0;
-        string->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(piece, sizeof piece, &filled, ZPUTF8StringEncoding,
-                                                                                                   YES, rest, &rest);
+        string->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            piece, sizeof piece, &filled, ZPUTF8StringEncoding, YES, rest, &rest);
         if (filled == 0) break;
         text.append(piece, filled);
     }
@@ -63,12 +64,17 @@ std::u16string ZPStdU16String(ZPString *string) {
     return units;
 }
 
-std::ostream &operator<<(std::ostream &stream, ZPString *string) { return stream << (string ? ZPStdString(string) : "(null)"); }
+std::ostream &operator<<(std::ostream &stream, ZPString *string) {
+    return stream << (string ? ZPStdString(string) : "(null)");
+}
 
 std::size_t ZPStringHash::operator()(ZPString *string) const { return string ? string->hash() : 0; }
-std::size_t ZPStringHash::operator()(std::u16string_view text) const { return ZPHashCharacters(text.data(), unsigned(text.size())); }
+std::size_t ZPStringHash::operator()(std::u16string_view text) const {
+    return ZPHashCharacters(text.data(), unsigned(text.size()));
+}
 std::size_t ZPStringHash::operator()(std::string_view utf8) const {
-    if (utf8.size() <= longest && _ZPIsASCII(utf8.data(), unsigned(utf8.size()))) return ZPHashCString(utf8.data(), unsigned(utf8.size()));
+    if (utf8.size() <= longest && _ZPIsASCII(utf8.data(), unsigned(utf8.size())))
+        return ZPHashCString(utf8.data(), unsigned(utf8.size()));
     std::u16string units;
     return decode(utf8, units) ? (*this)(std::u16string_view(units)) : 0;
 }

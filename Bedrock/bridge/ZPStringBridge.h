@@ -24,13 +24,13 @@ ZP_EXPORT std::u16string ZPStdU16String(ZPString *string);
 /// Writes a string's text, any other object's `description`, in UTF-8; "(null)" for null.
 ZP_EXPORT std::ostream &operator<<(std::ostream &stream, ZPString *string);
 template <class T>
-    requires std::is_same_v<T, id>
-std::ostream &operator<<(std::ostream &stream, T object) {
+requires std::is_same_v<T, id> std::ostream &operator<<(std::ostream &stream, T object) {
     return stream << (object ? object->description() : nullptr);
 }
 template <class T>
-    requires requires { sizeof(T); } && std::is_base_of_v<ZPObject, T>
-std::ostream &operator<<(std::ostream &stream, T *object) {
+    requires requires {
+        sizeof(T);
+} && std::is_base_of_v<ZPObject, T> std::ostream &operator<<(std::ostream &stream, T *object) {
     return stream << (object ? object->description() : nullptr);
 }
 ///@}

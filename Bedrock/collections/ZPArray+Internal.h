@@ -16,7 +16,8 @@ struct ZPConcreteArray : ZPArray {
     id *_items;
 
     static ZPConcreteArray *allocate(unsigned room, ZPZone *zone) {
-        auto *array = static_cast<ZPConcreteArray *>(static_cast<ZPArray *>(ZPAllocateObject(class_(), room * unsigned(sizeof(id)), zone)));
+        auto *array = static_cast<ZPConcreteArray *>(
+            static_cast<ZPArray *>(ZPAllocateObject(class_(), room * unsigned(sizeof(id)), zone)));
         array->_items = reinterpret_cast<id *>(array + 1);
         return array;
     }
@@ -26,7 +27,8 @@ struct ZPConcreteArray : ZPArray {
     void dealloc();
     unsigned count() { return _info; }
     id objectAtIndex(unsigned index) {
-        if (index >= _info) [[unlikely]] _ZPRaiseBounds(this, "objectAtIndex:"_sel, index, _info);
+        if (index >= _info) [[unlikely]]
+            _ZPRaiseBounds(this, "objectAtIndex:"_sel, index, _info);
         return _items[index];
     }
     id copyWithZone(ZPZone *) { return retain(); }
@@ -48,12 +50,15 @@ struct ZPConcreteMutableArray : ZPMutableArray {
     void dealloc();
     unsigned count() { return _info; }
     id objectAtIndex(unsigned index) {
-        if (index >= _info) [[unlikely]] _ZPRaiseBounds(this, "objectAtIndex:"_sel, index, _info);
+        if (index >= _info) [[unlikely]]
+            _ZPRaiseBounds(this, "objectAtIndex:"_sel, index, _info);
         return _items[index];
     }
     void addObject(id object) {
-        if (!object) [[unlikely]] _ZPRaiseNil(this, "addObject:"_sel);
-        if (_info >= _size || !_items) [[unlikely]] makeRoom(1);
+        if (!object) [[unlikely]]
+            _ZPRaiseNil(this, "addObject:"_sel);
+        if (_info >= _size || !_items) [[unlikely]]
+            makeRoom(1);
         object->retain();
         _items[_info++] = object;
     }

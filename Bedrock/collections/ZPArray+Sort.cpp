@@ -7,14 +7,17 @@
 
 #include <cstring>
 
-static void move(id *to, const id *from, unsigned count) { std::memcpy(static_cast<void *>(to), static_cast<const void *>(from), count * sizeof(id)); }
+static void move(id *to, const id *from, unsigned count) {
+    std::memcpy(static_cast<void *>(to), static_cast<const void *>(from), count * sizeof(id));
+}
 
 static id *put(id *to, id a, id b, id c) {
     to[0] = a, to[1] = b, to[2] = c;
     return to;
 }
 
-id *_ZPMergeSort(unsigned count, id *source, id *result, id *scratch, ZPSortFunction *compare, void *context, BOOL checkPresorted) {
+id *_ZPMergeSort(unsigned count, id *source, id *result, id *scratch, ZPSortFunction *compare, void *context,
+                 BOOL checkPresorted) {
     if (count < 2) return source;
     if (count == 2) {
         if (compare(source[0], source[1], context) <= 0) return source;
@@ -65,7 +68,8 @@ struct Sorted {
     id *items;
     Sorted(ZPArray *array, unsigned count, ZPSortFunction *compare, void *context) : buffer(3 * std::size_t(count)) {
         array->getObjects_range(buffer.items, {0, count});
-        items = _ZPMergeSort(count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count), compare, context, count > 63);
+        items = _ZPMergeSort(count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count), compare,
+                             context, count > 63);
     }
 };
 
@@ -80,7 +84,9 @@ struct ZPArraySorting : ZPArray {
         Sorted sorted(this, count, compare, context);
         return _ZPMakeArray(sorted.items, count);
     }
-    ZPArray *usingSelector(SEL selector) { return ZPArray::sortedArrayUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector)); }
+    ZPArray *usingSelector(SEL selector) {
+        return ZPArray::sortedArrayUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector));
+    }
 
     // A hint holds the hash of each element in element order, as little-endian 32-bit words.
     ZPData *hint() {
@@ -123,13 +129,17 @@ struct ZPArraySorting : ZPArray {
             }
         }
         ZPMapEnumerator rest = ZPEnumerateMapTable(map.table);
-        for (void *element; ZPNextMapEnumeratorPair(&rest, nullptr, &element);) work[front++] = id(static_cast<objc_object *>(element));
+        for (void *element; ZPNextMapEnumeratorPair(&rest, nullptr, &element);)
+            work[front++] = id(static_cast<objc_object *>(element));
         if (front != back)
-            ZPLog("%@: broken invariant, %d != %d"_zp, _ZPMethodExceptionProem(this, "sortedArrayUsingFunction:context:hint:"_sel), front, back);
-        return _ZPMakeArray(_ZPMergeSort(count, work, work + count, work + 2 * std::size_t(count), compare, context, YES), count);
+            ZPLog("%@: broken invariant, %d != %d"_zp,
+                  _ZPMethodExceptionProem(this, "sortedArrayUsingFunction:context:hint:"_sel), front, back);
+        return _ZPMakeArray(
+            _ZPMergeSort(count, work, work + count, work + 2 * std::size_t(count), compare, context, YES), count);
     }
     ZPArray *usingSelectorHint(SEL selector, ZPData *hint) {
-        return ZPArray::sortedArrayUsingFunction_context_hint(_ZPCompareBySelector, const_cast<objc_selector *>(selector), hint);
+        return ZPArray::sortedArrayUsingFunction_context_hint(_ZPCompareBySelector,
+                                                              const_cast<objc_selector *>(selector), hint);
     }
 };
 
@@ -148,7 +158,9 @@ struct ZPMutableArraySorting : ZPMutableArray {
         for (; releaser.count < count; ++releaser.count) sorted.items[releaser.count]->retain();
         for (unsigned i = 0; i < count; ++i) ZPMutableArray::replaceObjectAtIndex_withObject(i, sorted.items[i]);
     }
-    void usingSelector(SEL selector) { ZPMutableArray::sortUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector)); }
+    void usingSelector(SEL selector) {
+        ZPMutableArray::sortUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector));
+    }
 };
 
 }  // namespace

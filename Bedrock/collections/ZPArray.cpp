@@ -36,7 +36,8 @@ unsigned _ZPIndexOf(id object, const id *items, unsigned count, bool identical, 
 
 static ZPArray *emptyArray;
 ZPArray *_ZPEmptyArray() {
-    if (!emptyArray) [[unlikely]] ZPArray::array();  // the first message to the class makes it
+    if (!emptyArray) [[unlikely]]
+        ZPArray::array();  // the first message to the class makes it
     return emptyArray;
 }
 
@@ -59,7 +60,9 @@ struct ZPArrayClassMethods {
     // A failed initialisation answers null.
     static id finished(id array) { return array ? array->autorelease() : array; }
     static id withArray(Class self, ZPArray *array) { return finished(alloc(self)->initWithArray(array)); }
-    static id withArrayCopy(Class self, ZPArray *array, BOOL copyItems) { return finished(alloc(self)->initWithArray_copyItems(array, copyItems)); }
+    static id withArrayCopy(Class self, ZPArray *array, BOOL copyItems) {
+        return finished(alloc(self)->initWithArray_copyItems(array, copyItems));
+    }
     static id withFile(Class self, ZPString *path) { return finished(alloc(self)->initWithContentsOfFile(path)); }
     static id withObjectsCount(Class self, const id *objects, unsigned count) {
         if (self == ZPArray::class_()) return _ZPMakeArray(objects, count);
@@ -116,7 +119,9 @@ struct ZPArrayMethods : ZPArray {
         if (!items) count = ZPArray::count();
         _ZPCheckElements(this, "getObjects:range:"_sel, range, count);
         if (!range.length) return;
-        if (items) std::memcpy(static_cast<void *>(objects), static_cast<void *>(items + range.location), range.length * sizeof(id));
+        if (items)
+            std::memcpy(static_cast<void *>(objects), static_cast<void *>(items + range.location),
+                        range.length * sizeof(id));
         else
             for (unsigned i = 0; i < range.length; ++i) objects[i] = ZPArray::objectAtIndex(range.location + i);
     }
@@ -131,9 +136,15 @@ struct ZPArrayMethods : ZPArray {
     }
     BOOL containsObject(id object) { return search("containsObject:"_sel, object, {0, size()}, false) != ZPNotFound; }
     unsigned indexOfObject(id object) { return search("indexOfObject:"_sel, object, {0, size()}, false); }
-    unsigned indexOfObject_inRange(id object, ZPRange range) { return search("indexOfObject:inRange:"_sel, object, range, false); }
-    unsigned indexOfObjectIdenticalTo(id object) { return search("indexOfObjectIdenticalTo:"_sel, object, {0, size()}, true); }
-    unsigned indexOfObjectIdenticalTo_inRange(id object, ZPRange range) { return search("indexOfObjectIdenticalTo:inRange:"_sel, object, range, true); }
+    unsigned indexOfObject_inRange(id object, ZPRange range) {
+        return search("indexOfObject:inRange:"_sel, object, range, false);
+    }
+    unsigned indexOfObjectIdenticalTo(id object) {
+        return search("indexOfObjectIdenticalTo:"_sel, object, {0, size()}, true);
+    }
+    unsigned indexOfObjectIdenticalTo_inRange(id object, ZPRange range) {
+        return search("indexOfObjectIdenticalTo:inRange:"_sel, object, range, true);
+    }
     unsigned indexOfObject_range_identical(id object, ZPRange range, BOOL identical) {
         return search("indexOfObject:range:identical:"_sel, object, range, identical);
     }
@@ -182,7 +193,8 @@ struct ZPArrayMethods : ZPArray {
     ZPArray *arrayByAddingObject(id object) { return ZPArray::arrayByAddingObjects_count(&object, 1); }
     ZPArray *arrayByAddingObjects_count(const id *objects, unsigned count) {
         unsigned ours = size();
-        if (count >= _ZPCollectionLimit - ours) _ZPRaiseAbsurd(this, "arrayByAddingObjects:count:"_sel, "count", ours + count);
+        if (count >= _ZPCollectionLimit - ours)
+            _ZPRaiseAbsurd(this, "arrayByAddingObjects:count:"_sel, "count", ours + count);
         _ZPObjectBuffer all(ours + count);
         if (ours) ZPArray::getObjects_range(all.items, {0, ours});
         std::copy_n(objects, count, all.items + ours);
@@ -200,7 +212,9 @@ struct ZPArrayMethods : ZPArray {
         return _ZPMakeArray(results.items, results.count);
     }
     ZPArray *arrayByExcluding(ZPArray *array) { return ZPArray::arrayByExcludingObjectsInArray_identical(array, NO); }
-    ZPArray *arrayByExcludingIdentical(ZPArray *array) { return ZPArray::arrayByExcludingObjectsInArray_identical(array, YES); }
+    ZPArray *arrayByExcludingIdentical(ZPArray *array) {
+        return ZPArray::arrayByExcludingObjectsInArray_identical(array, YES);
+    }
     ZPArray *arrayByExcludingObjectsInArray_identical(ZPArray *array, BOOL identical) {
         _ZPElements elements(this), others(array);
         if (!elements.count) return _ZPEmptyArray();
@@ -231,9 +245,13 @@ struct ZPArrayMethods : ZPArray {
         if (length > 0x7FFFFFFF) _ZPRaiseAbsurd(this, "componentsJoinedByString:"_sel, "count", unsigned(length));
         struct Block {
             unichar *units;
-            ~Block() { if (units) ZPZoneFree(nullptr, units); }
+            ~Block() {
+                if (units) ZPZoneFree(nullptr, units);
+            }
         } block{static_cast<unichar *>(ZPZoneMalloc(nullptr, length * sizeof(unichar) + 1))};
-        if (!block.units) ZPException::raise_format(ZPMallocException, "*** out of memory for a string of %u characters"_zp, unsigned(length));
+        if (!block.units)
+            ZPException::raise_format(ZPMallocException, "*** out of memory for a string of %u characters"_zp,
+                                      unsigned(length));
         unichar *at = block.units, *end = at + length;
         for (unsigned i = 0; i < elements.count; ++i) {
             ZPString *text = texts.items[i];
@@ -249,7 +267,9 @@ struct ZPArrayMethods : ZPArray {
         }
         unichar *units = block.units;
         block.units = nullptr;
-        return ZPString::alloc()->initWithCharactersNoCopy_length_freeWhenDone(units, unsigned(at - units), YES)->autorelease();
+        return ZPString::alloc()
+            ->initWithCharactersNoCopy_length_freeWhenDone(units, unsigned(at - units), YES)
+            ->autorelease();
     }
 
     // ---- messages to all ----
@@ -266,11 +286,15 @@ struct ZPArrayMethods : ZPArray {
     ZPEnumerator *enumerator(BOOL reverse) {
         unsigned count;
         if (id *items = _ZPConcreteItems(this, count))
-            return ZPIdEnumerator::alloc()->initWithObjects_count_target_reverse_freeWhenDone(items, count, this, reverse, NO)->autorelease();
+            return ZPIdEnumerator::alloc()
+                ->initWithObjects_count_target_reverse_freeWhenDone(items, count, this, reverse, NO)
+                ->autorelease();
         count = ZPArray::count();
         auto *list = static_cast<id *>(ZPZoneCalloc(nullptr, count ? count : 1, sizeof(id)));
         if (!list) ZPException::raise_format(ZPMallocException, "*** out of memory for a list of objects"_zp);
-        ZPIdEnumerator *e = ZPIdEnumerator::alloc()->initWithObjects_count_target_reverse_freeWhenDone(list, count, this, reverse, YES)->autorelease();
+        ZPIdEnumerator *e = ZPIdEnumerator::alloc()
+                                ->initWithObjects_count_target_reverse_freeWhenDone(list, count, this, reverse, YES)
+                                ->autorelease();
         if (count) ZPArray::getObjects_range(list, {0, count});
         return e;
     }
@@ -279,7 +303,9 @@ struct ZPArrayMethods : ZPArray {
 
     // ---- copies ----
     id copyWithZone(ZPZone *zone) { return ZPArray::allocWithZone(zone)->initWithArray_copyItems(this, YES); }
-    id mutableCopyWithZone(ZPZone *zone) { return ZPMutableArray::allocWithZone(zone)->initWithArray_copyItems(this, NO); }
+    id mutableCopyWithZone(ZPZone *zone) {
+        return ZPMutableArray::allocWithZone(zone)->initWithArray_copyItems(this, NO);
+    }
     Class classForCoder() { return ZPArray::class_(); }
 };
 

@@ -29,15 +29,21 @@ struct ZPArray : ZPObject {
     /// The empty array: one shared object.
     static ZPArray *array() { return objc_msgSend<ZPArray *>(class_(), "array"_sel); }
     /// The elements of another array.
-    static ZPArray *arrayWithArray(ZPArray *array) { return objc_msgSend<ZPArray *>(class_(), "arrayWithArray:"_sel, array); }
+    static ZPArray *arrayWithArray(ZPArray *array) {
+        return objc_msgSend<ZPArray *>(class_(), "arrayWithArray:"_sel, array);
+    }
     /// The elements of another array; with `copyItems` their copies, which `copyWithZone:` makes.
     static ZPArray *arrayWithArray_copyItems(ZPArray *array, BOOL copyItems) {
         return objc_msgSend<ZPArray *>(class_(), "arrayWithArray:copyItems:"_sel, array, copyItems);
     }
     /// Reads a property list; null when the file cannot be read or holds no array.
-    static ZPArray *arrayWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPArray *>(class_(), "arrayWithContentsOfFile:"_sel, path); }
+    static ZPArray *arrayWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPArray *>(class_(), "arrayWithContentsOfFile:"_sel, path);
+    }
     /// One element.
-    static ZPArray *arrayWithObject(id object) { return objc_msgSend<ZPArray *>(class_(), "arrayWithObject:"_sel, object); }
+    static ZPArray *arrayWithObject(id object) {
+        return objc_msgSend<ZPArray *>(class_(), "arrayWithObject:"_sel, object);
+    }
     /// `count` elements from `objects` on.
     static ZPArray *arrayWithObjects_count(const id *objects, unsigned count) {
         return objc_msgSend<ZPArray *>(class_(), "arrayWithObjects:count:"_sel, objects, count);
@@ -62,7 +68,9 @@ struct ZPArray : ZPObject {
         return objc_msgSend<ZPArray *>(this, "initWithArray:copyItems:"_sel, array, copyItems);
     }
     /// Null when the file cannot be read or holds no array.
-    ZPArray *initWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPArray *>(this, "initWithContentsOfFile:"_sel, path); }
+    ZPArray *initWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPArray *>(this, "initWithContentsOfFile:"_sel, path);
+    }
 
     /// The number of elements.
     unsigned count() { return objc_msgSend<unsigned>(this, "count"_sel); }
@@ -80,9 +88,13 @@ struct ZPArray : ZPObject {
     /// The first index of the identical object, else the first of an equal one.
     unsigned indexOfObject(id object) { return objc_msgSend<unsigned>(this, "indexOfObject:"_sel, object); }
     /// The same within a range; the answer counts from the array's beginning.
-    unsigned indexOfObject_inRange(id object, ZPRange range) { return objc_msgSend<unsigned>(this, "indexOfObject:inRange:"_sel, object, range); }
+    unsigned indexOfObject_inRange(id object, ZPRange range) {
+        return objc_msgSend<unsigned>(this, "indexOfObject:inRange:"_sel, object, range);
+    }
     /// The first index of the very object.
-    unsigned indexOfObjectIdenticalTo(id object) { return objc_msgSend<unsigned>(this, "indexOfObjectIdenticalTo:"_sel, object); }
+    unsigned indexOfObjectIdenticalTo(id object) {
+        return objc_msgSend<unsigned>(this, "indexOfObjectIdenticalTo:"_sel, object);
+    }
     /// The same within a range.
     unsigned indexOfObjectIdenticalTo_inRange(id object, ZPRange range) {
         return objc_msgSend<unsigned>(this, "indexOfObjectIdenticalTo:inRange:"_sel, object, range);
@@ -92,28 +104,40 @@ struct ZPArray : ZPObject {
         return objc_msgSend<unsigned>(this, "indexOfObject:range:identical:"_sel, object, range, identical);
     }
     /// Searches from `index` to the end, or back to 0; `indexOf:::`.
-    unsigned indexOf(id object, int index, BOOL forward) { return objc_msgSend<unsigned>(this, "indexOf:::"_sel, object, index, forward); }
+    unsigned indexOf(id object, int index, BOOL forward) {
+        return objc_msgSend<unsigned>(this, "indexOf:::"_sel, object, index, forward);
+    }
     /// The first index whose element answers the selector with something that `object` finds equal.
     unsigned indexOfAttributeBySelector_equalToObject(SEL selector, id object) {
         return objc_msgSend<unsigned>(this, "indexOfAttributeBySelector:equalToObject:"_sel, selector, object);
     }
     /// The first element that the other array contains too, or null.
-    id firstObjectCommonWithArray(ZPArray *array) { return objc_msgSend<id>(this, "firstObjectCommonWithArray:"_sel, array); }
+    id firstObjectCommonWithArray(ZPArray *array) {
+        return objc_msgSend<id>(this, "firstObjectCommonWithArray:"_sel, array);
+    }
     /// Equal elements in the same order.
     BOOL isEqualToArray(ZPArray *array) { return objc_msgSend<BOOL>(this, "isEqualToArray:"_sel, array); }
 
     /// The elements with one more behind them.
-    ZPArray *arrayByAddingObject(id object) { return objc_msgSend<ZPArray *>(this, "arrayByAddingObject:"_sel, object); }
+    ZPArray *arrayByAddingObject(id object) {
+        return objc_msgSend<ZPArray *>(this, "arrayByAddingObject:"_sel, object);
+    }
     /// The elements with `count` more behind them.
     ZPArray *arrayByAddingObjects_count(const id *objects, unsigned count) {
         return objc_msgSend<ZPArray *>(this, "arrayByAddingObjects:count:"_sel, objects, count);
     }
     /// The elements with those of another array behind them.
-    ZPArray *arrayByAddingObjectsFromArray(ZPArray *array) { return objc_msgSend<ZPArray *>(this, "arrayByAddingObjectsFromArray:"_sel, array); }
+    ZPArray *arrayByAddingObjectsFromArray(ZPArray *array) {
+        return objc_msgSend<ZPArray *>(this, "arrayByAddingObjectsFromArray:"_sel, array);
+    }
     /// What the elements answer the selector with, nulls left out.
-    ZPArray *arrayByApplyingSelector(SEL selector) { return objc_msgSend<ZPArray *>(this, "arrayByApplyingSelector:"_sel, selector); }
+    ZPArray *arrayByApplyingSelector(SEL selector) {
+        return objc_msgSend<ZPArray *>(this, "arrayByApplyingSelector:"_sel, selector);
+    }
     /// The elements to which no element of the other array is equal.
-    ZPArray *arrayByExcludingObjectsInArray(ZPArray *array) { return objc_msgSend<ZPArray *>(this, "arrayByExcludingObjectsInArray:"_sel, array); }
+    ZPArray *arrayByExcludingObjectsInArray(ZPArray *array) {
+        return objc_msgSend<ZPArray *>(this, "arrayByExcludingObjectsInArray:"_sel, array);
+    }
     /// The elements that are not themselves in the other array.
     ZPArray *arrayByExcludingIdenticalObjectsInArray(ZPArray *array) {
         return objc_msgSend<ZPArray *>(this, "arrayByExcludingIdenticalObjectsInArray:"_sel, array);
@@ -125,14 +149,20 @@ struct ZPArray : ZPObject {
     /// The elements of a range.
     ZPArray *subarrayWithRange(ZPRange range) { return objc_msgSend<ZPArray *>(this, "subarrayWithRange:"_sel, range); }
     /// The descriptions of the elements with the separator (null: nothing) between them.
-    ZPString *componentsJoinedByString(ZPString *separator) { return objc_msgSend<ZPString *>(this, "componentsJoinedByString:"_sel, separator); }
+    ZPString *componentsJoinedByString(ZPString *separator) {
+        return objc_msgSend<ZPString *>(this, "componentsJoinedByString:"_sel, separator);
+    }
     /// ZPArrayPathExtensions: the paths whose extension is among the given ones, in order.
-    ZPArray *pathsMatchingExtensions(ZPArray *extensions) { return objc_msgSend<ZPArray *>(this, "pathsMatchingExtensions:"_sel, extensions); }
+    ZPArray *pathsMatchingExtensions(ZPArray *extensions) {
+        return objc_msgSend<ZPArray *>(this, "pathsMatchingExtensions:"_sel, extensions);
+    }
 
     /// Sends a selector without arguments to every element in index order.
     void makeObjectsPerform(SEL selector) { objc_msgSend(this, "makeObjectsPerform:"_sel, selector); }
     /// Sends a selector with one argument to every element in index order.
-    void makeObjectsPerform_withObject(SEL selector, id object) { objc_msgSend(this, "makeObjectsPerform:withObject:"_sel, selector, object); }
+    void makeObjectsPerform_withObject(SEL selector, id object) {
+        objc_msgSend(this, "makeObjectsPerform:withObject:"_sel, selector, object);
+    }
     /// As `makeObjectsPerform`.
     void makeObjectsPerformSelector(SEL selector) { objc_msgSend(this, "makeObjectsPerformSelector:"_sel, selector); }
     /// As `makeObjectsPerform_withObject`.
@@ -143,7 +173,9 @@ struct ZPArray : ZPObject {
     /// Enumerates the elements in index order; autoreleased.
     ZPEnumerator *objectEnumerator() { return objc_msgSend<ZPEnumerator *>(this, "objectEnumerator"_sel); }
     /// Enumerates from the last element to the first; autoreleased.
-    ZPEnumerator *reverseObjectEnumerator() { return objc_msgSend<ZPEnumerator *>(this, "reverseObjectEnumerator"_sel); }
+    ZPEnumerator *reverseObjectEnumerator() {
+        return objc_msgSend<ZPEnumerator *>(this, "reverseObjectEnumerator"_sel);
+    }
 
     /// The elements in ascending order; equal elements keep their order.
     ZPArray *sortedArrayUsingFunction_context(ZPSortFunction *function, void *context) {
@@ -151,7 +183,9 @@ struct ZPArray : ZPObject {
     }
     /// The elements in ascending order, equal ones in theirs; the selector is sent to one element with another and
     /// answers a comparison result.
-    ZPArray *sortedArrayUsingSelector(SEL selector) { return objc_msgSend<ZPArray *>(this, "sortedArrayUsingSelector:"_sel, selector); }
+    ZPArray *sortedArrayUsingSelector(SEL selector) {
+        return objc_msgSend<ZPArray *>(this, "sortedArrayUsingSelector:"_sel, selector);
+    }
     /// A memory of the receiver's order that speeds up sorting a similar array: the elements' hashes.
     ZPData *sortedArrayHint() { return objc_msgSend<ZPData *>(this, "sortedArrayHint"_sel); }
     /// Sorts with such a memory, which may be null.
@@ -164,7 +198,9 @@ struct ZPArray : ZPObject {
     }
 
     /// Property-list text; numbers and dates take the locale (may be null).
-    ZPString *descriptionWithLocale(ZPDictionary *locale) { return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale); }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) {
+        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale);
+    }
     /// The same for an array that lies `level` levels deep.
     ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) {
         return objc_msgSend<ZPString *>(this, "descriptionWithLocale:indent:"_sel, locale, level);
@@ -185,15 +221,23 @@ struct ZPMutableArray : ZPArray {
     static ZPMutableArray *array() { return objc_msgSend<ZPMutableArray *>(class_(), "array"_sel); }
     /// Empty, with room for `capacity` elements; more fit as well. A capacity above 134,217,727 raises
     /// ZPInvalidArgumentException.
-    static ZPMutableArray *arrayWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithCapacity:"_sel, capacity); }
+    static ZPMutableArray *arrayWithCapacity(unsigned capacity) {
+        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithCapacity:"_sel, capacity);
+    }
     ///@{
     /// As ZPArray makes them, but to be changed.
-    static ZPMutableArray *arrayWithArray(ZPArray *array) { return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithArray:"_sel, array); }
+    static ZPMutableArray *arrayWithArray(ZPArray *array) {
+        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithArray:"_sel, array);
+    }
     static ZPMutableArray *arrayWithArray_copyItems(ZPArray *array, BOOL copyItems) {
         return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithArray:copyItems:"_sel, array, copyItems);
     }
-    static ZPMutableArray *arrayWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithContentsOfFile:"_sel, path); }
-    static ZPMutableArray *arrayWithObject(id object) { return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithObject:"_sel, object); }
+    static ZPMutableArray *arrayWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithContentsOfFile:"_sel, path);
+    }
+    static ZPMutableArray *arrayWithObject(id object) {
+        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithObject:"_sel, object);
+    }
     static ZPMutableArray *arrayWithObjects_count(const id *objects, unsigned count) {
         return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithObjects:count:"_sel, objects, count);
     }
@@ -203,14 +247,20 @@ struct ZPMutableArray : ZPArray {
     ///@}
 
     /// Empty, with room for `capacity` elements: the second initialiser that a subclass supplies.
-    ZPMutableArray *initWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableArray *>(this, "initWithCapacity:"_sel, capacity); }
+    ZPMutableArray *initWithCapacity(unsigned capacity) {
+        return objc_msgSend<ZPMutableArray *>(this, "initWithCapacity:"_sel, capacity);
+    }
 
     /// Adds behind the last element.
     void addObject(id object) { objc_msgSend(this, "addObject:"_sel, object); }
     /// Inserts before an index, which may be the count.
-    void insertObject_atIndex(id object, unsigned index) { objc_msgSend(this, "insertObject:atIndex:"_sel, object, index); }
+    void insertObject_atIndex(id object, unsigned index) {
+        objc_msgSend(this, "insertObject:atIndex:"_sel, object, index);
+    }
     /// Puts an object in the place of an element, which is released.
-    void replaceObjectAtIndex_withObject(unsigned index, id object) { objc_msgSend(this, "replaceObjectAtIndex:withObject:"_sel, index, object); }
+    void replaceObjectAtIndex_withObject(unsigned index, id object) {
+        objc_msgSend(this, "replaceObjectAtIndex:withObject:"_sel, index, object);
+    }
     /// Removes the last element; an empty array raises ZPRangeException.
     void removeLastObject() { objc_msgSend(this, "removeLastObject"_sel); }
     /// Removes the element at an index.
@@ -235,11 +285,15 @@ struct ZPMutableArray : ZPArray {
     /// object has lost its last reference by that.
     void removeObject(id object) { objc_msgSend(this, "removeObject:"_sel, object); }
     /// The same within a range.
-    void removeObject_inRange(id object, ZPRange range) { objc_msgSend(this, "removeObject:inRange:"_sel, object, range); }
+    void removeObject_inRange(id object, ZPRange range) {
+        objc_msgSend(this, "removeObject:inRange:"_sel, object, range);
+    }
     /// Removes the very object wherever it is.
     void removeObjectIdenticalTo(id object) { objc_msgSend(this, "removeObjectIdenticalTo:"_sel, object); }
     /// The same within a range.
-    void removeObjectIdenticalTo_inRange(id object, ZPRange range) { objc_msgSend(this, "removeObjectIdenticalTo:inRange:"_sel, object, range); }
+    void removeObjectIdenticalTo_inRange(id object, ZPRange range) {
+        objc_msgSend(this, "removeObjectIdenticalTo:inRange:"_sel, object, range);
+    }
     /// The removal within a range of the very object, or also of equal ones.
     void removeObject_range_identical(id object, ZPRange range, BOOL identical) {
         objc_msgSend(this, "removeObject:range:identical:"_sel, object, range, identical);
@@ -268,5 +322,6 @@ struct ZPMutableArray : ZPArray {
 extern "C" {
 /// Sorts `count` references stably and answers the list that holds them in order: `source` or `result`, each
 /// with room for `count`, as is `scratch`. `checkPresorted` skips merges of halves that are in order already.
-ZP_EXPORT id *_ZPMergeSort(unsigned count, id *source, id *result, id *scratch, ZPSortFunction *compare, void *context, BOOL checkPresorted);
+ZP_EXPORT id *_ZPMergeSort(unsigned count, id *source, id *result, id *scratch, ZPSortFunction *compare, void *context,
+                           BOOL checkPresorted);
 }

@@ -18,10 +18,13 @@ ZP_COLD id *_ZPObjectsOnHeap(std::size_t count);
 
 /// A list of object references on the stack, or on the heap beyond N.
 template <unsigned N> struct _ZPObjectBufferOf {
-    union { id local[N]; };
+    union {
+        id local[N];
+    };
     id *items;
     explicit _ZPObjectBufferOf(std::size_t count) : items(local) {
-        if (count > N) [[unlikely]] items = _ZPObjectsOnHeap(count);
+        if (count > N) [[unlikely]]
+            items = _ZPObjectsOnHeap(count);
     }
     _ZPObjectBufferOf(const _ZPObjectBufferOf &) = delete;
     ~_ZPObjectBufferOf() {
@@ -32,7 +35,9 @@ using _ZPObjectBuffer = _ZPObjectBufferOf<128>;
 
 /// The same, growing as objects are added.
 struct _ZPObjectList {
-    union { id local[128]; };
+    union {
+        id local[128];
+    };
     id *items = local;
     unsigned count = 0, capacity = 128;
     _ZPObjectList() {}
@@ -41,7 +46,8 @@ struct _ZPObjectList {
         if (items != local) std::free(static_cast<void *>(items));
     }
     void add(id object) {
-        if (count == capacity) [[unlikely]] grow();
+        if (count == capacity) [[unlikely]]
+            grow();
         items[count++] = object;
     }
     void grow();
@@ -67,7 +73,8 @@ struct _ZPEqualTo {
         if (implementation == &_objc_msgForward) implementation = nullptr;
     }
     bool operator()(id other) const {
-        if (!implementation) [[unlikely]] return objc_msgSend<BOOL>(object, "isEqual:"_sel, other);
+        if (!implementation) [[unlikely]]
+            return objc_msgSend<BOOL>(object, "isEqual:"_sel, other);
         return reinterpret_cast<BOOL (*)(objc_object *, SEL, id)>(implementation)(object, "isEqual:"_sel, other);
     }
 };
@@ -97,7 +104,8 @@ struct _ZPNewInstance {
 
 /// The zone of a collection's own memory; null for the default zone.
 inline ZPZone *_ZPZoneOf(ZPObject *object) {
-    return objc_countsInItsHeader(object) && objc_headerOf(object)->origin != objc_fromChildZone ? nullptr : object->zone();
+    return objc_countsInItsHeader(object) && objc_headerOf(object)->origin != objc_fromChildZone ? nullptr
+                                                                                                 : object->zone();
 }
 
 inline void _ZPCheckElements(id receiver, SEL selector, ZPRange range, unsigned count) {

@@ -22,15 +22,18 @@ void _ZPGatherList(_ZPObjectList &list, id first, std::va_list rest) {
 }
 
 void _ZPRaiseNil(id receiver, SEL selector) {
-    ZPException::raise_format(ZPInvalidArgumentException, "%@: attempt to insert nil object"_zp, _ZPMethodExceptionProem(receiver, selector));
+    ZPException::raise_format(ZPInvalidArgumentException, "%@: attempt to insert nil object"_zp,
+                              _ZPMethodExceptionProem(receiver, selector));
 }
 
 void _ZPRaiseBounds(id receiver, SEL selector, unsigned index, unsigned bound) {
-    ZPException::raise_format(ZPRangeException, "%@: index (%d) beyond bounds (%d)"_zp, _ZPMethodExceptionProem(receiver, selector), index, bound);
+    ZPException::raise_format(ZPRangeException, "%@: index (%d) beyond bounds (%d)"_zp,
+                              _ZPMethodExceptionProem(receiver, selector), index, bound);
 }
 
 void _ZPRaiseAbsurd(id receiver, SEL selector, const char *what, unsigned value) {
-    ZPException::raise_format(ZPInvalidArgumentException, "%@: absurd %s: %d"_zp, _ZPMethodExceptionProem(receiver, selector), what, value);
+    ZPException::raise_format(ZPInvalidArgumentException, "%@: absurd %s: %d"_zp,
+                              _ZPMethodExceptionProem(receiver, selector), what, value);
 }
 
 void _ZPDestroyAndRaiseAbsurd(ZPObject *receiver, SEL selector, const char *what, unsigned value) {

@@ -26,7 +26,8 @@ static void fill(ZPConcreteArray *array, const id *objects, unsigned count) {
 
 ZPArray *_ZPNewArray(const id *objects, unsigned count, ZPZone *zone) {
     if (count == 0) return _ZPEmptyArray()->retain();
-    if (count >= _ZPCollectionLimit) _ZPDestroyAndRaiseAbsurd(ZPConcreteArray::allocate(0, zone), "initWithObjects:count:"_sel, "count", count);
+    if (count >= _ZPCollectionLimit)
+        _ZPDestroyAndRaiseAbsurd(ZPConcreteArray::allocate(0, zone), "initWithObjects:count:"_sel, "count", count);
     ZPConcreteArray *array = ZPConcreteArray::allocate(count, zone);
     fill(array, objects, count);
     return array;
@@ -193,4 +194,5 @@ ZP_IMPLEMENT(ZPConcreteMutableArray)
     .method<&ZPConcreteMutableArray::removeObjectAtIndex>("removeObjectAtIndex:")
     .method<&ZPConcreteMutableArray::removeAllObjects>("removeAllObjects")
     .method<&ZPConcreteMutableArray::addObjectsFromArray>("addObjectsFromArray:")
-    .method<&ZPConcreteMutableArray::exchangeObjectAtIndex_withObjectAtIndex>("exchangeObjectAtIndex:withObjectAtIndex:");
+    .method<&ZPConcreteMutableArray::exchangeObjectAtIndex_withObjectAtIndex>(
+        "exchangeObjectAtIndex:withObjectAtIndex:");

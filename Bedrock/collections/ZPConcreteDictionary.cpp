@@ -10,7 +10,9 @@ namespace {
 using Table = ZPSimpleDictionary;
 using Bucket = ZPSimpleDictionaryBucket;
 
-Table *newTable(unsigned capacity, ZPZone *zone) { return ZPCreateSimpleDictionary(capacity, _ZPStoredObjectsEqual, zone); }
+Table *newTable(unsigned capacity, ZPZone *zone) {
+    return ZPCreateSimpleDictionary(capacity, _ZPStoredObjectsEqual, zone);
+}
 
 void releaseEntry(void *, void *key, void *value) {
     id(_ZPStored(key))->release();
@@ -36,8 +38,10 @@ struct OwnedTable {
 }
 
 ZP_INLINE void checkEntry(id receiver, SEL selector, id object, id key) {
-    if (!key) [[unlikely]] raise(receiver, selector, "%@: attempt to insert nil key"_zp);
-    if (!object) [[unlikely]] raise(receiver, selector, "%@: attempt to insert nil value"_zp);
+    if (!key) [[unlikely]]
+        raise(receiver, selector, "%@: attempt to insert nil key"_zp);
+    if (!object) [[unlikely]]
+        raise(receiver, selector, "%@: attempt to insert nil value"_zp);
 }
 
 // Sets a value, neither key nor value being null. The stored key is a copy in the zone.
@@ -64,7 +68,8 @@ ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
     owned.key = key->copyWithZone(zone).pointer();
     owned.value = object->retain().pointer();
     // Copying a key may run anybody's code.
-    if (*table != before || before->info != info) [[unlikely]] ZPSimpleFind(*table, key.pointer(), hash, ZPSimpleIdentityOnly(), &place);
+    if (*table != before || before->info != info) [[unlikely]]
+        ZPSimpleFind(*table, key.pointer(), hash, ZPSimpleIdentityOnly(), &place);
     ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, owned.key, owned.value});
     owned.key = owned.value = nullptr;
 }
@@ -86,12 +91,14 @@ void setEntries(id receiver, Table **table, ZPZone *zone, const id *objects, con
 // is found under its hash too. Whatever is unusual on the way starts again in `findAny`; nothing here is called
 // that would need registers saved.
 ZP_INLINE id find(Table *table, id key) {
-    if (!key || !table) [[unlikely]] return nullptr;
+    if (!key || !table) [[unlikely]]
+        return nullptr;
     unsigned hash;
     if (key.pointer()->isa != ZPInlineCString::class_() || ZPSimpleIsLinear(table)) return findAny(table, key);
     auto *probe = reinterpret_cast<ZPInlineCString *>(key.pointer());
     unsigned length = probe->_flags.numBytes;
-    if (!_ZPHashShortBytes(probe->contents(), length, hash)) [[unlikely]] return findAny(table, key);
+    if (!_ZPHashShortBytes(probe->contents(), length, hash)) [[unlikely]]
+        return findAny(table, key);
     unsigned state = (hash & ZPSimpleHashMask) | ZPSimpleOccupied;
     unsigned mask = ZPSimpleBuckets(table) - 1, first = hash & mask, i = first;
     do {
@@ -99,8 +106,11 @@ ZP_INLINE id find(Table *table, id key) {
         if (b->state == state) [[likely]] {
             auto *stored = static_cast<ZPInlineCString *>(b->key);
             if (stored == probe) return _ZPValue(b);
-            if (stored->isa != probe->isa) [[unlikely]] return findAny(table, key);
-            if (stored->_flags.numBytes == length && _ZPSameShortBytes(stored->contents(), probe->contents(), length)) [[likely]] return _ZPValue(b);
+            if (stored->isa != probe->isa) [[unlikely]]
+                return findAny(table, key);
+            if (stored->_flags.numBytes == length && _ZPSameShortBytes(stored->contents(), probe->contents(), length))
+                [[likely]]
+                return _ZPValue(b);
         } else if (!b->state) return nullptr;
         i = (i + ZPSimpleStep(hash & ZPSimpleHashMask, mask)) & mask;
     } while (i != first);
@@ -165,7 +175,9 @@ struct ZPConcreteDictionaryMethods : ZPConcreteDictionary {
     }
     id initWithDictionary(ZPDictionary *other, BOOL copyItems) {
         Table *table;
-        if (!other || !_ZPConcreteTable(other, table)) return objc_super<ZPConcreteDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other, copyItems);
+        if (!other || !_ZPConcreteTable(other, table))
+            return objc_super<ZPConcreteDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other,
+                                                                   copyItems);
         if (!table || !ZPSimpleCount(table)) return init();
         _table = copyTable(this, table, zone(), copyItems);
         return this;
@@ -185,7 +197,8 @@ struct ZPConcreteDictionaryMethods : ZPConcreteDictionary {
 
 struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     void makeTable() {
-        if (!_table) [[unlikely]] _table = newTable(0, _ZPZoneOf(this));
+        if (!_table) [[unlikely]]
+            _table = newTable(0, _ZPZoneOf(this));
     }
     id init() {
         makeTable();
@@ -206,7 +219,8 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     id initWithDictionary(ZPDictionary *other, BOOL copyItems) {
         Table *table;
         if (!other || !_ZPConcreteTable(other, table))
-            return objc_super<ZPConcreteMutableDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other, copyItems);
+            return objc_super<ZPConcreteMutableDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other,
+                                                                          copyItems);
         if (table) _table = copyTable(this, table, zone(), copyItems);
         return this;
     }
@@ -222,7 +236,8 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     id copyWithZone(ZPZone *zone) {
         if (!_table || !ZPSimpleCount(_table)) return _ZPEmptyDictionary()->retain();
         OwnedTable copied{copyTable(this, _table, zone, true)};
-        auto *copy = static_cast<ZPConcreteDictionary *>(static_cast<ZPDictionary *>(ZPAllocateObject(ZPConcreteDictionary::class_(), 0, zone)));
+        auto *copy = static_cast<ZPConcreteDictionary *>(
+            static_cast<ZPDictionary *>(ZPAllocateObject(ZPConcreteDictionary::class_(), 0, zone)));
         copy->_table = copied.take();
         return copy;
     }
@@ -277,7 +292,8 @@ struct EnumeratorMethods : _ZPDictionaryEnumerator {
 }  // namespace
 
 ZPEnumerator *_ZPDictionaryEnumerator::over(ZPSimpleDictionary *table, id target, BOOL objects) {
-    auto *e = static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    auto *e =
+        static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
     e->_fastObjects = e->_enumerateObjects = objects;
     if (table && ZPSimpleCount(table)) {
         e->_target = target->retain();
@@ -288,7 +304,8 @@ ZPEnumerator *_ZPDictionaryEnumerator::over(ZPSimpleDictionary *table, id target
 }
 
 ZPEnumerator *_ZPDictionaryEnumerator::overValues(ZPDictionary *dictionary) {
-    auto *e = static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    auto *e =
+        static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
     e->autorelease();
     e->_enumerateObjects = YES;
     e->_keyEnumerator = dictionary->keyEnumerator()->retain();

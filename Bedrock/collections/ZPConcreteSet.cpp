@@ -9,10 +9,12 @@ namespace {
 }
 
 ZP_INLINE void checkMember(id receiver, SEL selector, id object) {
-    if (!object) [[unlikely]] raise(receiver, selector, "%@: attempt to insert nil object"_zp);
+    if (!object) [[unlikely]]
+        raise(receiver, selector, "%@: attempt to insert nil object"_zp);
 }
 ZP_INLINE void checkRemoval(id receiver, id object) {
-    if (!object) [[unlikely]] raise(receiver, "removeObject:"_sel, "%@: attempt to remove nil object"_zp);
+    if (!object) [[unlikely]]
+        raise(receiver, "removeObject:"_sel, "%@: attempt to remove nil object"_zp);
 }
 void checkLimit(id receiver, SEL selector, const char *what, unsigned value) {
     if (value >= _ZPSetLimit) _ZPRaiseAbsurd(receiver, selector, what, value);
@@ -20,7 +22,9 @@ void checkLimit(id receiver, SEL selector, const char *what, unsigned value) {
 
 // ---- tables of members ---------------------------------------------------------------------------
 
-ZPSimpleSet *newTable(unsigned capacity, ZPZone *zone) { return ZPCreateSimpleSet(capacity, _ZPStoredObjectsEqual, zone); }
+ZPSimpleSet *newTable(unsigned capacity, ZPZone *zone) {
+    return ZPCreateSimpleSet(capacity, _ZPStoredObjectsEqual, zone);
+}
 
 void releaseMember(void *, void *item) { id(_ZPStored(item))->release(); }
 void releaseCounted(void *, void *item, void *) { id(_ZPStored(item))->release(); }
@@ -108,7 +112,8 @@ struct ZPConcreteSetMethods : ZPConcreteSet {
 
 struct ZPConcreteMutableSetMethods : ZPConcreteMutableSet {
     void makeTable() {
-        if (!_table) [[unlikely]] _table = newTable(0, _ZPZoneOf(this));
+        if (!_table) [[unlikely]]
+            _table = newTable(0, _ZPZoneOf(this));
     }
     id init() { return this; }
     id initWithCapacity(unsigned capacity) {
@@ -138,7 +143,8 @@ struct ZPConcreteMutableSetMethods : ZPConcreteMutableSet {
     ZPEnumerator *objectEnumerator() { return _ZPSetEnumerator::over(_table, this); }
     id copyWithZone(ZPZone *zone) {
         if (!_table || !ZPSimpleCount(_table)) return _ZPEmptySet()->retain();
-        auto *copy = static_cast<ZPConcreteSet *>(static_cast<ZPSet *>(ZPAllocateObject(ZPConcreteSet::class_(), 0, zone)));
+        auto *copy =
+            static_cast<ZPConcreteSet *>(static_cast<ZPSet *>(ZPAllocateObject(ZPConcreteSet::class_(), 0, zone)));
         copy->_table = copyTable(_table, zone);
         return copy;
     }
@@ -162,7 +168,8 @@ struct ZPConcreteMutableSetMethods : ZPConcreteMutableSet {
 
 struct ZPCountedSetMethods : ZPCountedSet {
     void makeTable(unsigned capacity) {
-        if (!_table) [[unlikely]] _table = ZPCreateSimpleDictionary(capacity, _ZPStoredObjectsEqual, _ZPZoneOf(this));
+        if (!_table) [[unlikely]]
+            _table = ZPCreateSimpleDictionary(capacity, _ZPStoredObjectsEqual, _ZPZoneOf(this));
     }
     id initWithCapacity(unsigned capacity) {
         checkLimit(this, "initWithCapacity:"_sel, "capacity", capacity);
@@ -260,8 +267,10 @@ struct ZPCountedSetMethods : ZPCountedSet {
 
 struct EnumeratorMethods : _ZPSetEnumerator {
     id nextObject() {
-        void *item = _countedSet ? _taken.advance(static_cast<ZPSimpleDictionary *>(_table), _slot, [](ZPSimpleDictionaryBucket *b) { return b->key; })
-                                 : _taken.advance(static_cast<ZPSimpleSet *>(_table), _slot, [](ZPSimpleSetBucket *b) { return b->item; });
+        void *item = _countedSet ? _taken.advance(static_cast<ZPSimpleDictionary *>(_table), _slot,
+                                                  [](ZPSimpleDictionaryBucket *b) { return b->key; })
+                                 : _taken.advance(static_cast<ZPSimpleSet *>(_table), _slot,
+                                                  [](ZPSimpleSetBucket *b) { return b->item; });
         if (item) return id(_ZPStored(item));
         finish();
         return nullptr;
@@ -289,8 +298,12 @@ ZPEnumerator *_ZPSetEnumerator::over(void *table, id target, BOOL counted, unsig
     return e->autorelease();
 }
 
-void _ZPCountMore(ZPCountedSet *set, id object, unsigned times) { static_cast<ZPCountedSetMethods *>(set)->add(object, times); }
-void _ZPCountLess(ZPCountedSet *set, id object, unsigned times) { static_cast<ZPCountedSetMethods *>(set)->remove(object, times); }
+void _ZPCountMore(ZPCountedSet *set, id object, unsigned times) {
+    static_cast<ZPCountedSetMethods *>(set)->add(object, times);
+}
+void _ZPCountLess(ZPCountedSet *set, id object, unsigned times) {
+    static_cast<ZPCountedSetMethods *>(set)->remove(object, times);
+}
 
 ZP_IMPLEMENT(ZPConcreteSet)
     .method<&ZPConcreteSetMethods::init>("init")

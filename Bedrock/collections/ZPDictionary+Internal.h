@@ -27,7 +27,8 @@ static_assert(sizeof(ZPInlineCString) == 16, "short strings are read as whole wo
 /// that ends inside the object (4 bytes of the fields' own room and the NUL lie behind them) and shifted into place.
 ZP_INLINE bool _ZPHashShortBytes(const char *bytes, unsigned length, unsigned &hash) {
     if (std::endian::native != std::endian::little || length - 3 > 29) return false;
-    if (length >= 8) [[likely]] return _ZPHashWords(bytes, length, hash);
+    if (length >= 8) [[likely]]
+        return _ZPHashWords(bytes, length, hash);
     std::uint64_t word;
     std::memcpy(&word, bytes, 8);
     word <<= 8 * (8 - length);
@@ -53,7 +54,8 @@ ZP_INLINE unsigned _ZPHashOfObject(id object) {
     if (object.pointer()->isa == ZPInlineCString::class_()) {
         auto *string = reinterpret_cast<ZPInlineCString *>(object.pointer());
         unsigned hash, length = string->_flags.numBytes;
-        if (_ZPHashShortBytes(string->contents(), length, hash)) [[likely]] return hash;
+        if (_ZPHashShortBytes(string->contents(), length, hash)) [[likely]]
+            return hash;
         return ZPHashCString(string->contents(), length);
     }
     return object->hash();
@@ -64,7 +66,8 @@ struct _ZPObjectEquality {
         objc_object *a = _ZPStored(stored), *b = _ZPStored(probe);
         if (a->isa == ZPInlineCString::class_() && b->isa == ZPInlineCString::class_()) {
             auto *x = reinterpret_cast<ZPInlineCString *>(a), *y = reinterpret_cast<ZPInlineCString *>(b);
-            return x->_flags.numBytes == y->_flags.numBytes && !std::memcmp(x->contents(), y->contents(), x->_flags.numBytes);
+            return x->_flags.numBytes == y->_flags.numBytes &&
+                   !std::memcmp(x->contents(), y->contents(), x->_flags.numBytes);
         }
         return objc_msgSend<BOOL>(a, "isEqual:"_sel, id(b)) != NO;
     }
@@ -112,10 +115,10 @@ struct ZPConcreteMutableDictionary : ZPMutableDictionary {
 
 struct _ZPDictionaryEnumerator : ZPEnumerator {
     ZP_PRIVATE_CLASS(_ZPDictionaryEnumerator)
-    id _target;                 ///< the dictionary, retained until the end
-    ZPSimpleDictionary *_table; ///< of a concrete dictionary
-    unsigned _slot;             ///< buckets not yet visited
-    ZPEnumerator *_keyEnumerator; ///< of any other dictionary
+    id _target;  ///< the dictionary, retained until the end
+    ZPSimpleDictionary *_table;  ///< of a concrete dictionary
+    unsigned _slot;  ///< buckets not yet visited
+    ZPEnumerator *_keyEnumerator;  ///< of any other dictionary
     BOOL _fastObjects;
     BOOL _enumerateObjects;
     _ZPTakenItems _taken;
@@ -132,8 +135,10 @@ ZPDictionary *_ZPEmptyDictionary();
 /// an entry.
 ZP_INLINE bool _ZPConcreteTable(id dictionary, ZPSimpleDictionary *&table) {
     Class isa = dictionary.pointer()->isa;
-    if (isa == ZPConcreteDictionary::class_()) table = reinterpret_cast<ZPConcreteDictionary *>(dictionary.pointer())->_table;
-    else if (isa == ZPConcreteMutableDictionary::class_()) table = reinterpret_cast<ZPConcreteMutableDictionary *>(dictionary.pointer())->_table;
+    if (isa == ZPConcreteDictionary::class_())
+        table = reinterpret_cast<ZPConcreteDictionary *>(dictionary.pointer())->_table;
+    else if (isa == ZPConcreteMutableDictionary::class_())
+        table = reinterpret_cast<ZPConcreteMutableDictionary *>(dictionary.pointer())->_table;
     else return false;
     return true;
 }
@@ -144,7 +149,8 @@ template <class F> void _ZPForEachEntry(ZPDictionary *dictionary, const F &f) {
     ZPSimpleDictionary *table;
     if (!dictionary) return;
     if (_ZPConcreteTable(dictionary, table)) {
-        if (table) ZPSimpleForEach(table, [&](ZPSimpleDictionaryBucket *b) -> bool { return f(_ZPKey(b), _ZPValue(b)); });
+        if (table)
+            ZPSimpleForEach(table, [&](ZPSimpleDictionaryBucket *b) -> bool { return f(_ZPKey(b), _ZPValue(b)); });
         return;
     }
     ZPEnumerator *keys = dictionary->keyEnumerator();

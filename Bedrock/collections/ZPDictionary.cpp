@@ -7,7 +7,10 @@
 
 static ZPDictionary *emptyDictionary;
 ZPDictionary *_ZPEmptyDictionary() {
-    return ZPMakeOnce(emptyDictionary, []() -> ZPDictionary * { return ZPAllocateObject(ZPConcreteDictionary::class_(), 0, nullptr); }, ZPDeallocateObject);
+    return ZPMakeOnce(
+        emptyDictionary,
+        []() -> ZPDictionary * { return ZPAllocateObject(ZPConcreteDictionary::class_(), 0, nullptr); },
+        ZPDeallocateObject);
 }
 
 namespace {
@@ -50,7 +53,9 @@ struct ZPDictionaryClassMethods {
         ZPDictionary *dictionary;
         explicit New(Class self) : New(static_cast<ZPDictionary *>(objc_msgSend<id>(self, "alloc"_sel))) {}
         explicit New(ZPDictionary *d)
-            : _ZPNewInstance(d, d->isa == ZPConcreteDictionary::class_() || d->isa == ZPConcreteMutableDictionary::class_()), dictionary(d) {}
+            : _ZPNewInstance(d, d->isa == ZPConcreteDictionary::class_() ||
+                                    d->isa == ZPConcreteMutableDictionary::class_()),
+              dictionary(d) {}
         ZPDictionary *operator->() const { return dictionary; }
     };
     static id dictionary(Class self) {
@@ -62,7 +67,9 @@ struct ZPDictionaryClassMethods {
         New made(self);
         return made.finish(made->initWithObjects_forKeys_count(objects, keys, count));
     }
-    static id withObjectForKey(Class self, id object, id key) { return withObjectsForKeysCount(self, &object, &key, 1); }
+    static id withObjectForKey(Class self, id object, id key) {
+        return withObjectsForKeysCount(self, &object, &key, 1);
+    }
     static id withObjectsForKeys(Class self, ZPArray *objects, ZPArray *keys) {
         New made(self);
         return made.finish(made->initWithObjects_forKeys(objects, keys));
@@ -87,7 +94,9 @@ struct ZPDictionaryClassMethods {
 
 struct ZPDictionaryMethods : ZPDictionary {
     // ---- initialisers ----
-    id initWithObjects_forKeys_count(const id *, const id *, unsigned) { _ZPRequestConcreteObject(this, "initWithObjects:forKeys:count:"_sel); }
+    id initWithObjects_forKeys_count(const id *, const id *, unsigned) {
+        _ZPRequestConcreteObject(this, "initWithObjects:forKeys:count:"_sel);
+    }
     id initWithObjectsAndKeys(id first, std::va_list rest) {
         Pairs pairs(this, "initWithObjectsAndKeys:"_sel, first, rest);
         return ZPDictionary::initWithObjects_forKeys_count(pairs.objects.items, pairs.keys.items, pairs.keys.count);
@@ -95,7 +104,8 @@ struct ZPDictionaryMethods : ZPDictionary {
     id initWithObjects_forKeys(ZPArray *objects, ZPArray *keys) {
         _ZPElements o(objects), k(keys);
         if (o.count != k.count)
-            ZPException::raise_format(ZPInvalidArgumentException, "%@: number of objects (%d) not equal to number of keys (%d)"_zp,
+            ZPException::raise_format(ZPInvalidArgumentException,
+                                      "%@: number of objects (%d) not equal to number of keys (%d)"_zp,
                                       _ZPMethodExceptionProem(this, "initWithObjects:forKeys:"_sel), o.count, k.count);
         return ZPDictionary::initWithObjects_forKeys_count(o.items, k.items, o.count);
     }
@@ -103,18 +113,22 @@ struct ZPDictionaryMethods : ZPDictionary {
     id initWithDictionary_copyItems(ZPDictionary *other, BOOL copyItems) {
         Entries entries(other);
         unsigned count = entries.keys.count;
-        if (!copyItems) return ZPDictionary::initWithObjects_forKeys_count(entries.objects.items, entries.keys.items, count);
+        if (!copyItems)
+            return ZPDictionary::initWithObjects_forKeys_count(entries.objects.items, entries.keys.items, count);
         _ZPObjectBuffer copies(count);
         _ZPReleaser releaser{copies.items, 0};
         ZPZone *zone = this->zone();
-        for (; releaser.count < count; ++releaser.count) copies.items[releaser.count] = entries.objects.items[releaser.count]->copyWithZone(zone);
+        for (; releaser.count < count; ++releaser.count)
+            copies.items[releaser.count] = entries.objects.items[releaser.count]->copyWithZone(zone);
         return ZPDictionary::initWithObjects_forKeys_count(copies.items, entries.keys.items, count);
     }
 
     // ---- primitives ----
     unsigned count() { ZPRequestConcreteImplementation(this, "count"_sel, ZPDictionary::class_()); }
     id objectForKey(id) { ZPRequestConcreteImplementation(this, "objectForKey:"_sel, ZPDictionary::class_()); }
-    ZPEnumerator *keyEnumerator() { ZPRequestConcreteImplementation(this, "keyEnumerator"_sel, ZPDictionary::class_()); }
+    ZPEnumerator *keyEnumerator() {
+        ZPRequestConcreteImplementation(this, "keyEnumerator"_sel, ZPDictionary::class_());
+    }
 
     // ---- entries ----
     ZPEnumerator *objectEnumerator() { return _ZPDictionaryEnumerator::overValues(this); }
@@ -175,15 +189,18 @@ struct ZPDictionaryMethods : ZPDictionary {
             ZPDictionary *dictionary;
             SEL selector;
         } context{this, selector};
-        return ZPDictionary::allKeys()->sortedArrayUsingFunction_context([](id a, id b, void *c) {
-            auto *context = static_cast<Context *>(c);
-            return _ZPCompareBySelector(context->dictionary->objectForKey(a), context->dictionary->objectForKey(b),
-                                        const_cast<objc_selector *>(context->selector));
-        }, &context);
+        return ZPDictionary::allKeys()->sortedArrayUsingFunction_context(
+            [](id a, id b, void *c) {
+                auto *context = static_cast<Context *>(c);
+                return _ZPCompareBySelector(context->dictionary->objectForKey(a), context->dictionary->objectForKey(b),
+                                            const_cast<objc_selector *>(context->selector));
+            },
+            &context);
     }
     ZPDictionary *invertedDictionary() {
         Entries entries(this);
-        return ZPDictionary::dictionaryWithObjects_forKeys_count(entries.keys.items, entries.objects.items, entries.keys.count);
+        return ZPDictionary::dictionaryWithObjects_forKeys_count(entries.keys.items, entries.objects.items,
+                                                                 entries.keys.count);
     }
 
     // ---- equality ----
@@ -218,14 +235,20 @@ struct ZPDictionaryMethods : ZPDictionary {
 
     // ---- copies ----
     id copyWithZone(ZPZone *zone) { return ZPDictionary::allocWithZone(zone)->initWithDictionary_copyItems(this, YES); }
-    id mutableCopyWithZone(ZPZone *zone) { return ZPMutableDictionary::allocWithZone(zone)->initWithDictionary_copyItems(this, NO); }
+    id mutableCopyWithZone(ZPZone *zone) {
+        return ZPMutableDictionary::allocWithZone(zone)->initWithDictionary_copyItems(this, NO);
+    }
     Class classForCoder() { return ZPDictionary::class_(); }
 };
 
 struct ZPMutableDictionaryMethods : ZPMutableDictionary {
     id initWithCapacity(unsigned) { _ZPRequestConcreteObject(this, "initWithCapacity:"_sel); }
-    void setObject_forKey(id, id) { ZPRequestConcreteImplementation(this, "setObject:forKey:"_sel, ZPMutableDictionary::class_()); }
-    void removeObjectForKey(id) { ZPRequestConcreteImplementation(this, "removeObjectForKey:"_sel, ZPMutableDictionary::class_()); }
+    void setObject_forKey(id, id) {
+        ZPRequestConcreteImplementation(this, "setObject:forKey:"_sel, ZPMutableDictionary::class_());
+    }
+    void removeObjectForKey(id) {
+        ZPRequestConcreteImplementation(this, "removeObjectForKey:"_sel, ZPMutableDictionary::class_());
+    }
     void setDictionary(ZPDictionary *other) {
         ZPMutableDictionary::removeAllObjects();
         ZPMutableDictionary::addEntriesFromDictionary(other);
@@ -238,7 +261,8 @@ struct ZPMutableDictionaryMethods : ZPMutableDictionary {
     }
     void removeAllObjects() { ZPMutableDictionary::removeObjectsForKeys(ZPDictionary::allKeys()); }
     void removeObjectsForKeys(ZPArray *keys) {
-        for (unsigned i = keys ? keys->count() : 0; i-- > 0;) ZPMutableDictionary::removeObjectForKey(keys->objectAtIndex(i));
+        for (unsigned i = keys ? keys->count() : 0; i-- > 0;)
+            ZPMutableDictionary::removeObjectForKey(keys->objectAtIndex(i));
     }
     void removeKeysForObject(id object) {
         _ZPObjectList keys;
@@ -251,7 +275,8 @@ struct ZPMutableDictionaryMethods : ZPMutableDictionary {
     void invert() {
         ZPArray *keys = ZPDictionary::allKeys(), *values = ZPDictionary::objectsForKeys_notFoundMarker(keys, nullptr);
         ZPMutableDictionary::removeObjectsForKeys(keys);
-        for (unsigned i = 0, count = keys->count(); i < count; ++i) ZPMutableDictionary::setObject_forKey(keys->objectAtIndex(i), values->objectAtIndex(i));
+        for (unsigned i = 0, count = keys->count(); i < count; ++i)
+            ZPMutableDictionary::setObject_forKey(keys->objectAtIndex(i), values->objectAtIndex(i));
     }
     Class classForCoder() { return ZPMutableDictionary::class_(); }
 };

@@ -60,13 +60,17 @@ struct ZPDictionary : ZPObject {
         return objc_msgSend<ZPDictionary *>(this, "initWithObjects:forKeys:"_sel, objects, keys);
     }
     /// The entries of another dictionary.
-    ZPDictionary *initWithDictionary(ZPDictionary *other) { return objc_msgSend<ZPDictionary *>(this, "initWithDictionary:"_sel, other); }
+    ZPDictionary *initWithDictionary(ZPDictionary *other) {
+        return objc_msgSend<ZPDictionary *>(this, "initWithDictionary:"_sel, other);
+    }
     /// With `copyItems` the values are copies of the other dictionary's.
     ZPDictionary *initWithDictionary_copyItems(ZPDictionary *other, BOOL copyItems) {
         return objc_msgSend<ZPDictionary *>(this, "initWithDictionary:copyItems:"_sel, other, copyItems);
     }
     /// Null when the file cannot be read or holds no dictionary.
-    ZPDictionary *initWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPDictionary *>(this, "initWithContentsOfFile:"_sel, path); }
+    ZPDictionary *initWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPDictionary *>(this, "initWithContentsOfFile:"_sel, path);
+    }
 
     /// The number of entries.
     unsigned count() { return objc_msgSend<unsigned>(this, "count"_sel); }
@@ -101,16 +105,22 @@ struct ZPDictionary : ZPObject {
     /// The values as keys of the keys; of keys with equal values one is left.
     ZPDictionary *invertedDictionary() { return objc_msgSend<ZPDictionary *>(this, "invertedDictionary"_sel); }
     /// Whether both have equal keys with equal values; NO for null.
-    BOOL isEqualToDictionary(ZPDictionary *other) { return objc_msgSend<BOOL>(this, "isEqualToDictionary:"_sel, other); }
+    BOOL isEqualToDictionary(ZPDictionary *other) {
+        return objc_msgSend<BOOL>(this, "isEqualToDictionary:"_sel, other);
+    }
 
     /// Property-list text; numbers and dates take the locale (may be null).
-    ZPString *descriptionWithLocale(ZPDictionary *locale) { return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale); }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) {
+        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale);
+    }
     /// The same for a dictionary that lies `level` levels deep.
     ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) {
         return objc_msgSend<ZPString *>(this, "descriptionWithLocale:indent:"_sel, locale, level);
     }
     /// The text of a strings file: `"key" = "value";` line by line.
-    ZPString *descriptionInStringsFileFormat() { return objc_msgSend<ZPString *>(this, "descriptionInStringsFileFormat"_sel); }
+    ZPString *descriptionInStringsFileFormat() {
+        return objc_msgSend<ZPString *>(this, "descriptionInStringsFileFormat"_sel);
+    }
     /// Writes the description; with `atomically` the file is there whole or not at all. NO when it fails.
     BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
         return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically);
@@ -132,7 +142,8 @@ struct ZPMutableDictionary : ZPDictionary {
     ///@{
     /// As ZPDictionary makes them, but to be changed.
     static ZPMutableDictionary *dictionaryWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count) {
-        return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithObjects:forKeys:count:"_sel, objects, keys, count);
+        return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithObjects:forKeys:count:"_sel, objects, keys,
+                                                   count);
     }
     static ZPMutableDictionary *dictionaryWithObject_forKey(id object, id key) {
         return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithObject:forKey:"_sel, object, key);
@@ -141,7 +152,8 @@ struct ZPMutableDictionary : ZPDictionary {
         return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithObjects:forKeys:"_sel, objects, keys);
     }
     template <class... A> static ZPMutableDictionary *dictionaryWithObjectsAndKeys(A... objectsAndKeys) {
-        return objc_sendObjectList<ZPMutableDictionary *>(class_(), "dictionaryWithObjectsAndKeys:"_sel, objectsAndKeys...);
+        return objc_sendObjectList<ZPMutableDictionary *>(class_(), "dictionaryWithObjectsAndKeys:"_sel,
+                                                          objectsAndKeys...);
     }
     static ZPMutableDictionary *dictionaryWithContentsOfFile(ZPString *path) {
         return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithContentsOfFile:"_sel, path);
@@ -152,7 +164,9 @@ struct ZPMutableDictionary : ZPDictionary {
     ///@}
 
     /// Empty, with room for `capacity` entries: the second initialiser that a subclass supplies.
-    ZPMutableDictionary *initWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableDictionary *>(this, "initWithCapacity:"_sel, capacity); }
+    ZPMutableDictionary *initWithCapacity(unsigned capacity) {
+        return objc_msgSend<ZPMutableDictionary *>(this, "initWithCapacity:"_sel, capacity);
+    }
 
     /// Sets the value of a key, and releases the former one. A new key is copied; of a present one the stored key
     /// stays.

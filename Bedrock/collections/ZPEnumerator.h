@@ -30,8 +30,10 @@ struct ZPIdEnumerator : ZPEnumerator {
     /// Walks `count` objects at `list`, from the last to the first when `reverse`. Retains `target` until the
     /// end is reached; the list must last as long. With `free` the list is a block of a zone, which the
     /// enumerator frees at the end.
-    ZPIdEnumerator *initWithObjects_count_target_reverse_freeWhenDone(id *list, unsigned count, id target, BOOL reverse, BOOL free) {
-        return objc_msgSend<ZPIdEnumerator *>(this, "initWithObjects:count:target:reverse:freeWhenDone:"_sel, list, count, target, reverse, free);
+    ZPIdEnumerator *initWithObjects_count_target_reverse_freeWhenDone(id *list, unsigned count, id target, BOOL reverse,
+                                                                      BOOL free) {
+        return objc_msgSend<ZPIdEnumerator *>(this, "initWithObjects:count:target:reverse:freeWhenDone:"_sel, list,
+                                              count, target, reverse, free);
     }
     /// Ends the enumeration: gives up the target and a list that it owns.
     void invalidate() { objc_msgSend(this, "invalidate"_sel); }

@@ -26,7 +26,8 @@ struct Compaction {
     ZPConcreteMutableArray *array;
     unsigned from, to, end;
     _ZPObjectList taken;
-    Compaction(ZPConcreteMutableArray *a, ZPRange range) : array(a), from(range.location), to(range.location), end(range.location + range.length) {}
+    Compaction(ZPConcreteMutableArray *a, ZPRange range)
+        : array(a), from(range.location), to(range.location), end(range.location + range.length) {}
     id current() const { return array->_items[from]; }
     void keep() { array->_items[to++] = array->_items[from++]; }
     void take() {
@@ -44,9 +45,13 @@ struct ZPMutableArrayMethods : ZPMutableArray {
 
     // ---- primitives ----
     void addObject(id) { ZPRequestConcreteImplementation(this, "addObject:"_sel, ZPMutableArray::class_()); }
-    void insertObject_atIndex(id, unsigned) { ZPRequestConcreteImplementation(this, "insertObject:atIndex:"_sel, ZPMutableArray::class_()); }
+    void insertObject_atIndex(id, unsigned) {
+        ZPRequestConcreteImplementation(this, "insertObject:atIndex:"_sel, ZPMutableArray::class_());
+    }
     void removeLastObject() { ZPRequestConcreteImplementation(this, "removeLastObject"_sel, ZPMutableArray::class_()); }
-    void removeObjectAtIndex(unsigned) { ZPRequestConcreteImplementation(this, "removeObjectAtIndex:"_sel, ZPMutableArray::class_()); }
+    void removeObjectAtIndex(unsigned) {
+        ZPRequestConcreteImplementation(this, "removeObjectAtIndex:"_sel, ZPMutableArray::class_());
+    }
     void replaceObjectAtIndex_withObject(unsigned, id) {
         ZPRequestConcreteImplementation(this, "replaceObjectAtIndex:withObject:"_sel, ZPMutableArray::class_());
     }
@@ -86,16 +91,19 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         if (auto *c = concrete(this)) {
             // The references change hands: what lay in the range is released instead of what was added.
             _ZPObjectBuffer removed(range.length);
-            if (arrayRange.length > range.length) c->openGap(range.location + range.length, arrayRange.length - range.length);
+            if (arrayRange.length > range.length)
+                c->openGap(range.location + range.length, arrayRange.length - range.length);
             std::copy_n(c->_items + range.location, range.length, removed.items);
             std::copy_n(added.items, arrayRange.length, c->_items + range.location);
             releaser.count = 0;
-            if (arrayRange.length < range.length) c->closeGap(range.location + arrayRange.length, range.length - arrayRange.length);
+            if (arrayRange.length < range.length)
+                c->closeGap(range.location + arrayRange.length, range.length - arrayRange.length);
             for (unsigned i = 0; i < range.length; ++i) removed.items[i]->release();
             return;
         }
         unsigned at = range.location, taken = 0;
-        for (; range.length && taken < arrayRange.length; --range.length) ZPMutableArray::replaceObjectAtIndex_withObject(at++, added.items[taken++]);
+        for (; range.length && taken < arrayRange.length; --range.length)
+            ZPMutableArray::replaceObjectAtIndex_withObject(at++, added.items[taken++]);
         for (; range.length; --range.length) ZPMutableArray::removeObjectAtIndex(at);
         for (; taken < arrayRange.length;) ZPMutableArray::insertObject_atIndex(added.items[taken++], at++);
     }
@@ -105,9 +113,15 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         for (unsigned count = ZPArray::count(); count; --count) ZPMutableArray::removeLastObject();
     }
     void removeObject(id object) { removeMatching("removeObject:"_sel, object, {0, ZPArray::count()}, false); }
-    void removeObject_inRange(id object, ZPRange range) { removeMatching("removeObject:inRange:"_sel, object, range, false); }
-    void removeObjectIdenticalTo(id object) { removeMatching("removeObjectIdenticalTo:"_sel, object, {0, ZPArray::count()}, true); }
-    void removeObjectIdenticalTo_inRange(id object, ZPRange range) { removeMatching("removeObjectIdenticalTo:inRange:"_sel, object, range, true); }
+    void removeObject_inRange(id object, ZPRange range) {
+        removeMatching("removeObject:inRange:"_sel, object, range, false);
+    }
+    void removeObjectIdenticalTo(id object) {
+        removeMatching("removeObjectIdenticalTo:"_sel, object, {0, ZPArray::count()}, true);
+    }
+    void removeObjectIdenticalTo_inRange(id object, ZPRange range) {
+        removeMatching("removeObjectIdenticalTo:inRange:"_sel, object, range, true);
+    }
     void removeObject_range_identical(id object, ZPRange range, BOOL identical) {
         removeMatching("removeObject:range:identical:"_sel, object, range, identical);
     }
@@ -161,7 +175,8 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         unsigned size = ZPArray::count();
         bool ascending = std::is_sorted(indices, indices + count);
         auto *c = concrete(this);
-        if (ascending && c && count && indices[count - 1] < size && std::adjacent_find(indices, indices + count) == indices + count) {
+        if (ascending && c && count && indices[count - 1] < size &&
+            std::adjacent_find(indices, indices + count) == indices + count) {
             Compaction scan(c, {indices[0], size - indices[0]});
             for (unsigned next = 0; next < count;) {
                 if (scan.from == indices[next]) {

@@ -25,13 +25,15 @@ struct ZPConcreteMutableSet : ZPMutableSet {
 
 struct _ZPSetEnumerator : ZPEnumerator {
     ZP_PRIVATE_CLASS(_ZPSetEnumerator)
-    id _target;     ///< the set, retained until the end
-    void *_table;   ///< a simple set; of a counted set, a simple dictionary
-    unsigned _slot; ///< buckets not yet visited
+    id _target;  ///< the set, retained until the end
+    void *_table;  ///< a simple set; of a counted set, a simple dictionary
+    unsigned _slot;  ///< buckets not yet visited
     BOOL _countedSet;
     _ZPTakenItems _taken;
 
-    static ZPEnumerator *over(ZPSimpleSet *table, id target) { return over(table, target, NO, table ? ZPSimpleCount(table) : 0, table ? ZPSimpleBuckets(table) : 0); }
+    static ZPEnumerator *over(ZPSimpleSet *table, id target) {
+        return over(table, target, NO, table ? ZPSimpleCount(table) : 0, table ? ZPSimpleBuckets(table) : 0);
+    }
     static ZPEnumerator *over(ZPSimpleDictionary *table, id target) {
         return over(table, target, YES, table ? ZPSimpleCount(table) : 0, table ? ZPSimpleBuckets(table) : 0);
     }
@@ -46,13 +48,16 @@ ZPSet *_ZPEmptySet();
 ZP_INLINE bool _ZPConcreteTable(id set, ZPSimpleSet *&table) {
     Class isa = set.pointer()->isa;
     if (isa == ZPConcreteSet::class_()) table = reinterpret_cast<ZPConcreteSet *>(set.pointer())->_table;
-    else if (isa == ZPConcreteMutableSet::class_()) table = reinterpret_cast<ZPConcreteMutableSet *>(set.pointer())->_table;
+    else if (isa == ZPConcreteMutableSet::class_())
+        table = reinterpret_cast<ZPConcreteMutableSet *>(set.pointer())->_table;
     else return false;
     return true;
 }
 
 inline id _ZPMember(const ZPSimpleSetBucket *b) { return id(_ZPStored(b->item)); }
-inline unsigned _ZPMemberCount(const ZPSimpleDictionaryBucket *b) { return unsigned(reinterpret_cast<std::uintptr_t>(b->value)); }
+inline unsigned _ZPMemberCount(const ZPSimpleDictionaryBucket *b) {
+    return unsigned(reinterpret_cast<std::uintptr_t>(b->value));
+}
 
 /// Counts an object, not null, `times` more or less in a counted set of the exact class.
 void _ZPCountMore(ZPCountedSet *set, id object, unsigned times);
@@ -67,7 +72,8 @@ template <class F> void _ZPForEachMember(ZPSet *set, const F &f) {
         if (table) ZPSimpleForEach(table, [&](ZPSimpleSetBucket *b) -> bool { return f(_ZPMember(b), 1u); });
     } else if (set->isa == ZPCountedSet::class_()) {
         if (auto *counts = static_cast<ZPCountedSet *>(set)->_table)
-            ZPSimpleForEach(counts, [&](ZPSimpleDictionaryBucket *b) -> bool { return f(_ZPKey(b), _ZPMemberCount(b)); });
+            ZPSimpleForEach(counts,
+                            [&](ZPSimpleDictionaryBucket *b) -> bool { return f(_ZPKey(b), _ZPMemberCount(b)); });
     } else {
         ZPEnumerator *members = set->objectEnumerator();
         while (id member = members->nextObject())

@@ -8,7 +8,9 @@
 
 static ZPSet *emptySet;
 ZPSet *_ZPEmptySet() {
-    return ZPMakeOnce(emptySet, []() -> ZPSet * { return ZPAllocateObject(ZPConcreteSet::class_(), 0, nullptr); }, ZPDeallocateObject);
+    return ZPMakeOnce(
+        emptySet, []() -> ZPSet * { return ZPAllocateObject(ZPConcreteSet::class_(), 0, nullptr); },
+        ZPDeallocateObject);
 }
 
 namespace {
@@ -23,7 +25,9 @@ struct ZPSetClassMethods {
         ZPSet *set;
         explicit New(Class self) : New(static_cast<ZPSet *>(objc_msgSend<id>(self, "alloc"_sel))) {}
         explicit New(ZPSet *s)
-            : _ZPNewInstance(s, s->isa == ZPConcreteSet::class_() || s->isa == ZPConcreteMutableSet::class_() || s->isa == ZPCountedSet::class_()), set(s) {}
+            : _ZPNewInstance(s, s->isa == ZPConcreteSet::class_() || s->isa == ZPConcreteMutableSet::class_() ||
+                                    s->isa == ZPCountedSet::class_()),
+              set(s) {}
         ZPSet *operator->() const { return set; }
     };
     static id set(Class self) {
@@ -78,7 +82,8 @@ struct ZPSetMethods : ZPSet {
         _ZPObjectBuffer copies(members.count);
         _ZPReleaser releaser{copies.items, 0};
         ZPZone *zone = this->zone();
-        for (; releaser.count < members.count; ++releaser.count) copies.items[releaser.count] = members.items[releaser.count]->copyWithZone(zone);
+        for (; releaser.count < members.count; ++releaser.count)
+            copies.items[releaser.count] = members.items[releaser.count]->copyWithZone(zone);
         return ZPSet::initWithObjects_count(copies.items, members.count);
     }
 
@@ -164,14 +169,16 @@ struct ZPSetMethods : ZPSet {
     ZPString *description() { return ZPSet::descriptionWithLocale(nullptr); }
     ZPString *descriptionWithLocale(ZPDictionary *locale) {
         bool counted = ZPObject::isKindOfClass(ZPCountedSet::class_());
-        ZPMutableString *text = ZPMutableString::stringWithFormat("<%s: 0x%lx> ("_zp, isa->name, reinterpret_cast<unsigned long>(this));
+        ZPMutableString *text =
+            ZPMutableString::stringWithFormat("<%s: 0x%lx> ("_zp, isa->name, reinterpret_cast<unsigned long>(this));
         bool first = true;
         for (auto &member : _ZPMembers(this).list) {
             if (!first) text->appendString(", "_zp);
             first = false;
             SEL selector = "descriptionWithLocale:"_sel;
             bool localized = member.object->respondsToSelector(selector);
-            text->appendString(localized ? objc_msgSend<ZPString *>(member.object, selector, locale) : member.object->description());
+            text->appendString(localized ? objc_msgSend<ZPString *>(member.object, selector, locale)
+                                         : member.object->description());
             if (counted) text->appendFormat(" [%d]"_zp, member.count);
         }
         text->appendString(")"_zp);
@@ -193,23 +200,23 @@ struct ZPMutableSetMethods : ZPMutableSet {
     }
     // The library's own classes need no message for each time.
     void addTimes(id object, unsigned times) {
-        if (isa == ZPCountedSet::class_()) return _ZPCountMore(static_cast<ZPCountedSet *>(static_cast<ZPMutableSet *>(this)), object, times);
+        if (isa == ZPCountedSet::class_())
+            return _ZPCountMore(static_cast<ZPCountedSet *>(static_cast<ZPMutableSet *>(this)), object, times);
         if (isa == ZPConcreteMutableSet::class_()) times = 1;
         for (; times; --times) ZPMutableSet::addObject(object);
     }
     void removeTimes(id object, unsigned times) {
-        if (isa == ZPCountedSet::class_()) return _ZPCountLess(static_cast<ZPCountedSet *>(static_cast<ZPMutableSet *>(this)), object, times);
+        if (isa == ZPCountedSet::class_())
+            return _ZPCountLess(static_cast<ZPCountedSet *>(static_cast<ZPMutableSet *>(this)), object, times);
         if (isa == ZPConcreteMutableSet::class_()) times = 1;
         for (; times; --times) ZPMutableSet::removeObject(object);
     }
     void unionSet(ZPSet *other) {
-        for (auto &member : _ZPMembers(other).list)
-            addTimes(member.object, member.count);
+        for (auto &member : _ZPMembers(other).list) addTimes(member.object, member.count);
     }
     void minusSet(ZPSet *other) {
         if (other == this) return ZPMutableSet::removeAllObjects();
-        for (auto &member : _ZPMembers(other).list)
-            removeTimes(member.object, member.count);
+        for (auto &member : _ZPMembers(other).list) removeTimes(member.object, member.count);
     }
     void intersectSet(ZPSet *other) {
         if (other == this) return;
@@ -220,8 +227,7 @@ struct ZPMutableSetMethods : ZPMutableSet {
             if (count > there) excess.push_back({member, count - there});
             return true;
         });
-        for (auto at = excess.rbegin(); at != excess.rend(); ++at)
-            removeTimes(at->object, at->count);
+        for (auto at = excess.rbegin(); at != excess.rend(); ++at) removeTimes(at->object, at->count);
     }
     void setSet(ZPSet *other) {
         if (!other || other == this) return;
@@ -230,8 +236,7 @@ struct ZPMutableSetMethods : ZPMutableSet {
     }
     void removeAllObjects() {
         _ZPMembers members(this);
-        for (auto at = members.list.rbegin(); at != members.list.rend(); ++at)
-            removeTimes(at->object, at->count);
+        for (auto at = members.list.rbegin(); at != members.list.rend(); ++at) removeTimes(at->object, at->count);
     }
     Class classForCoder() { return ZPMutableSet::class_(); }
 };

@@ -81,7 +81,9 @@ struct ZPSet : ZPObject {
     /// Sends a selector without arguments to every member.
     void makeObjectsPerform(SEL selector) { objc_msgSend(this, "makeObjectsPerform:"_sel, selector); }
     /// Sends a selector with one argument to every member.
-    void makeObjectsPerform_withObject(SEL selector, id object) { objc_msgSend(this, "makeObjectsPerform:withObject:"_sel, selector, object); }
+    void makeObjectsPerform_withObject(SEL selector, id object) {
+        objc_msgSend(this, "makeObjectsPerform:withObject:"_sel, selector, object);
+    }
     /// As `makeObjectsPerform`.
     void makeObjectsPerformSelector(SEL selector) { objc_msgSend(this, "makeObjectsPerformSelector:"_sel, selector); }
     /// As `makeObjectsPerform_withObject`.
@@ -89,7 +91,9 @@ struct ZPSet : ZPObject {
         objc_msgSend(this, "makeObjectsPerformSelector:withObject:"_sel, selector, object);
     }
     /// Class, address and the members' descriptions.
-    ZPString *descriptionWithLocale(ZPDictionary *locale) { return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale); }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) {
+        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale);
+    }
 };
 
 /// A set that can change. A subclass supplies the set's primitives, `addObject:` and `removeObject:`. Growing
@@ -101,22 +105,32 @@ struct ZPMutableSet : ZPSet {
     static ZPMutableSet *set() { return objc_msgSend<ZPMutableSet *>(class_(), "set"_sel); }
     /// Empty, with room for `capacity` members; more fit as well. A capacity above 268,435,455 raises
     /// ZPInvalidArgumentException.
-    static ZPMutableSet *setWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableSet *>(class_(), "setWithCapacity:"_sel, capacity); }
+    static ZPMutableSet *setWithCapacity(unsigned capacity) {
+        return objc_msgSend<ZPMutableSet *>(class_(), "setWithCapacity:"_sel, capacity);
+    }
     ///@{
     /// As ZPSet makes them, but to be changed.
-    static ZPMutableSet *setWithObject(id object) { return objc_msgSend<ZPMutableSet *>(class_(), "setWithObject:"_sel, object); }
+    static ZPMutableSet *setWithObject(id object) {
+        return objc_msgSend<ZPMutableSet *>(class_(), "setWithObject:"_sel, object);
+    }
     static ZPMutableSet *setWithObjects_count(const id *objects, unsigned count) {
         return objc_msgSend<ZPMutableSet *>(class_(), "setWithObjects:count:"_sel, objects, count);
     }
     template <class... A> static ZPMutableSet *setWithObjects(A... objects) {
         return objc_sendObjectList<ZPMutableSet *>(class_(), "setWithObjects:"_sel, objects...);
     }
-    static ZPMutableSet *setWithArray(ZPArray *array) { return objc_msgSend<ZPMutableSet *>(class_(), "setWithArray:"_sel, array); }
-    static ZPMutableSet *setWithSet(ZPSet *set) { return objc_msgSend<ZPMutableSet *>(class_(), "setWithSet:"_sel, set); }
+    static ZPMutableSet *setWithArray(ZPArray *array) {
+        return objc_msgSend<ZPMutableSet *>(class_(), "setWithArray:"_sel, array);
+    }
+    static ZPMutableSet *setWithSet(ZPSet *set) {
+        return objc_msgSend<ZPMutableSet *>(class_(), "setWithSet:"_sel, set);
+    }
     ///@}
 
     /// Empty, with room for `capacity` members: the second initialiser that a subclass supplies.
-    ZPMutableSet *initWithCapacity(unsigned capacity) { return objc_msgSend<ZPMutableSet *>(this, "initWithCapacity:"_sel, capacity); }
+    ZPMutableSet *initWithCapacity(unsigned capacity) {
+        return objc_msgSend<ZPMutableSet *>(this, "initWithCapacity:"_sel, capacity);
+    }
 
     /// Adds an object; nothing happens when an equal one is a member, but a counted set counts it once more.
     void addObject(id object) { objc_msgSend(this, "addObject:"_sel, object); }
@@ -146,15 +160,23 @@ struct ZPCountedSet : ZPMutableSet {
     ///@{
     /// As ZPMutableSet makes them; an object given twice is counted twice.
     static ZPCountedSet *set() { return objc_msgSend<ZPCountedSet *>(class_(), "set"_sel); }
-    static ZPCountedSet *setWithCapacity(unsigned capacity) { return objc_msgSend<ZPCountedSet *>(class_(), "setWithCapacity:"_sel, capacity); }
-    static ZPCountedSet *setWithObject(id object) { return objc_msgSend<ZPCountedSet *>(class_(), "setWithObject:"_sel, object); }
+    static ZPCountedSet *setWithCapacity(unsigned capacity) {
+        return objc_msgSend<ZPCountedSet *>(class_(), "setWithCapacity:"_sel, capacity);
+    }
+    static ZPCountedSet *setWithObject(id object) {
+        return objc_msgSend<ZPCountedSet *>(class_(), "setWithObject:"_sel, object);
+    }
     static ZPCountedSet *setWithObjects_count(const id *objects, unsigned count) {
         return objc_msgSend<ZPCountedSet *>(class_(), "setWithObjects:count:"_sel, objects, count);
     }
     template <class... A> static ZPCountedSet *setWithObjects(A... objects) {
         return objc_sendObjectList<ZPCountedSet *>(class_(), "setWithObjects:"_sel, objects...);
     }
-    static ZPCountedSet *setWithArray(ZPArray *array) { return objc_msgSend<ZPCountedSet *>(class_(), "setWithArray:"_sel, array); }
-    static ZPCountedSet *setWithSet(ZPSet *set) { return objc_msgSend<ZPCountedSet *>(class_(), "setWithSet:"_sel, set); }
+    static ZPCountedSet *setWithArray(ZPArray *array) {
+        return objc_msgSend<ZPCountedSet *>(class_(), "setWithArray:"_sel, array);
+    }
+    static ZPCountedSet *setWithSet(ZPSet *set) {
+        return objc_msgSend<ZPCountedSet *>(class_(), "setWithSet:"_sel, set);
+    }
     ///@}
 };

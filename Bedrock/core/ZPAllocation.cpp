@@ -13,9 +13,15 @@ static ZPZone *orDefault(ZPZone *zone) { return zone ? zone : QLDefaultMallocZon
 void _ZPStartUp() {
     static std::once_flag once;
     std::call_once(once, [] {
-        struct { const char *name; BOOL *value; } switches[] = {
-            {"ZPZombieEnabled", &ZPZombieEnabled}, {"ZPDeallocateZombies", &ZPDeallocateZombies}, {"ZPDebugEnabled", &ZPDebugEnabled},
-            {"ZPKeepAllocationStatistics", &ZPKeepAllocationStatistics}, {"ZPKeepZoneStatistics", &ZPKeepZoneStatistics},
+        struct {
+            const char *name;
+            BOOL *value;
+        } switches[] = {
+            {"ZPZombieEnabled", &ZPZombieEnabled},
+            {"ZPDeallocateZombies", &ZPDeallocateZombies},
+            {"ZPDebugEnabled", &ZPDebugEnabled},
+            {"ZPKeepAllocationStatistics", &ZPKeepAllocationStatistics},
+            {"ZPKeepZoneStatistics", &ZPKeepZoneStatistics},
         };
         for (auto &s : switches)
             if (const char *value = std::getenv(s.name)) *s.value = *value == 'Y' || *value == 'y';
@@ -57,7 +63,8 @@ BOOL ZPShouldRetainWithZone(id object, ZPZone *zone) {
 ZPZone *ZPDefaultMallocZone() { return QLDefaultMallocZone(); }
 
 ZPZone *ZPCreateZone(unsigned startSize, unsigned granularity, BOOL canFree) {
-    return QLCreateChildZone(QLDefaultMallocZone(), startSize ? startSize : ZPPageSize(), granularity ? granularity : ZPPageSize(), canFree);
+    return QLCreateChildZone(QLDefaultMallocZone(), startSize ? startSize : ZPPageSize(),
+                             granularity ? granularity : ZPPageSize(), canFree);
 }
 
 void ZPRecycleZone(ZPZone *zone) {
@@ -118,7 +125,9 @@ void ZPDeallocateMemoryPages(void *pages, unsigned bytes) {
                                   reinterpret_cast<unsigned long>(pages), bytes);
 }
 
-void ZPCopyMemoryPages(const void *source, void *destination, unsigned bytes) { std::memmove(destination, source, bytes); }
+void ZPCopyMemoryPages(const void *source, void *destination, unsigned bytes) {
+    std::memmove(destination, source, bytes);
+}
 
 unsigned ZPRealMemoryAvailable() {
     static const unsigned bytes = ZPHostRealMemory();

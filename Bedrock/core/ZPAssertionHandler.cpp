@@ -21,7 +21,8 @@ struct HandlerMethods : ZPAssertionHandler {
         id dictionary = objc_msgSend<id>(thread, "threadDictionary"_sel);
         id handler = objc_msgSend<id>(dictionary, "objectForKey:"_sel, id("ZPAssertionHandler"_zp));
         if (!handler) {
-            handler = objc_msgSend<id>(objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)), "init"_sel);
+            handler = objc_msgSend<id>(objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)),
+                                       "init"_sel);
             objc_msgSend(dictionary, "setObject:forKey:"_sel, handler, id("ZPAssertionHandler"_zp));
             handler->release();
         }

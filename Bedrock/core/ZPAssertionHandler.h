@@ -11,19 +11,25 @@ struct ZPAssertionHandler : ZPObject {
     void *_reserved;
 
     /// The calling thread's handler, made on first request.
-    static ZPAssertionHandler *currentHandler() { return objc_msgSend<ZPAssertionHandler *>(class_(), "currentHandler"_sel); }
+    static ZPAssertionHandler *currentHandler() {
+        return objc_msgSend<ZPAssertionHandler *>(class_(), "currentHandler"_sel);
+    }
     /// Logs the method's full name, the file and the line, and raises ZPInternalInconsistencyException with the
     /// formatted description as reason.
     template <class... A>
-    void handleFailureInMethod_object_file_lineNumber_description(SEL method, id object, ZPString *file, int line, ZPString *format, A... arguments) {
+    void handleFailureInMethod_object_file_lineNumber_description(SEL method, id object, ZPString *file, int line,
+                                                                  ZPString *format, A... arguments) {
         objc_sendVariadic<void, SEL, id, ZPString *, int, ZPString *>::send(
-            this, "handleFailureInMethod:object:file:lineNumber:description:"_sel, method, object, file, line, format, arguments...);
+            this, "handleFailureInMethod:object:file:lineNumber:description:"_sel, method, object, file, line, format,
+            arguments...);
     }
     /// The same for a failure outside of methods, with the function's name.
-    template <class... A>
-    void handleFailureInFunction_file_lineNumber_description(ZPString *function, ZPString *file, int line, ZPString *format, A... arguments) {
+    template <class... A> void handleFailureInFunction_file_lineNumber_description(ZPString *function, ZPString *file,
+                                                                                   int line, ZPString *format,
+                                                                                   A... arguments) {
         objc_sendVariadic<void, ZPString *, ZPString *, int, ZPString *>::send(
-            this, "handleFailureInFunction:file:lineNumber:description:"_sel, function, file, line, format, arguments...);
+            this, "handleFailureInFunction:file:lineNumber:description:"_sel, function, file, line, format,
+            arguments...);
     }
 };
 
@@ -35,13 +41,13 @@ struct ZPAssertionHandler : ZPObject {
 #else
 /// Raises ZPInternalInconsistencyException unless the condition holds, with the text that a format, a literal string,
 /// and its arguments give as reason. Nothing where ZP_BLOCK_ASSERTIONS is defined.
-#define ZPCAssert(condition, ...)                                                                  \
-    ((condition) ? (void)0                                                                         \
+#define ZPCAssert(condition, ...)                                                                               \
+    ((condition) ? (void)0                                                                                      \
                  : ::ZPAssertionHandler::currentHandler()->handleFailureInFunction_file_lineNumber_description( \
                        ::_ZPAssertionText(__func__), ::_ZPAssertionText(__FILE__), __LINE__, __VA_ARGS__))
 /// The same inside a method of a class, which names its selector.
-#define ZPAssert(condition, selector, ...)                                                         \
-    ((condition) ? (void)0                                                                         \
+#define ZPAssert(condition, selector, ...)                                                                           \
+    ((condition) ? (void)0                                                                                           \
                  : ::ZPAssertionHandler::currentHandler()->handleFailureInMethod_object_file_lineNumber_description( \
                        selector, this, ::_ZPAssertionText(__FILE__), __LINE__, __VA_ARGS__))
 #endif

@@ -147,10 +147,12 @@ unsigned releasePass(unsigned token, Page *startPage, unsigned startIndex, const
     while (page->count > limit) {
         objc_object *object = page->slots[--page->count];
         ++met;
-        if (plain) [[likely]] releaseObject(object);
+        if (plain) [[likely]]
+            releaseObject(object);
         else if (settings.freedCheck && isFreed(object)) _ZPAutoreleaseFreedObject(object);
         else if (settings.releaseEnabled) releaseObject(object);
-        if (!isOpen()) [[unlikely]] return 0;
+        if (!isOpen()) [[unlikely]]
+            return 0;
     }
     return met;
 }
@@ -158,14 +160,18 @@ unsigned releasePass(unsigned token, Page *startPage, unsigned startIndex, const
 void reportException(ZPException *e) {
     Record *r = slotOfThread();
     if (!r || r->reporting || !e) {
-        _ZPBasicStdErrLog("*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool\n");
+        _ZPBasicStdErrLog(
+            "*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool\n");
         return;
     }
     r->reporting = YES;
     try {
-        ZPLog("*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool: %@ %@\n"_zp, e->name(), e);
+        ZPLog(
+            "*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool: %@ %@\n"_zp,
+            e->name(), e);
     } catch (ZPException *) {
-        _ZPBasicStdErrLog("*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool\n");
+        _ZPBasicStdErrLog(
+            "*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool\n");
     }
     if ((r = slotOfThread())) r->reporting = NO;
 }
@@ -223,7 +229,8 @@ void ZPAutoreleaseObject(id object) {
     page->slots[page->count++] = object.pointer();
     ++r->objectCount;
     __atomic_store_n(&totalCount, __atomic_load_n(&totalCount, __ATOMIC_RELAXED) + 1, __ATOMIC_RELAXED);
-    if (r->settings.mark) [[unlikely]] noteHighWater(r);
+    if (r->settings.mark) [[unlikely]]
+        noteHighWater(r);
 }
 
 void ZPPopAutoreleasePool(unsigned token) {
@@ -354,9 +361,12 @@ void _ZPReadAutoreleaseSwitches() {
         return value && *value && std::strchr(letters, *value);
     };
     if (begins("ZPEnableAutoreleasePool", "Nn")) record()->settings.releaseEnabled = NO;
-    if (const char *value = std::getenv("ZPAutoreleaseHighWaterMark")) record()->settings.mark = std::strtoul(value, nullptr, 10);
-    if (const char *value = std::getenv("ZPAutoreleaseHighWaterResolution")) record()->settings.resolution = std::strtoul(value, nullptr, 10);
-    if (begins("ZPAutoreleaseFreedObjectCheckEnabled", "Yy") || begins("ZPEnableDoubleReleaseCheck", "Yy")) record()->settings.freedCheck = YES;
+    if (const char *value = std::getenv("ZPAutoreleaseHighWaterMark"))
+        record()->settings.mark = std::strtoul(value, nullptr, 10);
+    if (const char *value = std::getenv("ZPAutoreleaseHighWaterResolution"))
+        record()->settings.resolution = std::strtoul(value, nullptr, 10);
+    if (begins("ZPAutoreleaseFreedObjectCheckEnabled", "Yy") || begins("ZPEnableDoubleReleaseCheck", "Yy"))
+        record()->settings.freedCheck = YES;
 }
 
 namespace {
@@ -401,12 +411,18 @@ struct PoolMethods : ZPAutoreleasePool {
     }
 
     void release() { ZPPopAutoreleasePool(unsigned(_token)); }
-    id retain() { ZPException::raise_format(ZPInvalidArgumentException, "%@: Cannot retain an autorelease pool"_zp, _ZPMethodExceptionProem(this, "retain"_sel)); }
+    id retain() {
+        ZPException::raise_format(ZPInvalidArgumentException, "%@: Cannot retain an autorelease pool"_zp,
+                                  _ZPMethodExceptionProem(this, "retain"_sel));
+    }
     id autorelease() {
-        ZPException::raise_format(ZPInvalidArgumentException, "%@: Cannot autorelease an autorelease pool"_zp, _ZPMethodExceptionProem(this, "autorelease"_sel));
+        ZPException::raise_format(ZPInvalidArgumentException, "%@: Cannot autorelease an autorelease pool"_zp,
+                                  _ZPMethodExceptionProem(this, "autorelease"_sel));
     }
     unsigned retainCount() { return 1; }
-    void dealloc() { ZPLog("%@: WARNING: Do not call this method directly.\n"_zp, _ZPMethodExceptionProem(this, "dealloc"_sel)); }
+    void dealloc() {
+        ZPLog("%@: WARNING: Do not call this method directly.\n"_zp, _ZPMethodExceptionProem(this, "dealloc"_sel));
+    }
 };
 
 struct PoolClassMethods {

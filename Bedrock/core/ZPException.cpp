@@ -53,7 +53,8 @@ void topLevelHandler(ZPException *exception) {
         stack += address;
     }
     unsigned pool = ZPPushAutoreleasePool(0);
-    ZPLog("*** Uncaught exception: <%@> %@\nstack: %@\nexiting!"_zp, exception->name(), exception->reason(), _ZPStringWithCText("%s", stack.c_str()));
+    ZPLog("*** Uncaught exception: <%@> %@\nstack: %@\nexiting!"_zp, exception->name(), exception->reason(),
+          _ZPStringWithCText("%s", stack.c_str()));
     ZPPopAutoreleasePool(pool);
     ZPHostCrash();
 }
@@ -74,8 +75,7 @@ void terminate() {
             handOver(exception);
         } catch (QLError &e) {
             if (e.code >= exceptionCode) handOver(reinterpret_cast<ZPException *>(e.data1));
-        } catch (...) {
-        }
+        } catch (...) {}
     }
     if (otherTerminate) otherTerminate();
     ZPHostCrash();
@@ -92,7 +92,11 @@ struct ExceptionMethods : ZPException {
         return nullptr;
     }
     ZPException *initWithName(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
-        auto copy = [](ZPString *s) { return (ZPString *)objc_msgSend<id>(id((objc_object *)s), "copyWithZone:"_sel, static_cast<ZPZone *>(nullptr)).pointer(); };
+        auto copy = [](ZPString *s) {
+            return (ZPString *)objc_msgSend<id>(id((objc_object *)s), "copyWithZone:"_sel,
+                                                static_cast<ZPZone *>(nullptr))
+                .pointer();
+        };
         _name = copy(name);
         _reason = copy(reason);
         _userInfo = (ZPDictionary *)objc_msgSend<id>(id((objc_object *)userInfo), "retain"_sel).pointer();
@@ -110,7 +114,8 @@ struct ExceptionMethods : ZPException {
     void raise() { throw static_cast<ZPException *>(this); }
     BOOL isEqual(id other) {
         if (!other || other.pointer()->isa != isa) return NO;
-        return objc_msgSend<BOOL>(id((objc_object *)objc_msgSend<ZPString *>(other, "name"_sel)), "isEqual:"_sel, id((objc_object *)_name));
+        return objc_msgSend<BOOL>(id((objc_object *)objc_msgSend<ZPString *>(other, "name"_sel)), "isEqual:"_sel,
+                                  id((objc_object *)_name));
     }
     unsigned hash() { return objc_msgSend<unsigned>(id((objc_object *)_name), "hash"_sel); }
     id copyWithZone(ZPZone *) { return ZPObject::retain(); }
@@ -122,11 +127,14 @@ struct ExceptionClassMethods {
         if (self != ZPException::class_()) return;
         installTerminate();
         ZPUncaughtExceptionHandler *none = nullptr;
-        __atomic_compare_exchange_n(&uncaughtHandler, &none, &topLevelHandler, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
+        __atomic_compare_exchange_n(&uncaughtHandler, &none, &topLevelHandler, false, __ATOMIC_ACQ_REL,
+                                    __ATOMIC_ACQUIRE);
     }
     static ZPException *make(Class self, ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
         id exception = objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr));
-        return objc_msgSend<id>(objc_msgSend<ZPException *>(exception, "initWithName:reason:userInfo:"_sel, name, reason, userInfo), "autorelease"_sel);
+        return objc_msgSend<id>(objc_msgSend<ZPException *>(exception, "initWithName:reason:userInfo:"_sel, name,
+                                                            reason, userInfo),
+                                "autorelease"_sel);
     }
     static void raiseFormat(Class self, ZPString *name, ZPString *format, std::va_list arguments) {
         objc_msgSend(self, "raise:format:arguments:"_sel, name, format, arguments);
@@ -136,19 +144,24 @@ struct ExceptionClassMethods {
         string = objc_msgSend<id>(string, "initWithFormat:arguments:"_sel, format, arguments);
         objc_msgSend<id>(string, "autorelease"_sel);
         objc_msgSend<ZPException *>(self, "exceptionWithName:reason:userInfo:"_sel, name, (ZPString *)string.pointer(),
-                                    static_cast<ZPDictionary *>(nullptr))->raise();
+                                    static_cast<ZPDictionary *>(nullptr))
+            ->raise();
     }
 };
 
 // The user information of a raise by code, when the process has number and dictionary objects.
 ZPDictionary *oldStyleInfo(const QLError &e) {
-    Class numbers = objc_getClass("ZPNumber"), values = objc_getClass("ZPValue"), dictionaries = objc_getClass("ZPDictionary");
+    Class numbers = objc_getClass("ZPNumber"), values = objc_getClass("ZPValue"),
+          dictionaries = objc_getClass("ZPDictionary");
     if (!numbers || !values || !dictionaries) return nullptr;
-    auto pointer = [&](std::uintptr_t data) { return objc_msgSend<id>(values, "valueWithPointer:"_sel, reinterpret_cast<const void *>(data)); };
+    auto pointer = [&](std::uintptr_t data) {
+        return objc_msgSend<id>(values, "valueWithPointer:"_sel, reinterpret_cast<const void *>(data));
+    };
     id objects[] = {objc_msgSend<id>(numbers, "numberWithInt:"_sel, e.code), pointer(e.data1), pointer(e.data2)};
     id keys[] = {id("OldCode"_zp), id("OldData1"_zp), id("OldData2"_zp)};
-    return (ZPDictionary *)objc_msgSend<id>(dictionaries, "dictionaryWithObjects:forKeys:count:"_sel, static_cast<const id *>(objects),
-                                            static_cast<const id *>(keys), 3u).pointer();
+    return (ZPDictionary *)objc_msgSend<id>(dictionaries, "dictionaryWithObjects:forKeys:count:"_sel,
+                                            static_cast<const id *>(objects), static_cast<const id *>(keys), 3u)
+        .pointer();
 }
 
 }  // namespace
@@ -201,8 +214,10 @@ ZPException *_ZPExceptionObjectFromHandler(ZPHandlerRecord *handler) {
         }
     }
     if (handler->code == exceptionCode) return reinterpret_cast<ZPException *>(handler->data1);
-    ZPString *reason = _ZPStringWithCText("Old style exception with code %d was raised with data (%lx, %lx)", handler->code, handler->data1, handler->data2);
-    return ZPException::exceptionWithName_reason_userInfo(ZPOldStyleException, reason, oldStyleInfo({handler->code, handler->data1, handler->data2}));
+    ZPString *reason = _ZPStringWithCText("Old style exception with code %d was raised with data (%lx, %lx)",
+                                          handler->code, handler->data1, handler->data2);
+    return ZPException::exceptionWithName_reason_userInfo(
+        ZPOldStyleException, reason, oldStyleInfo({handler->code, handler->data1, handler->data2}));
 }
 
 void _QLRaiseError(int code, std::uintptr_t data1, std::uintptr_t data2) {
@@ -210,7 +225,9 @@ void _QLRaiseError(int code, std::uintptr_t data1, std::uintptr_t data2) {
     throw QLError{code, data1, data2};
 }
 
-ZPUncaughtExceptionHandler *ZPGetUncaughtExceptionHandler() { return __atomic_load_n(&uncaughtHandler, __ATOMIC_ACQUIRE); }
+ZPUncaughtExceptionHandler *ZPGetUncaughtExceptionHandler() {
+    return __atomic_load_n(&uncaughtHandler, __ATOMIC_ACQUIRE);
+}
 
 void ZPSetUncaughtExceptionHandler(ZPUncaughtExceptionHandler *handler) {
     installTerminate();

@@ -29,7 +29,8 @@ struct ZPException : ZPObject {
     /// Raises an exception whose reason is the formatted text: printf conventions, `%@` for objects. Does not
     /// return.
     template <class... A> [[noreturn]] static void raise_format(ZPString *name, ZPString *format, A... arguments) {
-        objc_sendVariadic<void, ZPString *, ZPString *>::send(class_(), "raise:format:"_sel, name, format, arguments...);
+        objc_sendVariadic<void, ZPString *, ZPString *>::send(class_(), "raise:format:"_sel, name, format,
+                                                              arguments...);
         __builtin_unreachable();
     }
     /// The same with the arguments of a variadic function.
@@ -105,14 +106,14 @@ ZP_EXPORT extern ZPString *const ZPPortTimeoutException;
 ///     }
 struct ZPHandlerRecord {
     ZPHandlerRecord *enclosing;  ///< the calling thread's next record outward
-    int code;                    ///< 100000 for a raise of an exception object
-    std::uintptr_t data1;        ///< the exception object, or what the raiser gave along
-    std::uintptr_t data2;        ///< more of it
+    int code;  ///< 100000 for a raise of an exception object
+    std::uintptr_t data1;  ///< the exception object, or what the raiser gave along
+    std::uintptr_t data2;  ///< more of it
 };
 
 /// What a raise through the runtime with a code other than 100000 throws.
 struct QLError {
-    int code;              ///< says what was raised
+    int code;  ///< says what was raised
     std::uintptr_t data1;  ///< what the raiser gave along
     std::uintptr_t data2;  ///< and more of it
 };

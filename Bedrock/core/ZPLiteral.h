@@ -10,22 +10,24 @@ ZP_FORWARD(ZPString);
 
 /// The layout of a literal string object in 8-bit storage.
 struct objc_literal8 {
-    Class isa;          ///< ZPConstantString
+    Class isa;  ///< ZPConstantString
     const char *bytes;  ///< ASCII
     unsigned numBytes;  ///< how many there are
 };
 
 /// The layout of a literal string object in 16-bit storage.
 struct objc_literal16 {
-    Class isa;                  ///< _ZPConstantUnicodeString
+    Class isa;  ///< _ZPConstantUnicodeString
     const unichar *characters;  ///< UTF-16
-    unsigned numCharacters;     ///< how many units there are
+    unsigned numCharacters;  ///< how many units there are
 };
 
 /// @cond machinery
 // The class records of ZPConstantString and _ZPConstantUnicodeString, named without their fronts.
-ZP_EXPORT extern objc_classPair ZPConstantStringRecord __asm__("_ZN16ZPConstantString37classRecord_that_ZP_IMPLEMENT_definesE");
-ZP_EXPORT extern objc_classPair ZPConstantUnicodeStringRecord __asm__("_ZN24_ZPConstantUnicodeString37classRecord_that_ZP_IMPLEMENT_definesE");
+ZP_EXPORT extern objc_classPair ZPConstantStringRecord __asm__(
+    "_ZN16ZPConstantString37classRecord_that_ZP_IMPLEMENT_definesE");
+ZP_EXPORT extern objc_classPair ZPConstantUnicodeStringRecord __asm__(
+    "_ZN24_ZPConstantUnicodeString37classRecord_that_ZP_IMPLEMENT_definesE");
 /// @endcond
 
 /// The empty string: the one object that every empty literal and every operation with an empty result gives.

@@ -71,7 +71,8 @@ void writeLine(const char *bytes, unsigned length, BOOL withBanner) {
     if (ZPHostIsTraced()) return;
     constexpr std::size_t eventLimit = 32300, cut = 32201;
     if (line.length() > eventLimit) line.replaceFrom(cut, "[ZPLog log message too long; remainder deleted]");
-    ZPHostReportEvent(line.bytes(), line.length() - (line.length() <= eventLimit && line.bytes()[line.length() - 1] == '\n'));
+    ZPHostReportEvent(line.bytes(),
+                      line.length() - (line.length() <= eventLimit && line.bytes()[line.length() - 1] == '\n'));
 }
 
 ZPLogFunction *logFunction = writeLine;
@@ -79,7 +80,10 @@ ZPLogFunction *logFunction = writeLine;
 }  // namespace
 
 void ZPLog(ZPString *format, ...) {
-    struct List { std::va_list list; ~List() { va_end(list); } } arguments;
+    struct List {
+        std::va_list list;
+        ~List() { va_end(list); }
+    } arguments;
     va_start(arguments.list, format);
     ZPLogv(format, arguments.list);
 }

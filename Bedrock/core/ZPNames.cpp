@@ -33,7 +33,10 @@ ZPString *_ZPStringWithCText(const char *format, ...) {
     int length = std::vsnprintf(local, sizeof local, format, list);
     va_end(list);
     if (length < int(sizeof local)) return stringWithCString(local);
-    struct Buffer { char *text; ~Buffer() { std::free(text); } } buffer{static_cast<char *>(std::malloc(length + 1))};
+    struct Buffer {
+        char *text;
+        ~Buffer() { std::free(text); }
+    } buffer{static_cast<char *>(std::malloc(length + 1))};
     if (!buffer.text) return stringWithCString(local);
     va_start(list, format);
     std::vsnprintf(buffer.text, length + 1, format, list);
@@ -71,7 +74,8 @@ BOOL ZPBOOLFromString(ZPString *string) {
 static ZPString *methodName(const char *prefix, id receiver, SEL selector) {
     Class cls = objc_msgSend<Class>(receiver, "class"_sel);
     bool isClass = static_cast<objc_object *>(cls) == receiver.pointer();
-    return _ZPStringWithCText("%s%c[%s %s]", prefix, isClass ? '+' : '-', cls ? cls->name : "nil", selector ? sel_getName(selector) : "(null)");
+    return _ZPStringWithCText("%s%c[%s %s]", prefix, isClass ? '+' : '-', cls ? cls->name : "nil",
+                              selector ? sel_getName(selector) : "(null)");
 }
 
 ZPString *_ZPFullMethodName(id receiver, SEL selector) { return methodName("", receiver, selector); }
@@ -81,13 +85,17 @@ void ZPRequestConcreteImplementation(id receiver, SEL selector, Class abstractCl
     Class cls = receiver.pointer()->isa;
     const char *name = sel_getName(selector);
     if (cls == abstractClass)
-        ZPException::raise_format(ZPInvalidArgumentException,
-                                  "*** -%s cannot be sent to an abstract object of class %s: Create a concrete instance!"_zp, name, cls->name);
-    ZPException::raise_format(ZPInvalidArgumentException, "*** -%s only defined for abstract class.  Define -[%s %s]!"_zp, name, cls->name, name);
+        ZPException::raise_format(
+            ZPInvalidArgumentException,
+            "*** -%s cannot be sent to an abstract object of class %s: Create a concrete instance!"_zp, name,
+            cls->name);
+    ZPException::raise_format(ZPInvalidArgumentException,
+                              "*** -%s only defined for abstract class.  Define -[%s %s]!"_zp, name, cls->name, name);
 }
 
 void _ZPRequestConcreteObject(id receiver, SEL selector) {
-    ZPException::raise_format(ZPInvalidArgumentException,
-                              "*** initialization method -%s cannot be sent to an abstract object of class %s: Create a concrete instance!"_zp,
-                              sel_getName(selector), receiver.pointer()->isa->name);
+    ZPException::raise_format(
+        ZPInvalidArgumentException,
+        "*** initialization method -%s cannot be sent to an abstract object of class %s: Create a concrete instance!"_zp,
+        sel_getName(selector), receiver.pointer()->isa->name);
 }

@@ -11,13 +11,16 @@ objc_object *_ZPGlobalRetainLock;
 namespace {
 
 [[noreturn]] void raiseNullSelector(objc_object *receiver, SEL operation) {
-    ZPException::raise_format(ZPInvalidArgumentException, "%@: null selector"_zp, _ZPMethodExceptionProem(receiver, operation));
+    ZPException::raise_format(ZPInvalidArgumentException, "%@: null selector"_zp,
+                              _ZPMethodExceptionProem(receiver, operation));
 }
 
 // Method signatures belong to a higher floor; until it is there, nothing has one.
 ZPMethodSignature *signatureOf(const objc_methodDescription *description) {
     Class signatures = objc_getClass("ZPMethodSignature");
-    return description && signatures ? objc_msgSend<ZPMethodSignature *>(signatures, "signatureWithObjCTypes:"_sel, description->types) : nullptr;
+    return description && signatures
+               ? objc_msgSend<ZPMethodSignature *>(signatures, "signatureWithObjCTypes:"_sel, description->types)
+               : nullptr;
 }
 
 // Sends through whatever C++ type the method has, as one that takes objects and answers one: the
@@ -44,7 +47,8 @@ struct ZPObjectMethods : ZPObject {
     id copy() { return ZPObject::copyWithZone(nullptr); }
     id mutableCopy() { return ZPObject::mutableCopyWithZone(nullptr); }
     ZPZone *zone() {
-        if (objc_countsInItsHeader(this) && objc_headerOf(this)->origin != objc_fromChildZone) return QLDefaultMallocZone();
+        if (objc_countsInItsHeader(this) && objc_headerOf(this)->origin != objc_fromChildZone)
+            return QLDefaultMallocZone();
         ZPZone *zone = QLZoneFromPtr(this);
         return zone ? zone : QLDefaultMallocZone();
     }
@@ -92,8 +96,12 @@ struct ZPObjectMethods : ZPObject {
     unsigned methodArgSize(SEL selector) { return method_getSizeOfArguments(class_getInstanceMethod(isa, selector)); }
     IMP methodForSelector(SEL selector) { return class_lookupMethod(isa, selector); }
     BOOL implementsSelector(SEL selector) { return class_lookupMethod(isa, selector) != &_objc_msgForward; }
-    const objc_methodDescription *methodDescriptionForSelector(SEL selector) { return _ZPDescribeMethod(isa, selector); }
-    ZPMethodSignature *methodSignatureForSelector(SEL selector) { return signatureOf(ZPObject::methodDescriptionForSelector(selector)); }
+    const objc_methodDescription *methodDescriptionForSelector(SEL selector) {
+        return _ZPDescribeMethod(isa, selector);
+    }
+    ZPMethodSignature *methodSignatureForSelector(SEL selector) {
+        return signatureOf(ZPObject::methodDescriptionForSelector(selector));
+    }
     void forward(SEL selector, objc_frame *) {
         // Without the machinery that makes invocations of messages, nothing is recognized.
         objc_msgSend<ZPMethodSignature *>(this, "methodSignatureForSelector:"_sel, selector);
@@ -129,9 +137,15 @@ struct ZPClassMethods {
     static ZPString *debugDescription(Class self) { return objc_msgSend<ZPString *>(self, "description"_sel); }
     static BOOL instancesRespond(Class self, SEL selector) { return class_respondsToMethod(self, selector); }
     static IMP instanceMethod(Class self, SEL selector) { return class_lookupMethod(self, selector); }
-    static BOOL instancesImplement(Class self, SEL selector) { return class_lookupMethod(self, selector) != &_objc_msgForward; }
-    static const objc_methodDescription *describe(Class self, SEL selector) { return _ZPDescribeMethod(self, selector); }
-    static ZPMethodSignature *signature(Class self, SEL selector) { return signatureOf(_ZPDescribeMethod(self, selector)); }
+    static BOOL instancesImplement(Class self, SEL selector) {
+        return class_lookupMethod(self, selector) != &_objc_msgForward;
+    }
+    static const objc_methodDescription *describe(Class self, SEL selector) {
+        return _ZPDescribeMethod(self, selector);
+    }
+    static ZPMethodSignature *signature(Class self, SEL selector) {
+        return signatureOf(_ZPDescribeMethod(self, selector));
+    }
     static id poseAsClass(Class self, Class other) { return class_poseAs(self, other); }
     static int version(Class self) { return self->version; }
     static void setVersion(Class self, int version) { self->version = version; }
@@ -229,7 +243,8 @@ const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector) {
         bool isMeta = __atomic_load_n(&c->info, __ATOMIC_RELAXED) & objc_isMetaclass;
         Class record = isMeta ? c->counterpart : c;
         for (auto *p = record->protocols; p; p = p->next)
-            if (auto *d = isMeta ? p->protocol->descriptionForClassMethod(selector) : p->protocol->descriptionForInstanceMethod(selector))
+            if (auto *d = isMeta ? p->protocol->descriptionForClassMethod(selector)
+                                 : p->protocol->descriptionForInstanceMethod(selector))
                 return d;
     }
     // A method record begins with its description.

@@ -105,7 +105,9 @@ struct ZPObject : objc_object {
     /// Whether the receiver has a method for the selector; NO for the null selector.
     BOOL respondsToSelector(SEL selector) { return objc_msgSend<BOOL>(this, "respondsToSelector:"_sel, selector); }
     /// Whether the receiver's class, or one it descends from, adopts the protocol, or one that includes it.
-    BOOL conformsToProtocol(Protocol *protocol) { return objc_msgSend<BOOL>(this, "conformsToProtocol:"_sel, protocol); }
+    BOOL conformsToProtocol(Protocol *protocol) {
+        return objc_msgSend<BOOL>(this, "conformsToProtocol:"_sel, protocol);
+    }
 
     /// A text for people, which `%@` takes; "<Class: 0xaddress>" unless a class says otherwise.
     ZPString *description() { return objc_msgSend<ZPString *>(this, "description"_sel); }
@@ -151,6 +153,10 @@ struct ZPObject : objc_object {
 inline ZPObject *ZPClassObject(Class cls) { return reinterpret_cast<ZPObject *>(cls); }
 
 /// `copyWithZone:`, which the keys of dictionaries need.
-struct ZPCopying { ZP_PROTOCOL(ZPCopying) };
+struct ZPCopying {
+    ZP_PROTOCOL(ZPCopying)
+};
 /// `mutableCopyWithZone:`.
-struct ZPMutableCopying { ZP_PROTOCOL(ZPMutableCopying) };
+struct ZPMutableCopying {
+    ZP_PROTOCOL(ZPMutableCopying)
+};

@@ -38,10 +38,14 @@ struct ZPProxyMethods : ZPProxy {
     ZPString *debugDescription() { return ZPProxy::description(); }
     id performSelector(SEL selector) { return objc_msgSendUnchecked<id>(this, selector); }
     id performWith(SEL selector, id object) { return objc_msgSendUnchecked<id>(this, selector, object); }
-    id performWithTwo(SEL selector, id object1, id object2) { return objc_msgSendUnchecked<id>(this, selector, object1, object2); }
+    id performWithTwo(SEL selector, id object1, id object2) {
+        return objc_msgSendUnchecked<id>(this, selector, object1, object2);
+    }
 
     // The object behind the proxy is asked.
-    template <class A> BOOL ask(SEL selector, A argument) { return objc_sendForward<BOOL, A>(this, selector, argument); }
+    template <class A> BOOL ask(SEL selector, A argument) {
+        return objc_sendForward<BOOL, A>(this, selector, argument);
+    }
     BOOL isKindOfClass(Class cls) { return ask("isKindOfClass:"_sel, cls); }
     BOOL isMemberOfClass(Class cls) { return ask("isMemberOfClass:"_sel, cls); }
     BOOL conformsToProtocol(Protocol *protocol) { return ask("conformsToProtocol:"_sel, protocol); }
@@ -55,7 +59,8 @@ struct ZPProxyMethods : ZPProxy {
         ZPException::raise_format(ZPInvalidArgumentException, "*** -[ZPProxy forwardInvocation:] called!"_zp);
     }
     void doesNotRecognizeSelector(SEL selector) {
-        ZPException::raise_format(ZPInvalidArgumentException, "*** -[ZPProxy doesNotRecognizeSelector:%s] called!"_zp, sel_getName(selector));
+        ZPException::raise_format(ZPInvalidArgumentException, "*** -[ZPProxy doesNotRecognizeSelector:%s] called!"_zp,
+                                  sel_getName(selector));
     }
 };
 
@@ -161,14 +166,17 @@ Zombies &zombies() {
         for (auto &[cls, trap] : zombies().classes)
             if (trap == zombie->isa) former = cls->name;
     }
-    ZPString *text = _ZPStringWithCText("*** Selector '%s' sent to dealloced instance 0x%lx of class %s.\nBreak at '-[_ZPZombie %s]' to debug.",
-                                        sent ? sel_getName(sent) : "(null)", reinterpret_cast<unsigned long>(zombie), former, sel_getName(caught));
+    ZPString *text = _ZPStringWithCText(
+        "*** Selector '%s' sent to dealloced instance 0x%lx of class %s.\nBreak at '-[_ZPZombie %s]' to debug.",
+        sent ? sel_getName(sent) : "(null)", reinterpret_cast<unsigned long>(zombie), former, sel_getName(caught));
     ZPLog("*** %@"_zp, text);
     ZPException::exceptionWithName_reason_userInfo(ZPGenericException, text, nullptr)->raise();
 }
 
 struct ZombieMethods : _ZPZombie {
-    ZPMethodSignature *methodSignatureForSelector(SEL selector) { report(this, selector, "methodSignatureForSelector:"_sel); }
+    ZPMethodSignature *methodSignatureForSelector(SEL selector) {
+        report(this, selector, "methodSignatureForSelector:"_sel);
+    }
     void forwardInvocation(ZPInvocation *invocation) {
         report(this, objc_msgSend<SEL>(id((objc_object *)invocation), "selector"_sel), "forwardInvocation:"_sel);
     }
@@ -177,7 +185,9 @@ struct ZombieMethods : _ZPZombie {
     void release() { report(this, "release"_sel, "release"_sel); }
     id autorelease() { report(this, "autorelease"_sel, "autorelease"_sel); }
     void dealloc() { report(this, "dealloc"_sel, "dealloc"_sel); }
-    id stringByAppendingFormat(ZPString *, std::va_list) { report(this, "stringByAppendingFormat:"_sel, "stringByAppendingFormat:"_sel); }
+    id stringByAppendingFormat(ZPString *, std::va_list) {
+        report(this, "stringByAppendingFormat:"_sel, "stringByAppendingFormat:"_sel);
+    }
     void appendFormat(ZPString *, std::va_list) { report(this, "appendFormat:"_sel, "appendFormat:"_sel); }
 };
 

@@ -7,7 +7,7 @@
 /// A run of positions. Nothing keeps its end, location + length, from passing 0xFFFFFFFF: who takes one checks it.
 struct ZPRange {
     unsigned location;  ///< the first position
-    unsigned length;    ///< how many there are
+    unsigned length;  ///< how many there are
     /// Equal location and length.
     friend constexpr bool operator==(const ZPRange &, const ZPRange &) = default;
 };
@@ -25,5 +25,5 @@ inline constexpr unsigned ZPNotFound = 0x7FFFFFFF;
 /// How one object follows another: one of the three below, or any number of the same sign.
 using ZPComparisonResult = int;
 inline constexpr ZPComparisonResult ZPOrderedAscending = -1;  ///< the receiver, or the first, comes before the other
-inline constexpr ZPComparisonResult ZPOrderedSame = 0;        ///< neither comes before the other
+inline constexpr ZPComparisonResult ZPOrderedSame = 0;  ///< neither comes before the other
 inline constexpr ZPComparisonResult ZPOrderedDescending = 1;  ///< the receiver, or the first, comes after the other

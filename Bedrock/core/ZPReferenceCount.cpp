@@ -49,7 +49,8 @@ struct SideTable {
             }
         std::free(old);
         if (moved != count)
-            ZPException::raise_format(ZPInternalInconsistencyException, "found %u items instead of %u items on resize"_zp, moved, count);
+            ZPException::raise_format(ZPInternalInconsistencyException,
+                                      "found %u items instead of %u items on resize"_zp, moved, count);
         return true;
     }
 
@@ -132,8 +133,12 @@ Word addressOf(id object) { return reinterpret_cast<Word>(object.pointer()); }
 
 struct Holding {
     id lock;
-    explicit Holding(id l) : lock(l) { if (lock) objc_msgSend(lock, "lock"_sel); }
-    ~Holding() { if (lock) objc_msgSend(lock, "unlock"_sel); }
+    explicit Holding(id l) : lock(l) {
+        if (lock) objc_msgSend(lock, "lock"_sel);
+    }
+    ~Holding() {
+        if (lock) objc_msgSend(lock, "unlock"_sel);
+    }
 };
 
 }  // namespace

@@ -85,7 +85,10 @@ struct ConcreteDataMethods : ZPConcreteData {
             if (mapper) mapper->retain();
         }
         if (!mapper) return giveUp();
-        struct Held { ZPFileMapper *mapper; ~Held() { mapper->release(); } } held{mapper};
+        struct Held {
+            ZPFileMapper *mapper;
+            ~Held() { mapper->release(); }
+        } held{mapper};
         return initWithFileMapper_length(mapper, mapper->length());
     }
     void dealloc() {
@@ -121,7 +124,8 @@ ZP_IMPLEMENT(ZPConcreteData)
 
 ZPData *_ZPNewImmutableData(const void *bytes, unsigned length, ZPZone *zone) {
     if (length == 0 || length >= ZPPageSize())
-        return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))->initWithBytes_length(bytes, length);
+        return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))
+            ->initWithBytes_length(bytes, length);
     constexpr unsigned field = sizeof(void *);
     ZPConcreteData *data = ZPAllocateObject(ZPConcreteData::class_(), length > field ? length - field : 0, zone);
     data->_flags = _ZPDataInline;

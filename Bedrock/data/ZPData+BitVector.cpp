@@ -28,7 +28,8 @@ struct Compressed {
         unsigned at = 0;
         std::uint64_t offset = 0;
         for (unsigned i = 0; i <= runCount; ++i) {
-            unsigned next = i == runCount ? keptLength : std::clamp<unsigned>(runs[3 * i] | runs[3 * i + 1] << 8, at, keptLength);
+            unsigned next =
+                i == runCount ? keptLength : std::clamp<unsigned>(runs[3 * i] | runs[3 * i + 1] << 8, at, keptLength);
             if (next > at && !segment(kept + at, next - at, offset)) return offset;
             offset += next - at;
             at = next;
@@ -108,7 +109,9 @@ struct BitVectorMethods : ZPData {
         while (length && v.bytes[length - 1] == 0) --length;
         if (length == v.length && length <= shortestRun - 1) return this;
 
-        struct { unsigned at, length; } found[mostRuns];
+        struct {
+            unsigned at, length;
+        } found[mostRuns];
         unsigned count = 0, removed = 0;
         for (unsigned i = 0; length > shortestRun && i < length - shortestRun && count < mostRuns;) {
             if (v.bytes[i]) {
@@ -125,7 +128,10 @@ struct BitVectorMethods : ZPData {
             }
             i += run;
         }
-        if (count == 0) return length == v.length ? this : static_cast<ZPData *>(_ZPNewImmutableData(v.bytes, length, nullptr)->autorelease());
+        if (count == 0)
+            return length == v.length
+                       ? this
+                       : static_cast<ZPData *>(_ZPNewImmutableData(v.bytes, length, nullptr)->autorelease());
 
         Block block(length - removed + 3 * count + 2);
         unsigned char *out = block.p, *table = block.p + (length - removed);
@@ -148,7 +154,8 @@ struct BitVectorMethods : ZPData {
     ZPData *decompressIfNeeded() {
         ZPDataView v = _ZPViewOfData(this);
         if (!isCompressed(v)) return this;
-        ZPMutableData *plain = ZPMutableData::dataWithCapacity(unsigned(std::min<std::uint64_t>(10 * std::uint64_t(v.length), _ZPLargestData)));
+        ZPMutableData *plain = ZPMutableData::dataWithCapacity(
+            unsigned(std::min<std::uint64_t>(10 * std::uint64_t(v.length), _ZPLargestData)));
         std::uint64_t length = Compressed(v).each([&](const unsigned char *bytes, unsigned n, std::uint64_t offset) {
             plain->setLength(unsigned(offset));
             plain->appendBytes_length(bytes, n);

@@ -51,7 +51,8 @@ BOOL putInPlace(const char *temporary, const char *path, const char *hostPath, u
 
 BOOL _ZPHostPathOfString(ZPString *path, char *buffer, unsigned size) {
     char own[longestPath];
-    if (path && path->getFileSystemRepresentation_maxLength(own, sizeof own) && ZPHostPathFromPath(own, buffer, size)) return YES;
+    if (path && path->getFileSystemRepresentation_maxLength(own, sizeof own) && ZPHostPathFromPath(own, buffer, size))
+        return YES;
     errno = ENOENT;
     return NO;
 }

@@ -69,14 +69,17 @@ inline ZPDataView _ZPViewOfData(ZPData *data) {
     return {static_cast<const unsigned char *>(data->bytes()), length};
 }
 
-[[noreturn]] ZP_COLD void _ZPRaiseDataSize(ZPData *receiver, SEL selector, const char *what, unsigned value, bool releases);
+[[noreturn]] ZP_COLD void _ZPRaiseDataSize(ZPData *receiver, SEL selector, const char *what, unsigned value,
+                                           bool releases);
 /// Raises when `value` is more than data can hold; `what` names it.
 inline void _ZPCheckDataSize(ZPData *receiver, SEL selector, const char *what, unsigned value) {
-    if (value > _ZPLargestData) [[unlikely]] _ZPRaiseDataSize(receiver, selector, what, value, false);
+    if (value > _ZPLargestData) [[unlikely]]
+        _ZPRaiseDataSize(receiver, selector, what, value, false);
 }
 /// The same in an initialiser, which gives the receiver up.
 inline void _ZPCheckInitialDataSize(ZPData *receiver, SEL selector, const char *what, unsigned value) {
-    if (value > _ZPLargestData) [[unlikely]] _ZPRaiseDataSize(receiver, selector, what, value, true);
+    if (value > _ZPLargestData) [[unlikely]]
+        _ZPRaiseDataSize(receiver, selector, what, value, true);
 }
 [[noreturn]] ZP_COLD void _ZPRaiseDataLocation(id receiver, SEL selector, unsigned location, unsigned length);
 [[noreturn]] ZP_COLD void _ZPRaiseDataRange(id receiver, SEL selector, ZPRange range, unsigned length);

@@ -11,7 +11,8 @@ struct DataMethods : ZPData {
 
     id init() { return initWithBytes_length_copy_freeWhenDone_bytesAreVM(nullptr, 0, NO, NO, NO); }
     ZPData *initDesignated(void *, unsigned, BOOL, BOOL, BOOL) {
-        ZPRequestConcreteImplementation(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, ZPData::class_());
+        ZPRequestConcreteImplementation(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel,
+                                        ZPData::class_());
     }
     ZPData *initWithBytes(const void *bytes, unsigned length) {
         return initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<void *>(bytes), length, YES, NO, NO);
@@ -22,14 +23,16 @@ struct DataMethods : ZPData {
     ZPData *initWithData(ZPData *other) {
         ZPDataView view = _ZPViewOfData(other);
         if (view.length == 0) return DataMethods::init();
-        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<unsigned char *>(view.bytes), view.length, YES, NO, other->_bytesAreVM());
+        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<unsigned char *>(view.bytes), view.length,
+                                                                 YES, NO, other->_bytesAreVM());
     }
     ZPData *initWithContentsOfFile(ZPString *path) {
         char own[4096];
         void *bytes;
         unsigned length;
         ZPZone *zone = ZPData::zone();
-        if (!path || !path->getFileSystemRepresentation_maxLength(own, sizeof own) || !_ZPReadBytesFromFile(own, &bytes, &length, zone)) {
+        if (!path || !path->getFileSystemRepresentation_maxLength(own, sizeof own) ||
+            !_ZPReadBytesFromFile(own, &bytes, &length, zone)) {
             release();
             return nullptr;
         }
@@ -52,7 +55,8 @@ struct DataMethods : ZPData {
     void getBytesRange(void *buffer, ZPRange range) {
         if (range.length == 0) return;
         ZPDataView view = _ZPViewOfData(this);
-        if (range.location >= view.length) _ZPRaiseDataLocation(this, "getBytes:range:"_sel, range.location, view.length);
+        if (range.location >= view.length)
+            _ZPRaiseDataLocation(this, "getBytes:range:"_sel, range.location, view.length);
         std::memmove(buffer, view.bytes + range.location, std::min(range.length, view.length - range.location));
     }
     ZPData *subdata(ZPRange range) {
@@ -60,14 +64,18 @@ struct DataMethods : ZPData {
         ZPZone *zone = ZPData::zone();
         if (range.length == 0) return _ZPNewImmutableData(nullptr, 0, zone)->autorelease();
         bool concrete = isa == ZPConcreteData::class_();
-        unsigned length = concrete ? static_cast<ZPConcreteData *>(static_cast<ZPData *>(this))->_length : ZPData::length();
-        if (range.location > length || range.length > length - range.location) _ZPRaiseDataRange(this, "subdataWithRange:"_sel, range, length);
+        unsigned length =
+            concrete ? static_cast<ZPConcreteData *>(static_cast<ZPData *>(this))->_length : ZPData::length();
+        if (range.location > length || range.length > length - range.location)
+            _ZPRaiseDataRange(this, "subdataWithRange:"_sel, range, length);
         if (range.length == length) return ZPObject::copyWithZone(nullptr)->autorelease();
         if (range.length >= (concrete ? worthSharing : worthSharingAnywhere)) {
             ZPSubrangeData *part = ZPAllocateObject(ZPSubrangeData::class_(), 0, zone);
             // A part of a part looks at the whole, so that parts of parts of parts do not make a chain.
-            auto *outer = isa == ZPSubrangeData::class_() ? static_cast<ZPSubrangeData *>(static_cast<ZPData *>(this)) : nullptr;
-            part->_data = outer ? static_cast<ZPData *>(outer->_data->retain()) : static_cast<ZPData *>(ZPObject::copyWithZone(nullptr));
+            auto *outer =
+                isa == ZPSubrangeData::class_() ? static_cast<ZPSubrangeData *>(static_cast<ZPData *>(this)) : nullptr;
+            part->_data = outer ? static_cast<ZPData *>(outer->_data->retain())
+                                : static_cast<ZPData *>(ZPObject::copyWithZone(nullptr));
             part->_location = range.location + (outer ? outer->_location : 0);
             part->_length = range.length;
             return part->autorelease();
@@ -108,7 +116,9 @@ struct DataMethods : ZPData {
             if (i % 4 == 3) *at++ = ' ';
         }
         *at++ = '>';
-        return ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(text, unsigned(at - text), YES)->autorelease();
+        return ZPString::alloc()
+            ->initWithCStringNoCopy_length_freeWhenDone(text, unsigned(at - text), YES)
+            ->autorelease();
     }
     BOOL writeToFile(ZPString *path, BOOL atomically) {
         ZPDataView view = _ZPViewOfData(this);
@@ -117,13 +127,17 @@ struct DataMethods : ZPData {
     BOOL bytesAreVM() { return NO; }
     ZPFileMapper *fileMapper() { return nullptr; }
 
-    id copyWithZone(ZPZone *zone) { return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))->initWithData(this); }
+    id copyWithZone(ZPZone *zone) {
+        return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))->initWithData(this);
+    }
     id mutableCopyWithZone(ZPZone *zone) {
         return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteMutableData::class_(), 0, zone))->initWithData(this);
     }
     Class classForCoder() { return ZPData::class_(); }
     id replacementObjectForPortCoder(id) { return this; }
-    void encodeWithCoder(ZPCoder *coder) { objc_msgSend(id((objc_object *)coder), "encodeDataObject:"_sel, static_cast<ZPData *>(this)); }
+    void encodeWithCoder(ZPCoder *coder) {
+        objc_msgSend(id((objc_object *)coder), "encodeDataObject:"_sel, static_cast<ZPData *>(this));
+    }
     id initWithCoder(ZPCoder *coder) {
         release();
         ZPData *data = objc_msgSend<ZPData *>(id((objc_object *)coder), "decodeDataObject"_sel);
@@ -147,7 +161,9 @@ struct DataClassMethods {
     static ZPData *withBytesNoCopy(Class self, void *bytes, unsigned length) {
         return autoreleased(static_cast<ZPData *>(made(self))->initWithBytesNoCopy_length(bytes, length));
     }
-    static ZPData *withData(Class self, ZPData *other) { return autoreleased(static_cast<ZPData *>(made(self))->initWithData(other)); }
+    static ZPData *withData(Class self, ZPData *other) {
+        return autoreleased(static_cast<ZPData *>(made(self))->initWithData(other));
+    }
     static ZPData *withContentsOfFile(Class self, ZPString *path) {
         return autoreleased(static_cast<ZPData *>(made(self))->initWithContentsOfFile(path));
     }
@@ -239,12 +255,14 @@ void _ZPRaiseDataSize(ZPData *receiver, SEL selector, const char *what, unsigned
 }
 
 void _ZPRaiseDataLocation(id receiver, SEL selector, unsigned location, unsigned length) {
-    ZPException::raise_format(ZPRangeException, "%@: location %u exceeds data length %u"_zp, _ZPMethodExceptionProem(receiver, selector), location, length);
+    ZPException::raise_format(ZPRangeException, "%@: location %u exceeds data length %u"_zp,
+                              _ZPMethodExceptionProem(receiver, selector), location, length);
 }
 
 void _ZPRaiseDataRange(id receiver, SEL selector, ZPRange range, unsigned length) {
     ZPException::raise_format(ZPRangeException, "%@: range {location = %d; length = %d} exceeds data length %u"_zp,
-                              _ZPMethodExceptionProem(receiver, selector), int(range.location), int(range.length), length);
+                              _ZPMethodExceptionProem(receiver, selector), int(range.location), int(range.length),
+                              length);
 }
 
 void _ZPRaiseDataMemory(unsigned bytes) {

@@ -29,27 +29,41 @@ struct ZPData : ZPObject {
     /// A copy of the bytes of another data object (null: none).
     static ZPData *dataWithData(ZPData *other) { return objc_msgSend<ZPData *>(class_(), "dataWithData:"_sel, other); }
     /// A regular file read whole; null, with the reason in `errno`, when it cannot be read.
-    static ZPData *dataWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfFile:"_sel, path); }
+    static ZPData *dataWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfFile:"_sel, path);
+    }
     /// A regular file's bytes without reading them first; null, with the reason in `errno`, when it cannot be
     /// mapped. The file must not become shorter while the data lives.
-    static ZPData *dataWithContentsOfMappedFile(ZPString *path) { return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfMappedFile:"_sel, path); }
+    static ZPData *dataWithContentsOfMappedFile(ZPString *path) {
+        return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfMappedFile:"_sel, path);
+    }
 
     // ---- initialisers: each may answer another object than the receiver ----
 
     /// As the class message: copies the bytes.
-    ZPData *initWithBytes_length(const void *bytes, unsigned length) { return objc_msgSend<ZPData *>(this, "initWithBytes:length:"_sel, bytes, length); }
+    ZPData *initWithBytes_length(const void *bytes, unsigned length) {
+        return objc_msgSend<ZPData *>(this, "initWithBytes:length:"_sel, bytes, length);
+    }
     /// As the class message: takes over a zone's block.
-    ZPData *initWithBytesNoCopy_length(void *bytes, unsigned length) { return objc_msgSend<ZPData *>(this, "initWithBytesNoCopy:length:"_sel, bytes, length); }
+    ZPData *initWithBytesNoCopy_length(void *bytes, unsigned length) {
+        return objc_msgSend<ZPData *>(this, "initWithBytesNoCopy:length:"_sel, bytes, length);
+    }
     /// As the class message.
     ZPData *initWithData(ZPData *other) { return objc_msgSend<ZPData *>(this, "initWithData:"_sel, other); }
     /// As the class message, null when the file cannot be read.
-    ZPData *initWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPData *>(this, "initWithContentsOfFile:"_sel, path); }
+    ZPData *initWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPData *>(this, "initWithContentsOfFile:"_sel, path);
+    }
     /// As the class message, null when the file cannot be mapped.
-    ZPData *initWithContentsOfMappedFile(ZPString *path) { return objc_msgSend<ZPData *>(this, "initWithContentsOfMappedFile:"_sel, path); }
+    ZPData *initWithContentsOfMappedFile(ZPString *path) {
+        return objc_msgSend<ZPData *>(this, "initWithContentsOfMappedFile:"_sel, path);
+    }
     /// The others end here. Bytes that are not copied outlive the object, or with `freeWhenDone` are its own: a
     /// zone's block, or whole pages when `bytesAreVM`.
-    ZPData *initWithBytes_length_copy_freeWhenDone_bytesAreVM(void *bytes, unsigned length, BOOL copy, BOOL freeWhenDone, BOOL bytesAreVM) {
-        return objc_msgSend<ZPData *>(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, bytes, length, copy, freeWhenDone, bytesAreVM);
+    ZPData *initWithBytes_length_copy_freeWhenDone_bytesAreVM(void *bytes, unsigned length, BOOL copy,
+                                                              BOOL freeWhenDone, BOOL bytesAreVM) {
+        return objc_msgSend<ZPData *>(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, bytes, length,
+                                      copy, freeWhenDone, bytesAreVM);
     }
     /// A view of the mapper's first `length` bytes. Null when there can be none.
     ZPData *initWithFileMapper_length(ZPFileMapper *mapper, unsigned length) {
@@ -76,7 +90,9 @@ struct ZPData : ZPObject {
     BOOL isEqualToData(ZPData *other) { return objc_msgSend<BOOL>(this, "isEqualToData:"_sel, other); }
     /// Written to a file, through a temporary one beside it when `atomically`. NO, with the reason in `errno`,
     /// and an existing file unchanged in the atomic case, when that fails.
-    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) { return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically); }
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
+        return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically);
+    }
     /// Whether the bytes are whole pages.
     BOOL _bytesAreVM() { return objc_msgSend<BOOL>(this, "_bytesAreVM"_sel); }
     /// The mapper whose view the bytes are, or null.
@@ -91,7 +107,9 @@ struct ZPData : ZPObject {
     /// Whether any bit is set in both.
     BOOL intersectsBitVector(ZPData *other) { return objc_msgSend<BOOL>(this, "intersectsBitVector:"_sel, other); }
     /// The bits that are set in both; ends with the last byte that is not zero.
-    ZPData *intersectionWithBitVector(ZPData *other) { return objc_msgSend<ZPData *>(this, "intersectionWithBitVector:"_sel, other); }
+    ZPData *intersectionWithBitVector(ZPData *other) {
+        return objc_msgSend<ZPData *>(this, "intersectionWithBitVector:"_sel, other);
+    }
     /// The bits that are set in either, as long as the longer one.
     ZPData *unionWithBitVector(ZPData *other) { return objc_msgSend<ZPData *>(this, "unionWithBitVector:"_sel, other); }
     /// The number of set bits.
@@ -103,7 +121,9 @@ struct ZPData : ZPObject {
     /// The plain form of a vector in either.
     ZPData *_decompressIfNeeded() { return objc_msgSend<ZPData *>(this, "_decompressIfNeeded"_sel); }
     /// Whether any bit is set in both, of which each may be compressed.
-    BOOL _intersectsBitVectorMaybeCompressed(ZPData *other) { return objc_msgSend<BOOL>(this, "_intersectsBitVectorMaybeCompressed:"_sel, other); }
+    BOOL _intersectsBitVectorMaybeCompressed(ZPData *other) {
+        return objc_msgSend<BOOL>(this, "_intersectsBitVectorMaybeCompressed:"_sel, other);
+    }
 };
 
 /// Bytes that can be changed. A subclass supplies `mutableBytes` and `setLength:` beside the primitives of ZPData.
@@ -120,16 +140,26 @@ struct ZPMutableData : ZPData {
     /// The bytes of another data object (null: none), shared where they are many until they are changed.
     static ZPMutableData *dataWithData(ZPData *other) { return objc_msgSend<id>(class_(), "dataWithData:"_sel, other); }
     /// A regular file read whole; null, with the reason in `errno`, when it cannot be read.
-    static ZPMutableData *dataWithContentsOfFile(ZPString *path) { return objc_msgSend<id>(class_(), "dataWithContentsOfFile:"_sel, path); }
+    static ZPMutableData *dataWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<id>(class_(), "dataWithContentsOfFile:"_sel, path);
+    }
     /// A regular file's bytes without reading them first; null, with the reason in `errno`, when it cannot be
     /// mapped. Changes stay in memory: the file keeps its bytes.
-    static ZPMutableData *dataWithContentsOfMappedFile(ZPString *path) { return objc_msgSend<id>(class_(), "dataWithContentsOfMappedFile:"_sel, path); }
+    static ZPMutableData *dataWithContentsOfMappedFile(ZPString *path) {
+        return objc_msgSend<id>(class_(), "dataWithContentsOfMappedFile:"_sel, path);
+    }
     /// Empty, with room for `capacity` bytes.
-    static ZPMutableData *dataWithCapacity(unsigned capacity) { return objc_msgSend<id>(class_(), "dataWithCapacity:"_sel, capacity); }
+    static ZPMutableData *dataWithCapacity(unsigned capacity) {
+        return objc_msgSend<id>(class_(), "dataWithCapacity:"_sel, capacity);
+    }
     /// `length` zero bytes.
-    static ZPMutableData *dataWithLength(unsigned length) { return objc_msgSend<id>(class_(), "dataWithLength:"_sel, length); }
+    static ZPMutableData *dataWithLength(unsigned length) {
+        return objc_msgSend<id>(class_(), "dataWithLength:"_sel, length);
+    }
     /// Empty, with room for `capacity` bytes.
-    ZPMutableData *initWithCapacity(unsigned capacity) { return objc_msgSend<id>(this, "initWithCapacity:"_sel, capacity); }
+    ZPMutableData *initWithCapacity(unsigned capacity) {
+        return objc_msgSend<id>(this, "initWithCapacity:"_sel, capacity);
+    }
     /// `length` zero bytes.
     ZPMutableData *initWithLength(unsigned length) { return objc_msgSend<id>(this, "initWithLength:"_sel, length); }
 
@@ -140,12 +170,16 @@ struct ZPMutableData : ZPData {
     /// Adds zero bytes.
     void increaseLengthBy(unsigned extra) { objc_msgSend(this, "increaseLengthBy:"_sel, extra); }
     /// Copies bytes to the end; they may lie in the receiver.
-    void appendBytes_length(const void *bytes, unsigned length) { objc_msgSend(this, "appendBytes:length:"_sel, bytes, length); }
+    void appendBytes_length(const void *bytes, unsigned length) {
+        objc_msgSend(this, "appendBytes:length:"_sel, bytes, length);
+    }
     /// Adds the bytes of another data object, also of the receiver, at the end.
     void appendData(ZPData *other) { objc_msgSend(this, "appendData:"_sel, other); }
     /// Overwrites the range, which may reach past the end but not begin there, with as many bytes; a location past
     /// the end raises ZPRangeException. What lies behind stays in its place.
-    void replaceBytesInRange_withBytes(ZPRange range, const void *bytes) { objc_msgSend(this, "replaceBytesInRange:withBytes:"_sel, range, bytes); }
+    void replaceBytesInRange_withBytes(ZPRange range, const void *bytes) {
+        objc_msgSend(this, "replaceBytesInRange:withBytes:"_sel, range, bytes);
+    }
     /// Overwrites the range with zeros, by the same rules.
     void resetBytesInRange(ZPRange range) { objc_msgSend(this, "resetBytesInRange:"_sel, range); }
     /// Takes the bytes of another data object in the place of its own.
@@ -156,7 +190,9 @@ struct ZPMutableData : ZPData {
     /// Sets the bits of the other vector too, growing to its length.
     void unionBitVector(ZPData *other) { objc_msgSend(this, "unionBitVector:"_sel, other); }
     /// The same with a vector that may be compressed.
-    void _unionBitVectorMaybeCompressed(ZPData *other) { objc_msgSend(this, "_unionBitVectorMaybeCompressed:"_sel, other); }
+    void _unionBitVectorMaybeCompressed(ZPData *other) {
+        objc_msgSend(this, "_unionBitVectorMaybeCompressed:"_sel, other);
+    }
 };
 
 extern "C" {

@@ -6,7 +6,9 @@
 namespace {
 
 struct MutableDataMethods : ZPMutableData {
-    [[noreturn]] void abstract(SEL selector) { ZPRequestConcreteImplementation(this, selector, ZPMutableData::class_()); }
+    [[noreturn]] void abstract(SEL selector) {
+        ZPRequestConcreteImplementation(this, selector, ZPMutableData::class_());
+    }
     ZPMutableData *initWithCapacity(unsigned) { abstract("initWithCapacity:"_sel); }
     void *mutableBytes() { abstract("mutableBytes"_sel); }
     void setLength(unsigned) { abstract("setLength:"_sel); }
@@ -38,7 +40,8 @@ struct MutableDataMethods : ZPMutableData {
     void replaceBytes(ZPRange range, const void *bytes) {
         if (range.length == 0) return;
         // The bytes may lie in storage that growth moves.
-        auto *own = static_cast<const unsigned char *>(bytes), *storage = static_cast<const unsigned char *>(this->bytes());
+        auto *own = static_cast<const unsigned char *>(bytes),
+             *storage = static_cast<const unsigned char *>(this->bytes());
         bool inside = storage && own >= storage && own < storage + length();
         unsigned char *to = overwrite("replaceBytesInRange:withBytes:"_sel, range);
         if (inside) own = to - range.location + (own - storage);
@@ -60,8 +63,12 @@ struct MutableDataClassMethods {
         return ZPAllocateObject(self == ZPMutableData::class_() ? ZPConcreteMutableData::class_() : self, 0, zone);
     }
     static id made(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
-    static id withCapacity(Class self, unsigned capacity) { return static_cast<ZPMutableData *>(made(self))->initWithCapacity(capacity)->autorelease(); }
-    static id withLength(Class self, unsigned length) { return static_cast<ZPMutableData *>(made(self))->initWithLength(length)->autorelease(); }
+    static id withCapacity(Class self, unsigned capacity) {
+        return static_cast<ZPMutableData *>(made(self))->initWithCapacity(capacity)->autorelease();
+    }
+    static id withLength(Class self, unsigned length) {
+        return static_cast<ZPMutableData *>(made(self))->initWithLength(length)->autorelease();
+    }
 };
 
 struct ConcreteMutableData : ZPConcreteMutableData {
@@ -181,7 +188,10 @@ struct ConcreteMutableData : ZPConcreteMutableData {
             release();
             return nullptr;
         }
-        struct Held { ZPFileMapper *mapper; ~Held() { mapper->release(); } } held{mapper};
+        struct Held {
+            ZPFileMapper *mapper;
+            ~Held() { mapper->release(); }
+        } held{mapper};
         return initWithFileMapper_length(mapper, mapper->length());
     }
     ZPData *initWithData(ZPData *other) {
@@ -193,7 +203,8 @@ struct ConcreteMutableData : ZPConcreteMutableData {
             length = data->_length;
         } else if (other && other->isa == ZPConcreteMutableData::class_()) {
             auto *data = static_cast<ZPConcreteMutableData *>(other);
-            if (data->_mapper && !(data->_flags & _ZPDataSharedView) && data->_length && data->_mapper->copyMapping_length(data->_bytes, data->_capacity)) {
+            if (data->_mapper && !(data->_flags & _ZPDataSharedView) && data->_length &&
+                data->_mapper->copyMapping_length(data->_bytes, data->_capacity)) {
                 data->_flags |= _ZPDataSharedView;
                 mapper = data->_mapper;
                 length = data->_length;

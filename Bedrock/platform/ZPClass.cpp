@@ -89,9 +89,12 @@ void growIndex(objc_classState &state, unsigned needed) {
 }
 
 bool isCountingSelector(const char *name) {
-    return !std::strcmp(name, "retain") || !std::strcmp(name, "release") || !std::strcmp(name, "retainCount") || !std::strcmp(name, "autorelease");
+    return !std::strcmp(name, "retain") || !std::strcmp(name, "release") || !std::strcmp(name, "retainCount") ||
+           !std::strcmp(name, "autorelease");
 }
-bool isAllocationSelector(const char *name) { return !std::strcmp(name, "alloc") || !std::strcmp(name, "allocWithZone:"); }
+bool isAllocationSelector(const char *name) {
+    return !std::strcmp(name, "alloc") || !std::strcmp(name, "allocWithZone:");
+}
 
 void clearInfoBelow(Class cls, unsigned bits) {
     clearInfo(cls, bits);
@@ -119,7 +122,8 @@ void buildLists(Class cls) {
         for (auto *q = state.queue; q; q = q->next)
             if (q->list < number) number = q->list;
         for (auto *q = state.queue; q; q = q->next) count += q->list == number;
-        auto *list = static_cast<objc_methodList *>(allocatePermanently(sizeof(objc_methodList) + count * sizeof(objc_method)));
+        auto *list =
+            static_cast<objc_methodList *>(allocatePermanently(sizeof(objc_methodList) + count * sizeof(objc_method)));
         objc_method *m = list->methods;
         for (auto **at = &state.queue; *at;) {
             if ((*at)->list != number) {
@@ -145,7 +149,8 @@ void realizeOne(Class cls) {
         unsigned inherited = infoOf(cls->superclass);
         if (!(infoOf(cls) & objc_isMetaclass)) {
             if (!(inherited & objc_countsInHeader)) clearInfo(cls, objc_countsInHeader);
-            if (infoOf(cls) & objc_countsInHeader) setInfo(cls, inherited & (objc_defaultCounting | objc_defaultDealloc));
+            if (infoOf(cls) & objc_countsInHeader)
+                setInfo(cls, inherited & (objc_defaultCounting | objc_defaultDealloc));
             setInfo(cls, inherited & objc_hasWideAlignment);
         } else {
             setInfo(cls, inherited & objc_defaultAllocation);
@@ -167,7 +172,8 @@ void addMethods(Class cls, objc_methodList *list) {
         objc_method &m = list->methods[i];
         objc_method **slot = slotFor(state, m.name);
         if (*slot >= list->methods && *slot < list->methods + list->count)
-            objc_fatal("%c[%s %s] is registered twice", infoOf(cls) & objc_isMetaclass ? '+' : '-', cls->name, sel_getName(m.name));
+            objc_fatal("%c[%s %s] is registered twice", infoOf(cls) & objc_isMetaclass ? '+' : '-', cls->name,
+                       sel_getName(m.name));
         if (!*slot) ++state.indexCount;
         *slot = &m;
         if (root && !cls->methodLists) continue;  // the root's own counting is the default
@@ -305,8 +311,32 @@ Class objc_makeClass(Class superclass, const char *name, unsigned extraBytes) {
     while (root->superclass) root = root->superclass;
     unsigned info = superclass->info & (objc_countsInHeader | objc_hasWideAlignment);
     *pair = {
-        {{&pair->meta}, &objc_emptyCache, superclass, info, 0, kept, superclass->instanceSize + extraBytes, 0, superclass->fields, nullptr, nullptr, &pair->meta, nullptr},
-        {{root->counterpart}, &objc_emptyCache, superclass->counterpart, objc_isMetaclass, 0, kept, sizeof(objc_class), 0, nullptr, nullptr, nullptr, &pair->cls, nullptr},
+        {{&pair->meta},
+         &objc_emptyCache,
+         superclass,
+         info,
+         0,
+         kept,
+         superclass->instanceSize + extraBytes,
+         0,
+         superclass->fields,
+         nullptr,
+         nullptr,
+         &pair->meta,
+         nullptr},
+        {{root->counterpart},
+         &objc_emptyCache,
+         superclass->counterpart,
+         objc_isMetaclass,
+         0,
+         kept,
+         sizeof(objc_class),
+         0,
+         nullptr,
+         nullptr,
+         nullptr,
+         &pair->cls,
+         nullptr},
     };
     return &pair->cls;
 }
@@ -319,7 +349,8 @@ Class objc_copyClass(Class cls, const char *name) {
     pair->meta = *cls->counterpart;
     const char *kept = copyName(name);
     for (Class copy : {&pair->cls, &pair->meta}) {
-        objc_classState &from = stateOf(copy), *to = static_cast<objc_classState *>(allocatePermanently(sizeof(objc_classState)));
+        objc_classState &from = stateOf(copy),
+                        *to = static_cast<objc_classState *>(allocatePermanently(sizeof(objc_classState)));
         to->queueEnd = &to->queue;
         to->indexMask = from.indexMask;
         to->indexCount = from.indexCount;
@@ -340,7 +371,8 @@ Class objc_copyClass(Class cls, const char *name) {
     return &pair->cls;
 }
 
-void class_addMethod(Class cls, SEL name, IMP implementation, const char *types, objc_frameInvoker invoker, unsigned argumentSize) {
+void class_addMethod(Class cls, SEL name, IMP implementation, const char *types, objc_frameInvoker invoker,
+                     unsigned argumentSize) {
     Lock lock;
     realize(cls);
     auto *list = static_cast<objc_methodList *>(allocatePermanently(sizeof(objc_methodList) + sizeof(objc_method)));
@@ -356,7 +388,9 @@ const objc_method *class_getInstanceMethod(Class cls, SEL name) {
     return findMethod(cls, name);
 }
 
-const objc_method *class_getClassMethod(Class cls, SEL name) { return cls ? class_getInstanceMethod(cls->isa, name) : nullptr; }
+const objc_method *class_getClassMethod(Class cls, SEL name) {
+    return cls ? class_getInstanceMethod(cls->isa, name) : nullptr;
+}
 
 IMP class_lookupMethod(Class cls, SEL name) {
     const objc_method *m = class_getInstanceMethod(cls, name);

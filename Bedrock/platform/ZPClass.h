@@ -24,24 +24,24 @@ using objc_frameInvoker = void *(*)(IMP implementation, objc_object *self, SEL s
 
 /// A method by name and type. Both texts live as long as the process.
 struct objc_methodDescription {
-    SEL name;           ///< what it is called by
+    SEL name;  ///< what it is called by
     const char *types;  ///< the type string: result, receiver, selector, arguments
 };
 
 /// A method of a class. Records live as long as the process and do not change once they are published.
 struct objc_method {
-    SEL name;                   ///< what it is called by
-    const char *types;          ///< the type string: result, receiver, selector, arguments
-    IMP implementation;         ///< the function; call it only through its real type
+    SEL name;  ///< what it is called by
+    const char *types;  ///< the type string: result, receiver, selector, arguments
+    IMP implementation;  ///< the function; call it only through its real type
     objc_frameInvoker invoker;  ///< calls it with a frame
-    unsigned argumentSize;      ///< bytes of the argument frame, receiver and selector included
+    unsigned argumentSize;  ///< bytes of the argument frame, receiver and selector included
 };
 
 /// One list of methods: what a class's own file registered, or one category. Lives as long as the process.
 struct objc_methodList {
     const objc_methodList *next;  ///< the list that was there before; null for the oldest
-    unsigned count;               ///< of the methods
-    objc_method methods[];        ///< the methods themselves
+    unsigned count;  ///< of the methods
+    objc_method methods[];  ///< the methods themselves
 };
 
 /// @cond machinery
@@ -75,17 +75,17 @@ struct objc_fieldHooks {
 
 /// Bits of a class record's `info`.
 enum objc_classInfo : unsigned {
-    objc_isMetaclass = 1,          ///< the record describes a class object
-    objc_isRealized = 2,           ///< its method table is built
-    objc_isInitializing = 4,       ///< `+initialize` is running
-    objc_isInitialized = 8,        ///< `+initialize` has run
-    objc_isRoot = 16,              ///< it has no superclass
-    objc_countsInHeader = 32,      ///< instances come from the allocator and keep their count before `isa`
-    objc_defaultCounting = 64,     ///< retain, release, retainCount and autorelease are the root's own
-    objc_hasWideAlignment = 128,   ///< instances need 16-byte alignment
-    objc_isPosing = 256,           ///< it took the place of another class
+    objc_isMetaclass = 1,  ///< the record describes a class object
+    objc_isRealized = 2,  ///< its method table is built
+    objc_isInitializing = 4,  ///< `+initialize` is running
+    objc_isInitialized = 8,  ///< `+initialize` has run
+    objc_isRoot = 16,  ///< it has no superclass
+    objc_countsInHeader = 32,  ///< instances come from the allocator and keep their count before `isa`
+    objc_defaultCounting = 64,  ///< retain, release, retainCount and autorelease are the root's own
+    objc_hasWideAlignment = 128,  ///< instances need 16-byte alignment
+    objc_isPosing = 256,  ///< it took the place of another class
     objc_defaultAllocation = 512,  ///< (metaclass) alloc and allocWithZone: are the root's own
-    objc_defaultDealloc = 1024,    ///< dealloc is the root's own
+    objc_defaultDealloc = 1024,  ///< dealloc is the root's own
     objc_allocatesPlainly = 2048,  ///< initialized, and alloc does nothing but allocate
 };
 
@@ -108,7 +108,7 @@ struct objc_class : objc_object {
 
 /// A class record and its metaclass's, as ZP_IMPLEMENT defines them: static, at a stable address.
 struct objc_classPair {
-    objc_class cls;   ///< the class
+    objc_class cls;  ///< the class
     objc_class meta;  ///< its metaclass
 };
 

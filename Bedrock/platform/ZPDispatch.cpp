@@ -100,7 +100,8 @@ bool ensureInitialized(Class cls) {
             Class cls;
             ~Finish() {
                 pthread_mutex_lock(&runtimeMutex());
-                setInfo(cls, objc_isInitialized | (infoOf(cls->isa) & objc_defaultAllocation ? objc_allocatesPlainly : 0u));
+                setInfo(cls,
+                        objc_isInitialized | (infoOf(cls->isa) & objc_defaultAllocation ? objc_allocatesPlainly : 0u));
                 clearInfo(cls, objc_isInitializing);
                 pthread_cond_broadcast(&initialized);
             }
@@ -147,18 +148,21 @@ IMP objc_lookUpForSuper(Class superclass, SEL selector) {
     Lock lock;
     realize(superclass);
     objc_method *m = findMethod(superclass, selector);
-    if (m && (infoOf(infoOf(superclass) & objc_isMetaclass ? superclass->counterpart : superclass) & objc_isInitialized))
+    if (m &&
+        (infoOf(infoOf(superclass) & objc_isMetaclass ? superclass->counterpart : superclass) & objc_isInitialized))
         fill(superclass, selector, m->implementation);
     return m ? m->implementation : nullptr;
 }
 
 void objc_forwardFrame(objc_object *receiver, SEL selector, objc_frame *frame) {
     if (selector == "forward::"_sel || !class_getInstanceMethod(receiver->isa, "forward::"_sel))
-        objc_fatal("%s does not implement %s and does not forward", receiver->isa->name, selector ? sel_getName(selector) : "the null selector");
+        objc_fatal("%s does not implement %s and does not forward", receiver->isa->name,
+                   selector ? sel_getName(selector) : "the null selector");
     objc_msgSendUnchecked<void>(receiver, "forward::"_sel, selector, frame);
 }
 
-void objc_sendFrame(objc_object *receiver, SEL selector, unsigned length, void *arguments, void *result, unsigned resultSize) {
+void objc_sendFrame(objc_object *receiver, SEL selector, unsigned length, void *arguments, void *result,
+                    unsigned resultSize) {
     if (!receiver) return;
     objc_lookUpForSend(receiver, selector);  // initializes the class
     const objc_method *m = class_getInstanceMethod(receiver->isa, selector);
@@ -167,16 +171,18 @@ void objc_sendFrame(objc_object *receiver, SEL selector, unsigned length, void *
     if (!m) {
         // Who handles the message may store a word even when the sender has no use for it.
         bool fits = result && resultSize >= sizeof(void *);
-        objc_frame frame{"@@:", arguments, length, fits ? resultSize : unsigned(sizeof(void *)), fits ? result : answer, NO};
+        objc_frame frame{"@@:", arguments, length, fits ? resultSize : unsigned(sizeof(void *)), fits ? result : answer,
+                         NO};
         objc_forwardFrame(receiver, selector, &frame);
         if (result && !fits) std::memcpy(result, answer, resultSize);
         return;
     }
     if (!m->invoker) objc_fatal("-[%s %s] cannot be sent with a frame", receiver->isa->name, sel_getName(selector));
     if (length < m->argumentSize)
-        objc_fatal("-[%s %s] takes a frame of %u bytes and was sent one of %u", receiver->isa->name, sel_getName(selector),
-                   m->argumentSize, length);
-    void *at = m->invoker(m->implementation, receiver, selector, arguments, result && resultSize >= sizeof answer ? result : answer);
+        objc_fatal("-[%s %s] takes a frame of %u bytes and was sent one of %u", receiver->isa->name,
+                   sel_getName(selector), m->argumentSize, length);
+    void *at = m->invoker(m->implementation, receiver, selector, arguments,
+                          result && resultSize >= sizeof answer ? result : answer);
     if (result && at == answer) std::memcpy(result, answer, resultSize);
 }
 
@@ -211,9 +217,12 @@ char kindOf(char code) {
     case 'C': return 'c';
     case 'S': return 's';
     case 'I': return 'i';
-    case 'l': case 'L': case 'Q': return 'q';
+    case 'l':
+    case 'L':
+    case 'Q': return 'q';
     case '#': return '@';
-    case '*': case '%': return '^';
+    case '*':
+    case '%': return '^';
     default: return code;
     }
 }
@@ -242,7 +251,12 @@ BOOL objc_typesMatch(const char *a, const char *b) {
 }
 
 void objc_checkSend(Class cls, SEL selector, const char *types) {
-    struct Entry { Class cls; SEL selector; const char *types; unsigned generation; };
+    struct Entry {
+        Class cls;
+        SEL selector;
+        const char *types;
+        unsigned generation;
+    };
     static thread_local Entry checked[256];
     Entry &entry = checked[(hashOf(selector) ^ (reinterpret_cast<std::uintptr_t>(cls) >> 6)) & 255];
     unsigned now = __atomic_load_n(&generation, __ATOMIC_RELAXED);
@@ -255,5 +269,6 @@ void objc_checkSend(Class cls, SEL selector, const char *types) {
 }
 
 void objc_conversionFailed(objc_object *object, Class wanted) {
-    objc_fatal("an object of class %s at %p was converted to %s *", object->isa->name, static_cast<void *>(object), wanted->name);
+    objc_fatal("an object of class %s at %p was converted to %s *", object->isa->name, static_cast<void *>(object),
+               wanted->name);
 }

@@ -61,7 +61,8 @@ void ZPHostTimeStamp(char *text) {
     std::tm fields;
     if (!ZPHostZoneIsUsable() || !localtime_r(&now, &fields)) gmtime_r(&now, &fields);
     // The same months whatever the program's locale.
-    static const char months[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    static const char months[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     char rest[24];
     std::strftime(rest, sizeof rest, "%d %H:%M:%S", &fields);
     std::snprintf(text, 32, "%s %s", months[fields.tm_mon], rest);
@@ -92,10 +93,13 @@ unsigned ZPHostCodePage() {
         else if (c >= 'A' && c <= 'Z') name += static_cast<char>(c + 0x20);
     for (const char *maker : {"microsoft", "windows", "cp"})
         if (name.compare(0, std::strlen(maker), maker) == 0) name.erase(0, std::strlen(maker));
-    static const struct { const char *name; unsigned page; } pages[] = {
-        {"1250", 1250},      {"1251", 1251},      {"1252", 1252}, {"1253", 1253},     {"1254", 1254},     {"sjis", 932},
-        {"shiftjis", 932},   {"932", 932},        {"31j", 932},   {"eucjp", 51932},   {"ujis", 51932},    {"iso88591", 28591},
-        {"latin1", 28591},   {"iso88592", 28592}, {"latin2", 28592},
+    static const struct {
+        const char *name;
+        unsigned page;
+    } pages[] = {
+        {"1250", 1250},  {"1251", 1251},      {"1252", 1252},    {"1253", 1253},      {"1254", 1254},
+        {"sjis", 932},   {"shiftjis", 932},   {"932", 932},      {"31j", 932},        {"eucjp", 51932},
+        {"ujis", 51932}, {"iso88591", 28591}, {"latin1", 28591}, {"iso88592", 28592}, {"latin2", 28592},
     };
     for (auto &p : pages)
         if (name == p.name) return p.page;
@@ -164,7 +168,8 @@ BOOL ZPHostUser(const char *name, ZPHostUserFact fact, char *buffer, std::size_t
     std::vector<char> room(1024);
     passwd entry, *found = nullptr;
     for (;;) {
-        int error = name ? getpwnam_r(name, &entry, room.data(), room.size(), &found) : getpwuid_r(geteuid(), &entry, room.data(), room.size(), &found);
+        int error = name ? getpwnam_r(name, &entry, room.data(), room.size(), &found)
+                         : getpwuid_r(geteuid(), &entry, room.data(), room.size(), &found);
         if (error == EINTR) continue;
         if (error != ERANGE || room.size() > 1 << 20) break;
         room.resize(room.size() * 2);

@@ -28,7 +28,7 @@ const char *zoneOfEnvironment() {
 bool isOffset(long long seconds) { return seconds > -25 * 3600 && seconds < 26 * 3600; }
 
 struct Zone {
-    std::vector<long long> times;      // of the changes, ascending
+    std::vector<long long> times;  // of the changes, ascending
     std::vector<unsigned char> kinds;  // in force from each on
     std::vector<ZPHostZoneKind> all;
     // Where the search begins, for every 97 days since the first change.
@@ -38,10 +38,12 @@ struct Zone {
     // A table over more than 35,000 years is left to the C library.
     void index() {
         if (times.size() < 2) return;
-        auto steps = (static_cast<unsigned long long>(times.back()) - static_cast<unsigned long long>(times.front())) >> stepBits;
+        auto steps = (static_cast<unsigned long long>(times.back()) - static_cast<unsigned long long>(times.front())) >>
+                     stepBits;
         if (steps >= 1 << 17) return;
         for (unsigned long long step = 0, at = 0; step <= steps; ++step) {
-            while (times[at + 1] <= times.front() + static_cast<long long>(step << stepBits) && at + 2 < times.size()) ++at;
+            while (times[at + 1] <= times.front() + static_cast<long long>(step << stepBits) && at + 2 < times.size())
+                ++at;
             starts.push_back(static_cast<unsigned short>(at));
         }
     }
@@ -58,7 +60,8 @@ struct Zone {
         }
         std::vector<unsigned char> bytes((1 << 17) + 1);  // one more than a file may have
         long long length = path.empty() ? -1 : ZPHostReadFile(path.c_str(), bytes.data(), bytes.size());
-        if (length >= 0) isUsable = std::size_t(length) < bytes.size() && isSound(bytes.data(), bytes.data() + length) ? YES : NO;
+        if (length >= 0)
+            isUsable = std::size_t(length) < bytes.size() && isSound(bytes.data(), bytes.data() + length) ? YES : NO;
         if (!isUsable) return;
         tzset();
         if (length < 0 || !read(bytes.data(), bytes.data() + length) || !agrees()) {
@@ -82,11 +85,14 @@ struct Zone {
             return timeSize == 4 ? int(unsigned(number(p))) : static_cast<long long>(number(p) << 32 | number(p + 4));
         };
         at += 44;
-        const unsigned char *kindOf = at + h.changes * timeSize, *kind = kindOf + h.changes, *characters = kind + h.kinds * 6, *leap = characters + h.characters;
+        const unsigned char *kindOf = at + h.changes * timeSize, *kind = kindOf + h.changes,
+                            *characters = kind + h.kinds * 6, *leap = characters + h.characters;
         for (std::size_t i = 0; i < h.changes; ++i)
-            if (kindOf[i] >= h.kinds || (i && moment(at + i * timeSize) <= moment(at + (i - 1) * timeSize))) return false;
+            if (kindOf[i] >= h.kinds || (i && moment(at + i * timeSize) <= moment(at + (i - 1) * timeSize)))
+                return false;
         for (std::size_t i = 0; i < h.kinds; ++i, kind += 6)
-            if (!isOffset(int(unsigned(number(kind)))) || kind[4] > 1 || kind[5] >= h.characters || !std::memchr(characters + kind[5], 0, h.characters - kind[5]))
+            if (!isOffset(int(unsigned(number(kind)))) || kind[4] > 1 || kind[5] >= h.characters ||
+                !std::memchr(characters + kind[5], 0, h.characters - kind[5]))
                 return false;
         for (std::size_t i = 1; i < h.leaps; ++i)
             if (moment(leap + i * (timeSize + 4)) <= moment(leap + (i - 1) * (timeSize + 4))) return false;
@@ -108,7 +114,8 @@ struct Zone {
         }
         for (std::size_t i = 0; i < h.kinds; ++i, kind += 6) {
             ZPHostZoneKind k{int(unsigned(number(kind))), kind[4] != 0, {}};
-            for (std::size_t c = kind[5], n = 0; c < h.characters && characters[c] && n < sizeof k.abbreviation - 1; ++c, ++n)
+            for (std::size_t c = kind[5], n = 0; c < h.characters && characters[c] && n < sizeof k.abbreviation - 1;
+                 ++c, ++n)
                 k.abbreviation[n] = char(characters[c]);
             all.push_back(k);
         }
@@ -121,7 +128,8 @@ struct Zone {
             std::time_t moment = times[i];
             std::tm f;
             const ZPHostZoneKind &k = all[kinds[i]];
-            if (!localtime_r(&moment, &f) || f.tm_gmtoff != k.offset || (f.tm_isdst > 0) != bool(k.isDaylight)) return false;
+            if (!localtime_r(&moment, &f) || f.tm_gmtoff != k.offset || (f.tm_isdst > 0) != bool(k.isDaylight))
+                return false;
         }
         return true;
     }

@@ -35,25 +35,24 @@ template <class X> std::type_identity<void> objc_nearest(X *, const objc_object 
 /// @endcond
 
 /// The nearest superclass of T that was declared with ZP_CLASS; void for a root.
-template <class T> using objc_superclassOf = typename decltype(objc_nearest(static_cast<T *>(nullptr), static_cast<T *>(nullptr)))::type;
+template <class T> using objc_superclassOf =
+    typename decltype(objc_nearest(static_cast<T *>(nullptr), static_cast<T *>(nullptr)))::type;
 
 /// What ZP_CLASS and ZP_PRIVATE_CLASS declare, with the record's visibility.
-#define ZP_CLASS_MEMBERS(T, VISIBILITY)                                                            \
-    VISIBILITY static ::objc_classPair classRecord_that_ZP_IMPLEMENT_defines;                      \
-    /** The class object. */                                                                       \
-    static ::Class class_() { return &classRecord_that_ZP_IMPLEMENT_defines.cls; }                 \
-    /** A new instance that the caller owns; initialise it before use. */                          \
-    static T *alloc() { return ::objc_allocate<T>(class_()); }                                     \
-    /** A new instance in a zone (null: the default zone) that the caller owns. */                 \
+#define ZP_CLASS_MEMBERS(T, VISIBILITY)                                                                           \
+    VISIBILITY static ::objc_classPair classRecord_that_ZP_IMPLEMENT_defines;                                     \
+    /** The class object. */                                                                                      \
+    static ::Class class_() { return &classRecord_that_ZP_IMPLEMENT_defines.cls; }                                \
+    /** A new instance that the caller owns; initialise it before use. */                                         \
+    static T *alloc() { return ::objc_allocate<T>(class_()); }                                                    \
+    /** A new instance in a zone (null: the default zone) that the caller owns. */                                \
     static T *allocWithZone(::ZPZone *zone) { return ::objc_msgSend<T *>(class_(), "allocWithZone:"_sel, zone); } \
-    /** A new, initialised instance that the caller owns. */                                       \
-    static T *new_() { return ::objc_msgSend<T *>(class_(), "new"_sel); }                          \
-    static void *operator new(::std::size_t) = delete;                                             \
-    template <class X>                                                                             \
-        requires(!::std::is_same_v<X, T>)                                                          \
-    friend ::std::type_identity<T> objc_nearest(X *, const T *) {                                  \
-        return {};                                                                                 \
-    }
+    /** A new, initialised instance that the caller owns. */                                                      \
+    static T *new_() { return ::objc_msgSend<T *>(class_(), "new"_sel); }                                         \
+    static void *operator new(::std::size_t) = delete;                                                            \
+    template <class X>                                                                                            \
+        requires(!::std::is_same_v<X, T>)                                                                         \
+    friend ::std::type_identity<T> objc_nearest(X *, const T *) { return {}; }
 
 /// Declares a struct to be a class: write it first in a struct that derives from another class. ZP_IMPLEMENT
 /// defines it; without that the program does not link.
@@ -72,17 +71,14 @@ template <class T> ZP_INLINE T *objc_allocate(Class cls) {
 // ---- what a method's C++ type says -------------------------------------------------------------
 
 template <class F> struct objc_function;
-template <class C, class R, class... A> struct objc_member {
-    static constexpr unsigned count = sizeof...(A);
-};
-template <class R, class... A> struct objc_function<R (*)(A...)> {
-    static constexpr unsigned count = sizeof...(A);
-};
+template <class C, class R, class... A> struct objc_member { static constexpr unsigned count = sizeof...(A); };
+template <class R, class... A> struct objc_function<R (*)(A...)> { static constexpr unsigned count = sizeof...(A); };
 template <class R, class... A> struct objc_function<R (*)(A...) noexcept> : objc_function<R (*)(A...)> {};
 template <class C, class R, class... A> struct objc_function<R (C::*)(A...)> : objc_member<C, R, A...> {};
 template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const> : objc_member<C, R, A...> {};
 template <class C, class R, class... A> struct objc_function<R (C::*)(A...) noexcept> : objc_member<C, R, A...> {};
-template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const noexcept> : objc_member<C, R, A...> {};
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const noexcept> : objc_member<C, R, A...> {
+};
 
 constexpr int objc_colonCount(const char *s) {
     int n = 0;
@@ -109,7 +105,11 @@ template <unsigned Colons, unsigned OrColons = Colons> struct objc_selectorText 
 
 template <class T> ZP_INLINE T objc_takeSlot(char *&slot) {
     using S = objc_stored<T>;
-    union Value { char none; S value; Value() : none() {} } v;
+    union Value {
+        char none;
+        S value;
+        Value() : none() {}
+    } v;
     std::memcpy(static_cast<void *>(&v), slot, sizeof(S));
     slot += objc_slotSize<S>;
     if constexpr (std::is_reference_v<T>) return static_cast<T>(*v.value);
@@ -130,11 +130,21 @@ void *objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void
         }
         slot += 2 * sizeof(void *);
         auto call = [&](auto... values) -> R {
-            return reinterpret_cast<R (*)(objc_object *, SEL, A...)>(implementation)(self, selector, static_cast<A>(*values)...);
+            return reinterpret_cast<R (*)(objc_object *, SEL, A...)>(implementation)(self, selector,
+                                                                                     static_cast<A>(*values)...);
         };
-        struct Slots { char *at; char *next(unsigned size) { char *p = at; at += size; return p; } } slots{slot};
+        struct Slots {
+            char *at;
+            char *next(unsigned size) {
+                char *p = at;
+                at += size;
+                return p;
+            }
+        } slots{slot};
         // Braces fix the order in which the slots are taken.
-        struct Pointers { void *of[sizeof...(A) + 1]; } taken{{slots.next(objc_slotSize<objc_stored<A>>)..., nullptr}};
+        struct Pointers {
+            void *of[sizeof...(A) + 1];
+        } taken{{slots.next(objc_slotSize<objc_stored<A>>)..., nullptr}};
         [&]<std::size_t... I>(std::index_sequence<I...>) {
             auto value = []<class T>(std::type_identity<T>, void *p) {
                 if constexpr (std::is_reference_v<T>) return *static_cast<std::remove_reference_t<T> **>(p);
@@ -148,7 +158,8 @@ void *objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void
                 R answer = call(value(std::type_identity<A>{}, taken.of[I])...);
                 if (result) std::memcpy(result, static_cast<void *>(&answer), sizeof answer);
             }
-        }(std::index_sequence_for<A...>{});
+        }
+        (std::index_sequence_for<A...>{});
         return result;
     }
 }
@@ -164,32 +175,44 @@ template <class R, class... A> void objc_describe(objc_method *m, IMP implementa
 template <auto M, bool TakesSelf, class F = decltype(M)> struct objc_describer;
 
 template <auto M, class C, class R, class... A> struct objc_memberDescriber {
-    static R implementation(objc_object *self, SEL, A... arguments) { return (static_cast<C *>(self)->*M)(std::forward<A>(arguments)...); }
+    static R implementation(objc_object *self, SEL, A... arguments) {
+        return (static_cast<C *>(self)->*M)(std::forward<A>(arguments)...);
+    }
     static void describe(objc_method *m) { objc_describe<R, A...>(m, reinterpret_cast<IMP>(&implementation)); }
 };
-template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...)> : objc_memberDescriber<M, C, R, A...> {};
-template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...) const> : objc_memberDescriber<M, C, R, A...> {};
-template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...) noexcept> : objc_memberDescriber<M, C, R, A...> {};
-template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...) const noexcept> : objc_memberDescriber<M, C, R, A...> {};
+template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...)>
+    : objc_memberDescriber<M, C, R, A...> {};
+template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...) const>
+    : objc_memberDescriber<M, C, R, A...> {};
+template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...) noexcept>
+    : objc_memberDescriber<M, C, R, A...> {};
+template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...) const noexcept>
+    : objc_memberDescriber<M, C, R, A...> {};
 template <auto M, class S, class R, class... A> struct objc_describer<M, true, R (*)(S, A...)> {
-    static R implementation(objc_object *self, SEL, A... arguments) { return M((S)self, std::forward<A>(arguments)...); }
+    static R implementation(objc_object *self, SEL, A... arguments) {
+        return M((S)self, std::forward<A>(arguments)...);
+    }
     static void describe(objc_method *m) { objc_describe<R, A...>(m, reinterpret_cast<IMP>(&implementation)); }
 };
-template <auto M, class S, class R, class... A> struct objc_describer<M, true, R (*)(S, A...) noexcept> : objc_describer<M, true, R (*)(S, A...)> {};
+template <auto M, class S, class R, class... A> struct objc_describer<M, true, R (*)(S, A...) noexcept>
+    : objc_describer<M, true, R (*)(S, A...)> {};
 template <auto M, class R, class... A> struct objc_describer<M, false, R (*)(A...)> {
     static R implementation(objc_object *, SEL, A... arguments) { return M(std::forward<A>(arguments)...); }
     static void describe(objc_method *m) { objc_describe<R, A...>(m, reinterpret_cast<IMP>(&implementation)); }
 };
-template <auto M, class R, class... A> struct objc_describer<M, false, R (*)(A...) noexcept> : objc_describer<M, false, R (*)(A...)> {};
+template <auto M, class R, class... A> struct objc_describer<M, false, R (*)(A...) noexcept>
+    : objc_describer<M, false, R (*)(A...)> {};
 
 template <class... T> struct objc_typeList {};
 template <class Done, class... Rest> struct objc_dropLast;
 template <class... D, class Last> struct objc_dropLast<objc_typeList<D...>, Last> {
-    static_assert(std::is_same_v<Last, std::decay_t<std::va_list>>, "a variadic method takes its unnamed arguments as a va_list, last");
+    static_assert(std::is_same_v<Last, std::decay_t<std::va_list>>,
+                  "a variadic method takes its unnamed arguments as a va_list, last");
     using type = objc_typeList<D...>;
 };
 template <class... D, class First, class Second, class... Rest>
-struct objc_dropLast<objc_typeList<D...>, First, Second, Rest...> : objc_dropLast<objc_typeList<D..., First>, Second, Rest...> {};
+struct objc_dropLast<objc_typeList<D...>, First, Second, Rest...>
+    : objc_dropLast<objc_typeList<D..., First>, Second, Rest...> {};
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wvarargs"
@@ -197,9 +220,13 @@ struct objc_dropLast<objc_typeList<D...>, First, Second, Rest...> : objc_dropLas
 template <auto M, class C, class R, class Named> struct objc_variadicImplementation;
 template <auto M, class C, class R, class... N> struct objc_variadicImplementation<M, C, R, objc_typeList<N...>> {
     static R implementation(objc_object *self, SEL selector, N... named, ...) {
-        struct Rest { std::va_list list; ~Rest() { va_end(list); } } rest;
+        struct Rest {
+            std::va_list list;
+            ~Rest() { va_end(list); }
+        } rest;
         va_start(rest.list, selector);
-        if constexpr (std::is_member_function_pointer_v<decltype(M)>) return (static_cast<C *>(self)->*M)(named..., rest.list);
+        if constexpr (std::is_member_function_pointer_v<decltype(M)>)
+            return (static_cast<C *>(self)->*M)(named..., rest.list);
         else return M((C)self, named..., rest.list);
     }
     static void describe(objc_method *m) {
@@ -246,22 +273,26 @@ struct objc_implementer {
         return *this;
     }
     /// A class method: a static function whose first parameter is the receiving `Class`.
-    template <auto M> ZP_INLINE const objc_implementer &classMethod(objc_selectorText<objc_function<decltype(+M)>::count - 1> name) const {
+    template <auto M> ZP_INLINE const objc_implementer &classMethod(
+        objc_selectorText<objc_function<decltype(+M)>::count - 1> name) const {
         objc_loadMethod(cls->counterpart, name.text, &objc_describer<+M, true>::describe);
         return *this;
     }
     /// A class method that has no use for its receiver: a static function of the arguments alone.
-    template <auto M> ZP_INLINE const objc_implementer &plainClassMethod(objc_selectorText<objc_function<decltype(+M)>::count> name) const {
+    template <auto M> ZP_INLINE const objc_implementer &plainClassMethod(
+        objc_selectorText<objc_function<decltype(+M)>::count> name) const {
         objc_loadMethod(cls->counterpart, name.text, &objc_describer<+M, false>::describe);
         return *this;
     }
     /// An instance method with unnamed arguments behind the named ones, which M takes as a `va_list`.
-    template <auto M> ZP_INLINE const objc_implementer &variadic(objc_selectorText<objc_function<decltype(M)>::count - 1> name) const {
+    template <auto M>
+    ZP_INLINE const objc_implementer &variadic(objc_selectorText<objc_function<decltype(M)>::count - 1> name) const {
         objc_loadMethod(cls, name.text, &objc_variadicDescriber<M>::describe);
         return *this;
     }
     /// A class method of that kind: M takes the receiving class first.
-    template <auto M> ZP_INLINE const objc_implementer &variadicClassMethod(objc_selectorText<objc_function<decltype(+M)>::count - 2> name) const {
+    template <auto M> ZP_INLINE const objc_implementer &variadicClassMethod(
+        objc_selectorText<objc_function<decltype(+M)>::count - 2> name) const {
         objc_loadMethod(cls->counterpart, name.text, &objc_variadicDescriber<+M>::describe);
         return *this;
     }
@@ -292,8 +323,10 @@ struct objc_implementer {
     /// Instances live as long as the process: `retain`, `autorelease` and `release` do nothing, and `retainCount`
     /// answers 0xFFFFFFFF.
     const objc_implementer &immortal() const {
-        return method<&objc_immortal::same>("retain").method<&objc_immortal::same>("autorelease")
-            .method<&objc_immortal::nothing>("release").method<&objc_immortal::forEver>("retainCount");
+        return method<&objc_immortal::same>("retain")
+            .method<&objc_immortal::same>("autorelease")
+            .method<&objc_immortal::nothing>("release")
+            .method<&objc_immortal::forEver>("retainCount");
     }
 };
 
@@ -318,20 +351,47 @@ template <class T> constexpr objc_class *objc_rootMetaclass() {
 
 template <class T> constexpr objc_classPair objc_classRecord(const char *name) {
     using Super = objc_superclassOf<T>;
-    static_assert(!std::is_polymorphic_v<T>, "a class has no virtual functions: its methods are what subclasses override");
+    static_assert(!std::is_polymorphic_v<T>,
+                  "a class has no virtual functions: its methods are what subclasses override");
     static_assert(sizeof(T) < 0x7FFFFFFF && alignof(T) <= 16, "instances are aligned to 16 bytes at most");
     constexpr bool root = std::is_void_v<Super>;
-    constexpr bool plain = std::is_trivially_default_constructible_v<T> && std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>;
+    constexpr bool plain = std::is_trivially_default_constructible_v<T> && std::is_trivially_copyable_v<T> &&
+                           std::is_trivially_destructible_v<T>;
     objc_classPair &self = T::classRecord_that_ZP_IMPLEMENT_defines;
     Class superclass = nullptr, superMeta = &self.cls;
     if constexpr (!root) {
         superclass = &Super::classRecord_that_ZP_IMPLEMENT_defines.cls;
         superMeta = &Super::classRecord_that_ZP_IMPLEMENT_defines.meta;
     }
-    unsigned info = objc_countsInHeader | (root ? unsigned(objc_isRoot) : 0u) | (alignof(T) > 8 ? unsigned(objc_hasWideAlignment) : 0u);
+    unsigned info = objc_countsInHeader | (root ? unsigned(objc_isRoot) : 0u) |
+                    (alignof(T) > 8 ? unsigned(objc_hasWideAlignment) : 0u);
     return {
-        {{&self.meta}, &objc_emptyCache, superclass, info, 0, name, sizeof(T), 0, plain ? nullptr : &objc_hooksOf<T>, nullptr, nullptr, &self.meta, nullptr},
-        {{objc_rootMetaclass<T>()}, &objc_emptyCache, superMeta, objc_isMetaclass | (root ? unsigned(objc_isRoot) : 0u), 0, name, sizeof(objc_class), 0, nullptr, nullptr, nullptr, &self.cls, nullptr},
+        {{&self.meta},
+         &objc_emptyCache,
+         superclass,
+         info,
+         0,
+         name,
+         sizeof(T),
+         0,
+         plain ? nullptr : &objc_hooksOf<T>,
+         nullptr,
+         nullptr,
+         &self.meta,
+         nullptr},
+        {{objc_rootMetaclass<T>()},
+         &objc_emptyCache,
+         superMeta,
+         objc_isMetaclass | (root ? unsigned(objc_isRoot) : 0u),
+         0,
+         name,
+         sizeof(objc_class),
+         0,
+         nullptr,
+         nullptr,
+         nullptr,
+         &self.cls,
+         nullptr},
     };
 }
 
@@ -342,13 +402,15 @@ template <class T> objc_implementer objc_implement() {
 /// @endcond
 
 /// Defines a class that ZP_CLASS declared and begins the list of its methods; once, in a source file.
-#define ZP_IMPLEMENT(...)                                                                          \
-    constinit ::objc_classPair __VA_ARGS__::classRecord_that_ZP_IMPLEMENT_defines = ::objc_classRecord<__VA_ARGS__>(#__VA_ARGS__); \
+#define ZP_IMPLEMENT(...)                                                           \
+    constinit ::objc_classPair __VA_ARGS__::classRecord_that_ZP_IMPLEMENT_defines = \
+        ::objc_classRecord<__VA_ARGS__>(#__VA_ARGS__);                              \
     [[maybe_unused]] static const ::objc_implementer ZP_UNIQUE(objc_methodsOf_) = ::objc_implement<__VA_ARGS__>()
 
 /// The same for one instance of a class template: ZP_IMPLEMENT_INSTANCE(Box<int>), before its first use.
-#define ZP_IMPLEMENT_INSTANCE(...)                                                                 \
-    template <> constinit ::objc_classPair __VA_ARGS__::classRecord_that_ZP_IMPLEMENT_defines = ::objc_classRecord<__VA_ARGS__>(#__VA_ARGS__); \
+#define ZP_IMPLEMENT_INSTANCE(...)                                                              \
+    template <> constinit ::objc_classPair __VA_ARGS__::classRecord_that_ZP_IMPLEMENT_defines = \
+        ::objc_classRecord<__VA_ARGS__>(#__VA_ARGS__);                                          \
     [[maybe_unused]] static const ::objc_implementer ZP_UNIQUE(objc_methodsOf_) = ::objc_implement<__VA_ARGS__>()
 
 /// @cond machinery
@@ -361,7 +423,7 @@ inline objc_implementer objc_category(Class cls, const char *name) {
 /// Begins a list of methods that a file adds to a class of another file. A category's methods take the place of the
 /// class's own of the same selector; of two categories with one selector, those of the file whose initialisers run
 /// later.
-#define ZP_CATEGORY(T, Name)                                                                       \
+#define ZP_CATEGORY(T, Name) \
     [[maybe_unused]] static const ::objc_implementer ZP_UNIQUE(objc_category_) = ::objc_category(T::class_(), #Name)
 
 /// Sends to the superclass of T's implementation: `objc_super<T>(this).send<void>("dealloc"_sel)`. T is the class

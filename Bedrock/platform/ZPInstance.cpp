@@ -26,7 +26,9 @@ constexpr unsigned kept = 64;
 #endif
 constexpr std::size_t grain = 16, largestKept = 256;
 
-struct Block { Block *next; };
+struct Block {
+    Block *next;
+};
 struct Shelf {
     Block *first;
     unsigned count;
@@ -85,7 +87,8 @@ ZP_INLINE void keepBlock(void *memory, unsigned index) {
 ZP_INLINE objc_object *allocateRaw(std::size_t prefix, std::size_t size, ZPZone *zone) {
     unsigned origin = objc_fromChildZone;
     char *block;
-    if (zone && zone != QLDefaultMallocZone()) [[unlikely]] block = static_cast<char *>(zone->allocate(zone, size + prefix));
+    if (zone && zone != QLDefaultMallocZone()) [[unlikely]]
+        block = static_cast<char *>(zone->allocate(zone, size + prefix));
     else if (prefix) [[likely]] block = static_cast<char *>(takeBlock(size + prefix, origin));
     else block = static_cast<char *>(std::malloc(size));
     if (!block) return nullptr;
@@ -97,7 +100,8 @@ ZP_INLINE objc_object *allocateRaw(std::size_t prefix, std::size_t size, ZPZone 
 ZP_INLINE void freeRaw(objc_object *object, std::size_t prefix) {
     char *block = reinterpret_cast<char *>(object) - prefix;
     unsigned origin = prefix ? objc_headerOf(object)->origin : objc_fromChildZone;
-    if (origin - 1 < largestKept / grain) [[likely]] keepBlock(block, origin);
+    if (origin - 1 < largestKept / grain) [[likely]]
+        keepBlock(block, origin);
     else if (origin == 0) std::free(block);
     else if (origin != objc_fromChildZone) reinterpret_cast<objc_slab *>(block - (origin & ~objc_fromSlab))->drop();
     else {

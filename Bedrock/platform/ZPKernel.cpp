@@ -50,7 +50,9 @@ BOOL cthread_wait(unsigned *word, unsigned value, double seconds) {
     return syscall(SYS_futex, word, FUTEX_WAIT_PRIVATE, value, at, nullptr, 0) == 0 || errno != ETIMEDOUT;
 }
 
-void cthread_wake(unsigned *word, int count) { syscall(SYS_futex, word, FUTEX_WAKE_PRIVATE, count, nullptr, nullptr, 0); }
+void cthread_wake(unsigned *word, int count) {
+    syscall(SYS_futex, word, FUTEX_WAKE_PRIVATE, count, nullptr, nullptr, 0);
+}
 
 double cthread_time() {
     timespec now;

@@ -6,8 +6,12 @@
 
 #include <pthread.h>
 
-struct mutex { pthread_mutex_t native; };
-struct condition { pthread_cond_t native; };
+struct mutex {
+    pthread_mutex_t native;
+};
+struct condition {
+    pthread_cond_t native;
+};
 
 extern "C" {
 void mutex_init(mutex *m);

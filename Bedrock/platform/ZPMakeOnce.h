@@ -24,6 +24,7 @@ template <class T, class Drop = ZPDrop> T *ZPKeepFirst(T *&slot, std::type_ident
 
 /// What the slot holds, made at the first call; null when `make` answered it.
 template <class T, class Make, class Drop = ZPDrop> ZP_INLINE T *ZPMakeOnce(T *&slot, Make make, Drop drop = {}) {
-    if (T *kept = __atomic_load_n(&slot, __ATOMIC_ACQUIRE)) [[likely]] return kept;
+    if (T *kept = __atomic_load_n(&slot, __ATOMIC_ACQUIRE)) [[likely]]
+        return kept;
     return ZPKeepFirst(slot, make(), drop);
 }

@@ -34,7 +34,8 @@ template <objc_text Name> inline constinit SEL objc_selectorSlot = nullptr;
 /// thread.
 template <objc_text Name> ZP_INLINE SEL operator""_sel() {
     SEL selector = __atomic_load_n(&objc_selectorSlot<Name>, __ATOMIC_ACQUIRE);
-    if (selector) [[likely]] return selector;
+    if (selector) [[likely]]
+        return selector;
     return objc_registerSelector(&objc_selectorSlot<Name>, Name.text);
 }
 
@@ -43,31 +44,32 @@ template <objc_text Name> ZP_INLINE SEL operator""_sel() {
 /// receiver, the selector, then the rest. The handler stores what the message answers at `result`,
 /// which is zeroed and valid, as the frame is, until `-forward::` returns.
 struct objc_frame {
-    const char *types;     ///< the call site's own type string
-    void *arguments;       ///< receiver, selector and the rest, each in its place
-    unsigned length;       ///< of the arguments, in bytes
-    unsigned resultSize;   ///< in bytes; 0 for none
-    void *result;          ///< where the answer goes
+    const char *types;  ///< the call site's own type string
+    void *arguments;  ///< receiver, selector and the rest, each in its place
+    unsigned length;  ///< of the arguments, in bytes
+    unsigned resultSize;  ///< in bytes; 0 for none
+    void *result;  ///< where the answer goes
     BOOL hasHiddenResult;  ///< the answer is returned in memory
 };
 
 /// @cond machinery
-template <class T> inline constexpr unsigned objc_slotSize = (sizeof(T) + sizeof(void *) - 1) / sizeof(void *) * sizeof(void *);
+template <class T>
+inline constexpr unsigned objc_slotSize = (sizeof(T) + sizeof(void *) - 1) / sizeof(void *) * sizeof(void *);
 template <> inline constexpr unsigned objc_slotSize<void> = 0;
 
 template <class T> consteval bool objc_resultIsHidden() {
     if constexpr (std::is_class_v<T> && !std::is_same_v<T, id>)
         return !(sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4 || sizeof(T) == 8);
-    else
-        return false;
+    else return false;
 }
 
 template <class T> using objc_stored = std::conditional_t<std::is_reference_v<T>, std::remove_reference_t<T> *, T>;
-template <class T> inline constexpr bool objc_fitsFrame = std::is_void_v<T> || std::is_reference_v<T> || std::is_trivially_copyable_v<T>;
+template <class T> inline constexpr bool objc_fitsFrame =
+    std::is_void_v<T> || std::is_reference_v<T> || std::is_trivially_copyable_v<T>;
 
 template <class R, class... A>
-inline constexpr unsigned objc_frameLength =
-    (objc_resultIsHidden<R>() ? sizeof(void *) : 0) + 2 * sizeof(void *) + (0 + ... + objc_slotSize<objc_stored<A>>);
+inline constexpr unsigned objc_frameLength = (objc_resultIsHidden<R>() ? sizeof(void *) : 0) + 2 * sizeof(void *) +
+                                             (0 + ... + objc_slotSize<objc_stored<A>>);
 /// @endcond
 
 extern "C" {
@@ -85,7 +87,8 @@ template <class T> ZP_INLINE char *objc_putSlot(char *slot, T value) {
     return slot + objc_slotSize<T>;
 }
 
-template <class R, class... A> ZP_HIDDEN ZP_COLD R objc_sendForward(objc_object *receiver, SEL selector, A... arguments) {
+template <class R, class... A>
+ZP_HIDDEN ZP_COLD R objc_sendForward(objc_object *receiver, SEL selector, A... arguments) {
     if constexpr (!(objc_fitsFrame<R> && ... && objc_fitsFrame<A>)) {
         objc_fatal("%s: not implemented, and its C++ types cannot be forwarded", sel_getName(selector));
     } else {
@@ -96,26 +99,39 @@ template <class R, class... A> ZP_HIDDEN ZP_COLD R objc_sendForward(objc_object 
         if constexpr (objc_resultIsHidden<R>()) slot = objc_putSlot<void *>(slot, result);
         slot = objc_putSlot(slot, receiver);
         slot = objc_putSlot(slot, selector);
-        ((slot = objc_putSlot<objc_stored<A>>(slot, [](auto &a) -> objc_stored<A> {
-             if constexpr (std::is_reference_v<A>) return &a;
-             else return a;
-         }(arguments))), ...);
-        objc_frame frame{objc_methodTypes<R, A...>(), slots, length, std::is_void_v<R> ? 0u : unsigned(objc_slotSize<objc_stored<R>>), result,
+        ((slot = objc_putSlot<objc_stored<A>>(slot,
+                                              [](auto &a) -> objc_stored<A> {
+                                                  if constexpr (std::is_reference_v<A>) return &a;
+                                                  else return a;
+                                              }(arguments))),
+         ...);
+        objc_frame frame{objc_methodTypes<R, A...>(),
+                         slots,
+                         length,
+                         std::is_void_v<R> ? 0u : unsigned(objc_slotSize<objc_stored<R>>),
+                         result,
                          objc_resultIsHidden<R>() ? YES : NO};
         objc_forwardFrame(receiver, selector, &frame);
         if constexpr (std::is_reference_v<R>) return **reinterpret_cast<std::remove_reference_t<R> **>(result);
         else if constexpr (!std::is_void_v<R>) {
-            union Answer { char none; R value; Answer() : none() {} ~Answer() {} } answer;
+            union Answer {
+                char none;
+                R value;
+                Answer() : none() {}
+                ~Answer() {}
+            } answer;
             std::memcpy(static_cast<void *>(&answer), result, sizeof(R));
             return answer.value;
         }
     }
 }
 
-template <class R, class... A> ZP_HIDDEN ZP_COLD R objc_sendSlowly(objc_object *receiver, SEL selector, A... arguments) {
+template <class R, class... A>
+ZP_HIDDEN ZP_COLD R objc_sendSlowly(objc_object *receiver, SEL selector, A... arguments) {
     IMP implementation = objc_lookUpForSend(receiver, selector);
     if (!implementation) return objc_sendForward<R, A...>(receiver, selector, std::forward<A>(arguments)...);
-    return reinterpret_cast<R (*)(objc_object *, SEL, A...)>(implementation)(receiver, selector, std::forward<A>(arguments)...);
+    return reinterpret_cast<R (*)(objc_object *, SEL, A...)>(implementation)(receiver, selector,
+                                                                             std::forward<A>(arguments)...);
 }
 
 ZP_INLINE objc_cacheBucket *objc_cachedMethod(objc_object *receiver, SEL selector) {
@@ -126,10 +142,12 @@ ZP_INLINE objc_cacheBucket *objc_cachedMethod(objc_object *receiver, SEL selecto
 /// @endcond
 
 /// As `objc_msgSend`, without comparing the C++ types with the method's, also in checked builds.
-template <class R = void, class... A> ZP_INLINE R objc_msgSendUnchecked(objc_object *receiver, SEL selector, A... arguments) {
+template <class R = void, class... A>
+ZP_INLINE R objc_msgSendUnchecked(objc_object *receiver, SEL selector, A... arguments) {
     if (!receiver) [[unlikely]] {
         if constexpr (std::is_void_v<R>) return;
-        else if constexpr (std::is_reference_v<R>) objc_fatal("%s: answers a reference and was sent to null", sel_getName(selector));
+        else if constexpr (std::is_reference_v<R>)
+            objc_fatal("%s: answers a reference and was sent to null", sel_getName(selector));
         else return R{};
     }
     objc_cacheBucket *bucket = objc_cachedMethod(receiver, selector);
@@ -165,7 +183,8 @@ template <class R = void, class... A> R objc_msgSendSuper(id receiver, Class sup
 template <class T> ZP_INLINE auto objc_variadicArgument(T value) {
     if constexpr (std::is_class_v<T> && std::is_convertible_v<T, id>) return id(value).pointer();
     else {
-        static_assert(std::is_scalar_v<T>, "only numbers, pointers and objects can follow the named arguments of a variadic method");
+        static_assert(std::is_scalar_v<T>,
+                      "only numbers, pointers and objects can follow the named arguments of a variadic method");
         return value;
     }
 }
@@ -186,8 +205,8 @@ template <class R, class... N> struct objc_sendVariadic {
 #endif
         IMP implementation = objc_lookUpForSend(self, selector);
         if (!implementation) return objc_sendForward<R, N...>(self, selector, named...);
-        return reinterpret_cast<R (*)(objc_object *, SEL, N..., ...)>(implementation)(self, selector, named...,
-                                                                                      objc_variadicArgument(arguments)...);
+        return reinterpret_cast<R (*)(objc_object *, SEL, N..., ...)>(
+            implementation)(self, selector, named..., objc_variadicArgument(arguments)...);
     }
 };
 
@@ -199,7 +218,11 @@ template <class R = id> R objc_msgSendv(id receiver, SEL selector, unsigned leng
         if (receiver) objc_sendFrame(receiver.pointer(), selector, length, frame, nullptr, 0);
     } else {
         static_assert(std::is_trivially_copyable_v<R>);
-        union Answer { char zero[sizeof(R) < 8 ? 8 : sizeof(R)]; R value; Answer() : zero() {} } answer;
+        union Answer {
+            char zero[sizeof(R) < 8 ? 8 : sizeof(R)];
+            R value;
+            Answer() : zero() {}
+        } answer;
         if (receiver) objc_sendFrame(receiver.pointer(), selector, length, frame, &answer, sizeof answer);
         return answer.value;
     }

@@ -8,8 +8,32 @@
 using namespace objc;
 
 constinit objc_classPair objc_protocolClass = {
-    {{&objc_protocolClass.meta}, &objc_emptyCache, nullptr, objc_isRoot, 0, "Protocol", sizeof(Protocol), 0, nullptr, nullptr, nullptr, &objc_protocolClass.meta, nullptr},
-    {{&objc_protocolClass.meta}, &objc_emptyCache, &objc_protocolClass.cls, objc_isMetaclass | objc_isRoot, 0, "Protocol", sizeof(objc_class), 0, nullptr, nullptr, nullptr, &objc_protocolClass.cls, nullptr},
+    {{&objc_protocolClass.meta},
+     &objc_emptyCache,
+     nullptr,
+     objc_isRoot,
+     0,
+     "Protocol",
+     sizeof(Protocol),
+     0,
+     nullptr,
+     nullptr,
+     nullptr,
+     &objc_protocolClass.meta,
+     nullptr},
+    {{&objc_protocolClass.meta},
+     &objc_emptyCache,
+     &objc_protocolClass.cls,
+     objc_isMetaclass | objc_isRoot,
+     0,
+     "Protocol",
+     sizeof(objc_class),
+     0,
+     nullptr,
+     nullptr,
+     nullptr,
+     &objc_protocolClass.cls,
+     nullptr},
 };
 
 namespace {
@@ -48,16 +72,17 @@ struct ProtocolMethods : Protocol {
     Class ownClass() { return isa; }
 };
 
-[[maybe_unused]] const objc_implementer methods = (objc_loadClass(&objc_protocolClass.cls), objc_implementer{&objc_protocolClass.cls})
-    .method<&ProtocolMethods::nameOfProtocol>("name")
-    .method<&ProtocolMethods::conforms>("conformsTo:")
-    .method<&ProtocolMethods::instanceMethod>("descriptionForInstanceMethod:")
-    .method<&ProtocolMethods::classMethod>("descriptionForClassMethod:")
-    .immortal()
-    .method<&ProtocolMethods::isKind>("isKindOfClass:")
-    .method<&ProtocolMethods::identical>("isEqual:")
-    .method<&ProtocolMethods::addressHash>("hash")
-    .method<&ProtocolMethods::ownClass>("class");
+[[maybe_unused]] const objc_implementer methods =
+    (objc_loadClass(&objc_protocolClass.cls), objc_implementer{&objc_protocolClass.cls})
+        .method<&ProtocolMethods::nameOfProtocol>("name")
+        .method<&ProtocolMethods::conforms>("conformsTo:")
+        .method<&ProtocolMethods::instanceMethod>("descriptionForInstanceMethod:")
+        .method<&ProtocolMethods::classMethod>("descriptionForClassMethod:")
+        .immortal()
+        .method<&ProtocolMethods::isKind>("isKindOfClass:")
+        .method<&ProtocolMethods::identical>("isEqual:")
+        .method<&ProtocolMethods::addressHash>("hash")
+        .method<&ProtocolMethods::ownClass>("class");
 
 }  // namespace
 

@@ -56,9 +56,9 @@ ZP_EXPORT void objc_registerProtocol(Protocol *protocol);
 inline Class Protocol::class_() { return &objc_protocolClass.cls; }
 
 /// Declares a protocol inside a struct of its name; ZP_DEFINE_PROTOCOL defines it.
-#define ZP_PROTOCOL(P)                                                                             \
-    ZP_EXPORT static ::Protocol protocolRecord_that_ZP_DEFINE_PROTOCOL_defines;                    \
-    /** The protocol object. */                                                                    \
+#define ZP_PROTOCOL(P)                                                          \
+    ZP_EXPORT static ::Protocol protocolRecord_that_ZP_DEFINE_PROTOCOL_defines; \
+    /** The protocol object. */                                                 \
     static ::Protocol *protocol() { return &protocolRecord_that_ZP_DEFINE_PROTOCOL_defines; }
 
 /// @cond machinery
@@ -97,6 +97,8 @@ inline objc_protocolDefiner objc_defineProtocol(Protocol *protocol) {
 /// @endcond
 
 /// Defines a protocol that ZP_PROTOCOL declared; once, in a source file.
-#define ZP_DEFINE_PROTOCOL(P)                                                                      \
-    constinit ::Protocol P::protocolRecord_that_ZP_DEFINE_PROTOCOL_defines = {{&::objc_protocolClass.cls}, #P, nullptr, nullptr}; \
-    [[maybe_unused]] static const ::objc_protocolDefiner ZP_UNIQUE(objc_protocol_) = ::objc_defineProtocol(P::protocol())
+#define ZP_DEFINE_PROTOCOL(P)                                                        \
+    constinit ::Protocol P::protocolRecord_that_ZP_DEFINE_PROTOCOL_defines = {       \
+        {&::objc_protocolClass.cls}, #P, nullptr, nullptr};                          \
+    [[maybe_unused]] static const ::objc_protocolDefiner ZP_UNIQUE(objc_protocol_) = \
+        ::objc_defineProtocol(P::protocol())

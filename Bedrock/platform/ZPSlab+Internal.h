@@ -43,7 +43,8 @@ class objc_slabs {
         return nullptr;  // the sanitizers see every allocation and free
 #else
         std::size_t size = (cls->instanceSize + extraBytes + sizeof(objc_header) + 15) & ~std::size_t(15);
-        if (size > objc_slab::largestBlock) [[unlikely]] return nullptr;
+        if (size > objc_slab::largestBlock) [[unlikely]]
+            return nullptr;
         if (_used + size > objc_slab::size || !_open) [[unlikely]]
             if (!next()) return nullptr;
         auto *header = reinterpret_cast<objc_header *>(reinterpret_cast<char *>(_open) + _used);

@@ -89,9 +89,7 @@ template <class Q> consteval void objc_encodeType(objc_typeWriter &w) {
     }
 }
 
-template <unsigned N> struct objc_typeText {
-    char text[N];
-};
+template <unsigned N> struct objc_typeText { char text[N]; };
 
 template <class... T> consteval objc_typeWriter objc_writeTypes() {
     objc_typeWriter w;

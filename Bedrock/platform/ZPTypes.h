@@ -33,7 +33,7 @@
 /// A signed 8-bit flag. Any value but NO counts as true: test it for being NO, do not compare it with YES.
 using BOOL = signed char;
 inline constexpr BOOL YES = 1;  ///< true as a flag
-inline constexpr BOOL NO = 0;   ///< false as a flag
+inline constexpr BOOL NO = 0;  ///< false as a flag
 
 /// One 16-bit Unicode code unit.
 using unichar = char16_t;
@@ -65,8 +65,8 @@ std::false_type objc_objectTest(...);
 /// @endcond
 
 /// Declares a class of objects without its front, so that a header can name `T *` in a message.
-#define ZP_FORWARD(T)                                                                              \
-    struct T;                                                                                      \
+#define ZP_FORWARD(T) \
+    struct T;         \
     std::true_type objc_objectTest(const volatile T *)
 
 ZP_FORWARD(ZPObject);
@@ -75,9 +75,10 @@ ZP_FORWARD(ZPObject);
 template <class T> consteval bool objc_isObjectClass() {
     if constexpr (std::is_class_v<T>) {
         constexpr bool object = decltype(objc_objectTest(static_cast<T *>(nullptr)))::value;
-        static_assert(object || requires { sizeof(T); },
-                      "a class that is only declared cannot be told from an object class here: include its "
-                      "front, or declare it with ZP_FORWARD");
+        static_assert(
+            object || requires { sizeof(T); },
+            "a class that is only declared cannot be told from an object class here: include its "
+            "front, or declare it with ZP_FORWARD");
         return object;
     } else {
         return false;
@@ -86,7 +87,8 @@ template <class T> consteval bool objc_isObjectClass() {
 /// @endcond
 
 /// A struct that is a class of objects: it, or one it derives from, was declared with ZP_CLASS or ZP_FORWARD.
-template <class T> concept objc_ObjectClass = objc_isObjectClass<std::remove_cv_t<T>>();
+template <class T>
+concept objc_ObjectClass = objc_isObjectClass<std::remove_cv_t<T>>();
 
 /// A receiver as it is. A front's member may be called on a null pointer, which the compiler otherwise takes
 /// for impossible: it must not drop the test that answers a message to null.

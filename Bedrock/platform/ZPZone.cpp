@@ -58,7 +58,8 @@ ChildZone *childZoneOf(const void *pointer) {
     auto address = reinterpret_cast<std::uintptr_t>(pointer);
     Map &m = map();
     std::lock_guard lock(m.mutex);
-    auto at = std::upper_bound(m.arenas.begin(), m.arenas.end(), address, [](std::uintptr_t a, const Arena &r) { return a < r.begin; });
+    auto at = std::upper_bound(m.arenas.begin(), m.arenas.end(), address,
+                               [](std::uintptr_t a, const Arena &r) { return a < r.begin; });
     if (at == m.arenas.begin()) return nullptr;
     --at;
     return address < at->end ? at->zone : nullptr;
@@ -80,7 +81,9 @@ bool addArena(ChildZone *zone, std::size_t atLeast) {
     std::lock_guard lock(m.mutex);
     Arena arena{begin, begin + bytes, zone};
     try {
-        m.arenas.insert(std::upper_bound(m.arenas.begin(), m.arenas.end(), arena, [](const Arena &a, const Arena &b) { return a.begin < b.begin; }), arena);
+        m.arenas.insert(std::upper_bound(m.arenas.begin(), m.arenas.end(), arena,
+                                         [](const Arena &a, const Arena &b) { return a.begin < b.begin; }),
+                        arena);
     } catch (std::bad_alloc &) {
         vm_deallocate(pages, bytes);
         return false;

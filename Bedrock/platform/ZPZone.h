@@ -65,7 +65,9 @@ inline constexpr unsigned objc_fromChildZone = 0xFFFFFFFF;
 inline constexpr unsigned objc_fromSlab = 0x80000000;  ///< and how many bytes it lies behind its slab's head
 
 // The compiler must not reason about a static object here: it has no header, and is never counted in one.
-inline objc_header *objc_headerOf(objc_object *object) { return reinterpret_cast<objc_header *>(objc_receiver(object)) - 1; }
+inline objc_header *objc_headerOf(objc_object *object) {
+    return reinterpret_cast<objc_header *>(objc_receiver(object)) - 1;
+}
 
 inline constexpr unsigned objc_saturatedCount = 0xFFFFFFFF;
 extern "C" {
@@ -81,7 +83,8 @@ inline constexpr unsigned objc_nearLimit = 0xFFFFFF00;
 ZP_INLINE void objc_retainInHeader(objc_object *object) {
     unsigned *count = &objc_headerOf(object)->extraReferences;
     unsigned now = __atomic_load_n(count, __ATOMIC_RELAXED);
-    if (now >= objc_nearLimit) [[unlikely]] objc_retainNearLimit(object);
+    if (now >= objc_nearLimit) [[unlikely]]
+        objc_retainNearLimit(object);
     else if (__libc_single_threaded) __atomic_store_n(count, now + 1, __ATOMIC_RELAXED);
     else __atomic_fetch_add(count, 1, __ATOMIC_RELAXED);
 }
@@ -91,7 +94,8 @@ ZP_INLINE bool objc_releaseInHeader(objc_object *object) {
     unsigned *count = &objc_headerOf(object)->extraReferences;
     unsigned now = __atomic_load_n(count, __ATOMIC_ACQUIRE);
     if (now == 0) return true;
-    if (now >= objc_nearLimit) [[unlikely]] return objc_releaseNearLimit(object);
+    if (now >= objc_nearLimit) [[unlikely]]
+        return objc_releaseNearLimit(object);
     if (__libc_single_threaded) {
         __atomic_store_n(count, now - 1, __ATOMIC_RELAXED);
         return false;

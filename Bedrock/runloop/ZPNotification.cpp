@@ -48,10 +48,17 @@ struct NotificationMethods : ZPNotification {
         auto *made = (ZPNotification *)objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer();
         return (ZPNotification *)made->initWithName_object_userInfo(name, object, userInfo)->autorelease().pointer();
     }
-    static ZPNotification *makePlain(Class self, ZPString *name, id object) { return make(self, name, object, nullptr); }
+    static ZPNotification *makePlain(Class self, ZPString *name, id object) {
+        return make(self, name, object, nullptr);
+    }
 
-    id init() { ZPException::raise_format(ZPGenericException, "%@: should never be used"_zp, _ZPMethodExceptionProem(this, "init"_sel)); }
-    [[noreturn]] void abstract(SEL selector) { ZPRequestConcreteImplementation(this, selector, ZPNotification::class_()); }
+    id init() {
+        ZPException::raise_format(ZPGenericException, "%@: should never be used"_zp,
+                                  _ZPMethodExceptionProem(this, "init"_sel));
+    }
+    [[noreturn]] void abstract(SEL selector) {
+        ZPRequestConcreteImplementation(this, selector, ZPNotification::class_());
+    }
     ZPString *name() { abstract("name"_sel); }
     id object() { abstract("object"_sel); }
     ZPDictionary *userInfo() { abstract("userInfo"_sel); }
@@ -79,7 +86,8 @@ struct NotificationMethods : ZPNotification {
         ZPZone *zone = this->zone();
         dealloc();
         auto *made = (ZPNotification *)objc_msgSend<id>(id(cls), "allocWithZone:"_sel, zone).pointer();
-        return made->initWithName_object_userInfo((ZPString *)parts[0].pointer(), parts[1], (ZPDictionary *)parts[2].pointer());
+        return made->initWithName_object_userInfo((ZPString *)parts[0].pointer(), parts[1],
+                                                  (ZPDictionary *)parts[2].pointer());
     }
     Class classForCoder() { return ZPNotification::class_(); }
     id replacementObjectForPortCoder(ZPPortCoder *) { return this; }
@@ -88,7 +96,8 @@ struct NotificationMethods : ZPNotification {
         id object = ZPNotification::object();
         ZPDictionary *userInfo = ZPNotification::userInfo();
         ZPMutableString *text = ZPMutableString::stringWithCapacity(256);
-        text->appendFormat("%@ %lx {name = %@"_zp, id(isa), reinterpret_cast<unsigned long>(this), ZPNotification::name());
+        text->appendFormat("%@ %lx {name = %@"_zp, id(isa), reinterpret_cast<unsigned long>(this),
+                           ZPNotification::name());
         if (object) text->appendFormat("; object = %@"_zp, object);
         if (userInfo) text->appendFormat("; userInfo = %@"_zp, userInfo);
         text->appendString("}"_zp);

@@ -18,7 +18,8 @@ struct ZPNotification : ZPObject {
     }
     /// The same with information, which it retains and which may be null.
     static ZPNotification *notificationWithName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo) {
-        return objc_msgSend<ZPNotification *>(class_(), "notificationWithName:object:userInfo:"_sel, name, object, userInfo);
+        return objc_msgSend<ZPNotification *>(class_(), "notificationWithName:object:userInfo:"_sel, name, object,
+                                              userInfo);
     }
     /// As the class message.
     ZPNotification *initWithName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo) {

@@ -164,7 +164,9 @@ struct CenterMethods : ZPNotificationCenter {
         if (value == deleted) ++_deleted_count;
     }
 
-    static bool isNamed(const ZPObserverRecord &r, ZPString *name) { return r.name == name || (r.name && r.name->isEqualToString(name)); }
+    static bool isNamed(const ZPObserverRecord &r, ZPString *name) {
+        return r.name == name || (r.name && r.name->isEqualToString(name));
+    }
 
     // ---- adding and removing
 
@@ -179,7 +181,8 @@ struct CenterMethods : ZPNotificationCenter {
         _observers[_registry_count] = r.observer.pointer();
         setCount(_registry_count + 1);
         try {
-            if (_deleted_count <= mostDeleted && (_registry_count + _deleted_count) * 3 <= _hashtable_count) insert(_registry_count - 1);
+            if (_deleted_count <= mostDeleted && (_registry_count + _deleted_count) * 3 <= _hashtable_count)
+                insert(_registry_count - 1);
             else rebuild();
         } catch (...) {
             // Without memory the record is not there, and the indexes are made anew next time.
@@ -199,7 +202,8 @@ struct CenterMethods : ZPNotificationCenter {
             own->release();
             throw;
         }
-        if (ZPKeepNotificationStatistics) ZPRecordNotificationEvent(1, observer.pointer(), selector, name, object.pointer());
+        if (ZPKeepNotificationStatistics)
+            ZPRecordNotificationEvent(1, observer.pointer(), selector, name, object.pointer());
     }
 
     // The observer's next record; past `high` when there is none.
@@ -214,7 +218,9 @@ struct CenterMethods : ZPNotificationCenter {
         return low;
     }
 
-    void removeObserverAltogether(id observer) { ZPNotificationCenter::removeObserver_name_object(observer, nullptr, nullptr); }
+    void removeObserverAltogether(id observer) {
+        ZPNotificationCenter::removeObserver_name_object(observer, nullptr, nullptr);
+    }
 
     void removeObserver(id observer, ZPString *name, id object) {
         if (!observer) return;
@@ -266,7 +272,9 @@ struct CenterMethods : ZPNotificationCenter {
         for (int *entry = _hashtable + (hash & _hashtable_count); *entry != empty; ++entry) {
             if (*entry == deleted) continue;
             const ZPObserverRecord &r = _registry[*entry];
-            if (r.hash == hash && (!r.object || r.object == object) && (r.name == name || name->isEqualToString(r.name))) calls.add(r, _registry_count);
+            if (r.hash == hash && (!r.object || r.object == object) &&
+                (r.name == name || name->isEqualToString(r.name)))
+                calls.add(r, _registry_count);
         }
     }
 
@@ -276,7 +284,8 @@ struct CenterMethods : ZPNotificationCenter {
         for (unsigned i = 0; i < snapshot.count; ++i) {
             const Snapshot::Call &call = snapshot.calls[i];
             try {
-                reinterpret_cast<void (*)(objc_object *, SEL, ZPNotification *)>(call.implementation)(call.observer, call.selector, notification);
+                reinterpret_cast<void (*)(objc_object *, SEL, ZPNotification *)>(
+                    call.implementation)(call.observer, call.selector, notification);
             } catch (ZPException *e) {
                 if (!first && !raised) (raised = e)->retain();
             } catch (abi::__forced_unwind &) {
@@ -304,7 +313,9 @@ struct CenterMethods : ZPNotificationCenter {
         if (calls.count) deliver(calls, notification);
     }
 
-    void postPlain(ZPString *name, id object) { ZPNotificationCenter::postNotificationName_object_userInfo(name, object, nullptr); }
+    void postPlain(ZPString *name, id object) {
+        ZPNotificationCenter::postNotificationName_object_userInfo(name, object, nullptr);
+    }
 
     void post(ZPString *name, id object, ZPDictionary *userInfo) {
         if (!hasObservers()) return;
@@ -320,7 +331,10 @@ struct CenterMethods : ZPNotificationCenter {
 
     // ---- default centers
 
-    void watchBundles() { ZPNotificationCenter::addObserver_selector_name_object(this, "_bundleLoaded:"_sel, ZPBundleDidLoadNotification, nullptr); }
+    void watchBundles() {
+        ZPNotificationCenter::addObserver_selector_name_object(this, "_bundleLoaded:"_sel, ZPBundleDidLoadNotification,
+                                                               nullptr);
+    }
     static void ignoreBundles(ZPNotificationCenter *center) {
         center->removeObserver_name_object(center, ZPBundleDidLoadNotification, nullptr);
     }
@@ -334,13 +348,15 @@ struct CenterMethods : ZPNotificationCenter {
         if (isFront) {
             if (centerOfAll) return centerOfAll;
         } else if (centersOfSubclasses) {
-            if (id center = centersOfSubclasses->objectForKey(id(self))) return (ZPNotificationCenter *)center.pointer();
+            if (id center = centersOfSubclasses->objectForKey(id(self)))
+                return (ZPNotificationCenter *)center.pointer();
         }
         id made = objc_msgSend<id>(objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr), "init"_sel);
         auto *center = (ZPNotificationCenter *)made.pointer();
         if (!center) return nullptr;
         if (!isFront) {
-            if (!centersOfSubclasses) centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
+            if (!centersOfSubclasses)
+                centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
             centersOfSubclasses->setObject_forKey(center, id(self));
             center->release();
         }
@@ -350,8 +366,10 @@ struct CenterMethods : ZPNotificationCenter {
     }
 
     static void setDefault(Class self, ZPNotificationCenter *center, Class cls) {
-        if (cls != ZPNotificationCenter::class_() && !ZPClassObject(cls)->isKindOfClass(ZPNotificationCenter::class_()->isa))
-            ZPException::raise_format(ZPInvalidArgumentException, "%@: class parameter not the ZPNotificationCenter class or subclass"_zp,
+        if (cls != ZPNotificationCenter::class_() &&
+            !ZPClassObject(cls)->isKindOfClass(ZPNotificationCenter::class_()->isa))
+            ZPException::raise_format(ZPInvalidArgumentException,
+                                      "%@: class parameter not the ZPNotificationCenter class or subclass"_zp,
                                       _ZPMethodExceptionProem(id(self), "setDefaultCenter:forClass:"_sel));
         ZPNotificationCenter *old = nullptr;
         {
@@ -363,7 +381,8 @@ struct CenterMethods : ZPNotificationCenter {
                 __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
                 if (center) watchBundles(center);
             } else {
-                old = centersOfSubclasses ? (ZPNotificationCenter *)centersOfSubclasses->objectForKey(id(cls)).pointer() : nullptr;
+                old = centersOfSubclasses ? (ZPNotificationCenter *)centersOfSubclasses->objectForKey(id(cls)).pointer()
+                                          : nullptr;
                 if (old == center) return;
                 if (old) {
                     old->retain();
@@ -371,7 +390,8 @@ struct CenterMethods : ZPNotificationCenter {
                     centersOfSubclasses->removeObjectForKey(id(cls));
                 }
                 if (center) {
-                    if (!centersOfSubclasses) centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
+                    if (!centersOfSubclasses)
+                        centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
                     centersOfSubclasses->setObject_forKey(center, id(cls));
                 }
             }
@@ -390,7 +410,8 @@ struct CenterMethods : ZPNotificationCenter {
     void bundleLoaded(ZPNotification *notification) {
         if (notification->userInfo()) return;
         Locked hold(_lock);
-        for (unsigned i = 0; i < _registry_count; ++i) _registry[i].implementation = implementationFor(_registry[i].observer, _registry[i].selector);
+        for (unsigned i = 0; i < _registry_count; ++i)
+            _registry[i].implementation = implementationFor(_registry[i].observer, _registry[i].selector);
     }
 
     ZPString *description() {
@@ -409,12 +430,14 @@ struct CenterMethods : ZPNotificationCenter {
         }
         auto count = unsigned(copy.records.size());
         ZPMutableString *text = ZPMutableString::stringWithCapacity(count * 160);
-        text->appendFormat("%@ %lx {count = %u; max = %u; size = %u; table = (\n"_zp, id(isa), reinterpret_cast<unsigned long>(this), count, capacity,
+        text->appendFormat("%@ %lx {count = %u; max = %u; size = %u; table = (\n"_zp, id(isa),
+                           reinterpret_cast<unsigned long>(this), count, capacity,
                            unsigned(capacity * sizeof(ZPObserverRecord)));
         for (unsigned i = 0; i < count; ++i) {
             const ZPObserverRecord &r = copy.records[i];
             text->appendFormat("\t{name = %@; object = %s<%lx>; observer = %@<%lx>; SEL = %s;}"_zp, r.name,
-                               r.object ? r.object->objectClass()->name : "", reinterpret_cast<unsigned long>(r.object.pointer()), r.observer,
+                               r.object ? r.object->objectClass()->name : "",
+                               reinterpret_cast<unsigned long>(r.object.pointer()), r.observer,
                                reinterpret_cast<unsigned long>(r.observer.pointer()), sel_getName(r.selector));
             if (i + 1 < count) text->appendString(",\n"_zp);
         }
@@ -425,7 +448,8 @@ struct CenterMethods : ZPNotificationCenter {
     void dealloc() {
         if (this == __atomic_load_n(&centerOfAll, __ATOMIC_ACQUIRE)) return;
         for (unsigned i = 0; i < _registry_count; ++i) _registry[i].name->release();
-        for (void *block : {static_cast<void *>(_registry), static_cast<void *>(_observers), static_cast<void *>(_niltable), static_cast<void *>(_hashtable)})
+        for (void *block : {static_cast<void *>(_registry), static_cast<void *>(_observers),
+                            static_cast<void *>(_niltable), static_cast<void *>(_hashtable)})
             if (block) ZPZoneFree(nullptr, block);
         _lock->release();
         objc_super<ZPNotificationCenter>(this).send("dealloc"_sel);

@@ -23,7 +23,9 @@ struct ZPNotificationCenter : ZPObject {
     objc_object **_observers;
 
     /// The process's center, or a subclass's own; made on first use, never deallocated.
-    static ZPNotificationCenter *defaultCenter() { return objc_msgSend<ZPNotificationCenter *>(class_(), "defaultCenter"_sel); }
+    static ZPNotificationCenter *defaultCenter() {
+        return objc_msgSend<ZPNotificationCenter *>(class_(), "defaultCenter"_sel);
+    }
     /// Replaces the default center of this class or of a subclass; null for a subclass drops its center. Any other
     /// class raises ZPInvalidArgumentException.
     static void setDefaultCenter_forClass(ZPNotificationCenter *center, Class cls) {
@@ -47,7 +49,9 @@ struct ZPNotificationCenter : ZPObject {
     /// others are called all the same, and then the first exception is raised again.
     void postNotification(ZPNotification *notification) { objc_msgSend(this, "postNotification:"_sel, notification); }
     /// The same with a notification of that name and object, made only when an observer matches.
-    void postNotificationName_object(ZPString *name, id object) { objc_msgSend(this, "postNotificationName:object:"_sel, name, object); }
+    void postNotificationName_object(ZPString *name, id object) {
+        objc_msgSend(this, "postNotificationName:object:"_sel, name, object);
+    }
     /// The same with information.
     void postNotificationName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo) {
         objc_msgSend(this, "postNotificationName:object:userInfo:"_sel, name, object, userInfo);

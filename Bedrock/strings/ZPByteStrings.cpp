@@ -28,7 +28,8 @@ template <class S> struct ByteStringMethods : S {
 
     unsigned length() { return countOf(this); }
     unichar characterAtIndex(unsigned index) {
-        if (index >= countOf(this)) [[unlikely]] _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
+        if (index >= countOf(this)) [[unlikely]]
+            _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
         return _ZPUnitOfByte(static_cast<unsigned char>(bytesOf(this)[index]));
     }
     void getCharactersRange(unichar *buffer, ZPRange range) {
@@ -40,21 +41,33 @@ template <class S> struct ByteStringMethods : S {
     unsigned cStringLength() { return countOf(this); }
     // The object's own bytes, where they mean the same as a C string.
     bool ownBytesAreCString() { return _ZPFitsByteStorage(bytesOf(this), countOf(this)); }
-    const char *ownCString() { return ownBytesAreCString() ? bytesOf(this) : objc_super<S>(this).template send<const char *>("cString"_sel); }
-    const char *ownLossyCString() { return ownBytesAreCString() ? bytesOf(this) : objc_super<S>(this).template send<const char *>("lossyCString"_sel); }
-    BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) {
-        return encoding == _ZPCStringEncoding ? YES : objc_super<S>(this).template send<BOOL>("canBeConvertedToEncoding:"_sel, encoding);
+    const char *ownCString() {
+        return ownBytesAreCString() ? bytesOf(this) : objc_super<S>(this).template send<const char *>("cString"_sel);
     }
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
-        _ZPCheckRange(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, range, countOf(this));
+    const char *ownLossyCString() {
+        return ownBytesAreCString() ? bytesOf(this)
+                                    : objc_super<S>(this).template send<const char *>("lossyCString"_sel);
+    }
+    BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) {
+        return encoding == _ZPCStringEncoding
+                   ? YES
+                   : objc_super<S>(this).template send<BOOL>("canBeConvertedToEncoding:"_sel, encoding);
+    }
+    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
+                  ZPRange range, ZPRange *remaining) {
+        _ZPCheckRange(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel,
+                      range, countOf(this));
         // Bytes of the storage encoding, and ASCII text in every encoding that extends ASCII, are copied.
-        constexpr unsigned extendsASCII = 1u << ZPASCIIStringEncoding | 1u << ZPUTF8StringEncoding | 1u << ZPISOLatin1StringEncoding |
-                                          1u << ZPISOLatin2StringEncoding | 0x1Fu << ZPWindowsCP1251StringEncoding;
+        constexpr unsigned extendsASCII = 1u << ZPASCIIStringEncoding | 1u << ZPUTF8StringEncoding |
+                                          1u << ZPISOLatin1StringEncoding | 1u << ZPISOLatin2StringEncoding |
+                                          0x1Fu << ZPWindowsCP1251StringEncoding;
         const char *from = bytesOf(this) + range.location;
-        bool plain = encoding == _ZPCStringEncoding || (encoding < 32 && (extendsASCII >> encoding & 1) && _ZPIsASCII(from, range.length));
+        bool plain = encoding == _ZPCStringEncoding ||
+                     (encoding < 32 && (extendsASCII >> encoding & 1) && _ZPIsASCII(from, range.length));
         if (!plain)
-            return objc_super<S>(this).template send<BOOL>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel,
-                                                           buffer, maxLength, filled, encoding, lossy, range, remaining);
+            return objc_super<S>(this).template send<BOOL>(
+                "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
+                maxLength, filled, encoding, lossy, range, remaining);
         unsigned n = range.length < maxLength ? range.length : maxLength;
         if (buffer && n) std::memcpy(buffer, from, n);
         if (filled) *filled = n;
@@ -166,7 +179,8 @@ ZP_IMPLEMENT(ZPSimpleCString)
     .method<&SimpleMethods::storageEncoding>("smallestEncoding")
     .method<&SimpleMethods::cStringLength>("cStringLength")
     .method<&SimpleMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
-    .method<&SimpleMethods::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&SimpleMethods::getBytes>(
+        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
     .method<&SimpleMethods::copyWithZone>("copyWithZone:");
 
 ZP_IMPLEMENT(ZPCString)
@@ -199,7 +213,8 @@ ZP_IMPLEMENT(ZPInlineCString)
     .method<&InlineMethods::ownCString>("cString")
     .method<&InlineMethods::ownLossyCString>("lossyCString")
     .method<&InlineMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
-    .method<&InlineMethods::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&InlineMethods::getBytes>(
+        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
     .method<&InlineMethods::copyWithZone>("copyWithZone:")
     .method<&InlineCStringMethods::isEqualToString>("isEqualToString:")
     .method<&InlineCStringMethods::hash>("hash")
@@ -209,9 +224,12 @@ constinit objc_literal8 ZPEmptyStringLiteral = {&ZPConstantStringRecord.cls, "",
 
 ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) {
     if (length == 0) return ""_zp;
-    if (length > 0xFFFF) return static_cast<ZPString *>(ZPAllocateObject(ZPCString::class_(), 0, zone))->initWithCString_length(bytes, length);
+    if (length > 0xFFFF)
+        return static_cast<ZPString *>(ZPAllocateObject(ZPCString::class_(), 0, zone))
+            ->initWithCString_length(bytes, length);
     auto *s = static_cast<ZPInlineCString *>(_zoneAllocBare(ZPInlineCString::class_(), length + 1, zone));
-    if (!s) [[unlikely]] ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    if (!s) [[unlikely]]
+        ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
     s->_flags = {0, 0, 0, length & 0xFFFF};
     char *contents = s->contents();
     std::memcpy(contents, bytes, length);

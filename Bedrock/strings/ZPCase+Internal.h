@@ -4,14 +4,15 @@
 
 #include <Bedrock/platform/ZPTypes.h>
 
-
 /// One direction of the simple case mappings: for each high byte of a unit a page with what is added to it, modulo
 /// 65,536. Pages without mappings are one and the same.
 struct ZPCaseMap {
     const unichar *pages[256];
     unichar operator[](unichar u) const { return unichar(u + pages[u >> 8][u & 0xFF]); }
 };
-struct ZPCaseTables { ZPCaseMap lower, upper, title; };
+struct ZPCaseTables {
+    ZPCaseMap lower, upper, title;
+};
 
 /// What the library knows by itself: units below U+0100 (title case: below U+0080) and five more.
 extern const ZPCaseTables _ZPBuiltinCaseTables;

@@ -16,7 +16,9 @@
 
 namespace {
 
-struct Page { unichar of[256] = {}; };
+struct Page {
+    unichar of[256] = {};
+};
 
 consteval Page lowerPage() {
     Page page;
@@ -73,11 +75,16 @@ struct LoadedTables : ZPCaseTables {
                 if (isOwn(map, high)) std::free(const_cast<unichar *>(map->pages[high]));
     }
     bool isOwn(const ZPCaseMap *map, unsigned high) const {
-        const ZPCaseMap &builtin = map == &lower ? _ZPBuiltinCaseTables.lower : map == &upper ? _ZPBuiltinCaseTables.upper : _ZPBuiltinCaseTables.title;
+        const ZPCaseMap &builtin = map == &lower   ? _ZPBuiltinCaseTables.lower
+                                   : map == &upper ? _ZPBuiltinCaseTables.upper
+                                                   : _ZPBuiltinCaseTables.title;
         return map->pages[high] != builtin.pages[high];
     }
-    bool isFixed(const ZPCaseMap &map, unsigned low) const { return (&map == &lower && fixedPages.lower.of[low]) || (&map == &upper && fixedPages.upper.of[low]); }
-    bool add(ZPCaseMap &map, const ZPHostResource &file, std::size_t at, unsigned count, unsigned known, const char *bitmapName) {
+    bool isFixed(const ZPCaseMap &map, unsigned low) const {
+        return (&map == &lower && fixedPages.lower.of[low]) || (&map == &upper && fixedPages.upper.of[low]);
+    }
+    bool add(ZPCaseMap &map, const ZPHostResource &file, std::size_t at, unsigned count, unsigned known,
+             const char *bitmapName) {
         ZPHostResource bitmap(bitmapName);
         if (!bitmap) return false;
         for (unsigned i = 0; i < count; ++i, at += 4) {
@@ -102,8 +109,12 @@ struct LoadedTables : ZPCaseTables {
         unsigned lowers = file.number(2), uppers = file.number(4), titles = file.number(6);
         if (file.length < 8 + 4 * (std::size_t(lowers) + uppers + titles)) return false;
         if (!add(lower, file, 8, lowers, 0x100, "CharacterSets/hasNonSelfLowercaseMapping.bitmap")) return false;
-        if (!add(upper, file, 8 + 4 * std::size_t(lowers), uppers, 0x100, "CharacterSets/hasNonSelfUppercaseMapping.bitmap")) return false;
-        if (!add(title, file, 8 + 4 * (std::size_t(lowers) + uppers), titles, 0x80, "CharacterSets/hasNonSelfTitlecaseMapping.bitmap")) return false;
+        if (!add(upper, file, 8 + 4 * std::size_t(lowers), uppers, 0x100,
+                 "CharacterSets/hasNonSelfUppercaseMapping.bitmap"))
+            return false;
+        if (!add(title, file, 8 + 4 * (std::size_t(lowers) + uppers), titles, 0x80,
+                 "CharacterSets/hasNonSelfTitlecaseMapping.bitmap"))
+            return false;
         return true;
     }
 };
@@ -120,5 +131,6 @@ const ZPCaseTables *_ZPLoadCaseTables() {
         if (!logged.test_and_set()) ZPLog("ZPCharConversion: could not load case conversion table.\n"_zp);
         return &_ZPBuiltinCaseTables;
     }
-    return ZPKeepFirst(_ZPReadCaseTables, made.release(), [](const ZPCaseTables *late) { delete static_cast<const LoadedTables *>(late); });
+    return ZPKeepFirst(_ZPReadCaseTables, made.release(),
+                       [](const ZPCaseTables *late) { delete static_cast<const LoadedTables *>(late); });
 }

@@ -43,7 +43,8 @@ ZPDictionary *readDictionary(const std::string &name) {
     Resource file(name);
     if (!file) return nullptr;
     try {
-        ZPString *text = ZPString::alloc()->initWithBytes_length_encoding(file.bytes, unsigned(file.length), ZPASCIIStringEncoding);
+        ZPString *text =
+            ZPString::alloc()->initWithBytes_length_encoding(file.bytes, unsigned(file.length), ZPASCIIStringEncoding);
         return text ? asDictionary(static_cast<ZPString *>(text->autorelease())->propertyList()) : nullptr;
     } catch (ZPException *) {
         return nullptr;
@@ -83,7 +84,12 @@ void logFailure() {
 
 // ---- named sets ----
 
-struct Named { ZPString *name; bool compact; ZPConcreteMutableCharacterSet *set; Named *next; };
+struct Named {
+    ZPString *name;
+    bool compact;
+    ZPConcreteMutableCharacterSet *set;
+    Named *next;
+};
 std::atomic<Named *> namedSets;
 
 ZPConcreteMutableCharacterSet *keep(ZPString *name, bool compact, ZPConcreteMutableCharacterSet *set) {
@@ -125,7 +131,9 @@ struct NamedSetMethods {
         auto *set = name ? newFromResource(name) : nullptr;
         return set ? static_cast<ZPConcreteMutableCharacterSet *>(set->autorelease()) : nullptr;
     }
-    static ZPConcreteMutableCharacterSet *readAndRetain(Class, ZPString *name, BOOL compact) { return name ? _ZPNamedSet(name, compact) : nullptr; }
+    static ZPConcreteMutableCharacterSet *readAndRetain(Class, ZPString *name, BOOL compact) {
+        return name ? _ZPNamedSet(name, compact) : nullptr;
+    }
 };
 
 // ---- a client's files ----
@@ -140,7 +148,8 @@ ZPConcreteMutableCharacterSet *newFromFile(ZPString *path, ZPZone *zone) {
         data->getBytes_length(set->ownBits(), _ZPBitmapBytes);
         return set;
     }
-    ZPDictionary *description = path->hasSuffix(".dict"_zp) ? ZPDictionary::dictionaryWithContentsOfFile(path) : nullptr;
+    ZPDictionary *description =
+        path->hasSuffix(".dict"_zp) ? ZPDictionary::dictionaryWithContentsOfFile(path) : nullptr;
     if (!description) return nullptr;
     auto *set = ZPConcreteMutableCharacterSet::make(zone);
     set->set = ZPMakeSetFromDictionary(description);
@@ -166,7 +175,8 @@ ZPCharacterSet *withCharacters(ZPArray *numbers) {
         unsigned unit = ZPParseIntegerFromString(number);
         if (unit < _ZPUnitCount) units += char16_t(unit);
     }
-    return ZPCharacterSet::characterSetWithCharactersInString(ZPString::stringWithCharacters_length(units.data(), unsigned(units.size())));
+    return ZPCharacterSet::characterSetWithCharactersInString(
+        ZPString::stringWithCharacters_length(units.data(), unsigned(units.size())));
 }
 
 ZPCharacterSet *withContentsOfFile(Class, ZPString *path) {
@@ -190,8 +200,7 @@ ZPCharacterSet *withContentsOfFile(Class, ZPString *path) {
 
 ZPConcreteMutableCharacterSet *_ZPNamedSet(ZPString *name, bool compact) { return named(name, compact, nullptr); }
 
-ZP_CATEGORY(ZPCharacterSet, ZPCharacterSetFiles)
-    .classMethod<&withContentsOfFile>("characterSetWithContentsOfFile:");
+ZP_CATEGORY(ZPCharacterSet, ZPCharacterSetFiles).classMethod<&withContentsOfFile>("characterSetWithContentsOfFile:");
 
 ZP_CATEGORY(ZPConcreteMutableCharacterSet, ZPCharacterSetFiles)
     .classMethod<&NamedSetMethods::withName>("characterSetWithName:")

@@ -18,8 +18,19 @@
 #include <cstdint>
 
 enum : unsigned {
-    _ZPControlSet, _ZPWhitespaceSet, _ZPWhitespaceAndNewlineSet, _ZPDecimalDigitSet, _ZPLetterSet, _ZPLowercaseLetterSet,
-    _ZPUppercaseLetterSet, _ZPAlphanumericSet, _ZPNonBaseSet, _ZPDecomposableSet, _ZPIllegalSet, _ZPPunctuationSet, _ZPStandardSetCount
+    _ZPControlSet,
+    _ZPWhitespaceSet,
+    _ZPWhitespaceAndNewlineSet,
+    _ZPDecimalDigitSet,
+    _ZPLetterSet,
+    _ZPLowercaseLetterSet,
+    _ZPUppercaseLetterSet,
+    _ZPAlphanumericSet,
+    _ZPNonBaseSet,
+    _ZPDecomposableSet,
+    _ZPIllegalSet,
+    _ZPPunctuationSet,
+    _ZPStandardSetCount
 };
 
 inline constexpr unsigned _ZPBitmapBytes = 8192, _ZPUnitCount = 0x10000;
@@ -30,7 +41,7 @@ ZP_INLINE bool _ZPBit(const unsigned char *bits, unsigned u) { return bits[u >> 
 /// both in ascending order. Always made of a bitmap: a run of one member is a single, a longer one a range. Many ranges
 /// are followed by an index: for each block of 1,024 units, and for the end, the first range that ends there or later.
 struct ZPCharacterSetRecord {
-    unsigned tag;         ///< 1
+    unsigned tag;  ///< 1
     unsigned summary[4];  ///< a bit of the first two words for each block of 1,024 units that has a member
     unsigned singles, ranges;
     unsigned singmin, singmax;  ///< 0xFFFF and 0 without singles
@@ -41,7 +52,10 @@ struct ZPCharacterSetRecord {
     static constexpr unsigned blocks = 64;
     std::size_t words() const { return singles + 2 * std::size_t(ranges); }
     const std::uint16_t *index() const { return reinterpret_cast<const std::uint16_t *>(units() + words()); }
-    std::size_t size() const { return sizeof *this + words() * sizeof(unsigned) + (ranges < linearSearch ? 0 : (blocks + 1) * sizeof(std::uint16_t)); }
+    std::size_t size() const {
+        return sizeof *this + words() * sizeof(unsigned) +
+               (ranges < linearSearch ? 0 : (blocks + 1) * sizeof(std::uint16_t));
+    }
     bool has(unichar u) const {
         if (!(summary[u >> 15] >> (u >> 10 & 31) & 1)) return false;
         return (singmin <= u && u <= singmax && isSingle(u)) || isInRange(u);
@@ -115,7 +129,9 @@ struct ZPConcreteMutableCharacterSet : ZPMutableCharacterSet {
 };
 
 /// Rows of the units below U+0100.
-struct ZPLowRows { unsigned char of[_ZPStandardSetCount][32]; };
+struct ZPLowRows {
+    unsigned char of[_ZPStandardSetCount][32];
+};
 extern const ZPLowRows _ZPLow;
 
 /// The set of an offset.
@@ -128,7 +144,9 @@ ZPConcreteMutableCharacterSet *_ZPFullSet(ZPBuiltinCharacterSet *set);
 /// null, which is logged once, when there is none.
 ZPConcreteMutableCharacterSet *_ZPNamedSet(ZPString *name, bool compact);
 
-inline bool _ZPIsInStandardSet(unsigned offset, unichar u) { return u < 0x100 ? _ZPBit(_ZPLow.of[offset], u) : _ZPIsInFullSet(offset, u); }
+inline bool _ZPIsInStandardSet(unsigned offset, unichar u) {
+    return u < 0x100 ? _ZPBit(_ZPLow.of[offset], u) : _ZPIsInFullSet(offset, u);
+}
 
 /// Sets or clears a range of bits; what lies beyond U+FFFF is left out.
 void _ZPSetBits(unsigned char *bits, ZPRange range, bool value);
@@ -163,8 +181,11 @@ struct ZPMembership {
             low = _ZPLow.of[standard->offset];
             full = __atomic_load_n(&standard->expandedset, __ATOMIC_ACQUIRE);
         }
-        if (full && full->isa == ZPConcreteMutableCharacterSet::class_()) bits = static_cast<ZPConcreteMutableCharacterSet *>(full)->bits;
+        if (full && full->isa == ZPConcreteMutableCharacterSet::class_())
+            bits = static_cast<ZPConcreteMutableCharacterSet *>(full)->bits;
     }
-    bool operator()(unichar u) const { return (bits ? _ZPBit(bits, u) : low && u < 0x100 ? _ZPBit(low, u) : ask(u)) != inverted; }
+    bool operator()(unichar u) const {
+        return (bits ? _ZPBit(bits, u) : low && u < 0x100 ? _ZPBit(low, u) : ask(u)) != inverted;
+    }
     bool ask(unichar u) const;
 };

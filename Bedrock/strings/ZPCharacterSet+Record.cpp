@@ -41,7 +41,9 @@ ZPArray *arrayIn(ZPDictionary *dictionary, ZPString *key) {
     return value && value->isKindOfClass(ZPArray::class_()) ? static_cast<ZPArray *>(value) : nullptr;
 }
 
-unsigned numberOf(id value) { return value && value->isKindOfClass(ZPString::class_()) ? ZPParseIntegerFromString(value) : 0xFFFFFFFF; }
+unsigned numberOf(id value) {
+    return value && value->isKindOfClass(ZPString::class_()) ? ZPParseIntegerFromString(value) : 0xFFFFFFFF;
+}
 
 // How many entries of the array the dictionary says there are; all of them when it does not say.
 unsigned countIn(ZPDictionary *dictionary, ZPString *key, ZPArray *array, unsigned each) {
@@ -62,7 +64,9 @@ struct Text {
         for (unsigned i = 0; i < count; ++i) format(i ? ", %u" : "%u", values[i]);
         bytes += " );\n";
     }
-    ZPString *string() const { return _ZPNewInlineCString(bytes.data(), unsigned(bytes.size()), nullptr)->autorelease(); }
+    ZPString *string() const {
+        return _ZPNewInlineCString(bytes.data(), unsigned(bytes.size()), nullptr)->autorelease();
+    }
 };
 
 }  // namespace
@@ -72,7 +76,9 @@ struct Text {
 void _ZPSetBits(unsigned char *bits, ZPRange range, bool value) {
     if (range.location >= _ZPUnitCount || range.length == 0) return;
     unsigned first = range.location, last = first + std::min(range.length, _ZPUnitCount - first) - 1;
-    auto change = [=](unsigned byte, unsigned mask) { bits[byte] = static_cast<unsigned char>(value ? bits[byte] | mask : bits[byte] & ~mask); };
+    auto change = [=](unsigned byte, unsigned mask) {
+        bits[byte] = static_cast<unsigned char>(value ? bits[byte] | mask : bits[byte] & ~mask);
+    };
     unsigned head = 0xFF << (first & 7) & 0xFF, tail = 0xFF >> (7 - (last & 7));
     if (first >> 3 == last >> 3) return change(first >> 3, head & tail);
     change(first >> 3, head);
@@ -110,7 +116,8 @@ ZPSetBitmap::ZPSetBitmap(ZPCharacterSet *set) {
     } else if (cls == ZPImmutableStringCharacterSet::class_()) {
         // The bitmap of a set that is known by its membership alone never holds U+FFFF.
         auto *some = static_cast<ZPImmutableStringCharacterSet *>(set);
-        for (unsigned i = 0; i < some->numChars && some->buffer[i] != 0xFFFF; ++i) _ZPSetBits(bits, {some->buffer[i], 1}, true);
+        for (unsigned i = 0; i < some->numChars && some->buffer[i] != 0xFFFF; ++i)
+            _ZPSetBits(bits, {some->buffer[i], 1}, true);
     } else if (set && cls != ZPBuiltinCharacterSet::class_()) {
         if (set->respondsToSelector("bitmapRepresentation"_sel)) {
             if (ZPData *data = set->bitmapRepresentation()) data->getBytes_length(bits, sizeof bits);
@@ -192,7 +199,8 @@ ZPCharacterSetRecord *ZPMakeSetFromDictionary(ZPDictionary *dictionary) {
     if (ZPArray *ranges = dictionary ? arrayIn(dictionary, "ranges"_zp) : nullptr)
         for (unsigned i = 0, n = countIn(dictionary, "nranges"_zp, ranges, 2); i < n; ++i) {
             unsigned first = numberOf(ranges->objectAtIndex(2 * i)), last = numberOf(ranges->objectAtIndex(2 * i + 1));
-            if (first <= last && last != 0xFFFFFFFF) _ZPSetBits(bits, {first, std::min(last, _ZPUnitCount) - first + 1}, true);
+            if (first <= last && last != 0xFFFFFFFF)
+                _ZPSetBits(bits, {first, std::min(last, _ZPUnitCount) - first + 1}, true);
         }
     // The short form of small sets.
     if (ZPArray *units = dictionary ? arrayIn(dictionary, "characters"_zp) : nullptr)

@@ -22,7 +22,8 @@ consteval void add(unsigned char (&row)[32], const char *text) {
         else if (*text >= 'A' && *text <= 'F') value = value * 16 + unsigned(*text - 'A' + 10);
         else if (*text == '-') first = value, value = 0, run = 1;
         else {
-            for (unsigned u = run ? first : value; u <= value; ++u) row[u >> 3] = static_cast<unsigned char>(row[u >> 3] | 1 << (u & 7));
+            for (unsigned u = run ? first : value; u <= value; ++u)
+                row[u >> 3] = static_cast<unsigned char>(row[u >> 3] | 1 << (u & 7));
             if (!*text) break;
             value = run = 0;
         }
@@ -46,7 +47,11 @@ consteval ZPLowRows makeLowRows() {
 
 // ---- the full sets ----
 
-struct Standard { ZPString *name; SEL selector; bool compact; };
+struct Standard {
+    ZPString *name;
+    SEL selector;
+    bool compact;
+};
 
 const Standard &standard(unsigned offset) {
     static const Standard sets[_ZPStandardSetCount] = {
@@ -86,8 +91,9 @@ ZPBuiltinCharacterSet *standardSets[_ZPStandardSetCount];
 template <unsigned Offset> ZPCharacterSet *standardSet(Class) { return _ZPStandardSet(Offset); }
 
 template <unsigned Offset> ZPCharacterSet *fullSet(Class) {
-    return objc_msgSend<ZPCharacterSet *>(ZPConcreteMutableCharacterSet::class_(), "_readAndRetainFileNamed:makeCompact:"_sel,
-                                          standard(Offset).name, BOOL(standard(Offset).compact));
+    return objc_msgSend<ZPCharacterSet *>(ZPConcreteMutableCharacterSet::class_(),
+                                          "_readAndRetainFileNamed:makeCompact:"_sel, standard(Offset).name,
+                                          BOOL(standard(Offset).compact));
 }
 
 struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
@@ -95,19 +101,21 @@ struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
         if (u < 0x100) return _ZPBit(_ZPLow.of[offset], u);
         ZPCharacterSet *full = __atomic_load_n(&expandedset, __ATOMIC_ACQUIRE);
         // Both kinds of objects that may stand there are told apart without another load.
-        if (!full || full == this || u == 0xFFFF) [[unlikely]] return _ZPIsInFullSet(unsigned(offset), u);
+        if (!full || full == this || u == 0xFFFF) [[unlikely]]
+            return _ZPIsInFullSet(unsigned(offset), u);
         return static_cast<ZPConcreteMutableCharacterSet *>(full)->has(u);
     }
     // Answers the full set, or the receiver when it cannot be loaded.
     ZPCharacterSet *expandSetWithOffset(int wanted) {
         if (wanted < 0 || wanted >= int(_ZPStandardSetCount)) {
             ZPLog("ZPExpandedBuiltinCharacterSet: illegal offset %d encountered.\n"_zp, wanted);
-            ZPException::raise_format(ZPInvalidArgumentException, "%s %s: Illegal operation on this class or instance"_zp, isa->name,
+            ZPException::raise_format(ZPInvalidArgumentException,
+                                      "%s %s: Illegal operation on this class or instance"_zp, isa->name,
                                       sel_getName("expandSetWithOffset:"_sel));
         }
         const Standard &which = standard(unsigned(wanted));
-        ZPConcreteMutableCharacterSet *file =
-            objc_msgSend<id>(ZPExpandedBuiltinCharacterSet::class_(), which.selector), *full = file;
+        ZPConcreteMutableCharacterSet *file = objc_msgSend<id>(ZPExpandedBuiltinCharacterSet::class_(), which.selector),
+                                      *full = file;
         if (file) full = agreeing(file, unsigned(wanted), which.compact);
         ZPCharacterSet *made = full ? static_cast<ZPCharacterSet *>(full) : this;
         if (wanted != offset) {
@@ -145,16 +153,20 @@ struct ExpandedCharacterSetMethods : ZPExpandedBuiltinCharacterSet {
 constinit const ZPLowRows _ZPLow = makeLowRows();
 
 ZPBuiltinCharacterSet *_ZPStandardSet(unsigned offset) {
-    return ZPMakeOnce(standardSets[offset], [&] {
-        ZPBuiltinCharacterSet *set = ZPAllocateObject(ZPBuiltinCharacterSet::class_(), 0, nullptr);
-        set->offset = int(offset);
-        return set;
-    }, ZPDeallocateObject);
+    return ZPMakeOnce(
+        standardSets[offset],
+        [&] {
+            ZPBuiltinCharacterSet *set = ZPAllocateObject(ZPBuiltinCharacterSet::class_(), 0, nullptr);
+            set->offset = int(offset);
+            return set;
+        },
+        ZPDeallocateObject);
 }
 
 ZPConcreteMutableCharacterSet *_ZPFullSet(ZPBuiltinCharacterSet *set) {
     ZPCharacterSet *full = __atomic_load_n(&set->expandedset, __ATOMIC_ACQUIRE);
-    if (!full) [[unlikely]] full = objc_msgSend<ZPCharacterSet *>(set, "expandSetWithOffset:"_sel, set->offset);
+    if (!full) [[unlikely]]
+        full = objc_msgSend<ZPCharacterSet *>(set, "expandSetWithOffset:"_sel, set->offset);
     return full == set ? nullptr : static_cast<ZPConcreteMutableCharacterSet *>(full);
 }
 

@@ -39,8 +39,12 @@ struct CharacterSetClassMethods {
         std::sort(set->buffer, set->buffer + length);
         return set->autorelease();
     }
-    static ZPCharacterSet *withBitmap(Class self, ZPData *data) { return make(self, nullptr)->initWithBitmapRepresentation(data)->autorelease(); }
-    static ZPCharacterSet *concreteWithRange(Class self, ZPRange range) { return make(self, nullptr)->initWithRange(range)->autorelease(); }
+    static ZPCharacterSet *withBitmap(Class self, ZPData *data) {
+        return make(self, nullptr)->initWithBitmapRepresentation(data)->autorelease();
+    }
+    static ZPCharacterSet *concreteWithRange(Class self, ZPRange range) {
+        return make(self, nullptr)->initWithRange(range)->autorelease();
+    }
     static ZPCharacterSet *concreteWithString(Class self, ZPString *string) {
         return make(self, nullptr)->initWithCharactersInString(string)->autorelease();
     }
@@ -75,7 +79,8 @@ struct CharacterSetMethods : ZPCharacterSet {
         if (other.pointer() == this) return YES;
         if (!other || !other->respondsToSelector("bitmapRepresentation"_sel)) return NO;
         ZPSetBitmap mine(this);
-        if (other->isKindOfClass(ZPCharacterSet::class_())) return std::memcmp(mine.bits, ZPSetBitmap(other).bits, sizeof mine.bits) == 0;
+        if (other->isKindOfClass(ZPCharacterSet::class_()))
+            return std::memcmp(mine.bits, ZPSetBitmap(other).bits, sizeof mine.bits) == 0;
         return mine.data()->isEqual(objc_msgSend<id>(other, "bitmapRepresentation"_sel));
     }
     unsigned hash() { return ZPSetBitmap(this).data()->hash(); }
@@ -103,7 +108,8 @@ struct RangeCharacterSetMethods : ZPImmutableRangeCharacterSet {
     unsigned count() { return high - low; }
     BOOL isEqual(id other) {
         auto *set = static_cast<ZPImmutableRangeCharacterSet *>(other.pointer());
-        if (set && set->isa == isa) return (low == set->low && high == set->high) || (low == high && set->low == set->high);
+        if (set && set->isa == isa)
+            return (low == set->low && high == set->high) || (low == high && set->low == set->high);
         return objc_super<ZPImmutableRangeCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
     }
     ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
@@ -120,7 +126,8 @@ struct StringCharacterSetMethods : ZPImmutableStringCharacterSet {
     ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
     BOOL isEqual(id other) {
         auto *set = static_cast<ZPImmutableStringCharacterSet *>(other.pointer());
-        if (set && set->isa == isa && set->numChars == numChars && std::equal(buffer, buffer + numChars, set->buffer)) return YES;
+        if (set && set->isa == isa && set->numChars == numChars && std::equal(buffer, buffer + numChars, set->buffer))
+            return YES;
         return objc_super<ZPImmutableStringCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
     }
 };
@@ -154,7 +161,8 @@ struct InvertedCharacterSetMethods : ZPInvertedCharacterSet {
 }  // namespace
 
 void _ZPRefuse(ZPCharacterSet *set, SEL selector) {
-    ZPLog("Abstract class %s does not implement method %s; it must be implemented in subclasses."_zp, set->isa->name, sel_getName(selector));
+    ZPLog("Abstract class %s does not implement method %s; it must be implemented in subclasses."_zp, set->isa->name,
+          sel_getName(selector));
     set->doesNotRecognizeSelector(selector);
     __builtin_unreachable();
 }
@@ -162,7 +170,8 @@ void _ZPRefuse(ZPCharacterSet *set, SEL selector) {
 bool ZPMembership::ask(unichar u) const {
     if (!set) return false;
     if (low) return _ZPIsInFullSet(unsigned(static_cast<ZPBuiltinCharacterSet *>(set)->offset), u);
-    if (set->isa == ZPConcreteMutableCharacterSet::class_()) return static_cast<ZPConcreteMutableCharacterSet *>(set)->has(u);
+    if (set->isa == ZPConcreteMutableCharacterSet::class_())
+        return static_cast<ZPConcreteMutableCharacterSet *>(set)->has(u);
     return set->characterIsMember(u);
 }
 

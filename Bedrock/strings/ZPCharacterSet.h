@@ -20,17 +20,25 @@ struct ZPCharacterSet : ZPObject {
     // from U+0100 up is read from the library's resources when it is first asked for.
 
     /// U+0000 to U+001F, U+007F to U+009F, and the others of their kind.
-    static ZPCharacterSet *controlCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "controlCharacterSet"_sel); }
+    static ZPCharacterSet *controlCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "controlCharacterSet"_sel);
+    }
     /// Space, TAB, U+00A0 and the other spaces; no line ends.
-    static ZPCharacterSet *whitespaceCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "whitespaceCharacterSet"_sel); }
+    static ZPCharacterSet *whitespaceCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "whitespaceCharacterSet"_sel);
+    }
     /// The white space of `whitespaceCharacterSet` with LF, U+2028 and U+2029; not CR.
     static ZPCharacterSet *whitespaceAndNewlineCharacterSet() {
         return objc_msgSend<ZPCharacterSet *>(class_(), "whitespaceAndNewlineCharacterSet"_sel);
     }
     /// The digits of all scripts that count in tens.
-    static ZPCharacterSet *decimalDigitCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "decimalDigitCharacterSet"_sel); }
+    static ZPCharacterSet *decimalDigitCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "decimalDigitCharacterSet"_sel);
+    }
     /// Letters, marks and modifier symbols.
-    static ZPCharacterSet *letterCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "letterCharacterSet"_sel); }
+    static ZPCharacterSet *letterCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "letterCharacterSet"_sel);
+    }
     /// Small letters.
     static ZPCharacterSet *lowercaseLetterCharacterSet() {
         return objc_msgSend<ZPCharacterSet *>(class_(), "lowercaseLetterCharacterSet"_sel);
@@ -40,15 +48,25 @@ struct ZPCharacterSet : ZPObject {
         return objc_msgSend<ZPCharacterSet *>(class_(), "uppercaseLetterCharacterSet"_sel);
     }
     /// Letters, marks, modifier symbols and numbers, also those above the line and fractions.
-    static ZPCharacterSet *alphanumericCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "alphanumericCharacterSet"_sel); }
+    static ZPCharacterSet *alphanumericCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "alphanumericCharacterSet"_sel);
+    }
     /// Combining marks.
-    static ZPCharacterSet *nonBaseCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "nonBaseCharacterSet"_sel); }
+    static ZPCharacterSet *nonBaseCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "nonBaseCharacterSet"_sel);
+    }
     /// Units that stand for a base character with what combines with it.
-    static ZPCharacterSet *decomposableCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "decomposableCharacterSet"_sel); }
+    static ZPCharacterSet *decomposableCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "decomposableCharacterSet"_sel);
+    }
     /// Units that Unicode assigns to no character.
-    static ZPCharacterSet *illegalCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "illegalCharacterSet"_sel); }
+    static ZPCharacterSet *illegalCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "illegalCharacterSet"_sel);
+    }
     /// Punctuation; no symbols.
-    static ZPCharacterSet *punctuationCharacterSet() { return objc_msgSend<ZPCharacterSet *>(class_(), "punctuationCharacterSet"_sel); }
+    static ZPCharacterSet *punctuationCharacterSet() {
+        return objc_msgSend<ZPCharacterSet *>(class_(), "punctuationCharacterSet"_sel);
+    }
 
     /// The units of a range, as far as U+FFFF; none for a location of ZPNotFound.
     static ZPCharacterSet *characterSetWithRange(ZPRange range) {
@@ -72,7 +90,9 @@ struct ZPCharacterSet : ZPObject {
     // Initialisers of the sets that `alloc` makes.
 
     /// As the class message; of the mutable class, for a set to be changed, here and below.
-    ZPCharacterSet *initWithRange(ZPRange range) { return objc_msgSend<ZPCharacterSet *>(this, "initWithRange:"_sel, range); }
+    ZPCharacterSet *initWithRange(ZPRange range) {
+        return objc_msgSend<ZPCharacterSet *>(this, "initWithRange:"_sel, range);
+    }
     /// As the class message.
     ZPCharacterSet *initWithCharactersInString(ZPString *string) {
         return objc_msgSend<ZPCharacterSet *>(this, "initWithCharactersInString:"_sel, string);
@@ -143,7 +163,9 @@ struct ZPMutableCharacterSet : ZPCharacterSet {
     /// Adds the members of another set.
     void formUnionWithCharacterSet(ZPCharacterSet *set) { objc_msgSend(this, "formUnionWithCharacterSet:"_sel, set); }
     /// Keeps what is a member of the other set too.
-    void formIntersectionWithCharacterSet(ZPCharacterSet *set) { objc_msgSend(this, "formIntersectionWithCharacterSet:"_sel, set); }
+    void formIntersectionWithCharacterSet(ZPCharacterSet *set) {
+        objc_msgSend(this, "formIntersectionWithCharacterSet:"_sel, set);
+    }
     /// Makes what was no member one, and the other way round.
     void invert() { objc_msgSend(this, "invert"_sel); }
 };

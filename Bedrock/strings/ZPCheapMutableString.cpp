@@ -28,13 +28,16 @@ struct CheapMutable : ZPCheapMutableString {
     unsigned length() { return _numCharacters; }
     unichar characterAtIndex(unsigned index) { return fat() ? units()[index] : bytes()[index]; }
     void getCharacters(unichar *buffer, ZPRange range) {
-        for (unsigned i = 0; i < range.length; ++i) buffer[i] = fat() ? units()[range.location + i] : bytes()[range.location + i];
+        for (unsigned i = 0; i < range.length; ++i)
+            buffer[i] = fat() ? units()[range.location + i] : bytes()[range.location + i];
     }
     ZPStringEncoding fastestEncoding() { return fat() ? ZPUnicodeStringEncoding : _ZPDefaultCStringEncoding(); }
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
+    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
+                  ZPRange range, ZPRange *remaining) {
         if (fat() || encoding != _ZPDefaultCStringEncoding())
-            return objc_super<ZPCheapMutableString>(this).send<BOOL>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel,
-                                                                     buffer, maxLength, filled, encoding, lossy, range, remaining);
+            return objc_super<ZPCheapMutableString>(this).send<BOOL>(
+                "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
+                maxLength, filled, encoding, lossy, range, remaining);
         unsigned n = range.length < maxLength ? range.length : maxLength;
         if (buffer && n) std::memcpy(buffer, bytes() + range.location, n);
         if (filled) *filled = n;
@@ -42,12 +45,16 @@ struct CheapMutable : ZPCheapMutableString {
         return YES;
     }
     const char *cString() {
-        return fat() ? objc_super<ZPCheapMutableString>(this).send<const char *>("cString"_sel) : reinterpret_cast<const char *>(bytes());
+        return fat() ? objc_super<ZPCheapMutableString>(this).send<const char *>("cString"_sel)
+                     : reinterpret_cast<const char *>(bytes());
     }
     const char *lossyCString() {
-        return fat() ? objc_super<ZPCheapMutableString>(this).send<const char *>("lossyCString"_sel) : reinterpret_cast<const char *>(bytes());
+        return fat() ? objc_super<ZPCheapMutableString>(this).send<const char *>("lossyCString"_sel)
+                     : reinterpret_cast<const char *>(bytes());
     }
-    unsigned cStringLength() { return fat() ? objc_super<ZPCheapMutableString>(this).send<unsigned>("cStringLength"_sel) : _numCharacters; }
+    unsigned cStringLength() {
+        return fat() ? objc_super<ZPCheapMutableString>(this).send<unsigned>("cStringLength"_sel) : _numCharacters;
+    }
 };
 
 }  // namespace
@@ -59,7 +66,8 @@ ZP_IMPLEMENT(ZPCheapMutableString)
     .method<&CheapMutable::characterAtIndex>("characterAtIndex:")
     .method<&CheapMutable::getCharacters>("getCharacters:range:")
     .method<&CheapMutable::fastestEncoding>("fastestEncoding")
-    .method<&CheapMutable::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&CheapMutable::getBytes>(
+        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
     .method<&CheapMutable::cString>("cString")
     .method<&CheapMutable::lossyCString>("lossyCString")
     .method<&CheapMutable::cStringLength>("cStringLength");

@@ -17,7 +17,8 @@ unsigned char *newBits(ZPZone *zone) {
 
 [[noreturn]] ZP_COLD void refuseChange(ZPCharacterSet *set, SEL selector) {
     ZPLog("ZPConcreteMutableCharacterSet: attempted mutation of immutable instance\n"_zp);
-    ZPException::raise_format(ZPInvalidArgumentException, "%s %s: Illegal operation on this class or instance"_zp, set->isa->name, sel_getName(selector));
+    ZPException::raise_format(ZPInvalidArgumentException, "%s %s: Illegal operation on this class or instance"_zp,
+                              set->isa->name, sel_getName(selector));
 }
 
 struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
@@ -77,7 +78,8 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
         return data->retain()->autorelease();
     }
     ZPCharacterSet *invertedSet() {
-        if (!mayChange) return objc_super<ZPConcreteMutableCharacterSet>(this).send<ZPCharacterSet *>("invertedSet"_sel);
+        if (!mayChange)
+            return objc_super<ZPConcreteMutableCharacterSet>(this).send<ZPCharacterSet *>("invertedSet"_sel);
         ZPMutableCharacterSet *copy = ZPObject::mutableCopyWithZone(nullptr);
         copy->invert();
         return copy->autorelease();

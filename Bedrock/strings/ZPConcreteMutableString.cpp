@@ -18,7 +18,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
     ZPCStringWithGap *gap8() const { return static_cast<ZPCStringWithGap *>(_contents); }
     ZPUnicodeStringWithGap *gap16() const { return static_cast<ZPUnicodeStringWithGap *>(_contents); }
 
-    unsigned count() const { return !isMine() ? _contents->length() : is8Bit() ? gap8()->numBytes : gap16()->numCharacters; }
+    unsigned count() const {
+        return !isMine() ? _contents->length() : is8Bit() ? gap8()->numBytes : gap16()->numCharacters;
+    }
     void pack() {
         if (!isMine()) return;
         if (is8Bit()) _ZPPackGap(gap8());
@@ -72,7 +74,8 @@ struct ConcreteMutable : ZPConcreteMutableString {
             release();
             return nullptr;
         }
-        return isASCII ? adoptBytes(static_cast<char *>(buffer), n, YES) : adoptUnits(static_cast<unichar *>(buffer), n, YES);
+        return isASCII ? adoptBytes(static_cast<char *>(buffer), n, YES)
+                       : adoptUnits(static_cast<unichar *>(buffer), n, YES);
     }
     template <class S> void adopt(typename S::Unit *buffer, unsigned length, BOOL freeWhenDone) {
         _flags.capacity = 32;
@@ -92,7 +95,12 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     ZPString *initWithCStringNoCopy(char *bytes, unsigned length, BOOL freeWhenDone) {
         if (_ZPFitsByteStorage(bytes, length)) return adoptBytes(bytes, length, freeWhenDone);
-        struct Given { char *bytes; ~Given() { if (bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes); } } given{freeWhenDone ? bytes : nullptr};
+        struct Given {
+            char *bytes;
+            ~Given() {
+                if (bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
+            }
+        } given{freeWhenDone ? bytes : nullptr};
         return initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
     }
     ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
@@ -115,7 +123,8 @@ struct ConcreteMutable : ZPConcreteMutableString {
     static unsigned newLength(unsigned length, unsigned removed, unsigned added) {
         std::uint64_t n = std::uint64_t(length) - removed + added;
         if (n > _ZPLongestString) [[unlikely]]
-            ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp, static_cast<unsigned long long>(n));
+            ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp,
+                                      static_cast<unsigned long long>(n));
         return unsigned(n);
     }
 
@@ -155,7 +164,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
         else rebuild<ZPUnicodeStringWithGap>(range, text, total);
     }
 
-    void replace(ZPRange range, ZPString *string) { replaceFrom("replaceCharactersInRange:withString:"_sel, range, string); }
+    void replace(ZPRange range, ZPString *string) {
+        replaceFrom("replaceCharactersInRange:withString:"_sel, range, string);
+    }
     void replaceFrom(SEL selector, ZPRange range, ZPString *string) {
         unsigned length = count();
         if (range.location == 0 && range.length == length && !isMine()) {
@@ -165,7 +176,10 @@ struct ConcreteMutable : ZPConcreteMutableString {
         _ZPCheckRange(this, selector, range, length);
         if (string == this) {
             // The copy makes the edit go to a new buffer, so its text stays as it is.
-            struct Kept { ZPString *text; ~Kept() { text->release(); } } kept{static_cast<ZPString *>(packedContents()->retain())};
+            struct Kept {
+                ZPString *text;
+                ~Kept() { text->release(); }
+            } kept{static_cast<ZPString *>(packedContents()->retain())};
             replaceUnits(range, length, view());
             return;
         }
@@ -191,7 +205,10 @@ struct ConcreteMutable : ZPConcreteMutableString {
         BOOL isASCII;
         if (!_ZPConvertToASCIIorUnicode(bytes, n, _ZPDefaultCStringEncoding(), &buffer, &units, &isASCII, nullptr))
             ZPException::raise_format(ZPCharacterConversionException, "Bad cString"_zp);
-        struct Converted { void *p; ~Converted() { ZPZoneFree(nullptr, p); } } converted{buffer};
+        struct Converted {
+            void *p;
+            ~Converted() { ZPZoneFree(nullptr, p); }
+        } converted{buffer};
         if (isASCII) replaceUnits(range, length, {static_cast<unsigned char *>(buffer), nullptr, units});
         else replaceWithCharacters(range, static_cast<unichar *>(buffer), units);
     }
@@ -207,7 +224,8 @@ struct ConcreteMutable : ZPConcreteMutableString {
     // Appending to a gap at the end that has room, where nothing has to move.
     template <class S> static bool appendInPlace(S *s, const ZPStringView &text) {
         unsigned n = text.length;
-        if (s->gapBegin != _ZPLengthOf(s) || n > s->gapEnd - s->gapBegin || !s->_flags.canWriteIntoBuffer || objc_headerOf(s)->extraReferences)
+        if (s->gapBegin != _ZPLengthOf(s) || n > s->gapEnd - s->gapBegin || !s->_flags.canWriteIntoBuffer ||
+            objc_headerOf(s)->extraReferences)
             return false;
         // A buffer that has become far too large is shrunk by the general way.
         std::uint64_t twice = 2 * (std::uint64_t(s->gapBegin) + n);
@@ -222,7 +240,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
         if (isa == ZPConcreteMutableString::class_()) [[likely]] {
             if (isMine() && string != this) {
                 ZPStringView text = _ZPViewOfString(string);
-                if (is8Bit() ? text.bytes && appendInPlace(gap8(), text) : (text.bytes || text.units) && appendInPlace(gap16(), text)) return;
+                if (is8Bit() ? text.bytes && appendInPlace(gap8(), text)
+                             : (text.bytes || text.units) && appendInPlace(gap16(), text))
+                    return;
             }
             replaceFrom("appendString:"_sel, {count(), 0}, string);
             return;
@@ -234,7 +254,10 @@ struct ConcreteMutable : ZPConcreteMutableString {
         ZPString *text = _ZPNewFormattedString(zone(), format, locale, arguments);
         if (!isMine()) takeContents(text);
         else {
-            struct Formatted { ZPString *text; ~Formatted() { text->release(); } } formatted{text};
+            struct Formatted {
+                ZPString *text;
+                ~Formatted() { text->release(); }
+            } formatted{text};
             replaceCharactersInRange_withString({0, ZPString::length()}, text);
         }
     }
@@ -244,21 +267,25 @@ struct ConcreteMutable : ZPConcreteMutableString {
     unsigned length() { return count(); }
     unsigned cStringLength() { return _contents->cStringLength(); }
     unichar characterAtIndex(unsigned index) {
-        if (index >= count()) [[unlikely]] _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
+        if (index >= count()) [[unlikely]]
+            _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
         return _contents->characterAtIndex(index);
     }
     void getCharacters(unichar *buffer, ZPRange range) {
         _ZPCheckRange(this, "getCharacters:range:"_sel, range, count());
         _contents->getCharacters_range(buffer, range);
     }
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
-        return _contents->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, maxLength, filled, encoding,
-                                                                                                            lossy, range, remaining);
+    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
+                  ZPRange range, ZPRange *remaining) {
+        return _contents->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            buffer, maxLength, filled, encoding, lossy, range, remaining);
     }
     ZPStringEncoding fastestEncoding() { return _contents->fastestEncoding(); }
     ZPStringEncoding smallestEncoding() { return _contents->smallestEncoding(); }
     const char *fastCStringContents() { return is8Bit() ? packedContents()->_fastCStringContents() : nullptr; }
-    ZPComparisonResult compare(ZPString *other, unsigned options, ZPRange range) { return packedContents()->compare_options_range(other, options, range); }
+    ZPComparisonResult compare(ZPString *other, unsigned options, ZPRange range) {
+        return packedContents()->compare_options_range(other, options, range);
+    }
     ZPRange rangeOfString(ZPString *needle, unsigned options, ZPRange range) {
         return packedContents()->rangeOfString_options_range(needle, options, range);
     }
@@ -267,10 +294,14 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     BOOL isEqualToString(ZPString *other) { return other == this ? YES : packedContents()->isEqualToString(other); }
     unsigned hash() { return packedContents()->hash(); }
-    ZPString *newSubstring(ZPRange range, ZPZone *zone) { return packedContents()->_newSubstringWithRange_zone(range, zone); }
+    ZPString *newSubstring(ZPRange range, ZPZone *zone) {
+        return packedContents()->_newSubstringWithRange_zone(range, zone);
+    }
     ZPString *appending(ZPString *other) { return packedContents()->stringByAppendingString(other); }
     id copyWithZone(ZPZone *zone) { return packedContents()->copyWithZone(zone); }
-    id mutableCopyWithZone(ZPZone *zone) { return ZPMutableString::allocWithZone(zone)->initWithString(packedContents()); }
+    id mutableCopyWithZone(ZPZone *zone) {
+        return ZPMutableString::allocWithZone(zone)->initWithString(packedContents());
+    }
 
     ZPString *copyAndRelease() {
         bool mine = isMine(), eightBit = is8Bit();
@@ -280,7 +311,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
         if (eightBit) return trimmed(static_cast<ZPCStringWithGap *>(copy));
         return trimmed(static_cast<ZPUnicodeStringWithGap *>(copy));
     }
-    template <class S> static ZPString *trimmed(S *s) { return _ZPSetRequiredLength(s, _ZPLengthOf(s), _ZPLengthOf(s), 0, false); }
+    template <class S> static ZPString *trimmed(S *s) {
+        return _ZPSetRequiredLength(s, _ZPLengthOf(s), _ZPLengthOf(s), 0, false);
+    }
 };
 
 }  // namespace
@@ -303,7 +336,8 @@ ZP_IMPLEMENT(ZPConcreteMutableString)
     .method<&ConcreteMutable::cStringLength>("cStringLength")
     .method<&ConcreteMutable::characterAtIndex>("characterAtIndex:")
     .method<&ConcreteMutable::getCharacters>("getCharacters:range:")
-    .method<&ConcreteMutable::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&ConcreteMutable::getBytes>(
+        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
     .method<&ConcreteMutable::fastestEncoding>("fastestEncoding")
     .method<&ConcreteMutable::smallestEncoding>("smallestEncoding")
     .method<&ConcreteMutable::fastCStringContents>("_fastCStringContents")

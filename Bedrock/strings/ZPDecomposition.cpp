@@ -30,7 +30,8 @@ struct Entry {
 struct Table {
     std::vector<Entry> entries;  // sorted by unit
     const Entry *find(unichar unit) const {
-        auto at = std::lower_bound(entries.begin(), entries.end(), unit, [](const Entry &e, unichar u) { return e.unit < u; });
+        auto at = std::lower_bound(entries.begin(), entries.end(), unit,
+                                   [](const Entry &e, unichar u) { return e.unit < u; });
         return at != entries.end() && at->unit == unit ? &*at : nullptr;
     }
 };
@@ -59,10 +60,12 @@ std::unique_ptr<Table> parse(const ZPHostResource &file) {
 const Table &shared() {
     static Table *table;
     bool isNew = false;
-    Table *kept = ZPMakeOnce(table, [&] { return isNew = true, parse(ZPHostResource("CharacterSets/NonHangulDecomp.data")).release(); }, [&](Table *late) {
-        isNew = false;
-        delete late;
-    });
+    Table *kept = ZPMakeOnce(
+        table, [&] { return isNew = true, parse(ZPHostResource("CharacterSets/NonHangulDecomp.data")).release(); },
+        [&](Table *late) {
+            isNew = false;
+            delete late;
+        });
     if (isNew && kept->entries.empty()) ZPLog("Warning: unable to load character decomposition table.\n"_zp);
     return *kept;
 }

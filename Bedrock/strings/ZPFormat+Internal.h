@@ -30,7 +30,8 @@ class ZPFormatText {
     /// Bytes in the storage encoding.
     void append(const void *text, unsigned count) {
         if (count > _capacity - _length) grow(count);
-        if (_wide) _ZPCopyUnits({static_cast<const unsigned char *>(text), nullptr, count}, 0, count, units() + _length);
+        if (_wide)
+            _ZPCopyUnits({static_cast<const unsigned char *>(text), nullptr, count}, 0, count, units() + _length);
         else std::memcpy(bytes() + _length, text, count);
         _length += count;
     }
@@ -54,7 +55,17 @@ class ZPFormatText {
     ZPString *newString(ZPZone *zone);
 };
 
-enum class ZPFormatSize : unsigned char { int_, char_, short_, long_, longLong, intMax, size, pointerDifference, longDouble };
+enum class ZPFormatSize : unsigned char {
+    int_,
+    char_,
+    short_,
+    long_,
+    longLong,
+    intMax,
+    size,
+    pointerDifference,
+    longDouble
+};
 
 /// One directive of a format. Positions count from 1; 0 is the next argument.
 struct ZPFormatDirective {
@@ -83,4 +94,5 @@ union ZPFormatValue {
 ZPFormatDirective _ZPParseDirective(const ZPStringView &format, unsigned begin);
 /// Writes a value by a directive of any conversion but '@', its width and precision resolved. `separator`
 /// takes the place of the '.' of numbers.
-void _ZPFormatValue(ZPFormatText &text, const ZPFormatDirective &directive, const ZPFormatValue &value, unichar separator);
+void _ZPFormatValue(ZPFormatText &text, const ZPFormatDirective &directive, const ZPFormatValue &value,
+                    unichar separator);

@@ -16,7 +16,8 @@ unsigned padding(const ZPFormatDirective &d, unsigned length) {
 }
 
 // prefix (sign or base), then `zeros` zeros, then digits, padded to the width.
-void number(ZPFormatText &text, const ZPFormatDirective &d, const char *prefix, unsigned zeros, const char *digits, unsigned length, bool padZeros) {
+void number(ZPFormatText &text, const ZPFormatDirective &d, const char *prefix, unsigned zeros, const char *digits,
+            unsigned length, bool padZeros) {
     if (d.width <= 0 && zeros == 0 && !*prefix) {
         text.append(digits, length);
         return;
@@ -46,10 +47,12 @@ void integer(ZPFormatText &text, const ZPFormatDirective &d, std::uint64_t magni
     default:
         for (std::uint64_t v = magnitude; v; v /= 10) *--p = char('0' + v % 10);
     }
-    unsigned length = unsigned(end - p), least = d.precision < 0 ? 1 : unsigned(d.precision), zeros = least > length ? least - length : 0;
+    unsigned length = unsigned(end - p), least = d.precision < 0 ? 1 : unsigned(d.precision),
+             zeros = least > length ? least - length : 0;
     const char *prefix = "";
     if (isSigned) prefix = negative ? "-" : d.plus ? "+" : d.blank ? " " : "";
-    else if (d.alternate && d.conversion == 'o') zeros = std::max(zeros, 1u);  // without a precision, 0 is a zero already
+    else if (d.alternate && d.conversion == 'o')
+        zeros = std::max(zeros, 1u);  // without a precision, 0 is a zero already
     else if (d.alternate && magnitude && d.conversion != 'u') prefix = d.conversion == 'x' ? "0x" : "0X";
     number(text, d, prefix, zeros, p, length, d.zeros && d.precision < 0);
 }
@@ -58,7 +61,8 @@ void integer(ZPFormatText &text, const ZPFormatDirective &d, std::uint64_t magni
 // mantissa x 10^precision / 2^shift, rounded half to even. Answers the text's end, or null when the product does
 // not fit.
 char *shortFixed(double value, int precision, char *buffer) {
-    static constexpr std::uint64_t powers[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
+    static constexpr std::uint64_t powers[] = {1,      10,      100,      1000,      10000,
+                                               100000, 1000000, 10000000, 100000000, 1000000000};
     std::uint64_t bits;
     std::memcpy(&bits, &value, sizeof bits);
     int exponent = int(bits >> 52 & 0x7FF);
@@ -87,7 +91,9 @@ template <class T> char *decimal(const ZPFormatDirective &d, T value, char *buff
     if constexpr (sizeof(T) == sizeof(double))
         if (d.conversion == 'f' && !d.alternate)
             if (char *end = shortFixed(value, precision, buffer)) return end;
-    auto write = [&](std::chars_format format, int digits) { return std::to_chars(buffer, limit, value, format, digits).ptr; };
+    auto write = [&](std::chars_format format, int digits) {
+        return std::to_chars(buffer, limit, value, format, digits).ptr;
+    };
     char *end;
     char conversion = d.conversion | 0x20;
     if (conversion == 'g' && d.alternate) {
@@ -99,7 +105,10 @@ template <class T> char *decimal(const ZPFormatDirective &d, T value, char *buff
         std::from_chars(e + 1 + (e[1] == '+'), end, exponent);
         if (exponent >= -4 && exponent < precision) end = write(std::chars_format::fixed, precision - 1 - exponent);
     } else {
-        end = write(conversion == 'e' ? std::chars_format::scientific : conversion == 'f' ? std::chars_format::fixed : std::chars_format::general, precision);
+        end = write(conversion == 'e'   ? std::chars_format::scientific
+                    : conversion == 'f' ? std::chars_format::fixed
+                                        : std::chars_format::general,
+                    precision);
     }
     if (d.alternate && std::find(buffer, end, '.') == end) {
         char *e = std::find(buffer, end, 'e');

@@ -14,10 +14,14 @@
 // ---- the text under construction ----------------------------------------------------------------
 
 void ZPFormatText::grow(unsigned more) {
-    std::uint64_t need = std::uint64_t(_length) + more, capacity = std::max(need, std::min<std::uint64_t>(2 * std::uint64_t(_capacity), _ZPLongestString));
+    std::uint64_t need = std::uint64_t(_length) + more,
+                  capacity = std::max(need, std::min<std::uint64_t>(2 * std::uint64_t(_capacity), _ZPLongestString));
     unsigned width = _wide ? 2 : 1;
-    if (need > _ZPLongestString) ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp, static_cast<unsigned long long>(need));
-    void *larger = _buffer == _local ? ZPZoneMalloc(nullptr, capacity * width) : ZPZoneRealloc(nullptr, _buffer, capacity * width);
+    if (need > _ZPLongestString)
+        ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp,
+                                  static_cast<unsigned long long>(need));
+    void *larger =
+        _buffer == _local ? ZPZoneMalloc(nullptr, capacity * width) : ZPZoneRealloc(nullptr, _buffer, capacity * width);
     if (!larger) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
     if (_buffer == _local) std::memcpy(larger, _local, std::size_t(_length) * width);
     _buffer = larger;
@@ -59,7 +63,12 @@ void ZPFormatText::appendCText(const char *text, unsigned count) {
         append(text, count);
         return;
     }
-    struct Converted { void *p = nullptr; ~Converted() { if (p) ZPZoneFree(nullptr, p); } } converted;
+    struct Converted {
+        void *p = nullptr;
+        ~Converted() {
+            if (p) ZPZoneFree(nullptr, p);
+        }
+    } converted;
     unsigned n;
     BOOL isASCII;
     if (_ZPConvertToASCIIorUnicode(text, count, _ZPDefaultCStringEncoding(), &converted.p, &n, &isASCII, nullptr)) {
@@ -109,7 +118,8 @@ namespace {
 
 constexpr auto conversions = [] {
     std::array<bool, 128> set{};
-    for (char c : {'d', 'i', 'o', 'u', 'x', 'X', 'c', 's', 'e', 'E', 'f', 'g', 'G', 'p', 'n', '@', '%'}) set[std::size_t(c)] = true;
+    for (char c : {'d', 'i', 'o', 'u', 'x', 'X', 'c', 's', 'e', 'E', 'f', 'g', 'G', 'p', 'n', '@', '%'})
+        set[std::size_t(c)] = true;
     return set;
 }();
 bool isConversion(char c) { return conversions[static_cast<unsigned char>(c)]; }
@@ -209,10 +219,20 @@ ZPFormatKind _ZPKindOfDirective(const ZPFormatDirective &d) {
     switch (d.conversion) {
     case 0:
     case '%': return ZPFormatKind::nothing;
-    case 'd': case 'i': case 'o': case 'u': case 'x': case 'X':
-        return d.size == ZPFormatSize::int_ || d.size == ZPFormatSize::char_ || d.size == ZPFormatSize::short_ ? ZPFormatKind::int_ : ZPFormatKind::long_;
+    case 'd':
+    case 'i':
+    case 'o':
+    case 'u':
+    case 'x':
+    case 'X':
+        return d.size == ZPFormatSize::int_ || d.size == ZPFormatSize::char_ || d.size == ZPFormatSize::short_
+                   ? ZPFormatKind::int_
+                   : ZPFormatKind::long_;
     case 'c': return ZPFormatKind::int_;
-    case 's': case 'p': case 'n': case '@': return ZPFormatKind::pointer;
+    case 's':
+    case 'p':
+    case 'n':
+    case '@': return ZPFormatKind::pointer;
     default: return d.size == ZPFormatSize::longDouble ? ZPFormatKind::longDouble : ZPFormatKind::double_;
     }
 }
@@ -221,7 +241,8 @@ ZPFormatKind _ZPKindOfDirective(const ZPFormatDirective &d) {
 
 namespace {
 
-static_assert(sizeof(long) == sizeof(long long) && sizeof(std::size_t) == sizeof(long long), "integers of every modifier from 'l' on are one word");
+static_assert(sizeof(long) == sizeof(long long) && sizeof(std::size_t) == sizeof(long long),
+              "integers of every modifier from 'l' on are one word");
 
 struct ArgumentList {
     std::va_list list;
@@ -282,7 +303,8 @@ struct Engine {
         if (!isPlainString(object->isa)) {
             SEL withLocale = "descriptionWithLocale:"_sel;
             bool takesLocale = objc_msgSend<BOOL>(object, "respondsToSelector:"_sel, withLocale);
-            description = takesLocale ? objc_msgSend<ZPString *>(object, withLocale, locale) : objc_msgSend<ZPString *>(object, "description"_sel);
+            description = takesLocale ? objc_msgSend<ZPString *>(object, withLocale, locale)
+                                      : objc_msgSend<ZPString *>(object, "description"_sel);
         }
         text.append(description);
     }
@@ -290,9 +312,15 @@ struct Engine {
     void write(const ZPFormatDirective &d, ZPFormatValue value) {
         switch (d.conversion) {
         case '@': describe(static_cast<objc_object *>(const_cast<void *>(value.pointer))); return;
-        case 'd': case 'i': case 'o': case 'u': case 'x': case 'X': value.integer = narrowed(d, value.integer); break;
+        case 'd':
+        case 'i':
+        case 'o':
+        case 'u':
+        case 'x':
+        case 'X': value.integer = narrowed(d, value.integer); break;
         }
-        bool isNumber = d.conversion == 'f' || d.conversion == 'e' || d.conversion == 'g' || d.conversion == 'E' || d.conversion == 'G';
+        bool isNumber = d.conversion == 'f' || d.conversion == 'e' || d.conversion == 'g' || d.conversion == 'E' ||
+                        d.conversion == 'G';
         _ZPFormatValue(text, d, value, isNumber ? decimalSeparator() : '.');
     }
     void writeLiterally(unsigned from, unsigned to) {
@@ -301,7 +329,8 @@ struct Engine {
 
     unsigned nextPercent(unsigned from) const {
         if (format.bytes) {
-            const void *found = from < format.length ? std::memchr(format.bytes + from, '%', format.length - from) : nullptr;
+            const void *found =
+                from < format.length ? std::memchr(format.bytes + from, '%', format.length - from) : nullptr;
             return found ? unsigned(static_cast<const unsigned char *>(found) - format.bytes) : format.length;
         }
         while (from < format.length && format.units[from] != '%') ++from;
@@ -330,7 +359,8 @@ struct Engine {
                 continue;
             }
             if (d.width == ZPFormatDirective::fromArgument) setWidth(d, arguments.nextInt());
-            if (d.precision == ZPFormatDirective::fromArgument) d.precision = std::clamp(arguments.nextInt(), -1, largestWidth);
+            if (d.precision == ZPFormatDirective::fromArgument)
+                d.precision = std::clamp(arguments.nextInt(), -1, largestWidth);
             write(d, arguments.next(_ZPKindOfDirective(d)));
         }
     }
@@ -365,13 +395,16 @@ struct Engine {
             if (d.precisionPosition) need(d.precisionPosition, ZPFormatKind::int_);
         }
         ZPFormatValue values[most + 1];
-        for (unsigned i = 1; i <= highest; ++i) values[i] = arguments.next(kinds[i] == ZPFormatKind::nothing ? ZPFormatKind::int_ : kinds[i]);
+        for (unsigned i = 1; i <= highest; ++i)
+            values[i] = arguments.next(kinds[i] == ZPFormatKind::nothing ? ZPFormatKind::int_ : kinds[i]);
         unsigned at = 0;
         for (unsigned i = 0; i < count; ++i) {
             ZPFormatDirective &d = directives[i];
             writeText(at, d.begin);
             at = d.end;
-            auto clamped = [&](unsigned position) { return int(std::clamp<long long>(int(values[position].integer), 0, largestWidth)); };
+            auto clamped = [&](unsigned position) {
+                return int(std::clamp<long long>(int(values[position].integer), 0, largestWidth));
+            };
             if (d.widthPosition) d.width = clamped(d.widthPosition);
             if (d.precisionPosition) d.precision = clamped(d.precisionPosition);
             write(d, values[d.position]);
@@ -401,7 +434,12 @@ struct Engine {
 ZPString *_ZPNewFormattedString(ZPZone *zone, ZPString *format, id locale, std::va_list arguments) {
     if (!format) return ""_zp;
     // A description may change a format that can be changed; a copy shares its text until then.
-    struct Kept { ZPString *text = nullptr; ~Kept() { if (text) text->release(); } } kept;
+    struct Kept {
+        ZPString *text = nullptr;
+        ~Kept() {
+            if (text) text->release();
+        }
+    } kept;
     if (format->isa == ZPConcreteMutableString::class_()) format = kept.text = format->copyWithZone(nullptr);
     Engine engine;
     engine.format = _ZPViewOfString(format);

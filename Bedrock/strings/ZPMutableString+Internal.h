@@ -50,7 +50,8 @@ inline unsigned _capacityToExternal(unsigned c) { return c < 32768 ? c : 256 * (
 /// on with, which the caller owns. Nothing changes when there is no memory.
 template <class S> S *_ZPSetRequiredLength(S *s, unsigned length, unsigned position, unsigned remove, bool extraRoom);
 extern template ZPCStringWithGap *_ZPSetRequiredLength(ZPCStringWithGap *, unsigned, unsigned, unsigned, bool);
-extern template ZPUnicodeStringWithGap *_ZPSetRequiredLength(ZPUnicodeStringWithGap *, unsigned, unsigned, unsigned, bool);
+extern template ZPUnicodeStringWithGap *_ZPSetRequiredLength(ZPUnicodeStringWithGap *, unsigned, unsigned, unsigned,
+                                                             bool);
 
 /// A new, empty gap-buffer string; `capacity` in the stored form.
 template <class S> S *_ZPNewStringWithGap(unsigned capacity, ZPZone *zone) {

@@ -150,13 +150,19 @@ ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
     constexpr unsigned most = 40;
     ZPString *strings[most];
     unsigned count = 0;
-    struct List { std::va_list list; ~List() { va_end(list); } } rest;
+    struct List {
+        std::va_list list;
+        ~List() { va_end(list); }
+    } rest;
     va_start(rest.list, first);
     for (ZPString *s = first; s; s = reinterpret_cast<ZPString *>(va_arg(rest.list, objc_object *))) {
         if (count == most) ZPException::raise_format(ZPInternalInconsistencyException, "Too many strings to append"_zp);
         strings[count++] = s;
     }
-    union Views { ZPStringView of[most]; Views() {} } views;  // not cleared: few are used
+    union Views {
+        ZPStringView of[most];
+        Views() {}
+    } views;  // not cleared: few are used
     std::uint64_t total = 0;
     bool bytes = true;
     for (unsigned i = 0; i < count; ++i) {
@@ -165,7 +171,9 @@ ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
         if (view.length) bytes = bytes && view.bytes;
     }
     if (total == 0) return ""_zp;
-    if (total > _ZPLongestString) ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp, static_cast<unsigned long long>(total));
+    if (total > _ZPLongestString)
+        ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp,
+                                  static_cast<unsigned long long>(total));
     if (bytes) return _ZPNewStringJoiningBytes(views.of, count, unsigned(total), zone);
     ZPZoneBlock<unichar> block(total, zone);
     unichar *at = block.memory;

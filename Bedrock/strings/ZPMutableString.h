@@ -17,16 +17,22 @@ struct ZPMutableString : ZPString {
     /// A new, empty string.
     static ZPMutableString *string() { return objc_msgSend<id>(class_(), "string"_sel); }
     /// A new string with the text of another, which it shares until it is changed.
-    static ZPMutableString *stringWithString(ZPString *string) { return objc_msgSend<id>(class_(), "stringWithString:"_sel, string); }
+    static ZPMutableString *stringWithString(ZPString *string) {
+        return objc_msgSend<id>(class_(), "stringWithString:"_sel, string);
+    }
     /// A new, empty string whose first buffer has room for `capacity` units.
-    static ZPMutableString *stringWithCapacity(unsigned capacity) { return objc_msgSend<id>(class_(), "stringWithCapacity:"_sel, capacity); }
+    static ZPMutableString *stringWithCapacity(unsigned capacity) {
+        return objc_msgSend<id>(class_(), "stringWithCapacity:"_sel, capacity);
+    }
     /// Copies the units.
     static ZPMutableString *stringWithCharacters_length(const unichar *characters, unsigned length) {
         return objc_msgSend<id>(class_(), "stringWithCharacters:length:"_sel, characters, length);
     }
     /// A NUL-terminated text in the default C-string encoding, copied. Null raises
     /// ZPInvalidArgumentException; bytes that the encoding does not allow answer null.
-    static ZPMutableString *stringWithCString(const char *bytes) { return objc_msgSend<id>(class_(), "stringWithCString:"_sel, bytes); }
+    static ZPMutableString *stringWithCString(const char *bytes) {
+        return objc_msgSend<id>(class_(), "stringWithCString:"_sel, bytes);
+    }
     /// The same with the number of bytes given.
     static ZPMutableString *stringWithCString_length(const char *bytes, unsigned length) {
         return objc_msgSend<id>(class_(), "stringWithCString:length:"_sel, bytes, length);
@@ -37,13 +43,18 @@ struct ZPMutableString : ZPString {
     }
     /// The same, with numbers and descriptions as the user defaults say.
     template <class... A> static ZPMutableString *localizedStringWithFormat(ZPString *format, A... arguments) {
-        return objc_sendVariadic<id, ZPString *>::send(class_(), "localizedStringWithFormat:"_sel, format, arguments...);
+        return objc_sendVariadic<id, ZPString *>::send(class_(), "localizedStringWithFormat:"_sel, format,
+                                                       arguments...);
     }
     /// The text of a file, decoded as `ZPString` does it; null when it cannot be read.
-    static ZPMutableString *stringWithContentsOfFile(ZPString *path) { return objc_msgSend<id>(class_(), "stringWithContentsOfFile:"_sel, path); }
+    static ZPMutableString *stringWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<id>(class_(), "stringWithContentsOfFile:"_sel, path);
+    }
 
     /// An empty string whose first buffer has room for `capacity` units (kept in steps of 256 above 32,767).
-    ZPMutableString *initWithCapacity(unsigned capacity) { return objc_msgSend<id>(this, "initWithCapacity:"_sel, capacity); }
+    ZPMutableString *initWithCapacity(unsigned capacity) {
+        return objc_msgSend<id>(this, "initWithCapacity:"_sel, capacity);
+    }
 
     /// Replaces the units of the range with the text of `string`, which may be the receiver.
     void replaceCharactersInRange_withString(ZPRange range, ZPString *string) {
@@ -59,7 +70,9 @@ struct ZPMutableString : ZPString {
         objc_msgSend(this, "replaceCharactersInRange:withCharacters:length:"_sel, range, characters, length);
     }
     /// Inserts before an index, which may be the length.
-    void insertString_atIndex(ZPString *string, unsigned index) { objc_msgSend(this, "insertString:atIndex:"_sel, string, index); }
+    void insertString_atIndex(ZPString *string, unsigned index) {
+        objc_msgSend(this, "insertString:atIndex:"_sel, string, index);
+    }
     /// Adds the text at the end.
     void appendString(ZPString *string) { objc_msgSend(this, "appendString:"_sel, string); }
     /// Removes the units of the range.
@@ -72,7 +85,9 @@ struct ZPMutableString : ZPString {
     }
 
     /// Removes every unit that is a member of the set.
-    void _deleteAllCharactersFromSet(ZPCharacterSet *set) { objc_msgSend(this, "_deleteAllCharactersFromSet:"_sel, set); }
+    void _deleteAllCharactersFromSet(ZPCharacterSet *set) {
+        objc_msgSend(this, "_deleteAllCharactersFromSet:"_sel, set);
+    }
     /// Replaces the first occurrence, if there is one; an empty target has none.
     void _replaceFirstAppearanceOfString_withString(ZPString *target, ZPString *replacement) {
         objc_msgSend(this, "_replaceFirstAppearanceOfString:withString:"_sel, target, replacement);
@@ -93,12 +108,12 @@ struct ZPConcreteMutableString : ZPMutableString {
     ZP_CLASS(ZPConcreteMutableString)
     struct {
         unsigned refs : 8;
-        unsigned contentsIsMine : 1;     ///< the contents are a gap-buffer string that only this class changes
+        unsigned contentsIsMine : 1;  ///< the contents are a gap-buffer string that only this class changes
         unsigned contentsIsCString : 1;  ///< the contents are in 8-bit form
         unsigned hasExternalRefCount : 1;
         unsigned unused : 5;
         unsigned capacity : 16;  ///< of the first buffer, in the stored form
-    } _flags;                    ///< what the contents are
+    } _flags;  ///< what the contents are
     ZPString *_contents;
 
     /// Replaces the whole text with the formatted text. `locale` answers `objectForKey:` or is null.
@@ -118,8 +133,10 @@ struct ZPCheapMutableString : ZPMutableString {
 
     /// `length` bytes, which a NUL must follow where C strings are asked for, or `length` units when
     /// `isUnicode`. With `freeWhenDone` the buffer is a zone's block and becomes the receiver's.
-    void setContentsNoCopy_length_freeWhenDone_isUnicode(void *contents, unsigned length, BOOL freeWhenDone, BOOL isUnicode) {
-        objc_msgSend(this, "setContentsNoCopy:length:freeWhenDone:isUnicode:"_sel, contents, length, freeWhenDone, isUnicode);
+    void setContentsNoCopy_length_freeWhenDone_isUnicode(void *contents, unsigned length, BOOL freeWhenDone,
+                                                         BOOL isUnicode) {
+        objc_msgSend(this, "setContentsNoCopy:length:freeWhenDone:isUnicode:"_sel, contents, length, freeWhenDone,
+                     isUnicode);
     }
 };
 

@@ -24,7 +24,9 @@ template <class T, class Wide> BOOL scanInteger(ZPString *string, ZPCharacterSet
             negative = units[at] == '-';
             at = skipMembers(units, at + 1, length, skip);
         }
-        auto isDigit = [](unichar u) { return u < 0x80 ? u >= '0' && u <= '9' : _ZPIsInStandardSet(_ZPDecimalDigitSet, u); };
+        auto isDigit = [](unichar u) {
+            return u < 0x80 ? u >= '0' && u <= '9' : _ZPIsInStandardSet(_ZPDecimalDigitSet, u);
+        };
         if (at >= length || !isDigit(units[at])) return NO;
         const Wide limit = Wide(std::numeric_limits<T>::max()) + negative;
         Wide value = 0;
@@ -75,7 +77,8 @@ unsigned readDouble(const char *text, unsigned length, double *result) {
     double value = 0;
     auto [stop, error] = std::from_chars(start, end, value);
     if (error == std::errc::invalid_argument) return 0;
-    if (error == std::errc::result_out_of_range) value = isHuge(start, stop) ? std::numeric_limits<double>::infinity() : 0.0;
+    if (error == std::errc::result_out_of_range)
+        value = isHuge(start, stop) ? std::numeric_limits<double>::infinity() : 0.0;
     if (result) *result = negative ? -value : value;
     return unsigned(stop - text);
 }
@@ -118,7 +121,8 @@ BOOL _ZPScanLongLongFromString(ZPString *string, ZPCharacterSet *skip, long long
     return scanInteger<long long, __int128>(string, skip, result, location);
 }
 
-BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *result, unsigned *location, ZPDictionary *locale) {
+BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *result, unsigned *location,
+                             ZPDictionary *locale) {
     unichar separator = _ZPDecimalSeparator(locale);
     return _ZPWithUnits(string, [&](auto &&units, unsigned length) -> BOOL {
         unsigned start = skipMembers(units, *location, length, skip);
@@ -154,7 +158,8 @@ BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *res
                 longer += c;
             }
         }
-        unsigned read = longer.empty() ? readDouble(local, gathered, result) : readDouble(longer.data(), unsigned(longer.size()), result);
+        unsigned read = longer.empty() ? readDouble(local, gathered, result)
+                                       : readDouble(longer.data(), unsigned(longer.size()), result);
         if (read == 0) return NO;
         *location = start + read;
         return YES;

@@ -18,5 +18,6 @@ ZP_EXPORT BOOL _ZPScanIntFromString(ZPString *string, ZPCharacterSet *skip, int 
 ZP_EXPORT BOOL _ZPScanLongLongFromString(ZPString *string, ZPCharacterSet *skip, long long *result, unsigned *location);
 /// The decimal separator is the first unit of the locale's ZPDecimalSeparator, or a point. The result is the
 /// nearest double, infinite beyond the range.
-ZP_EXPORT BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *result, unsigned *location, ZPDictionary *locale);
+ZP_EXPORT BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *result, unsigned *location,
+                                       ZPDictionary *locale);
 }

@@ -9,7 +9,8 @@
 
 ZPPathStore2 *_ZPNewPathStore(const unichar *units, unsigned length, ZPZone *zone) {
     auto *store = static_cast<ZPPathStore2 *>(_zoneAllocBare(ZPPathStore2::class_(), length * sizeof(unichar), zone));
-    if (!store) [[unlikely]] ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    if (!store) [[unlikely]]
+        ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
     std::copy_n(units, length, _ZPUnitsOfPathStore(store));
     _ZPStripTrailingPathSlashes(_ZPUnitsOfPathStore(store), &length);
     store->_lengthAndRefCount = length;
@@ -28,11 +29,17 @@ struct PathStore : ZPPathStore2 {
     }
     static ZPPathStore2 *withCString(Class, const char *bytes) {
         if (!bytes) return nullptr;
-        struct Block { void *memory; ~Block() { if (memory) ZPZoneFree(nullptr, memory); } } block{nullptr};
+        struct Block {
+            void *memory;
+            ~Block() {
+                if (memory) ZPZoneFree(nullptr, memory);
+            }
+        } block{nullptr};
         unsigned length = 0;
         BOOL isASCII = NO;
         std::size_t given = std::strlen(bytes);
-        if (given > 0x7FFFFFFF || !_ZPConvertToASCIIorUnicode(bytes, unsigned(given), _ZPDefaultCStringEncoding(), &block.memory, &length, &isASCII, nullptr))
+        if (given > 0x7FFFFFFF || !_ZPConvertToASCIIorUnicode(bytes, unsigned(given), _ZPDefaultCStringEncoding(),
+                                                              &block.memory, &length, &isASCII, nullptr))
             return nullptr;
         if (!isASCII) return _ZPNewPathStore(static_cast<unichar *>(block.memory), length, nullptr)->autorelease();
         ZPStackBuffer<unichar, 512> wide(length);
@@ -41,7 +48,13 @@ struct PathStore : ZPPathStore2 {
     }
     static ZPString *withComponents(Class self, ZPArray *components) {
         // The path so far; it grows by doubling, so there is no longest one.
-        struct Text { unichar *units = nullptr; unsigned length = 0, capacity = 0; ~Text() { if (units) ZPZoneFree(nullptr, units); } } path;
+        struct Text {
+            unichar *units = nullptr;
+            unsigned length = 0, capacity = 0;
+            ~Text() {
+                if (units) ZPZoneFree(nullptr, units);
+            }
+        } path;
         unsigned count = components->count();
         for (unsigned i = 0; i < count; ++i) {
             ZPString *component = components->objectAtIndex(i);
@@ -49,13 +62,15 @@ struct PathStore : ZPPathStore2 {
             std::uint64_t needed = std::uint64_t(path.length) + 1 + part.length;
             if (needed > path.capacity) {
                 std::uint64_t capacity = std::max<std::uint64_t>(2 * needed, 256);
-                void *units = capacity > 0x7FFFFFFF ? nullptr : ZPZoneRealloc(nullptr, path.units, capacity * sizeof(unichar));
+                void *units =
+                    capacity > 0x7FFFFFFF ? nullptr : ZPZoneRealloc(nullptr, path.units, capacity * sizeof(unichar));
                 if (!units) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
                 path.units = static_cast<unichar *>(units);
                 path.capacity = unsigned(capacity);
             }
             if (!_ZPAppendPathComponent(path.units, &path.length, path.capacity, part.units, part.length))
-                _ZPLogPathRefusal(self, "pathWithComponents:"_sel, component, ZPString::stringWithCharacters_length(path.units, path.length));
+                _ZPLogPathRefusal(self, "pathWithComponents:"_sel, component,
+                                  ZPString::stringWithCharacters_length(path.units, path.length));
         }
         _ZPTransmutePathSlashes(path.units, &path.length, '\\');
         _ZPStripTrailingPathSlashes(path.units, &path.length);
@@ -64,7 +79,8 @@ struct PathStore : ZPPathStore2 {
 
     unsigned length() { return count(); }
     unichar characterAtIndex(unsigned index) {
-        if (index >= count()) [[unlikely]] raiseBounds("characterAtIndex:"_sel, index, count());
+        if (index >= count()) [[unlikely]]
+            raiseBounds("characterAtIndex:"_sel, index, count());
         return units()[index];
     }
     void getCharactersRange(unichar *buffer, ZPRange range) {
@@ -73,7 +89,8 @@ struct PathStore : ZPPathStore2 {
         std::copy_n(units() + range.location, range.length, buffer);
     }
     [[noreturn]] ZP_COLD void raiseBounds(SEL selector, unsigned index, unsigned bounds) {
-        ZPException::raise_format(ZPRangeException, "%@: index (%d) beyond bounds (%d)"_zp, _ZPMethodExceptionProem(this, selector), index, bounds);
+        ZPException::raise_format(ZPRangeException, "%@: index (%d) beyond bounds (%d)"_zp,
+                                  _ZPMethodExceptionProem(this, selector), index, bounds);
     }
     id copyWithZone(ZPZone *zone) {
         if (ZPShouldRetainWithZone(this, zone)) return ZPObject::retain();
@@ -103,8 +120,12 @@ struct PathStore : ZPPathStore2 {
         path.normalize();
         return _ZPPathStore(path.units, path.length);
     }
-    ZPString *appendingComponent(ZPString *component) { return appending("stringByAppendingPathComponent:"_sel, component, _ZPAppendPathComponent); }
-    ZPString *appendingExtension(ZPString *extension) { return appending("stringByAppendingPathExtension:"_sel, extension, _ZPAppendPathExtension); }
+    ZPString *appendingComponent(ZPString *component) {
+        return appending("stringByAppendingPathComponent:"_sel, component, _ZPAppendPathComponent);
+    }
+    ZPString *appendingExtension(ZPString *extension) {
+        return appending("stringByAppendingPathExtension:"_sel, extension, _ZPAppendPathExtension);
+    }
     ZPString *abbreviating() {
         _ZPPathBuffer path(this);
         _ZPAbbreviatePathWithTilde(path.units, &path.length);

@@ -28,7 +28,8 @@ long separatorsOf(ZPString *path) {
 ZPStringEncoding _ZPDefaultFileSystemEncoding() {
     static std::atomic<ZPStringEncoding> encoding{0};
     ZPStringEncoding e = encoding.load(std::memory_order_relaxed);
-    if (e) [[likely]] return e;
+    if (e) [[likely]]
+        return e;
     e = _ZPEncodingNumberInResource("FileSystemEncoding");
     if (!e) e = _ZPDefaultCStringEncoding();
     encoding.store(e, std::memory_order_relaxed);
@@ -40,7 +41,8 @@ int _ZPGetFileSystemBytes(ZPString *path, char *buffer, unsigned size) {
     // What lies behind a NUL the host would not see.
     if (length < 0 || std::memchr(buffer, 0, unsigned(length))) return -1;
     // The second byte of a character may be that of a backslash, where the host would see a name end.
-    if (_ZPDefaultFileSystemEncoding() == ZPShiftJISStringEncoding && separatorsOf(path) != std::count_if(buffer, buffer + length, _ZPIsPathSeparator))
+    if (_ZPDefaultFileSystemEncoding() == ZPShiftJISStringEncoding &&
+        separatorsOf(path) != std::count_if(buffer, buffer + length, _ZPIsPathSeparator))
         return -1;
     std::replace(buffer, buffer + length, '/', '\\');
     buffer[length] = 0;
@@ -67,11 +69,16 @@ ZPMutableArray *_ZPDirectoryContents(ZPString *directory) {
     if (!_ZPGetHostPath(directory, host, sizeof host)) return nullptr;
     ZPMutableArray *names = ZPMutableArray::array();
     // An error in the visitor must not unwind through the host's walk.
-    struct Walk { ZPMutableArray *names; std::exception_ptr error; } walk{names, nullptr};
+    struct Walk {
+        ZPMutableArray *names;
+        std::exception_ptr error;
+    } walk{names, nullptr};
     auto visit = [](void *context, const char *name) -> BOOL {
         auto *w = static_cast<Walk *>(context);
         try {
-            if (!std::strchr(name, '\\')) w->names->addObject(_ZPStringFromHostBytes(name, unsigned(std::strlen(name)), _ZPDefaultFileSystemEncoding()));
+            if (!std::strchr(name, '\\'))
+                w->names->addObject(
+                    _ZPStringFromHostBytes(name, unsigned(std::strlen(name)), _ZPDefaultFileSystemEncoding()));
         } catch (...) {
             w->error = std::current_exception();
             return NO;
@@ -106,7 +113,10 @@ BOOL _ZPConvertPathToLongFileSystemName(unichar *units, unsigned *length, unsign
             if (units[i] >= 'A' && units[i] <= 'Z') units[i] |= 0x20;
         return YES;
     }
-    struct Owned { ZPString *string; ~Owned() { string->release(); } } path{_ZPNewStringWithUnits(units, n, nullptr)};
+    struct Owned {
+        ZPString *string;
+        ~Owned() { string->release(); }
+    } path{_ZPNewStringWithUnits(units, n, nullptr)};
     char host[longestHostPath], real[longestHostPath], own[longestHostPath + 2];
     if (_ZPGetFileSystemBytes(path.string, own, longestHostPath) < 0) return NO;
     if (!rooted && units[0] >= 'a') units[0] -= 0x20;
@@ -123,8 +133,10 @@ BOOL _ZPConvertPathToLongFileSystemName(unichar *units, unsigned *length, unsign
 
 // ---- completion ---------------------------------------------------------------------------------
 
-static ZPMutableArray *_ZPDirectoryContentsMatchingPrefixAndSuffixes(ZPString *directory, ZPString *prefix, ZPArray *extensions) {
-    ZPMutableArray *matches = ZPMutableArray::array(), *entries = _ZPDirectoryContents(directory->stringByExpandingTildeInPath());
+static ZPMutableArray *_ZPDirectoryContentsMatchingPrefixAndSuffixes(ZPString *directory, ZPString *prefix,
+                                                                     ZPArray *extensions) {
+    ZPMutableArray *matches = ZPMutableArray::array(),
+                   *entries = _ZPDirectoryContents(directory->stringByExpandingTildeInPath());
     bool any = !prefix || !prefix->length(), all = !extensions || !extensions->count();
     for (unsigned i = 0, count = entries ? entries->count() : 0; i < count; ++i) {
         ZPString *entry = entries->objectAtIndex(i);
@@ -143,7 +155,8 @@ static ZPMutableArray *_ZPDirectoryContentsMatchingPrefixAndSuffixes(ZPString *d
 }
 
 static ZPString *_ZPFindCommonPrefixInStringArray(ZPArray *strings, BOOL caseSensitive) {
-    unsigned count = strings->count(), options = ZPAnchoredSearch | (caseSensitive ? 0u : unsigned(ZPCaseInsensitiveSearch));
+    unsigned count = strings->count(),
+             options = ZPAnchoredSearch | (caseSensitive ? 0u : unsigned(ZPCaseInsensitiveSearch));
     if (!count) return ""_zp;
     ZPString *first = strings->objectAtIndex(0), *common = count == 1 ? first : ""_zp;
     for (unsigned length = 0; count > 1 && length < first->length();) {
@@ -166,10 +179,12 @@ struct FileSystemMethods : ZPString {
         SEL selector = "fileSystemRepresentation"_sel;
         char buffer[longestHostPath];
         if (ZPString::length() == 0)
-            ZPException::raise_format(ZPInvalidArgumentException, "empty string passed to fileSystemRepresentationWithPath:"_zp);
+            ZPException::raise_format(ZPInvalidArgumentException,
+                                      "empty string passed to fileSystemRepresentationWithPath:"_zp);
         int filled = _ZPGetFileSystemBytes(this, buffer, sizeof buffer);
         if (filled < 0)
-            ZPException::raise_format(ZPInvalidArgumentException, "%@: conversion failed for %@"_zp, _ZPMethodExceptionProem(this, selector), this);
+            ZPException::raise_format(ZPInvalidArgumentException, "%@: conversion failed for %@"_zp,
+                                      _ZPMethodExceptionProem(this, selector), this);
         char *scratch = _ZPAutoreleasedScratch(unsigned(filled) + 1);
         std::memcpy(scratch, buffer, unsigned(filled) + 1);
         return scratch;
@@ -183,7 +198,8 @@ struct FileSystemMethods : ZPString {
         unsigned n = path.length;
         if (n && path.units[0] == '~' && std::none_of(path.units, path.units + n, _ZPIsPathSeparator)) return 0;
         bool whole = n && _ZPIsPathSeparator(path.units[n - 1]);
-        ZPString *directory = whole ? this : stringByDeletingLastPathComponent(), *prefix = whole ? ""_zp : ZPString::lastPathComponent();
+        ZPString *directory = whole ? this : stringByDeletingLastPathComponent(),
+                 *prefix = whole ? ""_zp : ZPString::lastPathComponent();
         ZPString *candidate = nullptr;
         ZPArray *matches;
         unsigned count;
@@ -194,7 +210,8 @@ struct FileSystemMethods : ZPString {
             if (count == 0 && !candidate) return 0;
             if (count == 1) candidate = matches->objectAtIndex(0);
             BOOL isDirectory = NO;
-            if (count == 0 || (_ZPFileExists(candidate->stringByExpandingTildeInPath(), &isDirectory) && !isDirectory)) {
+            if (count == 0 ||
+                (_ZPFileExists(candidate->stringByExpandingTildeInPath(), &isDirectory) && !isDirectory)) {
                 if (completion) *completion = candidate;
                 if (matchesOut) *matchesOut = ZPArray::arrayWithObject(candidate);
                 return 1;

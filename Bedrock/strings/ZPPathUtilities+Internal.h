@@ -17,7 +17,9 @@ template <class U> inline bool _ZPHasDrivePrefix(const U *units, unsigned length
     return length >= 2 && units[1] == ':' && (units[0] | 0x20) >= 'a' && (units[0] | 0x20) <= 'z';
 }
 /// Two backslashes.
-inline bool _ZPHasNetworkPrefix(const unichar *units, unsigned length) { return length >= 2 && units[0] == '\\' && units[1] == '\\'; }
+inline bool _ZPHasNetworkPrefix(const unichar *units, unsigned length) {
+    return length >= 2 && units[0] == '\\' && units[1] == '\\';
+}
 BOOL _ZPIsAbsolutePath(const unichar *units, unsigned length);
 
 /// Drops separators at the end, but not those of "\" and "C:\".
@@ -28,13 +30,15 @@ unsigned _ZPStartOfLastPathComponent(const unichar *units, unsigned length);
 unsigned _ZPLengthAfterDeletingLastPathComponent(const unichar *units, unsigned length);
 /// NO when the capacity does not suffice, or when a component that names a drive or a share would follow
 /// something.
-BOOL _ZPAppendPathComponent(unichar *buffer, unsigned *length, unsigned capacity, const unichar *component, unsigned componentLength);
+BOOL _ZPAppendPathComponent(unichar *buffer, unsigned *length, unsigned capacity, const unichar *component,
+                            unsigned componentLength);
 /// The index of the extension's dot, or 0.
 unsigned _ZPStartOfPathExtension(const unichar *units, unsigned length);
 unsigned _ZPLengthAfterDeletingPathExtension(const unichar *units, unsigned length);
 /// NO when the capacity does not suffice, when the extension begins with a separator or a drive, or when the path
 /// has no name.
-BOOL _ZPAppendPathExtension(unichar *buffer, unsigned *length, unsigned capacity, const unichar *extension, unsigned extensionLength);
+BOOL _ZPAppendPathExtension(unichar *buffer, unsigned *length, unsigned capacity, const unichar *extension,
+                            unsigned extensionLength);
 BOOL _ZPAbbreviatePathWithTilde(unichar *units, unsigned *length);
 /// Leaves the path as it is when there is no home directory, or not enough room.
 BOOL _ZPExpandTildeInPath(unichar *units, unsigned *length, unsigned capacity);
@@ -74,8 +78,12 @@ struct _ZPPathBuffer {
 
 /// A path store of the units; the caller owns it.
 ZPPathStore2 *_ZPNewPathStore(const unichar *units, unsigned length, ZPZone *zone);
-inline ZPString *_ZPPathStore(const unichar *units, unsigned length) { return _ZPNewPathStore(units, length, nullptr)->autorelease(); }
-inline unichar *_ZPUnitsOfPathStore(ZPPathStore2 *store) { return reinterpret_cast<unichar *>(&store->_lengthAndRefCount + 1); }
+inline ZPString *_ZPPathStore(const unichar *units, unsigned length) {
+    return _ZPNewPathStore(units, length, nullptr)->autorelease();
+}
+inline unichar *_ZPUnitsOfPathStore(ZPPathStore2 *store) {
+    return reinterpret_cast<unichar *>(&store->_lengthAndRefCount + 1);
+}
 /// Log what `selector` refuses.
 ZP_COLD void _ZPLogPathRefusal(id receiver, SEL selector, ZPString *part, id path);
 

@@ -27,7 +27,8 @@ ZPString *textOfHost(const char *bytes) {
 ZPString *findHome(ZPString *name) {
     bool current = !name || name->isEqual(ZPUserName());
     ZPString *home = nullptr;
-    const char *drive = current ? _ZPGetEnvironmentVariable("HOMEDRIVE") : nullptr, *path = current ? _ZPGetEnvironmentVariable("HOMEPATH") : nullptr;
+    const char *drive = current ? _ZPGetEnvironmentVariable("HOMEDRIVE") : nullptr,
+               *path = current ? _ZPGetEnvironmentVariable("HOMEPATH") : nullptr;
     if (drive && path) {
         ZPString *head = ZPPathStore2::pathStoreWithCString(drive), *tail = ZPPathStore2::pathStoreWithCString(path);
         if (head && tail) home = head->stringByAppendingString(tail);
@@ -37,7 +38,8 @@ ZPString *findHome(ZPString *name) {
         int length = current ? 0 : _ZPHostBytesFromString(name, login, sizeof login - 1, _ZPDefaultCStringEncoding());
         if (length < 0 || (!current && std::memchr(login, 0, unsigned(length)))) return nullptr;
         login[length] = 0;
-        home = ZPHostUser(current ? nullptr : login, ZPHostUserHome, host, sizeof host) ? _ZPPathFromHost(host) : nullptr;
+        home =
+            ZPHostUser(current ? nullptr : login, ZPHostUserHome, host, sizeof host) ? _ZPPathFromHost(host) : nullptr;
     }
     return home && home->length() && home->characterAtIndex(0) != '~' ? home->stringByStandardizingPath() : nullptr;
 }
@@ -96,7 +98,8 @@ ZPString *ZPLodestarRootDirectory() {
 ZPString *ZPCorvidRootDirectory() { return ZPLodestarRootDirectory(); }
 
 ZPArray *ZPStandardApplicationPaths() {
-    return standardPaths("~/Apps"_zp, {"LocalApps"_zp, "LocalDeveloper/Apps"_zp, "CorvidDeveloper/Apps"_zp, "CorvidLibrary/Executables"_zp, "CorvidDemos"_zp});
+    return standardPaths("~/Apps"_zp, {"LocalApps"_zp, "LocalDeveloper/Apps"_zp, "CorvidDeveloper/Apps"_zp,
+                                       "CorvidLibrary/Executables"_zp, "CorvidDemos"_zp});
 }
 
 ZPArray *ZPStandardLibraryPaths() { return standardPaths("~/Library"_zp, {"LocalLibrary"_zp, "CorvidLibrary"_zp}); }

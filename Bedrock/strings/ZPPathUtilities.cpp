@@ -10,7 +10,10 @@
 
 BOOL _ZPIsAbsolutePath(const unichar *units, unsigned length) {
     if (length && units[0] == '~') return YES;
-    return _ZPHasNetworkPrefix(units, length) || (length >= 3 && _ZPHasDrivePrefix(units, length) && _ZPIsPathSeparator(units[2])) ? YES : NO;
+    return _ZPHasNetworkPrefix(units, length) ||
+                   (length >= 3 && _ZPHasDrivePrefix(units, length) && _ZPIsPathSeparator(units[2]))
+               ? YES
+               : NO;
 }
 
 // ---- separators ---------------------------------------------------------------------------------
@@ -72,11 +75,13 @@ unsigned _ZPLengthAfterDeletingLastPathComponent(const unichar *units, unsigned 
     return p == 0 ? 1 : drive && p == 2 ? 3 : unsigned(p);
 }
 
-BOOL _ZPAppendPathComponent(unichar *buffer, unsigned *length, unsigned capacity, const unichar *component, unsigned componentLength) {
+BOOL _ZPAppendPathComponent(unichar *buffer, unsigned *length, unsigned capacity, const unichar *component,
+                            unsigned componentLength) {
     if (componentLength == 0) return YES;
     unsigned n = *length;
     if (std::uint64_t(n) + 1 + componentLength > capacity) return NO;
-    if (n && (_ZPHasDrivePrefix(component, componentLength) || _ZPHasNetworkPrefix(component, componentLength))) return NO;
+    if (n && (_ZPHasDrivePrefix(component, componentLength) || _ZPHasNetworkPrefix(component, componentLength)))
+        return NO;
     bool joins = n == 0 || (n == 1 && _ZPIsPathSeparator(buffer[0])) ||
                  (n == 2 && (_ZPHasDrivePrefix(buffer, n) || _ZPHasNetworkPrefix(buffer, n)));
     if (!joins) buffer[n++] = '\\';
@@ -99,9 +104,11 @@ unsigned _ZPLengthAfterDeletingPathExtension(const unichar *units, unsigned leng
     return start ? start : length;
 }
 
-BOOL _ZPAppendPathExtension(unichar *buffer, unsigned *length, unsigned capacity, const unichar *extension, unsigned extensionLength) {
+BOOL _ZPAppendPathExtension(unichar *buffer, unsigned *length, unsigned capacity, const unichar *extension,
+                            unsigned extensionLength) {
     if (std::uint64_t(*length) + 1 + extensionLength > capacity) return NO;
-    if (extensionLength && (_ZPIsPathSeparator(extension[0]) || _ZPHasDrivePrefix(extension, extensionLength))) return NO;
+    if (extensionLength && (_ZPIsPathSeparator(extension[0]) || _ZPHasDrivePrefix(extension, extensionLength)))
+        return NO;
     _ZPStripTrailingPathSlashes(buffer, length);
     unsigned n = *length;
     if (n == 0 || (n == 1 && _ZPIsPathSeparator(buffer[0]))) return NO;
@@ -189,7 +196,8 @@ BOOL _ZPExpandTildeInPath(unichar *units, unsigned *length, unsigned capacity) {
     unsigned n = *length;
     if (n == 0 || units[0] != '~') return NO;
     auto user = unsigned(std::find_if(units, units + n, _ZPIsPathSeparator) - units);
-    ZPString *home = user == 1 ? ZPHomeDirectory() : ZPHomeDirectoryForUser(ZPString::stringWithCharacters_length(units + 1, user - 1));
+    ZPString *home = user == 1 ? ZPHomeDirectory()
+                               : ZPHomeDirectoryForUser(ZPString::stringWithCharacters_length(units + 1, user - 1));
     if (!home) return NO;
     _ZPPathBuffer h(home, 0);
     if (std::uint64_t(n - user) + h.length > capacity) return NO;

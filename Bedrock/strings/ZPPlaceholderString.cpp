@@ -34,15 +34,19 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
     ZPString *initWithCharactersNoCopy(unichar *units, unsigned length, BOOL freeWhenDone) {
         return _ZPNewStringAdoptingUnits(units, length, freeWhenDone, zoneForString);
     }
-    ZPString *initWithCharacters(const unichar *units, unsigned length) { return _ZPNewStringWithUnits(units, length, zoneForString); }
+    ZPString *initWithCharacters(const unichar *units, unsigned length) {
+        return _ZPNewStringWithUnits(units, length, zoneForString);
+    }
     ZPString *initWithCStringNoCopy(char *bytes, unsigned length, BOOL freeWhenDone) {
-        if (_ZPFitsByteStorage(bytes, length)) return _ZPNewStringAdoptingBytes(bytes, length, freeWhenDone, zoneForString);
+        if (_ZPFitsByteStorage(bytes, length))
+            return _ZPNewStringAdoptingBytes(bytes, length, freeWhenDone, zoneForString);
         ZPString *result = converted(bytes, length, _ZPDefaultCStringEncoding());
         if (freeWhenDone) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
         return result;
     }
     ZPString *initWithCStringLength(const char *bytes, unsigned length) {
-        if (_ZPFitsByteStorage(bytes, length)) [[likely]] return _ZPNewInlineCString(bytes, length, zoneForString);
+        if (_ZPFitsByteStorage(bytes, length)) [[likely]]
+            return _ZPNewInlineCString(bytes, length, zoneForString);
         return converted(bytes, length, _ZPDefaultCStringEncoding());
     }
     ZPString *initWithCString(const char *bytes) {
@@ -52,9 +56,11 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
     ZPString *initWithString(ZPString *source) {
         if (!source) return ""_zp;
         Class cls = source->isa;
-        bool shared = cls == ZPInlineCString::class_() || cls == ZPCString::class_() || cls == ZPUnicodeString::class_();
+        bool shared =
+            cls == ZPInlineCString::class_() || cls == ZPCString::class_() || cls == ZPUnicodeString::class_();
         if (shared && ZPShouldRetainWithZone(source, zoneForString)) return source->retain();
-        if (source->fastestEncoding() == _ZPCStringEncoding) return _ZPNewInlineCStringFromString(source, zoneForString);
+        if (source->fastestEncoding() == _ZPCStringEncoding)
+            return _ZPNewInlineCStringFromString(source, zoneForString);
         unsigned length = source->length();
         ZPZoneBlock<unichar> block(length, zoneForString);
         source->getCharacters_range(block.memory, {0, length});
@@ -71,16 +77,20 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
             return _ZPNewInlineCString(static_cast<const char *>(bytes), length, zoneForString);
         return initWithBytes_length_encoding(bytes, length, encoding);
     }
-    ZPString *initWithBytes(const void *bytes, unsigned length, ZPStringEncoding encoding) { return converted(bytes, length, encoding); }
+    ZPString *initWithBytes(const void *bytes, unsigned length, ZPStringEncoding encoding) {
+        return converted(bytes, length, encoding);
+    }
 
     ZPString *converted(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         if (length == 0) return ""_zp;
         void *buffer = nullptr;
         unsigned count = 0;
         BOOL isASCII = NO;
-        if (!_ZPConvertToASCIIorUnicode(bytes, length, encoding, &buffer, &count, &isASCII, zoneForString)) return nullptr;
+        if (!_ZPConvertToASCIIorUnicode(bytes, length, encoding, &buffer, &count, &isASCII, zoneForString))
+            return nullptr;
         if (!isASCII) return _ZPNewStringAdoptingUnits(static_cast<unichar *>(buffer), count, YES, zoneForString);
-        if (count >= _ZPShareThreshold) return _ZPNewStringAdoptingBytes(static_cast<char *>(buffer), count, YES, zoneForString);
+        if (count >= _ZPShareThreshold)
+            return _ZPNewStringAdoptingBytes(static_cast<char *>(buffer), count, YES, zoneForString);
         ZPString *result = _ZPNewInlineCString(static_cast<char *>(buffer), count, zoneForString);
         if (buffer) ZPZoneFree(zoneForString, buffer);
         return result;
@@ -108,7 +118,8 @@ ZP_IMPLEMENT(ZPPlaceholderString)
 ZPString *_ZPPlaceholderStringFromZone(ZPZone *zone) {
     if (!zone || zone == QLDefaultMallocZone()) {
         ZPPlaceholderString *p = __atomic_load_n(&defaultPlaceholder, __ATOMIC_ACQUIRE);
-        if (p) [[likely]] return p;
+        if (p) [[likely]]
+            return p;
         static ZPPlaceholderString *made = makePlaceholder(QLDefaultMallocZone());
         __atomic_store_n(&defaultPlaceholder, made, __ATOMIC_RELEASE);
         return made;
@@ -127,7 +138,8 @@ ZPString *_ZPPlaceholderStringFromZone(ZPZone *zone) {
 
 ZPString *_ZPNewInlineCStringFromString(ZPString *string, ZPZone *zone) {
     ZPStringView view = _ZPViewOfString(string);
-    if (view.bytes || view.length == 0) return _ZPNewInlineCString(reinterpret_cast<const char *>(view.bytes), view.length, zone);
+    if (view.bytes || view.length == 0)
+        return _ZPNewInlineCString(reinterpret_cast<const char *>(view.bytes), view.length, zone);
     unsigned length = string->cStringLength();
     ZPZoneBlock<char> block(std::size_t(length) + 1, zone);
     ZPRange rest;

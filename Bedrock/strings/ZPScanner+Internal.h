@@ -12,7 +12,9 @@ struct ZPConcreteScanner : ZPScanner {
     ZPCharacterSet *_skipSet;
     ZPDictionary *_locale;
     unsigned _scanLocation;
-    struct { unsigned caseSensitive : 1; } _flags;
+    struct {
+        unsigned caseSensitive : 1;
+    } _flags;
 };
 
 /// Moves the scanner past the members of its skip set.

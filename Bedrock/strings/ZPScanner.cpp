@@ -20,7 +20,9 @@ unsigned find(ZPString *string, unsigned from, ZPCharacterSet *set, bool member)
     });
 }
 
-unsigned skip(ZPString *string, unsigned from, ZPCharacterSet *set) { return set ? find(string, from, set, false) : from; }
+unsigned skip(ZPString *string, unsigned from, ZPCharacterSet *set) {
+    return set ? find(string, from, set, false) : from;
+}
 
 int hexDigit(unichar u) {
     if (u >= '0' && u <= '9') return u - '0';
@@ -38,7 +40,8 @@ bool readHex(ZPString *string, ZPCharacterSet *skipped, unsigned &result, unsign
             ++at;
             if (digitAt(at) < 0 && at < length && (units[at] | 0x20) == 'x' && digitAt(at + 1) >= 0) ++at;
         }
-        for (int digit; (digit = digitAt(at)) >= 0; ++at) result = result < 0x10000000 ? result << 4 | unsigned(digit) : 0xFFFFFFFF;
+        for (int digit; (digit = digitAt(at)) >= 0; ++at)
+            result = result < 0x10000000 ? result << 4 | unsigned(digit) : 0xFFFFFFFF;
         location = at;
         return true;
     });
@@ -53,7 +56,9 @@ struct ScannerClassMethods {
     static id allocWithZone(Class self, ZPZone *zone) {
         return ZPAllocateObject(self == ZPScanner::class_() ? ZPConcreteScanner::class_() : self, 0, zone);
     }
-    static ZPScanner *scannerWithString(Class, ZPString *string) { return ZPConcreteScanner::alloc()->initWithString(string)->autorelease(); }
+    static ZPScanner *scannerWithString(Class, ZPString *string) {
+        return ZPConcreteScanner::alloc()->initWithString(string)->autorelease();
+    }
     static ZPScanner *localizedScannerWithString(Class, ZPString *string) {
         ZPScanner *scanner = ZPScanner::scannerWithString(string);
         scanner->setLocale(_ZPUserLocale());
@@ -94,7 +99,8 @@ struct ScannerMethods : ZPScanner {
     }
     BOOL scanLongLong(long long *value) {
         unsigned at = ZPScanner::scanLocation();
-        return moved(_ZPScanLongLongFromString(ZPScanner::string(), ZPScanner::charactersToBeSkipped(), value, &at), at);
+        return moved(_ZPScanLongLongFromString(ZPScanner::string(), ZPScanner::charactersToBeSkipped(), value, &at),
+                     at);
     }
     BOOL scanHexInt(unsigned *value) {
         unsigned at = ZPScanner::scanLocation(), read;
@@ -105,7 +111,9 @@ struct ScannerMethods : ZPScanner {
     }
     BOOL scanDouble(double *value) {
         unsigned at = ZPScanner::scanLocation();
-        return moved(_ZPScanDoubleFromString(ZPScanner::string(), ZPScanner::charactersToBeSkipped(), value, &at, ZPScanner::locale()), at);
+        return moved(_ZPScanDoubleFromString(ZPScanner::string(), ZPScanner::charactersToBeSkipped(), value, &at,
+                                             ZPScanner::locale()),
+                     at);
     }
     BOOL scanFloat(float *value) {
         double read;
@@ -132,12 +140,17 @@ struct ScannerMethods : ZPScanner {
         ZPString *string = ZPScanner::string();
         unsigned start = skip(string, ZPScanner::scanLocation(), ZPScanner::charactersToBeSkipped());
         unsigned options = ZPAnchoredSearch | (ZPScanner::caseSensitive() ? 0u : unsigned(ZPCaseInsensitiveSearch));
-        return take(string, start, start + string->rangeOfString_options_range(target, options, {start, string->length() - start}).length, value);
+        return take(string, start,
+                    start +
+                        string->rangeOfString_options_range(target, options, {start, string->length() - start}).length,
+                    value);
     }
     BOOL scanUpToString(ZPString *target, ZPString **value) {
         ZPString *string = ZPScanner::string();
-        unsigned start = skip(string, ZPScanner::scanLocation(), ZPScanner::charactersToBeSkipped()), length = string->length();
-        ZPRange match = string->rangeOfString_options_range(target, ZPScanner::caseSensitive() ? 0u : unsigned(ZPCaseInsensitiveSearch), {start, length - start});
+        unsigned start = skip(string, ZPScanner::scanLocation(), ZPScanner::charactersToBeSkipped()),
+                 length = string->length();
+        ZPRange match = string->rangeOfString_options_range(
+            target, ZPScanner::caseSensitive() ? 0u : unsigned(ZPCaseInsensitiveSearch), {start, length - start});
         return take(string, start, match.length ? match.location : length, value);
     }
     BOOL isAtEnd() {
@@ -149,7 +162,8 @@ struct ScannerMethods : ZPScanner {
     BOOL scanDigits(unsigned count, int *value) {
         unsigned start = ZPScanner::scanLocation(), at = start, read = 0;
         _ZPWithUnits(ZPScanner::string(), [&](auto &&units, unsigned length) {
-            for (; at < length && at - start < count && units[at] >= '0' && units[at] <= '9'; ++at) read = read * 10 + (units[at] - '0');
+            for (; at < length && at - start < count && units[at] >= '0' && units[at] <= '9'; ++at)
+                read = read * 10 + (units[at] - '0');
         });
         if (at == start) return NO;
         ZPScanner::setScanLocation(at);
@@ -189,8 +203,12 @@ struct ConcreteScannerMethods : ZPConcreteScanner {
     void setLocale(ZPDictionary *locale) { ZPReplaceField(_locale, locale); }
 
     BOOL scanInt(int *value) { return _ZPScanIntFromString(_scanString, _skipSet, value, &_scanLocation); }
-    BOOL scanLongLong(long long *value) { return _ZPScanLongLongFromString(_scanString, _skipSet, value, &_scanLocation); }
-    BOOL scanDouble(double *value) { return _ZPScanDoubleFromString(_scanString, _skipSet, value, &_scanLocation, _locale); }
+    BOOL scanLongLong(long long *value) {
+        return _ZPScanLongLongFromString(_scanString, _skipSet, value, &_scanLocation);
+    }
+    BOOL scanDouble(double *value) {
+        return _ZPScanDoubleFromString(_scanString, _skipSet, value, &_scanLocation, _locale);
+    }
 };
 
 }  // namespace

@@ -18,13 +18,17 @@ struct ZPScanner : ZPObject {
     ZP_CLASS(ZPScanner)
 
     /// At location 0, without regard to case in literal strings, without a locale. Autoreleased.
-    static ZPScanner *scannerWithString(ZPString *string) { return objc_msgSend<ZPScanner *>(class_(), "scannerWithString:"_sel, string); }
+    static ZPScanner *scannerWithString(ZPString *string) {
+        return objc_msgSend<ZPScanner *>(class_(), "scannerWithString:"_sel, string);
+    }
     /// The same with the user defaults as its locale.
     static ZPScanner *localizedScannerWithString(ZPString *string) {
         return objc_msgSend<ZPScanner *>(class_(), "localizedScannerWithString:"_sel, string);
     }
     /// Copies the string, which must not be null.
-    ZPScanner *initWithString(ZPString *string) { return objc_msgSend<ZPScanner *>(this, "initWithString:"_sel, string); }
+    ZPScanner *initWithString(ZPString *string) {
+        return objc_msgSend<ZPScanner *>(this, "initWithString:"_sel, string);
+    }
 
     // ---- what is scanned, and how ----
 
@@ -35,7 +39,9 @@ struct ZPScanner : ZPObject {
     /// A location past the length raises ZPRangeException and changes nothing.
     void setScanLocation(unsigned location) { objc_msgSend(this, "setScanLocation:"_sel, location); }
     /// The skip set; null when nothing is skipped.
-    ZPCharacterSet *charactersToBeSkipped() { return objc_msgSend<ZPCharacterSet *>(this, "charactersToBeSkipped"_sel); }
+    ZPCharacterSet *charactersToBeSkipped() {
+        return objc_msgSend<ZPCharacterSet *>(this, "charactersToBeSkipped"_sel);
+    }
     /// Copies the set; null skips nothing.
     void setCharactersToBeSkipped(ZPCharacterSet *set) { objc_msgSend(this, "setCharactersToBeSkipped:"_sel, set); }
     /// Whether literal strings must agree in case; at first NO.
@@ -93,5 +99,7 @@ struct ZPScanner : ZPObject {
     /// The text from the location on, nothing skipped; autoreleased.
     ZPString *_remainingString() { return objc_msgSend<ZPString *>(this, "_remainingString"_sel); }
     /// Up to `count` digits "0" to "9" right at the location; nothing is skipped.
-    BOOL _scanDecimal_into(unsigned count, int *value) { return objc_msgSend<BOOL>(this, "_scanDecimal:into:"_sel, count, value); }
+    BOOL _scanDecimal_into(unsigned count, int *value) {
+        return objc_msgSend<BOOL>(this, "_scanDecimal:into:"_sel, count, value);
+    }
 };

@@ -26,7 +26,8 @@ thread_local _ZPAutoreleasedMallocMemory *current;
 struct ScratchMethods : _ZPAutoreleasedMallocMemory {
     static ScratchMethods *make(unsigned capacity) {
         ZPZoneBlock<char> block(capacity);
-        auto *object = static_cast<ScratchMethods *>(ZPAllocateObject(_ZPAutoreleasedMallocMemory::class_(), 0, nullptr).pointer());
+        auto *object = static_cast<ScratchMethods *>(
+            ZPAllocateObject(_ZPAutoreleasedMallocMemory::class_(), 0, nullptr).pointer());
         object->_block = block.take();
         ZPObject *released = object;
         released->autorelease();
@@ -56,8 +57,10 @@ struct ScratchMethods : _ZPAutoreleasedMallocMemory {
 [[noreturn]] void raiseConversionFailure(ZPString *string) {
     unsigned length = string->length();
     ZPString *shown = length > 23 ? string->substringToIndex(20) : string;
-    ZPString *reason = ZPString::stringWithFormat("Conversion to cString failed for string \"%@%s\""_zp, shown, length > 23 ? "..." : "");
-    ZPDictionary *info = objc_msgSend<id>(objc_getClass("ZPDictionary"), "dictionaryWithObject:forKey:"_sel, id(string), id("_ZPString"_zp));
+    ZPString *reason = ZPString::stringWithFormat("Conversion to cString failed for string \"%@%s\""_zp, shown,
+                                                  length > 23 ? "..." : "");
+    ZPDictionary *info = objc_msgSend<id>(objc_getClass("ZPDictionary"), "dictionaryWithObject:forKey:"_sel, id(string),
+                                          id("_ZPString"_zp));
     ZPException::exceptionWithName_reason_userInfo(ZPCharacterConversionException, reason, info)->raise();
 }
 
@@ -93,7 +96,9 @@ struct CStringMethods : ZPString {
     void getCStringMax(char *buffer, unsigned maxLength) {
         getCString_maxLength_range_remainingRange(buffer, maxLength, {0, ZPString::length()}, nullptr);
     }
-    void getCString(char *buffer) { getCString_maxLength_range_remainingRange(buffer, everything, {0, ZPString::length()}, nullptr); }
+    void getCString(char *buffer) {
+        getCString_maxLength_range_remainingRange(buffer, everything, {0, ZPString::length()}, nullptr);
+    }
 
     const char *converted(BOOL lossy) {
         ZPRange whole{0, ZPString::length()};
@@ -149,4 +154,6 @@ ZP_CATEGORY(ZPString, ZPStringCStrings)
     .method<&CStringMethods::cStringLength>("cStringLength")
     .method<&CStringMethods::displayableString>("displayableString");
 
-char *_ZPAutoreleasedScratch(unsigned bytes) { return static_cast<char *>(ScratchMethods::mallocMemory(nullptr, bytes)); }
+char *_ZPAutoreleasedScratch(unsigned bytes) {
+    return static_cast<char *>(ScratchMethods::mallocMemory(nullptr, bytes));
+}

@@ -11,10 +11,14 @@ namespace {
 constexpr unsigned turkish = 1;
 constexpr unsigned mostUnits = 3;
 
-struct Expansion { unichar unit; unichar upper[3], title[3]; };
+struct Expansion {
+    unichar unit;
+    unichar upper[3], title[3];
+};
 constexpr Expansion expansions[] = {
-    {0xFB00, {'F', 'F'}, {'F', 'f'}},           {0xFB01, {'F', 'I'}, {'F', 'i'}},           {0xFB02, {'F', 'L'}, {'F', 'l'}},
-    {0xFB03, {'F', 'F', 'I'}, {'F', 'f', 'i'}}, {0xFB04, {'F', 'F', 'L'}, {'F', 'f', 'l'}}, {0xFB05, {'S', 'T'}, {'S', 't'}},
+    {0xFB00, {'F', 'F'}, {'F', 'f'}},           {0xFB01, {'F', 'I'}, {'F', 'i'}},
+    {0xFB02, {'F', 'L'}, {'F', 'l'}},           {0xFB03, {'F', 'F', 'I'}, {'F', 'f', 'i'}},
+    {0xFB04, {'F', 'F', 'L'}, {'F', 'f', 'l'}}, {0xFB05, {'S', 'T'}, {'S', 't'}},
     {0xFB06, {'S', 'T'}, {'S', 't'}},
 };
 constexpr Expansion sharpS = {0xDF, {'S', 'S'}, {'S', 's'}};
@@ -32,7 +36,9 @@ unsigned write(unichar unit, unichar *output) {
     return 1;
 }
 
-ZP_INLINE bool expands(unichar u) { return (u == sharpS.unit) | (unichar(u - expansions[0].unit) < std::size(expansions)); }
+ZP_INLINE bool expands(unichar u) {
+    return (u == sharpS.unit) | (unichar(u - expansions[0].unit) < std::size(expansions));
+}
 
 ZP_INLINE unsigned writeUpper(ZPCaseMapper &mapper, unichar u, unichar *output) {
     return expands(u) ? write(expansionOf(u)->upper, output) : write(mapper.upper(u), output);
@@ -97,7 +103,8 @@ template <bool MayExpand> ZPString *mappedByPages(ZPString *string, const ZPCase
         ZPZoneBlock<unichar> block(std::size_t(length) * (MayExpand ? mostUnits : 1));
         unichar *output = block.memory;
         for (unsigned i = 0; i < length;) {
-            for (unsigned end = MayExpand ? endOfPlain(units, i, length) : length; i < end; ++i) *output++ = map[units[i]];
+            for (unsigned end = MayExpand ? endOfPlain(units, i, length) : length; i < end; ++i)
+                *output++ = map[units[i]];
             if (MayExpand && i < length) output += write(expansionOf(units[i++])->upper, output);
         }
         return adopted(block, std::size_t(output - block.memory));

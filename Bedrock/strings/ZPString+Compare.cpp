@@ -20,7 +20,8 @@ template <class U> unsigned hashOf(const U *units, unsigned length, unsigned has
 
 template <class U> unsigned hashEnds(const U *first, const U *last, unsigned length) {
     unsigned hash = length * powers.of[16];
-    for (unsigned i = 0; i < 8; ++i) hash += unsigned(first[i]) * powers.of[15 - i] + unsigned(last[i]) * powers.of[7 - i];
+    for (unsigned i = 0; i < 8; ++i)
+        hash += unsigned(first[i]) * powers.of[15 - i] + unsigned(last[i]) * powers.of[7 - i];
     return finish(hash, length);
 }
 
@@ -37,7 +38,8 @@ template <class U> unsigned firstDifference(const U *a, const U *b, unsigned n) 
         std::memcpy(&x, a + i, 8);
         std::memcpy(&y, b + i, 8);
         if (x != y) {
-            if constexpr (std::endian::native == std::endian::little) return i + unsigned(std::countr_zero(x ^ y)) / (8 * sizeof(U));
+            if constexpr (std::endian::native == std::endian::little)
+                return i + unsigned(std::countr_zero(x ^ y)) / (8 * sizeof(U));
             else return i + unsigned(std::countl_zero(x ^ y)) / (8 * sizeof(U));
         }
     }
@@ -45,7 +47,8 @@ template <class U> unsigned firstDifference(const U *a, const U *b, unsigned n) 
     return i;
 }
 
-template <class U, class Map> ZPComparisonResult compareRuns(const U *a, const U *b, unsigned lengthA, unsigned lengthB, unsigned options, Map map) {
+template <class U, class Map>
+ZPComparisonResult compareRuns(const U *a, const U *b, unsigned lengthA, unsigned lengthB, unsigned options, Map map) {
     unsigned shorter = lengthA < lengthB ? lengthA : lengthB;
     for (unsigned i = 0;; ++i) {
         i += firstDifference(a + i, b + i, shorter - i);
@@ -95,8 +98,10 @@ bool equalBytesAndUnits(const unsigned char *bytes, const unichar *units, unsign
 bool equalRuns(const ZPStringView &a, const ZPStringView &b) {
     if (a.length != b.length) return false;
     if (a.length == 0) return true;
-    if (a.bytes) return b.bytes ? std::memcmp(a.bytes, b.bytes, a.length) == 0 : equalBytesAndUnits(a.bytes, b.units, a.length);
-    return b.units ? std::memcmp(a.units, b.units, a.length * sizeof(unichar)) == 0 : equalBytesAndUnits(b.bytes, a.units, a.length);
+    if (a.bytes)
+        return b.bytes ? std::memcmp(a.bytes, b.bytes, a.length) == 0 : equalBytesAndUnits(a.bytes, b.units, a.length);
+    return b.units ? std::memcmp(a.units, b.units, a.length * sizeof(unichar)) == 0
+                   : equalBytesAndUnits(b.bytes, a.units, a.length);
 }
 
 struct CompareMethods : ZPString {
@@ -104,9 +109,10 @@ struct CompareMethods : ZPString {
         ZPStringView a = _ZPViewOfString(this), b = _ZPViewOfString(other);
         _ZPCheckRange(this, "compare:options:range:"_sel, range, a.length);
         if (a.bytes && b.bytes)
-            return ZPCompareCString(reinterpret_cast<const char *>(a.bytes) + range.location, reinterpret_cast<const char *>(b.bytes),
-                                    range.length, b.length, options);
-        if (a.units && b.units) return ZPCompareCharacters(a.units + range.location, b.units, range.length, b.length, options);
+            return ZPCompareCString(reinterpret_cast<const char *>(a.bytes) + range.location,
+                                    reinterpret_cast<const char *>(b.bytes), range.length, b.length, options);
+        if (a.units && b.units)
+            return ZPCompareCharacters(a.units + range.location, b.units, range.length, b.length, options);
         unichar mine[_ZPBlockUnits], its[_ZPBlockUnits];
         unsigned longer = std::max(range.length, b.length);
         for (unsigned at = 0; at < longer; at += std::min(longer - at, _ZPBlockUnits)) {
@@ -122,17 +128,21 @@ struct CompareMethods : ZPString {
         // The usual two strings need neither of the messages.
         if (isa == ZPInlineCString::class_() && other && other->isa == isa) {
             ZPStringView a = _ZPViewOfString(this), b = _ZPViewOfString(other);
-            return ZPCompareCString(reinterpret_cast<const char *>(a.bytes), reinterpret_cast<const char *>(b.bytes), a.length, b.length, options);
+            return ZPCompareCString(reinterpret_cast<const char *>(a.bytes), reinterpret_cast<const char *>(b.bytes),
+                                    a.length, b.length, options);
         }
         return compare_options_range(other, options, {0, ZPString::length()});
     }
     ZPComparisonResult compare(ZPString *other) { return compareOptions(other, 0); }
-    ZPComparisonResult caseInsensitiveCompare(ZPString *other) { return compareOptions(other, ZPCaseInsensitiveSearch); }
+    ZPComparisonResult caseInsensitiveCompare(ZPString *other) {
+        return compareOptions(other, ZPCaseInsensitiveSearch);
+    }
 
     BOOL isEqual(id other) {
         if (other.pointer() == this) return YES;
         if (!other) return NO;
-        if (other.pointer()->isa != isa && !objc_msgSend<BOOL>(other, "isKindOfClass:"_sel, ZPString::class_())) return NO;
+        if (other.pointer()->isa != isa && !objc_msgSend<BOOL>(other, "isKindOfClass:"_sel, ZPString::class_()))
+            return NO;
         return ZPString::isEqualToString(static_cast<ZPString *>(other.pointer()));
     }
     BOOL isEqualToString(ZPString *other) { return _ZPEqualStrings(this, other); }
@@ -178,7 +188,8 @@ unsigned ZPHashCString(const char *text, unsigned length) {
     auto *bytes = reinterpret_cast<const unsigned char *>(text);
     unsigned hash;
     if (std::endian::native == std::endian::little && length >= 8) {
-        if (_ZPHashWords(bytes, length, hash)) [[likely]] return hash;
+        if (_ZPHashWords(bytes, length, hash)) [[likely]]
+            return hash;
     } else if (_ZPIsASCII(bytes, length)) [[likely]] {
         return length > hashedUnits ? hashEnds(bytes, bytes + length - 8, length) : hashOf(bytes, length, length);
     }
@@ -203,11 +214,13 @@ unsigned ZPHashString(ZPString *string) {
     return hashOf(units, view.length, view.length);
 }
 
-ZPComparisonResult ZPCompareCharacters(const unichar *a, const unichar *b, unsigned lengthA, unsigned lengthB, unsigned options) {
+ZPComparisonResult ZPCompareCharacters(const unichar *a, const unichar *b, unsigned lengthA, unsigned lengthB,
+                                       unsigned options) {
     return compareRuns(a, b, lengthA, lengthB, options, [](unichar u) { return u; });
 }
 
-ZPComparisonResult ZPCompareCString(const char *a, const char *b, unsigned lengthA, unsigned lengthB, unsigned options) {
-    return compareRuns(reinterpret_cast<const unsigned char *>(a), reinterpret_cast<const unsigned char *>(b), lengthA, lengthB, options,
-                       [](unsigned char c) { return _ZPUnitOfByte(c); });
+ZPComparisonResult ZPCompareCString(const char *a, const char *b, unsigned lengthA, unsigned lengthB,
+                                    unsigned options) {
+    return compareRuns(reinterpret_cast<const unsigned char *>(a), reinterpret_cast<const unsigned char *>(b), lengthA,
+                       lengthB, options, [](unsigned char c) { return _ZPUnitOfByte(c); });
 }

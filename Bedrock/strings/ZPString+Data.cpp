@@ -30,18 +30,21 @@ struct DataMethods : ZPString {
         std::uint64_t worthMeasuring = encoding == ZPUTF8StringEncoding ? 1 << 14 : 64 << 20;
         unsigned filled = unsigned(room);
         if (room > worthMeasuring &&
-            !getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, 0x7FFFFFFE, &filled, encoding, lossy, whole, nullptr))
+            !getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+                nullptr, 0x7FFFFFFE, &filled, encoding, lossy, whole, nullptr))
             return nullptr;
         room = filled;
         ZPZoneBlock<char> block(room);
-        if (!getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(block.memory, filled, &filled, encoding, lossy, whole,
-                                                                                               &remaining))
+        if (!getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+                block.memory, filled, &filled, encoding, lossy, whole, &remaining))
             return nullptr;
         if (remaining.length)
             ZPException::raise_format(ZPInternalInconsistencyException, "%@: didn't convert all characters"_zp,
                                       _ZPMethodExceptionProem(this, "dataUsingEncoding:allowLossyConversion:"_sel));
         bool worthShrinking = filled < room - room / 4;
-        return _ZPNewMutableDataNoCopy(worthShrinking ? block.takeShrunk(filled ? filled : 1) : block.take(), filled, filled, nullptr)->autorelease();
+        return _ZPNewMutableDataNoCopy(worthShrinking ? block.takeShrunk(filled ? filled : 1) : block.take(), filled,
+                                       filled, nullptr)
+            ->autorelease();
     }
     ZPData *dataWithoutLoss(ZPStringEncoding encoding) { return dataUsingEncoding_allowLossyConversion(encoding, NO); }
 };

@@ -86,7 +86,8 @@ Outcome encodeUTF8(Conversion &c, const unichar *units, unsigned count, bool mor
     return Outcome::done;
 }
 
-template <bool shiftJIS> Outcome encodeJapanese(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
+template <bool shiftJIS>
+Outcome encodeJapanese(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
     for (unsigned i = 0; i < count; ++i) {
         if (c.euc && c.sink.out) {
             unsigned run;
@@ -96,7 +97,9 @@ template <bool shiftJIS> Outcome encodeJapanese(Conversion &c, const unichar *un
         *taken = i;
         if (i == count) break;
         unsigned char bytes[2];
-        unsigned n = !c.euc ? 0 : shiftJIS ? _ZPEncodeShiftJIS(*c.euc, units[i], bytes) : _ZPEncodeEUC(*c.euc, units[i], bytes);
+        unsigned n = !c.euc     ? 0
+                     : shiftJIS ? _ZPEncodeShiftJIS(*c.euc, units[i], bytes)
+                                : _ZPEncodeEUC(*c.euc, units[i], bytes);
         if (n == 0) {
             if (!c.lossy) return Outcome::failed;
             bytes[0] = '_';
@@ -187,7 +190,8 @@ Encoder *encoderOf(ZPStringEncoding encoding) {
 }
 
 struct EncodingMethods : ZPString {
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
+    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
+                  ZPRange range, ZPRange *remaining) {
         SEL selector = "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel;
         if (encoding == 0) encoding = ZPUnicodeStringEncoding;
         if (!_ZPEncodingIsKnown(encoding)) return NO;
@@ -205,7 +209,8 @@ struct EncodingMethods : ZPString {
             c.sink.put(bytes, done);
             ended = done == maxLength;
         }
-        if (encoding == ZPJapaneseEUCStringEncoding || encoding == ZPShiftJISStringEncoding || encoding == ZPISO2022JPStringEncoding)
+        if (encoding == ZPJapaneseEUCStringEncoding || encoding == ZPShiftJISStringEncoding ||
+            encoding == ZPISO2022JPStringEncoding)
             c.euc = range.length ? _ZPSharedEUCEncoder() : nullptr;
         if (encoding == ZPUnicodeStringEncoding && !c.sink.put("\xFF\xFE", 2)) ended = true;
         unichar block[256];
@@ -231,12 +236,14 @@ struct EncodingMethods : ZPString {
 
     BOOL getBytesInJIS(void *buffer, ZPRange range, unsigned *usedBytes, BOOL lossy) {
         ZPRange remaining{};
-        return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, 0xFFFFFFFF, usedBytes, ZPISO2022JPStringEncoding,
-                                                                                                 lossy, range, &remaining) && remaining.length == 0;
+        return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+                   buffer, 0xFFFFFFFF, usedBytes, ZPISO2022JPStringEncoding, lossy, range, &remaining) &&
+               remaining.length == 0;
     }
 
     BOOL canBeConverted(ZPStringEncoding encoding) {
-        if (encoding == 0 || encoding == ZPUnicodeStringEncoding || encoding == ZPUTF8StringEncoding || encoding == ZPNonLossyASCIIStringEncoding)
+        if (encoding == 0 || encoding == ZPUnicodeStringEncoding || encoding == ZPUTF8StringEncoding ||
+            encoding == ZPNonLossyASCIIStringEncoding)
             return YES;
         return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
             nullptr, 0xFFFFFFFF, nullptr, encoding, NO, {0, ZPString::length()}, nullptr);
@@ -252,7 +259,8 @@ struct EncodingMethods : ZPString {
 }  // namespace
 
 ZP_CATEGORY(ZPString, ZPStringEncoding)
-    .method<&EncodingMethods::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&EncodingMethods::getBytes>(
+        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
     .method<&EncodingMethods::getBytesInJIS>("_getBytesInJISEncoding:range:usedBytes:lossy:")
     .method<&EncodingMethods::canBeConverted>("canBeConvertedToEncoding:")
     .classMethod<&EncodingMethods::defaultCString>("defaultCStringEncoding")

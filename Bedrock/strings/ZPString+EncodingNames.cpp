@@ -5,7 +5,6 @@
 #include <Bedrock/platform/ZPMakeOnce.h>
 #include <Bedrock/strings/ZPString+Internal.h>
 
-
 namespace {
 
 ZPString *displayName(ZPStringEncoding encoding) {
@@ -35,11 +34,11 @@ ZPString *displayName(ZPStringEncoding encoding) {
 ZPDictionary *readNames() {
     ZPDictionary *table = nullptr;
     if (ZPHostResource file("English.lproj/EncodingNames.strings"); file) {
-        ZPString *text = ZPString::alloc()->initWithBytes_length_encoding(file.bytes, unsigned(file.length), ZPUTF8StringEncoding);
+        ZPString *text =
+            ZPString::alloc()->initWithBytes_length_encoding(file.bytes, unsigned(file.length), ZPUTF8StringEncoding);
         try {
             if (text) table = objc_msgSend<id>(text, "propertyListFromStringsFileFormat"_sel);
-        } catch (ZPException *) {
-        }
+        } catch (ZPException *) {}
         text->release();
     }
     return table ? static_cast<ZPDictionary *>(table->copy()) : ZPDictionary::new_();
@@ -57,4 +56,5 @@ struct NameMethods : ZPString {
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringEncodingNames).classMethod<&NameMethods::nameOfEncoding>("localizedNameOfStringEncoding:");
+ZP_CATEGORY(ZPString, ZPStringEncodingNames)
+    .classMethod<&NameMethods::nameOfEncoding>("localizedNameOfStringEncoding:");

@@ -115,7 +115,8 @@ inline ZPStringView _ZPViewOfString(ZPString *string) {
         auto *s = static_cast<ZPSimpleCString *>(string);
         return {reinterpret_cast<unsigned char *>(s->bytes), nullptr, s->numBytes};
     }
-    if (cls == ZPUnicodeString::class_() || cls == ZPUnicodeSubstring::class_() || cls == _ZPConstantUnicodeString::class_()) {
+    if (cls == ZPUnicodeString::class_() || cls == ZPUnicodeSubstring::class_() ||
+        cls == _ZPConstantUnicodeString::class_()) {
         auto *s = static_cast<ZPSimpleString *>(string);
         return {nullptr, s->characters, s->numCharacters};
     }
@@ -155,10 +156,12 @@ ZP_INLINE bool _ZPHashWords(const void *text, unsigned length, unsigned &hash) {
     std::uint64_t first, last;
     std::memcpy(&first, bytes, 8);
     std::memcpy(&last, bytes + length - 8, 8);
-    if ((first | last) & 0x8080808080808080) [[unlikely]] return false;
+    if ((first | last) & 0x8080808080808080) [[unlikely]]
+        return false;
     unsigned hashed = length < _ZPHashedUnits ? length : _ZPHashedUnits, shift = 8 * (_ZPHashedUnits - hashed);
     first = shift == 64 ? 0 : first << shift;
-    hash = _ZPFinishHash(length * _ZPPowers.of[hashed] + _ZPHashEight(first) * _ZPPowers.of[8] + _ZPHashEight(last), length);
+    hash = _ZPFinishHash(length * _ZPPowers.of[hashed] + _ZPHashEight(first) * _ZPPowers.of[8] + _ZPHashEight(last),
+                         length);
     return true;
 }
 
@@ -178,7 +181,8 @@ struct ZPUnitReader {
 
     ZPUnitReader(ZPString *s, unsigned n) : string(s), length(n) {}
     unichar operator[](unsigned i) {
-        if (i - start >= count) [[unlikely]] fill(i);
+        if (i - start >= count) [[unlikely]]
+            fill(i);
         return buffer[i - start];
     }
     void fill(unsigned i) {
@@ -216,7 +220,8 @@ unichar _ZPDecimalSeparator(id locale);
 [[noreturn]] ZP_COLD void _ZPRaiseNullCString(id receiver, SEL selector);
 
 inline void _ZPCheckRange(id receiver, SEL selector, ZPRange range, unsigned length) {
-    if (range.location > length || range.length > length - range.location) [[unlikely]] _ZPRaiseOutOfBounds(receiver, selector);
+    if (range.location > length || range.length > length - range.location) [[unlikely]]
+        _ZPRaiseOutOfBounds(receiver, selector);
 }
 
 // ---- temporary memory ----
@@ -225,12 +230,20 @@ inline void _ZPCheckRange(id receiver, SEL selector, ZPRange range, unsigned len
 template <class T> struct ZPZoneBlock {
     T *memory;
     ZPZone *zone;
-    explicit ZPZoneBlock(std::size_t count, ZPZone *z = nullptr) : memory(static_cast<T *>(ZPZoneMalloc(z, count ? count * sizeof(T) : 1))), zone(z) {
-        if (!memory) [[unlikely]] ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    explicit ZPZoneBlock(std::size_t count, ZPZone *z = nullptr)
+        : memory(static_cast<T *>(ZPZoneMalloc(z, count ? count * sizeof(T) : 1))), zone(z) {
+        if (!memory) [[unlikely]]
+            ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
     }
     ZPZoneBlock(const ZPZoneBlock &) = delete;
-    ~ZPZoneBlock() { if (memory) ZPZoneFree(zone, memory); }
-    T *take() { T *m = memory; memory = nullptr; return m; }
+    ~ZPZoneBlock() {
+        if (memory) ZPZoneFree(zone, memory);
+    }
+    T *take() {
+        T *m = memory;
+        memory = nullptr;
+        return m;
+    }
     /// Shrinks the block and gives it away.
     T *takeShrunk(std::size_t count) {
         T *m = take(), *smaller = static_cast<T *>(ZPZoneRealloc(zone, m, count * sizeof(T)));
@@ -242,11 +255,15 @@ template <class T> struct ZPZoneBlock {
 template <class T, unsigned N> struct ZPStackBuffer {
     T local[N];
     T *memory;
-    explicit ZPStackBuffer(std::size_t count) : memory(count <= N ? local : static_cast<T *>(ZPZoneMalloc(nullptr, count * sizeof(T)))) {
-        if (!memory) [[unlikely]] ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    explicit ZPStackBuffer(std::size_t count)
+        : memory(count <= N ? local : static_cast<T *>(ZPZoneMalloc(nullptr, count * sizeof(T)))) {
+        if (!memory) [[unlikely]]
+            ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
     }
     ZPStackBuffer(const ZPStackBuffer &) = delete;
-    ~ZPStackBuffer() { if (memory != local) ZPZoneFree(nullptr, memory); }
+    ~ZPStackBuffer() {
+        if (memory != local) ZPZoneFree(nullptr, memory);
+    }
 };
 
 /// A string that adopts a block of units: "" when empty. The caller owns the result.

@@ -29,7 +29,8 @@ template <class Units> void lineEnd(Units &units, unsigned length, unsigned at, 
         contents = at;
         while (contents < length && !isLineEnd(units[contents])) ++contents;
         behind = contents;
-        if (contents < length) behind += units[contents] == CR && contents + 1 < length && units[contents + 1] == LF ? 2 : 1;
+        if (contents < length)
+            behind += units[contents] == CR && contents + 1 < length && units[contents + 1] == LF ? 2 : 1;
     }
     if (end) *end = behind;
     if (contentsEnd) *contentsEnd = contents;
@@ -43,7 +44,8 @@ struct LineMethods : ZPString {
         _ZPWithUnits(this, [&](auto &&units, unsigned length) {
             _ZPCheckRange(this, selector, range, length);
             if (start) *start = lineStart(units, length, range.location);
-            if (end || contentsEnd) lineEnd(units, length, range.location + range.length - (range.length > 0), end, contentsEnd);
+            if (end || contentsEnd)
+                lineEnd(units, length, range.location + range.length - (range.length > 0), end, contentsEnd);
         });
     }
     ZPRange lineRange(ZPRange range) {
@@ -81,7 +83,9 @@ struct LineMethods : ZPString {
     ZPRange rangeOfCharacterOptions(ZPCharacterSet *set, unsigned options) {
         return rangeOfCharacterFromSet_options_range(set, options, {0, ZPString::length()});
     }
-    ZPRange rangeOfCharacter(ZPCharacterSet *set) { return rangeOfCharacterFromSet_options_range(set, 0, {0, ZPString::length()}); }
+    ZPRange rangeOfCharacter(ZPCharacterSet *set) {
+        return rangeOfCharacterFromSet_options_range(set, 0, {0, ZPString::length()});
+    }
 
     BOOL containsCharFromSet(ZPCharacterSet *set) {
         return _ZPWithUnits(this, [&](auto &&units, unsigned length) -> BOOL {

@@ -21,11 +21,17 @@ Family familyOf(ZPString *string) {
 }
 
 ZPString *newShared(ZPString *parent, Family family, ZPRange range, ZPZone *zone) {
-    struct Parent { ZPString *string; ~Parent() { if (string) string->release(); } } held{parent->copyWithZone(parent->zone())};
+    struct Parent {
+        ZPString *string;
+        ~Parent() {
+            if (string) string->release();
+        }
+    } held{parent->copyWithZone(parent->zone())};
     ZPString *result;
     if (family == Family::bytes) {
         ZPCSubstring *s = ZPAllocateObject(ZPCSubstring::class_(), 0, zone);
-        s->bytes = const_cast<char *>(reinterpret_cast<const char *>(_ZPViewOfString(held.string).bytes)) + range.location;
+        s->bytes =
+            const_cast<char *>(reinterpret_cast<const char *>(_ZPViewOfString(held.string).bytes)) + range.location;
         s->numBytes = range.length;
         s->_flags.freeWhenDone = 1;
         s->_referenceString = held.string;
@@ -49,7 +55,8 @@ struct PieceMethods : ZPString {
         Family family = familyOf(this);
         if (range.length == view.length) return family == Family::other ? ZPObject::copyWithZone(zone) : retain();
         if (family != Family::other && range.length >= _ZPShareThreshold) return newShared(this, family, range, zone);
-        if (family == Family::bytes) return _ZPNewInlineCString(reinterpret_cast<const char *>(view.bytes) + range.location, range.length, zone);
+        if (family == Family::bytes)
+            return _ZPNewInlineCString(reinterpret_cast<const char *>(view.bytes) + range.location, range.length, zone);
         if (family == Family::units) return _ZPNewStringWithUnits(view.units + range.location, range.length, zone);
         ZPZoneBlock<unichar> block(range.length, zone);
         getCharacters_range(block.memory, range);
@@ -79,7 +86,8 @@ struct PieceMethods : ZPString {
         if (mine.length == 0 && (its.length == 0 || !other)) return ""_zp;
         if (mine.length == 0) return copied(other);
         if (its.length == 0) return copied(this);
-        if (family == Family::other) return _ZPNewStringByAppendingStrings(zone(), this, other, static_cast<ZPString *>(nullptr))->autorelease();
+        if (family == Family::other)
+            return _ZPNewStringByAppendingStrings(zone(), this, other, static_cast<ZPString *>(nullptr))->autorelease();
         std::uint64_t sum = std::uint64_t(mine.length) + its.length;
         if (sum > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
         unsigned length = unsigned(sum);
@@ -97,15 +105,20 @@ struct PieceMethods : ZPString {
         return _ZPNewStringAdoptingUnits(block.take(), length, YES, zone)->autorelease();
     }
     ZPString *stringByAppendingFormat(ZPString *format, std::va_list arguments) {
-        struct Owned { ZPString *text; ~Owned() { text->release(); } } tail{
-            _ZPPlaceholderStringFromZone(nullptr)->initWithFormat_locale_arguments(format, nullptr, arguments)};
+        struct Owned {
+            ZPString *text;
+            ~Owned() { text->release(); }
+        } tail{_ZPPlaceholderStringFromZone(nullptr)->initWithFormat_locale_arguments(format, nullptr, arguments)};
         return _ZPNewStringByAppendingStrings(zone(), this, tail.text, static_cast<ZPString *>(nullptr))->autorelease();
     }
 
     // ---- taking apart ----
 
     void add(ZPMutableArray *pieces, ZPRange range, ZPZone *zone) {
-        struct Owned { ZPString *text; ~Owned() { text->release(); } } piece{_newSubstringWithRange_zone(range, zone)};
+        struct Owned {
+            ZPString *text;
+            ~Owned() { text->release(); }
+        } piece{_newSubstringWithRange_zone(range, zone)};
         pieces->addObject(piece.text);
     }
     ZPArray *componentsSeparatedByString(ZPString *separator) {

@@ -38,7 +38,9 @@ template <class U> unsigned findInRun(const U *text, unsigned n, const U *needle
     constexpr unsigned lanes = 16 / sizeof(U), laneBits = 8 * sizeof(U);
     constexpr std::uint64_t lane = sizeof(U) == 1 ? 0xFF : 0xFFFF;
     unsigned candidates = n - m + 1, i = 0;
-    auto matches = [&](unsigned at) { return m <= 2 || std::memcmp(text + at + 1, needle + 1, (m - 2) * sizeof(U)) == 0; };
+    auto matches = [&](unsigned at) {
+        return m <= 2 || std::memcmp(text + at + 1, needle + 1, (m - 2) * sizeof(U)) == 0;
+    };
     if constexpr (std::endian::native == std::endian::little) {
         Vector first = Vector{} + needle[0], last = Vector{} + needle[m - 1];
         std::uint64_t effort = 0;
@@ -49,7 +51,8 @@ template <class U> unsigned findInRun(const U *text, unsigned n, const U *needle
             auto both = (a == first) & (b == last);
             std::uint64_t halves[2];
             std::memcpy(halves, &both, 16);
-            if (!(halves[0] | halves[1])) [[likely]] continue;
+            if (!(halves[0] | halves[1])) [[likely]]
+                continue;
             for (unsigned half = 0; half < 2; ++half)
                 for (std::uint64_t rest = halves[half]; rest;) {
                     unsigned at = unsigned(std::countr_zero(rest)) / laneBits;
@@ -120,7 +123,8 @@ struct SearchMethods : ZPString {
         unsigned m = sought.length;
         if (range.length == 0 || m == 0 || m > range.length) return {none, 0};
         unsigned found;
-        if (!(options & (ZPCaseInsensitiveSearch | ZPBackwardsSearch | ZPAnchoredSearch)) && text.shown() && sought.shown()) {
+        if (!(options & (ZPCaseInsensitiveSearch | ZPBackwardsSearch | ZPAnchoredSearch)) && text.shown() &&
+            sought.shown()) {
             found = findExactly(text, range.location, range.length, sought);
         } else {
             ZPStackBuffer<unichar, stackNeedle> units(m);
@@ -128,26 +132,37 @@ struct SearchMethods : ZPString {
             else needle->getCharacters_range(units.memory, {0, m});
             bool folding = options & ZPCaseInsensitiveSearch;
             ZPCaseMapper fold;
-            if (folding) std::transform(units.memory, units.memory + m, units.memory, [&](unichar u) { return fold(u); });
+            if (folding)
+                std::transform(units.memory, units.memory + m, units.memory, [&](unichar u) { return fold(u); });
             found = _ZPWithUnits(this, [&](auto &&source, unsigned) {
                 unsigned from = range.location;
-                if (folding) return find([&](unsigned i) { return fold(source[from + i]); }, range.length, units.memory, m, options);
-                return find([&](unsigned i) -> unichar { return source[from + i]; }, range.length, units.memory, m, options);
+                if (folding)
+                    return find([&](unsigned i) { return fold(source[from + i]); }, range.length, units.memory, m,
+                                options);
+                return find([&](unsigned i) -> unichar { return source[from + i]; }, range.length, units.memory, m,
+                            options);
             });
         }
         if (found == none) return {none, 0};
         return {range.location + found, m};
     }
-    ZPRange rangeOfStringOptions(ZPString *needle, unsigned options) { return rangeOfString_options_range(needle, options, {0, ZPString::length()}); }
+    ZPRange rangeOfStringOptions(ZPString *needle, unsigned options) {
+        return rangeOfString_options_range(needle, options, {0, ZPString::length()});
+    }
     ZPRange rangeOfString(ZPString *needle) { return rangeOfString_options_range(needle, 0, {0, ZPString::length()}); }
     BOOL hasPrefix(ZPString *prefix) {
         return rangeOfString_options_range(prefix, ZPAnchoredSearch, {0, ZPString::length()}).length != 0;
     }
     BOOL hasSuffix(ZPString *suffix) {
-        return rangeOfString_options_range(suffix, ZPAnchoredSearch | ZPBackwardsSearch, {0, ZPString::length()}).length != 0;
+        return rangeOfString_options_range(suffix, ZPAnchoredSearch | ZPBackwardsSearch, {0, ZPString::length()})
+                   .length != 0;
     }
-    BOOL containsString(ZPString *needle) { return rangeOfString_options_range(needle, 0, {0, ZPString::length()}).length != 0; }
-    BOOL containsChar(char character) { return containsString(ZPString::stringWithCString_length(&character, character ? 1 : 0)); }
+    BOOL containsString(ZPString *needle) {
+        return rangeOfString_options_range(needle, 0, {0, ZPString::length()}).length != 0;
+    }
+    BOOL containsChar(char character) {
+        return containsString(ZPString::stringWithCString_length(&character, character ? 1 : 0));
+    }
 };
 
 }  // namespace

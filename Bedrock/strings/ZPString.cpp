@@ -15,7 +15,8 @@ ZPString *autoreleased(ZPString *string) { return string ? string->autorelease()
 
 struct ZPStringClassMethods {
     static id alloc(Class self) {
-        if (self == ZPString::class_()) [[likely]] return _ZPPlaceholderStringFromZone(nullptr);
+        if (self == ZPString::class_()) [[likely]]
+            return _ZPPlaceholderStringFromZone(nullptr);
         return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr));
     }
     static id allocWithZone(Class self, ZPZone *zone) {
@@ -26,7 +27,9 @@ struct ZPStringClassMethods {
         return objc_msgSend<id>(objc_msgSend<id>(objc_msgSend<id>(self, "alloc"_sel), "init"_sel), "autorelease"_sel);
     }
     static ZPString *stringWithString(Class self, ZPString *other) {
-        return objc_msgSend<id>(objc_msgSend<ZPString *>(objc_msgSend<id>(self, "alloc"_sel), "initWithString:"_sel, other), "autorelease"_sel);
+        return objc_msgSend<id>(objc_msgSend<ZPString *>(objc_msgSend<id>(self, "alloc"_sel), "initWithString:"_sel,
+                                                         other),
+                                "autorelease"_sel);
     }
     static ZPString *stringWithCharacters(Class, const unichar *characters, unsigned length) {
         return _ZPNewStringWithUnits(characters, length, nullptr)->autorelease();
@@ -56,8 +59,12 @@ struct ZPStringMethods : ZPString {
         return nullptr;
     }
 
-    ZPString *initWithCharactersNoCopy(unichar *, unsigned, BOOL) { _ZPRequestConcreteObject(this, "initWithCharactersNoCopy:length:freeWhenDone:"_sel); }
-    ZPString *initWithCStringNoCopy(char *, unsigned, BOOL) { _ZPRequestConcreteObject(this, "initWithCStringNoCopy:length:freeWhenDone:"_sel); }
+    ZPString *initWithCharactersNoCopy(unichar *, unsigned, BOOL) {
+        _ZPRequestConcreteObject(this, "initWithCharactersNoCopy:length:freeWhenDone:"_sel);
+    }
+    ZPString *initWithCStringNoCopy(char *, unsigned, BOOL) {
+        _ZPRequestConcreteObject(this, "initWithCStringNoCopy:length:freeWhenDone:"_sel);
+    }
     ZPString *initWithCStringLength(const char *bytes, unsigned length) {
         return initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
     }
@@ -76,16 +83,22 @@ struct ZPStringMethods : ZPString {
         other->getCharacters_range(block.memory, {0, length});
         return initWithCharactersNoCopy_length_freeWhenDone(block.take(), length, YES);
     }
-    ZPString *initWithFormat(ZPString *format, std::va_list arguments) { return initWithFormat_locale_arguments(format, nullptr, arguments); }
+    ZPString *initWithFormat(ZPString *format, std::va_list arguments) {
+        return initWithFormat_locale_arguments(format, nullptr, arguments);
+    }
     ZPString *initWithFormatLocale(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         return initWithFormat_locale_arguments(format, locale, arguments);
     }
     ZPString *initWithFormatLocaleArguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
-        struct Formatted { ZPString *text; ~Formatted() { text->release(); } } formatted{newFormatted(format, locale, arguments)};
+        struct Formatted {
+            ZPString *text;
+            ~Formatted() { text->release(); }
+        } formatted{newFormatted(format, locale, arguments)};
         return ZPString::initWithString(formatted.text);
     }
     ZPString *initWithData(ZPData *data, ZPStringEncoding encoding) {
-        return initWithBytes_length_encoding(objc_msgSend<const void *>(data, "bytes"_sel), objc_msgSend<unsigned>(data, "length"_sel), encoding);
+        return initWithBytes_length_encoding(objc_msgSend<const void *>(data, "bytes"_sel),
+                                             objc_msgSend<unsigned>(data, "length"_sel), encoding);
     }
     ZPString *initWithBytes(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         void *buffer = nullptr;
@@ -97,7 +110,9 @@ struct ZPStringMethods : ZPString {
     }
 
     unsigned length() { ZPRequestConcreteImplementation(this, "length"_sel, ZPString::class_()); }
-    unichar characterAtIndex(unsigned) { ZPRequestConcreteImplementation(this, "characterAtIndex:"_sel, ZPString::class_()); }
+    unichar characterAtIndex(unsigned) {
+        ZPRequestConcreteImplementation(this, "characterAtIndex:"_sel, ZPString::class_());
+    }
     void getCharactersRange(unichar *buffer, ZPRange range) {
         for (unsigned i = 0; i < range.length; ++i) buffer[i] = ZPString::characterAtIndex(range.location + i);
     }
@@ -165,7 +180,8 @@ ZPStringView _ZPViewOfOtherString(ZPString *string) {
     }
     if (cls == ZPConcreteMutableString::class_()) {
         string = static_cast<ZPConcreteMutableString *>(string)->_contents;
-        if (!string || (string->isa != ZPCStringWithGap::class_() && string->isa != ZPUnicodeStringWithGap::class_())) return _ZPViewOfString(string);
+        if (!string || (string->isa != ZPCStringWithGap::class_() && string->isa != ZPUnicodeStringWithGap::class_()))
+            return _ZPViewOfString(string);
         cls = string->isa;
     }
     if (cls == ZPCStringWithGap::class_()) {
@@ -227,11 +243,13 @@ ZPDictionary *_ZPUserLocale() {
 }
 
 void _ZPRaiseOutOfBounds(id receiver, SEL selector) {
-    ZPException::raise_format(ZPRangeException, "[%s %s]: Out of bounds"_zp, receiver.pointer()->isa->name, sel_getName(selector));
+    ZPException::raise_format(ZPRangeException, "[%s %s]: Out of bounds"_zp, receiver.pointer()->isa->name,
+                              sel_getName(selector));
 }
 
 void _ZPRaiseNullCString(id receiver, SEL selector) {
-    ZPException::raise_format(ZPInvalidArgumentException, "[%s %s]: NULL cString"_zp, receiver.pointer()->isa->name, sel_getName(selector));
+    ZPException::raise_format(ZPInvalidArgumentException, "[%s %s]: NULL cString"_zp, receiver.pointer()->isa->name,
+                              sel_getName(selector));
 }
 
 ZPString *ZPStringFromBOOL(BOOL flag) { return flag ? "YES"_zp : "NO"_zp; }

@@ -18,7 +18,8 @@ ZP_FORWARD(ZPMutableString);
 
 /// Bits of the options of comparisons and searches.
 enum : unsigned {
-    ZPCaseInsensitiveSearch = 1,  ///< comparison folds ASCII letters; search folds all units by the simple lower-case mapping
+    ZPCaseInsensitiveSearch =
+        1,  ///< comparison folds ASCII letters; search folds all units by the simple lower-case mapping
     ZPLiteralSearch = 2,  ///< no effect: matching is always unit by unit
     ZPBackwardsSearch = 4,  ///< the last match
     ZPAnchoredSearch = 8,  ///< only at the range's start (its end, with backwards)
@@ -36,14 +37,18 @@ struct ZPString : ZPObject {
     /// The empty string.
     static ZPString *string() { return objc_msgSend<ZPString *>(class_(), "string"_sel); }
     /// The text of another string, which must not be null.
-    static ZPString *stringWithString(ZPString *other) { return objc_msgSend<ZPString *>(class_(), "stringWithString:"_sel, other); }
+    static ZPString *stringWithString(ZPString *other) {
+        return objc_msgSend<ZPString *>(class_(), "stringWithString:"_sel, other);
+    }
     /// Copies the units.
     static ZPString *stringWithCharacters_length(const unichar *characters, unsigned length) {
         return objc_msgSend<ZPString *>(class_(), "stringWithCharacters:length:"_sel, characters, length);
     }
     /// Copies bytes in the default C-string encoding up to the NUL; null when they are not text in it. A null
     /// pointer raises ZPInvalidArgumentException.
-    static ZPString *stringWithCString(const char *bytes) { return objc_msgSend<ZPString *>(class_(), "stringWithCString:"_sel, bytes); }
+    static ZPString *stringWithCString(const char *bytes) {
+        return objc_msgSend<ZPString *>(class_(), "stringWithCString:"_sel, bytes);
+    }
     /// Copies `length` bytes in the default C-string encoding; null when they are not text in it.
     static ZPString *stringWithCString_length(const char *bytes, unsigned length) {
         return objc_msgSend<ZPString *>(class_(), "stringWithCString:length:"_sel, bytes, length);
@@ -54,15 +59,20 @@ struct ZPString : ZPObject {
         return objc_sendVariadic<ZPString *, ZPString *>::send(class_(), "stringWithFormat:"_sel, format, arguments...);
     }
     /// With the decimal separator of a locale dictionary (may be null).
-    template <class... A> static ZPString *stringWithFormat_locale(ZPString *format, ZPDictionary *locale, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *, ZPDictionary *>::send(class_(), "stringWithFormat:locale:"_sel, format, locale, arguments...);
+    template <class... A>
+    static ZPString *stringWithFormat_locale(ZPString *format, ZPDictionary *locale, A... arguments) {
+        return objc_sendVariadic<ZPString *, ZPString *, ZPDictionary *>::send(class_(), "stringWithFormat:locale:"_sel,
+                                                                               format, locale, arguments...);
     }
     /// With the user defaults as locale.
     template <class... A> static ZPString *localizedStringWithFormat(ZPString *format, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(class_(), "localizedStringWithFormat:"_sel, format, arguments...);
+        return objc_sendVariadic<ZPString *, ZPString *>::send(class_(), "localizedStringWithFormat:"_sel, format,
+                                                               arguments...);
     }
     /// The text of a file: see `initWithContentsOfFile`.
-    static ZPString *stringWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPString *>(class_(), "stringWithContentsOfFile:"_sel, path); }
+    static ZPString *stringWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPString *>(class_(), "stringWithContentsOfFile:"_sel, path);
+    }
 
     // ---- initialisers: each may answer another object than the receiver, or null for bytes that are not text
     // in their encoding ----
@@ -72,7 +82,8 @@ struct ZPString : ZPObject {
     /// Uses the caller's units, which must outlive the string unless it frees them (in the zone that owns
     /// them). A subclass's one way to hold units.
     ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *characters, unsigned length, BOOL freeWhenDone) {
-        return objc_msgSend<ZPString *>(this, "initWithCharactersNoCopy:length:freeWhenDone:"_sel, characters, length, freeWhenDone);
+        return objc_msgSend<ZPString *>(this, "initWithCharactersNoCopy:length:freeWhenDone:"_sel, characters, length,
+                                        freeWhenDone);
     }
     /// Copies the units.
     ZPString *initWithCharacters_length(const unichar *characters, unsigned length) {
@@ -80,7 +91,8 @@ struct ZPString : ZPObject {
     }
     /// Uses the caller's bytes in the default C-string encoding; with `freeWhenDone` they are the string's.
     ZPString *initWithCStringNoCopy_length_freeWhenDone(char *bytes, unsigned length, BOOL freeWhenDone) {
-        return objc_msgSend<ZPString *>(this, "initWithCStringNoCopy:length:freeWhenDone:"_sel, bytes, length, freeWhenDone);
+        return objc_msgSend<ZPString *>(this, "initWithCStringNoCopy:length:freeWhenDone:"_sel, bytes, length,
+                                        freeWhenDone);
     }
     /// Copies `length` bytes in the default C-string encoding.
     ZPString *initWithCString_length(const char *bytes, unsigned length) {
@@ -88,7 +100,9 @@ struct ZPString : ZPObject {
     }
     /// Copies bytes in the default C-string encoding up to the NUL. A null pointer raises
     /// ZPInvalidArgumentException.
-    ZPString *initWithCString(const char *bytes) { return objc_msgSend<ZPString *>(this, "initWithCString:"_sel, bytes); }
+    ZPString *initWithCString(const char *bytes) {
+        return objc_msgSend<ZPString *>(this, "initWithCString:"_sel, bytes);
+    }
     /// The text of another string, which must not be null.
     ZPString *initWithString(ZPString *other) { return objc_msgSend<ZPString *>(this, "initWithString:"_sel, other); }
     ///@{
@@ -97,7 +111,8 @@ struct ZPString : ZPObject {
         return objc_sendVariadic<ZPString *, ZPString *>::send(this, "initWithFormat:"_sel, format, arguments...);
     }
     template <class... A> ZPString *initWithFormat_locale(ZPString *format, ZPDictionary *locale, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *, ZPDictionary *>::send(this, "initWithFormat:locale:"_sel, format, locale, arguments...);
+        return objc_sendVariadic<ZPString *, ZPString *, ZPDictionary *>::send(this, "initWithFormat:locale:"_sel,
+                                                                               format, locale, arguments...);
     }
     ZPString *initWithFormat_arguments(ZPString *format, std::va_list arguments) {
         return objc_msgSend<ZPString *>(this, "initWithFormat:arguments:"_sel, format, arguments);
@@ -116,7 +131,9 @@ struct ZPString : ZPObject {
     }
     /// Reads a file: UTF-16 when it is of even length and begins with a byte-order mark, else the default
     /// C-string encoding. Null when the file cannot be read or decoded.
-    ZPString *initWithContentsOfFile(ZPString *path) { return objc_msgSend<ZPString *>(this, "initWithContentsOfFile:"_sel, path); }
+    ZPString *initWithContentsOfFile(ZPString *path) {
+        return objc_msgSend<ZPString *>(this, "initWithContentsOfFile:"_sel, path);
+    }
 
     // ---- reading ----
 
@@ -127,7 +144,9 @@ struct ZPString : ZPObject {
     /// Copies all units; the buffer holds `length()` of them.
     void getCharacters(unichar *buffer) { objc_msgSend(this, "getCharacters:"_sel, buffer); }
     /// Copies the units of a range; the buffer holds that many.
-    void getCharacters_range(unichar *buffer, ZPRange range) { objc_msgSend(this, "getCharacters:range:"_sel, buffer, range); }
+    void getCharacters_range(unichar *buffer, ZPRange range) {
+        objc_msgSend(this, "getCharacters:range:"_sel, buffer, range);
+    }
     /// The receiver's bytes in the 8-bit storage encoding, `cStringLength()` of them and in general without a
     /// NUL, or null. Valid while the receiver lives and is not changed.
     const char *_fastCStringContents() { return objc_msgSend<const char *>(this, "_fastCStringContents"_sel); }
@@ -141,9 +160,13 @@ struct ZPString : ZPObject {
     // ---- comparing ----
 
     /// How the receiver and the other follow each other by unit values; a shorter text comes before what it begins.
-    ZPComparisonResult compare(ZPString *other) { return objc_msgSend<ZPComparisonResult>(this, "compare:"_sel, other); }
+    ZPComparisonResult compare(ZPString *other) {
+        return objc_msgSend<ZPComparisonResult>(this, "compare:"_sel, other);
+    }
     /// The same without regard to the case of ASCII letters.
-    ZPComparisonResult caseInsensitiveCompare(ZPString *other) { return objc_msgSend<ZPComparisonResult>(this, "caseInsensitiveCompare:"_sel, other); }
+    ZPComparisonResult caseInsensitiveCompare(ZPString *other) {
+        return objc_msgSend<ZPComparisonResult>(this, "caseInsensitiveCompare:"_sel, other);
+    }
     /// By unit values; ZPCaseInsensitiveSearch folds ASCII letters, the other options have no effect.
     ZPComparisonResult compare_options(ZPString *other, unsigned options) {
         return objc_msgSend<ZPComparisonResult>(this, "compare:options:"_sel, other, options);
@@ -168,13 +191,17 @@ struct ZPString : ZPObject {
     /// The first occurrence, unit by unit. An empty argument is never found.
     ZPRange rangeOfString(ZPString *needle) { return objc_msgSend<ZPRange>(this, "rangeOfString:"_sel, needle); }
     /// The first occurrence, or that which the options ask for, bits of ZPCaseInsensitiveSearch and its like.
-    ZPRange rangeOfString_options(ZPString *needle, unsigned options) { return objc_msgSend<ZPRange>(this, "rangeOfString:options:"_sel, needle, options); }
+    ZPRange rangeOfString_options(ZPString *needle, unsigned options) {
+        return objc_msgSend<ZPRange>(this, "rangeOfString:options:"_sel, needle, options);
+    }
     /// The same within a range.
     ZPRange rangeOfString_options_range(ZPString *needle, unsigned options, ZPRange range) {
         return objc_msgSend<ZPRange>(this, "rangeOfString:options:range:"_sel, needle, options, range);
     }
     /// The first unit that is a member, as a range of length 1; a null set has none.
-    ZPRange rangeOfCharacterFromSet(ZPCharacterSet *set) { return objc_msgSend<ZPRange>(this, "rangeOfCharacterFromSet:"_sel, set); }
+    ZPRange rangeOfCharacterFromSet(ZPCharacterSet *set) {
+        return objc_msgSend<ZPRange>(this, "rangeOfCharacterFromSet:"_sel, set);
+    }
     /// The first or, with ZPBackwardsSearch, the last; with ZPAnchoredSearch only the first unit, or only the last
     /// one.
     ZPRange rangeOfCharacterFromSet_options(ZPCharacterSet *set, unsigned options) {
@@ -194,16 +221,24 @@ struct ZPString : ZPObject {
     BOOL _containsChar(char character) { return objc_msgSend<BOOL>(this, "_containsChar:"_sel, character); }
     /// Whether a scanner that scans up to the first member is then not at its end: white space and newlines before
     /// the search are passed over, and a member with nothing but those from there on does not count.
-    BOOL _containsCharFromSet(ZPCharacterSet *set) { return objc_msgSend<BOOL>(this, "_containsCharFromSet:"_sel, set); }
+    BOOL _containsCharFromSet(ZPCharacterSet *set) {
+        return objc_msgSend<BOOL>(this, "_containsCharFromSet:"_sel, set);
+    }
 
     // ---- pieces and derived strings ----
 
     /// A part, which may share the receiver's units.
-    ZPString *substringWithRange(ZPRange range) { return objc_msgSend<ZPString *>(this, "substringWithRange:"_sel, range); }
+    ZPString *substringWithRange(ZPRange range) {
+        return objc_msgSend<ZPString *>(this, "substringWithRange:"_sel, range);
+    }
     /// From an index, which may be the length, to the end.
-    ZPString *substringFromIndex(unsigned index) { return objc_msgSend<ZPString *>(this, "substringFromIndex:"_sel, index); }
+    ZPString *substringFromIndex(unsigned index) {
+        return objc_msgSend<ZPString *>(this, "substringFromIndex:"_sel, index);
+    }
     /// The units before an index, which may be the length.
-    ZPString *substringToIndex(unsigned index) { return objc_msgSend<ZPString *>(this, "substringToIndex:"_sel, index); }
+    ZPString *substringToIndex(unsigned index) {
+        return objc_msgSend<ZPString *>(this, "substringToIndex:"_sel, index);
+    }
     /// As `substringWithRange`, in a zone (null: the default zone); the caller owns the result.
     ZPString *_newSubstringWithRange_zone(ZPRange range, ZPZone *zone) {
         return objc_msgSend<ZPString *>(this, "_newSubstringWithRange:zone:"_sel, range, zone);
@@ -213,14 +248,21 @@ struct ZPString : ZPObject {
         return objc_msgSend<ZPString *>(this, "_newSubstringFromRange:zone:"_sel, range, zone);
     }
     /// The pieces between occurrences of the separator, empty ones too; the whole text when there is none.
-    ZPArray *componentsSeparatedByString(ZPString *separator) { return objc_msgSend<ZPArray *>(this, "componentsSeparatedByString:"_sel, separator); }
+    ZPArray *componentsSeparatedByString(ZPString *separator) {
+        return objc_msgSend<ZPArray *>(this, "componentsSeparatedByString:"_sel, separator);
+    }
     /// The non-empty runs between members of the set.
-    ZPArray *_componentsSeparatedBySet(ZPCharacterSet *set) { return objc_msgSend<ZPArray *>(this, "_componentsSeparatedBySet:"_sel, set); }
+    ZPArray *_componentsSeparatedBySet(ZPCharacterSet *set) {
+        return objc_msgSend<ZPArray *>(this, "_componentsSeparatedBySet:"_sel, set);
+    }
     /// The text with another behind it.
-    ZPString *stringByAppendingString(ZPString *other) { return objc_msgSend<ZPString *>(this, "stringByAppendingString:"_sel, other); }
+    ZPString *stringByAppendingString(ZPString *other) {
+        return objc_msgSend<ZPString *>(this, "stringByAppendingString:"_sel, other);
+    }
     /// The text with a formatted one behind it.
     template <class... A> ZPString *stringByAppendingFormat(ZPString *format, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(this, "stringByAppendingFormat:"_sel, format, arguments...);
+        return objc_sendVariadic<ZPString *, ZPString *>::send(this, "stringByAppendingFormat:"_sel, format,
+                                                               arguments...);
     }
     /// Inserts the separator between groups of `frequency` units counted from the end; nowhere when that is not
     /// positive.
@@ -239,7 +281,9 @@ struct ZPString : ZPObject {
     /// Title case for every unit that does not follow a letter, lower case for the rest.
     ZPString *capitalizedString() { return objc_msgSend<ZPString *>(this, "capitalizedString"_sel); }
     /// Flag bit 1 (value 1) selects Turkish rules.
-    ZPString *_capitalizedStringWithFlags(unsigned flags) { return objc_msgSend<ZPString *>(this, "_capitalizedStringWithFlags:"_sel, flags); }
+    ZPString *_capitalizedStringWithFlags(unsigned flags) {
+        return objc_msgSend<ZPString *>(this, "_capitalizedStringWithFlags:"_sel, flags);
+    }
     /// Control characters and characters outside the default C-string encoding as `\ooo` and `\Uxxxx`.
     ZPString *displayableString() { return objc_msgSend<ZPString *>(this, "displayableString"_sel); }
     /// A case map is one of the ZPConvertTo... functions.
@@ -277,16 +321,21 @@ struct ZPString : ZPObject {
     /// `cString`, here and below.
     void getCString(char *buffer) { objc_msgSend(this, "getCString:"_sel, buffer); }
     /// Writes the characters that `maxLength` bytes hold and a NUL: the buffer holds maxLength + 1 bytes.
-    void getCString_maxLength(char *buffer, unsigned maxLength) { objc_msgSend(this, "getCString:maxLength:"_sel, buffer, maxLength); }
+    void getCString_maxLength(char *buffer, unsigned maxLength) {
+        objc_msgSend(this, "getCString:maxLength:"_sel, buffer, maxLength);
+    }
     /// The same for a range; stores what did not fit in `remaining` (may be null).
-    void getCString_maxLength_range_remainingRange(char *buffer, unsigned maxLength, ZPRange range, ZPRange *remaining) {
+    void getCString_maxLength_range_remainingRange(char *buffer, unsigned maxLength, ZPRange range,
+                                                   ZPRange *remaining) {
         objc_msgSend(this, "getCString:maxLength:range:remainingRange:"_sel, buffer, maxLength, range, remaining);
     }
 
     // ---- encodings ----
 
     /// The encoding of C strings.
-    static ZPStringEncoding defaultCStringEncoding() { return objc_msgSend<ZPStringEncoding>(class_(), "defaultCStringEncoding"_sel); }
+    static ZPStringEncoding defaultCStringEncoding() {
+        return objc_msgSend<ZPStringEncoding>(class_(), "defaultCStringEncoding"_sel);
+    }
     /// A static list that ends with 0.
     static const ZPStringEncoding *availableStringEncodings() {
         return objc_msgSend<const ZPStringEncoding *>(class_(), "availableStringEncodings"_sel);
@@ -300,14 +349,17 @@ struct ZPString : ZPObject {
     /// ISO 2022-JP a character that Japanese EUC holds and they do not, such as an accented letter, counts as one with a
     /// form: it becomes '?' in Shift JIS; in ISO 2022-JP an approximation of one byte without loss, and nothing with loss.
     BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-        void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
-        return objc_msgSend<BOOL>(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
-                                  maxLength, filled, encoding, lossy, range, remaining);
+        void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range,
+        ZPRange *remaining) {
+        return objc_msgSend<BOOL>(
+            this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
+            maxLength, filled, encoding, lossy, range, remaining);
     }
     /// ISO 2022-JP of a range; a null buffer only counts, another must have room for 5 bytes a unit and 3 more. NO
     /// when a character has no form, as the message above says, and loss is not allowed.
     BOOL _getBytesInJISEncoding_range_usedBytes_lossy(void *buffer, ZPRange range, unsigned *usedBytes, BOOL lossy) {
-        return objc_msgSend<BOOL>(this, "_getBytesInJISEncoding:range:usedBytes:lossy:"_sel, buffer, range, usedBytes, lossy);
+        return objc_msgSend<BOOL>(this, "_getBytesInJISEncoding:range:usedBytes:lossy:"_sel, buffer, range, usedBytes,
+                                  lossy);
     }
     /// The text's bytes; with `lossy` "_", in ASCII approximations, for characters that the encoding lacks, else null.
     /// Shift JIS and ISO 2022-JP lose some characters either way: see `getBytes`; read the bytes again to be sure.
@@ -316,23 +368,31 @@ struct ZPString : ZPObject {
         return objc_msgSend<ZPData *>(this, "dataUsingEncoding:allowLossyConversion:"_sel, encoding, lossy);
     }
     /// The same without loss.
-    ZPData *dataUsingEncoding(ZPStringEncoding encoding) { return objc_msgSend<ZPData *>(this, "dataUsingEncoding:"_sel, encoding); }
+    ZPData *dataUsingEncoding(ZPStringEncoding encoding) {
+        return objc_msgSend<ZPData *>(this, "dataUsingEncoding:"_sel, encoding);
+    }
     /// Whether `dataUsingEncoding` answers bytes. Shift JIS and ISO 2022-JP are asked as Japanese EUC, so YES does not
     /// say for them that the bytes read back as the text.
-    BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) { return objc_msgSend<BOOL>(this, "canBeConvertedToEncoding:"_sel, encoding); }
+    BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) {
+        return objc_msgSend<BOOL>(this, "canBeConvertedToEncoding:"_sel, encoding);
+    }
 
     // ---- files, archives, property lists ----
 
     /// Writes the text in the default C-string encoding, or UTF-16 with a byte-order mark where that cannot hold
     /// it; with `atomically` the file is there whole or not at all. NO, with the reason in `errno`, when it fails.
-    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) { return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically); }
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
+        return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically);
+    }
     /// The class that archives name: ZPString, or ZPMutableString.
     Class classForCoder() { return objc_msgSend<Class>(this, "classForCoder"_sel); }
     /// The tree that the text describes, see ZPPropertyList.h; raises ZPParseErrorException when it describes none.
     id propertyList() { return objc_msgSend<id>(this, "propertyList"_sel); }
     /// The dictionary of a strings file's text, `"key" = "value";` line by line; raises ZPParseErrorException for
     /// other text.
-    ZPDictionary *propertyListFromStringsFileFormat() { return objc_msgSend<ZPDictionary *>(this, "propertyListFromStringsFileFormat"_sel); }
+    ZPDictionary *propertyListFromStringsFileFormat() {
+        return objc_msgSend<ZPDictionary *>(this, "propertyListFromStringsFileFormat"_sel);
+    }
     /// The text with quotes and escapes where the property-list form needs them.
     ZPString *_stringRepresentation() { return objc_msgSend<ZPString *>(this, "_stringRepresentation"_sel); }
     /// The text in double quotes, with escapes, whatever it holds.
@@ -341,7 +401,9 @@ struct ZPString : ZPObject {
     // ---- ZPPathUtilities: file paths, see ZPPathUtilities.h ----
 
     /// Joins components ("C:", "\\", "a"); one that cannot follow, as a drive behind a name, is logged and left out.
-    static ZPString *pathWithComponents(ZPArray *components) { return objc_msgSend<ZPString *>(class_(), "pathWithComponents:"_sel, components); }
+    static ZPString *pathWithComponents(ZPArray *components) {
+        return objc_msgSend<ZPString *>(class_(), "pathWithComponents:"_sel, components);
+    }
     /// A drive, a separator before the first name, and the names.
     ZPArray *pathComponents() { return objc_msgSend<ZPArray *>(this, "pathComponents"_sel); }
     /// Whether the path begins with "~", a network share, or a drive and a separator. A single separator does not
@@ -351,7 +413,9 @@ struct ZPString : ZPObject {
     ZPString *lastPathComponent() { return objc_msgSend<ZPString *>(this, "lastPathComponent"_sel); }
     /// The path without that name and the separators before it, but for a root's: "C:\a" gives "C:\", "/a" a separator.
     /// Empty for a name alone and for a lone separator; the root "C:\" itself gives "C:", and of a share the server stays.
-    ZPString *stringByDeletingLastPathComponent() { return objc_msgSend<ZPString *>(this, "stringByDeletingLastPathComponent"_sel); }
+    ZPString *stringByDeletingLastPathComponent() {
+        return objc_msgSend<ZPString *>(this, "stringByDeletingLastPathComponent"_sel);
+    }
     /// Logs and answers the receiver when the component cannot follow it, or the result is longer than 4,095 units.
     ZPString *stringByAppendingPathComponent(ZPString *component) {
         return objc_msgSend<ZPString *>(this, "stringByAppendingPathComponent:"_sel, component);
@@ -359,30 +423,41 @@ struct ZPString : ZPObject {
     /// What follows the last dot of the last component, unless the component begins with that dot; empty for "..".
     ZPString *pathExtension() { return objc_msgSend<ZPString *>(this, "pathExtension"_sel); }
     /// The path without its extension and the dot before it. The extension may be empty: "a." gives "a", ".." gives ".".
-    ZPString *stringByDeletingPathExtension() { return objc_msgSend<ZPString *>(this, "stringByDeletingPathExtension"_sel); }
+    ZPString *stringByDeletingPathExtension() {
+        return objc_msgSend<ZPString *>(this, "stringByDeletingPathExtension"_sel);
+    }
     /// Logs and answers the receiver when it has no name to extend.
     ZPString *stringByAppendingPathExtension(ZPString *extension) {
         return objc_msgSend<ZPString *>(this, "stringByAppendingPathExtension:"_sel, extension);
     }
     /// With "~" in place of the user's home directory.
-    ZPString *stringByAbbreviatingWithTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByAbbreviatingWithTildeInPath"_sel); }
+    ZPString *stringByAbbreviatingWithTildeInPath() {
+        return objc_msgSend<ZPString *>(this, "stringByAbbreviatingWithTildeInPath"_sel);
+    }
     /// With the home directory in place of "~" or "~name"; unchanged when there is none.
-    ZPString *stringByExpandingTildeInPath() { return objc_msgSend<ZPString *>(this, "stringByExpandingTildeInPath"_sel); }
+    ZPString *stringByExpandingTildeInPath() {
+        return objc_msgSend<ZPString *>(this, "stringByExpandingTildeInPath"_sel);
+    }
     /// Expands the tilde and takes out what is not needed: doubled separators, "." and, in an absolute path, "..". A path
     /// that begins with a single separator is not absolute, so "/var/../log" keeps its "..". Looks at no file.
     ZPString *stringByStandardizingPath() { return objc_msgSend<ZPString *>(this, "stringByStandardizingPath"_sel); }
     /// Standardizes; then, in an absolute path and one that begins with a separator, resolves the symbolic links of the
     /// part that exists.
-    ZPString *stringByResolvingSymlinksInPath() { return objc_msgSend<ZPString *>(this, "stringByResolvingSymlinksInPath"_sel); }
+    ZPString *stringByResolvingSymlinksInPath() {
+        return objc_msgSend<ZPString *>(this, "stringByResolvingSymlinksInPath"_sel);
+    }
     /// The receiver with each of the paths appended.
-    ZPArray *stringsByAppendingPaths(ZPArray *paths) { return objc_msgSend<ZPArray *>(this, "stringsByAppendingPaths:"_sel, paths); }
+    ZPArray *stringsByAppendingPaths(ZPArray *paths) {
+        return objc_msgSend<ZPArray *>(this, "stringsByAppendingPaths:"_sel, paths);
+    }
     /// Looks for files whose paths begin with the receiver; with a list of extensions only for directories and
     /// files that have one of them. Answers how many there are; 0 stores nothing. Otherwise `*completion` is what
     /// they have in common, and `*matches` are their paths; either pointer may be null.
-    unsigned completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(ZPString **completion, BOOL caseSensitive, ZPArray **matches,
+    unsigned completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(ZPString **completion,
+                                                                               BOOL caseSensitive, ZPArray **matches,
                                                                                ZPArray *extensions) {
-        return objc_msgSend<unsigned>(this, "completePathIntoString:caseSensitive:matchesIntoArray:filterTypes:"_sel, completion, caseSensitive, matches,
-                                      extensions);
+        return objc_msgSend<unsigned>(this, "completePathIntoString:caseSensitive:matchesIntoArray:filterTypes:"_sel,
+                                      completion, caseSensitive, matches, extensions);
     }
     /// The path with backslashes in the file system's encoding, from which `ZPHostPathFromPath` makes the host's;
     /// valid until the current autorelease pool is emptied. U+DC80 to U+DCFF stand for bytes of names that mean
@@ -401,9 +476,11 @@ extern "C" {
 // ZPCaseInsensitiveSearch folds ASCII letters. Equal texts hash alike in every form.
 
 /// On units.
-ZP_EXPORT ZPComparisonResult ZPCompareCharacters(const unichar *a, const unichar *b, unsigned lengthA, unsigned lengthB, unsigned options);
+ZP_EXPORT ZPComparisonResult ZPCompareCharacters(const unichar *a, const unichar *b, unsigned lengthA, unsigned lengthB,
+                                                 unsigned options);
 /// On bytes in the 8-bit storage encoding.
-ZP_EXPORT ZPComparisonResult ZPCompareCString(const char *a, const char *b, unsigned lengthA, unsigned lengthB, unsigned options);
+ZP_EXPORT ZPComparisonResult ZPCompareCString(const char *a, const char *b, unsigned lengthA, unsigned lengthB,
+                                              unsigned options);
 /// The hash of units: the number of them, and 16 of them at most.
 ZP_EXPORT unsigned ZPHashCharacters(const unichar *characters, unsigned length);
 /// The hash of bytes in the 8-bit storage encoding.

@@ -10,7 +10,8 @@
 unsigned _ZPEncodingNumberInResource(const char *name) {
     ZPHostResource file(name);
     unsigned number = 0;
-    for (std::size_t i = 0; i < 2 && i < file.length && file.bytes[i] >= '0' && file.bytes[i] <= '9'; ++i) number = number * 10 + (file.bytes[i] - '0');
+    for (std::size_t i = 0; i < 2 && i < file.length && file.bytes[i] >= '0' && file.bytes[i] <= '9'; ++i)
+        number = number * 10 + (file.bytes[i] - '0');
     // An encoding that cannot be converted would leave the process without C strings or file names at all.
     return _ZPEncodingIsKnown(number) ? number : 0;
 }
@@ -33,7 +34,8 @@ static ZPStringEncoding encodingOfCodePage(unsigned page) {
 ZPStringEncoding _ZPDefaultCStringEncoding() {
     static std::atomic<ZPStringEncoding> encoding{0};
     ZPStringEncoding e = encoding.load(std::memory_order_relaxed);
-    if (e) [[likely]] return e;
+    if (e) [[likely]]
+        return e;
     e = _ZPEncodingNumberInResource("CStringEncoding");
     if (!e) e = encodingOfCodePage(ZPHostCodePage());
     encoding.store(e, std::memory_order_relaxed);
@@ -63,7 +65,8 @@ ZPStringEncoding encodingForHost(ZPStringEncoding e) {
 }
 
 // The bytes of the character at `in` that comes back as it is, with its units; 0 when there is none.
-unsigned decodeExactly(ZPStringEncoding encoding, const unsigned char *in, unsigned left, unichar *units, unsigned *count) {
+unsigned decodeExactly(ZPStringEncoding encoding, const unsigned char *in, unsigned left, unichar *units,
+                       unsigned *count) {
     const unsigned char *at = in;
     unsigned char back[4];
     unsigned taken, n;

@@ -23,8 +23,9 @@ struct _ZPByteTable {
     }
 };
 
-extern const _ZPByteTable _ZPTableASCII, _ZPTableISOLatin1, _ZPTableKESTREL, _ZPTableISOLatin2, _ZPTableWindows1250, _ZPTableWindows1251,
-    _ZPTableWindows1252, _ZPTableWindows1253, _ZPTableWindows1254, _ZPTableSymbol, _ZPTableDingbats, _ZPTableAdobeStandard;
+extern const _ZPByteTable _ZPTableASCII, _ZPTableISOLatin1, _ZPTableKESTREL, _ZPTableISOLatin2, _ZPTableWindows1250,
+    _ZPTableWindows1251, _ZPTableWindows1252, _ZPTableWindows1253, _ZPTableWindows1254, _ZPTableSymbol,
+    _ZPTableDingbats, _ZPTableAdobeStandard;
 
 /// The table of a single-byte encoding, or null.
 const _ZPByteTable *_ZPTableOfEncoding(ZPStringEncoding encoding);
@@ -50,7 +51,8 @@ unsigned _ZPEncodingNumberInResource(const char *name);
 /// As ZPUTF8ToUnicode.
 unsigned _ZPDecodeCharacter(ZPStringEncoding encoding, const unsigned char **bytes, unsigned left, unichar *units);
 /// Takes one or two of `left` units and writes up to four bytes; answers their number, 0 when there is no such character.
-unsigned _ZPEncodeCharacter(ZPStringEncoding encoding, const unichar *units, unsigned left, unsigned char *bytes, unsigned *taken);
+unsigned _ZPEncodeCharacter(ZPStringEncoding encoding, const unichar *units, unsigned left, unsigned char *bytes,
+                            unsigned *taken);
 
 // ---- runs ----
 
@@ -105,7 +107,8 @@ unsigned _ZPEncodeEUC(const _ZPEUCEncoder &encoder, unichar unit, unsigned char 
 /// Shift JIS bytes of a unit; 0 when there are none.
 unsigned _ZPEncodeShiftJIS(const _ZPEUCEncoder &encoder, unichar unit, unsigned char *bytes);
 /// Encodes ASCII and pairs while two more bytes fit, in EUC or in Shift JIS; answers the bytes and sets `*taken`.
-unsigned _ZPEncodePairs(const _ZPEUCEncoder &encoder, bool shiftJIS, const unichar *units, unsigned count, unsigned char *out, unsigned room, unsigned *taken);
+unsigned _ZPEncodePairs(const _ZPEUCEncoder &encoder, bool shiftJIS, const unichar *units, unsigned count,
+                        unsigned char *out, unsigned room, unsigned *taken);
 /// Whole texts, into at most as many units as there are bytes; answer the units, or -1.
 long long _ZPDecodeEUC(const unsigned char *in, unsigned length, unichar *out);
 long long _ZPDecodeShiftJIS(const unsigned char *in, unsigned length, unichar *out);

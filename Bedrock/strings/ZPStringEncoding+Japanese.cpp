@@ -39,12 +39,14 @@ bool isPair(unsigned code) { return code >> 8 >= firstPair && (code & 0xFF) >= f
 std::unique_ptr<_ZPEUCDecoder> readTable(const PairFile &file, _ZPEUCDecoder *) {
     auto table = std::make_unique<_ZPEUCDecoder>();
     for (std::size_t i = 0; i < file.count(); ++i)
-        if (unsigned code = file.key(i); isPair(code)) table->units[(code >> 8 & 0x7F) << 7 | (code & 0x7F)] = static_cast<unichar>(file.value(i));
+        if (unsigned code = file.key(i); isPair(code))
+            table->units[(code >> 8 & 0x7F) << 7 | (code & 0x7F)] = static_cast<unichar>(file.value(i));
     for (unsigned lead = 0x81; lead < 0xF0; ++lead)
         for (unsigned trail = 0x40; trail < 0x100; ++trail) {
             unsigned char pair[2] = {static_cast<unsigned char>(lead), static_cast<unsigned char>(trail)}, euc[2];
             unsigned consumed, n = ZPShiftJISToEUC(pair, euc, &consumed);
-            table->shiftJIS[lead - 0x81][trail - 0x40] = n == 2 && consumed == 2 ? table->of(euc[0], euc[1]) : _ZPNotDirect;
+            table->shiftJIS[lead - 0x81][trail - 0x40] =
+                n == 2 && consumed == 2 ? table->of(euc[0], euc[1]) : _ZPNotDirect;
         }
     return table;
 }
@@ -53,7 +55,8 @@ std::unique_ptr<_ZPEUCEncoder> readTable(const PairFile &file, _ZPEUCEncoder *) 
     auto table = std::make_unique<_ZPEUCEncoder>();
     unsigned pages = 0;
     for (std::size_t i = 0; i < file.count(); ++i)
-        if (unsigned char &page = table->pageOf[file.key(i) >> 8]; !page && pages < 255) page = static_cast<unsigned char>(++pages);
+        if (unsigned char &page = table->pageOf[file.key(i) >> 8]; !page && pages < 255)
+            page = static_cast<unsigned char>(++pages);
     table->pages = new _ZPEUCEncoder::Page[pages + 1]{};
     table->plainASCII = true;
     for (std::size_t i = 0; i < file.count(); ++i) {
@@ -62,7 +65,8 @@ std::unique_ptr<_ZPEUCEncoder> readTable(const PairFile &file, _ZPEUCEncoder *) 
         unsigned char euc[2] = {static_cast<unsigned char>(code >> 8), static_cast<unsigned char>(code)}, pair[2];
         unsigned consumed;
         table->pages[page].euc[unit & 0xFF] = static_cast<unichar>(code);
-        if (ZPEUCToShiftJIS(euc, pair, &consumed) == 2) table->pages[page].shiftJIS[unit & 0xFF] = static_cast<unichar>(pair[0] << 8 | pair[1]);
+        if (ZPEUCToShiftJIS(euc, pair, &consumed) == 2)
+            table->pages[page].shiftJIS[unit & 0xFF] = static_cast<unichar>(pair[0] << 8 | pair[1]);
         if (unit < 0x80) table->plainASCII = false;
     }
     return table;
@@ -83,13 +87,15 @@ template <class T> const T *shared(T *&table, std::atomic<bool> &complained, con
 const _ZPEUCDecoder *_ZPSharedEUCDecoder() {
     static _ZPEUCDecoder *table;
     static std::atomic<bool> complained;
-    return shared(table, complained, "EUCToUnicode", "ZPCharConversion: could not load EUCToUnicode conversion table.\n"_zp);
+    return shared(table, complained, "EUCToUnicode",
+                  "ZPCharConversion: could not load EUCToUnicode conversion table.\n"_zp);
 }
 
 const _ZPEUCEncoder *_ZPSharedEUCEncoder() {
     static _ZPEUCEncoder *table;
     static std::atomic<bool> complained;
-    return shared(table, complained, "UnicodeToEUC", "ZPCharConversion: could not load UnicodeToEUC conversion table.\n"_zp);
+    return shared(table, complained, "UnicodeToEUC",
+                  "ZPCharConversion: could not load UnicodeToEUC conversion table.\n"_zp);
 }
 
 // ---- one character, EUC -------------------------------------------------------------------------
@@ -99,15 +105,19 @@ namespace {
 // By the second byte; 0xA1 to 0xDF are assigned.
 unichar kanaOfByte(unsigned byte) {
     static constexpr auto units = [] {
-        struct { unichar of[256]; } t{};
-        for (unsigned b = 0; b < 256; ++b) t.of[b] = b - 0xA1 <= lastKana - firstKana ? static_cast<unichar>(firstKana + b - 0xA1) : _ZPNoCharacter;
+        struct {
+            unichar of[256];
+        } t{};
+        for (unsigned b = 0; b < 256; ++b)
+            t.of[b] = b - 0xA1 <= lastKana - firstKana ? static_cast<unichar>(firstKana + b - 0xA1) : _ZPNoCharacter;
         return t;
     }();
     return units.of[byte];
 }
 
 // `decoder` is fetched when it is first needed; null then fails.
-ZP_INLINE bool decodeEUC(const unsigned char *&in, const unsigned char *end, unichar *out, const _ZPEUCDecoder *&decoder) {
+ZP_INLINE bool decodeEUC(const unsigned char *&in, const unsigned char *end, unichar *out,
+                         const _ZPEUCDecoder *&decoder) {
     unsigned first = in[0];
     if (first < 0x80) {
         *out = static_cast<unichar>(first);
@@ -238,7 +248,8 @@ unsigned ZPShiftJISToEUC(const unsigned char *in, unsigned char *out, unsigned *
 
 namespace {
 
-ZP_INLINE bool decodeShiftJIS(const unsigned char *&in, const unsigned char *end, unichar *out, const _ZPEUCDecoder *&decoder) {
+ZP_INLINE bool decodeShiftJIS(const unsigned char *&in, const unsigned char *end, unichar *out,
+                              const _ZPEUCDecoder *&decoder) {
     unsigned lead = in[0];
     if (lead < 0x80 || lead - 0xA1 <= lastKana - firstKana) {
         *out = static_cast<unichar>(lead < 0x80 ? lead : firstKana + lead - 0xA1);
@@ -274,8 +285,8 @@ unsigned _ZPEncodeShiftJIS(const _ZPEUCEncoder &encoder, unichar unit, unsigned 
     return _ZPEncodeEUC(encoder, unit, euc) ? ZPEUCToShiftJIS(euc, bytes, &consumed) : 0;
 }
 
-template <bool shiftJIS> static unsigned encodePairs(const _ZPEUCEncoder &encoder, const unichar *units, unsigned count, unsigned char *out, unsigned room,
-                                                     unsigned *taken) {
+template <bool shiftJIS> static unsigned encodePairs(const _ZPEUCEncoder &encoder, const unichar *units, unsigned count,
+                                                     unsigned char *out, unsigned room, unsigned *taken) {
     const unichar *in = units, *end = units + count;
     unsigned char *start = out;
     const unsigned char *limit = out + room;
@@ -297,8 +308,10 @@ template <bool shiftJIS> static unsigned encodePairs(const _ZPEUCEncoder &encode
     return unsigned(out - start);
 }
 
-unsigned _ZPEncodePairs(const _ZPEUCEncoder &encoder, bool shiftJIS, const unichar *units, unsigned count, unsigned char *out, unsigned room, unsigned *taken) {
-    return shiftJIS ? encodePairs<true>(encoder, units, count, out, room, taken) : encodePairs<false>(encoder, units, count, out, room, taken);
+unsigned _ZPEncodePairs(const _ZPEUCEncoder &encoder, bool shiftJIS, const unichar *units, unsigned count,
+                        unsigned char *out, unsigned room, unsigned *taken) {
+    return shiftJIS ? encodePairs<true>(encoder, units, count, out, room, taken)
+                    : encodePairs<false>(encoder, units, count, out, room, taken);
 }
 
 // ---- whole texts --------------------------------------------------------------------------------
@@ -312,8 +325,12 @@ template <auto decodeOne> static long long decodeText(const unsigned char *in, u
     return out - start;
 }
 
-long long _ZPDecodeEUC(const unsigned char *in, unsigned length, unichar *out) { return decodeText<decodeEUC>(in, length, out); }
-long long _ZPDecodeShiftJIS(const unsigned char *in, unsigned length, unichar *out) { return decodeText<decodeShiftJIS>(in, length, out); }
+long long _ZPDecodeEUC(const unsigned char *in, unsigned length, unichar *out) {
+    return decodeText<decodeEUC>(in, length, out);
+}
+long long _ZPDecodeShiftJIS(const unsigned char *in, unsigned length, unichar *out) {
+    return decodeText<decodeShiftJIS>(in, length, out);
+}
 
 // ASCII, half-width katakana, pairs: ESC and two bytes lead from each to each. What is no pair in its mode is read byte by
 // byte, so that nothing is lost.

@@ -70,7 +70,8 @@ ZP_INLINE unsigned lengthOfASCII(const unsigned char *in, unsigned length, unsig
 #ifdef __SSE2__
     for (; i + 64 <= length; i += 64) {
         auto *from = reinterpret_cast<const __m128i *>(in + i);
-        __m128i a = _mm_loadu_si128(from), b = _mm_loadu_si128(from + 1), c = _mm_loadu_si128(from + 2), d = _mm_loadu_si128(from + 3);
+        __m128i a = _mm_loadu_si128(from), b = _mm_loadu_si128(from + 1), c = _mm_loadu_si128(from + 2),
+                d = _mm_loadu_si128(from + 3);
         if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d)))) break;
         if (!copy) continue;
         auto *to = reinterpret_cast<__m128i *>(copy + i);
@@ -91,7 +92,9 @@ ZP_INLINE unsigned lengthOfASCII(const unsigned char *in, unsigned length, unsig
     return i;
 }
 
-unsigned _ZPLengthOfASCII(const void *bytes, unsigned length) { return lengthOfASCII(static_cast<const unsigned char *>(bytes), length, nullptr); }
+unsigned _ZPLengthOfASCII(const void *bytes, unsigned length) {
+    return lengthOfASCII(static_cast<const unsigned char *>(bytes), length, nullptr);
+}
 
 unsigned _ZPCopyASCII(const void *bytes, unsigned length, void *copy) {
     return lengthOfASCII(static_cast<const unsigned char *>(bytes), length, static_cast<unsigned char *>(copy));
@@ -128,12 +131,13 @@ void _ZPDecodeBytes(const _ZPByteTable &table, const unsigned char *in, unsigned
     for (; i < length; ++i) out[i] = units[in[i]];
 }
 
-template <unsigned plain> static unsigned encodeBytes(const _ZPByteTable &table, const unichar *in, unsigned count, unsigned char *out) {
+template <unsigned plain>
+static unsigned encodeBytes(const _ZPByteTable &table, const unichar *in, unsigned count, unsigned char *out) {
     unsigned char scratch[8];
     unsigned i = 0;
     for (; i + 8 <= count; i += 8) {
         unsigned char *to = out ? out + i : scratch;
-        if (plain && !narrowBlock<plain ? plain : 0x80>(in + i, to)) continue;
+        if (plain && !narrowBlock < plain ? plain : 0x80 > (in + i, to)) continue;
         bool all = true;
         for (unsigned k = 0; k < 8; ++k) {
             to[k] = table.pages[table.pageOf[in[i + k] >> 8]][in[i + k] & 0xFF];
@@ -163,7 +167,8 @@ unsigned _ZPUnitsOfUTF8(const unsigned char *in, unsigned length) {
     unsigned units = 0, i = 0;
 #ifdef __SSE2__
     // Every byte that continues nothing begins a unit, and one from 0xF0 on another. Sums of 127 blocks fit bytes.
-    const __m128i zero = _mm_setzero_si128(), lastContinuing = _mm_set1_epi8(static_cast<char>(0xBF)), four = _mm_set1_epi8(static_cast<char>(0xF0));
+    const __m128i zero = _mm_setzero_si128(), lastContinuing = _mm_set1_epi8(static_cast<char>(0xBF)),
+                  four = _mm_set1_epi8(static_cast<char>(0xF0));
     while (i + blockBytes <= length) {
         __m128i sums = zero;
         for (unsigned block = 0; block < 127 && i + blockBytes <= length; ++block, i += blockBytes) {
@@ -254,7 +259,8 @@ struct Packing {
 
 // Encodes blocks of eight units below 0x800 while there are such, with room for 16 bytes behind the last; stops at a
 // block of ASCII. Answers the units, and moves `*out`.
-__attribute__((target("ssse3"))) static unsigned encodeShortBlocks(const unichar *in, unsigned count, unsigned char **out, const unsigned char *limit) {
+__attribute__((target("ssse3"))) static unsigned encodeShortBlocks(const unichar *in, unsigned count,
+                                                                   unsigned char **out, const unsigned char *limit) {
     static constexpr Packing packing;
     unsigned i = 0;
     unsigned char *to = *out;

@@ -27,7 +27,9 @@ struct Block {
     }
     void resize(std::size_t bytes) {
         void *q = p ? ZPZoneRealloc(zone, p, bytes) : ZPZoneMalloc(zone, bytes);
-        if (!q) ZPException::raise_format(ZPMallocException, "*** _ZPConvertToASCIIorUnicode: out of memory for %lu bytes"_zp, bytes);
+        if (!q)
+            ZPException::raise_format(ZPMallocException,
+                                      "*** _ZPConvertToASCIIorUnicode: out of memory for %lu bytes"_zp, bytes);
         p = q;
     }
     unichar *units() { return static_cast<unichar *>(p); }
@@ -83,8 +85,8 @@ unsigned decodeUnicode(const unsigned char *in, unsigned length, unichar *out) {
 
 }  // namespace
 
-BOOL _ZPConvertToASCIIorUnicode(const void *bytes, unsigned length, ZPStringEncoding encoding, void **buffer, unsigned *count,
-                                BOOL *isASCII, ZPZone *zone) {
+BOOL _ZPConvertToASCIIorUnicode(const void *bytes, unsigned length, ZPStringEncoding encoding, void **buffer,
+                                unsigned *count, BOOL *isASCII, ZPZone *zone) {
     if (encoding == 0) encoding = ZPUnicodeStringEncoding;
     if (length && !_ZPEncodingIsKnown(encoding)) return NO;
     auto *in = static_cast<const unsigned char *>(bytes);
@@ -106,7 +108,9 @@ BOOL _ZPConvertToASCIIorUnicode(const void *bytes, unsigned length, ZPStringEnco
     long long units;
     // UTF-8 is counted first: damaged text may take more than the count.
     bool utf8 = encoding == ZPUTF8StringEncoding;
-    std::size_t room = std::size_t(length) * (encoding == ZPISO2022JPStringEncoding ? 4 : encoding == ZPUnicodeStringEncoding ? 1 : 2);
+    std::size_t room = std::size_t(length) * (encoding == ZPISO2022JPStringEncoding ? 4
+                                              : encoding == ZPUnicodeStringEncoding ? 1
+                                                                                    : 2);
     if (utf8) room = std::size_t(_ZPUnitsOfUTF8(in, length)) * 2;
     block.resize(room ? room : 1);
     switch (encoding) {
@@ -122,9 +126,7 @@ BOOL _ZPConvertToASCIIorUnicode(const void *bytes, unsigned length, ZPStringEnco
     case ZPISO2022JPStringEncoding: units = _ZPDecodeISO2022JP(in, length, block.units()); break;
     case ZPUnicodeStringEncoding: units = decodeUnicode(in, length, block.units()); break;
     case ZPNonLossyASCIIStringEncoding: units = decodeNonLossyASCII(in, in + length, block.units()); break;
-    default:
-        _ZPDecodeBytes(*_ZPTableOfEncoding(encoding), in, length, block.units());
-        units = length;
+    default: _ZPDecodeBytes(*_ZPTableOfEncoding(encoding), in, length, block.units()); units = length;
     }
     if (units < 0 || units > 0xFFFFFFFFll) return NO;
     std::size_t used = std::size_t(units) * 2;
@@ -216,17 +218,37 @@ static unsigned convertOne(ZPCharacterReader *reader, unsigned char *bytes, cons
 }
 
 unsigned ZPUnicodeToASCII(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableASCII); }
-unsigned ZPUnicodeToKESTREL(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableKESTREL); }
-unsigned ZPUnicodeToISOLatin1(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableISOLatin1); }
-unsigned ZPUnicodeToISOLatin2(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableISOLatin2); }
-unsigned ZPUnicodeToAdobeStandard(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableAdobeStandard); }
+unsigned ZPUnicodeToKESTREL(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableKESTREL);
+}
+unsigned ZPUnicodeToISOLatin1(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableISOLatin1);
+}
+unsigned ZPUnicodeToISOLatin2(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableISOLatin2);
+}
+unsigned ZPUnicodeToAdobeStandard(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableAdobeStandard);
+}
 unsigned ZPUnicodeToSymbol(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableSymbol); }
-unsigned ZPUnicodeToDingbat(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableDingbats); }
-unsigned ZPUnicodeToWinCodePage1250(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1250); }
-unsigned ZPUnicodeToAdobeStandardCyrillic(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1251); }
-unsigned ZPUnicodeToWinLatin1(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1252); }
-unsigned ZPUnicodeToWinCodePage1253(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1253); }
-unsigned ZPUnicodeToWinCodePage1254(ZPCharacterReader *r, unsigned char *bytes) { return convertOne(r, bytes, _ZPTableWindows1254); }
+unsigned ZPUnicodeToDingbat(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableDingbats);
+}
+unsigned ZPUnicodeToWinCodePage1250(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableWindows1250);
+}
+unsigned ZPUnicodeToAdobeStandardCyrillic(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableWindows1251);
+}
+unsigned ZPUnicodeToWinLatin1(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableWindows1252);
+}
+unsigned ZPUnicodeToWinCodePage1253(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableWindows1253);
+}
+unsigned ZPUnicodeToWinCodePage1254(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertOne(r, bytes, _ZPTableWindows1254);
+}
 
 template <auto encode> static unsigned convertJapanese(ZPCharacterReader *reader, unsigned char *bytes) {
     const _ZPEUCEncoder *encoder = reader->count ? _ZPSharedEUCEncoder() : nullptr;
@@ -235,8 +257,12 @@ template <auto encode> static unsigned convertJapanese(ZPCharacterReader *reader
     return n;
 }
 
-unsigned ZPUnicodeToCorvidEUC(ZPCharacterReader *r, unsigned char *bytes) { return convertJapanese<_ZPEncodeEUC>(r, bytes); }
-unsigned ZPUnicodeToShiftJIS(ZPCharacterReader *r, unsigned char *bytes) { return convertJapanese<_ZPEncodeShiftJIS>(r, bytes); }
+unsigned ZPUnicodeToCorvidEUC(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertJapanese<_ZPEncodeEUC>(r, bytes);
+}
+unsigned ZPUnicodeToShiftJIS(ZPCharacterReader *r, unsigned char *bytes) {
+    return convertJapanese<_ZPEncodeShiftJIS>(r, bytes);
+}
 
 unsigned ZPUnicodeToLossyASCII(ZPCharacterReader *reader, unsigned char *bytes) {
     if (reader->count == 0) return 0;
@@ -273,13 +299,15 @@ unsigned _ZPDecodeCharacter(ZPStringEncoding encoding, const unsigned char **byt
     return 1;
 }
 
-unsigned _ZPEncodeCharacter(ZPStringEncoding encoding, const unichar *units, unsigned left, unsigned char *bytes, unsigned *taken) {
+unsigned _ZPEncodeCharacter(ZPStringEncoding encoding, const unichar *units, unsigned left, unsigned char *bytes,
+                            unsigned *taken) {
     *taken = 1;
     if (encoding == ZPUTF8StringEncoding) return _ZPEncodeUTF8(units, left, bytes, taken);
     if (encoding == ZPJapaneseEUCStringEncoding || encoding == ZPShiftJISStringEncoding) {
         const _ZPEUCEncoder *encoder = _ZPSharedEUCEncoder();
         if (!encoder) return 0;
-        return encoding == ZPShiftJISStringEncoding ? _ZPEncodeShiftJIS(*encoder, *units, bytes) : _ZPEncodeEUC(*encoder, *units, bytes);
+        return encoding == ZPShiftJISStringEncoding ? _ZPEncodeShiftJIS(*encoder, *units, bytes)
+                                                    : _ZPEncodeEUC(*encoder, *units, bytes);
     }
     const _ZPByteTable *table = _ZPTableOfEncoding(encoding);
     int byte = table ? table->byteOf(*units) : -1;

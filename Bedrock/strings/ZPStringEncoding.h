@@ -21,7 +21,8 @@ inline constexpr ZPStringEncoding ZPSymbolStringEncoding = 6;  ///< of the font 
 inline constexpr ZPStringEncoding ZPNonLossyASCIIStringEncoding = 7;  ///< ASCII with escapes for all other units
 inline constexpr ZPStringEncoding ZPShiftJISStringEncoding = 8;  ///< Japanese, code page 932
 inline constexpr ZPStringEncoding ZPISOLatin2StringEncoding = 9;  ///< ISO 8859-2
-inline constexpr ZPStringEncoding ZPUnicodeStringEncoding = 10;  ///< UTF-16, with a byte-order mark where bytes are made
+inline constexpr ZPStringEncoding ZPUnicodeStringEncoding =
+    10;  ///< UTF-16, with a byte-order mark where bytes are made
 inline constexpr ZPStringEncoding ZPWindowsCP1251StringEncoding = 11;  ///< Cyrillic
 inline constexpr ZPStringEncoding ZPWindowsCP1252StringEncoding = 12;  ///< Western European
 inline constexpr ZPStringEncoding ZPWindowsCP1253StringEncoding = 13;  ///< Greek
@@ -32,13 +33,13 @@ inline constexpr ZPStringEncoding ZPISO2022JPStringEncoding = 21;  ///< Japanese
 /// Reads the units of a part of a string 32 at a time, for the converters from units to bytes. A
 /// converter looks at `current`, writes its bytes and steps on. Not owned: `string` must outlive it.
 struct ZPCharacterReader {
-    unsigned count;      ///< units in the buffer
-    unsigned index;      ///< of the next unit in the buffer
-    ZPString *string;    ///< whose units are read; borrowed
-    unsigned end;        ///< where the part ends in the string
-    unsigned start;      ///< where the buffered stretch starts in the string
+    unsigned count;  ///< units in the buffer
+    unsigned index;  ///< of the next unit in the buffer
+    ZPString *string;  ///< whose units are read; borrowed
+    unsigned end;  ///< where the part ends in the string
+    unsigned start;  ///< where the buffered stretch starts in the string
     unichar buffer[32];  ///< the stretch that is read
-    unichar current;     ///< 0xFFFF once the part is exhausted
+    unichar current;  ///< 0xFFFF once the part is exhausted
 };
 
 extern "C" {

@@ -15,11 +15,14 @@ template <class U> struct Layout {
     void copy(unsigned from, unsigned count, U *to) const {
         unsigned before = from < gapBegin ? std::min(count, gapBegin - from) : 0;
         if (before) std::memcpy(to, buffer + from, before * sizeof(U));
-        if (count > before) std::memcpy(to + before, buffer + from + before + (gapEnd - gapBegin), (count - before) * sizeof(U));
+        if (count > before)
+            std::memcpy(to + before, buffer + from + before + (gapEnd - gapBegin), (count - before) * sizeof(U));
     }
 };
 
-template <class S> Layout<typename S::Unit> layoutOf(S *s) { return {_ZPBufferOf(s), s->gapBegin, s->gapEnd, _ZPLengthOf(s)}; }
+template <class S> Layout<typename S::Unit> layoutOf(S *s) {
+    return {_ZPBufferOf(s), s->gapBegin, s->gapEnd, _ZPLengthOf(s)};
+}
 
 }  // namespace
 
@@ -29,7 +32,8 @@ template <class S> S *_ZPSetRequiredLength(S *s, unsigned length, unsigned posit
     Layout<Unit> old = layoutOf(s);
     unsigned kept = old.length - remove, tail = kept - position;
     unsigned size = old.length + old.gapEnd - old.gapBegin;
-    std::uint64_t capacity = _capacityToExternal(s->_flags.capacity), twice = std::max<std::uint64_t>(capacity, 2 * std::uint64_t(length));
+    std::uint64_t capacity = _capacityToExternal(s->_flags.capacity),
+                  twice = std::max<std::uint64_t>(capacity, 2 * std::uint64_t(length));
     std::uint64_t want = extraRoom ? std::max<std::uint64_t>(capacity, 3 * std::uint64_t(length) / 2) : length;
     if (want > 0xFFFFFFFF) want = 0xFFFFFFFF;
     bool writable = !shared && s->_flags.canWriteIntoBuffer, owned = !shared && s->_flags.freeWhenDone;
@@ -44,7 +48,8 @@ template <class S> S *_ZPSetRequiredLength(S *s, unsigned length, unsigned posit
             std::memmove(buffer + old.gapBegin, buffer + old.gapEnd, (position - old.gapBegin) * sizeof(Unit));
         if (owned && want < size && (twice < size || (!extraRoom && length < size))) {
             std::memmove(buffer + (want - tail), buffer + (size - tail), tail * sizeof(Unit));
-            if (void *smaller = ZPZoneRealloc(ZPZoneFromPointer(buffer), buffer, std::max<std::uint64_t>(want, 1) * sizeof(Unit)))
+            if (void *smaller =
+                    ZPZoneRealloc(ZPZoneFromPointer(buffer), buffer, std::max<std::uint64_t>(want, 1) * sizeof(Unit)))
                 _ZPBufferOf(s) = static_cast<Unit *>(smaller);
             size = unsigned(want);
         }
@@ -104,7 +109,8 @@ template <class S> struct GapMethods : S {
         return this;
     }
     unichar characterAtIndex(unsigned index) {
-        if (index >= _ZPLengthOf(this)) [[unlikely]] _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
+        if (index >= _ZPLengthOf(this)) [[unlikely]]
+            _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
         return unitOf(_ZPBufferOf(this)[index < this->gapBegin ? index : index + this->gapEnd - this->gapBegin]);
     }
     void getCharacters(unichar *buffer, ZPRange range) {
@@ -115,7 +121,8 @@ template <class S> struct GapMethods : S {
         text += this->gapEnd - this->gapBegin;
         for (unsigned i = first; i < end; ++i) *buffer++ = unitOf(text[i]);
     }
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range, ZPRange *remaining) {
+    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
+                  ZPRange range, ZPRange *remaining) {
         SEL selector = "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel;
         if constexpr (sizeof(typename S::Unit) == 1)
             if (encoding == _ZPCStringEncoding) {
@@ -127,7 +134,8 @@ template <class S> struct GapMethods : S {
                 return YES;
             }
         _ZPPackGap(static_cast<S *>(this));
-        return objc_super<S>(this).template send<BOOL>(selector, buffer, maxLength, filled, encoding, lossy, range, remaining);
+        return objc_super<S>(this).template send<BOOL>(selector, buffer, maxLength, filled, encoding, lossy, range,
+                                                       remaining);
     }
     id copyWithZone(ZPZone *zone) {
         _ZPPackGap(static_cast<S *>(this));
@@ -166,9 +174,12 @@ template <class S> struct GapMethods : S {
         }
     }
     void copyBytes(unsigned length, const char *bytes) {
-        _ZPCopyToGap(static_cast<S *>(this), {reinterpret_cast<const unsigned char *>(bytes), nullptr, length}, 0, length);
+        _ZPCopyToGap(static_cast<S *>(this), {reinterpret_cast<const unsigned char *>(bytes), nullptr, length}, 0,
+                     length);
     }
-    void copyUnits(unsigned length, const unichar *units) { _ZPCopyToGap(static_cast<S *>(this), {nullptr, units, length}, 0, length); }
+    void copyUnits(unsigned length, const unichar *units) {
+        _ZPCopyToGap(static_cast<S *>(this), {nullptr, units, length}, 0, length);
+    }
 };
 
 using ByteGap = GapMethods<ZPCStringWithGap>;

@@ -7,9 +7,12 @@
 
 template <class S> struct ZPSubstringMethods : S {
     ZPString *refuseBytes(char *, unsigned, BOOL) { return refuse("initWithCStringNoCopy:length:freeWhenDone:"_sel); }
-    ZPString *refuseUnits(unichar *, unsigned, BOOL) { return refuse("initWithCharactersNoCopy:length:freeWhenDone:"_sel); }
+    ZPString *refuseUnits(unichar *, unsigned, BOOL) {
+        return refuse("initWithCharactersNoCopy:length:freeWhenDone:"_sel);
+    }
     [[noreturn]] ZPString *refuse(SEL selector) {
-        ZPException::raise_format(ZPInvalidArgumentException, "Can't call %s in %s"_zp, sel_getName(selector), this->isa->name);
+        ZPException::raise_format(ZPInvalidArgumentException, "Can't call %s in %s"_zp, sel_getName(selector),
+                                  this->isa->name);
     }
     bool borrows() const { return __atomic_load_n(&this->_referenceString, __ATOMIC_ACQUIRE); }
     /// The parent that was parted from: another thread may still be reading what was borrowed.

@@ -31,7 +31,8 @@ struct SimpleStringMethods : ZPSimpleString {
     }
     unsigned length() { return numCharacters; }
     unichar characterAtIndex(unsigned index) {
-        if (index >= numCharacters) [[unlikely]] _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
+        if (index >= numCharacters) [[unlikely]]
+            _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
         return characters[index];
     }
     void getCharactersRange(unichar *buffer, ZPRange range) {

@@ -10,21 +10,25 @@ const ZPHashCallBacks ZPIntHashCallBacks = {};
 const ZPHashCallBacks ZPNonOwnedPointerHashCallBacks = {};
 const ZPHashCallBacks ZPOwnedPointerHashCallBacks = {.release = _ZPPointerItemFree<T>};
 const ZPHashCallBacks ZPPointerToStructHashCallBacks = {
-    .hash = [](T *, const void *item) {
-        std::uintptr_t word;
-        std::memcpy(&word, item, sizeof word);
-        return unsigned(word);
+    .hash =
+        [](T *, const void *item) {
+            std::uintptr_t word;
+            std::memcpy(&word, item, sizeof word);
+            return unsigned(word);
+        },
+    .isEqual = [](T *, const void *stored, const void *probe) -> BOOL {
+        return std::memcmp(stored, probe, sizeof(std::uintptr_t)) == 0;
     },
-    .isEqual = [](T *, const void *stored, const void *probe) -> BOOL { return std::memcmp(stored, probe, sizeof(std::uintptr_t)) == 0; },
     .release = _ZPPointerItemFree<T>,
 };
-const ZPHashCallBacks ZPNonRetainedObjectHashCallBacks = {_ZPObjectItemHash<T>, _ZPObjectItemsEqual<T>, nullptr, nullptr, _ZPObjectItemDescribe<T>};
-const ZPHashCallBacks ZPObjectHashCallBacks = {_ZPObjectItemHash<T>, _ZPObjectItemsEqual<T>, _ZPObjectItemRetain<T>, _ZPObjectItemRelease<T>,
-                                               _ZPObjectItemDescribe<T>};
-const ZPHashCallBacks ZPOwnedObjectIdentityHashCallBacks = {nullptr, nullptr, _ZPObjectItemRetain<T>, _ZPObjectItemRelease<T>,
-                                                            _ZPObjectItemDescribe<T>};
-const ZPHashCallBacks _ZPByteStringHashCallBacks = {_ZPByteStringItemHash<T>, _ZPByteStringItemsEqual<T>, nullptr, nullptr,
-                                                    _ZPByteStringItemDescribe<T>};
+const ZPHashCallBacks ZPNonRetainedObjectHashCallBacks = {_ZPObjectItemHash<T>, _ZPObjectItemsEqual<T>, nullptr,
+                                                          nullptr, _ZPObjectItemDescribe<T>};
+const ZPHashCallBacks ZPObjectHashCallBacks = {_ZPObjectItemHash<T>, _ZPObjectItemsEqual<T>, _ZPObjectItemRetain<T>,
+                                               _ZPObjectItemRelease<T>, _ZPObjectItemDescribe<T>};
+const ZPHashCallBacks ZPOwnedObjectIdentityHashCallBacks = {nullptr, nullptr, _ZPObjectItemRetain<T>,
+                                                            _ZPObjectItemRelease<T>, _ZPObjectItemDescribe<T>};
+const ZPHashCallBacks _ZPByteStringHashCallBacks = {_ZPByteStringItemHash<T>, _ZPByteStringItemsEqual<T>, nullptr,
+                                                    nullptr, _ZPByteStringItemDescribe<T>};
 
 unsigned _ZPByteStringHash(const void *bytes) {
     auto *b = static_cast<const signed char *>(bytes);
@@ -60,7 +64,8 @@ static void retain(ZPHashTable *table, const void *item) {
 static void release(ZPHashTable *table, void *item) {
     if (table->callBacks.release) table->callBacks.release(table, item);
 }
-static ZPSimpleSetBucket *find(ZPHashTable *table, const void *item, unsigned hash, ZPSimpleSetBucket **place = nullptr) {
+static ZPSimpleSetBucket *find(ZPHashTable *table, const void *item, unsigned hash,
+                               ZPSimpleSetBucket **place = nullptr) {
     return _ZPFindItem(table, table->callBacks, table->set, item, hash, place);
 }
 static void add(ZPHashTable *table, ZPSimpleSetBucket *place, const void *item, unsigned hash) {
@@ -78,10 +83,13 @@ ZPHashTable *ZPCreateHashTableWithZone(ZPHashCallBacks callBacks, unsigned capac
     return table;
 }
 
-ZPHashTable *ZPCreateHashTable(ZPHashCallBacks callBacks, unsigned capacity) { return ZPCreateHashTableWithZone(callBacks, capacity, nullptr); }
+ZPHashTable *ZPCreateHashTable(ZPHashCallBacks callBacks, unsigned capacity) {
+    return ZPCreateHashTableWithZone(callBacks, capacity, nullptr);
+}
 
 static void releaseAll(ZPHashTable *table) {
-    if (table->callBacks.release) ZPSimpleForEach(table->set, [=](ZPSimpleSetBucket *b) { table->callBacks.release(table, b->item); });
+    if (table->callBacks.release)
+        ZPSimpleForEach(table->set, [=](ZPSimpleSetBucket *b) { table->callBacks.release(table, b->item); });
 }
 
 void ZPFreeHashTable(ZPHashTable *table) {
@@ -99,7 +107,9 @@ BOOL ZPCompareHashTables(ZPHashTable *table1, ZPHashTable *table2) {
     if (table1 == table2) return YES;
     if (ZPCountHashTable(table1) != ZPCountHashTable(table2)) return NO;
     BOOL same = YES;
-    ZPSimpleForEach(table1->set, [&](ZPSimpleSetBucket *b) -> bool { return (same = find(table2, b->item, hashOf(table2, b->item)) != nullptr); });
+    ZPSimpleForEach(table1->set, [&](ZPSimpleSetBucket *b) -> bool {
+        return (same = find(table2, b->item, hashOf(table2, b->item)) != nullptr);
+    });
     return same;
 }
 
@@ -117,7 +127,8 @@ void *ZPHashGet(ZPHashTable *table, const void *item) {
 
 static void refuseNull(const void *item, const char *function, const char *verb) {
     if (!item) [[unlikely]]
-        ZPException::raise_format(ZPInvalidArgumentException, "*** %s(): attempt to %s NULL pointer"_zp, function, verb);
+        ZPException::raise_format(ZPInvalidArgumentException, "*** %s(): attempt to %s NULL pointer"_zp, function,
+                                  verb);
 }
 
 void ZPHashInsert(ZPHashTable *table, const void *item) {
@@ -136,7 +147,8 @@ void ZPHashInsertKnownAbsent(ZPHashTable *table, const void *item) {
     unsigned hash = hashOf(table, item);
     ZPSimpleSetBucket *place;
     if (find(table, item, hash, &place))
-        ZPException::raise_format(ZPInvalidArgumentException, "*** ZPHashInsertKnownAbsent(): item already in table: %@"_zp,
+        ZPException::raise_format(ZPInvalidArgumentException,
+                                  "*** ZPHashInsertKnownAbsent(): item already in table: %@"_zp,
                                   _ZPDescribeItem(table, table->callBacks, item));
     add(table, place, item, hash);
     retain(table, item);

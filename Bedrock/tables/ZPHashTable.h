@@ -25,15 +25,15 @@ struct ZPHashCallBacks {
 /// A table of distinct items, none of them null. Owned by its maker, who frees it and uses it from one thread at a
 /// time. Change it only through the functions below; adding items raises ZPMallocException when there is no memory.
 struct ZPHashTable {
-    ZPSimpleSet *set;           ///< the items
+    ZPSimpleSet *set;  ///< the items
     ZPHashCallBacks callBacks;  ///< the copied record
 };
 
 /// A walk through a table, which must not change meanwhile. Needs no end.
 struct ZPHashEnumerator {
     unsigned remaining;  ///< buckets not yet visited
-    void *reserved;      ///< null
-    ZPSimpleSet *set;    ///< the table's items; borrowed
+    void *reserved;  ///< null
+    ZPSimpleSet *set;  ///< the table's items; borrowed
 };
 
 extern "C" {

@@ -4,22 +4,26 @@
 
 using T = ZPMapTable;
 
-const ZPMapKeyCallBacks ZPIntMapKeyCallBacks = {.notAKeyMarker = reinterpret_cast<const void *>(std::uintptr_t(0x80000000))};
+const ZPMapKeyCallBacks ZPIntMapKeyCallBacks = {.notAKeyMarker =
+                                                    reinterpret_cast<const void *>(std::uintptr_t(0x80000000))};
 const ZPMapKeyCallBacks ZPNonOwnedPointerMapKeyCallBacks = {};
-const ZPMapKeyCallBacks ZPNonOwnedPointerOrNullMapKeyCallBacks = {.notAKeyMarker = reinterpret_cast<const void *>(~std::uintptr_t(0))};
+const ZPMapKeyCallBacks ZPNonOwnedPointerOrNullMapKeyCallBacks = {
+    .notAKeyMarker = reinterpret_cast<const void *>(~std::uintptr_t(0))};
 const ZPMapKeyCallBacks ZPOwnedPointerMapKeyCallBacks = {.release = _ZPPointerItemFree<T>};
-const ZPMapKeyCallBacks ZPNonRetainedObjectMapKeyCallBacks = {_ZPObjectItemHash<T>, _ZPObjectItemsEqual<T>, nullptr, nullptr,
-                                                              _ZPObjectItemDescribe<T>, nullptr};
-const ZPMapKeyCallBacks ZPObjectMapKeyCallBacks = {_ZPObjectItemHash<T>, _ZPObjectItemsEqual<T>, _ZPObjectItemRetain<T>, _ZPObjectItemRelease<T>,
+const ZPMapKeyCallBacks ZPNonRetainedObjectMapKeyCallBacks = {
+    _ZPObjectItemHash<T>, _ZPObjectItemsEqual<T>, nullptr, nullptr, _ZPObjectItemDescribe<T>, nullptr};
+const ZPMapKeyCallBacks ZPObjectMapKeyCallBacks = {_ZPObjectItemHash<T>,     _ZPObjectItemsEqual<T>,
+                                                   _ZPObjectItemRetain<T>,   _ZPObjectItemRelease<T>,
                                                    _ZPObjectItemDescribe<T>, nullptr};
-const ZPMapKeyCallBacks _ZPByteStringMapKeyCallBacks = {_ZPByteStringItemHash<T>, _ZPByteStringItemsEqual<T>, nullptr, nullptr,
-                                                        _ZPByteStringItemDescribe<T>, nullptr};
+const ZPMapKeyCallBacks _ZPByteStringMapKeyCallBacks = {
+    _ZPByteStringItemHash<T>, _ZPByteStringItemsEqual<T>, nullptr, nullptr, _ZPByteStringItemDescribe<T>, nullptr};
 
 const ZPMapValueCallBacks ZPIntMapValueCallBacks = {};
 const ZPMapValueCallBacks ZPNonOwnedPointerMapValueCallBacks = {};
 const ZPMapValueCallBacks ZPOwnedPointerMapValueCallBacks = {.release = _ZPPointerItemFree<T>};
 const ZPMapValueCallBacks ZPNonRetainedObjectMapValueCallBacks = {.describe = _ZPObjectItemDescribe<T>};
-const ZPMapValueCallBacks ZPObjectMapValueCallBacks = {_ZPObjectItemRetain<T>, _ZPObjectItemRelease<T>, _ZPObjectItemDescribe<T>};
+const ZPMapValueCallBacks ZPObjectMapValueCallBacks = {_ZPObjectItemRetain<T>, _ZPObjectItemRelease<T>,
+                                                       _ZPObjectItemDescribe<T>};
 
 static BOOL isEqual(void *context, const void *stored, const void *probe) {
     auto *table = static_cast<ZPMapTable *>(context);
@@ -37,17 +41,20 @@ static void releasePair(ZPMapTable *table, void *key, void *value) {
     if (table->keyCallBacks.release) table->keyCallBacks.release(table, key);
     if (table->valueCallBacks.release) table->valueCallBacks.release(table, value);
 }
-static ZPSimpleDictionaryBucket *find(ZPMapTable *table, const void *key, unsigned hash, ZPSimpleDictionaryBucket **place = nullptr) {
+static ZPSimpleDictionaryBucket *find(ZPMapTable *table, const void *key, unsigned hash,
+                                      ZPSimpleDictionaryBucket **place = nullptr) {
     return _ZPFindItem(table, table->keyCallBacks, table->dictionary, key, hash, place);
 }
 static ZPSimpleDictionaryBucket *findStored(ZPMapTable *table, const void *key) {
     return ZPSimpleCount(table->dictionary) ? find(table, key, hashOf(table, key)) : nullptr;
 }
 static void add(ZPMapTable *table, ZPSimpleDictionaryBucket *place, const void *key, unsigned hash, const void *value) {
-    ZPSimpleAdd(&table->dictionary, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, const_cast<void *>(key), const_cast<void *>(value)});
+    ZPSimpleAdd(&table->dictionary, place,
+                {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, const_cast<void *>(key), const_cast<void *>(value)});
 }
 
-ZPMapTable *ZPCreateMapTableWithZone(ZPMapKeyCallBacks keyCallBacks, ZPMapValueCallBacks valueCallBacks, unsigned capacity, ZPZone *zone) {
+ZPMapTable *ZPCreateMapTableWithZone(ZPMapKeyCallBacks keyCallBacks, ZPMapValueCallBacks valueCallBacks,
+                                     unsigned capacity, ZPZone *zone) {
     ZPSimpleDictionary *dictionary = ZPCreateSimpleDictionary(capacity, keyCallBacks.isEqual ? isEqual : nullptr, zone);
     auto *table = static_cast<ZPMapTable *>(ZPZoneMalloc(zone, sizeof(ZPMapTable)));
     if (!table) {
@@ -82,13 +89,17 @@ BOOL ZPCompareMapTables(ZPMapTable *table1, ZPMapTable *table2) {
     if (table1 == table2) return YES;
     if (ZPCountMapTable(table1) != ZPCountMapTable(table2)) return NO;
     BOOL same = YES;
-    ZPSimpleForEach(table1->dictionary, [&](ZPSimpleDictionaryBucket *b) -> bool { return (same = findStored(table2, b->key) != nullptr); });
+    ZPSimpleForEach(table1->dictionary, [&](ZPSimpleDictionaryBucket *b) -> bool {
+        return (same = findStored(table2, b->key) != nullptr);
+    });
     return same;
 }
 
 ZPMapTable *ZPCopyMapTableWithZone(ZPMapTable *table, ZPZone *zone) {
-    ZPMapTable *copy = ZPCreateMapTableWithZone(table->keyCallBacks, table->valueCallBacks, ZPCountMapTable(table), zone);
-    ZPSimpleForEach(table->dictionary, [=](ZPSimpleDictionaryBucket *b) { ZPMapInsertIfAbsent(copy, b->key, b->value); });
+    ZPMapTable *copy =
+        ZPCreateMapTableWithZone(table->keyCallBacks, table->valueCallBacks, ZPCountMapTable(table), zone);
+    ZPSimpleForEach(table->dictionary,
+                    [=](ZPSimpleDictionaryBucket *b) { ZPMapInsertIfAbsent(copy, b->key, b->value); });
     return copy;
 }
 
@@ -107,7 +118,8 @@ void *ZPMapGet(ZPMapTable *table, const void *key) {
 
 static void refuseMarker(ZPMapTable *table, const void *key, const char *function, const char *verb) {
     if (key == table->keyCallBacks.notAKeyMarker) [[unlikely]]
-        ZPException::raise_format(ZPInvalidArgumentException, "*** %s(): attempt to %s notAKeyMarker"_zp, function, verb);
+        ZPException::raise_format(ZPInvalidArgumentException, "*** %s(): attempt to %s notAKeyMarker"_zp, function,
+                                  verb);
 }
 
 void ZPMapInsert(ZPMapTable *table, const void *key, const void *value) {
@@ -130,7 +142,8 @@ void ZPMapInsertKnownAbsent(ZPMapTable *table, const void *key, const void *valu
     unsigned hash = hashOf(table, key);
     ZPSimpleDictionaryBucket *place;
     if (find(table, key, hash, &place))
-        ZPException::raise_format(ZPInvalidArgumentException, "*** ZPMapInsertKnownAbsent(): key already in table: %@"_zp,
+        ZPException::raise_format(ZPInvalidArgumentException,
+                                  "*** ZPMapInsertKnownAbsent(): key already in table: %@"_zp,
                                   _ZPDescribeItem(table, table->keyCallBacks, key));
     add(table, place, key, hash, value);
     retainKey(table, key);
@@ -157,7 +170,9 @@ void ZPMapRemove(ZPMapTable *table, const void *key) {
     releasePair(table, storedKey, value);
 }
 
-ZPMapEnumerator ZPEnumerateMapTable(ZPMapTable *table) { return {ZPSimpleBuckets(table->dictionary), nullptr, table->dictionary}; }
+ZPMapEnumerator ZPEnumerateMapTable(ZPMapTable *table) {
+    return {ZPSimpleBuckets(table->dictionary), nullptr, table->dictionary};
+}
 
 BOOL ZPNextMapEnumeratorPair(ZPMapEnumerator *enumerator, void **key, void **value) {
     while (enumerator->remaining) {

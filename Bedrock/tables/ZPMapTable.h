@@ -43,15 +43,15 @@ inline const void *const ZPNotAPointerMapKey = reinterpret_cast<const void *>(~s
 /// thread at a time. Change it only through the functions below; adding pairs raises ZPMallocException when there
 /// is no memory.
 struct ZPMapTable {
-    ZPSimpleDictionary *dictionary;      ///< the pairs
-    ZPMapKeyCallBacks keyCallBacks;      ///< the copied record for keys
+    ZPSimpleDictionary *dictionary;  ///< the pairs
+    ZPMapKeyCallBacks keyCallBacks;  ///< the copied record for keys
     ZPMapValueCallBacks valueCallBacks;  ///< the copied record for values
 };
 
 /// A walk through a table, which must not change meanwhile. Needs no end.
 struct ZPMapEnumerator {
-    unsigned remaining;              ///< buckets not yet visited
-    void *reserved;                  ///< null
+    unsigned remaining;  ///< buckets not yet visited
+    void *reserved;  ///< null
     ZPSimpleDictionary *dictionary;  ///< the table's pairs; borrowed
 };
 
@@ -84,9 +84,11 @@ ZP_EXPORT extern const ZPMapValueCallBacks ZPObjectMapValueCallBacks;
 
 /// A table with room for `capacity` pairs in a zone (null: the default zone), which the caller frees. Copies the
 /// records. A capacity above 357,913,941 raises ZPInvalidArgumentException.
-ZP_EXPORT ZPMapTable *ZPCreateMapTableWithZone(ZPMapKeyCallBacks keyCallBacks, ZPMapValueCallBacks valueCallBacks, unsigned capacity, ZPZone *zone);
+ZP_EXPORT ZPMapTable *ZPCreateMapTableWithZone(ZPMapKeyCallBacks keyCallBacks, ZPMapValueCallBacks valueCallBacks,
+                                               unsigned capacity, ZPZone *zone);
 /// The same in the default zone.
-ZP_EXPORT ZPMapTable *ZPCreateMapTable(ZPMapKeyCallBacks keyCallBacks, ZPMapValueCallBacks valueCallBacks, unsigned capacity);
+ZP_EXPORT ZPMapTable *ZPCreateMapTable(ZPMapKeyCallBacks keyCallBacks, ZPMapValueCallBacks valueCallBacks,
+                                       unsigned capacity);
 /// Releases every pair and frees the table, which must not be null.
 ZP_EXPORT void ZPFreeMapTable(ZPMapTable *table);
 /// Releases every pair and empties the table, keeping its size.

@@ -108,7 +108,9 @@ void makeRoom(ZPOrderedHeap *heap, unsigned more) {
         std::size_t bytes = capacity * sizeof(ZPHeapElement);
         storage = heap->storage ? ZPZoneRealloc(zone, heap->storage, bytes) : ZPZoneMalloc(zone, bytes);
     }
-    if (!storage) ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %llu elements"_zp, "ZPAddToOrderedHeap", needed);
+    if (!storage)
+        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %llu elements"_zp,
+                                  "ZPAddToOrderedHeap", needed);
     heap->storage = static_cast<ZPHeapElement *>(storage);
     heap->capacity = unsigned(capacity);
 }
@@ -120,7 +122,8 @@ ZPOrderedHeap *ZPCreateOrderedHeapFromZone(ZPHeapComparison comparison, unsigned
     void *storage = heap && capacity ? ZPZoneMalloc(zone, capacity * sizeof(ZPHeapElement)) : nullptr;
     if (!heap || (capacity && !storage)) {
         if (heap) ZPZoneFree(zone, heap);
-        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u elements"_zp, "ZPCreateOrderedHeap", capacity);
+        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u elements"_zp,
+                                  "ZPCreateOrderedHeap", capacity);
     }
     *heap = {comparison ? comparison : compareWords, 0, capacity, static_cast<ZPHeapElement *>(storage)};
     return heap;
@@ -159,7 +162,9 @@ void ZPRemoveMultipleFromOrderedHeap(ZPOrderedHeap *heap, ZPHeapElement *buffer,
     });
 }
 
-ZPHeapElement ZPRemoveRandomInOrderedHeap(ZPOrderedHeap *heap) { return heap->count ? heap->storage[--heap->count] : 0; }
+ZPHeapElement ZPRemoveRandomInOrderedHeap(ZPOrderedHeap *heap) {
+    return heap->count ? heap->storage[--heap->count] : 0;
+}
 
 ZPHeapElement ZPRemoveLeastGreaterOfOrderedHeap(ZPOrderedHeap *heap, ZPHeapElement value) {
     return ordered(heap, [&](auto order) -> ZPHeapElement {

@@ -16,9 +16,9 @@ using ZPHeapComparison = int (*)(ZPOrderedHeap *heap, ZPHeapElement a, ZPHeapEle
 /// comparison must not.
 struct ZPOrderedHeap {
     ZPHeapComparison comparison;  ///< never null
-    unsigned count;               ///< of the elements
-    unsigned capacity;            ///< in elements
-    ZPHeapElement *storage;       ///< null while the capacity is 0
+    unsigned count;  ///< of the elements
+    unsigned capacity;  ///< in elements
+    ZPHeapElement *storage;  ///< null while the capacity is 0
 };
 
 extern "C" {

@@ -23,11 +23,14 @@ inline ZPRange _ZPUnionOfRanges(ZPRange a, ZPRange b) {
     std::uint64_t end = _ZPRangeEnd(a) > _ZPRangeEnd(b) ? _ZPRangeEnd(a) : _ZPRangeEnd(b);
     return {start, unsigned(end - start)};
 }
-inline bool _ZPRangeContains(ZPRange r, unsigned location) { return location - r.location < r.length && location >= r.location; }
+inline bool _ZPRangeContains(ZPRange r, unsigned location) {
+    return location - r.location < r.length && location >= r.location;
+}
 /// Raises ZPRangeException for a range whose end does not fit.
 inline void _ZPCheckRangeEnd(ZPRange r, const char *function) {
     if (_ZPRangeEnd(r) > 0xFFFFFFFF) [[unlikely]]
-        ZPException::raise_format(ZPRangeException, "*** %s(): the end of {%u, %u} passes 0xFFFFFFFF"_zp, function, r.location, r.length);
+        ZPException::raise_format(ZPRangeException, "*** %s(): the end of {%u, %u} passes 0xFFFFFFFF"_zp, function,
+                                  r.location, r.length);
 }
 [[noreturn]] ZP_COLD inline void _ZPRaiseRangeIndex() { ZPException::raise_format(ZPRangeException, ""_zp); }
 
@@ -79,7 +82,8 @@ struct _ZPRangeText {
     id text;
     std::string buffer;
 
-    explicit _ZPRangeText(std::uint64_t expected) : text(_ZPMutableText(unsigned(expected < 1 << 20 ? expected : 1 << 20))) {}
+    explicit _ZPRangeText(std::uint64_t expected)
+        : text(_ZPMutableText(unsigned(expected < 1 << 20 ? expected : 1 << 20))) {}
     void add(const char *format, ...) __attribute__((format(printf, 2, 3)));
     void addString(ZPString *string);
     void flush();

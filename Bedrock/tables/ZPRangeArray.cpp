@@ -13,7 +13,8 @@ void resize(ZPRangeArray *list, unsigned capacity) {
     if (!ranges) {
         // Room that cannot be given back is kept.
         if (capacity < list->capacity) return;
-        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u ranges"_zp, "ZPRangeArrayInsertRangeAtIndex", capacity);
+        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u ranges"_zp,
+                                  "ZPRangeArrayInsertRangeAtIndex", capacity);
     }
     list->ranges = static_cast<ZPRange *>(ranges);
     if (capacity > list->capacity) std::fill(list->ranges + list->capacity, list->ranges + capacity, ZPRange{});
@@ -24,12 +25,15 @@ void resize(ZPRangeArray *list, unsigned capacity) {
 
 void *_ZPRangeMemory(std::size_t count, std::size_t size, ZPZone *zone) {
     void *memory = ZPZoneCalloc(zone, count, size);
-    if (!memory) ZPException::raise_format(ZPMallocException, "*** out of memory for %lu ranges"_zp, static_cast<unsigned long>(count));
+    if (!memory)
+        ZPException::raise_format(ZPMallocException, "*** out of memory for %lu ranges"_zp,
+                                  static_cast<unsigned long>(count));
     return memory;
 }
 
 unsigned _ZPRangeCapacity(unsigned request) {
-    if (request > 0xFFFFFFFBu) ZPException::raise_format(ZPMallocException, "*** out of memory for %u ranges"_zp, request);
+    if (request > 0xFFFFFFFBu)
+        ZPException::raise_format(ZPMallocException, "*** out of memory for %u ranges"_zp, request);
     return (request & ~3u) + 4;
 }
 
@@ -45,7 +49,8 @@ void _ZPEndRangeList(ZPRangeArray *list) {
 
 unsigned _ZPGrownRangeCapacity(const ZPRangeArray *list) {
     if (list->count < list->capacity) return list->capacity;
-    if (list->capacity > 0x7FFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for %u ranges"_zp, list->capacity);
+    if (list->capacity > 0x7FFFFFFF)
+        ZPException::raise_format(ZPMallocException, "*** out of memory for %u ranges"_zp, list->capacity);
     return list->capacity * 2;
 }
 
@@ -149,7 +154,9 @@ void ZPRangeArrayRemoveRangeAtIndex(ZPRangeArray *array, unsigned index) {
 }
 
 BOOL ZPCompareRangeArrays(ZPRangeArray *array1, ZPRangeArray *array2) {
-    return array1->count == array2->count && std::equal(array1->ranges, array1->ranges + array1->count, array2->ranges) ? YES : NO;
+    return array1->count == array2->count && std::equal(array1->ranges, array1->ranges + array1->count, array2->ranges)
+               ? YES
+               : NO;
 }
 
 ZPRangeArray *ZPCopyRangeArrayWithZone(ZPRangeArray *array, ZPZone *zone) {

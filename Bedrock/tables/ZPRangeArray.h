@@ -10,8 +10,8 @@ ZP_FORWARD(ZPString);
 /// A list of ranges. Owned by its maker, who frees it and uses it from one thread at a time. Change it only through
 /// the functions below. Growing raises ZPMallocException when there is no memory.
 struct ZPRangeArray {
-    ZPRange *ranges;    ///< in order of their positions
-    unsigned count;     ///< of the ranges
+    ZPRange *ranges;  ///< in order of their positions
+    unsigned count;  ///< of the ranges
     unsigned capacity;  ///< in ranges
 };
 

@@ -12,11 +12,14 @@
 
 const ZPRangeValueCallBacks ZPIntRangeValueCallBacks = {};
 const ZPRangeValueCallBacks ZPNonOwnedPointerRangeValueCallBacks = {};
-const ZPRangeValueCallBacks ZPOwnedPointerRangeValueCallBacks = {nullptr, nullptr, _ZPPointerItemFree<ZPRangeValueArray>, nullptr};
-const ZPRangeValueCallBacks ZPNonRetainedObjectRangeValueCallBacks = {_ZPObjectItemsEqual<ZPRangeValueArray>, nullptr, nullptr,
-                                                                      _ZPObjectItemDescribe<ZPRangeValueArray>};
-const ZPRangeValueCallBacks ZPObjectRangeValueCallBacks = {_ZPObjectItemsEqual<ZPRangeValueArray>, _ZPObjectItemRetain<ZPRangeValueArray>,
-                                                           _ZPObjectItemRelease<ZPRangeValueArray>, _ZPObjectItemDescribe<ZPRangeValueArray>};
+const ZPRangeValueCallBacks ZPOwnedPointerRangeValueCallBacks = {nullptr, nullptr,
+                                                                 _ZPPointerItemFree<ZPRangeValueArray>, nullptr};
+const ZPRangeValueCallBacks ZPNonRetainedObjectRangeValueCallBacks = {
+    _ZPObjectItemsEqual<ZPRangeValueArray>, nullptr, nullptr, _ZPObjectItemDescribe<ZPRangeValueArray>};
+const ZPRangeValueCallBacks ZPObjectRangeValueCallBacks = {_ZPObjectItemsEqual<ZPRangeValueArray>,
+                                                           _ZPObjectItemRetain<ZPRangeValueArray>,
+                                                           _ZPObjectItemRelease<ZPRangeValueArray>,
+                                                           _ZPObjectItemDescribe<ZPRangeValueArray>};
 
 namespace {
 
@@ -73,7 +76,8 @@ void removeRun(ZPRangeValueArray *array, unsigned index, unsigned run) {
     unsigned former = list->capacity;
     _ZPRemoveRanges(list, index, run);
     if (list->capacity < former)
-        if (void *smaller = ZPZoneRealloc(ZPZoneFromPointer(array->values), array->values, list->capacity * sizeof(void *)))
+        if (void *smaller =
+                ZPZoneRealloc(ZPZoneFromPointer(array->values), array->values, list->capacity * sizeof(void *)))
             array->values = static_cast<void **>(smaller);
     release(array, first);
     for (void *value : others) release(array, value);
@@ -81,7 +85,8 @@ void removeRun(ZPRangeValueArray *array, unsigned index, unsigned run) {
 
 }  // namespace
 
-ZPRangeValueArray *ZPCreateRangeValueArrayWithZone(ZPRangeValueCallBacks callBacks, unsigned capacity, BOOL sorted, ZPZone *zone) {
+ZPRangeValueArray *ZPCreateRangeValueArrayWithZone(ZPRangeValueCallBacks callBacks, unsigned capacity, BOOL sorted,
+                                                   ZPZone *zone) {
     auto *array = static_cast<ZPRangeValueArray *>(_ZPRangeMemory(1, sizeof(ZPRangeValueArray), zone));
     try {
         _ZPStartRangeList(&array->list, capacity, zone);
@@ -135,7 +140,9 @@ ZPRangeValueArray *ZPCopyRangeValueArrayWithZone(ZPRangeValueArray *array, ZPZon
     return copy;
 }
 
-ZPRange ZPRangeValueArrayRangeAtIndex(ZPRangeValueArray *array, unsigned index) { return ZPRangeArrayRangeAtIndex(&array->list, index); }
+ZPRange ZPRangeValueArrayRangeAtIndex(ZPRangeValueArray *array, unsigned index) {
+    return ZPRangeArrayRangeAtIndex(&array->list, index);
+}
 
 void *ZPRangeValueArrayValueAtIndex(ZPRangeValueArray *array, unsigned index) {
     checkIndex(index, array->list.count);

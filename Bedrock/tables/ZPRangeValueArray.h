@@ -22,10 +22,10 @@ struct ZPRangeValueCallBacks {
 /// by adding ranges that merge with their neighbours. Owned by its maker, who frees it and uses it from one thread
 /// at a time. Change it only through the functions below. Growing raises ZPMallocException when there is no memory.
 struct ZPRangeValueArray {
-    ZPRangeArray list;                ///< the ranges
-    void **values;                    ///< as many as the list has room for
+    ZPRangeArray list;  ///< the ranges
+    void **values;  ///< as many as the list has room for
     ZPRangeValueCallBacks callBacks;  ///< the copied record
-    BOOL sorted;                      ///< how it is edited
+    BOOL sorted;  ///< how it is edited
 };
 
 extern "C" {
@@ -41,7 +41,8 @@ ZP_EXPORT extern const ZPRangeValueCallBacks ZPNonRetainedObjectRangeValueCallBa
 ZP_EXPORT extern const ZPRangeValueCallBacks ZPObjectRangeValueCallBacks;
 
 /// An empty array in a zone (null: the default zone). Copies the record; the mode stays for life.
-ZP_EXPORT ZPRangeValueArray *ZPCreateRangeValueArrayWithZone(ZPRangeValueCallBacks callBacks, unsigned capacity, BOOL sorted, ZPZone *zone);
+ZP_EXPORT ZPRangeValueArray *ZPCreateRangeValueArrayWithZone(ZPRangeValueCallBacks callBacks, unsigned capacity,
+                                                             BOOL sorted, ZPZone *zone);
 /// The same in the default zone.
 ZP_EXPORT ZPRangeValueArray *ZPCreateRangeValueArray(ZPRangeValueCallBacks callBacks, unsigned capacity, BOOL sorted);
 /// Frees the array and leaves the values as they are: reset it first to have them released.
@@ -66,7 +67,8 @@ ZP_EXPORT void ZPRangeValueArraySetRangeAtIndex(ZPRangeValueArray *array, ZPRang
 /// Retains the value, and releases the one in whose place it comes.
 ZP_EXPORT void ZPRangeValueArraySetValueAtIndex(ZPRangeValueArray *array, const void *value, unsigned index);
 /// Retains the value and inserts an entry before an index, which may be the count.
-ZP_EXPORT void ZPRangeValueArrayInsertAtIndex(ZPRangeValueArray *array, ZPRange range, const void *value, unsigned index);
+ZP_EXPORT void ZPRangeValueArrayInsertAtIndex(ZPRangeValueArray *array, ZPRange range, const void *value,
+                                              unsigned index);
 /// Removes an entry and releases its value.
 ZP_EXPORT void ZPRangeValueArrayRemoveAtIndex(ZPRangeValueArray *array, unsigned index);
 /// Removes the entries whose value is equal. In a sorted array without any it does nothing.
@@ -77,7 +79,8 @@ ZP_EXPORT void ZPRangeValueArrayRemoveRangesWithValue(ZPRangeValueArray *array, 
 /// Adds a range; it merges with entries that it overlaps or touches and whose value is equal, or whatever their
 /// value when `mergeByRange`. The merged entry has the new value. Entries that overlap the range and do not merge
 /// stay as they are. A range whose end passes 0xFFFFFFFF raises ZPRangeException.
-ZP_EXPORT void ZPRangeValueArrayAddRangeValue(ZPRangeValueArray *array, ZPRange range, const void *value, BOOL mergeByRange);
+ZP_EXPORT void ZPRangeValueArrayAddRangeValue(ZPRangeValueArray *array, ZPRange range, const void *value,
+                                              BOOL mergeByRange);
 /// Does nothing but log that, and raises as above.
 ZP_EXPORT void ZPRangeValueArrayRemoveRange(ZPRangeValueArray *array, ZPRange range);
 
@@ -87,7 +90,8 @@ ZP_EXPORT void ZPRangeValueArrayRemoveRange(ZPRangeValueArray *array, ZPRange ra
 /// last entry answers; in a sorted array that holds overlapping ranges, one at or just before the location.
 ZP_EXPORT BOOL ZPRangeValueArrayValueForLocation(ZPRangeValueArray *array, unsigned location, void **value);
 /// Gives every entry with a value equal to `oldValue` the new one.
-ZP_EXPORT void ZPRangeValueArrayChangeValueToValue(ZPRangeValueArray *array, const void *oldValue, const void *newValue);
+ZP_EXPORT void ZPRangeValueArrayChangeValueToValue(ZPRangeValueArray *array, const void *oldValue,
+                                                   const void *newValue);
 /// A line "    {location, length} = <value>" for each entry, in parentheses; an autoreleased mutable string.
 ZP_EXPORT ZPString *ZPStringFromRangeValueArray(ZPRangeValueArray *array);
 }

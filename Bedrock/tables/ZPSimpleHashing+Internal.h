@@ -44,17 +44,21 @@ template <class S> S *ZPSimpleInit(void *memory, unsigned sizeClass, ZPSimpleEqu
     return s;
 }
 
-ZP_INLINE unsigned ZPSimpleStep(unsigned hash, unsigned mask) { return (((hash >> 1) & mask) + ((hash >> 1) & 1) - 1) & mask; }
+ZP_INLINE unsigned ZPSimpleStep(unsigned hash, unsigned mask) {
+    return (((hash >> 1) & mask) + ((hash >> 1) & 1) - 1) & mask;
+}
 
 ZP_COLD void ZPSweepSimple(ZPSimpleSet *set);
 ZP_COLD void ZPSweepSimple(ZPSimpleDictionary *dictionary);
 ZP_COLD void ZPAddGrowingSimple(ZPSimpleSet **set, ZPSimpleSetBucket *place, ZPSimpleSetBucket entry);
-ZP_COLD void ZPAddGrowingSimple(ZPSimpleDictionary **dictionary, ZPSimpleDictionaryBucket *place, ZPSimpleDictionaryBucket entry);
+ZP_COLD void ZPAddGrowingSimple(ZPSimpleDictionary **dictionary, ZPSimpleDictionaryBucket *place,
+                                ZPSimpleDictionaryBucket entry);
 
 /// The bucket of an equal item or null; `place`, when given, gets the bucket where a new entry belongs
 /// after a search without success.
-template <class S, class E>
-ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *table, const void *item, unsigned hash, const E &isEqual, ZPSimpleBucketOf<S> **place = nullptr) {
+template <class S, class E> ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *table, const void *item, unsigned hash,
+                                                                        const E &isEqual,
+                                                                        ZPSimpleBucketOf<S> **place = nullptr) {
     constexpr bool tests = !std::is_same_v<E, ZPSimpleIdentityOnly>;
     unsigned state = (hash & ZPSimpleHashMask) | ZPSimpleOccupied;
     auto *buckets = table->buckets;
@@ -77,7 +81,8 @@ ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *table, const void *item, unsigned
         if constexpr (tests) {
             // One branch for what is neither the item nor of its hash: an entry found is found at once.
             if ((s == state) | ((ZPSimpleKey(*b) == item) & (s >> 31))) [[likely]]
-                if (ZPSimpleKey(*b) == item || isEqual(ZPSimpleKey(*b), item)) [[likely]] return b;
+                if (ZPSimpleKey(*b) == item || isEqual(ZPSimpleKey(*b), item)) [[likely]]
+                    return b;
         } else if ((ZPSimpleKey(*b) == item) & (s >> 31)) return b;
         if (!(s & ZPSimpleOccupied)) {
             if (!free) free = b;
@@ -88,7 +93,8 @@ ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *table, const void *item, unsigned
     } while (i != first);
     if (place) {
         *place = free;
-        if (deleted > 8 + mask / 16) [[unlikely]] ZPSweepSimple(table);
+        if (deleted > 8 + mask / 16) [[unlikely]]
+            ZPSweepSimple(table);
     }
     return nullptr;
 }

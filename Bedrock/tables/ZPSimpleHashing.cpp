@@ -16,7 +16,8 @@ template <class S> S *create(unsigned capacity, ZPSimpleEqualFunction *isEqual, 
     std::size_t bytes = ZPSimpleSize<S>(sizeClass);
     // The heap's own zero-filled blocks cost nothing until they are touched.
     void *memory = !zone || zone == ZPDefaultMallocZone() ? std::calloc(1, bytes) : ZPZoneCalloc(zone, 1, bytes);
-    if (!memory) ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u items"_zp, function, capacity);
+    if (!memory)
+        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u items"_zp, function, capacity);
     S *s = static_cast<S *>(memory);
     s->info = sizeClass << 27;
     s->isEqual = isEqual;
@@ -28,7 +29,8 @@ template <class S> void destroy(S *s) {
     ZPZoneFree(ZPZoneFromPointer(s), s);
 }
 
-template <class S> void addGrowing(S **reference, ZPSimpleBucketOf<S> *place, ZPSimpleBucketOf<S> entry, const char *function) {
+template <class S>
+void addGrowing(S **reference, ZPSimpleBucketOf<S> *place, ZPSimpleBucketOf<S> entry, const char *function) {
     S *old = *reference;
     unsigned count = ZPSimpleCount(old) + 1;
     if (count > ZPSimpleMaximumCount)
@@ -80,7 +82,9 @@ template <class S> void sweep(S *s) {
 template <class S> S *copy(S *source, ZPZone *zone, const char *function) {
     std::size_t bytes = ZPSimpleSize<S>(ZPSimpleClass(source));
     void *memory = ZPZoneMalloc(zone, bytes);
-    if (!memory) ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u items"_zp, function, ZPSimpleCount(source));
+    if (!memory)
+        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u items"_zp, function,
+                                  ZPSimpleCount(source));
     S *s = static_cast<S *>(std::memcpy(memory, static_cast<void *>(source), bytes));
     s->retainCount = 0;
     return s;
@@ -118,9 +122,12 @@ template <class S> ZPSimpleBucketOf<S> *bucketAt(S *s, unsigned index) {
     return b->state & ZPSimpleOccupied ? b : nullptr;
 }
 
-template <class S> ZPSimpleBucketOf<S> *find(S *s, const void *item, unsigned hash, void *context, ZPSimpleBucketOf<S> **place = nullptr) {
+template <class S>
+ZPSimpleBucketOf<S> *find(S *s, const void *item, unsigned hash, void *context, ZPSimpleBucketOf<S> **place = nullptr) {
     if (ZPSimpleEqualFunction *isEqual = s->isEqual)
-        return ZPSimpleFind(s, item, hash, [=](const void *stored, const void *probe) { return isEqual(context, stored, probe) != NO; }, place);
+        return ZPSimpleFind(
+            s, item, hash, [=](const void *stored, const void *probe) { return isEqual(context, stored, probe) != NO; },
+            place);
     return ZPSimpleFind(s, item, hash, ZPSimpleIdentityOnly{}, place);
 }
 
@@ -131,7 +138,8 @@ void ZPSweepSimple(ZPSimpleDictionary *dictionary) { sweep(dictionary); }
 void ZPAddGrowingSimple(ZPSimpleSet **set, ZPSimpleSetBucket *place, ZPSimpleSetBucket entry) {
     addGrowing(set, place, entry, "ZPSimpleSetInsert");
 }
-void ZPAddGrowingSimple(ZPSimpleDictionary **dictionary, ZPSimpleDictionaryBucket *place, ZPSimpleDictionaryBucket entry) {
+void ZPAddGrowingSimple(ZPSimpleDictionary **dictionary, ZPSimpleDictionaryBucket *place,
+                        ZPSimpleDictionaryBucket entry) {
     addGrowing(dictionary, place, entry, "ZPSimpleDictionaryInsert");
 }
 
@@ -182,22 +190,30 @@ ZPSimpleDictionary *ZPCreateSimpleDictionary(unsigned capacity, ZPSimpleEqualFun
     return create<ZPSimpleDictionary>(capacity, isEqual, zone, "ZPCreateSimpleDictionary");
 }
 void ZPFreeSimpleDictionary(ZPSimpleDictionary *dictionary) { destroy(dictionary); }
-ZPSimpleDictionary *ZPCopySimpleDictionary(ZPSimpleDictionary *dictionary, ZPZone *zone) { return copy(dictionary, zone, "ZPCopySimpleDictionary"); }
+ZPSimpleDictionary *ZPCopySimpleDictionary(ZPSimpleDictionary *dictionary, ZPZone *zone) {
+    return copy(dictionary, zone, "ZPCopySimpleDictionary");
+}
 void ZPResetSimpleDictionary(ZPSimpleDictionary *dictionary, void (*release)(void *, void *, void *), void *context) {
     if (release) ZPSimpleForEach(dictionary, [=](ZPSimpleDictionaryBucket *b) { release(context, b->key, b->value); });
     empty(dictionary);
 }
 BOOL ZPRetainSimpleDictionary(ZPSimpleDictionary *dictionary) { return retain(dictionary); }
 BOOL ZPReleaseSimpleDictionary(ZPSimpleDictionary *dictionary) { return release(dictionary); }
-int ZPSimpleDictionaryRetainCount(ZPSimpleDictionary *dictionary) { return __atomic_load_n(&dictionary->retainCount, __ATOMIC_RELAXED) + 1; }
+int ZPSimpleDictionaryRetainCount(ZPSimpleDictionary *dictionary) {
+    return __atomic_load_n(&dictionary->retainCount, __ATOMIC_RELAXED) + 1;
+}
 unsigned ZPSimpleDictionaryCount(ZPSimpleDictionary *dictionary) { return ZPSimpleCount(dictionary); }
 unsigned ZPSimpleDictionaryNumBuckets(ZPSimpleDictionary *dictionary) { return ZPSimpleBuckets(dictionary); }
-ZPSimpleDictionaryBucket *ZPSimpleDictionaryGetBucket(ZPSimpleDictionary *dictionary, unsigned index) { return bucketAt(dictionary, index); }
-ZPSimpleDictionaryBucket *ZPSimpleDictionaryLookup(ZPSimpleDictionary *dictionary, const void *key, unsigned hash, void *context) {
+ZPSimpleDictionaryBucket *ZPSimpleDictionaryGetBucket(ZPSimpleDictionary *dictionary, unsigned index) {
+    return bucketAt(dictionary, index);
+}
+ZPSimpleDictionaryBucket *ZPSimpleDictionaryLookup(ZPSimpleDictionary *dictionary, const void *key, unsigned hash,
+                                                   void *context) {
     return ZPSimpleCount(dictionary) ? find(dictionary, key, hash, context) : nullptr;
 }
 
-BOOL ZPSimpleDictionaryInsert(ZPSimpleDictionary **dictionary, void **key, unsigned hash, void **value, void *context, BOOL replace) {
+BOOL ZPSimpleDictionaryInsert(ZPSimpleDictionary **dictionary, void **key, unsigned hash, void **value, void *context,
+                              BOOL replace) {
     ZPSimpleDictionaryBucket *place, *b = find(*dictionary, *key, hash, context, &place);
     if (b) {
         void *stored = b->value;
@@ -226,7 +242,8 @@ BOOL ZPSimpleDictionaryIncrementValue(ZPSimpleDictionary **dictionary, void **ke
         *key = b->key;
         return NO;
     }
-    ZPSimpleAdd(dictionary, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, *key, reinterpret_cast<void *>(std::uintptr_t(1))});
+    ZPSimpleAdd(dictionary, place,
+                {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, *key, reinterpret_cast<void *>(std::uintptr_t(1))});
     return YES;
 }
 

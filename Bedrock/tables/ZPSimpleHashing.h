@@ -8,40 +8,40 @@
 /// Whether a stored item (or key) equals the probe; `context` is what the caller of the operation gave.
 using ZPSimpleEqualFunction = BOOL(void *context, const void *stored, const void *probe);
 
-inline constexpr unsigned ZPSimpleOccupied = 0x80000000;        ///< state bits of a bucket in use
-inline constexpr unsigned ZPSimpleDeleted = 0x40000000;         ///< state bits of a bucket that was emptied
-inline constexpr unsigned ZPSimpleHashMask = 0x3FFFFFFF;        ///< the part of a hash that is kept
-inline constexpr unsigned ZPSimpleCountMask = 0x07FFFFFF;       ///< the part of `info` that counts
-inline constexpr unsigned ZPSimpleMaximumCount = 0x07FFFFFF;    ///< of items in one structure
+inline constexpr unsigned ZPSimpleOccupied = 0x80000000;  ///< state bits of a bucket in use
+inline constexpr unsigned ZPSimpleDeleted = 0x40000000;  ///< state bits of a bucket that was emptied
+inline constexpr unsigned ZPSimpleHashMask = 0x3FFFFFFF;  ///< the part of a hash that is kept
+inline constexpr unsigned ZPSimpleCountMask = 0x07FFFFFF;  ///< the part of `info` that counts
+inline constexpr unsigned ZPSimpleMaximumCount = 0x07FFFFFF;  ///< of items in one structure
 inline constexpr unsigned ZPSimpleMaximumCapacity = 357913941;  ///< that a structure is made for
 
 /// A place for an item.
 struct ZPSimpleSetBucket {
     unsigned state;  ///< state bits and hash
-    void *item;      ///< null when the bucket is not in use
+    void *item;  ///< null when the bucket is not in use
 };
 
 /// A place for a key and its value.
 struct ZPSimpleDictionaryBucket {
     unsigned state;  ///< state bits and hash
-    void *key;       ///< null when the bucket is not in use
-    void *value;     ///< the caller's word
+    void *key;  ///< null when the bucket is not in use
+    void *value;  ///< the caller's word
 };
 
 /// A set of words in one allocation: 4 << size class buckets lie behind the head. The classes 0 and 1 keep
 /// their entries packed at the front in the order of arrival; from class 2 on buckets are found by hash.
 struct ZPSimpleSet {
-    unsigned info;                   ///< size class in the top 5 bits, count in the low 27
-    int retainCount;                 ///< beyond the first reference; -1: permanent
+    unsigned info;  ///< size class in the top 5 bits, count in the low 27
+    int retainCount;  ///< beyond the first reference; -1: permanent
     ZPSimpleEqualFunction *isEqual;  ///< null: only identical items are equal
-    ZPSimpleSetBucket buckets[];     ///< as many as the size class says
+    ZPSimpleSetBucket buckets[];  ///< as many as the size class says
 };
 
 /// The same with a value beside each key.
 struct ZPSimpleDictionary {
-    unsigned info;                       ///< size class in the top 5 bits, count in the low 27
-    int retainCount;                     ///< beyond the first reference; -1: permanent
-    ZPSimpleEqualFunction *isEqual;      ///< null: only identical keys are equal
+    unsigned info;  ///< size class in the top 5 bits, count in the low 27
+    int retainCount;  ///< beyond the first reference; -1: permanent
+    ZPSimpleEqualFunction *isEqual;  ///< null: only identical keys are equal
     ZPSimpleDictionaryBucket buckets[];  ///< as many as the size class says
 };
 
@@ -84,24 +84,30 @@ ZP_EXPORT BOOL ZPSimpleSetDelete(ZPSimpleSet **set, void **item, unsigned hash, 
 ZP_EXPORT ZPSimpleDictionary *ZPCreateSimpleDictionary(unsigned capacity, ZPSimpleEqualFunction *isEqual, ZPZone *zone);
 ZP_EXPORT void ZPFreeSimpleDictionary(ZPSimpleDictionary *dictionary);
 ZP_EXPORT ZPSimpleDictionary *ZPCopySimpleDictionary(ZPSimpleDictionary *dictionary, ZPZone *zone);
-ZP_EXPORT void ZPResetSimpleDictionary(ZPSimpleDictionary *dictionary, void (*release)(void *context, void *key, void *value), void *context);
+ZP_EXPORT void ZPResetSimpleDictionary(ZPSimpleDictionary *dictionary,
+                                       void (*release)(void *context, void *key, void *value), void *context);
 ZP_EXPORT BOOL ZPRetainSimpleDictionary(ZPSimpleDictionary *dictionary);
 ZP_EXPORT BOOL ZPReleaseSimpleDictionary(ZPSimpleDictionary *dictionary);
 ZP_EXPORT int ZPSimpleDictionaryRetainCount(ZPSimpleDictionary *dictionary);
 ZP_EXPORT unsigned ZPSimpleDictionaryCount(ZPSimpleDictionary *dictionary);
 ZP_EXPORT unsigned ZPSimpleDictionaryNumBuckets(ZPSimpleDictionary *dictionary);
 ZP_EXPORT ZPSimpleDictionaryBucket *ZPSimpleDictionaryGetBucket(ZPSimpleDictionary *dictionary, unsigned index);
-ZP_EXPORT ZPSimpleDictionaryBucket *ZPSimpleDictionaryLookup(ZPSimpleDictionary *dictionary, const void *key, unsigned hash, void *context);
+ZP_EXPORT ZPSimpleDictionaryBucket *ZPSimpleDictionaryLookup(ZPSimpleDictionary *dictionary, const void *key,
+                                                             unsigned hash, void *context);
 ///@}
 /// YES when the pair was added. NO when the key was there: `*key` and `*value` are then what was stored, and
 /// with `replace` the given value (never the key) took the stored one's place.
-ZP_EXPORT BOOL ZPSimpleDictionaryInsert(ZPSimpleDictionary **dictionary, void **key, unsigned hash, void **value, void *context, BOOL replace);
+ZP_EXPORT BOOL ZPSimpleDictionaryInsert(ZPSimpleDictionary **dictionary, void **key, unsigned hash, void **value,
+                                        void *context, BOOL replace);
 /// YES when the key was there: the pair is removed and handed back; `value` may be null.
-ZP_EXPORT BOOL ZPSimpleDictionaryDelete(ZPSimpleDictionary **dictionary, void **key, unsigned hash, void **value, void *context);
+ZP_EXPORT BOOL ZPSimpleDictionaryDelete(ZPSimpleDictionary **dictionary, void **key, unsigned hash, void **value,
+                                        void *context);
 /// YES when the key was added with the value 1; NO when it was there, handed back, and its value grew by one.
-ZP_EXPORT BOOL ZPSimpleDictionaryIncrementValue(ZPSimpleDictionary **dictionary, void **key, unsigned hash, void *context);
+ZP_EXPORT BOOL ZPSimpleDictionaryIncrementValue(ZPSimpleDictionary **dictionary, void **key, unsigned hash,
+                                                void *context);
 /// YES when the key was there and its value fell to 0: the entry is removed, the stored key handed back.
-ZP_EXPORT BOOL ZPSimpleDictionaryDecrementValue(ZPSimpleDictionary **dictionary, void **key, unsigned hash, void *context);
+ZP_EXPORT BOOL ZPSimpleDictionaryDecrementValue(ZPSimpleDictionary **dictionary, void **key, unsigned hash,
+                                                void *context);
 /// Removes every entry with that very value.
 ZP_EXPORT void ZPSimpleDictionaryDeleteEntriesWithValue(ZPSimpleDictionary **dictionary, const void *value);
 }

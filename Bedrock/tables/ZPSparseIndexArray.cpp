@@ -35,7 +35,9 @@ ZPSparseIndexArray *ZPCreateSparseIndexArrayWithZone(unsigned capacity, ZPZone *
     return array;
 }
 
-ZPSparseIndexArray *ZPCreateSparseIndexArray(unsigned capacity) { return ZPCreateSparseIndexArrayWithZone(capacity, nullptr); }
+ZPSparseIndexArray *ZPCreateSparseIndexArray(unsigned capacity) {
+    return ZPCreateSparseIndexArrayWithZone(capacity, nullptr);
+}
 
 void ZPFreeSparseIndexArray(ZPSparseIndexArray *array) {
     _ZPEndRangeList(&array->list);
@@ -83,7 +85,9 @@ void ZPSparseIndexArrayAddRange(ZPSparseIndexArray *array, ZPRange range) {
     _ZPRemoveRanges(list, target + 1, next - target - 1);
 }
 
-void ZPSparseIndexArrayAddIndex(ZPSparseIndexArray *array, unsigned index) { ZPSparseIndexArrayAddRange(array, {index, 1}); }
+void ZPSparseIndexArrayAddIndex(ZPSparseIndexArray *array, unsigned index) {
+    ZPSparseIndexArrayAddRange(array, {index, 1});
+}
 
 void ZPSparseIndexArrayRemoveRange(ZPSparseIndexArray *array, ZPRange range) {
     if (!range.length) return;
@@ -105,7 +109,8 @@ void ZPSparseIndexArrayRemoveRange(ZPSparseIndexArray *array, ZPRange range) {
         ++k;
     }
     unsigned next = k;
-    for (; next < list->count && _ZPRangeEnd(list->ranges[next]) <= end; ++next) array->total -= list->ranges[next].length;
+    for (; next < list->count && _ZPRangeEnd(list->ranges[next]) <= end; ++next)
+        array->total -= list->ranges[next].length;
     if (next < list->count && list->ranges[next].location < end) {
         ZPRange &r = list->ranges[next];
         unsigned gone = end - r.location;
@@ -115,7 +120,9 @@ void ZPSparseIndexArrayRemoveRange(ZPSparseIndexArray *array, ZPRange range) {
     _ZPRemoveRanges(list, k, next - k);
 }
 
-void ZPSparseIndexArrayRemoveIndex(ZPSparseIndexArray *array, unsigned index) { ZPSparseIndexArrayRemoveRange(array, {index, 1}); }
+void ZPSparseIndexArrayRemoveIndex(ZPSparseIndexArray *array, unsigned index) {
+    ZPSparseIndexArrayRemoveRange(array, {index, 1});
+}
 
 BOOL ZPRangeInSparseIndexArray(ZPSparseIndexArray *array, ZPRange range) {
     unsigned p = _ZPPositionOfLocation(&array->list, range.location);
@@ -127,7 +134,8 @@ BOOL ZPRangeInSparseIndexArray(ZPSparseIndexArray *array, ZPRange range) {
 BOOL ZPIndexInSparseIndexArray(ZPSparseIndexArray *array, unsigned index) {
     unsigned p = _ZPPositionOfLocation(&array->list, index);
     ZPRange *ranges = rangesOf(array);
-    return (p < array->list.count && ranges[p].location == index) || (p && _ZPRangeContains(ranges[p - 1], index)) ? YES : NO;
+    return (p < array->list.count && ranges[p].location == index) || (p && _ZPRangeContains(ranges[p - 1], index)) ? YES
+                                                                                                                   : NO;
 }
 
 BOOL ZPSparseIndexArrayFirstIndex(ZPSparseIndexArray *array, unsigned *index) {

@@ -9,7 +9,7 @@
 /// Growing raises ZPMallocException when there is no memory.
 struct ZPSparseIndexArray {
     ZPRangeArray list;  ///< the ranges
-    unsigned total;     ///< how many indexes the ranges hold
+    unsigned total;  ///< how many indexes the ranges hold
 };
 
 extern "C" {

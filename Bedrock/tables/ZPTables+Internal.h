@@ -16,18 +16,24 @@ unsigned _ZPByteStringHash(const void *bytes);
 bool _ZPByteStringsEqual(const void *bytes1, const void *bytes2);
 
 // One function for each way of treating an item, whatever the table T it lies in.
-template <class T> unsigned _ZPObjectItemHash(T *, const void *item) { return objc_msgSend<unsigned>(_ZPItemObject(item), "hash"_sel); }
+template <class T> unsigned _ZPObjectItemHash(T *, const void *item) {
+    return objc_msgSend<unsigned>(_ZPItemObject(item), "hash"_sel);
+}
 template <class T> BOOL _ZPObjectItemsEqual(T *, const void *stored, const void *probe) {
     return stored == probe || objc_msgSend<BOOL>(_ZPItemObject(stored), "isEqual:"_sel, id(_ZPItemObject(probe)));
 }
-template <class T> void _ZPObjectItemRetain(T *, const void *item) { objc_msgSend<id>(_ZPItemObject(item), "retain"_sel); }
+template <class T> void _ZPObjectItemRetain(T *, const void *item) {
+    objc_msgSend<id>(_ZPItemObject(item), "retain"_sel);
+}
 template <class T> void _ZPObjectItemRelease(T *, void *item) { objc_msgSend(_ZPItemObject(item), "release"_sel); }
 template <class T> ZPString *_ZPObjectItemDescribe(T *, const void *item) {
     return objc_msgSend<ZPString *>(_ZPItemObject(item), "description"_sel);
 }
 template <class T> void _ZPPointerItemFree(T *, void *item) { ZPZoneFree(ZPZoneFromPointer(item), item); }
 template <class T> unsigned _ZPByteStringItemHash(T *, const void *item) { return _ZPByteStringHash(item); }
-template <class T> BOOL _ZPByteStringItemsEqual(T *, const void *stored, const void *probe) { return _ZPByteStringsEqual(stored, probe); }
+template <class T> BOOL _ZPByteStringItemsEqual(T *, const void *stored, const void *probe) {
+    return _ZPByteStringsEqual(stored, probe);
+}
 template <class T> ZPString *_ZPByteStringItemDescribe(T *, const void *item) {
     return _ZPStringWithCText("%s", static_cast<const char *>(item));
 }
@@ -43,10 +49,14 @@ template <class T, class C> ZP_INLINE unsigned _ZPItemHash(T *table, const C &ca
 }
 
 /// The bucket of an equal item by a table's own equality function, without a detour through the structure's.
-template <class T, class C, class S>
-ZP_INLINE ZPSimpleBucketOf<S> *_ZPFindItem(T *table, const C &callBacks, S *s, const void *item, unsigned hash, ZPSimpleBucketOf<S> **place = nullptr) {
+template <class T, class C, class S> ZP_INLINE ZPSimpleBucketOf<S> *_ZPFindItem(T *table, const C &callBacks, S *s,
+                                                                                const void *item, unsigned hash,
+                                                                                ZPSimpleBucketOf<S> **place = nullptr) {
     if (callBacks.isEqual)
-        return ZPSimpleFind(s, item, hash, [&](const void *stored, const void *probe) { return callBacks.isEqual(table, stored, probe) != NO; }, place);
+        return ZPSimpleFind(
+            s, item, hash,
+            [&](const void *stored, const void *probe) { return callBacks.isEqual(table, stored, probe) != NO; },
+            place);
     return ZPSimpleFind(s, item, hash, ZPSimpleIdentityOnly{}, place);
 }
 

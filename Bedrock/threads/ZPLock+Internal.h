@@ -17,7 +17,8 @@ template <class T, class P> struct _ZPLockMethods : T {
         constexpr unsigned align = alignof(P);
         unsigned size = (self->instanceSize + align - 1) / align * align;
         id lock = ZPAllocateObject(self, size - self->instanceSize + sizeof(P), zone);
-        if (auto *object = static_cast<T *>(lock.pointer())) object->_priv = new (reinterpret_cast<char *>(object) + size) P;
+        if (auto *object = static_cast<T *>(lock.pointer()))
+            object->_priv = new (reinterpret_cast<char *>(object) + size) P;
         return lock;
     }
     void dealloc() {
@@ -25,9 +26,12 @@ template <class T, class P> struct _ZPLockMethods : T {
         objc_super<T>(this).send("dealloc"_sel);
     }
     template <class... A> ZPString *describe(ZPString *format, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel, format, this->isa->name,
+        return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel,
+                                                               format, this->isa->name,
                                                                reinterpret_cast<unsigned long>(this), arguments...);
     }
 };
 
-inline double _ZPTimeOf(ZPDate *date) { return objc_msgSend<double>(id(reinterpret_cast<objc_object *>(date)), "timeIntervalSinceReferenceDate"_sel); }
+inline double _ZPTimeOf(ZPDate *date) {
+    return objc_msgSend<double>(id(reinterpret_cast<objc_object *>(date)), "timeIntervalSinceReferenceDate"_sel);
+}

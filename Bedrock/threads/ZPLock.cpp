@@ -114,7 +114,8 @@ struct RecursiveLockMethods : _ZPLockMethods<ZPRecursiveLock, RecursiveWord> {
     ZPString *description() {
         RecursiveWord &r = part();
         BOOL locked = __atomic_load_n(&r.owner, __ATOMIC_RELAXED) != nullptr;
-        return describe("%s(0x%lx) locked: %s  recursion count: %d"_zp, locked ? "YES" : "NO", locked ? r.getCount() : 0);
+        return describe("%s(0x%lx) locked: %s  recursion count: %d"_zp, locked ? "YES" : "NO",
+                        locked ? r.getCount() : 0);
     }
 };
 

@@ -9,7 +9,9 @@
 ZP_FORWARD(ZPDate);
 
 /// What every lock answers: `lock` and `unlock`.
-struct ZPLocking { ZP_PROTOCOL(ZPLocking) };
+struct ZPLocking {
+    ZP_PROTOCOL(ZPLocking)
+};
 
 /// A lock without an owner: any thread may unlock it, and a thread that locks it twice waits until another unlocks it.
 /// Any thread may use it; free it when no thread is inside one of its operations, `unlock` included.
@@ -35,7 +37,9 @@ struct ZPConditionLock : ZPObject {
     void *_priv;
 
     /// A free lock with the condition; `init` gives 0.
-    ZPConditionLock *initWithCondition(int condition) { return objc_msgSend<ZPConditionLock *>(this, "initWithCondition:"_sel, condition); }
+    ZPConditionLock *initWithCondition(int condition) {
+        return objc_msgSend<ZPConditionLock *>(this, "initWithCondition:"_sel, condition);
+    }
     /// The condition as it is now; only the holder knows that it stays so.
     int condition() { return objc_msgSend<int>(this, "condition"_sel); }
     /// Waits until the lock is free and takes it, whatever its condition.
@@ -51,7 +55,9 @@ struct ZPConditionLock : ZPObject {
         return objc_msgSend<BOOL>(this, "lockWhenCondition:beforeDate:"_sel, condition, limit);
     }
     /// Takes the lock if it is free and has the condition; answers whether it did.
-    BOOL tryLockWhenCondition(int condition) { return objc_msgSend<BOOL>(this, "tryLockWhenCondition:"_sel, condition); }
+    BOOL tryLockWhenCondition(int condition) {
+        return objc_msgSend<BOOL>(this, "tryLockWhenCondition:"_sel, condition);
+    }
     /// Frees the lock, with its condition as it is, and wakes every waiter.
     void unlock() { objc_msgSend(this, "unlock"_sel); }
     /// The same with a new condition.

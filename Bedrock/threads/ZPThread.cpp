@@ -32,7 +32,9 @@ id asObject(void *object) { return id(static_cast<objc_object *>(object)); }
 
 id defaultCenter() { return objc_msgSend<id>(classNamed("ZPNotificationCenter"), "defaultCenter"_sel); }
 
-void post(ZPString *name, id object) { objc_msgSend(defaultCenter(), "postNotificationName:object:"_sel, name, object); }
+void post(ZPString *name, id object) {
+    objc_msgSend(defaultCenter(), "postNotificationName:object:"_sel, name, object);
+}
 
 // Several foreign threads may come here at once: the first takes the step and the others wait for its hooks. The
 // notification goes out without the lock, so that an observer may start a thread and wait for it.
@@ -97,7 +99,8 @@ struct ThreadMethods : ZPThread {
         unsigned long thread = cthread_fork(body, start.get());
         if (!thread)
             ZPException::raise_format(ZPGenericException, "%@: the system gives no further thread"_zp,
-                                      _ZPMethodExceptionProem(id(self), "detachNewThreadSelector:toTarget:withObject:"_sel));
+                                      _ZPMethodExceptionProem(id(self),
+                                                              "detachNewThreadSelector:toTarget:withObject:"_sel));
         start.release();  // the thread's now
         cthread_detach(thread);
     }
@@ -118,7 +121,8 @@ struct ThreadMethods : ZPThread {
     ZPMutableDictionary *threadDictionary() {
         if (!_threadDictionary) {
             id dictionary = objc_msgSend<id>(classNamed("ZPMutableDictionary"), "allocWithZone:"_sel, zone());
-            _threadDictionary = (ZPMutableDictionary *)objc_msgSend<id>(dictionary, "initWithCapacity:"_sel, 3u).pointer();
+            _threadDictionary =
+                (ZPMutableDictionary *)objc_msgSend<id>(dictionary, "initWithCapacity:"_sel, 3u).pointer();
         }
         return _threadDictionary;
     }
@@ -130,11 +134,14 @@ struct ThreadMethods : ZPThread {
     ZPString *threadName() { return nullptr; }
 
     ZPString *description() {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel, "Thread %lu"_zp, _cthread);
+        return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel,
+                                                               "Thread %lu"_zp, _cthread);
     }
 
     static objc_object *taken(id &field) { return std::exchange(field, id()).pointer(); }
-    template <class T> static objc_object *taken(T *&field) { return asObject(std::exchange(field, nullptr)).pointer(); }
+    template <class T> static objc_object *taken(T *&field) {
+        return asObject(std::exchange(field, nullptr)).pointer();
+    }
     // Each field is empty before what it held goes: its end may ask the thread for it, and is given a new one.
     bool releaseHeld() {
         bool any = false;

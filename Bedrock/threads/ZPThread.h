@@ -45,13 +45,17 @@ struct ZPThread : ZPObject {
     static void sleepUntilDate(ZPDate *date) { objc_msgSend(class_(), "sleepUntilDate:"_sel, date); }
 
     /// A dictionary for the application's own use on this thread, made on first request; borrowed.
-    ZPMutableDictionary *threadDictionary() { return objc_msgSend<ZPMutableDictionary *>(this, "threadDictionary"_sel); }
+    ZPMutableDictionary *threadDictionary() {
+        return objc_msgSend<ZPMutableDictionary *>(this, "threadDictionary"_sel);
+    }
     /// The thread's run loop, null until it has one; borrowed.
     ZPRunLoop *runLoop() { return objc_msgSend<ZPRunLoop *>(this, "runLoop"_sel); }
     /// Retains the run loop and releases the former one.
     void setRunLoop(ZPRunLoop *runLoop) { objc_msgSend(this, "setRunLoop:"_sel, runLoop); }
     /// The thread's default notification queue, null until it has one; borrowed.
-    ZPNotificationQueue *notificationQueue() { return objc_msgSend<ZPNotificationQueue *>(this, "notificationQueue"_sel); }
+    ZPNotificationQueue *notificationQueue() {
+        return objc_msgSend<ZPNotificationQueue *>(this, "notificationQueue"_sel);
+    }
     /// Retains the queue and releases the former one.
     void setNotificationQueue(ZPNotificationQueue *queue) { objc_msgSend(this, "setNotificationQueue:"_sel, queue); }
 };

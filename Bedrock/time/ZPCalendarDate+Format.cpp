@@ -71,7 +71,8 @@ class Output {
         }
         unichar digits[24];
         unsigned at = 24;
-        unsigned long long rest = value < 0 ? 0ull - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
+        unsigned long long rest =
+            value < 0 ? 0ull - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
         do digits[--at] = unichar('0' + rest % 10);
         while (rest /= 10);
         bool isNegative = value < 0;
@@ -116,9 +117,12 @@ struct Formatter {
             bool hasWidth = at < length && units[at] >= '0' && units[at] <= '9';
             char fill = hasWidth && units[at] == '0' ? '0' : ' ';
             unsigned width = 0;
-            for (; at < length && units[at] >= '0' && units[at] <= '9'; ++at) width = std::min(mostWidth, width * 10 + (units[at] - '0'));
+            for (; at < length && units[at] >= '0' && units[at] <= '9'; ++at)
+                width = std::min(mostWidth, width * 10 + (units[at] - '0'));
             if (at >= length) return;
-            auto number = [&](long long value, unsigned ownWidth) { output.addNumber(value, hasWidth ? width : ownWidth, hasWidth ? fill : '0'); };
+            auto number = [&](long long value, unsigned ownWidth) {
+                output.addNumber(value, hasWidth ? width : ownWidth, hasWidth ? fill : '0');
+            };
             const _ZPDateFields &f = fields;
             switch (units[at++]) {
             case '%': output.add('%'); break;
@@ -172,11 +176,13 @@ void stampLog(char text[32]) {
     double now = cthread_time();
     ZPDate *holder = nullptr;
     ZPTimeZoneDetail *zone = ZPTimeZone::defaultTimeZone();
-    if (!_ZPIsOwnDetail(zone)) holder = ZPDate::dateWithTimeIntervalSinceReferenceDate(now);  // a client's zone asks the date
+    if (!_ZPIsOwnDetail(zone))
+        holder = ZPDate::dateWithTimeIntervalSinceReferenceDate(now);  // a client's zone asks the date
     long long local = _ZPFloorSeconds(now + _ZPOffsetOf(_ZPDetailAt(zone, now, holder)));
     int second = _ZPFloorModulo(local, 86400);
     _ZPGregorian g = _gregorian_from_absolute(_ZPFloorDivide(local, 86400) + _ZPReferenceDay);
-    std::snprintf(text, 32, "%s %02d %02d:%02d:%02d", months[g.month - 1], g.day, second / 3600, second / 60 % 60, second % 60);
+    std::snprintf(text, 32, "%s %02d %02d:%02d:%02d", months[g.month - 1], g.day, second / 3600, second / 60 % 60,
+                  second % 60);
 }
 
 const int stampsLog = (_ZPSetLogTimeStampFunction(stampLog), 1);

@@ -36,7 +36,8 @@ struct _ZPDateFields : _ZPGregorian {
 long long _ZPLocalSeconds(ZPCalendarDate *date);
 _ZPDateFields _ZPFieldsOf(ZPCalendarDate *date);
 /// Sets time and zone of a date from fields in a zone (null: the default zone); all fields may lie outside their ranges.
-void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long long day, double secondsOfDay, ZPTimeZone *zone);
+void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long long day, double secondsOfDay,
+                      ZPTimeZone *zone);
 /// The class's own format.
 inline ZPString *_ZPDefaultCalendarFormat() { return "%Y-%m-%d %H:%M:%S %z"_zp; }
 

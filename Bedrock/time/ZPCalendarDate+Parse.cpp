@@ -19,7 +19,10 @@ BOOL splitsCenturies() {
         ZPAutoreleasePoolScope pool;
         id defaults = objc_msgSend<id>(id(objc_getClass("ZPUserDefaults")), "standardUserDefaults"_sel);
         id key("ZPUseExcelTwoDigitYearSemantics"_zp);
-        return !objc_msgSend<id>(defaults, "objectForKey:"_sel, key) || objc_msgSend<BOOL>(defaults, "boolForKey:"_sel, (ZPString *)key.pointer()) ? YES : NO;
+        return !objc_msgSend<id>(defaults, "objectForKey:"_sel, key) ||
+                       objc_msgSend<BOOL>(defaults, "boolForKey:"_sel, (ZPString *)key.pointer())
+                   ? YES
+                   : NO;
     }();
     return answer;
 }
@@ -42,14 +45,18 @@ struct Text : _ZPUnitsOf {
     bool digits(unsigned most, int &value) {
         unsigned from = at;
         int sum = 0;
-        for (; at < length && at - from < most && units[at] >= '0' && units[at] <= '9'; ++at) sum = sum * 10 + (units[at] - '0');
+        for (; at < length && at - from < most && units[at] >= '0' && units[at] <= '9'; ++at)
+            sum = sum * 10 + (units[at] - '0');
         if (at == from) return false;
         value = sum;
         return true;
     }
-    bool number(int &value) { return _ZPScanIntFromString(string, ZPCharacterSet::whitespaceAndNewlineCharacterSet(), &value, &at); }
+    bool number(int &value) {
+        return _ZPScanIntFromString(string, ZPCharacterSet::whitespaceAndNewlineCharacterSet(), &value, &at);
+    }
     bool name(ZPString *wanted) {
-        ZPRange found = string->rangeOfString_options_range(wanted, ZPAnchoredSearch | ZPCaseInsensitiveSearch, ZPMakeRange(at, length - at));
+        ZPRange found = string->rangeOfString_options_range(wanted, ZPAnchoredSearch | ZPCaseInsensitiveSearch,
+                                                            ZPMakeRange(at, length - at));
         at += found.length;
         return found.length != 0;
     }
@@ -136,7 +143,10 @@ struct Parser {
             if (which == 'c' || which == 'x' || which == 'X') {
                 ZPString *own = _ZPLocaleFormat(locale);
                 if (own && expansions++ >= _ZPMostExpansions) return false;
-                if (!own) own = which == 'c' ? "%a %b %d %H:%M:%S %Z %Y"_zp : which == 'x' ? "%a %b %d %Y"_zp : "%H:%M:%S %Z"_zp;
+                if (!own)
+                    own = which == 'c'   ? "%a %b %d %H:%M:%S %Z %Y"_zp
+                          : which == 'x' ? "%a %b %d %Y"_zp
+                                         : "%H:%M:%S %Z"_zp;
                 if (!run(own)) return false;
             } else if (!directive(which)) {
                 return false;
@@ -156,8 +166,10 @@ struct Parser {
             month = g.month;
             day = g.day;
         }
-        ZPCalendarDate *made = date->initWithYear_month_day_hour_minute_second_timeZone(year, month ? unsigned(month) : 1, day ? unsigned(day) : 1, unsigned(hour),
-                                                                                       unsigned(minute), unsigned(second), zone);
+        ZPCalendarDate *made =
+            date->initWithYear_month_day_hour_minute_second_timeZone(year, month ? unsigned(month) : 1,
+                                                                     day ? unsigned(day) : 1, unsigned(hour),
+                                                                     unsigned(minute), unsigned(second), zone);
         if (made != date) return false;
         date->setCalendarFormat(format);
         if (milliseconds) date->_timeIntervalSinceReferenceDate += milliseconds / 1000.0 + 0.0001;
@@ -192,7 +204,9 @@ BOOL _ZPParseFixedDate(ZPString *string, double *time, int *offset) {
     if (!digits(hoursAndMinutes)) return NO;
     long long distance = std::min((hoursAndMinutes % 100 + hoursAndMinutes / 100 * 60) * 60, 2147483647LL);
     *offset = int(sign * distance);
-    double days = double(_absolute_from_gregorian(numbers[0], unsigned(numbers[1] & 0xFF), numbers[2] & 0xFF) - _ZPReferenceDay);
-    *time = days * double(_ZPSecondsPerDay) + double(numbers[3]) * 3600 + double(numbers[4]) * 60 + double(numbers[5]) - *offset;
+    double days =
+        double(_absolute_from_gregorian(numbers[0], unsigned(numbers[1] & 0xFF), numbers[2] & 0xFF) - _ZPReferenceDay);
+    *time = days * double(_ZPSecondsPerDay) + double(numbers[3]) * 3600 + double(numbers[4]) * 60 + double(numbers[5]) -
+            *offset;
     return YES;
 }

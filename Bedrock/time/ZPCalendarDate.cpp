@@ -17,9 +17,13 @@ ZP_FORWARD(ZPPortCoder);
 namespace {
 
 long long clampedDay(long long day) { return day > 2147483647 ? 1460972 : day < 1 ? 1 : day; }
-int clampedInt(double value) { return !(value > -2147483648.0) ? -2147483647 - 1 : value >= 2147483647.0 ? 2147483647 : int(value); }
+int clampedInt(double value) {
+    return !(value > -2147483648.0) ? -2147483647 - 1 : value >= 2147483647.0 ? 2147483647 : int(value);
+}
 
-long long dayOf(ZPCalendarDate *date) { return clampedDay(_ZPFloorDivide(_ZPLocalSeconds(date), _ZPSecondsPerDay) + _ZPReferenceDay); }
+long long dayOf(ZPCalendarDate *date) {
+    return clampedDay(_ZPFloorDivide(_ZPLocalSeconds(date), _ZPSecondsPerDay) + _ZPReferenceDay);
+}
 
 // The calendar's fields once they were asked for: year in the low 24 bits, then month, day, hour, minute and second; 0
 // while they are not known, as after a change of zone. Two threads may both find them.
@@ -30,7 +34,8 @@ struct Packed {
         if (bits) return;
         _ZPDateFields f = _ZPFieldsOf(date);
         auto at = [](int value, int shift) { return static_cast<unsigned long long>(value) << shift; };
-        bits = static_cast<unsigned long long>(f.year) | at(f.month, 24) | at(f.day, 32) | at(f.hour, 40) | at(f.minute, 48) | at(f.second, 56);
+        bits = static_cast<unsigned long long>(f.year) | at(f.month, 24) | at(f.day, 32) | at(f.hour, 40) |
+               at(f.minute, 48) | at(f.second, 56);
         __atomic_store_n(&date->_fields, bits, __ATOMIC_RELAXED);
     }
     int field(int shift) const { return int(bits >> shift & 0xFF); }
@@ -41,21 +46,36 @@ struct Counts {
     int values[6] = {};
 
     ZPCalendarDate *addedTo(ZPCalendarDate *date) const {
-        return date->dateByAddingYears_months_days_hours_minutes_seconds(values[0], values[1], values[2], values[3], values[4], values[5]);
+        return date->dateByAddingYears_months_days_hours_minutes_seconds(values[0], values[1], values[2], values[3],
+                                                                         values[4], values[5]);
     }
 };
 
 struct CalendarMethods : ZPCalendarDate {
-    static ZPCalendarDate *make(Class self) { return (ZPCalendarDate *)objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer(); }
+    static ZPCalendarDate *make(Class self) {
+        return (ZPCalendarDate *)objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer();
+    }
     static ZPCalendarDate *calendarDate(Class self) {
-        return (ZPCalendarDate *)make(self)->initWithTimeIntervalSinceReferenceDate(cthread_time())->autorelease().pointer();
+        return (ZPCalendarDate *)make(self)
+            ->initWithTimeIntervalSinceReferenceDate(cthread_time())
+            ->autorelease()
+            .pointer();
     }
-    static ZPCalendarDate *withFields(Class self, int year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second, ZPTimeZone *zone) {
-        return (ZPCalendarDate *)make(self)->initWithYear_month_day_hour_minute_second_timeZone(year, month, day, hour, minute, second, zone)->autorelease().pointer();
+    static ZPCalendarDate *withFields(Class self, int year, unsigned month, unsigned day, unsigned hour,
+                                      unsigned minute, unsigned second, ZPTimeZone *zone) {
+        return (ZPCalendarDate *)make(self)
+            ->initWithYear_month_day_hour_minute_second_timeZone(year, month, day, hour, minute, second, zone)
+            ->autorelease()
+            .pointer();
     }
-    static ZPCalendarDate *withString(Class self, ZPString *text, ZPString *format) { return withStringLocale(self, text, format, nullptr); }
+    static ZPCalendarDate *withString(Class self, ZPString *text, ZPString *format) {
+        return withStringLocale(self, text, format, nullptr);
+    }
     static ZPCalendarDate *withStringLocale(Class self, ZPString *text, ZPString *format, ZPDictionary *locale) {
-        return (ZPCalendarDate *)make(self)->initWithString_calendarFormat_locale(text, format, locale)->autorelease().pointer();
+        return (ZPCalendarDate *)make(self)
+            ->initWithString_calendarFormat_locale(text, format, locale)
+            ->autorelease()
+            .pointer();
     }
 
     id initWithTime(double seconds) {
@@ -65,11 +85,14 @@ struct CalendarMethods : ZPCalendarDate {
         if (!_formatString) _formatString = _ZPDefaultCalendarFormat();
         return this;
     }
-    id initWithFields(int year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second, ZPTimeZone *zone) {
+    id initWithFields(int year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second,
+                      ZPTimeZone *zone) {
         _ZPSetDateFields(this, year, month & 0xFF, day & 0xFF, hour * 3600.0 + minute * 60.0 + second, zone);
         return this;
     }
-    id initWithString(ZPString *text, ZPString *format) { return initWithString_calendarFormat_locale(text, format, nullptr); }
+    id initWithString(ZPString *text, ZPString *format) {
+        return initWithString_calendarFormat_locale(text, format, nullptr);
+    }
     id initWithStringLocale(ZPString *text, ZPString *format, ZPDictionary *locale) {
         if (_ZPParseDate(this, text, format, locale)) return this;
         release();
@@ -92,7 +115,8 @@ struct CalendarMethods : ZPCalendarDate {
     // ---- fields ----
 
     int dayOfCommonEra() {
-        double day = (_timeIntervalSinceReferenceDate + _ZPOffsetOf(_timeZone)) / double(_ZPSecondsPerDay) + double(_ZPReferenceDay);
+        double day = (_timeIntervalSinceReferenceDate + _ZPOffsetOf(_timeZone)) / double(_ZPSecondsPerDay) +
+                     double(_ZPReferenceDay);
         return day >= 1 && day < 2147483647.0 ? int(dayOf(this)) : clampedInt(day);
     }
     int year() { return int(Packed(this).bits & 0xFFFFFF); }
@@ -111,10 +135,13 @@ struct CalendarMethods : ZPCalendarDate {
         long long month = f.month - 1LL + months, year = f.year + years + _ZPFloorDivide(month, 12);
         auto ofYear = unsigned(_ZPFloorModulo(month, 12) + 1);
         long long day = std::min(f.day, _last_day_of_gregorian_month(ofYear, year)) + static_cast<long long>(days);
-        long long second = (f.hour + static_cast<long long>(hours)) * 3600 + (f.minute + static_cast<long long>(minutes)) * 60 + f.second + seconds;
+        long long second = (f.hour + static_cast<long long>(hours)) * 3600 +
+                           (f.minute + static_cast<long long>(minutes)) * 60 + f.second + seconds;
         ZPCalendarDate *sum = make(objectClass());
-        _ZPSetDateFields(sum, year, ofYear, day + _ZPFloorDivide(second, _ZPSecondsPerDay), double(_ZPFloorModulo(second, 86400)), _timeZone);
-        sum->_timeIntervalSinceReferenceDate += _timeIntervalSinceReferenceDate - std::floor(_timeIntervalSinceReferenceDate);
+        _ZPSetDateFields(sum, year, ofYear, day + _ZPFloorDivide(second, _ZPSecondsPerDay),
+                         double(_ZPFloorModulo(second, 86400)), _timeZone);
+        sum->_timeIntervalSinceReferenceDate +=
+            _timeIntervalSinceReferenceDate - std::floor(_timeIntervalSinceReferenceDate);
         sum->setCalendarFormat(_formatString);
         return (ZPCalendarDate *)sum->autorelease().pointer();
     }
@@ -175,7 +202,9 @@ struct CalendarMethods : ZPCalendarDate {
     ZPString *description() { return _ZPFormatDate(this, _formatString, nullptr); }
     ZPString *descriptionWithLocale(ZPDictionary *locale) { return _ZPFormatDate(this, _formatString, locale); }
     ZPString *descriptionWithFormat(ZPString *format) { return descriptionWithCalendarFormat_locale(format, nullptr); }
-    ZPString *descriptionWithFormatLocale(ZPString *format, ZPDictionary *locale) { return _ZPFormatDate(this, format, locale); }
+    ZPString *descriptionWithFormatLocale(ZPString *format, ZPDictionary *locale) {
+        return _ZPFormatDate(this, format, locale);
+    }
 
     // ---- the object ----
 
@@ -188,7 +217,8 @@ struct CalendarMethods : ZPCalendarDate {
     }
     void encodeWithCoder(ZPCoder *coder) {
         id to((objc_object *)coder);
-        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"d", (const void *)&_timeIntervalSinceReferenceDate);
+        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"d",
+                     (const void *)&_timeIntervalSinceReferenceDate);
         objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"@", (const void *)&_timeZone);
         objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"@", (const void *)&_formatString);
     }
@@ -204,7 +234,8 @@ struct CalendarMethods : ZPCalendarDate {
     id replacementObjectForPortCoder(ZPPortCoder *coder) {
         if (!objc_msgSend<BOOL>(id((objc_object *)coder), "isByref"_sel)) return this;
         id connection = objc_msgSend<id>(id((objc_object *)coder), "connection"_sel);
-        return objc_msgSend<id>(id(objc_getClass("ZPDistantObject")), "proxyWithLocal:connection:"_sel, id(this), connection);
+        return objc_msgSend<id>(id(objc_getClass("ZPDistantObject")), "proxyWithLocal:connection:"_sel, id(this),
+                                connection);
     }
     void dealloc() {
         _timeZone->release();
@@ -216,7 +247,8 @@ struct CalendarMethods : ZPCalendarDate {
 // What every date does by way of a calendar date.
 struct DateExtras : ZPDate {
     ZPCalendarDate *dated(ZPString *format, ZPTimeZone *zone) {
-        auto *date = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate());
+        auto *date = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(
+            timeIntervalSinceReferenceDate());
         if (zone) date->setTimeZone(zone);
         if (format) date->setCalendarFormat(format);
         return (ZPCalendarDate *)date->autorelease().pointer();
@@ -225,7 +257,9 @@ struct DateExtras : ZPDate {
         ZPCalendarDate *date = dated(nullptr, nullptr);
         return locale ? date->descriptionWithCalendarFormat_locale("%c"_zp, locale) : date->description();
     }
-    ZPString *describeWith(ZPString *format, ZPTimeZone *zone, ZPDictionary *locale) { return dated(format, zone)->descriptionWithLocale(locale); }
+    ZPString *describeWith(ZPString *format, ZPTimeZone *zone, ZPDictionary *locale) {
+        return dated(format, zone)->descriptionWithLocale(locale);
+    }
     id initWithString(ZPString *text) {
         double time;
         int offset;
@@ -234,7 +268,8 @@ struct DateExtras : ZPDate {
             return nullptr;
         }
         ZPDate *date = initWithTimeIntervalSinceReferenceDate(time);
-        if (date->respondsToSelector("setTimeZone:"_sel)) objc_msgSend(date, "setTimeZone:"_sel, (ZPTimeZone *)ZPTimeZone::timeZoneForSecondsFromGMT(offset));
+        if (date->respondsToSelector("setTimeZone:"_sel))
+            objc_msgSend(date, "setTimeZone:"_sel, (ZPTimeZone *)ZPTimeZone::timeZoneForSecondsFromGMT(offset));
         return date;
     }
 };
@@ -251,11 +286,14 @@ _ZPDateFields _ZPFieldsOf(ZPCalendarDate *date) {
     int second = _ZPFloorModulo(local, 86400);
     double time = date->_timeIntervalSinceReferenceDate, fraction = time - double(_ZPFloorSeconds(time));
     int milliseconds = fraction >= 0 && fraction < 1 ? int(1000 * fraction + 0.5) : 0;
-    return {_gregorian_from_absolute(number), second / 3600, second / 60 % 60, second % 60, milliseconds, int(number % 7)};
+    return {
+        _gregorian_from_absolute(number), second / 3600, second / 60 % 60, second % 60, milliseconds, int(number % 7)};
 }
 
-void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long long day, double secondsOfDay, ZPTimeZone *zone) {
-    double time = double(_absolute_from_gregorian(year, month, day) - _ZPReferenceDay) * double(_ZPSecondsPerDay) + secondsOfDay;
+void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long long day, double secondsOfDay,
+                      ZPTimeZone *zone) {
+    double time =
+        double(_absolute_from_gregorian(year, month, day) - _ZPReferenceDay) * double(_ZPSecondsPerDay) + secondsOfDay;
     // A client's zone may ask the date for its fields at any step.
     auto setTime = [date](double t) {
         date->_timeIntervalSinceReferenceDate = t;
@@ -263,7 +301,8 @@ void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long
     };
     setTime(time);
     if (!zone) zone = ZPTimeZone::defaultTimeZone();
-    ZPTimeZoneDetail *first = zone->isKindOfClass(ZPTimeZoneDetail::class_()) ? static_cast<ZPTimeZoneDetail *>(zone) : _ZPDetailAt(zone, time, date);
+    ZPTimeZoneDetail *first = zone->isKindOfClass(ZPTimeZoneDetail::class_()) ? static_cast<ZPTimeZoneDetail *>(zone)
+                                                                              : _ZPDetailAt(zone, time, date);
     setTime(time -= _ZPOffsetOf(first));
     // On the other side of a change of the zone's clocks the fields mean another moment.
     ZPTimeZoneDetail *second = _ZPDetailAt(first, time, date);

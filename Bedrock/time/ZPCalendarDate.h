@@ -33,14 +33,18 @@ struct ZPCalendarDate : ZPDate {
     static ZPCalendarDate *calendarDate() { return objc_msgSend<ZPCalendarDate *>(class_(), "calendarDate"_sel); }
     /// A date by the calendar of a zone. Months and days count from 1. Nothing is checked: a day past the month's end is
     /// one of the next month, hour 25 is 1 of the next day. For changes of the zone's clocks see above.
-    static ZPCalendarDate *dateWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day, unsigned hour,
-                                                                              unsigned minute, unsigned second, ZPTimeZone *zone) {
-        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithYear:month:day:hour:minute:second:timeZone:"_sel, year, month, day, hour, minute, second, zone);
+    static ZPCalendarDate *dateWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day,
+                                                                              unsigned hour, unsigned minute,
+                                                                              unsigned second, ZPTimeZone *zone) {
+        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithYear:month:day:hour:minute:second:timeZone:"_sel, year,
+                                              month, day, hour, minute, second, zone);
     }
     /// As the class message.
-    ZPCalendarDate *initWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day, unsigned hour,
-                                                                       unsigned minute, unsigned second, ZPTimeZone *zone) {
-        return objc_msgSend<ZPCalendarDate *>(this, "initWithYear:month:day:hour:minute:second:timeZone:"_sel, year, month, day, hour, minute, second, zone);
+    ZPCalendarDate *initWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day,
+                                                                       unsigned hour, unsigned minute, unsigned second,
+                                                                       ZPTimeZone *zone) {
+        return objc_msgSend<ZPCalendarDate *>(this, "initWithYear:month:day:hour:minute:second:timeZone:"_sel, year,
+                                              month, day, hour, minute, second, zone);
     }
     /// Reads a text by a format. White space before a token is passed over, names are read in either case, what
     /// follows the format's end is ignored. What the text does not say: this year, January, the first, midnight, the
@@ -50,8 +54,10 @@ struct ZPCalendarDate : ZPDate {
         return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithString:calendarFormat:"_sel, text, format);
     }
     /// The same with the names of a locale.
-    static ZPCalendarDate *dateWithString_calendarFormat_locale(ZPString *text, ZPString *format, ZPDictionary *locale) {
-        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithString:calendarFormat:locale:"_sel, text, format, locale);
+    static ZPCalendarDate *dateWithString_calendarFormat_locale(ZPString *text, ZPString *format,
+                                                                ZPDictionary *locale) {
+        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithString:calendarFormat:locale:"_sel, text, format,
+                                              locale);
     }
     /// As the class message.
     ZPCalendarDate *initWithString_calendarFormat(ZPString *text, ZPString *format) {
@@ -98,18 +104,24 @@ struct ZPCalendarDate : ZPDate {
     /// made a moment as those of a new date: across a change of the zone's clocks an hour more on the clock is not an
     /// hour of time. In Berlin 2024-03-31 01:59 +0100 and 60 seconds give 02:00 +0200, 3,540 seconds earlier. What is meant
     /// as time is added by `addTimeInterval`.
-    ZPCalendarDate *dateByAddingYears_months_days_hours_minutes_seconds(int years, int months, int days, int hours, int minutes, int seconds) {
-        return objc_msgSend<ZPCalendarDate *>(this, "dateByAddingYears:months:days:hours:minutes:seconds:"_sel, years, months, days, hours, minutes, seconds);
+    ZPCalendarDate *dateByAddingYears_months_days_hours_minutes_seconds(int years, int months, int days, int hours,
+                                                                        int minutes, int seconds) {
+        return objc_msgSend<ZPCalendarDate *>(this, "dateByAddingYears:months:days:hours:minutes:seconds:"_sel, years,
+                                              months, days, hours, minutes, seconds);
     }
     /// What must be added to the other date, by the message above and in its zone, to come to this one, in the units whose
     /// pointers are not null. Hours and minutes are therefore those of the clock: a day has 24 hours also when the clocks
     /// change in it. `timeIntervalSinceDate` measures time.
-    void years_months_days_hours_minutes_seconds_sinceDate(int *years, int *months, int *days, int *hours, int *minutes, int *seconds, ZPDate *date) {
-        objc_msgSend(this, "years:months:days:hours:minutes:seconds:sinceDate:"_sel, years, months, days, hours, minutes, seconds, date);
+    void years_months_days_hours_minutes_seconds_sinceDate(int *years, int *months, int *days, int *hours, int *minutes,
+                                                           int *seconds, ZPDate *date) {
+        objc_msgSend(this, "years:months:days:hours:minutes:seconds:sinceDate:"_sel, years, months, days, hours,
+                     minutes, seconds, date);
     }
 
     /// The date in another format than its own; autoreleased.
-    ZPString *descriptionWithCalendarFormat(ZPString *format) { return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:"_sel, format); }
+    ZPString *descriptionWithCalendarFormat(ZPString *format) {
+        return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:"_sel, format);
+    }
     /// The same with the names of a locale.
     ZPString *descriptionWithCalendarFormat_locale(ZPString *format, ZPDictionary *locale) {
         return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:locale:"_sel, format, locale);

@@ -38,7 +38,8 @@ inline int _last_day_of_gregorian_month(unsigned month, long long year) {
 
 inline long long _absolute_from_year_day(long long year, long long dayOfYear) {
     long long before = year - 1;
-    return dayOfYear + 365 * before + _ZPFloorDivide(before, 4) - _ZPFloorDivide(before, 100) + _ZPFloorDivide(before, 400);
+    return dayOfYear + 365 * before + _ZPFloorDivide(before, 4) - _ZPFloorDivide(before, 100) +
+           _ZPFloorDivide(before, 400);
 }
 
 /// The number of a day; day and month may lie outside the year's.

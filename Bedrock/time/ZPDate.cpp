@@ -37,7 +37,10 @@ struct ZPDistantDate : ZPDate {
     ZP_PRIVATE_CLASS(ZPDistantDate)
     double _timeInterval;
 
-    id init() { ZPException::raise_format(ZPInternalInconsistencyException, "%@: shouldn't be called"_zp, _ZPMethodExceptionProem(this, "init"_sel)); }
+    id init() {
+        ZPException::raise_format(ZPInternalInconsistencyException, "%@: shouldn't be called"_zp,
+                                  _ZPMethodExceptionProem(this, "init"_sel));
+    }
     double time() { return _timeInterval; }
     double timeSinceDate(ZPDate *) { return _timeInterval; }
     id copyWithZone(ZPZone *) { return this; }
@@ -67,13 +70,17 @@ ZPDate *make(Class cls, double time) {
 }
 
 struct DateMethods : ZPDate {
-    static id allocWithZone(Class self, ZPZone *zone) { return ZPAllocateObject(self == ZPDate::class_() ? ZPConcreteDate::class_() : self, 0, zone); }
+    static id allocWithZone(Class self, ZPZone *zone) {
+        return ZPAllocateObject(self == ZPDate::class_() ? ZPConcreteDate::class_() : self, 0, zone);
+    }
     static ZPDate *date(Class self) { return make(self, cthread_time()); }
     static ZPDate *withReference(Class self, double seconds) { return make(self, seconds); }
     static ZPDate *withNow(Class self, double seconds) { return make(self, cthread_time() + seconds); }
     static ZPDate *with1970(Class self, double seconds) { return make(self, seconds - ZPTimeIntervalSince1970); }
     static ZPDate *withDate(Class self, ZPDate *date) { return make(self, date->timeIntervalSinceReferenceDate()); }
-    static ZPDate *withInterval(Class self, double seconds, ZPDate *date) { return make(self, date->timeIntervalSinceReferenceDate() + seconds); }
+    static ZPDate *withInterval(Class self, double seconds, ZPDate *date) {
+        return make(self, date->timeIntervalSinceReferenceDate() + seconds);
+    }
     static ZPDate *withString(Class self, ZPString *text) {
         auto *date = (ZPDate *)objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer();
         date = date->initWithString(text);
@@ -94,8 +101,12 @@ struct DateMethods : ZPDate {
     ZPDate *initWithTime(double) { abstract("initWithTimeIntervalSinceReferenceDate:"_sel); }
 
     ZPDate *initWithNow(double seconds) { return initWithTimeIntervalSinceReferenceDate(cthread_time() + seconds); }
-    ZPDate *initWith1970(double seconds) { return initWithTimeIntervalSinceReferenceDate(seconds - ZPTimeIntervalSince1970); }
-    ZPDate *initWithInterval(double seconds, ZPDate *date) { return initWithTimeIntervalSinceReferenceDate(date->timeIntervalSinceReferenceDate() + seconds); }
+    ZPDate *initWith1970(double seconds) {
+        return initWithTimeIntervalSinceReferenceDate(seconds - ZPTimeIntervalSince1970);
+    }
+    ZPDate *initWithInterval(double seconds, ZPDate *date) {
+        return initWithTimeIntervalSinceReferenceDate(date->timeIntervalSinceReferenceDate() + seconds);
+    }
     id init() { return initWithTimeIntervalSinceReferenceDate(cthread_time()); }
 
     double since(ZPDate *other) { return timeIntervalSinceReferenceDate() - other->timeIntervalSinceReferenceDate(); }
@@ -107,13 +118,22 @@ struct DateMethods : ZPDate {
         double mine = timeIntervalSinceReferenceDate(), its = other->timeIntervalSinceReferenceDate();
         return mine < its ? -1 : mine > its;
     }
-    BOOL equalsDate(ZPDate *other) { return timeIntervalSinceReferenceDate() == other->timeIntervalSinceReferenceDate(); }
-    BOOL equals(id other) { return other == this || (other->isKindOfClass(ZPDate::class_()) && isEqualToDate((ZPDate *)other.pointer())); }
+    BOOL equalsDate(ZPDate *other) {
+        return timeIntervalSinceReferenceDate() == other->timeIntervalSinceReferenceDate();
+    }
+    BOOL equals(id other) {
+        return other == this || (other->isKindOfClass(ZPDate::class_()) && isEqualToDate((ZPDate *)other.pointer()));
+    }
     unsigned hash() { return unsigned(_ZPWholeSeconds(timeIntervalSinceReferenceDate())); }
-    ZPDate *choose(ZPDate *other, BOOL mine) { return (ZPDate *)(mine ? this : other)->copy()->autorelease().pointer(); }
+    ZPDate *choose(ZPDate *other, BOOL mine) {
+        return (ZPDate *)(mine ? this : other)->copy()->autorelease().pointer();
+    }
     ZPDate *earlier(ZPDate *other) { return choose(other, compare(other) < 0); }
     ZPDate *later(ZPDate *other) { return choose(other, compare(other) > 0); }
-    id copyWithZone(ZPZone *zone) { return ((ZPDate *)ZPConcreteDate::allocWithZone(zone))->initWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate()); }
+    id copyWithZone(ZPZone *zone) {
+        return ((ZPDate *)ZPConcreteDate::allocWithZone(zone))
+            ->initWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate());
+    }
 
     void encodeWithCoder(ZPCoder *coder) {
         double time = timeIntervalSinceReferenceDate();

@@ -22,9 +22,13 @@ struct ZPDate : ZPObject {
         return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSinceReferenceDate:"_sel, seconds);
     }
     /// So many seconds from now.
-    static ZPDate *dateWithTimeIntervalSinceNow(double seconds) { return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSinceNow:"_sel, seconds); }
+    static ZPDate *dateWithTimeIntervalSinceNow(double seconds) {
+        return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSinceNow:"_sel, seconds);
+    }
     /// So many seconds after 1970-01-01 00:00:00 UTC.
-    static ZPDate *dateWithTimeIntervalSince1970(double seconds) { return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSince1970:"_sel, seconds); }
+    static ZPDate *dateWithTimeIntervalSince1970(double seconds) {
+        return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSince1970:"_sel, seconds);
+    }
     /// So many seconds after another date.
     static ZPDate *dateWithTimeInterval_sinceDate(double seconds, ZPDate *date) {
         return objc_msgSend<ZPDate *>(class_(), "dateWithTimeInterval:sinceDate:"_sel, seconds, date);
@@ -33,23 +37,31 @@ struct ZPDate : ZPObject {
     static ZPDate *dateWithDate(ZPDate *date) { return objc_msgSend<ZPDate *>(class_(), "dateWithDate:"_sel, date); }
     /// A date as `description` writes it without a locale, "2001-01-01 10:00:00 +0100"; any single characters may
     /// separate the numbers. Null when the text has another form. Numbers are not checked: hour 25 is 1 of the next day.
-    static ZPDate *dateWithString(ZPString *text) { return objc_msgSend<ZPDate *>(class_(), "dateWithString:"_sel, text); }
+    static ZPDate *dateWithString(ZPString *text) {
+        return objc_msgSend<ZPDate *>(class_(), "dateWithString:"_sel, text);
+    }
     /// Later than every date that matters, 4001-01-02. Always the same object, whose distance from any date is that
     /// from the reference date; it ignores counting.
     static ZPDate *distantFuture() { return objc_msgSend<ZPDate *>(class_(), "distantFuture"_sel); }
     /// Earlier than every date that matters, January 2 of year 1, which `description` writes as "1-01-02"; likewise.
     static ZPDate *distantPast() { return objc_msgSend<ZPDate *>(class_(), "distantPast"_sel); }
     /// Seconds from the reference date to now.
-    static double currentTimeIntervalSinceReferenceDate() { return objc_msgSend<double>(class_(), "timeIntervalSinceReferenceDate"_sel); }
+    static double currentTimeIntervalSinceReferenceDate() {
+        return objc_msgSend<double>(class_(), "timeIntervalSinceReferenceDate"_sel);
+    }
 
     /// So many seconds after the reference date: the designated initialiser. `init` takes the current time.
     ZPDate *initWithTimeIntervalSinceReferenceDate(double seconds) {
         return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSinceReferenceDate:"_sel, seconds);
     }
     /// So many seconds from now.
-    ZPDate *initWithTimeIntervalSinceNow(double seconds) { return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSinceNow:"_sel, seconds); }
+    ZPDate *initWithTimeIntervalSinceNow(double seconds) {
+        return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSinceNow:"_sel, seconds);
+    }
     /// So many seconds after 1970-01-01 00:00:00 UTC.
-    ZPDate *initWithTimeIntervalSince1970(double seconds) { return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSince1970:"_sel, seconds); }
+    ZPDate *initWithTimeIntervalSince1970(double seconds) {
+        return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSince1970:"_sel, seconds);
+    }
     /// So many seconds after another date.
     ZPDate *initWithTimeInterval_sinceDate(double seconds, ZPDate *date) {
         return objc_msgSend<ZPDate *>(this, "initWithTimeInterval:sinceDate:"_sel, seconds, date);
@@ -60,7 +72,9 @@ struct ZPDate : ZPObject {
     /// Seconds from the reference date to the receiver.
     double timeIntervalSinceReferenceDate() { return objc_msgSend<double>(this, "timeIntervalSinceReferenceDate"_sel); }
     /// Seconds from the other date to the receiver: positive when the receiver is the later one.
-    double timeIntervalSinceDate(ZPDate *other) { return objc_msgSend<double>(this, "timeIntervalSinceDate:"_sel, other); }
+    double timeIntervalSinceDate(ZPDate *other) {
+        return objc_msgSend<double>(this, "timeIntervalSinceDate:"_sel, other);
+    }
     /// Seconds from now to the receiver.
     double timeIntervalSinceNow() { return objc_msgSend<double>(this, "timeIntervalSinceNow"_sel); }
     /// Seconds from 1970-01-01 00:00:00 UTC to the receiver.
@@ -80,10 +94,13 @@ struct ZPDate : ZPObject {
     // ---- by the calendar; see ZPCalendarDate.h ----
 
     /// The date in the default zone: "%Y-%m-%d %H:%M:%S %z" without a locale, "%c" with one.
-    ZPString *descriptionWithLocale(ZPDictionary *locale) { return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale); }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) {
+        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale);
+    }
     /// The date in a zone (null: the default one) and format (null: the one above).
     ZPString *descriptionWithCalendarFormat_timeZone_locale(ZPString *format, ZPTimeZone *zone, ZPDictionary *locale) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:timeZone:locale:"_sel, format, zone, locale);
+        return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:timeZone:locale:"_sel, format, zone,
+                                        locale);
     }
     /// An autoreleased calendar date of the same time.
     ZPCalendarDate *dateWithCalendarFormat_timeZone(ZPString *format, ZPTimeZone *zone) {

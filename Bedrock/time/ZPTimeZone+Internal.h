@@ -28,7 +28,6 @@ inline bool _ZPIsOwnDetail(ZPTimeZoneDetail *detail) {
 }
 /// The offset of a detail; 0 for null.
 inline int _ZPOffsetOf(ZPTimeZoneDetail *detail) {
-    if (_ZPIsOwnDetail(detail))
-        return static_cast<ZPConcreteTimeZone *>(detail)->_timeZoneSecondsFromGMT;
+    if (_ZPIsOwnDetail(detail)) return static_cast<ZPConcreteTimeZone *>(detail)->_timeZoneSecondsFromGMT;
     return detail->timeZoneSecondsFromGMT();
 }

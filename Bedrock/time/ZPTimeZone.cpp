@@ -33,9 +33,11 @@ struct Caches {
     std::mutex mutex;
     ZPMutableDictionary *byAbbreviation = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(16);
     std::unordered_map<int, ZPTimeZoneDetail *> fixed;  // by minutes, those west of GMT less one
-    ZPTimeZoneDetail *standard = nullptr;               // the default zone, retained
+    ZPTimeZoneDetail *standard = nullptr;  // the default zone, retained
 
-    void enter(ZPString *abbreviation, ZPTimeZoneDetail *detail) { byAbbreviation->setObject_forKey(detail, abbreviation); }
+    void enter(ZPString *abbreviation, ZPTimeZoneDetail *detail) {
+        byAbbreviation->setObject_forKey(detail, abbreviation);
+    }
 };
 
 Caches &caches() {
@@ -66,7 +68,8 @@ ZPTimeZoneDetail *fixedDetail(int seconds) {
     if (!known) {
         ZPAutoreleasePoolScope pool;
         char text[32];
-        std::snprintf(text, sizeof text, "GMT%c%02lld%02lld", seconds < 0 ? '-' : '+', distance / 3600, distance / 60 % 60);
+        std::snprintf(text, sizeof text, "GMT%c%02lld%02lld", seconds < 0 ? '-' : '+', distance / 3600,
+                      distance / 60 % 60);
         ZPString *name = ZPString::stringWithCString(text);
         known = ZPConcreteTimeZone::alloc()->initWithName_abbreviation_secondsFromGMT(name, name, seconds);
         c.enter(name, known);
@@ -88,13 +91,16 @@ HostDetail *hostDetails;
 
 ZPHostTimeZoneDetail *findHostDetail(const ZPHostZoneKind *kind) {
     for (HostDetail *d = __atomic_load_n(&hostDetails, __ATOMIC_ACQUIRE); d; d = d->next)
-        if (d->asked == kind || (d->kind.offset == kind->offset && d->kind.isDaylight == kind->isDaylight && std::strcmp(d->kind.abbreviation, kind->abbreviation) == 0))
+        if (d->asked == kind || (d->kind.offset == kind->offset && d->kind.isDaylight == kind->isDaylight &&
+                                 std::strcmp(d->kind.abbreviation, kind->abbreviation) == 0))
             return d->detail;
     return nullptr;
 }
 
 // The environment's and a file's bytes need not be text.
-ZPString *textOfHost(const char *bytes) { return _ZPStringFromHostBytes(bytes, unsigned(std::strlen(bytes)), _ZPDefaultCStringEncoding()); }
+ZPString *textOfHost(const char *bytes) {
+    return _ZPStringFromHostBytes(bytes, unsigned(std::strlen(bytes)), _ZPDefaultCStringEncoding());
+}
 
 ZPHostTimeZoneDetail *hostDetail(const ZPHostZoneKind *kind, BOOL isKept) {
     if (ZPHostTimeZoneDetail *found = findHostDetail(kind)) return found;
@@ -103,16 +109,20 @@ ZPHostTimeZoneDetail *hostDetail(const ZPHostZoneKind *kind, BOOL isKept) {
     std::lock_guard lock(c.mutex);
     if (ZPHostTimeZoneDetail *found = findHostDetail(kind)) return found;
     char zone[256];
-    ZPString *shown = textOfHost(kind->abbreviation), *name = ZPHostZoneName(zone, sizeof zone) ? textOfHost(zone) : shown;
-    auto *detail = (ZPHostTimeZoneDetail *)ZPHostTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT(name, shown, kind->offset);
+    ZPString *shown = textOfHost(kind->abbreviation),
+             *name = ZPHostZoneName(zone, sizeof zone) ? textOfHost(zone) : shown;
+    auto *detail = (ZPHostTimeZoneDetail *)ZPHostTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT(
+        name, shown, kind->offset);
     detail->_isDaylight = kind->isDaylight;
-    __atomic_store_n(&hostDetails, new HostDetail{hostDetails, detail, isKept ? kind : nullptr, *kind}, __ATOMIC_RELEASE);
+    __atomic_store_n(&hostDetails, new HostDetail{hostDetails, detail, isKept ? kind : nullptr, *kind},
+                     __ATOMIC_RELEASE);
     if (!isGMT(shown) && !c.byAbbreviation->objectForKey(shown)) c.enter(shown, detail);
     return detail;
 }
 
 ZPTimeZoneDetail *defaultDetail() {
-    return ZPMakeOnce(caches().standard, [] { return (ZPTimeZoneDetail *)_ZPHostDetailAt(_ZPCurrentTime())->retain().pointer(); });
+    return ZPMakeOnce(caches().standard,
+                      [] { return (ZPTimeZoneDetail *)_ZPHostDetailAt(_ZPCurrentTime())->retain().pointer(); });
 }
 
 // ---- the classes ----
@@ -163,7 +173,8 @@ struct ZoneMethods : ZPTimeZone {
     ZPTimeZoneDetail *forDate(ZPDate *) { return (ZPTimeZoneDetail *)(ZPObject *)this; }
     BOOL equals(id other) {
         if (other == this) return YES;
-        return other->isKindOfClass(ZPTimeZone::class_()) && timeZoneName()->isEqualToString(((ZPTimeZone *)other.pointer())->timeZoneName());
+        return other->isKindOfClass(ZPTimeZone::class_()) &&
+               timeZoneName()->isEqualToString(((ZPTimeZone *)other.pointer())->timeZoneName());
     }
     unsigned hash() { return timeZoneName()->hash(); }
     id copyWithZone(ZPZone *) { return retain(); }
@@ -172,7 +183,9 @@ struct ZoneMethods : ZPTimeZone {
         return nullptr;
     }
 
-    void encodeWithCoder(ZPCoder *coder) { objc_msgSend(id((objc_object *)coder), "encodeObject:"_sel, id(timeZoneName())); }
+    void encodeWithCoder(ZPCoder *coder) {
+        objc_msgSend(id((objc_object *)coder), "encodeObject:"_sel, id(timeZoneName()));
+    }
     id initWithCoder(ZPCoder *coder) {
         auto *name = (ZPString *)objc_msgSend<id>(id((objc_object *)coder), "decodeObject"_sel).pointer();
         release();
@@ -188,7 +201,9 @@ struct DetailMethods : ZPTimeZoneDetail {
     }
     id initWithName(ZPString *, ZPString *, int) { return this; }
     int offset() { ZPRequestConcreteImplementation(this, "timeZoneSecondsFromGMT"_sel, ZPTimeZoneDetail::class_()); }
-    ZPString *abbreviation() { ZPRequestConcreteImplementation(this, "timeZoneAbbreviation"_sel, ZPTimeZoneDetail::class_()); }
+    ZPString *abbreviation() {
+        ZPRequestConcreteImplementation(this, "timeZoneAbbreviation"_sel, ZPTimeZoneDetail::class_());
+    }
     BOOL isDaylight() { return NO; }
     unsigned hash() { return unsigned(timeZoneSecondsFromGMT()); }
     static BOOL same(ZPString *a, ZPString *b) { return a == b || a->isEqualToString(b); }
@@ -220,7 +235,9 @@ struct DetailMethods : ZPTimeZoneDetail {
         ZPArray *details = ZPTimeZone::timeZoneWithName(name)->timeZoneDetailArray();
         for (unsigned i = details->count(); i--;) {
             auto *d = (ZPTimeZoneDetail *)details->objectAtIndex(i).pointer();
-            if (d->timeZoneSecondsFromGMT() == offset && same(d->timeZoneName(), name) && same(d->timeZoneAbbreviation(), abbreviation)) return d->retain();
+            if (d->timeZoneSecondsFromGMT() == offset && same(d->timeZoneName(), name) &&
+                same(d->timeZoneAbbreviation(), abbreviation))
+                return d->retain();
         }
         return ZPTimeZone::timeZoneForSecondsFromGMT(offset)->retain();
     }

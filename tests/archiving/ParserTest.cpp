@@ -17,7 +17,8 @@ struct ParserTest : testing::Test {
     ZPAutoreleasePoolScope pool;
 
     ZPParser *parser(ZPString *grammar, ZPString *input) {
-        ZPParser *made = Calculator::alloc()->initWithGrammar(grammar ? ZPParser::parsedGrammarForString(grammar) : nullptr);
+        ZPParser *made =
+            Calculator::alloc()->initWithGrammar(grammar ? ZPParser::parsedGrammarForString(grammar) : nullptr);
         made->autorelease();
         made->setEnableIntegerParsing(YES);
         made->setEnableFloatParsing(YES);
@@ -46,7 +47,8 @@ TEST_F(ParserTest, Tokens) {
     };
     EXPECT_EQ(kinds("12 1.5 .5 1. 1e3 1e 2.5E-7x ."), "8:12 16:1.5 16:.5 16:1. 16:1e3 8:1 4:e 16:2.5E-7 4:x 4:. ");
     EXPECT_EQ(kinds("a'b\"c d\"+\x01"), "4:a 32:' 4:b 2:c d 32:+ 128:\x01 ");
-    EXPECT_EQ(kinds("a/b/*c*/d//e\n/f"), "4:a/b/ 32:* 4:c 32:* 4:/d//e 4:/f ") << "bare strings take in the slash, not the star";
+    EXPECT_EQ(kinds("a/b/*c*/d//e\n/f"), "4:a/b/ 32:* 4:c 32:* 4:/d//e 4:/f ")
+        << "bare strings take in the slash, not the star";
 }
 
 TEST_F(ParserTest, CharacterClasses) {
@@ -65,8 +67,9 @@ TEST_F(ParserTest, CharacterClasses) {
         list += text(p->parseTokenWithMask(255)) + " ";
     }
     EXPECT_EQ(list, "4:#a-1 128:B 32:A 2:q\" 32:<=> 32:<= 128:< 32:== 128:\" ");
-    EXPECT_EQ(raised([&] { p->setMultipleCharacterSeparators(ZPArray::arrayWithObjects("ok"_zp, "x"_zp)); }),
-              "ZPInvalidArgumentException: *** -[Calculator setMultipleCharacterSeparators:]: Separator strings expected to be at least 2 characters in length: x");
+    EXPECT_EQ(
+        raised([&] { p->setMultipleCharacterSeparators(ZPArray::arrayWithObjects("ok"_zp, "x"_zp)); }),
+        "ZPInvalidArgumentException: *** -[Calculator setMultipleCharacterSeparators:]: Separator strings expected to be at least 2 characters in length: x");
 }
 
 TEST_F(ParserTest, PeekingDoesNotConsume) {
@@ -78,8 +81,9 @@ TEST_F(ParserTest, PeekingDoesNotConsume) {
     EXPECT_EQ(id(p->parseTokenEqualTo_mask("a"_zp, 62)), id("a"_zp));
     EXPECT_EQ(p->parseSeparatorEqualTo("+"_zp), nullptr);
     EXPECT_NE(p->parseSeparatorEqualTo("'"_zp), nullptr);
-    EXPECT_EQ(raised([&] { p->expectSeparatorEqualTo("+"_zp); }),
-              "ZPParseErrorException: *** Separator '+' expected;\nParse error line 1 (position 4) for units: ();\nNext token is 'b'");
+    EXPECT_EQ(
+        raised([&] { p->expectSeparatorEqualTo("+"_zp); }),
+        "ZPParseErrorException: *** Separator '+' expected;\nParse error line 1 (position 4) for units: ();\nNext token is 'b'");
     EXPECT_NE(raised([&] { p->expectTokenEqualTo_mask("c"_zp, 62); }).find("Token 'c' expected"), std::string::npos);
     EXPECT_EQ(text(p->parseString()), "b");
     p->expectEndOfInput();
@@ -101,10 +105,15 @@ TEST_F(ParserTest, GrammarsAreWrittenBack) {
     EXPECT_EQ(rule("A || B || C"_zp), "A || B || C");
     EXPECT_EQ(rule("< A B > C"_zp), "< A B > C");
     EXPECT_NE(raised([&] { rule("A | B || C"_zp); }), "");
-    EXPECT_NE(raised([&] { ZPParser::parsedGrammarForString("R = A"_zp); }).find("Separator ';' expected"), std::string::npos);
-    EXPECT_NE(raised([&] { ZPParser::parsedGrammarForString("R = ;"_zp); }).find("MetaRuleBody expected"), std::string::npos);
+    EXPECT_NE(raised([&] { ZPParser::parsedGrammarForString("R = A"_zp); }).find("Separator ';' expected"),
+              std::string::npos);
+    EXPECT_NE(raised([&] { ZPParser::parsedGrammarForString("R = ;"_zp); }).find("MetaRuleBody expected"),
+              std::string::npos);
     std::string deep = "R = " + std::string(100000, '<');
-    EXPECT_NE(raised([&] { ZPParser::parsedGrammarForString(ZPString::stringWithCString(deep.c_str())); }).find("Nesting too deep"), std::string::npos);
+    EXPECT_NE(raised([&] {
+                  ZPParser::parsedGrammarForString(ZPString::stringWithCString(deep.c_str()));
+              }).find("Nesting too deep"),
+              std::string::npos);
 }
 
 TEST_F(ParserTest, Rules) {
@@ -113,12 +122,17 @@ TEST_F(ParserTest, Rules) {
     EXPECT_EQ(result(sum, "1+2.5"_zp), "(1, \"+\", 2.5)");
     EXPECT_EQ(result(sum, "1+(2+3)"_zp), "(1, \"+\", (2, \"+\", 3))");
     EXPECT_EQ(result(sum, "x"_zp), "null");
-    EXPECT_EQ(result("Main = Other; Other = word;"_zp, "hello"_zp), "hello") << "an alias, then a method of the subclass";
+    EXPECT_EQ(result("Main = Other; Other = word;"_zp, "hello"_zp), "hello")
+        << "an alias, then a method of the subclass";
     EXPECT_EQ(result("Main = < word >;"_zp, "a b c"_zp), "(a, b, c)");
     EXPECT_EQ(result("Main = < word >;"_zp, "1"_zp), "null");
-    EXPECT_EQ(result("Main = 'if' word 'then' word;"_zp, "if a then b"_zp), "(if, a, then, b)") << "two results: all of them";
-    EXPECT_NE(result("Main = 'if' word 'then' word;"_zp, "if a b"_zp).find("*** In sequence (\"\\\"if\\\"\", word, \"\\\"then\\\"\", word)"), 0u);
-    EXPECT_EQ(result("Main = A | B; A = 'x' 'y'; B = 'x' 'z';"_zp, "x z"_zp).find("ZPParseErrorException"), 0u) << "no way back";
+    EXPECT_EQ(result("Main = 'if' word 'then' word;"_zp, "if a then b"_zp), "(if, a, then, b)")
+        << "two results: all of them";
+    EXPECT_NE(result("Main = 'if' word 'then' word;"_zp, "if a b"_zp)
+                  .find("*** In sequence (\"\\\"if\\\"\", word, \"\\\"then\\\"\", word)"),
+              0u);
+    EXPECT_EQ(result("Main = A | B; A = 'x' 'y'; B = 'x' 'z';"_zp, "x z"_zp).find("ZPParseErrorException"), 0u)
+        << "no way back";
     EXPECT_EQ(result("Main = A || B; A = 'x' 'y'; B = 'x' 'z';"_zp, "x z"_zp), "(x, z)");
     EXPECT_EQ(result("Main = A || B; A = word \"quo\\\"ted\" 'y'; B = word word;"_zp, "w /* \n */ v"_zp), "(w, v)");
     EXPECT_EQ(result("Main = noSuchThing;"_zp, "x"_zp), "null");

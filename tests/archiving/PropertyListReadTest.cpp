@@ -13,10 +13,13 @@
 namespace {
 
 std::string error(const char *line, const char *units, const char *message, const char *next) {
-    return std::string("ZPParseErrorException: *** ") + message + ";\nParse error line " + line + " for units: " + units + ";\nNext token is '" + next + "'";
+    return std::string("ZPParseErrorException: *** ") + message + ";\nParse error line " + line +
+           " for units: " + units + ";\nNext token is '" + next + "'";
 }
 
-ZPString *textOf(const std::string &bytes) { return ZPString::stringWithCString_length(bytes.data(), unsigned(bytes.size())); }
+ZPString *textOf(const std::string &bytes) {
+    return ZPString::stringWithCString_length(bytes.data(), unsigned(bytes.size()));
+}
 
 // By the tables and the grammar alone.
 id parsed(ZPString *text) {
@@ -71,7 +74,8 @@ template <class F> std::string resultOf(F read) {
 // Both readers give the same on a text, also when it is kept in units.
 void expectAgreement(ZPString *text) {
     ZPAutoreleasePoolScope pool;
-    EXPECT_EQ(resultOf([=] { return text->propertyList(); }), resultOf([=] { return parsed(text); })) << ::text(text->quotedStringRepresentation());
+    EXPECT_EQ(resultOf([=] { return text->propertyList(); }), resultOf([=] { return parsed(text); }))
+        << ::text(text->quotedStringRepresentation());
 }
 
 struct PropertyListReading : testing::Test {
@@ -90,7 +94,8 @@ TEST_F(PropertyListReading, Trees) {
     EXPECT_TRUE("{ }"_zp->propertyList()->isEqual(ZPDictionary::dictionary()));
     EXPECT_TRUE("<>"_zp->propertyList()->isEqual(ZPData::data()));
     EXPECT_TRUE("12"_zp->propertyList()->isEqual("12"_zp));
-    EXPECT_TRUE("{a = 1; b = 2; a = 3;}"_zp->propertyList()->isEqual(ZPMakeDictionary({{"a"_zp, "3"_zp}, {"b"_zp, "2"_zp}})));
+    EXPECT_TRUE(
+        "{a = 1; b = 2; a = 3;}"_zp->propertyList()->isEqual(ZPMakeDictionary({{"a"_zp, "3"_zp}, {"b"_zp, "2"_zp}})));
 }
 
 TEST_F(PropertyListReading, Strings) {
@@ -111,15 +116,23 @@ TEST_F(PropertyListReading, Strings) {
 
 TEST_F(PropertyListReading, Errors) {
     auto read = [](const char *bytes) { return raised([=] { textOf(bytes)->propertyList(); }); };
-    EXPECT_EQ(read("<0a0>"), error("1 (position 4)", "(xObject, Data, parseData)", "Data representation should always contain an even number of hex digits: '0a0'", ""));
+    EXPECT_EQ(read("<0a0>"),
+              error("1 (position 4)", "(xObject, Data, parseData)",
+                    "Data representation should always contain an even number of hex digits: '0a0'", ""));
     EXPECT_EQ(read("<0G>"), error("1 (position 3)", "(xObject, Data, parseData)", "Incorrect hex digit: g", ""));
-    EXPECT_EQ(read("(x, \"y)"), error("1 (position 8)", "(xObject, Array, parseArray, xObject, Dictionary, parseDictionary)", "Unterminated string constant", ""));
-    EXPECT_EQ(read("// one\n( /* two\n*/ a b)"), error("3 (position 22)", "(xObject, Array, parseArray)", "Separator ')' expected", "b"));
-    EXPECT_EQ(read("{a = }"), error("1 (position 6)", "(xObject, Dictionary, parseDictionary, xObject)", "xObject expected", "}"));
-    EXPECT_EQ(read("{a b}"), error("1 (position 4)", "(xObject, Dictionary, parseDictionary)", "Separator '=' expected", "b"));
+    EXPECT_EQ(read("(x, \"y)"),
+              error("1 (position 8)", "(xObject, Array, parseArray, xObject, Dictionary, parseDictionary)",
+                    "Unterminated string constant", ""));
+    EXPECT_EQ(read("// one\n( /* two\n*/ a b)"),
+              error("3 (position 22)", "(xObject, Array, parseArray)", "Separator ')' expected", "b"));
+    EXPECT_EQ(read("{a = }"),
+              error("1 (position 6)", "(xObject, Dictionary, parseDictionary, xObject)", "xObject expected", "}"));
+    EXPECT_EQ(read("{a b}"),
+              error("1 (position 4)", "(xObject, Dictionary, parseDictionary)", "Separator '=' expected", "b"));
     EXPECT_EQ(read("a b"), error("1 (position 3)", "()", "End of input expected", "b"));
     EXPECT_EQ(read(""), error("1 (position 1)", "(xObject)", "xObject expected", ""));
-    EXPECT_EQ(read("\"abc\\"), error("1 (position 6)", "(xObject, Dictionary, parseDictionary)", "Unterminated string constant", ""));
+    EXPECT_EQ(read("\"abc\\"),
+              error("1 (position 6)", "(xObject, Dictionary, parseDictionary)", "Unterminated string constant", ""));
 }
 
 TEST_F(PropertyListReading, NestingIsBounded) {
@@ -129,7 +142,8 @@ TEST_F(PropertyListReading, NestingIsBounded) {
     EXPECT_EQ(raised([&] { nested(1000, '(', "x", ')')->propertyList(); }), "");
     EXPECT_EQ(raised([&] { parsed(nested(1000, '(', "x", ')')); }), "");
     std::string message = raised([&] { nested(1001, '(', "x", ')')->propertyList(); });
-    EXPECT_NE(message.find("*** Nesting too deep;\nParse error line 1 (position 1001)"), std::string::npos) << message.substr(0, 200);
+    EXPECT_NE(message.find("*** Nesting too deep;\nParse error line 1 (position 1001)"), std::string::npos)
+        << message.substr(0, 200);
     for (char open : {'(', '{', '<'}) {
         auto begin = std::chrono::steady_clock::now();
         EXPECT_NE(raised([&] { nested(100000, open, "", ')')->propertyList(); }), "");
@@ -154,7 +168,8 @@ TEST_F(PropertyListReading, PartsOutliveTheirTree) {
     std::string big = "{";
     for (int i = 0; i < 2000; ++i) {
         std::string n = std::to_string(i);
-        big += "key" + n + " = (value" + n + ", {inner" + n + " = \"some longer text \\U3042 " + n + "\"; other = <0a0b>; }, " + n + "); ";
+        big += "key" + n + " = (value" + n + ", {inner" + n + " = \"some longer text \\U3042 " + n +
+               "\"; other = <0a0b>; }, " + n + "); ";
     }
     big += "}";
     std::vector<ZPRef<ZPObject>> kept;
@@ -181,7 +196,8 @@ TEST_F(PropertyListReading, PartsOutliveTheirTree) {
             changed->setObject_forKey("x"_zp, "new"_zp);
             EXPECT_EQ(changed->count(), 3u);
             ZPString *key = ZPString::stringWithFormat("inner%d"_zp, i);
-            EXPECT_EQ(changed->objectForKey(key), static_cast<ZPDictionary *>(id(kept[k + 2].get()))->objectForKey(key));
+            EXPECT_EQ(changed->objectForKey(key),
+                      static_cast<ZPDictionary *>(id(kept[k + 2].get()))->objectForKey(key));
             EXPECT_TRUE(kept[k + 3]->isEqual(ZPString::stringWithFormat("longer text %@ %d"_zp, "\u3042"_zp, i)));
         }
         kept.clear();
@@ -191,7 +207,8 @@ TEST_F(PropertyListReading, PartsOutliveTheirTree) {
 }
 
 TEST_F(PropertyListReading, ReplacedEntriesMayBeUsedElsewhere) {
-    ZPDictionary *tree = "{a = (shared); list = x; a = \"two\"; list = (shared, x, a); b = {c = d; c = shared;}; }"_zp->propertyList();
+    ZPDictionary *tree =
+        "{a = (shared); list = x; a = \"two\"; list = (shared, x, a); b = {c = d; c = shared;}; }"_zp->propertyList();
     EXPECT_EQ(text(tree->description()), "{a = two; b = {c = shared; }; list = (shared, x, a); }");
     for (int i = 0; i < 50; ++i) {
         ZPAutoreleasePoolScope inner;
@@ -208,16 +225,23 @@ struct Generator {
     template <class T> const T &oneOf(std::initializer_list<T> list) { return list.begin()[random() % list.size()]; }
 
     void blank() {
-        while (random() % 3 == 0) out += oneOf<const char *>({" ", "\n", "\t", "/* x */", "// y\n", "/**/", "\r\n", "\v\f"});
+        while (random() % 3 == 0)
+            out += oneOf<const char *>({" ", "\n", "\t", "/* x */", "// y\n", "/**/", "\r\n", "\v\f"});
     }
     void string() {
         switch (random() % 6) {
-        case 0: case 1: out += oneOf<const char *>({"a", "b1", "key", "$x", "/usr/lib", "a//b", "x:y.z", "_", "0", "12.5", "ab", "0f"}); break;
+        case 0:
+        case 1:
+            out += oneOf<const char *>(
+                {"a", "b1", "key", "$x", "/usr/lib", "a//b", "x:y.z", "_", "0", "12.5", "ab", "0f"});
+            break;
         case 2: out += "\"" + std::string(oneOf<const char *>({"a", "key", "", "b1", "two words", "0f"})) + "\""; break;
         case 3: {
             out += '"';
             for (unsigned n = random() % 6; n; --n)
-                out += oneOf<const char *>({"\\n", "\\101", "\\U00e9", "\\U3042", "\\7", "\\400", "\\0", "\\U", "\\Ug", "\\\n", "\n", "\\q", "caf\xc3\xa9", "\xe3\x81\x82", "x", "'", "\\\"", "\\\\"});
+                out +=
+                    oneOf<const char *>({"\\n", "\\101", "\\U00e9", "\\U3042", "\\7", "\\400", "\\0", "\\U", "\\Ug",
+                                         "\\\n", "\n", "\\q", "caf\xc3\xa9", "\xe3\x81\x82", "x", "'", "\\\"", "\\\\"});
             out += '"';
             break;
         }
@@ -227,7 +251,8 @@ struct Generator {
     void value(int depth) {
         blank();
         switch (depth > 0 ? random() % 8 : 7) {
-        case 0: case 1: {
+        case 0:
+        case 1: {
             out += '(';
             unsigned n = random() % 5;
             for (unsigned i = 0; i < n; ++i) {
@@ -238,7 +263,8 @@ struct Generator {
             out += ')';
             break;
         }
-        case 2: case 3: {
+        case 2:
+        case 3: {
             out += '{';
             unsigned n = random() % 4 ? random() % 5 : random() % 60;
             for (unsigned i = 0; i < n; ++i) {
@@ -271,7 +297,11 @@ struct Generator {
             std::size_t at = random() % out.size();
             switch (random() % 4) {
             case 0: out.erase(at, 1 + random() % 4); break;
-            case 1: out.insert(at, 1, oneOf<char>({'(', ')', '{', '}', '<', '>', ',', ';', '=', '"', '\\', '/', '*', ' ', '\n', '-', 'x', '\0', '\x7f'})); break;
+            case 1:
+                out.insert(at, 1,
+                           oneOf<char>({'(', ')', '{', '}', '<', '>', ',', ';', '=', '"', '\\', '/', '*', ' ', '\n',
+                                        '-', 'x', '\0', '\x7f'}));
+                break;
             case 2: out.resize(at); break;
             case 3: out.insert(at, out.substr(random() % out.size(), random() % 20)); break;
             }
@@ -280,9 +310,36 @@ struct Generator {
 };
 
 TEST_F(PropertyListReading, BothReadersAgree) {
-    const char *cases[] = {"", " ", "/", "//", "/*", "/* *", "/**", "/*/", "a", "a/", "\"", "\"\\", "\"\\U", "\"\\1", "<", "<0", "<00", "<00>", "<0 0>", "<00,>", "<\"00\">", "<00/**/11>",
-                           "<00//11\n>", "<0g>", "<g0>", "<000>", "<:>", "(", "(a", "(a,", "(a,,", "()", "(,)", "{", "{}", "{;}", "{a}", "{a=}", "{a=b", "{a=b;", "{a=b;;}", "{\"\"=\"\";}", "{(a)=b;}",
-                           "{a=b;a=c;a=d}", "a b", "a,", "() ()", "'a'", "-1", "a-b", "#", "@\"x\"", "(a;b)", "{a=b,}", "\x01", "\"\x01\"", "\"\0\"", "\\", "a\\"};
+    const char *cases[] = {"",           " ",
+                           "/",          "//",
+                           "/*",         "/* *",
+                           "/**",        "/*/",
+                           "a",          "a/",
+                           "\"",         "\"\\",
+                           "\"\\U",      "\"\\1",
+                           "<",          "<0",
+                           "<00",        "<00>",
+                           "<0 0>",      "<00,>",
+                           "<\"00\">",   "<00/**/11>",
+                           "<00//11\n>", "<0g>",
+                           "<g0>",       "<000>",
+                           "<:>",        "(",
+                           "(a",         "(a,",
+                           "(a,,",       "()",
+                           "(,)",        "{",
+                           "{}",         "{;}",
+                           "{a}",        "{a=}",
+                           "{a=b",       "{a=b;",
+                           "{a=b;;}",    "{\"\"=\"\";}",
+                           "{(a)=b;}",   "{a=b;a=c;a=d}",
+                           "a b",        "a,",
+                           "() ()",      "'a'",
+                           "-1",         "a-b",
+                           "#",          "@\"x\"",
+                           "(a;b)",      "{a=b,}",
+                           "\x01",       "\"\x01\"",
+                           "\"\0\"",     "\\",
+                           "a\\"};
     for (const char *c : cases) expectAgreement(textOf(c));
     for (unsigned seed = 0; seed < 1500; ++seed) {
         ZPAutoreleasePoolScope inner;
@@ -324,13 +381,19 @@ TEST_F(PropertyListReading, ManyStringsOfOneHashDoNotSlowReading) {
 // ---- strings files -------------------------------------------------------------------------------
 
 TEST_F(PropertyListReading, StringsFiles) {
-    ZPDictionary *table = "x; y = z; /* c */ \"a b\" = \"c\\nd\"; n = {k; l = (1)}"_zp->propertyListFromStringsFileFormat();
-    EXPECT_TRUE(table->isEqual(ZPMakeDictionary({{"x"_zp, "x"_zp}, {"y"_zp, "z"_zp}, {"a b"_zp, "c\nd"_zp},
-                                                 {"n"_zp, ZPMakeDictionary({{"k"_zp, "k"_zp}, {"l"_zp, ZPMakeArray({"1"_zp})}})}})));
+    ZPDictionary *table =
+        "x; y = z; /* c */ \"a b\" = \"c\\nd\"; n = {k; l = (1)}"_zp->propertyListFromStringsFileFormat();
+    EXPECT_TRUE(table->isEqual(
+        ZPMakeDictionary({{"x"_zp, "x"_zp},
+                          {"y"_zp, "z"_zp},
+                          {"a b"_zp, "c\nd"_zp},
+                          {"n"_zp, ZPMakeDictionary({{"k"_zp, "k"_zp}, {"l"_zp, ZPMakeArray({"1"_zp})}})}})));
     EXPECT_TRUE(table->isKindOfClass(ZPMutableDictionary::class_()));
     EXPECT_EQ(static_cast<ZPDictionary *>(""_zp->propertyListFromStringsFileFormat())->count(), 0u);
-    EXPECT_NE(raised([] { "x y"_zp->propertyListFromStringsFileFormat(); }).find("End of input expected"), std::string::npos);
-    EXPECT_NE(raised([] { "x = ;"_zp->propertyListFromStringsFileFormat(); }).find("xObject expected"), std::string::npos);
+    EXPECT_NE(raised([] { "x y"_zp->propertyListFromStringsFileFormat(); }).find("End of input expected"),
+              std::string::npos);
+    EXPECT_NE(raised([] { "x = ;"_zp->propertyListFromStringsFileFormat(); }).find("xObject expected"),
+              std::string::npos);
     EXPECT_NE(raised([] { "{x;}"_zp->propertyList(); }), "") << "not in a property list";
 }
 

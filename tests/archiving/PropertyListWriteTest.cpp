@@ -19,20 +19,22 @@ struct PropertyListWriting : testing::Test {
 };
 
 TEST_F(PropertyListWriting, StringsAreBareWhereTheyCanBe) {
-    for (ZPString *string : {"abc"_zp, "x.y"_zp, "x/y"_zp, "$x"_zp, "_1"_zp, "/"_zp}) EXPECT_EQ(bare(string), text(string));
+    for (ZPString *string : {"abc"_zp, "x.y"_zp, "x/y"_zp, "$x"_zp, "_1"_zp, "/"_zp})
+        EXPECT_EQ(bare(string), text(string));
     EXPECT_EQ(bare(""_zp), "\"\"");
     EXPECT_EQ(bare("a b"_zp), "\"a b\"");
     EXPECT_EQ(bare("x//y"_zp), "\"x//y\"");
     EXPECT_EQ(bare("x:y"_zp), "\"x:y\"");
     EXPECT_EQ(bare("x-y"_zp), "\"x-y\"");
     EXPECT_EQ(bare("a\n\v\f\b\t\a\"\\\r\x7f~"_zp), "\"a\\n\\v\\f\\b\\t\\a\\\"\\\\\\015\\177~\"");
-    EXPECT_EQ(text("\u3042\u00e9"_zp->quotedStringRepresentation()), "\"\\U3042\\" + [] {
-        char octal[4];
-        unsigned char byte;
-        EXPECT_TRUE(ZPPrecompUnicodeToKESTREL(0xe9, &byte));
-        std::snprintf(octal, sizeof octal, "%03o", byte);
-        return std::string(octal);
-    }() + "\"");
+    EXPECT_EQ(
+        text("\u3042\u00e9"_zp->quotedStringRepresentation()), "\"\\U3042\\" + [] {
+            char octal[4];
+            unsigned char byte;
+            EXPECT_TRUE(ZPPrecompUnicodeToKESTREL(0xe9, &byte));
+            std::snprintf(octal, sizeof octal, "%03o", byte);
+            return std::string(octal);
+        }() + "\"");
     EXPECT_EQ(text("abc"_zp->quotedStringRepresentation()), "\"abc\"");
     std::string longText(1000, 'x'), quoted = "\"" + longText + " " + longText + "\"";
     EXPECT_EQ(bare(ZPString::stringWithCString((longText + " " + longText).c_str())), quoted);
@@ -43,8 +45,10 @@ TEST_F(PropertyListWriting, ShortListsTakeOneLine) {
     EXPECT_EQ(described(ZPMakeArray({"x"_zp, "y"_zp, "z"_zp})), "(x, y, z)");
     EXPECT_EQ(described(ZPArray::array()), "()");
     EXPECT_EQ(described(ZPDictionary::dictionary()), "{}");
-    EXPECT_EQ(described(ZPMakeDictionary({{"b"_zp, "2"_zp}, {"a"_zp, "1 2"_zp}})), "{a = \"1 2\"; b = 2; }") << "keys in order";
-    EXPECT_EQ(described(ZPMakeArray({ZPData::dataWithBytes_length("\1\2\3\4\5", 5), ZPMakeArray({""_zp})})), "(<01020304 05>, (\"\"))");
+    EXPECT_EQ(described(ZPMakeDictionary({{"b"_zp, "2"_zp}, {"a"_zp, "1 2"_zp}})), "{a = \"1 2\"; b = 2; }")
+        << "keys in order";
+    EXPECT_EQ(described(ZPMakeArray({ZPData::dataWithBytes_length("\1\2\3\4\5", 5), ZPMakeArray({""_zp})})),
+              "(<01020304 05>, (\"\"))");
 }
 
 TEST_F(PropertyListWriting, ALineHas79Characters) {
@@ -68,9 +72,12 @@ TEST_F(PropertyListWriting, ALineHas79Characters) {
 TEST_F(PropertyListWriting, NestedListsAreIndented) {
     std::string wide(80, 'w');
     ZPString *w = ZPString::stringWithCString(wide.c_str());
-    ZPDictionary *tree = ZPMakeDictionary({{"list"_zp, ZPMakeArray({"s"_zp, ZPMakeDictionary({{"k"_zp, w}})})}, {"short"_zp, ZPMakeArray({"1"_zp, "2"_zp})}});
-    EXPECT_EQ(described(tree), "{\n    list = (\n        s, \n        {\n            k = " + wide + "; \n        }\n    ); \n    short = (1, 2); \n}");
-    EXPECT_EQ(text(ZPMakeArray({w})->descriptionWithLocale_indent(nullptr, 2)), "(\n            " + wide + "\n        )");
+    ZPDictionary *tree = ZPMakeDictionary({{"list"_zp, ZPMakeArray({"s"_zp, ZPMakeDictionary({{"k"_zp, w}})})},
+                                           {"short"_zp, ZPMakeArray({"1"_zp, "2"_zp})}});
+    EXPECT_EQ(described(tree), "{\n    list = (\n        s, \n        {\n            k = " + wide +
+                                   "; \n        }\n    ); \n    short = (1, 2); \n}");
+    EXPECT_EQ(text(ZPMakeArray({w})->descriptionWithLocale_indent(nullptr, 2)),
+              "(\n            " + wide + "\n        )");
     EXPECT_EQ(text(ZPMakeArray({"x"_zp})->descriptionWithLocale(nullptr)), "(x)");
     EXPECT_EQ(text(_ZPIndentSpace(3)), std::string(12, ' '));
     EXPECT_EQ(_ZPIndentSpace(0)->length(), 0u);
@@ -79,7 +86,9 @@ TEST_F(PropertyListWriting, NestedListsAreIndented) {
 // Objects that describe themselves in one of three ways.
 struct Indented : ZPObject {
     ZP_CLASS(Indented)
-    ZPString *describe(ZPDictionary *locale, unsigned level) { return ZPString::stringWithFormat("<%@ %d>"_zp, locale, level); }
+    ZPString *describe(ZPDictionary *locale, unsigned level) {
+        return ZPString::stringWithFormat("<%@ %d>"_zp, locale, level);
+    }
 };
 ZP_IMPLEMENT(Indented).method<&Indented::describe>("descriptionWithLocale:indent:");
 struct Localized : ZPObject {
@@ -89,16 +98,20 @@ struct Localized : ZPObject {
 ZP_IMPLEMENT(Localized).method<&Localized::describe>("descriptionWithLocale:");
 
 TEST_F(PropertyListWriting, OtherObjectsDescribeThemselves) {
-    ZPArray *list = ZPMakeArray({Indented::new_()->autorelease(), "x"_zp, ZPMakeArray({Localized::new_()->autorelease()}), "a b"_zp});
-    EXPECT_TRUE(list->descriptionWithLocale(ZPDictionary::dictionary())->isEqual("(<{} 1>, x, (local\u00e9), \"a b\")"_zp));
+    ZPArray *list = ZPMakeArray(
+        {Indented::new_()->autorelease(), "x"_zp, ZPMakeArray({Localized::new_()->autorelease()}), "a b"_zp});
+    EXPECT_TRUE(
+        list->descriptionWithLocale(ZPDictionary::dictionary())->isEqual("(<{} 1>, x, (local\u00e9), \"a b\")"_zp));
     ZPString *text = list->description();
     EXPECT_TRUE(text->hasPrefix("(<"_zp));
     EXPECT_TRUE(text->hasSuffix(", (none\u3042), \"a b\")"_zp)) << "characters outside ASCII stay as they are";
     std::string wide(100, 'w');
     ZPArray *tall = ZPMakeArray({ZPString::stringWithCString(wide.c_str()), Localized::new_()->autorelease(), "y"_zp});
-    EXPECT_TRUE(tall->description()->isEqual(ZPString::stringWithFormat("(\n    %s, \n    %@, \n    y\n)"_zp, wide.c_str(), "none\u3042"_zp)));
+    EXPECT_TRUE(tall->description()->isEqual(
+        ZPString::stringWithFormat("(\n    %s, \n    %@, \n    y\n)"_zp, wide.c_str(), "none\u3042"_zp)));
     // Keys that do not compare keep the dictionary's order; keys of several kinds of storage are sorted as strings.
-    EXPECT_EQ(described(ZPMakeDictionary({{"b"_zp, "1"_zp}, {"\u00e9"_zp, "2"_zp}, {"a"_zp, "3"_zp}})).substr(0, 14), "{a = 3; b = 1;");
+    EXPECT_EQ(described(ZPMakeDictionary({{"b"_zp, "1"_zp}, {"\u00e9"_zp, "2"_zp}, {"a"_zp, "3"_zp}})).substr(0, 14),
+              "{a = 3; b = 1;");
 }
 
 TEST_F(PropertyListWriting, DeepTreesRaiseInsteadOfOverflowing) {
@@ -107,7 +120,8 @@ TEST_F(PropertyListWriting, DeepTreesRaiseInsteadOfOverflowing) {
     EXPECT_TRUE(deep->description()->propertyList()->isEqual(deep));
     EXPECT_EQ(_ZPIsPList(deep, YES), 3u);
     deep = ZPMakeArray({deep});
-    EXPECT_EQ(raised([&] { deep->description(); }), "ZPInvalidArgumentException: *** a property list nested more than 1000 levels deep");
+    EXPECT_EQ(raised([&] { deep->description(); }),
+              "ZPInvalidArgumentException: *** a property list nested more than 1000 levels deep");
     EXPECT_EQ(_ZPIsPList(deep, YES), 0u);
     ZPMutableArray *loop = ZPMutableArray::array();
     loop->addObject(loop);
@@ -120,17 +134,21 @@ TEST_F(PropertyListWriting, TreesReadBackEqual) {
     auto string = [&]() -> id {
         std::u16string units;
         for (unsigned n = random() % 12; n; --n)
-            units += char16_t(random() % 3 ? 32 + random() % 96 : random() % 4 ? 1 + random() % 255 : 1 + random() % 0xD7FF);
+            units += char16_t(random() % 3   ? 32 + random() % 96
+                              : random() % 4 ? 1 + random() % 255
+                                             : 1 + random() % 0xD7FF);
         return ZPString::stringWithCharacters_length(units.data(), unsigned(units.size()));
     };
     auto tree = [&](auto &&tree, int depth) -> id {
         switch (depth > 0 ? random() % 6 : 5) {
-        case 0: case 1: {
+        case 0:
+        case 1: {
             ZPMutableArray *array = ZPMutableArray::array();
             for (unsigned n = random() % 8; n; --n) array->addObject(tree(tree, depth - 1));
             return array;
         }
-        case 2: case 3: {
+        case 2:
+        case 3: {
             ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
             for (unsigned n = random() % 8; n; --n) dictionary->setObject_forKey(tree(tree, depth - 1), string());
             return dictionary;

@@ -12,7 +12,8 @@ TEST(StringBridge, textsGoThereAndBack) {
     unsigned pool = ZPPushAutoreleasePool(0);
     std::string longText;
     for (int i = 0; i < 2000; ++i) longText += i % 7 ? "a" : "\U0001F600\u00e9\u4e2d";
-    for (std::string text : {std::string(), std::string("plain"), std::string("gr\u00fc\u00df \u4e2d \U0001F600"), std::string("nul\0in", 6), longText}) {
+    for (std::string text : {std::string(), std::string("plain"), std::string("gr\u00fc\u00df \u4e2d \U0001F600"),
+                             std::string("nul\0in", 6), longText}) {
         ZPString *s = ZPMakeString(text);
         EXPECT_EQ(ZPStdString(s), text);
         EXPECT_EQ(ZPStdString(ZPMakeString(ZPStdU16String(s))), text);
@@ -38,7 +39,8 @@ TEST(StringBridge, textsGoThereAndBack) {
     id text = "text"_zp;
     ZPMutableString *null = nullptr;
     out << text << object.get() << object << null << id();
-    EXPECT_EQ(out.str(), "text" + ZPStdString(object->description()) + ZPStdString(object->description()) + "(null)(null)");
+    EXPECT_EQ(out.str(),
+              "text" + ZPStdString(object->description()) + ZPStdString(object->description()) + "(null)(null)");
     ZPPopAutoreleasePool(pool);
 }
 
@@ -47,8 +49,10 @@ TEST(Memory, ReferencesCompareWithWhateverRefersToAnObject) {
     ZPRef<ZPObject> object = text;
     ZPString *pointer = "text"_zp;
     const ZPString *other = "other"_zp;
-    EXPECT_TRUE(text == pointer && pointer == text && text == id(pointer) && id(pointer) == text && text == object && object == pointer);
-    EXPECT_TRUE(text != other && other != text && text != none && none == nullptr && nullptr == none && text != nullptr);
+    EXPECT_TRUE(text == pointer && pointer == text && text == id(pointer) && id(pointer) == text && text == object &&
+                object == pointer);
+    EXPECT_TRUE(text != other && other != text && text != none && none == nullptr && nullptr == none &&
+                text != nullptr);
     EXPECT_EQ(&*text, pointer);
 }
 

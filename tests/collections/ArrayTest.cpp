@@ -35,7 +35,8 @@ namespace {
 
 std::string nameOf(id object) { return object.pointer()->isa->name; }
 std::string bounds(const char *method, int index, int bound) {
-    return "ZPRangeException: *** -[" + std::string(method) + "]: index (" + std::to_string(index) + ") beyond bounds (" + std::to_string(bound) + ")";
+    return "ZPRangeException: *** -[" + std::string(method) + "]: index (" + std::to_string(index) +
+           ") beyond bounds (" + std::to_string(bound) + ")";
 }
 
 struct Array : CollectionTest, testing::WithParamInterface<Class> {
@@ -50,7 +51,8 @@ struct Array : CollectionTest, testing::WithParamInterface<Class> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Forms, Array,
-                         testing::Values(ZPArray::class_(), ZPMutableArray::class_(), PlainArray::class_(), PlainMutableArray::class_()),
+                         testing::Values(ZPArray::class_(), ZPMutableArray::class_(), PlainArray::class_(),
+                                         PlainMutableArray::class_()),
                          [](auto &info) { return info.param->name; });
 
 TEST_P(Array, Elements) {
@@ -67,7 +69,10 @@ TEST_P(Array, Elements) {
     if (!GetParam()->superclass || GetParam()->name[0] == 'Z') {
         std::string name = some->isa->name;
         EXPECT_EQ(raised([&] { some->objectAtIndex(3); }), bounds((name + " objectAtIndex:").c_str(), 3, 3));
-        EXPECT_EQ(raised([&] { some->getObjects_range(objects, {2, 2}); }), bounds((name + " getObjects:range:").c_str(), 3, 3));
+        EXPECT_EQ(raised([&] {
+                      some->getObjects_range(objects, {2, 2});
+                  }),
+                  bounds((name + " getObjects:range:").c_str(), 3, 3));
     }
     EXPECT_NE(raised([&] { some->getObjects_range(objects, {0xFFFFFFFF, 2}); }), "");
     EXPECT_EQ(raised([&] { some->getObjects_range(objects, {3, 0}); }), "");
@@ -140,7 +145,9 @@ TEST_P(Array, DerivedArrays) {
 }
 
 TEST_P(Array, Joining) {
-    auto join = [&](std::vector<id> items, ZPString *separator) { return text(make(items)->componentsJoinedByString(separator)); };
+    auto join = [&](std::vector<id> items, ZPString *separator) {
+        return text(make(items)->componentsJoinedByString(separator));
+    };
     EXPECT_EQ(join({}, ","_zp), "");
     EXPECT_EQ(join({"a"_zp}, ","_zp), "a");
     EXPECT_EQ(join({"a"_zp, "bc"_zp, ""_zp}, ", "_zp), "a, bc, ");
@@ -183,8 +190,9 @@ TEST_P(Array, TheLastElementOutlivesItsArray) {
     id last;
     {
         auto items = itemsOf({1, 2});
-        ZPArray *array = objc_msgSend<id>(objc_msgSend<id>(GetParam(), "alloc"_sel), "initWithObjects:count:"_sel,
-                                          static_cast<const id *>(std::vector<id>(items.begin(), items.end()).data()), 2u);
+        ZPArray *array =
+            objc_msgSend<id>(objc_msgSend<id>(GetParam(), "alloc"_sel), "initWithObjects:count:"_sel,
+                             static_cast<const id *>(std::vector<id>(items.begin(), items.end()).data()), 2u);
         ZPEnumerator *e = array->objectEnumerator();
         items.clear();
         array->release();
@@ -214,8 +222,9 @@ TEST_P(Array, Copies) {
     EXPECT_EQ(mutableCopy->objectAtIndex(0), array->objectAtIndex(0));
     EXPECT_EQ(nameOf(mutableCopy), "ZPConcreteMutableArray");
     EXPECT_TRUE(copy->isEqual(array));
-    if (GetParam() == ZPArray::class_()) { EXPECT_EQ(copy, array); }
-    else EXPECT_NE(copy->objectAtIndex(0), array->objectAtIndex(0)) << "copies of the elements";
+    if (GetParam() == ZPArray::class_()) {
+        EXPECT_EQ(copy, array);
+    } else EXPECT_NE(copy->objectAtIndex(0), array->objectAtIndex(0)) << "copies of the elements";
     ZPArray *withCopies = objc_msgSend<id>(GetParam(), "arrayWithArray:copyItems:"_sel, array, YES);
     EXPECT_NE(withCopies->objectAtIndex(1), array->objectAtIndex(1));
     EXPECT_EQ(withCopies->objectAtIndex(1)->retainCount(), 1u) << "the array is the only owner of its copies";
@@ -230,9 +239,15 @@ TEST_F(ConcreteArray, AFailedInitialiserGivesEverythingBack) {
     std::vector<id> items = {a, a, nullptr, a};
     for (Class cls : {ZPArray::class_(), ZPMutableArray::class_()}) {
         std::string name = cls == ZPArray::class_() ? "ZPConcreteArray" : "ZPConcreteMutableArray";
-        EXPECT_EQ(raised([&] { objc_msgSend<id>(cls, "arrayWithObjects:count:"_sel, static_cast<const id *>(items.data()), 4u); }),
-                  "ZPInvalidArgumentException: *** -[" + name + " initWithObjects:count:]: attempt to insert nil object");
-        EXPECT_EQ(raised([&] { objc_msgSend<id>(cls, "arrayWithObjects:count:"_sel, static_cast<const id *>(items.data()), 0x8000000u); }),
+        EXPECT_EQ(raised([&] {
+                      objc_msgSend<id>(cls, "arrayWithObjects:count:"_sel, static_cast<const id *>(items.data()), 4u);
+                  }),
+                  "ZPInvalidArgumentException: *** -[" + name +
+                      " initWithObjects:count:]: attempt to insert nil object");
+        EXPECT_EQ(raised([&] {
+                      objc_msgSend<id>(cls, "arrayWithObjects:count:"_sel, static_cast<const id *>(items.data()),
+                                       0x8000000u);
+                  }),
                   "ZPInvalidArgumentException: *** -[" + name + " initWithObjects:count:]: absurd count: 134217728");
     }
     EXPECT_EQ(raised([&] { ZPMutableArray::arrayWithCapacity(0xFFFFFFFF); }),
@@ -272,10 +287,14 @@ TEST_F(ConcreteArray, AbstractInitialisersAndPrimitivesSayWhatIsMissing) {
     }();
     ZPMutableArray *array = objc_msgSend<id>(bare, "alloc"_sel);
     array->autorelease();
-    EXPECT_EQ(raised([&] { array->count(); }), "ZPInvalidArgumentException: *** -count only defined for abstract class.  Define -[BareArray count]!");
-    EXPECT_EQ(raised([&] { array->addObject("x"_zp); }), "ZPInvalidArgumentException: *** -addObject: only defined for abstract class.  Define -[BareArray addObject:]!");
-    EXPECT_EQ(raised([&] { array->initWithCapacity(3); }),
-              "ZPInvalidArgumentException: *** initialization method -initWithCapacity: cannot be sent to an abstract object of class BareArray: Create a concrete instance!");
+    EXPECT_EQ(raised([&] { array->count(); }),
+              "ZPInvalidArgumentException: *** -count only defined for abstract class.  Define -[BareArray count]!");
+    EXPECT_EQ(
+        raised([&] { array->addObject("x"_zp); }),
+        "ZPInvalidArgumentException: *** -addObject: only defined for abstract class.  Define -[BareArray addObject:]!");
+    EXPECT_EQ(
+        raised([&] { array->initWithCapacity(3); }),
+        "ZPInvalidArgumentException: *** initialization method -initWithCapacity: cannot be sent to an abstract object of class BareArray: Create a concrete instance!");
 }
 
 TEST_F(ConcreteArray, RetainCounts) {
@@ -295,7 +314,8 @@ TEST_F(ConcreteArray, SortsWithAHint) {
         return valueOf(a) - valueOf(b);
     };
     int calls = 0;
-    ZPArray *sorted = ZPArray::arrayWithObjects_count(items.data(), 200)->sortedArrayUsingFunction_context(compare, &calls);
+    ZPArray *sorted =
+        ZPArray::arrayWithObjects_count(items.data(), 200)->sortedArrayUsingFunction_context(compare, &calls);
     EXPECT_GT(calls, 800);
     id hint = sorted->sortedArrayHint();
     EXPECT_EQ(objc_msgSend<unsigned>(hint, "length"_sel), 800u);
@@ -307,7 +327,11 @@ TEST_F(ConcreteArray, SortsWithAHint) {
     ZPArray *again = changed->sortedArrayUsingFunction_context_hint(compare, &calls, hint);
     EXPECT_LT(calls, 450);
     EXPECT_TRUE(again->isEqual(changed->sortedArrayUsingFunction_context(compare, &calls)));
-    EXPECT_EQ(valuesOf(ZPArray::arrayWithObjects_count(items.data(), 3)->sortedArrayUsingSelector_hint("compare:"_sel, nullptr)).size(), 3u);
+    EXPECT_EQ(
+        valuesOf(
+            ZPArray::arrayWithObjects_count(items.data(), 3)->sortedArrayUsingSelector_hint("compare:"_sel, nullptr))
+            .size(),
+        3u);
 }
 
 TEST(MergeSort, AnswersOneOfItsLists) {

@@ -35,13 +35,15 @@ struct Dictionary : CollectionTest, testing::WithParamInterface<Class> {
             objects.push_back(TestItem::with(value));
             keys.push_back(TestItem::with(key));
         }
-        return objc_msgSend<id>(GetParam(), "dictionaryWithObjects:forKeys:count:"_sel, static_cast<const id *>(objects.data()),
-                                static_cast<const id *>(keys.data()), unsigned(keys.size()));
+        return objc_msgSend<id>(GetParam(), "dictionaryWithObjects:forKeys:count:"_sel,
+                                static_cast<const id *>(objects.data()), static_cast<const id *>(keys.data()),
+                                unsigned(keys.size()));
     }
 };
 
 INSTANTIATE_TEST_SUITE_P(Forms, Dictionary,
-                         testing::Values(ZPDictionary::class_(), ZPMutableDictionary::class_(), PlainMutableDictionary::class_()),
+                         testing::Values(ZPDictionary::class_(), ZPMutableDictionary::class_(),
+                                         PlainMutableDictionary::class_()),
                          [](auto &info) { return info.param->name; });
 
 namespace {
@@ -94,8 +96,9 @@ TEST_P(Dictionary, LaterPairsWinAndTheFirstKeyStays) {
     TestItem *a = TestItem::with(1), *b = TestItem::with(2), *a2 = TestItem::with(1);
     std::vector<id> keys = {a, b, a2}, objects = {TestItem::with(10), TestItem::with(20), TestItem::with(30)};
     TestItem::copies = 0;
-    ZPDictionary *dictionary = objc_msgSend<id>(GetParam(), "dictionaryWithObjects:forKeys:count:"_sel, static_cast<const id *>(objects.data()),
-                                                static_cast<const id *>(keys.data()), 3u);
+    ZPDictionary *dictionary =
+        objc_msgSend<id>(GetParam(), "dictionaryWithObjects:forKeys:count:"_sel,
+                         static_cast<const id *>(objects.data()), static_cast<const id *>(keys.data()), 3u);
     EXPECT_EQ(contentsOf(dictionary), (Contents{{1, 30}, {2, 20}}));
     EXPECT_GE(TestItem::copies, 2) << "keys are copies";
     EXPECT_EQ(a->retainCount(), 1u);
@@ -105,23 +108,27 @@ TEST_P(Dictionary, KeysAndValues) {
     ZPDictionary *dictionary = make({{1, 10}, {2, 20}, {3, 10}});
     ZPArray *keys = dictionary->allKeys(), *values = dictionary->allValues();
     ASSERT_EQ(keys->count(), 3u);
-    for (unsigned i = 0; i < 3; ++i) EXPECT_EQ(dictionary->objectForKey(keys->objectAtIndex(i)), values->objectAtIndex(i));
+    for (unsigned i = 0; i < 3; ++i)
+        EXPECT_EQ(dictionary->objectForKey(keys->objectAtIndex(i)), values->objectAtIndex(i));
     EXPECT_EQ(valuesOf(dictionary->objectEnumerator()), valuesOf(values));
     EXPECT_EQ(valuesOf(dictionary->keyEnumerator()), valuesOf(keys));
-    EXPECT_EQ(valuesOf(dictionary->allKeysForObject(TestItem::with(10))->sortedArrayUsingSelector("compare:"_sel)), (Values{1, 3}));
+    EXPECT_EQ(valuesOf(dictionary->allKeysForObject(TestItem::with(10))->sortedArrayUsingSelector("compare:"_sel)),
+              (Values{1, 3}));
     EXPECT_EQ(dictionary->countForObject(TestItem::with(10)), 2u);
     EXPECT_EQ(dictionary->countForObject(nullptr), 0u);
     EXPECT_TRUE(dictionary->containsObject(TestItem::with(20)));
     EXPECT_FALSE(dictionary->containsObject(TestItem::with(30)));
     EXPECT_TRUE(dictionary->containsKey(TestItem::with(3)));
     EXPECT_FALSE(dictionary->containsKey(nullptr));
-    EXPECT_EQ(valuesOf(dictionary->objectsForKeys_notFoundMarker(ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(9)), TestItem::with(-5))),
+    EXPECT_EQ(valuesOf(dictionary->objectsForKeys_notFoundMarker(
+                  ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(9)), TestItem::with(-5))),
               (Values{20, -5}));
     id o[3], k[3];
     dictionary->getObjects_forKeys(o, k);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(dictionary->objectForKey(k[i]), o[i]);
     dictionary->getObjects_forKeys(nullptr, k);
-    EXPECT_EQ(valuesOf(make({{1, 30}, {2, 10}, {3, 20}})->keysSortedByValueUsingSelector("compare:"_sel)), (Values{2, 3, 1}));
+    EXPECT_EQ(valuesOf(make({{1, 30}, {2, 10}, {3, 20}})->keysSortedByValueUsingSelector("compare:"_sel)),
+              (Values{2, 3, 1}));
     EXPECT_EQ(contentsOf(make({{1, 30}, {2, 10}})->invertedDictionary()), (Contents{{30, 1}, {10, 2}}));
     EXPECT_EQ(make({})->allKeys()->count(), 0u);
 }
@@ -150,9 +157,13 @@ TEST_P(Dictionary, Copies) {
     EXPECT_STREQ(mutableCopy->isa->name, "ZPConcreteMutableDictionary");
     EXPECT_TRUE(copy->isEqual(dictionary));
     EXPECT_STREQ(copy->isa->name, "ZPConcreteDictionary");
-    if (GetParam() == ZPDictionary::class_()) { EXPECT_EQ(copy, dictionary); }
-    else { EXPECT_NE(copy->objectForKey(TestItem::with(1)), value); }
-    ZPRef<ZPDictionary> withCopies = ZPAdopt<ZPDictionary>(ZPDictionary::alloc()->initWithDictionary_copyItems(dictionary, YES));
+    if (GetParam() == ZPDictionary::class_()) {
+        EXPECT_EQ(copy, dictionary);
+    } else {
+        EXPECT_NE(copy->objectForKey(TestItem::with(1)), value);
+    }
+    ZPRef<ZPDictionary> withCopies =
+        ZPAdopt<ZPDictionary>(ZPDictionary::alloc()->initWithDictionary_copyItems(dictionary, YES));
     EXPECT_EQ(withCopies->objectForKey(TestItem::with(1))->retainCount(), 1u);
     EXPECT_EQ(make({})->copy(), id(ZPDictionary::dictionary()));
     ZPRef<ZPMutableDictionary> empty = ZPAdopt<ZPMutableDictionary>(make({})->mutableCopy());
@@ -163,7 +174,8 @@ TEST_P(Dictionary, Copies) {
 struct MutableDictionary : Dictionary {
     ZPMutableDictionary *make(Contents contents) { return (ZPMutableDictionary *)Dictionary::make(contents); }
 };
-INSTANTIATE_TEST_SUITE_P(Forms, MutableDictionary, testing::Values(ZPMutableDictionary::class_(), PlainMutableDictionary::class_()),
+INSTANTIATE_TEST_SUITE_P(Forms, MutableDictionary,
+                         testing::Values(ZPMutableDictionary::class_(), PlainMutableDictionary::class_()),
                          [](auto &info) { return info.param->name; });
 
 TEST_P(MutableDictionary, Changes) {
@@ -172,7 +184,7 @@ TEST_P(MutableDictionary, Changes) {
     EXPECT_EQ(contentsOf(dictionary), (Contents{{1, 10}, {2, 20}, {3, 33}, {4, 40}}));
     dictionary->removeObjectsForKeys(ZPArray::arrayWithObjects(TestItem::with(1), TestItem::with(9)));
     dictionary->removeKeysForObject(dictionary->objectForKey(TestItem::with(4)));
-    dictionary->removeKeysForObject(TestItem::with(20)); // equal is not enough
+    dictionary->removeKeysForObject(TestItem::with(20));  // equal is not enough
     EXPECT_EQ(contentsOf(dictionary), (Contents{{2, 20}, {3, 33}}));
     dictionary->invert();
     EXPECT_EQ(contentsOf(dictionary), (Contents{{20, 2}, {33, 3}}));
@@ -198,7 +210,9 @@ TEST_P(MutableDictionary, AgreesWithAMapUnderRandomChanges) {
             dictionary->removeObjectForKey(TestItem::with(key));
             model.erase(key);
         }
-        if (step % 50 == 0) { ASSERT_EQ(contentsOf(dictionary), model) << step; }
+        if (step % 50 == 0) {
+            ASSERT_EQ(contentsOf(dictionary), model) << step;
+        }
     }
     EXPECT_EQ(contentsOf(dictionary), model);
 }
@@ -229,21 +243,33 @@ TEST_F(ConcreteDictionary, AMutableKeyIsCopied) {
 }
 
 TEST_F(ConcreteDictionary, Errors) {
-    auto message = [](const char *method, const char *what) { return std::string("ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary ") + method + "]: attempt to " + what; };
+    auto message = [](const char *method, const char *what) {
+        return std::string("ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary ") + method +
+               "]: attempt to " + what;
+    };
     ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
-    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, nullptr); }), message("setObject:forKey:", "insert nil key"));
-    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, "k"_zp); }), message("setObject:forKey:", "insert nil value"));
-    EXPECT_EQ(raised([&] { dictionary->removeObjectForKey(nullptr); }), message("removeObjectForKey:", "remove nil key"));
+    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, nullptr); }),
+              message("setObject:forKey:", "insert nil key"));
+    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, "k"_zp); }),
+              message("setObject:forKey:", "insert nil value"));
+    EXPECT_EQ(raised([&] { dictionary->removeObjectForKey(nullptr); }),
+              message("removeObjectForKey:", "remove nil key"));
     id objects[] = {TestItem::with(1), nullptr}, keys[] = {TestItem::with(2), TestItem::with(3)};
-    EXPECT_EQ(raised([&] { ZPMutableDictionary::dictionaryWithObjects_forKeys_count(objects, keys, 2); }), message("initWithObjects:forKeys:count:", "insert nil value"));
-    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjects_forKeys_count(keys, objects, 0x8000000); }),
-              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:count:]: absurd count: 134217728");
-    EXPECT_EQ(raised([&] { ZPMutableDictionary::dictionaryWithCapacity(0x8000000); }),
-              "ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary initWithCapacity:]: absurd capacity: 134217728");
-    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjectsAndKeys("a"_zp, "b"_zp, "c"_zp); }),
-              "ZPInvalidArgumentException: *** +[ZPDictionary dictionaryWithObjectsAndKeys:]: second object of each pair must be non-nil");
-    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjects_forKeys(ZPArray::arrayWithObjects("a"_zp), ZPArray::array()); }),
-              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:]: number of objects (1) not equal to number of keys (0)");
+    EXPECT_EQ(raised([&] { ZPMutableDictionary::dictionaryWithObjects_forKeys_count(objects, keys, 2); }),
+              message("initWithObjects:forKeys:count:", "insert nil value"));
+    EXPECT_EQ(
+        raised([&] { ZPDictionary::dictionaryWithObjects_forKeys_count(keys, objects, 0x8000000); }),
+        "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:count:]: absurd count: 134217728");
+    EXPECT_EQ(
+        raised([&] { ZPMutableDictionary::dictionaryWithCapacity(0x8000000); }),
+        "ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary initWithCapacity:]: absurd capacity: 134217728");
+    EXPECT_EQ(
+        raised([&] { ZPDictionary::dictionaryWithObjectsAndKeys("a"_zp, "b"_zp, "c"_zp); }),
+        "ZPInvalidArgumentException: *** +[ZPDictionary dictionaryWithObjectsAndKeys:]: second object of each pair must be non-nil");
+    EXPECT_EQ(
+        raised(
+            [&] { ZPDictionary::dictionaryWithObjects_forKeys(ZPArray::arrayWithObjects("a"_zp), ZPArray::array()); }),
+        "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:]: number of objects (1) not equal to number of keys (0)");
     ZPDictionary *pairs = ZPDictionary::dictionaryWithObjectsAndKeys("v"_zp, "k"_zp, "w"_zp, "l"_zp);
     EXPECT_EQ(pairs->objectForKey("l"_zp), id("w"_zp));
 }

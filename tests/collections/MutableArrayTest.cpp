@@ -140,18 +140,46 @@ TEST_P(MutableArray, AgreesWithAVectorUnderRandomChanges) {
         unsigned n = unsigned(model.size()), at = n ? random() % n : 0;
         int value = int(random() % 50);
         switch (random() % 8) {
-        case 0: case 1: array->addObject(TestItem::with(value)); model.push_back(value); break;
-        case 2: array->insertObject_atIndex(TestItem::with(value), n ? at + 1 : 0); model.insert(model.begin() + (n ? at + 1 : 0), value); break;
-        case 3: if (n) { array->removeObjectAtIndex(at); model.erase(model.begin() + at); } break;
-        case 4: if (n) { array->removeLastObject(); model.pop_back(); } break;
-        case 5: if (n) { array->replaceObjectAtIndex_withObject(at, TestItem::with(value)); model[at] = value; } break;
-        case 6: if (random() % 4 == 0) { array->removeObject(TestItem::with(value)); std::erase(model, value); } break;
+        case 0:
+        case 1:
+            array->addObject(TestItem::with(value));
+            model.push_back(value);
+            break;
+        case 2:
+            array->insertObject_atIndex(TestItem::with(value), n ? at + 1 : 0);
+            model.insert(model.begin() + (n ? at + 1 : 0), value);
+            break;
+        case 3:
+            if (n) {
+                array->removeObjectAtIndex(at);
+                model.erase(model.begin() + at);
+            }
+            break;
+        case 4:
+            if (n) {
+                array->removeLastObject();
+                model.pop_back();
+            }
+            break;
+        case 5:
+            if (n) {
+                array->replaceObjectAtIndex_withObject(at, TestItem::with(value));
+                model[at] = value;
+            }
+            break;
+        case 6:
+            if (random() % 4 == 0) {
+                array->removeObject(TestItem::with(value));
+                std::erase(model, value);
+            }
+            break;
         case 7: {
             unsigned length = n ? random() % (n - at + 1) % 5 : 0;
             Values by(random() % 5, value);
             std::vector<id> items;
             for (int v : by) items.push_back(TestItem::with(v));
-            array->replaceObjectsInRange_withObjectsFromArray({at, length}, ZPArray::arrayWithObjects_count(items.data(), unsigned(items.size())));
+            array->replaceObjectsInRange_withObjectsFromArray(
+                {at, length}, ZPArray::arrayWithObjects_count(items.data(), unsigned(items.size())));
             model.erase(model.begin() + at, model.begin() + at + length);
             model.insert(model.begin() + at, by.begin(), by.end());
         }
@@ -165,13 +193,20 @@ struct ConcreteMutableArray : CollectionTest {};
 TEST_F(ConcreteMutableArray, Errors) {
     ZPMutableArray *array = ZPMutableArray::arrayWithObjects("a"_zp, "b"_zp);
     auto range = [](const char *method, int index, int bound) {
-        return "ZPRangeException: *** -[ZPConcreteMutableArray " + std::string(method) + "]: index (" + std::to_string(index) + ") beyond bounds (" + std::to_string(bound) + ")";
+        return "ZPRangeException: *** -[ZPConcreteMutableArray " + std::string(method) + "]: index (" +
+               std::to_string(index) + ") beyond bounds (" + std::to_string(bound) + ")";
     };
-    EXPECT_EQ(raised([&] { array->addObject(nullptr); }), "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray addObject:]: attempt to insert nil object");
-    EXPECT_EQ(raised([&] { array->insertObject_atIndex(nullptr, 0); }), "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray insertObject:atIndex:]: attempt to insert nil object");
+    EXPECT_EQ(raised([&] { array->addObject(nullptr); }),
+              "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray addObject:]: attempt to insert nil object");
+    EXPECT_EQ(
+        raised([&] { array->insertObject_atIndex(nullptr, 0); }),
+        "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray insertObject:atIndex:]: attempt to insert nil object");
     EXPECT_EQ(raised([&] { array->insertObject_atIndex("c"_zp, 3); }), range("insertObject:atIndex:", 3, 3));
-    EXPECT_EQ(raised([&] { array->replaceObjectAtIndex_withObject(0, nullptr); }), "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray replaceObjectAtIndex:withObject:]: attempt to insert nil object");
-    EXPECT_EQ(raised([&] { array->replaceObjectAtIndex_withObject(2, "c"_zp); }), range("replaceObjectAtIndex:withObject:", 2, 2));
+    EXPECT_EQ(
+        raised([&] { array->replaceObjectAtIndex_withObject(0, nullptr); }),
+        "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray replaceObjectAtIndex:withObject:]: attempt to insert nil object");
+    EXPECT_EQ(raised([&] { array->replaceObjectAtIndex_withObject(2, "c"_zp); }),
+              range("replaceObjectAtIndex:withObject:", 2, 2));
     EXPECT_EQ(raised([&] { array->removeObjectAtIndex(2); }), range("removeObjectAtIndex:", 2, 2));
     EXPECT_EQ(array->count(), 2u);
     array->removeAllObjects();

@@ -28,7 +28,8 @@ using Contents = std::multiset<int>;
 ZPSet *makeSet(Class cls, std::initializer_list<int> values) {
     auto items = itemsOf(values);
     std::vector<id> list(items.begin(), items.end());
-    return objc_msgSend<id>(cls, "setWithObjects:count:"_sel, static_cast<const id *>(list.data()), unsigned(list.size()));
+    return objc_msgSend<id>(cls, "setWithObjects:count:"_sel, static_cast<const id *>(list.data()),
+                            unsigned(list.size()));
 }
 
 struct Set : CollectionTest, testing::WithParamInterface<Class> {
@@ -40,8 +41,13 @@ struct MutableSet : CollectionTest, testing::WithParamInterface<Class> {
     bool counts() { return GetParam() == ZPCountedSet::class_(); }
 };
 auto name = [](auto &info) { return info.param->name; };
-INSTANTIATE_TEST_SUITE_P(Forms, Set, testing::Values(ZPSet::class_(), ZPMutableSet::class_(), ZPCountedSet::class_(), PlainMutableSet::class_()), name);
-INSTANTIATE_TEST_SUITE_P(Forms, MutableSet, testing::Values(ZPMutableSet::class_(), ZPCountedSet::class_(), PlainMutableSet::class_()), name);
+INSTANTIATE_TEST_SUITE_P(Forms, Set,
+                         testing::Values(ZPSet::class_(), ZPMutableSet::class_(), ZPCountedSet::class_(),
+                                         PlainMutableSet::class_()),
+                         name);
+INSTANTIATE_TEST_SUITE_P(Forms, MutableSet,
+                         testing::Values(ZPMutableSet::class_(), ZPCountedSet::class_(), PlainMutableSet::class_()),
+                         name);
 
 TEST_P(Set, Members) {
     TestItem *first = TestItem::with(1);
@@ -59,7 +65,9 @@ TEST_P(Set, Members) {
     EXPECT_EQ(set->allObjects()->count(), 2u);
     EXPECT_EQ(set->anyObject(), set->allObjects()->objectAtIndex(0));
     EXPECT_EQ(make({})->anyObject(), nullptr);
-    EXPECT_EQ(valuesOf(set->members_notFoundMarker(ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(7)), TestItem::with(-9))), (Values{2, -9}));
+    EXPECT_EQ(valuesOf(set->members_notFoundMarker(ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(7)),
+                                                   TestItem::with(-9))),
+              (Values{2, -9}));
     TestItem *sum = TestItem::with(0);
     set->makeObjectsPerformSelector_withObject("add:"_sel, sum);
     EXPECT_EQ(sum->value, 3);
@@ -91,7 +99,9 @@ TEST_P(Set, Copies) {
     EXPECT_EQ(mutableCopy->member(one), one);
     EXPECT_STREQ(copy->isa->name, counts() ? "ZPCountedSet" : "ZPConcreteSet");
     EXPECT_STREQ(mutableCopy->isa->name, counts() ? "ZPCountedSet" : "ZPConcreteMutableSet");
-    if (GetParam() == ZPSet::class_()) { EXPECT_EQ(copy, set); }
+    if (GetParam() == ZPSet::class_()) {
+        EXPECT_EQ(copy, set);
+    }
     // A mutable set's copy shares the members, a counted or a client's set's copies them.
     EXPECT_EQ(copy->member(one) == one, GetParam() == ZPSet::class_() || GetParam() == ZPMutableSet::class_());
 }
@@ -165,21 +175,32 @@ TEST_F(ConcreteSet, CountedSubsets) {
 }
 
 TEST_F(ConcreteSet, Errors) {
-    auto message = [](const char *method, const char *what) { return std::string("ZPInvalidArgumentException: *** -[") + method + "]: " + what; };
+    auto message = [](const char *method, const char *what) {
+        return std::string("ZPInvalidArgumentException: *** -[") + method + "]: " + what;
+    };
     ZPMutableSet *set = ZPMutableSet::set();
     ZPCountedSet *counted = ZPCountedSet::set();
-    EXPECT_EQ(raised([&] { set->addObject(nullptr); }), message("ZPConcreteMutableSet addObject:", "attempt to insert nil object"));
-    EXPECT_EQ(raised([&] { set->removeObject(nullptr); }), message("ZPConcreteMutableSet removeObject:", "attempt to remove nil object"));
-    EXPECT_EQ(raised([&] { counted->addObject(nullptr); }), message("ZPCountedSet addObject:", "attempt to insert nil object"));
-    EXPECT_EQ(raised([&] { counted->removeObject(nullptr); }), message("ZPCountedSet removeObject:", "attempt to remove nil object"));
-    EXPECT_EQ(raised([&] { ZPSet::setWithObject(nullptr); }), message("ZPConcreteSet initWithObjects:count:", "attempt to insert nil object"));
-    EXPECT_EQ(raised([&] { ZPMutableSet::setWithCapacity(0x10000000); }), message("ZPConcreteMutableSet initWithCapacity:", "absurd capacity: 268435456"));
+    EXPECT_EQ(raised([&] { set->addObject(nullptr); }),
+              message("ZPConcreteMutableSet addObject:", "attempt to insert nil object"));
+    EXPECT_EQ(raised([&] { set->removeObject(nullptr); }),
+              message("ZPConcreteMutableSet removeObject:", "attempt to remove nil object"));
+    EXPECT_EQ(raised([&] { counted->addObject(nullptr); }),
+              message("ZPCountedSet addObject:", "attempt to insert nil object"));
+    EXPECT_EQ(raised([&] { counted->removeObject(nullptr); }),
+              message("ZPCountedSet removeObject:", "attempt to remove nil object"));
+    EXPECT_EQ(raised([&] { ZPSet::setWithObject(nullptr); }),
+              message("ZPConcreteSet initWithObjects:count:", "attempt to insert nil object"));
+    EXPECT_EQ(raised([&] { ZPMutableSet::setWithCapacity(0x10000000); }),
+              message("ZPConcreteMutableSet initWithCapacity:", "absurd capacity: 268435456"));
     EXPECT_EQ(ZPSet::setWithObjects(), ZPSet::set());
 }
 
 TEST_F(ConcreteSet, Descriptions) {
-    auto address = [](ZPSet *set) { return text(ZPString::stringWithFormat("0x%lx"_zp, reinterpret_cast<unsigned long>(set))); };
-    ZPSet *empty = ZPSet::set(), *set = ZPSet::setWithObjects("a"_zp, "b"_zp), *counted = ZPCountedSet::setWithObjects("a"_zp, "a"_zp);
+    auto address = [](ZPSet *set) {
+        return text(ZPString::stringWithFormat("0x%lx"_zp, reinterpret_cast<unsigned long>(set)));
+    };
+    ZPSet *empty = ZPSet::set(), *set = ZPSet::setWithObjects("a"_zp, "b"_zp),
+          *counted = ZPCountedSet::setWithObjects("a"_zp, "a"_zp);
     EXPECT_EQ(text(empty->description()), "<ZPConcreteSet: " + address(empty) + "> ()");
     EXPECT_EQ(text(set->description()), "<ZPConcreteSet: " + address(set) + "> (b, a)");
     EXPECT_EQ(text(counted->description()), "<ZPCountedSet: " + address(counted) + "> (a [2])");

@@ -38,12 +38,14 @@ struct PlainMutableArray : ZPMutableArray {
     unsigned count() { return unsigned(elements.size()); }
     id objectAtIndex(unsigned index) { return id(elements[inBounds(index, elements.size())].get()); }
     void addObject(id object) { elements.push_back(object); }
-    void insertObject_atIndex(id object, unsigned index) { elements.insert(elements.begin() + index, ZPRef<ZPObject>(object)); }
-    void removeLastObject() { elements.pop_back(); }
-    void removeObjectAtIndex(unsigned index) {
-        elements.erase(elements.begin() + inBounds(index, elements.size()));
+    void insertObject_atIndex(id object, unsigned index) {
+        elements.insert(elements.begin() + index, ZPRef<ZPObject>(object));
     }
-    void replaceObjectAtIndex_withObject(unsigned index, id object) { elements[inBounds(index, elements.size())] = ZPRef<ZPObject>(object); }
+    void removeLastObject() { elements.pop_back(); }
+    void removeObjectAtIndex(unsigned index) { elements.erase(elements.begin() + inBounds(index, elements.size())); }
+    void replaceObjectAtIndex_withObject(unsigned index, id object) {
+        elements[inBounds(index, elements.size())] = ZPRef<ZPObject>(object);
+    }
 };
 
 struct PlainMutableDictionary : ZPMutableDictionary {

@@ -212,7 +212,10 @@ TEST_F(Pools, AnExceptionStopsThePopAndGoesNoFurther) {
     make(3)->autorelease();
     EXPECT_NO_THROW(ZPPopAutoreleasePool(inner));
     EXPECT_EQ(died, (Died{3, 2}));
-    EXPECT_NE(logged.find("Exception ignored while releasing an object in an autorelease pool: ZPGenericException no rest for 7\n"), std::string::npos);
+    EXPECT_NE(
+        logged.find(
+            "Exception ignored while releasing an object in an autorelease pool: ZPGenericException no rest for 7\n"),
+        std::string::npos);
     ZPPopAutoreleasePool(0);
     EXPECT_EQ(died, (Died{3, 2, 1}));
 }
@@ -235,7 +238,9 @@ TEST_F(Pools, ARaiseByCodeIsReportedByName) {
     unsigned inner = ZPPushAutoreleasePool(0);
     OldStyle::new_()->autorelease();
     EXPECT_NO_THROW(ZPPopAutoreleasePool(inner));
-    EXPECT_NE(logged.find("in an autorelease pool: ZPOldStyleException Old style exception with code 42"), std::string::npos) << logged;
+    EXPECT_NE(logged.find("in an autorelease pool: ZPOldStyleException Old style exception with code 42"),
+              std::string::npos)
+        << logged;
 }
 
 TEST_F(Pools, SettingsOfTheThread) {
@@ -266,7 +271,8 @@ TEST_F(Pools, SettingsOfTheThread) {
     testing::internal::CaptureStderr();
     ZPObject::new_()->autorelease();
     ZPPrintAutoreleasePools();
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("Pool (level = 0): 1 objects ====================\n\t0x"), std::string::npos);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Pool (level = 0): 1 objects ====================\n\t0x"),
+              std::string::npos);
 }
 
 TEST_F(Pools, PoolObjectsRefuseToBeShared) {

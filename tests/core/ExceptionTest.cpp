@@ -109,19 +109,26 @@ TEST_F(Errors, HandlerRecordsGiveCodeAndObject) {
 TEST_F(Errors, MessagesOfTheRootClass) {
     ZPObject *object = ZPObject::new_();
     object->autorelease();
-    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { object->performSelector(nullptr); }), "*** -[ZPObject performSelector:]: null selector");
-    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend<int>(object, "fly:"_sel, 3); }), "*** -[ZPObject fly:]: selector not recognized");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { object->performSelector(nullptr); }),
+              "*** -[ZPObject performSelector:]: null selector");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend<int>(object, "fly:"_sel, 3); }),
+              "*** -[ZPObject fly:]: selector not recognized");
     EXPECT_EQ(logged, "*** -[ZPObject fly:]: selector not recognized");
-    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend(ZPObject::class_(), "fly"_sel); }), "*** +[ZPObject fly]: selector not recognized");
-    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { ZPStringFromSelector(nullptr); }), "*** ZPStringFromSelector(): 0 selector");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend(ZPObject::class_(), "fly"_sel); }),
+              "*** +[ZPObject fly]: selector not recognized");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { ZPStringFromSelector(nullptr); }),
+              "*** ZPStringFromSelector(): 0 selector");
     EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend(Abstract::new_()->autorelease(), "count"_sel); }),
               "*** -count cannot be sent to an abstract object of class Abstract: Create a concrete instance!");
     EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend(Partial::new_()->autorelease(), "count"_sel); }),
               "*** -count only defined for abstract class.  Define -[Partial count]!");
-    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend<id>(Partial::new_()->autorelease(), "initEmpty"_sel); }),
-              "*** initialization method -initEmpty cannot be sent to an abstract object of class Partial: Create a concrete instance!");
+    EXPECT_EQ(
+        reasonOf(ZPInvalidArgumentException,
+                 [&] { objc_msgSend<id>(Partial::new_()->autorelease(), "initEmpty"_sel); }),
+        "*** initialization method -initEmpty cannot be sent to an abstract object of class Partial: Create a concrete instance!");
     ZPProxy *proxy = ZPProxy::alloc();
-    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { proxy->isKindOfClass(ZPObject::class_()); }), "*** -[ZPProxy methodSignatureForSelector:] called!");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { proxy->isKindOfClass(ZPObject::class_()); }),
+              "*** -[ZPProxy methodSignatureForSelector:] called!");
     EXPECT_TRUE(proxy->isProxy());
     proxy->release();
     EXPECT_EQ(ZPObject::class_(), objc_msgSend<Class>(ZPObject::class_(), "class"_sel));

@@ -16,7 +16,11 @@ TEST(Zone, BlocksKeepTheirBytesAndTheirZone) {
     ZPZone *zone = ZPCreateZone(0, 0, YES);
     ASSERT_NE(zone, nullptr);
     std::mt19937 random(5);
-    struct Piece { unsigned char *p; std::size_t size; unsigned char mark; };
+    struct Piece {
+        unsigned char *p;
+        std::size_t size;
+        unsigned char mark;
+    };
     std::vector<Piece> pieces;
     for (int i = 0; i < 3000; ++i) {
         if (!pieces.empty() && random() % 3 == 0) {
@@ -121,7 +125,9 @@ TEST(Zombie, ReportsEveryMessageToAFreedObject) {
     EXPECT_STREQ(ghost->isa->name, "ZPZombie_Ghost");
     EXPECT_EQ(ghost->isa, second->isa);
     EXPECT_EQ(objc_getClass("ZPZombie_Ghost"), ghost->isa);
-    struct { const char *selector, *caught; } cases[] = {{"bar", "methodSignatureForSelector:"}, {"retain", "retain"}, {"autorelease", "autorelease"}};
+    struct {
+        const char *selector, *caught;
+    } cases[] = {{"bar", "methodSignatureForSelector:"}, {"retain", "retain"}, {"autorelease", "autorelease"}};
     for (auto &c : cases) {
         logged.clear();
         _ZPSetLogCStringFunction(keepLog);
@@ -130,8 +136,10 @@ TEST(Zombie, ReportsEveryMessageToAFreedObject) {
             ADD_FAILURE() << c.selector;
         } catch (ZPException *e) {
             char report[300];
-            std::snprintf(report, sizeof report, "*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\nBreak at '-[_ZPZombie %s]' to debug.",
-                          c.selector, reinterpret_cast<unsigned long>(ghost), c.caught);
+            std::snprintf(
+                report, sizeof report,
+                "*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\nBreak at '-[_ZPZombie %s]' to debug.",
+                c.selector, reinterpret_cast<unsigned long>(ghost), c.caught);
             EXPECT_STREQ(e->reason()->cString(), report);
             EXPECT_TRUE(e->name()->isEqual(ZPGenericException));
             EXPECT_EQ(logged, std::string("*** ") + report);

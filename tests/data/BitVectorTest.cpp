@@ -41,7 +41,8 @@ TEST_F(BitVector, CombinesBitByBit) {
         m->intersectBitVector(make("\x11\xFF"));
         EXPECT_EQ(textOf(m), "\x11\x0F");
     });
-    EXPECT_EQ(textOf(make(std::string("\x0F\0", 2))->intersectionWithBitVector(make(std::string("\x0F\0", 2)))), "\x0F");
+    EXPECT_EQ(textOf(make(std::string("\x0F\0", 2))->intersectionWithBitVector(make(std::string("\x0F\0", 2)))),
+              "\x0F");
     EXPECT_EQ(make(std::string(1000, '\x81'))->numberOfSetBits(), 2000u);
 }
 

@@ -159,7 +159,8 @@ TEST_F(DataFile, GetsAnUnusedTemporaryName) {
     EXPECT_NE(names[0], names[1]);
     // The next name is taken: the one after it is used.
     char next[16];
-    std::snprintf(next, sizeof next, "%s%03lx", names[2].substr(0, 9).c_str(), (std::stoul(names[2].substr(9), nullptr, 16) + 1) % 4096);
+    std::snprintf(next, sizeof next, "%s%03lx", names[2].substr(0, 9).c_str(),
+                  (std::stoul(names[2].substr(9), nullptr, 16) + 1) % 4096);
     dir.write(next, "taken");
     int file;
     path[head.size()] = 0;
@@ -189,7 +190,8 @@ TEST_F(DataFile, MapperGivesViewsWithinItsLength) {
     EXPECT_EQ(file->length(), 5u);
     EXPECT_EQ(file->newReadWriteMappingOfLength(5), nullptr) << "the file is open for reading";
     int handle = open((dir.path / "file").c_str(), O_RDONLY);
-    EXPECT_EQ(ZPFileMapper::alloc()->initWithNativeFileHandle_length_releaseHandle(handle, 6, NO), nullptr) << "no view past the end";
+    EXPECT_EQ(ZPFileMapper::alloc()->initWithNativeFileHandle_length_releaseHandle(handle, 6, NO), nullptr)
+        << "no view past the end";
     close(handle);
     EXPECT_EQ(objc_msgSend<id>(ZPFileMapper::alloc(), "init"_sel), nullptr);
 }

@@ -25,9 +25,15 @@ struct Pool {
     ~Pool() { ZPPopAutoreleasePool(token); }
 };
 
-inline std::string textOf(ZPData *d) { return d->length() ? std::string(static_cast<const char *>(d->bytes()), d->length()) : std::string(); }
-inline ZPData *make(const std::string &bytes) { return ZPData::dataWithBytes_length(bytes.data(), unsigned(bytes.size())); }
-inline ZPMutableData *makeMutable(const std::string &bytes) { return ZPMutableData::dataWithBytes_length(bytes.data(), unsigned(bytes.size())); }
+inline std::string textOf(ZPData *d) {
+    return d->length() ? std::string(static_cast<const char *>(d->bytes()), d->length()) : std::string();
+}
+inline ZPData *make(const std::string &bytes) {
+    return ZPData::dataWithBytes_length(bytes.data(), unsigned(bytes.size()));
+}
+inline ZPMutableData *makeMutable(const std::string &bytes) {
+    return ZPMutableData::dataWithBytes_length(bytes.data(), unsigned(bytes.size()));
+}
 
 template <class F> std::string raised(F f) {
     try {
@@ -52,7 +58,9 @@ struct Directory {
         std::ifstream in(path / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(in), {}};
     }
-    void write(const char *name, const std::string &bytes) const { std::ofstream(path / name, std::ios::binary) << bytes; }
+    void write(const char *name, const std::string &bytes) const {
+        std::ofstream(path / name, std::ios::binary) << bytes;
+    }
     unsigned count() const { return unsigned(std::distance(std::filesystem::directory_iterator(path), {})); }
 };
 

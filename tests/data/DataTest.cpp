@@ -13,20 +13,24 @@ ZP_IMPLEMENT(ClientData).method<&ClientData::length>("length").method<&ClientDat
 const std::vector<Form> &forms() {
     static const std::vector<Form> all = {
         {"copied", make},
-        {"adopted", [](const std::string &b) {
+        {"adopted",
+         [](const std::string &b) {
              if (b.empty()) return ZPData::data();
              void *block = ZPZoneMalloc(nullptr, b.size());
              std::memcpy(block, b.data(), b.size());
              return ZPData::dataWithBytesNoCopy_length(block, unsigned(b.size()));
          }},
-        {"pages", [](const std::string &b) -> ZPData * {
+        {"pages",
+         [](const std::string &b) -> ZPData * {
              void *pages = ZPAllocateMemoryPages(unsigned(b.size()) + 1);
              std::memcpy(pages, b.data(), b.size());
-             ZPData *d = ZPData::alloc()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(pages, unsigned(b.size()), NO, YES, YES);
+             ZPData *d = ZPData::alloc()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(pages, unsigned(b.size()),
+                                                                                            NO, YES, YES);
              if (b.empty()) ZPDeallocateMemoryPages(pages, 1);
              return d->autorelease();
          }},
-        {"anonymous mapping", [](const std::string &b) -> ZPData * {
+        {"anonymous mapping",
+         [](const std::string &b) -> ZPData * {
              ZPFileMapper *mapper = ZPFileMapper::emptyFileMapperWithLength(unsigned(b.size()) + 1);
              if (void *view = mapper->newReadWriteMappingOfLength(unsigned(b.size()))) {
                  std::memcpy(view, b.data(), b.size());
@@ -34,15 +38,21 @@ const std::vector<Form> &forms() {
              }
              return ZPData::alloc()->initWithFileMapper_length(mapper, unsigned(b.size()))->autorelease();
          }},
-        {"part", [](const std::string &b) { return make("before " + b + std::string(64, '.'))->subdataWithRange({7, unsigned(b.size())}); }},
+        {"part",
+         [](const std::string &b) {
+             return make("before " + b + std::string(64, '.'))->subdataWithRange({7, unsigned(b.size())});
+         }},
         {"mutable", [](const std::string &b) -> ZPData * { return makeMutable(b); }},
-        {"mutable mapping", [](const std::string &b) -> ZPData * {
+        {"mutable mapping",
+         [](const std::string &b) -> ZPData * {
              ZPFileMapper *mapper = ZPFileMapper::emptyFileMapperWithLength(unsigned(b.size()) + 1);
-             auto *d = static_cast<ZPMutableData *>(ZPMutableData::alloc()->initWithFileMapper_length(mapper, unsigned(b.size()))->autorelease());
+             auto *d = static_cast<ZPMutableData *>(
+                 ZPMutableData::alloc()->initWithFileMapper_length(mapper, unsigned(b.size()))->autorelease());
              d->replaceBytesInRange_withBytes({0, unsigned(b.size())}, b.data());
              return d;
          }},
-        {"client", [](const std::string &b) -> ZPData * {
+        {"client",
+         [](const std::string &b) -> ZPData * {
              ClientData *d = ClientData::alloc();
              d->_text = b;
              return d->autorelease();
@@ -106,7 +116,10 @@ TEST_F(Data, ReadsTheSameInEveryForm) {
             EXPECT_EQ(std::string(out, 3), (bytes.substr(0, 3) + std::string(3, '\0')).substr(0, 3));
             d->getBytes_range(out, {length - 1, 5});
             EXPECT_EQ(out[0], bytes.back());
-            EXPECT_NE(raised([&] { d->getBytes_range(out, {length, 1}); }).find("location " + std::to_string(length) + " exceeds data length"), std::string::npos);
+            EXPECT_NE(raised([&] {
+                          d->getBytes_range(out, {length, 1});
+                      }).find("location " + std::to_string(length) + " exceeds data length"),
+                      std::string::npos);
         });
     }
 }
@@ -114,12 +127,17 @@ TEST_F(Data, ReadsTheSameInEveryForm) {
 TEST_F(Data, IsSliced) {
     std::string bytes = pattern(40000);
     inEveryForm(bytes, [&](ZPData *d) {
-        for (ZPRange r : {ZPRange{0, 0}, ZPRange{50000, 0}, ZPRange{1, 63}, ZPRange{1, 64}, ZPRange{39999, 1}, ZPRange{100, 32768}, ZPRange{0, 40000}}) {
+        for (ZPRange r : {ZPRange{0, 0}, ZPRange{50000, 0}, ZPRange{1, 63}, ZPRange{1, 64}, ZPRange{39999, 1},
+                          ZPRange{100, 32768}, ZPRange{0, 40000}}) {
             ZPData *part = d->subdataWithRange(r);
             ASSERT_EQ(textOf(part), r.length ? bytes.substr(r.location, r.length) : "");
-            EXPECT_TRUE(r.length <= 2 || textOf(part->subdataWithRange({1, r.length - 2})) == bytes.substr(r.location + 1, r.length - 2));
+            EXPECT_TRUE(r.length <= 2 || textOf(part->subdataWithRange({1, r.length - 2})) ==
+                                             bytes.substr(r.location + 1, r.length - 2));
         }
-        EXPECT_NE(raised([&] { d->subdataWithRange({39990, 11}); }).find("subdataWithRange:]: range {location = 39990; length = 11} exceeds data length 40000"), std::string::npos);
+        EXPECT_NE(raised([&] {
+                      d->subdataWithRange({39990, 11});
+                  }).find("subdataWithRange:]: range {location = 39990; length = 11} exceeds data length 40000"),
+                  std::string::npos);
         EXPECT_NE(raised([&] { d->subdataWithRange({0xFFFFFFFF, 2}); }), "");
     });
     ZPData *d = make(bytes);
@@ -203,12 +221,15 @@ TEST_F(Data, FollowsAModelThroughRandomChanges) {
 }
 
 TEST_F(Data, RefusesAbsurdSizes) {
-    EXPECT_EQ(raised([] { ZPMutableData::dataWithCapacity(0x40000000); }), "*** -[ZPConcreteMutableData initWithCapacity:]: absurd capacity: 1073741824");
+    EXPECT_EQ(raised([] { ZPMutableData::dataWithCapacity(0x40000000); }),
+              "*** -[ZPConcreteMutableData initWithCapacity:]: absurd capacity: 1073741824");
     EXPECT_EQ(raised([] { ZPData::alloc()->initWithBytes_length("", 0xFFFFFFFF); }),
               "*** -[ZPConcreteData initWithBytes:length:copy:freeWhenDone:bytesAreVM:]: absurd length: -1");
     ZPMutableData *d = makeMutable("text");
-    EXPECT_EQ(raised([&] { d->setLength(0x40000000); }), "*** -[ZPConcreteMutableData setLength:]: absurd length: 1073741824");
-    EXPECT_EQ(raised([&] { d->increaseLengthBy(0xFFFFFFFF); }), "*** -[ZPConcreteMutableData increaseLengthBy:]: absurd extra length: -1");
+    EXPECT_EQ(raised([&] { d->setLength(0x40000000); }),
+              "*** -[ZPConcreteMutableData setLength:]: absurd length: 1073741824");
+    EXPECT_EQ(raised([&] { d->increaseLengthBy(0xFFFFFFFF); }),
+              "*** -[ZPConcreteMutableData increaseLengthBy:]: absurd extra length: -1");
     EXPECT_NE(raised([&] { d->appendBytes_length("x", 0xFFFFFFFF); }), "");
     EXPECT_NE(raised([&] { d->replaceBytesInRange_withBytes({2, 0xFFFFFFFF}, "x"); }), "");
     EXPECT_NE(raised([&] { d->resetBytesInRange({4, 0x3FFFFFFF}); }), "");

@@ -64,8 +64,10 @@ int main(int argc, char **argv) {
 
     ZPString *literal = "a \"literal\"\n"_zp, *wideLiteral = "\u017eluva \u6f22 \U0001F600"_zp, *nothing = nullptr;
     ZPString *shortText = ZPString::stringWithCString("number 7"), *formatted = ZPString::stringWithFormat("%d"_zp, 7);
-    ZPString *kestrel = ZPString::alloc()->initWithData_encoding(ZPData::dataWithBytes_length(upper, 32), ZPKESTRELStringEncoding);
-    ZPString *bytes = ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(static_cast<char *>(std::memset(std::malloc(3000), 'y', 3000)), 3000, YES);
+    ZPString *kestrel =
+        ZPString::alloc()->initWithData_encoding(ZPData::dataWithBytes_length(upper, 32), ZPKESTRELStringEncoding);
+    ZPString *bytes = ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(
+        static_cast<char *>(std::memset(std::malloc(3000), 'y', 3000)), 3000, YES);
     ZPString *part = bytes->substringWithRange({100, 60});
     unichar units[40];
     for (unsigned i = 0; i < 40; ++i) units[i] = unichar(0x3041 + i);
@@ -98,9 +100,11 @@ int main(int argc, char **argv) {
     bag->addObject("twice"_zp);
     bag->addObject("twice"_zp);
     ZPData *data = ZPData::dataWithBytes_length("\x01\x02\xff!?", 5);
-    ZPData *largeData = ZPMutableData::dataWithData(ZPData::dataWithBytes_length(std::memset(std::malloc(5000), 7, 5000), 5000));
+    ZPData *largeData =
+        ZPMutableData::dataWithData(ZPData::dataWithBytes_length(std::memset(std::malloc(5000), 7, 5000), 5000));
     ZPDate *date = ZPDate::dateWithTimeIntervalSinceReferenceDate(86400.5);
-    ZPDate *calendar = ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(1969, 7, 20, 15, 17, 40, ZPTimeZone::timeZoneForSecondsFromGMT(-18000));
+    ZPDate *calendar = ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(
+        1969, 7, 20, 15, 17, 40, ZPTimeZone::timeZoneForSecondsFromGMT(-18000));
     ZPException *error = ZPException::alloc()->initWithName_reason_userInfo("Name"_zp, "reason"_zp, pairs);
     Account *account = Account::new_();
     account->balance = 12.5;
@@ -112,7 +116,8 @@ int main(int argc, char **argv) {
     savings->balance = 7;
     savings->rate = 3;
     Account *savingsAsAccount = savings;
-    ZPObject *savingsAsObject = savings, *till = shop::Till::new_(), *shelf = shop::Shelf::new_(), *drawer = Drawer::new_(), *lock = ZPLock::new_();
+    ZPObject *savingsAsObject = savings, *till = shop::Till::new_(), *shelf = shop::Shelf::new_(),
+             *drawer = Drawer::new_(), *lock = ZPLock::new_();
     static_cast<shop::Till *>(till)->coins = 20;
     static_cast<shop::Shelf *>(shelf)->boards = 4;
     static_cast<Drawer *>(drawer)->knobs = 2;
@@ -137,7 +142,8 @@ int main(int argc, char **argv) {
         Class isa;
         std::uintptr_t words[4];
     };
-    static Forged forgedString = {0, wide->isa, {16, 0xFFFFFFFF, 0, 0}}, forgedArray = {0, growing->isa, {0x7FFFFFF, 16, ~0u, 0}};
+    static Forged forgedString = {0, wide->isa, {16, 0xFFFFFFFF, 0, 0}},
+                  forgedArray = {0, growing->isa, {0x7FFFFFF, 16, ~0u, 0}};
     static Forged forgedGap = {0, nullptr, {reinterpret_cast<std::uintptr_t>(upper), 5, 0xFFFFFFF000000001, 0}};
     // The library keeps such bytes only where they are the encoding of C strings.
     static Forged forgedBytes = {0, bytes->isa, {reinterpret_cast<std::uintptr_t>(upper), 32, 0, 0}};
@@ -152,7 +158,9 @@ int main(int argc, char **argv) {
 
     stop();
     if (argc > 1 && !std::strcmp(argv[1], "abort")) std::abort();
-    return !(literal && wideLiteral && !nothing && kestrel && part && widePart && path && wideGap && cheap && circle && members && bag && data && largeData
-             && date && calendar && error && any && owned && cls && selector && counted && countedOften && stray && nonsense && brokenString
-             && brokenArray && brokenGap && brokenDictionary && kestrelBytes && formatted && savingsAsAccount && savingsAsObject && shelf && drawer && lock && disguised);
+    return !(literal && wideLiteral && !nothing && kestrel && part && widePart && path && wideGap && cheap && circle &&
+             members && bag && data && largeData && date && calendar && error && any && owned && cls && selector &&
+             counted && countedOften && stray && nonsense && brokenString && brokenArray && brokenGap &&
+             brokenDictionary && kestrelBytes && formatted && savingsAsAccount && savingsAsObject && shelf && drawer &&
+             lock && disguised);
 }

@@ -37,7 +37,8 @@ TEST(Limits, ElementsOfCollections) {
     constexpr unsigned most = 134217727;
     EXPECT_EQ(raised([] { ZPMutableArray::arrayWithCapacity(most); }), "");
     EXPECT_TRUE(has(raised([] { ZPMutableArray::arrayWithCapacity(most + 1); }), "ZPInvalidArgumentException"));
-    EXPECT_TRUE(has(raised([] { ZPMutableDictionary::dictionaryWithCapacity(most + 1); }), "ZPInvalidArgumentException"));
+    EXPECT_TRUE(
+        has(raised([] { ZPMutableDictionary::dictionaryWithCapacity(most + 1); }), "ZPInvalidArgumentException"));
     EXPECT_TRUE(has(raised([] { ZPMutableSet::setWithCapacity(most * 2 + 2); }), "ZPInvalidArgumentException"));
 }
 
@@ -78,7 +79,10 @@ TEST(Limits, FormatsOfDates) {
     auto expansions = [&](int count) {
         std::string format;
         for (int i = 0; i < count; ++i) format += "%c";
-        return std::string(date->descriptionWithCalendarFormat_locale(zp(format), ZPDictionary::dictionaryWithObject_forKey("x"_zp, ZPTimeDateFormatString))->cString());
+        return std::string(
+            date->descriptionWithCalendarFormat_locale(
+                    zp(format), ZPDictionary::dictionaryWithObject_forKey("x"_zp, ZPTimeDateFormatString))
+                ->cString());
     };
     EXPECT_EQ(expansions(16), std::string(16, 'x'));
     EXPECT_EQ(expansions(17), std::string(16, 'x') + "?");
@@ -159,7 +163,10 @@ TEST(Limits, RulesOfAParser) {
     pthread_attr_init(&large);
     pthread_attr_setstacksize(&large, 64 << 20);
     pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &large, [](void *f) -> void * { return (*static_cast<std::function<void()> *>(f))(), nullptr; }, &run), 0);
+    ASSERT_EQ(pthread_create(
+                  &thread, &large,
+                  [](void *f) -> void * { return (*static_cast<std::function<void()> *>(f))(), nullptr; }, &run),
+              0);
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&large);
 }

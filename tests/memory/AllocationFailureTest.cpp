@@ -60,7 +60,8 @@ void emptyShelves() {
 /// Runs the operation on what `prepare` makes anew each time, with allocation 1, 2, 3 ... failing, until none is reached
 /// any more; `check` is asked after each whether the operation had been done. One of them at least raises, or, with
 /// `raises` false, none.
-template <class Subject> void eachAllocationFails(std::function<Subject()> prepare, std::function<void(Subject)> operation,
+template <class Subject> void eachAllocationFails(std::function<Subject()> prepare,
+                                                  std::function<void(Subject)> operation,
                                                   std::function<void(Subject, bool done)> check, bool raises = true) {
     {
         // The first use of a class makes its tables, which the process cannot do without.
@@ -85,7 +86,8 @@ template <class Subject> void eachAllocationFails(std::function<Subject()> prepa
             armed = false;
             ++raised;
             bool isOfPages = e->reason()->hasPrefix("*** ZPAllocateMemoryPages("_zp);
-            EXPECT_TRUE(isOfPages || e->name()->isEqualToString(ZPMallocException)) << e->name()->cString() << ": " << e->reason()->cString();
+            EXPECT_TRUE(isOfPages || e->name()->isEqualToString(ZPMallocException))
+                << e->name()->cString() << ": " << e->reason()->cString();
         } catch (std::bad_alloc &) {
             armed = false;
             ++raised;
@@ -118,7 +120,9 @@ TEST(AllocationFailure, Arrays) {
         },
         [](ZPMutableArray *a, bool done) {
             EXPECT_GE(a->count(), 16u);
-            if (done) { EXPECT_EQ(a->count(), 56u); }
+            if (done) {
+                EXPECT_EQ(a->count(), 56u);
+            }
             EXPECT_EQ(a->objectAtIndex(0), "x"_zp);
             EXPECT_EQ(a->lastObject(), "x"_zp);
             a->addObject("y"_zp);
@@ -133,9 +137,12 @@ TEST(AllocationFailure, DictionariesAndSets) {
                                                },
                                                [](ZPMutableDictionary *d, bool done) {
                                                    unsigned count = d->count(), seen = 0;
-                                                   for (int i = 0; i < 40; ++i) seen += d->objectForKey(key(i)) != nullptr;
+                                                   for (int i = 0; i < 40; ++i)
+                                                       seen += d->objectForKey(key(i)) != nullptr;
                                                    EXPECT_EQ(seen, count);
-                                                   if (done) { EXPECT_EQ(count, 40u); }
+                                                   if (done) {
+                                                       EXPECT_EQ(count, 40u);
+                                                   }
                                                    d->setObject_forKey("v"_zp, "more"_zp);
                                                    EXPECT_EQ(d->count(), count + 1);
                                                });
@@ -145,7 +152,9 @@ TEST(AllocationFailure, DictionariesAndSets) {
                                         },
                                         [](ZPMutableSet *s, bool done) {
                                             unsigned count = s->count();
-                                            if (done) { EXPECT_EQ(count, 40u); }
+                                            if (done) {
+                                                EXPECT_EQ(count, 40u);
+                                            }
                                             s->addObject("more"_zp);
                                             EXPECT_EQ(s->count(), count + 1);
                                             EXPECT_EQ(s->allObjects()->count(), count + 1);
@@ -160,39 +169,46 @@ TEST(AllocationFailure, Strings) {
                                                s->replaceCharactersInRange_withString({0, 1}, key(1));
                                            },
                                            [](ZPMutableString *s, bool done) {
-                                               if (done) { EXPECT_GT(s->length(), 300u); }
+                                               if (done) {
+                                                   EXPECT_GT(s->length(), 300u);
+                                               }
                                                unsigned length = s->length();
                                                s->appendString("!"_zp);
                                                EXPECT_EQ(s->length(), length + 1);
                                                EXPECT_EQ(s->characterAtIndex(length), u'!');
                                            });
-    eachAllocationFails<ZPString *>([] { return key(4); },
-                                    [](ZPString *s) {
-                                        s->uppercaseString()->dataUsingEncoding(ZPUTF8StringEncoding);
-                                        s->componentsSeparatedByString(" "_zp);
-                                        s->substringFromIndex(2)->stringByAppendingString(s)->cString();
-                                        ZPCharacterSet::characterSetWithCharactersInString(s)->mutableCopy()->autorelease();
-                                    },
-                                    [](ZPString *s, bool) { EXPECT_TRUE(s->isEqualToString("key number 4"_zp)); });
+    eachAllocationFails<ZPString *>(
+        [] { return key(4); },
+        [](ZPString *s) {
+            s->uppercaseString()->dataUsingEncoding(ZPUTF8StringEncoding);
+            s->componentsSeparatedByString(" "_zp);
+            s->substringFromIndex(2)->stringByAppendingString(s)->cString();
+            ZPCharacterSet::characterSetWithCharactersInString(s)->mutableCopy()->autorelease();
+        },
+        [](ZPString *s, bool) { EXPECT_TRUE(s->isEqualToString("key number 4"_zp)); });
 }
 
 TEST(AllocationFailure, DataAndPropertyLists) {
     eachAllocationFails<ZPMutableData *>([] { return ZPMutableData::dataWithCapacity(4); },
                                          [](ZPMutableData *d) {
-                                             for (int i = 0; i < 10; ++i) d->appendBytes_length("0123456789abcdef0123456789abcdef", 32);
+                                             for (int i = 0; i < 10; ++i)
+                                                 d->appendBytes_length("0123456789abcdef0123456789abcdef", 32);
                                          },
                                          [](ZPMutableData *d, bool done) {
                                              EXPECT_EQ(d->length() % 32, 0u);
-                                             if (done) { EXPECT_EQ(d->length(), 320u); }
+                                             if (done) {
+                                                 EXPECT_EQ(d->length(), 320u);
+                                             }
                                              d->appendBytes_length("x", 1);
                                              EXPECT_EQ(static_cast<const char *>(d->bytes())[d->length() - 1], 'x');
                                          });
-    eachAllocationFails<ZPString *>([] { return ZPString::stringWithFormat("{a = (1, 2, {k = \"%@\";}); b = <0f0e>;}"_zp, key(3)); },
-                                    [](ZPString *s) {
-                                        id tree = s->propertyList();
-                                        EXPECT_TRUE(tree->description()->propertyList()->isEqual(tree));
-                                    },
-                                    [](ZPString *s, bool) { EXPECT_NE(s->propertyList(), nullptr); });
+    eachAllocationFails<ZPString *>(
+        [] { return ZPString::stringWithFormat("{a = (1, 2, {k = \"%@\";}); b = <0f0e>;}"_zp, key(3)); },
+        [](ZPString *s) {
+            id tree = s->propertyList();
+            EXPECT_TRUE(tree->description()->propertyList()->isEqual(tree));
+        },
+        [](ZPString *s, bool) { EXPECT_NE(s->propertyList(), nullptr); });
 }
 
 namespace {
@@ -208,22 +224,26 @@ ZP_IMPLEMENT(Hearer).method<&Hearer::hear>("hear:");
 
 TEST(AllocationFailure, NotificationsAndDates) {
     ZPRef<Hearer> hearer = ZPAdopt(Hearer::new_());
-    eachAllocationFails<ZPNotificationCenter *>([] { return (ZPNotificationCenter *)ZPNotificationCenter::new_()->autorelease().pointer(); },
-                                                [&](ZPNotificationCenter *c) {
-                                                    for (int i = 0; i < 50; ++i) c->addObserver_selector_name_object(hearer.get(), "hear:"_sel, i % 5 ? key(i) : nullptr, nullptr);
-                                                    c->postNotificationName_object(key(4), nullptr);
-                                                },
-                                                [&](ZPNotificationCenter *c, bool done) {
-                                                    if (done) { EXPECT_EQ(c->_registry_count, 50u); }
-                                                    // Who was added before is still called, once by its name or by every post.
-                                                    unsigned added = c->_registry_count, unnamed = (added + 4) / 5;
-                                                    hearer->_calls = 0;
-                                                    for (unsigned i = 0; i < 50; ++i) c->postNotificationName_object(key(int(i)), nullptr);
-                                                    EXPECT_EQ(hearer->_calls, added - unnamed + 50 * unnamed);
-                                                    c->addObserver_selector_name_object("p"_zp, "self"_sel, "late"_zp, nullptr);
-                                                    c->removeObserver(hearer.get());
-                                                    EXPECT_EQ(c->_registry_count, 1u);
-                                                });
+    eachAllocationFails<ZPNotificationCenter *>(
+        [] { return (ZPNotificationCenter *)ZPNotificationCenter::new_()->autorelease().pointer(); },
+        [&](ZPNotificationCenter *c) {
+            for (int i = 0; i < 50; ++i)
+                c->addObserver_selector_name_object(hearer.get(), "hear:"_sel, i % 5 ? key(i) : nullptr, nullptr);
+            c->postNotificationName_object(key(4), nullptr);
+        },
+        [&](ZPNotificationCenter *c, bool done) {
+            if (done) {
+                EXPECT_EQ(c->_registry_count, 50u);
+            }
+            // Who was added before is still called, once by its name or by every post.
+            unsigned added = c->_registry_count, unnamed = (added + 4) / 5;
+            hearer->_calls = 0;
+            for (unsigned i = 0; i < 50; ++i) c->postNotificationName_object(key(int(i)), nullptr);
+            EXPECT_EQ(hearer->_calls, added - unnamed + 50 * unnamed);
+            c->addObserver_selector_name_object("p"_zp, "self"_sel, "late"_zp, nullptr);
+            c->removeObserver(hearer.get());
+            EXPECT_EQ(c->_registry_count, 1u);
+        });
     eachAllocationFails<ZPDate *>([] { return ZPDate::dateWithTimeIntervalSinceReferenceDate(1e9); },
                                   [](ZPDate *d) { ZPDate::dateWithString(d->description()); },
                                   [](ZPDate *d, bool) { EXPECT_EQ(d->description()->length(), 25u); });
@@ -236,7 +256,9 @@ TEST(AllocationFailure, Tables) {
                                        },
                                        [](ZPHashTable *t, bool done) {
                                            unsigned count = ZPCountHashTable(t);
-                                           if (done) { EXPECT_EQ(count, 40u); }
+                                           if (done) {
+                                               EXPECT_EQ(count, 40u);
+                                           }
                                            ZPHashInsert(t, "more"_zp);
                                            EXPECT_EQ(ZPCountHashTable(t), count + 1);
                                            ZPFreeHashTable(t);
@@ -254,13 +276,17 @@ TEST(AllocationFailure, DataThatIsMapped) {
         auto *bytes = static_cast<const char *>(d->bytes());
         ASSERT_EQ(d->length(), done ? large : small);
         EXPECT_EQ(bytes[small - 1], 'e');
-        if (done) { EXPECT_EQ(bytes[small], 0); EXPECT_EQ(bytes[large - 1], 0); }
+        if (done) {
+            EXPECT_EQ(bytes[small], 0);
+            EXPECT_EQ(bytes[large - 1], 0);
+        }
         unsigned length = d->length();
         d->appendBytes_length("x", 1);
         EXPECT_EQ(static_cast<const char *>(d->bytes())[length], 'x');
     };
     // Where there is no mapping there is a block.
-    eachAllocationFails<ZPMutableData *>(prepare, [](ZPMutableData *d) { d->setLength(large); }, check, false);
+    eachAllocationFails<ZPMutableData *>(
+        prepare, [](ZPMutableData *d) { d->setLength(large); }, check, false);
     // Neither a mapping nor a block, for data that has either.
     for (bool mapped : {false, true}) {
         ZPAutoreleasePoolScope pool;
@@ -297,19 +323,19 @@ TEST(AllocationFailure, DataThatIsMapped) {
 }
 
 TEST(AllocationFailure, PagesOfAPool) {
-    eachAllocationFails<ZPObject *>(
-        [] { return static_cast<ZPObject *>(ZPObject::new_()); },
-        [](ZPObject *o) {
-            // A few pages are kept for later, so more than those hold.
-            ZPAutoreleasePoolScope pool;
-            for (int i = 0; i < 20000; ++i) o->retain()->autorelease();
-        },
-        [](ZPObject *o, bool done) {
-            // What no pool took stays the caller's; the others are given back, or will be.
-            EXPECT_EQ(o->retainCount(), ZPAutoreleasePoolCountForObject(o) + (done ? 1u : 2u));
-            if (!done) o->release();
-            o->release();
-        });
+    eachAllocationFails<ZPObject *>([] { return static_cast<ZPObject *>(ZPObject::new_()); },
+                                    [](ZPObject *o) {
+                                        // A few pages are kept for later, so more than those hold.
+                                        ZPAutoreleasePoolScope pool;
+                                        for (int i = 0; i < 20000; ++i) o->retain()->autorelease();
+                                    },
+                                    [](ZPObject *o, bool done) {
+                                        // What no pool took stays the caller's; the others are given back, or will be.
+                                        EXPECT_EQ(o->retainCount(),
+                                                  ZPAutoreleasePoolCountForObject(o) + (done ? 1u : 2u));
+                                        if (!done) o->release();
+                                        o->release();
+                                    });
 }
 
 namespace {
@@ -339,7 +365,9 @@ TEST(AllocationFailure, PagesOfZones) {
             }
         },
         [](Blocks *b, bool done) {
-            if (done) { EXPECT_EQ(b->count, 300); }
+            if (done) {
+                EXPECT_EQ(b->count, 300);
+            }
             if (!b->zone) return;
             for (int i = 0; i < b->count; ++i) {
                 EXPECT_EQ(ZPZoneFromPointer(b->at[i]), b->zone);

@@ -2,7 +2,9 @@
 // expect: the type string of this method is too long
 #include <Bedrock/core/ZPObject.h>
 #include <array>
-struct Long { char bytes[8]; };
+struct Long {
+    char bytes[8];
+};
 // With the receiver and the selector one more than there is room for.
 template <> struct objc_structEncoding<Long> {
     static constexpr auto all = [] {

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
-struct Priced { ZP_PROTOCOL(Priced) };
+struct Priced {
+    ZP_PROTOCOL(Priced)
+};
 ZP_DEFINE_PROTOCOL(Priced).method<double()>("price");
 
 struct Basket : ZPObject {
@@ -26,7 +28,9 @@ struct BasketMethods : Basket {
         for (double p : _prices) sum += p;
         return sum;
     }
-    ZPString *description() { return ZPString::stringWithFormat("%d things for %.2f"_zp, int(_prices.size()), Basket::price()); }
+    ZPString *description() {
+        return ZPString::stringWithFormat("%d things for %.2f"_zp, int(_prices.size()), Basket::price());
+    }
 };
 
 ZP_IMPLEMENT(Basket)
@@ -46,16 +50,19 @@ int main() {
     ZPRef<Basket> basket = ZPAdopt(Basket::new_());
     basket->add(1.5)->add(2.25);
     id anything = basket;
-    bool right = anything->conformsToProtocol(Priced::protocol()) && objc_msgSend<double>(anything, "price"_sel) == 3.75;
+    bool right =
+        anything->conformsToProtocol(Priced::protocol()) && objc_msgSend<double>(anything, "price"_sel) == 3.75;
     ZPArray *words = ZPArray::arrayWithObjects("one"_zp, "two"_zp, basket->description());
     try {
         words->objectAtIndex(3);
         right = false;
     } catch (ZPException *e) {
-        right = right && std::string(e->reason()->cString()) == "*** -[ZPConcreteArray objectAtIndex:]: index (3) beyond bounds (3)";
+        right = right && std::string(e->reason()->cString()) ==
+                             "*** -[ZPConcreteArray objectAtIndex:]: index (3) beyond bounds (3)";
     }
     ZPString *joined = words->componentsJoinedByString(", "_zp);
-    std::cout << joined->cString() << " / " << objc_msgSend<ZPString *>(words->objectAtIndex(0), "shout"_sel)->cString() << "\n";
+    std::cout << joined->cString() << " / " << objc_msgSend<ZPString *>(words->objectAtIndex(0), "shout"_sel)->cString()
+              << "\n";
     id tree = "{a = (1, 2); b = <0a0b>;}"_zp->propertyList();
     right = right && tree->isKindOfClass(ZPDictionary::class_()) && joined->isEqual("one, two, 2 things for 3.75"_zp);
     return right ? 0 : 1;

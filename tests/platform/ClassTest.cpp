@@ -40,8 +40,12 @@ template <class T> struct Box : ZPObject {
 };
 ZP_IMPLEMENT_INSTANCE(Box<double>).method<&Box<double>::value>("value");
 
-struct Named { ZP_PROTOCOL(Named) };
-struct Titled { ZP_PROTOCOL(Titled) };
+struct Named {
+    ZP_PROTOCOL(Named)
+};
+struct Titled {
+    ZP_PROTOCOL(Titled)
+};
 ZP_DEFINE_PROTOCOL(Named).method<const char *()>("givenName").classMethod<id()>("someone");
 ZP_DEFINE_PROTOCOL(Titled).includes<Named>().method<int(int)>("rank:");
 
@@ -53,7 +57,11 @@ struct PersonMethods : Person {
     const char *givenName() { return "plain"; }
     int age() { return 30; }
 };
-ZP_IMPLEMENT(Person).adopts<Titled>().version(3).method<&PersonMethods::givenName>("givenName").method<&PersonMethods::age>("age");
+ZP_IMPLEMENT(Person)
+    .adopts<Titled>()
+    .version(3)
+    .method<&PersonMethods::givenName>("givenName")
+    .method<&PersonMethods::age>("age");
 
 struct Child : Person {
     ZP_CLASS(Child)
@@ -212,7 +220,8 @@ TEST(Class, PosingInsideTheOriginalsInitialize) {
 TEST(Class, MadeAtRunTime) {
     Class cls = objc_makeClass(Holder::class_(), "RuntimeHolder", 8);
     auto total = +[](objc_object *, SEL) { return 99; };
-    class_addMethod(cls, "total"_sel, reinterpret_cast<IMP>(total), objc_methodTypes<int>(), &objc_invokeFrame<int>, 16);
+    class_addMethod(cls, "total"_sel, reinterpret_cast<IMP>(total), objc_methodTypes<int>(), &objc_invokeFrame<int>,
+                    16);
     objc_addClass(cls);
     EXPECT_EQ(objc_getClass("RuntimeHolder"), cls);
     Holder *made = objc_msgSend<id>(cls, "new"_sel);
@@ -240,8 +249,12 @@ TEST(Class, InitializeRunsOnceAndSuperclassFirstUnderThreads) {
 
 namespace {
 
-struct Busy : ZPObject { ZP_CLASS(Busy) };
-struct BusyKid : Busy { ZP_CLASS(BusyKid) };
+struct Busy : ZPObject {
+    ZP_CLASS(Busy)
+};
+struct BusyKid : Busy {
+    ZP_CLASS(BusyKid)
+};
 ZP_IMPLEMENT(Busy);
 ZP_IMPLEMENT(BusyKid);
 
@@ -251,8 +264,12 @@ int lengthOfName(objc_object *, SEL selector) { return int(std::strlen(sel_getNa
 
 TEST(Class, CachesAreFilledAndReplacedUnderThreads) {
     std::vector<SEL> selectors;
-    for (int i = 0; i < 120; ++i) selectors.push_back(sel_registerName((std::string("busy") + std::string(std::size_t(i % 7), 'x') + std::to_string(i)).c_str()));
-    auto define = [&](Class cls, int i) { class_addMethod(cls, selectors[std::size_t(i)], IMP(&lengthOfName), objc_methodTypes<int>(), nullptr, 0); };
+    for (int i = 0; i < 120; ++i)
+        selectors.push_back(
+            sel_registerName((std::string("busy") + std::string(std::size_t(i % 7), 'x') + std::to_string(i)).c_str()));
+    auto define = [&](Class cls, int i) {
+        class_addMethod(cls, selectors[std::size_t(i)], IMP(&lengthOfName), objc_methodTypes<int>(), nullptr, 0);
+    };
     constexpr int first = 60;
     for (int i = 0; i < first; ++i) define(Busy::class_(), i);
     std::atomic<int> wrong{0}, known{first};
@@ -293,8 +310,14 @@ TEST(TypeString, ComesFromTheCppType) {
 #if ZP_CHECKED
 TEST(MistakeDeathTest, WrongTypesAndClassesStopTheProcess) {
     Person *person = Person::new_();
-    EXPECT_DEATH(objc_msgSend<int>(person, "shout:"_sel, 2.0), "has the type \"i@:i\" and was sent with the C\\+\\+ types \"i@:d\"");
-    EXPECT_DEATH({ Holder *h = id(person); (void)h; }, "an object of class Person .* was converted to Holder");
+    EXPECT_DEATH(objc_msgSend<int>(person, "shout:"_sel, 2.0),
+                 "has the type \"i@:i\" and was sent with the C\\+\\+ types \"i@:d\"");
+    EXPECT_DEATH(
+        {
+            Holder *h = id(person);
+            (void)h;
+        },
+        "an object of class Person .* was converted to Holder");
     person->release();
 }
 #endif
@@ -304,5 +327,6 @@ TEST(MistakeDeathTest, MethodRegisteredTwice) {
 }
 
 TEST(MistakeDeathTest, PosingWithFieldsOfItsOwn) {
-    EXPECT_DEATH(class_poseAs(Fat::class_(), Holder::class_()), "class Fat cannot pose as Holder: it has fields of its own");
+    EXPECT_DEATH(class_poseAs(Fat::class_(), Holder::class_()),
+                 "class Fat cannot pose as Holder: it has fields of its own");
 }

@@ -8,8 +8,12 @@
 
 namespace {
 
-struct Big { double a, b, c; };
-struct Small { int a, b; };
+struct Big {
+    double a, b, c;
+};
+struct Small {
+    int a, b;
+};
 
 struct Shape : ZPObject {
     ZP_CLASS(Shape)
@@ -140,11 +144,23 @@ TEST(Message, ToNullAnswersZero) {
 
 TEST(Message, FramesCarryWhatCallsCarry) {
     Shape *shape = Shape::new_();
-    struct { objc_object *self; SEL op; long sides; } set{shape, "setSides:"_sel, 6};
+    struct {
+        objc_object *self;
+        SEL op;
+        long sides;
+    } set{shape, "setSides:"_sel, 6};
     objc_msgSendv<void>(shape, "setSides:"_sel, sizeof set, &set);
     EXPECT_EQ(objc_msgSendv<int>(shape, "sides"_sel, 16, &set), 6);
     Big big{};
-    struct { Big *result; objc_object *self; SEL op; double a; Small s; float f; int pad; } frame{&big, shape, "bigWith:and:and:"_sel, 1.5, {2, 3}, 0.5f, 0};
+    struct {
+        Big *result;
+        objc_object *self;
+        SEL op;
+        double a;
+        Small s;
+        float f;
+        int pad;
+    } frame{&big, shape, "bigWith:and:and:"_sel, 1.5, {2, 3}, 0.5f, 0};
     EXPECT_EQ(shape->methodArgSize("bigWith:and:and:"_sel), sizeof frame);
     objc_msgSendv<void>(shape, "bigWith:and:and:"_sel, sizeof frame, &frame);
     EXPECT_EQ(big.a, 1.5);
@@ -164,7 +180,11 @@ TEST(Message, UnknownSelectorsAreForwardedWithTheirFrame) {
     EXPECT_EQ(objc_msgSend<Big>(catcher, "big:"_sel, 3.5).c, 3.5);
     objc_msgSend(catcher, "nothing:"_sel, id(catcher));
     EXPECT_EQ(types, "v@:@");
-    struct { objc_object *self; SEL op; long a, b; } frame{catcher, "add:to:"_sel, 1, 2};
+    struct {
+        objc_object *self;
+        SEL op;
+        long a, b;
+    } frame{catcher, "add:to:"_sel, 1, 2};
     EXPECT_EQ(objc_msgSendv<long>(catcher, "add:to:"_sel, sizeof frame, &frame), 3);
     objc_msgSendv<void>(catcher, "add:to:"_sel, sizeof frame, &frame);  // an answer nobody wants still has room
     catcher->release();
@@ -195,7 +215,10 @@ TEST(Message, FramesArePassedOnWithEveryKindOfResult) {
 TEST(Message, ThousandsOfSelectorsShareACache) {
     Shape *shape = Shape::new_();
     objc_msgSend(shape, "setSides:"_sel, 5);
-    auto answer = +[](objc_object *self, SEL selector) -> SEL { (void)self; return selector; };
+    auto answer = +[](objc_object *self, SEL selector) -> SEL {
+        (void)self;
+        return selector;
+    };
     for (int i = 0; i < 3000; ++i) {
         SEL selector = sel_registerName(("generated" + std::to_string(i)).c_str());
         class_addMethod(Shape::class_(), selector, reinterpret_cast<IMP>(answer), objc_methodTypes<SEL>(), nullptr, 16);

@@ -12,7 +12,8 @@ int main(int, char **argv) {
     Class cls = objc_getClass("PluggedIn");
     if (!cls) return std::fputs("the class is not there\n", stderr), 1;
     ZPObject *object = objc_msgSend<ZPObject *>(cls, "new"_sel);
-    bool right = objc_msgSend<int>(object, "answer"_sel) == 42 && objc_msgSend<unsigned>(object, "taughtByPlugin"_sel) == 1;
+    bool right =
+        objc_msgSend<int>(object, "answer"_sel) == 42 && objc_msgSend<unsigned>(object, "taughtByPlugin"_sel) == 1;
     object->release();
     if (!right) std::fputs("the methods answer something else\n", stderr);
     return !right;

@@ -65,10 +65,14 @@ struct Center : testing::Test {
         center->postNotificationName_object(name, object);
         return calls;
     }
-    void add(const ZPRef<Listener> &l, ZPString *name, id object = nullptr) { center->addObserver_selector_name_object(l.get(), hear, name, object); }
+    void add(const ZPRef<Listener> &l, ZPString *name, id object = nullptr) {
+        center->addObserver_selector_name_object(l.get(), hear, name, object);
+    }
 };
 
-struct OtherCenter : ZPNotificationCenter { ZP_CLASS(OtherCenter) };
+struct OtherCenter : ZPNotificationCenter {
+    ZP_CLASS(OtherCenter)
+};
 ZP_IMPLEMENT(OtherCenter);
 
 std::string text(ZPObject *object) { return object->description()->cString(); }
@@ -82,7 +86,8 @@ TEST(Notification, IsAValue) {
     EXPECT_TRUE(n->isEqual(ZPNotification::notificationWithName_object_userInfo("name"_zp, "o"_zp, info)));
     EXPECT_FALSE(n->isEqual(ZPNotification::notificationWithName_object("name"_zp, "o"_zp)));
     ZPNotification *bare = ZPNotification::notificationWithName_object("name"_zp, "o"_zp);
-    EXPECT_FALSE(bare->isEqual(ZPNotification::notificationWithName_object("name"_zp, "o"_zp)));  // no information to compare
+    EXPECT_FALSE(
+        bare->isEqual(ZPNotification::notificationWithName_object("name"_zp, "o"_zp)));  // no information to compare
     EXPECT_TRUE(bare->isEqual(bare));
     EXPECT_FALSE(n->isEqual("name"_zp));
     EXPECT_EQ(n->hash(), "name"_zp->hash());
@@ -92,7 +97,8 @@ TEST(Notification, IsAValue) {
     std::string t = text(n);
     EXPECT_EQ(t.find("ZPConcreteNotification "), 0u) << t;
     EXPECT_NE(t.find(" {name = name; object = o; userInfo = {"), std::string::npos) << t;
-    EXPECT_EQ(text(ZPNotification::notificationWithName_object("x"_zp, nullptr)).substr(text(bare).find('{')), "{name = x}");
+    EXPECT_EQ(text(ZPNotification::notificationWithName_object("x"_zp, nullptr)).substr(text(bare).find('{')),
+              "{name = x}");
     try {
         n->init();
         FAIL();
@@ -104,7 +110,8 @@ TEST(Notification, IsAValue) {
 
 TEST_F(Center, MatchesNamesAndObjects) {
     auto any = Listener::with(1), named = Listener::with(2), sender = Listener::with(3), both = Listener::with(4);
-    ZPObject *from = (ZPObject *)ZPObject::new_()->autorelease().pointer(), *other = (ZPObject *)ZPObject::new_()->autorelease().pointer();
+    ZPObject *from = (ZPObject *)ZPObject::new_()->autorelease().pointer(),
+             *other = (ZPObject *)ZPObject::new_()->autorelease().pointer();
     EXPECT_EQ(post(a), Calls{});
     add(named, a);
     add(both, a, from);
@@ -119,8 +126,8 @@ TEST_F(Center, MatchesNamesAndObjects) {
     EXPECT_EQ(post(equal), (Calls{1, 2}));
     add(named, a);
     EXPECT_EQ(post(a), (Calls{1, 2, 2}));
-    center->removeObserver_name_object(any.get(), a, nullptr);     // it listens to any name, not to this one
-    center->removeObserver_name_object(named.get(), a, other);     // ... to any object
+    center->removeObserver_name_object(any.get(), a, nullptr);  // it listens to any name, not to this one
+    center->removeObserver_name_object(named.get(), a, other);  // ... to any object
     center->removeObserver_name_object(both.get(), b, nullptr);
     EXPECT_EQ(post(a, from), (Calls{3, 1, 2, 4, 2}));
     center->removeObserver_name_object(named.get(), equal, nullptr);  // both of them
@@ -182,7 +189,8 @@ TEST_F(Center, EveryObserverIsCalledBeforeTheFirstExceptionGoesOn) {
     auto raising = [&](int n) {
         return Listener::with(n, [n](ZPNotification *) { ZPException::raise_format("Trouble"_zp, "%d"_zp, n); });
     };
-    auto one = raising(1), two = Listener::with(2), three = raising(3), four = Listener::with(4, [](ZPNotification *) { throw 5; });
+    auto one = raising(1), two = Listener::with(2), three = raising(3),
+         four = Listener::with(4, [](ZPNotification *) { throw 5; });
     add(one, a);
     add(two, a);
     add(three, a);
@@ -258,7 +266,9 @@ TEST_F(Center, AgreesWithAPlainList) {
             break;
         case 2:
             center->removeObserver_name_object(all[who].get(), name, object);
-            std::erase_if(model, [&](const Entry &e) { return e.who == who && (!name || e.name == name) && (!object || e.object == object); });
+            std::erase_if(model, [&](const Entry &e) {
+                return e.who == who && (!name || e.name == name) && (!object || e.object == object);
+            });
             break;
         default: {
             Calls wanted;
@@ -299,8 +309,9 @@ TEST(DefaultCenter, OneForEachClass) {
         FAIL();
     } catch (ZPException *e) {
         EXPECT_TRUE(e->name()->isEqualToString(ZPInvalidArgumentException));
-        EXPECT_EQ(std::string(e->reason()->cString()),
-                  "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the ZPNotificationCenter class or subclass");
+        EXPECT_EQ(
+            std::string(e->reason()->cString()),
+            "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the ZPNotificationCenter class or subclass");
     }
 }
 
@@ -337,7 +348,8 @@ TEST(ConcurrentCenter, PostsWhileObserversComeAndGo) {
             for (int i = 0; i < posts; ++i) {
                 ZPAutoreleasePoolScope inner;
                 center->addObserver_selector_name_object(passing[t].get(), hear, i % 3 ? "tick"_zp : nullptr, nullptr);
-                center->addObserver_selector_name_object(passing[t].get(), hear, ZPString::stringWithFormat("other %d"_zp, i), nullptr);
+                center->addObserver_selector_name_object(passing[t].get(), hear,
+                                                         ZPString::stringWithFormat("other %d"_zp, i), nullptr);
                 center->removeObserver(passing[t].get());
             }
         });

@@ -81,7 +81,9 @@ class Root {
     }
     ~Root() { fs::remove_all(_root); }
     fs::path folder() const { return _root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources/CharacterSets"; }
-    void write(const std::string &name, const std::string &bytes) const { std::ofstream(folder() / name, std::ios::binary) << bytes; }
+    void write(const std::string &name, const std::string &bytes) const {
+        std::ofstream(folder() / name, std::ios::binary) << bytes;
+    }
     void use() const { setenv("CORVID_ROOT", _root.c_str(), 1); }
 };
 
@@ -105,10 +107,10 @@ void end(std::function<void(const Root &)> check) {
 }
 
 // The fatal-exit form of a check, in a process that has loaded nothing yet.
-#define IN_A_PROCESS(...)                                                                          \
-    do {                                                                                           \
-        GTEST_FLAG_SET(death_test_style, "threadsafe");                                            \
-        EXPECT_EXIT(end(__VA_ARGS__), testing::ExitedWithCode(0), "");                             \
+#define IN_A_PROCESS(...)                                              \
+    do {                                                               \
+        GTEST_FLAG_SET(death_test_style, "threadsafe");                \
+        EXPECT_EXIT(end(__VA_ARGS__), testing::ExitedWithCode(0), ""); \
     } while (0)
 
 std::string littleEndian(std::initializer_list<unsigned> numbers) {
@@ -143,7 +145,8 @@ TEST(CharacterFiles, standardSetsAreTheirCategories) {
             bool member = set()->characterIsMember(unichar(u));
             ASSERT_EQ(bits[u >> 3] >> (u & 7) & 1, member) << std::hex << u;
             if (u < 0x100) continue;
-            bool expected = categories.empty() ? characters()[u].decomposable : wanted.count(characters()[u].category) != 0;
+            bool expected =
+                categories.empty() ? characters()[u].decomposable : wanted.count(characters()[u].category) != 0;
             ASSERT_EQ(member, expected) << categories << ' ' << std::hex << u;
         }
         ZPMutableCharacterSet *copy = set()->mutableCopy();
@@ -155,7 +158,11 @@ TEST(CharacterFiles, standardSetsAreTheirCategories) {
 TEST(CharacterFiles, fullSetsAndTheirForms) {
     Pool pool;
     Class expanded = objc_getClass("ZPExpandedBuiltinCharacterSet");
-    struct { SEL selector; ZPCharacterSet *set; bool bitmap; } cases[] = {
+    struct {
+        SEL selector;
+        ZPCharacterSet *set;
+        bool bitmap;
+    } cases[] = {
         {"controlCharacterSet"_sel, ZPCharacterSet::controlCharacterSet(), false},
         {"whitespaceCharacterSet"_sel, ZPCharacterSet::whitespaceCharacterSet(), false},
         {"whitespaceAndNewlineCharacterSet"_sel, ZPCharacterSet::whitespaceAndNewlineCharacterSet(), false},
@@ -177,7 +184,9 @@ TEST(CharacterFiles, fullSetsAndTheirForms) {
     EXPECT_NE(raised([&] { objc_msgSend<BOOL>(instance, "characterIsMember:"_sel, unichar('a')); }), "");
     std::string log = testing::internal::GetCapturedStderr();
     EXPECT_EQ(countOf(log, "ZPExpandedBuiltinCharacterSet: illegal offset 12 encountered.\n"), 1u) << log;
-    EXPECT_EQ(countOf(log, "Abstract class ZPExpandedBuiltinCharacterSet does not implement method characterIsMember:"), 1u) << log;
+    EXPECT_EQ(countOf(log, "Abstract class ZPExpandedBuiltinCharacterSet does not implement method characterIsMember:"),
+              1u)
+        << log;
 }
 
 TEST(CharacterFiles, caseMappingsOfThePlane) {
@@ -214,9 +223,13 @@ TEST(CharacterFiles, caseMappingsOfThePlane) {
         EXPECT_EQ(textOf(text->capitalizedString()), u"\u00c9l\u00e8ve Stra\u00dfe");
     });
     unichar output[3];
-    struct { unsigned (*convert)(unichar, unichar *, unsigned); char16_t from, to; } turkish[] = {
-        {ZPConvertToUpper, u'i', 0x130}, {ZPConvertToTitle, u'i', 0x130}, {ZPConvertToUpper, 0x131, u'I'}, {ZPConvertToTitle, 0x131, u'I'},
-        {ZPConvertToLower, 0x130, u'i'}, {ZPConvertToLower, u'I', 0x131}, {ZPConvertToUpper, u'j', u'J'}, {ZPConvertToLower, 0x416, 0x436},
+    struct {
+        unsigned (*convert)(unichar, unichar *, unsigned);
+        char16_t from, to;
+    } turkish[] = {
+        {ZPConvertToUpper, u'i', 0x130}, {ZPConvertToTitle, u'i', 0x130},  {ZPConvertToUpper, 0x131, u'I'},
+        {ZPConvertToTitle, 0x131, u'I'}, {ZPConvertToLower, 0x130, u'i'},  {ZPConvertToLower, u'I', 0x131},
+        {ZPConvertToUpper, u'j', u'J'},  {ZPConvertToLower, 0x416, 0x436},
     };
     for (auto &c : turkish) {
         EXPECT_EQ(c.convert(c.from, output, 1), 1u);
@@ -228,7 +241,8 @@ TEST(CharacterFiles, caseMappingsOfThePlane) {
 TEST(CharacterFiles, withoutAnyFile) {
     IN_A_PROCESS([](const Root &) {
         testing::internal::CaptureStderr();
-        ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(), *illegal = ZPCharacterSet::illegalCharacterSet();
+        ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(),
+                       *illegal = ZPCharacterSet::illegalCharacterSet();
         EXPECT_TRUE(letters->characterIsMember('a') && letters->characterIsMember(0xE9));
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "nothing was needed so far";
         testing::internal::CaptureStderr();
@@ -244,8 +258,10 @@ TEST(CharacterFiles, withoutAnyFile) {
         EXPECT_EQ(countOf(log, noSets), 1u) << log;
 
         testing::internal::CaptureStderr();
-        EXPECT_EQ(textOf(make(u"a\u00e9\u0142\u0153\u0436\u00ff")->uppercaseString()), u"A\u00c9\u0141\u0152\u0436\u0178");
-        EXPECT_EQ(textOf(make(u"A\u00c9\u0141\u0152\u0416\u0178")->lowercaseString()), u"a\u00e9\u0142\u0153\u0416\u00ff");
+        EXPECT_EQ(textOf(make(u"a\u00e9\u0142\u0153\u0436\u00ff")->uppercaseString()),
+                  u"A\u00c9\u0141\u0152\u0436\u0178");
+        EXPECT_EQ(textOf(make(u"A\u00c9\u0141\u0152\u0416\u0178")->lowercaseString()),
+                  u"a\u00e9\u0142\u0153\u0416\u00ff");
         EXPECT_EQ(textOf(make(u"\u00e9a \u00dfx bc")->capitalizedString()), u"\u00e9a Ssx Bc");
         EXPECT_EQ(make(u"\u0416")->rangeOfString_options(make(u"\u0436"), ZPCaseInsensitiveSearch).length, 0u);
         log = testing::internal::GetCapturedStderr();
@@ -257,7 +273,8 @@ TEST(CharacterFiles, caseMappingsAreTriedAgain) {
     IN_A_PROCESS([](const Root &root) {
         EXPECT_EQ(textOf(make(u"\u0436")->uppercaseString()), u"\u0436");
         // One mapping each; the bitmap leaves U+0437 out, and a target of 0 is none.
-        std::string tables = littleEndian({9, 1, 3, 1, 0x416, 0x436, 0x436, 0x416, 0x437, 0x417, 0x438, 0, 0x1C6, 0x1C5});
+        std::string tables =
+            littleEndian({9, 1, 3, 1, 0x416, 0x436, 0x436, 0x416, 0x437, 0x417, 0x438, 0, 0x1C6, 0x1C5});
         writeCases(root, "CaseMapping", tables);
         root.write("hasNonSelfUppercaseMapping.bitmap", bitmapOf({0x436, 0x438}));
         EXPECT_EQ(textOf(make(u"\u0436\u0437\u0438")->uppercaseString()), u"\u0416\u0437\u0438");
@@ -271,7 +288,8 @@ TEST(CharacterFiles, caseMappingsAreTriedAgain) {
 
 TEST(CharacterFiles, brokenCaseMappings) {
     std::string tables = littleEndian({1, 1, 1, 1, 0x416, 0x436, 0x436, 0x416, 0x436, 0x416});
-    std::string broken[] = {"", "abc", tables.substr(0, 7), tables.substr(0, tables.size() - 1), littleEndian({1, 0xFFFF, 0xFFFF, 0xFFFF}) + tables};
+    std::string broken[] = {"", "abc", tables.substr(0, 7), tables.substr(0, tables.size() - 1),
+                            littleEndian({1, 0xFFFF, 0xFFFF, 0xFFFF}) + tables};
     for (const std::string &bytes : broken)
         IN_A_PROCESS([&](const Root &root) {
             writeCases(root, "CaseMapping-L.data", bytes);
@@ -290,12 +308,14 @@ TEST(CharacterFiles, brokenSets) {
     IN_A_PROCESS([](const Root &root) {
         std::string letters = bitmapOf({'0', 0x416, 0xFFFF}).substr(0, 0x420 / 8);
         root.write("letterCharacterSet.bitmap", letters);
-        root.write("decimalDigitCharacterSet.dict", "{ nsingles = 1; singles = ( 0x661 ); nranges = 7; ranges = ( 1776, 1785, 9 ); ");
+        root.write("decimalDigitCharacterSet.dict",
+                   "{ nsingles = 1; singles = ( 0x661 ); nranges = 7; ranges = ( 1776, 1785, 9 ); ");
         root.write("whitespaceCharacterSet.dict", "\xFF\xFEgarbage\x80");
         root.write("controlCharacterSet.dict", "( a, b )");
-        root.write("SystemCharacterSetAux.dict",
-                   "{ decimalDigitCharacterSet = { ranges = ( 0x6F0, 0x6F9 ); }; whitespaceCharacterSet = { characters = ( 0x3000, 32 ); };"
-                   " few = { characters = ( 0x41, 66, 70000 ); }; odd = x; nested = { singles = ( ( 1 ), 5 ); }; }");
+        root.write(
+            "SystemCharacterSetAux.dict",
+            "{ decimalDigitCharacterSet = { ranges = ( 0x6F0, 0x6F9 ); }; whitespaceCharacterSet = { characters = ( 0x3000, 32 ); };"
+            " few = { characters = ( 0x41, 66, 70000 ); }; odd = x; nested = { singles = ( ( 1 ), 5 ); }; }");
         testing::internal::CaptureStderr();
         // A short bitmap is used as far as it goes, and below U+0100 the library knows better.
         EXPECT_TRUE(ZPCharacterSet::letterCharacterSet()->characterIsMember(0x416));
@@ -319,7 +339,9 @@ TEST(CharacterFiles, brokenSets) {
         EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile("none.builtin"_zp), nullptr);
 
         Class concrete = objc_getClass("ZPConcreteMutableCharacterSet");
-        auto named = [&](ZPString *name) { return objc_msgSend<ZPCharacterSet *>(concrete, "characterSetWithName:"_sel, name); };
+        auto named = [&](ZPString *name) {
+            return objc_msgSend<ZPCharacterSet *>(concrete, "characterSetWithName:"_sel, name);
+        };
         EXPECT_EQ(named("few"_zp)->count(), 2u);
         EXPECT_EQ(named("few"_zp), named("few"_zp));
         EXPECT_TRUE(named("none"_zp)->isEmpty());
@@ -331,7 +353,9 @@ TEST(CharacterFiles, brokenSets) {
 TEST(CharacterFiles, setsOfClients) {
     IN_A_PROCESS([](const Root &root) {
         auto at = [&](const char *name) { return ZPString::stringWithCString((root.folder() / name).c_str()); };
-        root.write("mine.dict", "{ nsingles = 2; nranges = 1; singmin = 1; singmax = 9; singles = ( 1, 9 ); ranges = ( 0x20, 0x2F ); }");
+        root.write(
+            "mine.dict",
+            "{ nsingles = 2; nranges = 1; singmin = 1; singmax = 9; singles = ( 1, 9 ); ranges = ( 0x20, 0x2F ); }");
         root.write("short.bitmap", "\x03");
         root.write("long.bitmap", bitmapOf({7}) + "more");
         root.write("wrong.dict", "{ a = ");

@@ -45,7 +45,10 @@ ZP_IMPLEMENT(UnchangingSet);
 }  // namespace
 
 TEST(CharacterSet, standardSets) {
-    struct { ZPCharacterSet *set; std::u16string members, others; } cases[] = {
+    struct {
+        ZPCharacterSet *set;
+        std::u16string members, others;
+    } cases[] = {
         {ZPCharacterSet::whitespaceCharacterSet(), u"\t \u00a0\u2003\u3000", u"\n\r\u2028a"},
         {ZPCharacterSet::whitespaceAndNewlineCharacterSet(), u"\t\n \u00a0\u2028\u2029", u"\r\u0085a"},
         {ZPCharacterSet::letterCharacterSet(), u"aZ^`\u00b4\u00e9\u0301\u0416\u4e2d\uac00", u"0_ \u00b2\u20ac\uffff"},
@@ -73,7 +76,8 @@ TEST(CharacterSet, kindsOfSetsAgree) {
     Pool pool;
     std::u16string many;
     for (unsigned u = 0x30; u < 0x71; ++u) many += char16_t(u);
-    ZPCharacterSet *range = ZPCharacterSet::characterSetWithRange({0x30, 65}), *longText = ZPCharacterSet::characterSetWithCharactersInString(make(many)),
+    ZPCharacterSet *range = ZPCharacterSet::characterSetWithRange({0x30, 65}),
+                   *longText = ZPCharacterSet::characterSetWithCharactersInString(make(many)),
                    *text = ZPCharacterSet::characterSetWithCharactersInString(make(many.substr(0, 64)));
     EXPECT_STREQ(text->isa->name, "ZPImmutableStringCharacterSet");
     EXPECT_STREQ(longText->isa->name, "ZPConcreteMutableCharacterSet");
@@ -81,7 +85,8 @@ TEST(CharacterSet, kindsOfSetsAgree) {
     EXPECT_TRUE(range->isEqual(longText) && longText->isEqual(range));
     EXPECT_FALSE(range->isEqual(text));
     EXPECT_EQ(text->count(), 64u);
-    for (ZPCharacterSet *set : {range, longText, text, ZPCharacterSet::letterCharacterSet(), (ZPCharacterSet *)OddSet::new_()->autorelease()}) {
+    for (ZPCharacterSet *set : {range, longText, text, ZPCharacterSet::letterCharacterSet(),
+                                (ZPCharacterSet *)OddSet::new_()->autorelease()}) {
         ZPCharacterSet *inverted = set->invertedSet();
         EXPECT_EQ(membersOf(inverted), ~membersOf(set));
         EXPECT_TRUE(inverted->invertedSet()->isEqual(set));
@@ -101,7 +106,9 @@ TEST(CharacterSet, kindsOfSetsAgree) {
 TEST(CharacterSet, formsOfConcreteSets) {
     Pool pool;
     Members expected;
-    auto add = [&](unsigned first, unsigned last) { for (unsigned u = first; u <= last; ++u) expected[u] = true; };
+    auto add = [&](unsigned first, unsigned last) {
+        for (unsigned u = first; u <= last; ++u) expected[u] = true;
+    };
     std::u16string singles = u"acegikmoqsuwy\u0400\u0402\uffff";
     for (char16_t u : singles) add(u, u);
     for (unsigned k = 0; k < 12; ++k) add(0x1000 + k * 0x900, 0x1000 + k * 0x900 + 5 + k * 60);
@@ -110,13 +117,32 @@ TEST(CharacterSet, formsOfConcreteSets) {
         for (unsigned k = 0; k < 12; ++k) set->addCharactersInRange({0x1000 + k * 0x900, 6 + k * 60});
         return set;
     };
-    struct { const char *name; void (*prepare)(ZPMutableCharacterSet *); bool bitmap; } forms[] = {
+    struct {
+        const char *name;
+        void (*prepare)(ZPMutableCharacterSet *);
+        bool bitmap;
+    } forms[] = {
         {"bitmap", [](ZPMutableCharacterSet *) {}, true},
         {"record", [](ZPMutableCharacterSet *set) { objc_msgSend(set, "makeCharacterSetCompact"_sel); }, false},
         {"data", [](ZPMutableCharacterSet *set) { set->bitmapRepresentation(); }, true},
-        {"record, data", [](ZPMutableCharacterSet *set) { objc_msgSend(set, "makeCharacterSetCompact"_sel); set->bitmapRepresentation(); }, true},
-        {"data, record", [](ZPMutableCharacterSet *set) { set->bitmapRepresentation(); objc_msgSend(set, "makeCharacterSetCompact"_sel); }, false},
-        {"immutable record", [](ZPMutableCharacterSet *set) { objc_msgSend(set, "makeCharacterSetCompact"_sel); set->makeImmutable(); }, false},
+        {"record, data",
+         [](ZPMutableCharacterSet *set) {
+             objc_msgSend(set, "makeCharacterSetCompact"_sel);
+             set->bitmapRepresentation();
+         },
+         true},
+        {"data, record",
+         [](ZPMutableCharacterSet *set) {
+             set->bitmapRepresentation();
+             objc_msgSend(set, "makeCharacterSetCompact"_sel);
+         },
+         false},
+        {"immutable record",
+         [](ZPMutableCharacterSet *set) {
+             objc_msgSend(set, "makeCharacterSetCompact"_sel);
+             set->makeImmutable();
+         },
+         false},
     };
     ZPCharacterSet *reference = build();
     for (auto &form : forms) {
@@ -138,7 +164,8 @@ TEST(CharacterSet, formsOfConcreteSets) {
         if (!set->isMutable()) continue;
         ZPData *handedOut = set->bitmapRepresentation();
         set->removeCharactersInString("a"_zp);
-        EXPECT_TRUE(static_cast<const unsigned char *>(handedOut->bytes())['a' / 8] >> ('a' % 8) & 1) << "what was handed out stays";
+        EXPECT_TRUE(static_cast<const unsigned char *>(handedOut->bytes())['a' / 8] >> ('a' % 8) & 1)
+            << "what was handed out stays";
         EXPECT_FALSE(set->characterIsMember('a'));
         EXPECT_EQ(set->count(), expected.count() - 1);
     }
@@ -152,9 +179,12 @@ TEST(CharacterSet, changesOfEveryFormLikeABitset) {
         EXPECT_TRUE(set->isEmpty());
         Members expected;
         for (unsigned step = 0; step < 40; ++step) {
-            unsigned at = random() % 8 ? random() % 0x10000 : 0xFFFF - random() % 3, length = random() % 4 ? random() % 40 : random() % 0x20000;
+            unsigned at = random() % 8 ? random() % 0x10000 : 0xFFFF - random() % 3,
+                     length = random() % 4 ? random() % 40 : random() % 0x20000;
             switch (random() % 8) {
-            case 0: case 1: case 2:
+            case 0:
+            case 1:
+            case 2:
                 set->addCharactersInRange({at, length});
                 for (unsigned u = at; u < at + length && u < 0x10000; ++u) expected[u] = true;
                 break;
@@ -162,7 +192,10 @@ TEST(CharacterSet, changesOfEveryFormLikeABitset) {
                 set->removeCharactersInRange({at, length});
                 for (unsigned u = at; u < at + length && u < 0x10000; ++u) expected[u] = false;
                 break;
-            case 4: set->invert(); expected.flip(); break;
+            case 4:
+                set->invert();
+                expected.flip();
+                break;
             case 5: objc_msgSend(set, "makeCharacterSetCompact"_sel); break;
             case 6: set->bitmapRepresentation(); break;
             default: {
@@ -208,7 +241,8 @@ TEST(CharacterSet, combinesWithASetThatAsksIt) {
     rest->_others = set;
     set->formUnionWithCharacterSet(rest);
     EXPECT_EQ(set->count(), 0xFFFFu) << "all but U+FFFF";
-    EXPECT_EQ(ZPCharacterSet::characterSetWithBitmapRepresentation(rest->_seen)->count(), 3u) << "what was handed out stays";
+    EXPECT_EQ(ZPCharacterSet::characterSetWithBitmapRepresentation(rest->_seen)->count(), 3u)
+        << "what was handed out stays";
 }
 
 TEST(CharacterSet, changes) {
@@ -248,17 +282,24 @@ TEST(CharacterSet, immutableSetsRefuseChanges) {
         ZPString *name = nullptr;
         EXPECT_EQ(raised([&] { objc_msgSend(set, "invert"_sel); }, &name),
                   "ZPConcreteMutableCharacterSet invert: Illegal operation on this class or instance");
-        EXPECT_NE(testing::internal::GetCapturedStderr().find("ZPConcreteMutableCharacterSet: attempted mutation of immutable instance\n"), std::string::npos);
+        EXPECT_NE(testing::internal::GetCapturedStderr().find(
+                      "ZPConcreteMutableCharacterSet: attempted mutation of immutable instance\n"),
+                  std::string::npos);
         EXPECT_EQ(name, ZPInvalidArgumentException);
         EXPECT_EQ(membersOf(set), before);
     }
-    EXPECT_TRUE(ZPMutableCharacterSet::characterSetWithBitmapRepresentation(frozen->bitmapRepresentation())->isMutable());
+    EXPECT_TRUE(
+        ZPMutableCharacterSet::characterSetWithBitmapRepresentation(frozen->bitmapRepresentation())->isMutable());
 }
 
 TEST(CharacterSet, recordsAndDumps) {
     Pool pool;
-    struct { std::u16string members; const char *dump; } cases[] = {
-        {u"", "{\n\tnsingles = 0;\n\tnranges = 0;\n\tsingmin = 65535;\n\tsingmax = 0;\n\tsingles = (  );\n\tranges = (  );\n}\n"},
+    struct {
+        std::u16string members;
+        const char *dump;
+    } cases[] = {
+        {u"",
+         "{\n\tnsingles = 0;\n\tnranges = 0;\n\tsingmin = 65535;\n\tsingmax = 0;\n\tsingles = (  );\n\tranges = (  );\n}\n"},
         {u"acdeg\uffff",
          "{\n\tnsingles = 3;\n\tnranges = 1;\n\tsingmin = 97;\n\tsingmax = 65535;\n\tsingles = ( 97, 103, 65535 );\n\tranges = ( 99, 101 );\n}\n"},
     };
@@ -267,8 +308,10 @@ TEST(CharacterSet, recordsAndDumps) {
         objc_msgSend(set, "makeCharacterSetCompact"_sel);
         ZPString *dump = objc_msgSend<ZPString *>(set, "dump"_sel);
         EXPECT_STREQ(dump->cString(), c.dump);
-        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(dump->propertyList()), *copy = ZPCopySetStructFromZone(record, nullptr);
-        EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(copy)->cString(), c.dump) << "the dump describes the record";
+        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(dump->propertyList()),
+                             *copy = ZPCopySetStructFromZone(record, nullptr);
+        EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(copy)->cString(), c.dump)
+            << "the dump describes the record";
         ZPZoneFree(nullptr, record);
         ZPCharacterSet *adopting = ZPCharacterSet::alloc()->init();
         adopting->release();
@@ -284,15 +327,20 @@ TEST(CharacterSet, recordsAndDumps) {
 
     unsigned char bitmap[8192] = {0x01, 0xC0};
     std::string page = ZPCharacterSet::_dumpBitmapRepresentation(bitmap)->cString();
-    const std::string head = "10 10 translate\n256 256 scale\n256 256 1 [256 0 0 -256 0 256]\n{<", tail = ">} image\nshowpage\n";
+    const std::string head = "10 10 translate\n256 256 scale\n256 256 1 [256 0 0 -256 0 256]\n{<",
+                      tail = ">} image\nshowpage\n";
     EXPECT_EQ(page.substr(0, head.size() + 9), head + "\n7FFCFFFF");
     EXPECT_EQ(page.size(), head.size() + 8192 * 2 + 256 + tail.size());
     EXPECT_EQ(page.substr(page.size() - tail.size() - 65), "\n" + std::string(64, 'F') + tail);
 }
 
 TEST(CharacterSet, numbersInFiles) {
-    struct { ZPString *text; unsigned value; } cases[] = {
-        {"42"_zp, 42}, {"  7x"_zp, 7}, {"0x1F"_zp, 31}, {"0XfF "_zp, 255}, {"1A"_zp, 20}, {"-1"_zp, 0}, {""_zp, 0}, {"0x"_zp, 0}, {"\t1"_zp, 0},
+    struct {
+        ZPString *text;
+        unsigned value;
+    } cases[] = {
+        {"42"_zp, 42}, {"  7x"_zp, 7}, {"0x1F"_zp, 31}, {"0XfF "_zp, 255}, {"1A"_zp, 20},
+        {"-1"_zp, 0},  {""_zp, 0},     {"0x"_zp, 0},    {"\t1"_zp, 0},
     };
     for (auto &c : cases) EXPECT_EQ(ZPParseIntegerFromString(c.text), c.value) << c.text->cString();
 }
@@ -300,7 +348,10 @@ TEST(CharacterSet, numbersInFiles) {
 // Descriptions that lie: what is no unit is left out, and nothing outside the arrays is read.
 TEST(CharacterSet, wrongDescriptions) {
     Pool pool;
-    struct { ZPString *text; unsigned members; } cases[] = {
+    struct {
+        ZPString *text;
+        unsigned members;
+    } cases[] = {
         {"{ nsingles = 5; singles = ( 1, 2 ); }"_zp, 2},
         {"{ nsingles = 1; singles = ( 1, 3, 5 ); }"_zp, 1},
         {"{ singles = ( 70000, 4294967295, a, (1), 7 ); }"_zp, 2},
@@ -325,14 +376,17 @@ TEST(CharacterSet, aClientsMutableSetMustSayHowItChanges) {
     ZPMutableCharacterSet *set = UnchangingSet::new_()->autorelease();
     testing::internal::CaptureStderr();
     EXPECT_NE(raised([&] { set->invert(); }).find("selector not recognized"), std::string::npos);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("Abstract class UnchangingSet does not implement method invert; it must be implemented in subclasses."),
-              std::string::npos);
+    EXPECT_NE(
+        testing::internal::GetCapturedStderr().find(
+            "Abstract class UnchangingSet does not implement method invert; it must be implemented in subclasses."),
+        std::string::npos);
     EXPECT_NE(raised([&] { set->addCharactersInRange({0, 1}); }), "");
 }
 
 TEST(CharacterSet, bitmaps) {
     ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(), *odd = OddSet::new_()->autorelease();
-    for (ZPCharacterSet *set : {letters, letters->invertedSet(), ZPCharacterSet::characterSetWithRange({0xFFF0, 16}), odd}) {
+    for (ZPCharacterSet *set :
+         {letters, letters->invertedSet(), ZPCharacterSet::characterSetWithRange({0xFFF0, 16}), odd}) {
         ZPData *bitmap = set->bitmapRepresentation();
         ASSERT_EQ(bitmap->length(), 8192u);
         ZPCharacterSet *again = ZPCharacterSet::characterSetWithBitmapRepresentation(bitmap);
@@ -350,9 +404,11 @@ TEST(CharacterSet, bitmaps) {
     ZPMutableCharacterSet *both = ofString->mutableCopy();
     EXPECT_EQ(both->count(), 2u);
     both->release();
-    ZPCharacterSet *shortened = ZPCharacterSet::characterSetWithBitmapRepresentation(ZPData::dataWithBytes_length("\x03", 1));
+    ZPCharacterSet *shortened =
+        ZPCharacterSet::characterSetWithBitmapRepresentation(ZPData::dataWithBytes_length("\x03", 1));
     EXPECT_EQ(shortened->count(), 2u);
-    ZPString *path = ZPString::stringWithCString((testing::TempDir() + "set" + std::to_string(std::random_device()()) + ".bitmap").c_str());
+    ZPString *path = ZPString::stringWithCString(
+        (testing::TempDir() + "set" + std::to_string(std::random_device()()) + ".bitmap").c_str());
     ASSERT_TRUE(letters->bitmapRepresentation()->writeToFile_atomically(path, NO));
     EXPECT_TRUE(ZPCharacterSet::characterSetWithContentsOfFile(path)->isEqual(letters));
     std::remove(path->cString());

@@ -66,9 +66,12 @@ void checkMissing(const std::filesystem::path &folder) {
 
 void checkDamaged(const std::filesystem::path &folder) {
     // One entry whose list never ends; pairs whose codes are no pairs; half a pair.
-    std::ofstream(folder / "NonHangulDecomp.data", std::ios::binary) << std::string("\0\0\0\0\1\0\0\0\xE9\0\6\0eee", 15);
-    std::ofstream(folder / "EUCToUnicode-L.data", std::ios::binary) << std::string("\x41\x41\x42\x42\xFC\xC6\xE5\x65\xA1", 9);
-    std::ofstream(folder / "UnicodeToEUC-L.data", std::ios::binary) << std::string("\xE5\x65\x20\x20\xE5\x66\xFC\xC6", 8);
+    std::ofstream(folder / "NonHangulDecomp.data", std::ios::binary)
+        << std::string("\0\0\0\0\1\0\0\0\xE9\0\6\0eee", 15);
+    std::ofstream(folder / "EUCToUnicode-L.data", std::ios::binary)
+        << std::string("\x41\x41\x42\x42\xFC\xC6\xE5\x65\xA1", 9);
+    std::ofstream(folder / "UnicodeToEUC-L.data", std::ios::binary)
+        << std::string("\xE5\x65\x20\x20\xE5\x66\xFC\xC6", 8);
     EXPECT_EQ(decomposed(0xE9), u"\u00e9");
     EXPECT_EQ(times("Warning: unable to load character decomposition table.\n"), 1u);
     EXPECT_EQ(decoded("AA\xC6\xFC\xA1\xA1", ZPJapaneseEUCStringEncoding), std::u16string(u"AA\u65e5\0", 4));
@@ -77,10 +80,12 @@ void checkDamaged(const std::filesystem::path &folder) {
 
 // A decomposable unit that a sound table lacks.
 void checkHole(const std::filesystem::path &folder) {
-    std::ofstream(folder / "NonHangulDecomp.data", std::ios::binary) << std::string("\0\0\0\0\1\0\0\0\xE9\0\6\0e\0\1\3\0\0", 18);
+    std::ofstream(folder / "NonHangulDecomp.data", std::ios::binary)
+        << std::string("\0\0\0\0\1\0\0\0\xE9\0\6\0e\0\1\3\0\0", 18);
     EXPECT_EQ(decomposed(0xE9), u"e\u0301");
     EXPECT_EQ(raised([] { decomposed(0xE8); }), "Internal error in ZPDecomposeCharacter().");
-    EXPECT_EQ(raised([] { decomposed(0xE8, ZPSimplyDecomposeCharacter); }), "Internal error in ZPSimpleDecomposeCharacter().");
+    EXPECT_EQ(raised([] { decomposed(0xE8, ZPSimplyDecomposeCharacter); }),
+              "Internal error in ZPSimpleDecomposeCharacter().");
 }
 
 }  // namespace
@@ -98,7 +103,8 @@ TEST(Decomposition, SeparatesWhatCombines) {
     EXPECT_EQ(decomposed(0x4E2D), u"\u4e2d");
     // The set and the table agree about every unit, and two steps are always enough.
     for (unsigned u = 0; u < 0x10000; ++u)
-        for (char16_t part : decomposed(static_cast<unichar>(u))) ASSERT_EQ(decomposed(part), std::u16string(1, part)) << u;
+        for (char16_t part : decomposed(static_cast<unichar>(u)))
+            ASSERT_EQ(decomposed(part), std::u16string(1, part)) << u;
 }
 
 TEST(Decomposition, GoesOnWithoutSoundFiles) {

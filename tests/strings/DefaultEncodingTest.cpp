@@ -27,7 +27,11 @@ void checkKESTREL() {
     EXPECT_EQ(textOf(s), u"\u00e9t\u00e9");
     EXPECT_STREQ(make(u"\u00e9t\u00e9")->cString(), "\xE9t\xE9");
     EXPECT_EQ(s->displayableString(), s);
-    EXPECT_STREQ(ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(const_cast<char *>("\xE9"), 1, NO)->autorelease()->isa->name, "ZPCString");
+    EXPECT_STREQ(ZPString::alloc()
+                     ->initWithCStringNoCopy_length_freeWhenDone(const_cast<char *>("\xE9"), 1, NO)
+                     ->autorelease()
+                     ->isa->name,
+                 "ZPCString");
 }
 
 void checkWindowsLatin1() {
@@ -36,9 +40,11 @@ void checkWindowsLatin1() {
     EXPECT_EQ(textOf(s), u"\u00e9\u20ac");
     EXPECT_STREQ(s->cString(), "\xE9\x80");
     EXPECT_EQ(s->cStringLength(), 2u);
-    inEveryForm(u"a\u00e9\u0001", [](const Form &, ZPString *t) { EXPECT_STREQ(t->displayableString()->cString(), "a\\U00e9\\001"); });
+    inEveryForm(u"a\u00e9\u0001",
+                [](const Form &, ZPString *t) { EXPECT_STREQ(t->displayableString()->cString(), "a\\U00e9\\001"); });
 
-    EXPECT_EQ(reasonOf(make(u"a text of more than \u0416 units")), "Conversion to cString failed for string \"a text of more than ...\"");
+    EXPECT_EQ(reasonOf(make(u"a text of more than \u0416 units")),
+              "Conversion to cString failed for string \"a text of more than ...\"");
     char buffer[8];
     EXPECT_THROW(make(u"\u0416")->getCString(buffer), ZPException *);
     EXPECT_EQ(make(u"\u0416")->cStringLength(), 0u);
@@ -69,7 +75,8 @@ void checkUTF8() {
 
 void runUnder(ZPStringEncoding encoding, void (*check)()) {
     namespace fs = std::filesystem;
-    fs::path root = fs::path(testing::TempDir()) / ("encoding" + std::to_string(encoding) + "-" + std::to_string(std::rand()));
+    fs::path root =
+        fs::path(testing::TempDir()) / ("encoding" + std::to_string(encoding) + "-" + std::to_string(std::rand()));
     fs::path folder = root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources";
     fs::create_directories(folder);
     std::ofstream(folder / "CStringEncoding") << encoding;
@@ -104,16 +111,28 @@ TEST(DefaultEncoding, decidesWhatBytesMean) {
 
 TEST(DefaultEncoding, isThatOfTheLocale) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    static const struct { const char *all, *lang; ZPStringEncoding encoding; } cases[] = {
-        {"", "xx_XX.CP1252", ZPWindowsCP1252StringEncoding}, {"", "xx_XX.microsoft-cp1251", ZPWindowsCP1251StringEncoding},
-        {"", "xx_XX.ISO-8859-1@euro", ZPISOLatin1StringEncoding}, {"xx_XX.iso88592", "C.UTF-8", ZPISOLatin2StringEncoding},
-        {"", "xx_XX.eucJP", ZPJapaneseEUCStringEncoding}, {"", "xx_XX.EUC-JP", ZPJapaneseEUCStringEncoding},
-        {"", "xx_XX.Shift_JIS", ZPShiftJISStringEncoding}, {"", "xx_XX.Windows-31J", ZPShiftJISStringEncoding},
+    static const struct {
+        const char *all, *lang;
+        ZPStringEncoding encoding;
+    } cases[] = {
+        {"", "xx_XX.CP1252", ZPWindowsCP1252StringEncoding},
+        {"", "xx_XX.microsoft-cp1251", ZPWindowsCP1251StringEncoding},
+        {"", "xx_XX.ISO-8859-1@euro", ZPISOLatin1StringEncoding},
+        {"xx_XX.iso88592", "C.UTF-8", ZPISOLatin2StringEncoding},
+        {"", "xx_XX.eucJP", ZPJapaneseEUCStringEncoding},
+        {"", "xx_XX.EUC-JP", ZPJapaneseEUCStringEncoding},
+        {"", "xx_XX.Shift_JIS", ZPShiftJISStringEncoding},
+        {"", "xx_XX.Windows-31J", ZPShiftJISStringEncoding},
         // What the library has not, or only nearly.
-        {"", "xx_XX.KOI8-R", ZPUTF8StringEncoding}, {"", "xx_XX.ISO-8859-15", ZPUTF8StringEncoding},
-        {"", "xx_XX.ISO-8859-13", ZPUTF8StringEncoding}, {"", "xx_XX.EUC-KR", ZPUTF8StringEncoding},
-        {"", "xx_XX.utf8", ZPUTF8StringEncoding}, {"C", "xx_XX.CP1252", ZPUTF8StringEncoding}, {"", "xx_XX", ZPUTF8StringEncoding},
-        {"", "", ZPUTF8StringEncoding}, {"", "xx_XX.", ZPUTF8StringEncoding},
+        {"", "xx_XX.KOI8-R", ZPUTF8StringEncoding},
+        {"", "xx_XX.ISO-8859-15", ZPUTF8StringEncoding},
+        {"", "xx_XX.ISO-8859-13", ZPUTF8StringEncoding},
+        {"", "xx_XX.EUC-KR", ZPUTF8StringEncoding},
+        {"", "xx_XX.utf8", ZPUTF8StringEncoding},
+        {"C", "xx_XX.CP1252", ZPUTF8StringEncoding},
+        {"", "xx_XX", ZPUTF8StringEncoding},
+        {"", "", ZPUTF8StringEncoding},
+        {"", "xx_XX.", ZPUTF8StringEncoding},
     };
     for (auto &c : cases) EXPECT_EXIT(checkLocale(c.all, c.lang, c.encoding), testing::ExitedWithCode(0), "");
 }

@@ -17,14 +17,18 @@ inline std::u16string decoded(const std::string &bytes, ZPStringEncoding encodin
     void *buffer = nullptr;
     unsigned count = 99;
     BOOL isASCII;
-    if (!_ZPConvertToASCIIorUnicode(exact.data(), unsigned(exact.size()), encoding, &buffer, &count, &isASCII, nullptr)) return u"<fails>";
+    if (!_ZPConvertToASCIIorUnicode(exact.data(), unsigned(exact.size()), encoding, &buffer, &count, &isASCII, nullptr))
+        return u"<fails>";
     std::u16string text;
-    for (unsigned i = 0; i < count; ++i) text += isASCII ? char16_t(static_cast<unsigned char *>(buffer)[i]) : static_cast<unichar *>(buffer)[i];
+    for (unsigned i = 0; i < count; ++i)
+        text += isASCII ? char16_t(static_cast<unsigned char *>(buffer)[i]) : static_cast<unichar *>(buffer)[i];
     if (buffer) ZPZoneFree(nullptr, buffer);
     return text;
 }
 
-inline std::string bytesOf(ZPData *data) { return data ? std::string(static_cast<const char *>(data->bytes()), data->length()) : "<fails>"; }
+inline std::string bytesOf(ZPData *data) {
+    return data ? std::string(static_cast<const char *>(data->bytes()), data->length()) : "<fails>";
+}
 
 /// Units as bytes, or "<fails>", the same from every form.
 inline std::string encoded(const std::u16string &text, ZPStringEncoding encoding, BOOL lossy = NO) {
@@ -42,7 +46,9 @@ inline std::string encoded(const std::u16string &text, ZPStringEncoding encoding
 }
 
 /// The same from one form, for loops over many texts.
-inline std::string encodedOnce(const std::u16string &text, ZPStringEncoding encoding) { return bytesOf(make(text)->dataUsingEncoding(encoding)); }
+inline std::string encodedOnce(const std::u16string &text, ZPStringEncoding encoding) {
+    return bytesOf(make(text)->dataUsingEncoding(encoding));
+}
 
 /// What the C library's converter makes of bytes, or u"<fails>".
 inline std::u16string decodedByLibc(const std::string &bytes, const char *name) {

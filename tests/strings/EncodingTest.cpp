@@ -10,9 +10,11 @@ struct Encoding : testing::Test {
     Pool pool;
 };
 
-constexpr ZPStringEncoding singleByte[] = {ZPASCIIStringEncoding, ZPKESTRELStringEncoding, ZPISOLatin1StringEncoding, ZPISOLatin2StringEncoding,
-                                           ZPWindowsCP1250StringEncoding, ZPWindowsCP1251StringEncoding, ZPWindowsCP1252StringEncoding,
-                                           ZPWindowsCP1253StringEncoding, ZPWindowsCP1254StringEncoding};
+constexpr ZPStringEncoding singleByte[] = {ZPASCIIStringEncoding,         ZPKESTRELStringEncoding,
+                                           ZPISOLatin1StringEncoding,     ZPISOLatin2StringEncoding,
+                                           ZPWindowsCP1250StringEncoding, ZPWindowsCP1251StringEncoding,
+                                           ZPWindowsCP1252StringEncoding, ZPWindowsCP1253StringEncoding,
+                                           ZPWindowsCP1254StringEncoding};
 
 }  // namespace
 
@@ -33,14 +35,16 @@ TEST_F(Encoding, TablesAreInversesOfEachOther) {
             char16_t unit = char16_t(u);
             convertible += ZPString::stringWithCharacters_length(&unit, 1)->canBeConvertedToEncoding(e);
         }
-        bool keepsControls = e == ZPWindowsCP1250StringEncoding || e == ZPWindowsCP1251StringEncoding || e == ZPWindowsCP1253StringEncoding ||
-                             e == ZPWindowsCP1254StringEncoding;
+        bool keepsControls = e == ZPWindowsCP1250StringEncoding || e == ZPWindowsCP1251StringEncoding ||
+                             e == ZPWindowsCP1253StringEncoding || e == ZPWindowsCP1254StringEncoding;
         EXPECT_EQ(convertible, assigned + 1 + (keepsControls ? 32 : 0));
-        EXPECT_EQ(encoded(u"\u0081", e) == "\x81", keepsControls || e == ZPISOLatin1StringEncoding || e == ZPISOLatin2StringEncoding);
+        EXPECT_EQ(encoded(u"\u0081", e) == "\x81",
+                  keepsControls || e == ZPISOLatin1StringEncoding || e == ZPISOLatin2StringEncoding);
     }
-    const std::pair<ZPStringEncoding, unsigned> counts[] = {{ZPKESTRELStringEncoding, 255}, {ZPISOLatin2StringEncoding, 256}, {ZPWindowsCP1250StringEncoding, 251},
-                                                            {ZPWindowsCP1251StringEncoding, 255}, {ZPWindowsCP1253StringEncoding, 242},
-                                                            {ZPWindowsCP1254StringEncoding, 249}};
+    const std::pair<ZPStringEncoding, unsigned> counts[] = {
+        {ZPKESTRELStringEncoding, 255},       {ZPISOLatin2StringEncoding, 256},
+        {ZPWindowsCP1250StringEncoding, 251}, {ZPWindowsCP1251StringEncoding, 255},
+        {ZPWindowsCP1253StringEncoding, 242}, {ZPWindowsCP1254StringEncoding, 249}};
     for (auto [e, count] : counts) {
         unsigned n = 0;
         for (unsigned b = 0; b < 256; ++b) n += decoded(std::string(1, char(b)), e) != u"\ufffd";
@@ -51,15 +55,17 @@ TEST_F(Encoding, TablesAreInversesOfEachOther) {
 
 TEST_F(Encoding, AgreesWithTheCLibrary) {
     const std::pair<ZPStringEncoding, const char *> names[] = {
-        {ZPISOLatin1StringEncoding, "ISO-8859-1"}, {ZPISOLatin2StringEncoding, "ISO-8859-2"}, {ZPWindowsCP1250StringEncoding, "CP1250"},
-        {ZPWindowsCP1251StringEncoding, "CP1251"}, {ZPWindowsCP1252StringEncoding, "CP1252"}, {ZPWindowsCP1253StringEncoding, "CP1253"},
+        {ZPISOLatin1StringEncoding, "ISO-8859-1"}, {ZPISOLatin2StringEncoding, "ISO-8859-2"},
+        {ZPWindowsCP1250StringEncoding, "CP1250"}, {ZPWindowsCP1251StringEncoding, "CP1251"},
+        {ZPWindowsCP1252StringEncoding, "CP1252"}, {ZPWindowsCP1253StringEncoding, "CP1253"},
         {ZPWindowsCP1254StringEncoding, "CP1254"}};
     for (auto [e, name] : names)
         for (unsigned b = 0; b < 256; ++b) {
             std::string byte(1, char(b));
             std::u16string wanted = decodedByLibc(byte, name);
             // Three bytes of Greek and two of Latin have characters of their own here, or none.
-            if (e == ZPWindowsCP1253StringEncoding && (b == 0xAA || b == 0xD2 || b == 0xFF)) wanted = std::u16string(1, char16_t(b == 0xAA ? 0xF8F9 : b == 0xD2 ? 0xF8FA : 0xF8FB));
+            if (e == ZPWindowsCP1253StringEncoding && (b == 0xAA || b == 0xD2 || b == 0xFF))
+                wanted = std::u16string(1, char16_t(b == 0xAA ? 0xF8F9 : b == 0xD2 ? 0xF8FA : 0xF8FB));
             if (e == ZPWindowsCP1252StringEncoding && (b == 0x8E || b == 0x9E)) wanted = u"\ufffd";
             EXPECT_EQ(decoded(byte, e), wanted == u"<fails>" ? u"\ufffd" : wanted) << name << " " << b;
         }
@@ -71,7 +77,8 @@ TEST_F(Encoding, KnowsTheFontsCharacters) {
         unsigned (*encode)(ZPCharacterReader *, unsigned char *);
         unsigned pairs;
     };
-    for (Font font : {Font{ZPSymbolToPrecompUnicode, ZPUnicodeToSymbol, 164}, Font{ZPZapfDingbatToPrecompUnicode, ZPUnicodeToDingbat, 188},
+    for (Font font : {Font{ZPSymbolToPrecompUnicode, ZPUnicodeToSymbol, 164},
+                      Font{ZPZapfDingbatToPrecompUnicode, ZPUnicodeToDingbat, 188},
                       Font{ZPAdobeStandardToPrecompUnicode, ZPUnicodeToAdobeStandard, 160 + 53}}) {
         std::u16string all(0x10000, u'\0');
         for (unsigned u = 0; u < 0x10000; ++u) all[u] = char16_t(u);
@@ -119,7 +126,8 @@ TEST_F(Encoding, ConvertsUTF8) {
     const std::u16string high(1, char16_t(0xD83D)), low(1, char16_t(0xDE00));
     EXPECT_EQ(encoded(high, ZPUTF8StringEncoding), "\xED\xA0\xBD");
     EXPECT_EQ(encoded(low + high, ZPUTF8StringEncoding), "\xED\xB8\x80\xED\xA0\xBD");
-    for (unsigned cut = 1; cut < 4; ++cut) EXPECT_EQ(decoded(std::string("x\xF0\x9F\x98\x80", 1 + cut), ZPUTF8StringEncoding), u"<fails>");
+    for (unsigned cut = 1; cut < 4; ++cut)
+        EXPECT_EQ(decoded(std::string("x\xF0\x9F\x98\x80", 1 + cut), ZPUTF8StringEncoding), u"<fails>");
     EXPECT_EQ(decoded("\xF5\x80\x80\x80", ZPUTF8StringEncoding), u"\ufffd");
     EXPECT_EQ(decoded("\xE0\x01\x01", ZPUTF8StringEncoding), u"\ufffd");
     EXPECT_EQ(decoded("\xFC\x84\x80\x80\x80\x80", ZPUTF8StringEncoding), u"\ufffd");
@@ -166,7 +174,9 @@ TEST_F(Encoding, ConvertsAllOfUTF8) {
     for (int i = 0; i < 20000; ++i) {
         std::string bytes;
         for (unsigned n = random() % 60; n; --n) {
-            static const char *const pieces[] = {"a", "some plain words ", "\xC3\xA9", "\xD0\x96", "\xE4\xB8\xAD", "\xF0\x9F\x98\x80", "\x80", "\xE0", "\xF8\x88\x80\x80\x80", "\xFF"};
+            static const char *const pieces[] = {
+                "a",    "some plain words ",    "\xC3\xA9", "\xD0\x96", "\xE4\xB8\xAD", "\xF0\x9F\x98\x80", "\x80",
+                "\xE0", "\xF8\x88\x80\x80\x80", "\xFF"};
             bytes += pieces[random() % (i % 2 ? 6 : 10)];
         }
         auto *in = reinterpret_cast<const unsigned char *>(bytes.data()), *end = in + bytes.size();
@@ -195,7 +205,8 @@ TEST_F(Encoding, EscapesInNonLossyASCII) {
     std::u16string text = u"\\\u00e9\u4e2d\t\u0001x";
     EXPECT_EQ(encoded(text, ZPNonLossyASCIIStringEncoding), "\\\\\\351\\U4E2D\t\\001x");
     EXPECT_EQ(decoded("\\\\\\351\\U4E2D\t\\001x", ZPNonLossyASCIIStringEncoding), text);
-    for (const char *bad : {"\\", "\\1", "\\12", "\\189", "\\U4e2d", "\\U4E2", "\\x12"}) EXPECT_EQ(decoded(bad, ZPNonLossyASCIIStringEncoding), u"<fails>") << bad;
+    for (const char *bad : {"\\", "\\1", "\\12", "\\189", "\\U4e2d", "\\U4E2", "\\x12"})
+        EXPECT_EQ(decoded(bad, ZPNonLossyASCIIStringEncoding), u"<fails>") << bad;
     std::mt19937 random(5);
     for (int i = 0; i < 2000; ++i) {
         std::u16string units(random() % 30, u'\0');
@@ -223,21 +234,29 @@ TEST_F(Encoding, StopsBeforeACharacterThatDoesNotFit) {
         char buffer[5] = {'#', '#', '#', '#', '#'};
         unsigned filled;
         ZPRange rest;
-        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, 4, &filled, ZPUTF8StringEncoding, NO, {0, 4}, &rest));
+        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            buffer, 4, &filled, ZPUTF8StringEncoding, NO, {0, 4}, &rest));
         EXPECT_EQ(filled, 2u);
         EXPECT_EQ(rest, ZPMakeRange(2, 2));
         EXPECT_EQ(std::string(buffer, 5), "ab###");
-        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, 100, &filled, ZPUTF8StringEncoding, NO, {1, 3}, &rest));
+        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            nullptr, 100, &filled, ZPUTF8StringEncoding, NO, {1, 3}, &rest));
         EXPECT_EQ(filled, 5u);
         EXPECT_EQ(rest, ZPMakeRange(4, 0));
         filled = 77;
-        EXPECT_FALSE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, 4, &filled, ZPISOLatin1StringEncoding, NO, {0, 4}, &rest));
+        EXPECT_FALSE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            buffer, 4, &filled, ZPISOLatin1StringEncoding, NO, {0, 4}, &rest));
         EXPECT_EQ(filled, 77u);
         for (unsigned room = 0; room < 8; ++room) {
-            EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, room > 5 ? 5 : room, &filled, 10, NO, {0, 4}, &rest));
+            EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+                buffer, room > 5 ? 5 : room, &filled, 10, NO, {0, 4}, &rest));
             EXPECT_LE(filled, room > 5 ? 5 : room);
         }
-        EXPECT_NE(raised([&] { s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, 9, nullptr, 10, NO, {3, 2}, nullptr); }), "");
+        EXPECT_NE(raised([&] {
+                      s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+                          nullptr, 9, nullptr, 10, NO, {3, 2}, nullptr);
+                  }),
+                  "");
     });
 }
 
@@ -245,7 +264,8 @@ TEST_F(Encoding, StopsBeforeACharacterThatDoesNotFit) {
 TEST_F(Encoding, NeverWritesPastTheBuffer) {
     for (ZPStringEncoding e : everyEncoding) {
         SCOPED_TRACE(e);
-        inEveryForm(u"ab\u00e9\u65e5\u672c\uff71\u03b1 \U0001F600z, plain words, \u00e9", [&](const Form &, ZPString *s) {
+        inEveryForm(u"ab\u00e9\u65e5\u672c\uff71\u03b1 \U0001F600z, plain words, \u00e9", [&](const Form &,
+                                                                                              ZPString *s) {
             unsigned length = s->length();
             std::u16string whole = decoded(bytesOf(s->dataUsingEncoding_allowLossyConversion(e, YES)), e);
             for (unsigned room = 0; room < 60; ++room) {
@@ -255,7 +275,8 @@ TEST_F(Encoding, NeverWritesPastTheBuffer) {
                     unsigned char buffer[80];
                     std::memset(buffer, 0xA5, sizeof buffer);
                     unsigned filled = 0, at = rest.location;
-                    ASSERT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, room, &filled, e, YES, rest, &rest));
+                    ASSERT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+                        buffer, room, &filled, e, YES, rest, &rest));
                     ASSERT_LE(filled, room);
                     ASSERT_EQ(rest.location + rest.length, length);
                     for (unsigned i = room; i < sizeof buffer; ++i) ASSERT_EQ(buffer[i], 0xA5) << "room " << room;
@@ -263,7 +284,8 @@ TEST_F(Encoding, NeverWritesPastTheBuffer) {
                     moves = rest.location > at;
                     unsigned counted;
                     ZPRange same{at, length - at};
-                    s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(nullptr, room, &counted, e, YES, same, &same);
+                    s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+                        nullptr, room, &counted, e, YES, same, &same);
                     ASSERT_EQ(counted, filled);
                     ASSERT_EQ(same, rest);
                 }
@@ -282,7 +304,8 @@ TEST_F(Encoding, AnswersForWhatItDoesNotKnow) {
     const ZPStringEncoding *list = ZPString::availableStringEncodings();
     unsigned n = 0;
     while (list[n]) EXPECT_GT(ZPString::localizedNameOfStringEncoding(list[n++])->length(), 0u);
-    EXPECT_EQ(std::u16string(textOf(ZPString::localizedNameOfStringEncoding(ZPWindowsCP1251StringEncoding))), u"Adobe Cyrillic");
+    EXPECT_EQ(std::u16string(textOf(ZPString::localizedNameOfStringEncoding(ZPWindowsCP1251StringEncoding))),
+              u"Adobe Cyrillic");
     EXPECT_EQ(n, 16u);
     EXPECT_EQ(list[0], ZPUnicodeStringEncoding);
     EXPECT_EQ(ZPString::localizedNameOfStringEncoding(99), ""_zp);

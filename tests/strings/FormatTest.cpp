@@ -19,7 +19,9 @@ struct Format : testing::Test {
     Pool pool;
 };
 
-template <class... A> std::u16string formatted(ZPString *format, A... arguments) { return textOf(ZPString::stringWithFormat(format, arguments...)); }
+template <class... A> std::u16string formatted(ZPString *format, A... arguments) {
+    return textOf(ZPString::stringWithFormat(format, arguments...));
+}
 
 // The same directive through the C library and through the engine.
 template <class... A> void expectLikeC(const std::string &format, A... arguments) {
@@ -69,8 +71,9 @@ TEST_F(Format, WritesWhatTheCLibraryWrites) {
                 }
             }
             for (char c : std::string("eEfgG"))
-                for (double v : {0.0, -0.0, 1.0, 0.5, 1.5, 2.5, -3.14159, 99999.95, 123456789.0, 1e-5, 0.000123456, 1e15, 1e100, DBL_MAX, DBL_MIN, 5e-324,
-                                 double(INFINITY), -double(INFINITY), std::nan("")}) {
+                for (double v :
+                     {0.0, -0.0, 1.0, 0.5, 1.5, 2.5, -3.14159, 99999.95, 123456789.0, 1e-5, 0.000123456, 1e15, 1e100,
+                      DBL_MAX, DBL_MIN, 5e-324, double(INFINITY), -double(INFINITY), std::nan("")}) {
                     expectLikeC("<%" + flag + size + c + ">", v);
                     expectLikeC("<%" + flag + size + "L" + c + ">", static_cast<long double>(v));
                 }
@@ -105,7 +108,8 @@ TEST_F(Format, RoundsFixedDecimalsExactly) {
 }
 
 TEST_F(Format, TakesArgumentsOfEverySizeInOrder) {
-    EXPECT_EQ(formatted("%d %@ %f %s %ld %@ %g %x %@ %f %d %s %lld"_zp, 1, "two"_zp, 3.0, "four", 5l, "six"_zp, 7.5, 8u, "nine"_zp, 10.0, 11, "twelve", 13ll),
+    EXPECT_EQ(formatted("%d %@ %f %s %ld %@ %g %x %@ %f %d %s %lld"_zp, 1, "two"_zp, 3.0, "four", 5l, "six"_zp, 7.5, 8u,
+                        "nine"_zp, 10.0, 11, "twelve", 13ll),
               u"1 two 3.000000 four 5 six 7.5 8 nine 10.000000 11 twelve 13");
     int untouched = 7;
     EXPECT_EQ(formatted("%d%n%d"_zp, 1, &untouched, 2), u"12");
@@ -118,7 +122,8 @@ TEST_F(Format, DescribesObjects) {
     EXPECT_EQ(formatted("[%@|%@]"_zp, plain, localized), u"[plain \u4e2d|no locale]");
     ZPDictionary *locale = ZPDictionary::dictionary();
     EXPECT_EQ(textOf(ZPString::stringWithFormat_locale("%@"_zp, locale, localized)), u"localized");
-    EXPECT_EQ(raised([] { ZPString::stringWithFormat("text before %@"_zp, Raising::new_()->autorelease()); }), "no description");
+    EXPECT_EQ(raised([] { ZPString::stringWithFormat("text before %@"_zp, Raising::new_()->autorelease()); }),
+              "no description");
     EXPECT_EQ(formatted("%@"_zp, ZPString::class_()), u"ZPString");
     inEveryForm(u"caf\u00e9 text of some length", [](const Form &, ZPString *s) {
         EXPECT_EQ(formatted("<%@>"_zp, s), u"<caf\u00e9 text of some length>");
@@ -128,7 +133,8 @@ TEST_F(Format, DescribesObjects) {
 }
 
 TEST_F(Format, SurvivesCTextThatIsNoText) {
-    EXPECT_EQ(formatted("%s|%5.3s|%.2s"_zp, static_cast<const char *>(nullptr), "abcdef", "abcdef"), u"(null)|  abc|ab");
+    EXPECT_EQ(formatted("%s|%5.3s|%.2s"_zp, static_cast<const char *>(nullptr), "abcdef", "abcdef"),
+              u"(null)|  abc|ab");
     EXPECT_EQ(formatted("%s"_zp, "\xC3\xA9\xE4\xB8\xAD"), u"\u00e9\u4e2d");
     EXPECT_EQ(formatted("a%sb"_zp, "\xC3"), u"a\ufffdb");
     EXPECT_EQ(formatted("%.1s!"_zp, "\xC3\xA9"), u"\ufffd!");
@@ -152,7 +158,8 @@ TEST_F(Format, LeavesMalformedDirectivesAsTheyAre) {
     EXPECT_EQ(formatted("50%"_zp), u"50%");
     EXPECT_EQ(formatted("%5"_zp), u"%5");
     EXPECT_EQ(formatted("%5\u4e2dd %d"_zp, 3), u"%5\u4e2dd 3");
-    EXPECT_EQ(formatted("%0000000000000000000000000000000000005d %d"_zp, 3), u"%0000000000000000000000000000000000005d 3");
+    EXPECT_EQ(formatted("%0000000000000000000000000000000000005d %d"_zp, 3),
+              u"%0000000000000000000000000000000000005d 3");
     EXPECT_EQ(formatted("%!d %d"_zp, 3), u"%!d 3");
     EXPECT_EQ(formatted("%% %%%d%%"_zp, 3), u"% %3%");
     EXPECT_EQ(formatted("%10$d"_zp, 3), u"%10$d");
@@ -162,9 +169,13 @@ TEST_F(Format, LeavesMalformedDirectivesAsTheyAre) {
 }
 
 TEST_F(Format, UsesTheLocalesDecimalSeparator) {
-    auto withSeparator = [](ZPString *separator) { return ZPDictionary::dictionaryWithObject_forKey(separator, "ZPDecimalSeparator"_zp); };
+    auto withSeparator = [](ZPString *separator) {
+        return ZPDictionary::dictionaryWithObject_forKey(separator, "ZPDecimalSeparator"_zp);
+    };
     ZPDictionary *comma = withSeparator(","_zp), *arabic = withSeparator(make(u"\u066b"));
-    auto format = [](ZPString *f, ZPDictionary *locale, double v) { return textOf(ZPString::stringWithFormat_locale(f, locale, v)); };
+    auto format = [](ZPString *f, ZPDictionary *locale, double v) {
+        return textOf(ZPString::stringWithFormat_locale(f, locale, v));
+    };
     EXPECT_EQ(format("%5.2f"_zp, comma, 3.14159), u" 3,14");
     EXPECT_EQ(format("%5.2f"_zp, nullptr, 3.14159), u" 3.14");
     EXPECT_EQ(format("%-9.2e|"_zp, comma, 1234.5), u"1,23e+03 |");
@@ -190,6 +201,7 @@ TEST_F(Format, FillsMutableStrings) {
     EXPECT_EQ(textOf(s), u"<5 and 5>");
     EXPECT_STREQ(ZPString::stringWithFormat("%d"_zp, 1)->isa->name, "ZPCStringWithGap");
     std::string large(100000, 'x');
-    EXPECT_EQ(ZPString::stringWithFormat("%s%s%@"_zp, large.c_str(), large.c_str(), make(u"\u4e2d"))->length(), 200001u);
+    EXPECT_EQ(ZPString::stringWithFormat("%s%s%@"_zp, large.c_str(), large.c_str(), make(u"\u4e2d"))->length(),
+              200001u);
     EXPECT_EQ(ZPString::stringWithFormat("%.5000f"_zp, 1.0)->length(), 5002u);
 }

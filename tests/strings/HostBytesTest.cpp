@@ -40,11 +40,14 @@ TEST(HostBytes, ComeBackAsTheyWere) {
 
 TEST(HostBytes, AreTextWhereTheyCanBe) {
     Pool pool;
-    auto units = [](const char *bytes, ZPStringEncoding e) { return textOf(_ZPStringFromHostBytes(bytes, unsigned(std::strlen(bytes)), e)); };
+    auto units = [](const char *bytes, ZPStringEncoding e) {
+        return textOf(_ZPStringFromHostBytes(bytes, unsigned(std::strlen(bytes)), e));
+    };
     EXPECT_EQ(units("caf\xC3\xA9 \xF0\x9F\x98\x80", ZPUTF8StringEncoding), u"caf\u00e9 \U0001F600");
     EXPECT_EQ(units("caf\xE9", ZPUTF8StringEncoding), std::u16string(u"caf") + char16_t(0xDCE9));
     EXPECT_EQ(units("\xED\xA0\x80", ZPUTF8StringEncoding), (std::u16string{0xDCED, 0xDCA0, 0xDC80})) << "no half pairs";
-    EXPECT_EQ(units("\xC0\xAF", ZPUTF8StringEncoding), (std::u16string{0xDCC0, 0xDCAF})) << "no second spelling of a slash";
+    EXPECT_EQ(units("\xC0\xAF", ZPUTF8StringEncoding), (std::u16string{0xDCC0, 0xDCAF}))
+        << "no second spelling of a slash";
     EXPECT_EQ(units("caf\xE9", ZPISOLatin1StringEncoding), u"caf\u00e9");
     EXPECT_EQ(units("\x93\xFA\x80", ZPShiftJISStringEncoding), std::u16string(u"\u65e5") + char16_t(0xDC80));
     EXPECT_EQ(units("caf\xC3\xA9", ZPUnicodeStringEncoding), u"caf\u00e9") << "read as UTF-8";

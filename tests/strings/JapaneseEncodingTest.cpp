@@ -10,7 +10,8 @@ struct JapaneseEncoding : testing::Test {
     Pool pool;
 };
 
-constexpr ZPStringEncoding euc = ZPJapaneseEUCStringEncoding, sjis = ZPShiftJISStringEncoding, jis = ZPISO2022JPStringEncoding;
+constexpr ZPStringEncoding euc = ZPJapaneseEUCStringEncoding, sjis = ZPShiftJISStringEncoding,
+                           jis = ZPISO2022JPStringEncoding;
 
 std::string pair(unsigned first, unsigned second) { return {char(first), char(second)}; }
 
@@ -92,7 +93,8 @@ TEST_F(JapaneseEncoding, ConvertsBetweenTheTwoByteForms) {
     EXPECT_EQ(toShiftJIS("a"), "a 1");
     EXPECT_EQ(toShiftJIS("\x8E\xB1"), "\xB1 2");
     EXPECT_EQ(toEUC("\xB1"), "\x8E\xB1 1");
-    for (auto [cell, place] : {std::pair{0xDC, 0x97}, {0xDD, 0x96}, {0xE1, 0x91}, {0xE2, 0x90}, {0xE5, 0x95}, {0xE9, 0x92}}) {
+    for (auto [cell, place] :
+         {std::pair{0xDC, 0x97}, {0xDD, 0x96}, {0xE1, 0x91}, {0xE2, 0x90}, {0xE5, 0x95}, {0xE9, 0x92}}) {
         EXPECT_EQ(toShiftJIS(pair(0xA2, cell)), pair(0x87, place) + " 2");
         EXPECT_EQ(toEUC(pair(0x87, place)), pair(0xA2, cell) + " 2");
     }
@@ -101,7 +103,8 @@ TEST_F(JapaneseEncoding, ConvertsBetweenTheTwoByteForms) {
     EXPECT_EQ(toShiftJIS("\xFE\xE0"), "\x87\x80 2");
     EXPECT_EQ(toEUC("\x87\x41"), "\xFE\xA2 2");
     EXPECT_EQ(toEUC("\x87\x99"), "\xFE\xF9 2");
-    for (const char *none : {"\x87\x40", "\x87\x4A", "\x87\x76", "\x87\x7E", "\x87\x9A", "\x80\x41", "\xA0\x41", "\xFD\x41", "\x82\x7F", "\x82\x3F", "\x82\xFD"})
+    for (const char *none : {"\x87\x40", "\x87\x4A", "\x87\x76", "\x87\x7E", "\x87\x9A", "\x80\x41", "\xA0\x41",
+                             "\xFD\x41", "\x82\x7F", "\x82\x3F", "\x82\xFD"})
         EXPECT_EQ(toEUC(none), " 1") << none;
     EXPECT_EQ(toEUC("\xF0\x40"), "?? 2");
     for (const char *none : {"\xA4z", "\xA0\xE9", "\x8Ez", "\x85\xA1"}) EXPECT_EQ(toShiftJIS(none), "? 1");
@@ -115,7 +118,8 @@ TEST_F(JapaneseEncoding, ConvertsBetweenTheTwoByteForms) {
 }
 
 TEST_F(JapaneseEncoding, FailsOnDamagedShiftJIS) {
-    for (const char *bad : {"x\x82", "\x80", "\xA0z", "\xFD\x80", "\x82\x20", "\x87\x40"}) EXPECT_EQ(decoded(bad, sjis), u"<fails>") << bad;
+    for (const char *bad : {"x\x82", "\x80", "\xA0z", "\xFD\x80", "\x82\x20", "\x87\x40"})
+        EXPECT_EQ(decoded(bad, sjis), u"<fails>") << bad;
     EXPECT_EQ(decoded("\xF0\x40z", sjis), u"?z");
     const unsigned char bytes[] = {0x80, 0x41};
     const unsigned char *at = bytes;
@@ -125,7 +129,8 @@ TEST_F(JapaneseEncoding, FailsOnDamagedShiftJIS) {
 }
 
 TEST_F(JapaneseEncoding, SwitchesInJIS) {
-    EXPECT_EQ(encoded(u"a\u65e5\u672cb\uff71\u65e5", jis), "a\x1B$B\x46\x7C\x4B\x5C\x1B(Bb\x1B(I\x31\x1B$B\x46\x7C\x1B(B");
+    EXPECT_EQ(encoded(u"a\u65e5\u672cb\uff71\u65e5", jis),
+              "a\x1B$B\x46\x7C\x4B\x5C\x1B(Bb\x1B(I\x31\x1B$B\x46\x7C\x1B(B");
     EXPECT_EQ(decoded("a\x1B$B\x46\x7C\x1B(Jb\x1B)I\x31\x1B$@\x46\x7C\x1B(Hc", jis), u"a\u65e5b\uff71\u65e5c");
     EXPECT_EQ(encoded(u"\u00e9x", jis), "ex") << "approximated";
     EXPECT_EQ(encoded(u"\u00e9x", jis, YES), "x") << "dropped";
@@ -143,7 +148,8 @@ TEST_F(JapaneseEncoding, SwitchesInJIS) {
         EXPECT_EQ(std::string(buffer, 8), "\x1B$B\x46\x7C\x1B(B");
         // What does not fit with the way back to ASCII is not begun.
         ZPRange rest;
-        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, 7, &used, jis, NO, {0, 1}, &rest));
+        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            buffer, 7, &used, jis, NO, {0, 1}, &rest));
         EXPECT_EQ(used, 0u);
         EXPECT_EQ(rest, ZPMakeRange(0, 1));
     });

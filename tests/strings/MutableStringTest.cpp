@@ -16,7 +16,9 @@ struct MutableString : testing::Test {
     Pool pool;
 };
 
-ZPCStringWithGap *bytesOf(ZPMutableString *s) { return static_cast<ZPCStringWithGap *>(static_cast<ZPConcreteMutableString *>(s)->_contents); }
+ZPCStringWithGap *bytesOf(ZPMutableString *s) {
+    return static_cast<ZPCStringWithGap *>(static_cast<ZPConcreteMutableString *>(s)->_contents);
+}
 ZPString *contentsOf(ZPMutableString *s) { return static_cast<ZPConcreteMutableString *>(s)->_contents; }
 std::string classOf(id object) { return object.pointer()->isa->name; }
 
@@ -26,7 +28,9 @@ struct ClientMutableString : ZPMutableString {
     std::u16string _text;
     unsigned length() { return unsigned(_text.size()); }
     unichar characterAtIndex(unsigned index) { return _text.at(index); }
-    void replaceCharactersInRange_withString(ZPRange range, ZPString *s) { _text.replace(range.location, range.length, textOf(s)); }
+    void replaceCharactersInRange_withString(ZPRange range, ZPString *s) {
+        _text.replace(range.location, range.length, textOf(s));
+    }
 };
 ZP_IMPLEMENT(ClientMutableString)
     .method<&ClientMutableString::length>("length")
@@ -39,16 +43,25 @@ struct Starts {
 };
 const Starts starts[] = {
     {"foreign", [](const std::u16string &t) { return ZPMutableString::stringWithString(make(t)); }},
-    {"adopted units", [](const std::u16string &t) { return ZPMutableString::stringWithCharacters_length(t.data(), unsigned(t.size())); }},
-    {"appended", [](const std::u16string &t) {
+    {"adopted units",
+     [](const std::u16string &t) {
+         return ZPMutableString::stringWithCharacters_length(t.data(), unsigned(t.size()));
+     }},
+    {"appended",
+     [](const std::u16string &t) {
          auto *s = ZPMutableString::stringWithCapacity(3);
          s->appendString("x"_zp);
          s->appendString(make(t));
          s->deleteCharactersInRange({0, 1});
          return s;
      }},
-    {"mutable copy", [](const std::u16string &t) { return static_cast<ZPMutableString *>(ZPMutableString::stringWithString(make(t))->mutableCopy()->autorelease()); }},
-    {"client", [](const std::u16string &t) -> ZPMutableString * {
+    {"mutable copy",
+     [](const std::u16string &t) {
+         return static_cast<ZPMutableString *>(
+             ZPMutableString::stringWithString(make(t))->mutableCopy()->autorelease());
+     }},
+    {"client",
+     [](const std::u16string &t) -> ZPMutableString * {
          ClientMutableString *s = ClientMutableString::alloc();
          s->_text = t;
          return s->autorelease();
@@ -69,7 +82,8 @@ TEST_F(MutableString, FollowsAModelThroughRandomEdits) {
             ZPMutableString *s = start.make(model);
             std::vector<std::pair<ZPString *, std::u16string>> copies;
             for (int step = 0; step < 60; ++step) {
-                unsigned at = unsigned(random() % (model.size() + 1)), count = unsigned(random() % (model.size() - at + 1));
+                unsigned at = unsigned(random() % (model.size() + 1)),
+                         count = unsigned(random() % (model.size() - at + 1));
                 if (random() % 2) count = count % 3;
                 // Forms of every kind are put in; the receiver, a copy and a part of it too.
                 std::u16string text = randomText(random, 12, random() % 4 ? narrow : alphabet);
@@ -167,7 +181,8 @@ TEST_F(MutableString, PassesTo16BitsWhenTextNeedsIt) {
 }
 
 TEST_F(MutableString, RefusesRangesOutside) {
-    for (ZPMutableString *s : {ZPMutableString::stringWithString("abc"_zp), ZPMutableString::stringWithCString("abc")}) {
+    for (ZPMutableString *s :
+         {ZPMutableString::stringWithString("abc"_zp), ZPMutableString::stringWithCString("abc")}) {
         for (ZPRange bad : {ZPRange{4, 0}, ZPRange{2, 2}, ZPRange{1, 0xFFFFFFFF}, ZPRange{0xFFFFFFFF, 2}}) {
             EXPECT_EQ(raised([&] { s->replaceCharactersInRange_withString(bad, "x"_zp); }),
                       "[ZPConcreteMutableString replaceCharactersInRange:withString:]: Out of bounds");
@@ -177,7 +192,8 @@ TEST_F(MutableString, RefusesRangesOutside) {
         EXPECT_NE(raised([&] { s->characterAtIndex(3); }), "");
         EXPECT_EQ(textOf(s), u"abc");
     }
-    EXPECT_EQ(raised([] { ZPMutableString::stringWithCString(nullptr); }), "[ZPMutableString stringWithCString:]: NULL cString");
+    EXPECT_EQ(raised([] { ZPMutableString::stringWithCString(nullptr); }),
+              "[ZPMutableString stringWithCString:]: NULL cString");
 }
 
 TEST_F(MutableString, ReplacesOccurrences) {
@@ -227,13 +243,17 @@ TEST_F(MutableString, CheapStringUsesItsCallersBuffer) {
 
 TEST_F(MutableString, JoinsUpTo40Strings) {
     ZPString *x = "x"_zp, *wide = make(u"\u4e2d");
-    ZPRef<ZPString> joined = ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, x, wide, x, static_cast<ZPString *>(nullptr)));
+    ZPRef<ZPString> joined =
+        ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, x, wide, x, static_cast<ZPString *>(nullptr)));
     EXPECT_EQ(textOf(joined.get()), u"x\u4e2dx");
     EXPECT_EQ(_ZPNewStringByAppendingStrings(nullptr, ""_zp, ""_zp, static_cast<ZPString *>(nullptr)), ""_zp);
 #define TEN x, x, x, x, x, x, x, x, x, x
     joined = ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, static_cast<ZPString *>(nullptr)));
     EXPECT_EQ(joined->length(), 40u);
-    EXPECT_EQ(raised([&] { _ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, x, static_cast<ZPString *>(nullptr)); }), "Too many strings to append");
+    EXPECT_EQ(raised([&] {
+                  _ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, x, static_cast<ZPString *>(nullptr));
+              }),
+              "Too many strings to append");
 }
 
 TEST_F(MutableString, IsMadeInAZoneAndCopiedOutOfIt) {

@@ -37,7 +37,8 @@ struct PathFiles : testing::Test {
         std::string name = testing::TempDir() + "pathsXXXXXX";
         root = fs::canonical(mkdtemp(name.data()));
         fs::create_directories(root / "docs/deep/only");
-        for (const char *file : {"docs/deep/only/file", "report.txt", "report.doc", "Readme", "RELEASE"}) std::ofstream(root / file);
+        for (const char *file : {"docs/deep/only/file", "report.txt", "report.doc", "Readme", "RELEASE"})
+            std::ofstream(root / file);
         fs::create_directory(root / "reports");
     }
     ~PathFiles() { fs::remove_all(root); }
@@ -51,13 +52,19 @@ struct PathFiles : testing::Test {
     Completion complete(const std::u16string &start, BOOL caseSensitive = YES, ZPArray *extensions = nullptr) {
         ZPString *text = nullptr;
         ZPArray *matches = nullptr;
-        Completion c{make(start)->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, caseSensitive, &matches, extensions), u"", {}};
-        EXPECT_EQ(make(start)->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(nullptr, caseSensitive, nullptr, extensions), c.count);
+        Completion c{make(start)->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(
+                         &text, caseSensitive, &matches, extensions),
+                     u"",
+                     {}};
+        EXPECT_EQ(make(start)->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(nullptr, caseSensitive,
+                                                                                                 nullptr, extensions),
+                  c.count);
         EXPECT_EQ(c.count != 0, text != nullptr);
         if (!text) return c;
         std::u16string top = pathOf(root) + u"\\";
         c.text = textOf(text).substr(top.size());
-        for (unsigned i = 0; i < matches->count(); ++i) c.matches.push_back(textOf(matches->objectAtIndex(i)).substr(top.size()));
+        for (unsigned i = 0; i < matches->count(); ++i)
+            c.matches.push_back(textOf(matches->objectAtIndex(i)).substr(top.size()));
         std::sort(c.matches.begin(), c.matches.end());
         return c;
     }
@@ -68,7 +75,9 @@ using List = std::vector<std::u16string>;
 
 TEST_F(PathFiles, GoToTheFileSystemInItsEncoding) {
     EXPECT_STREQ("C:/x/y"_zp->fileSystemRepresentation(), "C:\\x\\y");
-    inEveryForm(u"/caf\u00e9/\u4e2d", [](const Form &, ZPString *s) { EXPECT_STREQ(s->fileSystemRepresentation(), "\\caf\xC3\xA9\\\xE4\xB8\xAD"); });
+    inEveryForm(u"/caf\u00e9/\u4e2d", [](const Form &, ZPString *s) {
+        EXPECT_STREQ(s->fileSystemRepresentation(), "\\caf\xC3\xA9\\\xE4\xB8\xAD");
+    });
     EXPECT_STREQ(make(u"a\xDCFF\xDC80")->fileSystemRepresentation(), "a\xFF\x80");
     char buffer[5];
     EXPECT_TRUE("/abc"_zp->getFileSystemRepresentation_maxLength(buffer, 5));
@@ -76,7 +85,8 @@ TEST_F(PathFiles, GoToTheFileSystemInItsEncoding) {
     EXPECT_FALSE("/abcd"_zp->getFileSystemRepresentation_maxLength(buffer, 5));
     EXPECT_FALSE("a"_zp->getFileSystemRepresentation_maxLength(buffer, 0));
     EXPECT_FALSE(""_zp->getFileSystemRepresentation_maxLength(buffer, 5));
-    EXPECT_FALSE(make(std::u16string(u"a\0b", 3))->getFileSystemRepresentation_maxLength(buffer, 5)) << "no name has a NUL";
+    EXPECT_FALSE(make(std::u16string(u"a\0b", 3))->getFileSystemRepresentation_maxLength(buffer, 5))
+        << "no name has a NUL";
     EXPECT_FALSE(make(u"\xD800")->getFileSystemRepresentation_maxLength(buffer, 5));
     EXPECT_NE(raised([] { ""_zp->fileSystemRepresentation(); }), "");
 }
@@ -88,7 +98,8 @@ TEST_F(PathFiles, NamesOfAnyBytesAreListedOpenedAndRemoved) {
     for (auto &name : names) std::ofstream(folder / name) << name;
     ZPArray *matches = nullptr;
     ZPString *start = make(pathOf(folder) + u"\\");
-    ASSERT_EQ(start->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(nullptr, YES, &matches, nullptr), std::size(names));
+    ASSERT_EQ(start->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(nullptr, YES, &matches, nullptr),
+              std::size(names));
     for (unsigned i = 0; i < matches->count(); ++i) {
         ZPString *file = matches->objectAtIndex(i);
         EXPECT_EQ(hostOf(file->stringByResolvingSymlinksInPath()), hostOf(file));
@@ -111,7 +122,8 @@ TEST_F(PathFiles, LinksAreResolved) {
         std::u16string top = pathOf(root), real = textOf(make(top + below)->stringByResolvingSymlinksInPath());
         // A path without a drive is the host's own too, and stays so.
         EXPECT_EQ(textOf(make(top.substr(2) + below)->stringByResolvingSymlinksInPath()), real.substr(2));
-        EXPECT_EQ(textOf(make(u"c" + top.substr(1) + below)->stringByResolvingSymlinksInPath()), real) << "the drive's one spelling";
+        EXPECT_EQ(textOf(make(u"c" + top.substr(1) + below)->stringByResolvingSymlinksInPath()), real)
+            << "the drive's one spelling";
         return real.substr(top.size());
     };
     EXPECT_EQ(resolved(u"\\shortcut\\only"), u"\\docs\\deep\\only");
@@ -238,7 +250,8 @@ void nameUnder(const fs::path &root, const char *number, const std::u16string &w
     {
         Pool pool;
         ZPString *text = nullptr;
-        make(pathOf(root) + u"\\docs\\deep\\c")->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, YES, nullptr, nullptr);
+        make(pathOf(root) + u"\\docs\\deep\\c")
+            ->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, YES, nullptr, nullptr);
         EXPECT_EQ(textOf(text->lastPathComponent()), wanted);
         EXPECT_TRUE(fs::exists(hostOf(text)));
     }
@@ -257,7 +270,8 @@ void nameInShiftJIS(const fs::path &root) {
         char bytes[16];
         EXPECT_TRUE(make(u"a/\u5B57")->getFileSystemRepresentation_maxLength(bytes, sizeof bytes));
         EXPECT_STREQ(bytes, "a\\\x8E\x9A");
-        EXPECT_FALSE(make(u"a/\u8868")->getFileSystemRepresentation_maxLength(bytes, sizeof bytes)) << "it would name another file";
+        EXPECT_FALSE(make(u"a/\u8868")->getFileSystemRepresentation_maxLength(bytes, sizeof bytes))
+            << "it would name another file";
         EXPECT_EQ(ZPData::dataWithContentsOfFile(make(u"a/\u8868")), nullptr);
     }
     fs::remove_all(root);

@@ -16,7 +16,9 @@ namespace {
 
 struct Paths : testing::Test {
     Pool pool;
-    Paths() { _ZPSetLogCStringFunction([](const char *bytes, unsigned length, BOOL) { logged().assign(bytes, length); }); }
+    Paths() {
+        _ZPSetLogCStringFunction([](const char *bytes, unsigned length, BOOL) { logged().assign(bytes, length); });
+    }
     ~Paths() { _ZPSetLogCStringFunction(nullptr); }
     static std::string &logged() {
         static std::string text;
@@ -24,7 +26,9 @@ struct Paths : testing::Test {
     }
 };
 
-ZPPathStore2 *store(const std::u16string &text) { return ZPPathStore2::pathStoreWithCharacters_length(text.data(), unsigned(text.size())); }
+ZPPathStore2 *store(const std::u16string &text) {
+    return ZPPathStore2::pathStoreWithCharacters_length(text.data(), unsigned(text.size()));
+}
 
 struct Case {
     const char16_t *path, *wanted;
@@ -47,7 +51,9 @@ std::vector<std::u16string> listOf(ZPArray *array) {
 using List = std::vector<std::u16string>;
 
 bool isSeparator(char16_t u) { return u == '/' || u == '\\'; }
-bool hasDrive(const std::u16string &p) { return p.size() >= 2 && p[1] == ':' && ((p[0] | 32) >= 'a' && (p[0] | 32) <= 'z' && p[0] < 128); }
+bool hasDrive(const std::u16string &p) {
+    return p.size() >= 2 && p[1] == ':' && ((p[0] | 32) >= 'a' && (p[0] | 32) <= 'z' && p[0] < 128);
+}
 bool starts(const std::u16string &p, std::u16string_view head) { return p.compare(0, head.size(), head) == 0; }
 
 // What standardizing does, rule by rule on whole strings.
@@ -104,21 +110,46 @@ std::u16string standardized(std::u16string p) {
 }  // namespace
 
 TEST_F(Paths, AreSplit) {
-    check(&ZPString::lastPathComponent, {{u"C:\\dir\\file.txt", u"file.txt"}, {u"C:x", u"x"}, {u"\\", u"\\"}, {u"a", u"a"}, {u"a/b//", u"b"},
-                                         {u"", u""}, {u"C:\\", u"\\"}, {u"\\\\srv\\share", u"share"}, {u"/usr/caf\u00e9", u"caf\u00e9"}});
-    check(&ZPString::stringByDeletingLastPathComponent, {{u"C:\\dir", u"C:\\"}, {u"\\dir", u"\\"}, {u"dir", u""}, {u"C:\\dir\\sub", u"C:\\dir"},
-                                                         {u"C:x", u"C:"}, {u"a//b/", u"a"}, {u"C:/a/b", u"C:\\a"}, {u"", u""}});
-    check(&ZPString::pathExtension, {{u"archive.tar.gz", u"gz"}, {u"dir.d\\file", u""}, {u".profile", u""}, {u"a//b.txt", u"txt"}, {u"C:.txt", u""},
-                                     {u"a.", u""}, {u"", u""}, {u"x.\u4e2d", u"\u4e2d"}});
-    check(&ZPString::stringByDeletingPathExtension, {{u"dir\\archive.tar.gz", u"dir\\archive.tar"}, {u"C:\\.profile", u"C:\\.profile"}, {u"a.b/", u"a"}});
+    check(&ZPString::lastPathComponent, {{u"C:\\dir\\file.txt", u"file.txt"},
+                                         {u"C:x", u"x"},
+                                         {u"\\", u"\\"},
+                                         {u"a", u"a"},
+                                         {u"a/b//", u"b"},
+                                         {u"", u""},
+                                         {u"C:\\", u"\\"},
+                                         {u"\\\\srv\\share", u"share"},
+                                         {u"/usr/caf\u00e9", u"caf\u00e9"}});
+    check(&ZPString::stringByDeletingLastPathComponent, {{u"C:\\dir", u"C:\\"},
+                                                         {u"\\dir", u"\\"},
+                                                         {u"dir", u""},
+                                                         {u"C:\\dir\\sub", u"C:\\dir"},
+                                                         {u"C:x", u"C:"},
+                                                         {u"a//b/", u"a"},
+                                                         {u"C:/a/b", u"C:\\a"},
+                                                         {u"", u""}});
+    check(&ZPString::pathExtension, {{u"archive.tar.gz", u"gz"},
+                                     {u"dir.d\\file", u""},
+                                     {u".profile", u""},
+                                     {u"a//b.txt", u"txt"},
+                                     {u"C:.txt", u""},
+                                     {u"a.", u""},
+                                     {u"", u""},
+                                     {u"x.\u4e2d", u"\u4e2d"}});
+    check(&ZPString::stringByDeletingPathExtension,
+          {{u"dir\\archive.tar.gz", u"dir\\archive.tar"}, {u"C:\\.profile", u"C:\\.profile"}, {u"a.b/", u"a"}});
     ZPPathStore2 *one = store(u"name");
     EXPECT_EQ(one->lastPathComponent(), one) << "nothing to cut";
     EXPECT_STREQ("C:\\a\\b"_zp->lastPathComponent()->isa->name, "ZPPathStore2");
 }
 
 TEST_F(Paths, AreTakenToPiecesAndPutTogether) {
-    for (auto &[path, wanted] : {std::pair{u"C:\\a", List{u"C:", u"\\", u"a"}}, {u"a/b/", {u"a", u"b"}}, {u"C:\\a\\\\b\\", {u"C:", u"\\", u"a", u"b"}},
-                                 {u"\\\\server\\share", {u"\\", u"server", u"share"}}, {u"/\u4e2d", {u"/", u"\u4e2d"}}, {u"c:x", {u"c:", u"x"}}, {u"", {}}})
+    for (auto &[path, wanted] : {std::pair{u"C:\\a", List{u"C:", u"\\", u"a"}},
+                                 {u"a/b/", {u"a", u"b"}},
+                                 {u"C:\\a\\\\b\\", {u"C:", u"\\", u"a", u"b"}},
+                                 {u"\\\\server\\share", {u"\\", u"server", u"share"}},
+                                 {u"/\u4e2d", {u"/", u"\u4e2d"}},
+                                 {u"c:x", {u"c:", u"x"}},
+                                 {u"", {}}})
         inEveryForm(path, [&](const Form &, ZPString *s) { EXPECT_EQ(listOf(s->pathComponents()), wanted); });
     auto joined = [](std::initializer_list<ZPString *> parts) {
         ZPMutableArray *list = ZPMutableArray::array();
@@ -137,14 +168,19 @@ TEST_F(Paths, AreTakenToPiecesAndPutTogether) {
         std::u16string text = randomText(random, 10, u"a./\\\u00e9");
         if (i % 3 == 0) text = u"C:" + text;
         ZPString *plain = make(text)->stringByAppendingPathComponent(""_zp);
-        if (!starts(textOf(plain), u"\\\\")) { EXPECT_EQ(textOf(ZPString::pathWithComponents(make(text)->pathComponents())), textOf(plain)); }
+        if (!starts(textOf(plain), u"\\\\")) {
+            EXPECT_EQ(textOf(ZPString::pathWithComponents(make(text)->pathComponents())), textOf(plain));
+        }
     }
 }
 
 TEST_F(Paths, AreJoined) {
-    auto joined = [](const char16_t *a, const char16_t *b) { return textOf(make(a)->stringByAppendingPathComponent(make(b))); };
+    auto joined = [](const char16_t *a, const char16_t *b) {
+        return textOf(make(a)->stringByAppendingPathComponent(make(b)));
+    };
     EXPECT_EQ(joined(u"C:\\dir", u"D:\\x"), u"C:\\dir");
-    EXPECT_EQ(logged(), "*** -[ZPUnicodeString stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'");
+    EXPECT_EQ(logged(),
+              "*** -[ZPUnicodeString stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'");
     EXPECT_EQ(joined(u"C:", u"x"), u"C:x");
     EXPECT_EQ(joined(u"", u"x"), u"x");
     EXPECT_EQ(joined(u"", u"C:\\x"), u"C:\\x");
@@ -156,10 +192,12 @@ TEST_F(Paths, AreJoined) {
     std::u16string longest(3000, u'd'), more(2000, u'e');
     EXPECT_EQ(joined(longest.c_str(), u"x").size(), 3002u);
     EXPECT_EQ(joined(longest.c_str(), more.c_str()), longest);
-    EXPECT_EQ(store(longest)->stringByAppendingPathComponent(make(more))->length(), 5001u) << "only what cannot follow is refused";
+    EXPECT_EQ(store(longest)->stringByAppendingPathComponent(make(more))->length(), 5001u)
+        << "only what cannot follow is refused";
     ZPPathStore2 *dir = store(u"C:\\dir");
     EXPECT_EQ(dir->stringByAppendingPathComponent("D:\\x"_zp), dir);
-    EXPECT_EQ(logged(), "*** -[ZPPathStore2 stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'");
+    EXPECT_EQ(logged(),
+              "*** -[ZPPathStore2 stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'");
     ZPArray *paths = ZPArray::arrayWithObjects("a"_zp, "D:"_zp);
     EXPECT_EQ(listOf(dir->stringsByAppendingPaths(paths)), (List{u"C:\\dir\\a", u"C:\\dir"}));
     EXPECT_EQ(listOf(store(u"")->stringsByAppendingPaths(paths)), (List{u"a", u"D:"}));
@@ -168,7 +206,9 @@ TEST_F(Paths, AreJoined) {
 TEST_F(Paths, TakeExtensions) {
     auto extended = [](const char16_t *path, const char16_t *extension) {
         std::u16string result = textOf(make(path)->stringByAppendingPathExtension(make(extension)));
-        if (textOf(store(path)) == path) { EXPECT_EQ(textOf(store(path)->stringByAppendingPathExtension(make(extension))), result); }
+        if (textOf(store(path)) == path) {
+            EXPECT_EQ(textOf(store(path)->stringByAppendingPathExtension(make(extension))), result);
+        }
         return result;
     };
     EXPECT_EQ(extended(u"a/", u"txt"), u"a.txt");
@@ -183,7 +223,8 @@ TEST_F(Paths, TakeExtensions) {
     EXPECT_EQ(extended(u"a", u"/b"), u"a");
     EXPECT_EQ(extended(u"a", u"C:b"), u"a");
     ZPArray *files = ZPArray::arrayWithObjects("a.txt"_zp, "b.c"_zp, "txt"_zp, "d/e.txt"_zp, "f."_zp);
-    EXPECT_EQ(listOf(files->pathsMatchingExtensions(ZPArray::arrayWithObjects("txt"_zp, ""_zp))), (List{u"a.txt", u"d/e.txt"}));
+    EXPECT_EQ(listOf(files->pathsMatchingExtensions(ZPArray::arrayWithObjects("txt"_zp, ""_zp))),
+              (List{u"a.txt", u"d/e.txt"}));
 }
 
 TEST_F(Paths, AreAbsoluteOrNot) {
@@ -194,24 +235,48 @@ TEST_F(Paths, AreAbsoluteOrNot) {
 }
 
 TEST_F(Paths, KnowTheHomeDirectory) {
-    check(&ZPString::stringByExpandingTildeInPath, {{u"~\\docs", u"C:\\Users\\me\\docs"}, {u"~", u"C:\\Users\\me"}, {u"~/a//b", u"C:\\Users\\me\\a\\b"},
-                                                    {u"~nobody at all\\x", u"~nobody at all\\x"}, {u"a~", u"a~"}, {u"", u""}});
-    check(&ZPString::stringByAbbreviatingWithTildeInPath, {{u"C:\\Users\\me\\docs", u"~\\docs"}, {u"C:\\Users\\me", u"~"}, {u"C:/Users/me/", u"~"},
-                                                           {u"C:\\Users\\meX", u"C:\\Users\\meX"}, {u"c:\\Users\\me", u"c:\\Users\\me"},
-                                                           {u"C:\\Users", u"C:\\Users"}, {u"\\", u"\\"}, {u"", u""}});
+    check(&ZPString::stringByExpandingTildeInPath, {{u"~\\docs", u"C:\\Users\\me\\docs"},
+                                                    {u"~", u"C:\\Users\\me"},
+                                                    {u"~/a//b", u"C:\\Users\\me\\a\\b"},
+                                                    {u"~nobody at all\\x", u"~nobody at all\\x"},
+                                                    {u"a~", u"a~"},
+                                                    {u"", u""}});
+    check(&ZPString::stringByAbbreviatingWithTildeInPath, {{u"C:\\Users\\me\\docs", u"~\\docs"},
+                                                           {u"C:\\Users\\me", u"~"},
+                                                           {u"C:/Users/me/", u"~"},
+                                                           {u"C:\\Users\\meX", u"C:\\Users\\meX"},
+                                                           {u"c:\\Users\\me", u"c:\\Users\\me"},
+                                                           {u"C:\\Users", u"C:\\Users"},
+                                                           {u"\\", u"\\"},
+                                                           {u"", u""}});
     std::u16string tail(5000, u't');
-    EXPECT_EQ(textOf(make(u"~\\" + tail)->stringByExpandingTildeInPath()).substr(0, 3), u"~\\t") << "no room, so nothing is lost";
+    EXPECT_EQ(textOf(make(u"~\\" + tail)->stringByExpandingTildeInPath()).substr(0, 3), u"~\\t")
+        << "no room, so nothing is lost";
 }
 
 TEST_F(Paths, AreStandardized) {
-    check(&ZPString::stringByStandardizingPath,
-          {{u"a/b//c/", u"a\\b\\c"}, {u"C:/x/./y/../z", u"C:\\x\\z"}, {u"C:\\a\\..\\..\\b", u"C:\\b"}, {u"C:\\..\\b", u"C:\\b"},
-           {u"C:\\a\\b\\..", u"C:\\a"}, {u"C:\\x\\.", u"C:\\x"}, {u"\\\\srv\\share\\..\\b", u"\\\\srv\\share\\b"}, {u".\\.\\a", u"a"},
-           {u"a\\..\\b", u"a\\..\\b"}, {u"\\a\\..\\b", u"\\a\\..\\b"}, {u"C:\\a\\..", u"C:\\"}, {u"\\\\srv\\share\\a\\..", u"\\\\srv\\share"},
-           {u"\\\\srv\\..\\x", u"\\\\srv\\..\\x"}, {u"C:\\.\\..\\...\\..a", u"C:\\...\\..a"}, {u"~/../x", u"C:\\Users\\x"}, {u"", u""}, {u"/", u"\\"},
-           {u"C:\\.", u"C:"},
-           // What is taken away leaves the same file named.
-           {u".\\~", u".\\~"}, {u"././/c:x", u".\\c:x"}, {u"~nobody at all\\..\\a\\..\\b", u"~nobody at all\\..\\b"}});
+    check(&ZPString::stringByStandardizingPath, {{u"a/b//c/", u"a\\b\\c"},
+                                                 {u"C:/x/./y/../z", u"C:\\x\\z"},
+                                                 {u"C:\\a\\..\\..\\b", u"C:\\b"},
+                                                 {u"C:\\..\\b", u"C:\\b"},
+                                                 {u"C:\\a\\b\\..", u"C:\\a"},
+                                                 {u"C:\\x\\.", u"C:\\x"},
+                                                 {u"\\\\srv\\share\\..\\b", u"\\\\srv\\share\\b"},
+                                                 {u".\\.\\a", u"a"},
+                                                 {u"a\\..\\b", u"a\\..\\b"},
+                                                 {u"\\a\\..\\b", u"\\a\\..\\b"},
+                                                 {u"C:\\a\\..", u"C:\\"},
+                                                 {u"\\\\srv\\share\\a\\..", u"\\\\srv\\share"},
+                                                 {u"\\\\srv\\..\\x", u"\\\\srv\\..\\x"},
+                                                 {u"C:\\.\\..\\...\\..a", u"C:\\...\\..a"},
+                                                 {u"~/../x", u"C:\\Users\\x"},
+                                                 {u"", u""},
+                                                 {u"/", u"\\"},
+                                                 {u"C:\\.", u"C:"},
+                                                 // What is taken away leaves the same file named.
+                                                 {u".\\~", u".\\~"},
+                                                 {u"././/c:x", u".\\c:x"},
+                                                 {u"~nobody at all\\..\\a\\..\\b", u"~nobody at all\\..\\b"}});
 }
 
 TEST_F(Paths, AreStandardizedByTheRules) {
@@ -222,7 +287,8 @@ TEST_F(Paths, AreStandardizedByTheRules) {
         std::u16string text = heads[random() % 7] + randomText(random, 14, i % 2 ? u"\\\\..a" : u"/\\.a:~C\u00e9");
         ZPString *result = i % 3 ? make(text)->stringByStandardizingPath() : store(text)->stringByStandardizingPath();
         std::u16string wanted = text == u"~" || (text.size() > 1 && text[0] == '~' && isSeparator(text[1]))
-                                    ? standardized(u"C:\\Users\\me" + text.substr(1)) : standardized(text);
+                                    ? standardized(u"C:\\Users\\me" + text.substr(1))
+                                    : standardized(text);
         ASSERT_EQ(textOf(result), wanted) << make(text)->cString();
         ASSERT_EQ(textOf(result->stringByStandardizingPath()), wanted) << make(text)->cString();
         changed += wanted != text;

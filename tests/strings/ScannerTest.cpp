@@ -35,7 +35,9 @@ ZP_IMPLEMENT(PlainScanner)
     .method<&PlainScanner::scanLocation>("scanLocation")
     .method<&PlainScanner::setScanLocation>("setScanLocation:");
 
-struct BareScanner : ZPScanner { ZP_CLASS(BareScanner) };
+struct BareScanner : ZPScanner {
+    ZP_CLASS(BareScanner)
+};
 ZP_IMPLEMENT(BareScanner);
 
 // Runs a check over the library's scanner and a client's, in every form of the string.
@@ -49,7 +51,11 @@ template <class F> void scanning(const std::u16string &text, F check) {
 std::string printable(const std::u16string &text) { return {text.begin(), text.end()}; }
 std::u16string scanned(ZPString *string) { return string ? textOf(string) : u"(none)"; }
 
-template <class T> struct Read { bool found; T value; unsigned location; };
+template <class T> struct Read {
+    bool found;
+    T value;
+    unsigned location;
+};
 template <class T> bool operator==(const Read<T> &a, const Read<T> &b) {
     return a.found == b.found && a.value == b.value && a.location == b.location;
 }
@@ -60,12 +66,25 @@ template <class T> std::ostream &operator<<(std::ostream &out, const Read<T> &r)
 }  // namespace
 
 TEST(Scanner, integers) {
-    struct { std::u16string text; Read<int> read; } cases[] = {
-        {u"  42abc", {true, 42, 4}},         {u"- 5", {true, -5, 3}},          {u"+\n\t7 ", {true, 7, 4}},
-        {u"-x", {false, -77, 0}},            {u"", {false, -77, 0}},           {u"   ", {false, -77, 0}},
-        {u"--5", {false, -77, 0}},           {u"007", {true, 7, 3}},           {u"99999999999", {true, INT_MAX, 11}},
-        {u"-99999999999", {true, INT_MIN, 12}}, {u"2147483647", {true, INT_MAX, 10}}, {u"2147483648", {true, INT_MAX, 10}},
-        {u"-2147483648", {true, INT_MIN, 11}},  {u"-2147483649", {true, INT_MIN, 11}}, {u"2147483646.", {true, 2147483646, 10}},
+    struct {
+        std::u16string text;
+        Read<int> read;
+    } cases[] = {
+        {u"  42abc", {true, 42, 4}},
+        {u"- 5", {true, -5, 3}},
+        {u"+\n\t7 ", {true, 7, 4}},
+        {u"-x", {false, -77, 0}},
+        {u"", {false, -77, 0}},
+        {u"   ", {false, -77, 0}},
+        {u"--5", {false, -77, 0}},
+        {u"007", {true, 7, 3}},
+        {u"99999999999", {true, INT_MAX, 11}},
+        {u"-99999999999", {true, INT_MIN, 12}},
+        {u"2147483647", {true, INT_MAX, 10}},
+        {u"2147483648", {true, INT_MAX, 10}},
+        {u"-2147483648", {true, INT_MIN, 11}},
+        {u"-2147483649", {true, INT_MIN, 11}},
+        {u"2147483646.", {true, 2147483646, 10}},
         {u"\uffff1", {false, -77, 0}},
     };
     for (auto &c : cases)
@@ -87,11 +106,18 @@ TEST(Scanner, integers) {
 }
 
 TEST(Scanner, longIntegers) {
-    struct { std::u16string text; Read<long long> read; } cases[] = {
-        {u" 9223372036854775807", {true, LLONG_MAX, 20}}, {u"9223372036854775808", {true, LLONG_MAX, 19}},
-        {u"-9223372036854775808", {true, LLONG_MIN, 20}}, {u"-9223372036854775809", {true, LLONG_MIN, 20}},
-        {u"-9223372036854775807", {true, -LLONG_MAX, 20}}, {u"9223372036854775806x", {true, LLONG_MAX - 1, 19}},
-        {u"10000000000", {true, 10000000000, 11}},        {u"1" + std::u16string(500, u'0') + u" ", {true, LLONG_MAX, 501}},
+    struct {
+        std::u16string text;
+        Read<long long> read;
+    } cases[] = {
+        {u" 9223372036854775807", {true, LLONG_MAX, 20}},
+        {u"9223372036854775808", {true, LLONG_MAX, 19}},
+        {u"-9223372036854775808", {true, LLONG_MIN, 20}},
+        {u"-9223372036854775809", {true, LLONG_MIN, 20}},
+        {u"-9223372036854775807", {true, -LLONG_MAX, 20}},
+        {u"9223372036854775806x", {true, LLONG_MAX - 1, 19}},
+        {u"10000000000", {true, 10000000000, 11}},
+        {u"1" + std::u16string(500, u'0') + u" ", {true, LLONG_MAX, 501}},
         {u"x", {false, -77, 0}},
     };
     for (auto &c : cases)
@@ -103,11 +129,25 @@ TEST(Scanner, longIntegers) {
 }
 
 TEST(Scanner, hexadecimalIntegers) {
-    struct { std::u16string text; Read<unsigned> read; } cases[] = {
-        {u"0x1F", {true, 31, 4}},    {u"0xZ", {true, 0, 1}},       {u"ffffffffff", {true, 0xFFFFFFFF, 10}}, {u"g", {false, 77, 0}},
-        {u"0", {true, 0, 1}},        {u"0x", {true, 0, 1}},        {u" 0Xab", {true, 0xAB, 5}},             {u"0fx", {true, 15, 2}},
-        {u"00x1", {true, 0, 2}},     {u"", {false, 77, 0}},        {u"DEADBEEF", {true, 0xDEADBEEF, 8}},    {u"x1", {false, 77, 0}},
-        {u"0100000000", {true, 0xFFFFFFFF, 10}}, {u"\u0661", {false, 77, 0}}, {u"0\u01781", {true, 0, 1}},
+    struct {
+        std::u16string text;
+        Read<unsigned> read;
+    } cases[] = {
+        {u"0x1F", {true, 31, 4}},
+        {u"0xZ", {true, 0, 1}},
+        {u"ffffffffff", {true, 0xFFFFFFFF, 10}},
+        {u"g", {false, 77, 0}},
+        {u"0", {true, 0, 1}},
+        {u"0x", {true, 0, 1}},
+        {u" 0Xab", {true, 0xAB, 5}},
+        {u"0fx", {true, 15, 2}},
+        {u"00x1", {true, 0, 2}},
+        {u"", {false, 77, 0}},
+        {u"DEADBEEF", {true, 0xDEADBEEF, 8}},
+        {u"x1", {false, 77, 0}},
+        {u"0100000000", {true, 0xFFFFFFFF, 10}},
+        {u"\u0661", {false, 77, 0}},
+        {u"0\u01781", {true, 0, 1}},
     };
     for (auto &c : cases)
         scanning(c.text, [&](ZPScanner *scanner) {
@@ -120,13 +160,32 @@ TEST(Scanner, hexadecimalIntegers) {
 TEST(Scanner, floatingPointNumbers) {
     ZPDictionary *comma = ZPDictionary::dictionaryWithObject_forKey(","_zp, "ZPDecimalSeparator"_zp);
     std::u16string zeros(200, u'0');
-    struct { std::u16string text; Read<double> read; } cases[] = {
-        {u" 1.5 ", {true, 1.5, 4}},      {u"1,5", {true, 1, 1}},         {u"1e", {true, 1, 1}},           {u"1-2", {true, 1, 1}},
-        {u"1e+", {true, 1, 1}},          {u"1e-2-", {true, 0.01, 4}},    {u".5.5", {true, 0.5, 2}},       {u"5.", {true, 5, 2}},
-        {u".", {false, 77, 0}},          {u"e5", {false, 77, 0}},        {u"+-5", {false, 77, 0}},        {u"+5e1e1", {true, 50, 4}},
-        {u"inf", {false, 77, 0}},        {u"nan", {false, 77, 0}},       {u"0x1F", {true, 0, 1}},         {u"1e999", {true, HUGE_VAL, 5}},
-        {u"-1e999", {true, -HUGE_VAL, 6}}, {u"1e-999", {true, 0, 6}},    {u"-.e1", {false, 77, 0}},       {u"", {false, 77, 0}},
-        {u"1" + zeros + u"e-200", {true, 1, 206}}, {u"." + zeros + u"1e201x", {true, 1, 206}},
+    struct {
+        std::u16string text;
+        Read<double> read;
+    } cases[] = {
+        {u" 1.5 ", {true, 1.5, 4}},
+        {u"1,5", {true, 1, 1}},
+        {u"1e", {true, 1, 1}},
+        {u"1-2", {true, 1, 1}},
+        {u"1e+", {true, 1, 1}},
+        {u"1e-2-", {true, 0.01, 4}},
+        {u".5.5", {true, 0.5, 2}},
+        {u"5.", {true, 5, 2}},
+        {u".", {false, 77, 0}},
+        {u"e5", {false, 77, 0}},
+        {u"+-5", {false, 77, 0}},
+        {u"+5e1e1", {true, 50, 4}},
+        {u"inf", {false, 77, 0}},
+        {u"nan", {false, 77, 0}},
+        {u"0x1F", {true, 0, 1}},
+        {u"1e999", {true, HUGE_VAL, 5}},
+        {u"-1e999", {true, -HUGE_VAL, 6}},
+        {u"1e-999", {true, 0, 6}},
+        {u"-.e1", {false, 77, 0}},
+        {u"", {false, 77, 0}},
+        {u"1" + zeros + u"e-200", {true, 1, 206}},
+        {u"." + zeros + u"1e201x", {true, 1, 206}},
     };
     for (auto &c : cases)
         scanning(c.text, [&](ZPScanner *scanner) {
@@ -170,7 +229,8 @@ TEST(Scanner, doublesAreTheCLibrarys) {
         char *stop;
         double expected = std::strtod(text.c_str(), &stop), value = 77;
         unsigned location = 0;
-        BOOL found = _ZPScanDoubleFromString(make(std::u16string(text.begin(), text.end())), nullptr, &value, &location, nullptr);
+        BOOL found = _ZPScanDoubleFromString(make(std::u16string(text.begin(), text.end())), nullptr, &value, &location,
+                                             nullptr);
         ASSERT_EQ(found != NO, stop != text.c_str()) << text;
         ASSERT_EQ(location, unsigned(stop - text.c_str())) << text;
         ASSERT_TRUE(!found || std::memcmp(&value, &expected, 8) == 0) << text << " gives " << value;
@@ -227,7 +287,8 @@ TEST(Scanner, literalStrings) {
 }
 
 TEST(Scanner, runsOfCharacters) {
-    ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(), *marks = ZPCharacterSet::characterSetWithCharactersInString(";,"_zp);
+    ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(),
+                   *marks = ZPCharacterSet::characterSetWithCharactersInString(";,"_zp);
     scanning(u" ab\u0416c 12; ", [&](ZPScanner *scanner) {
         ZPString *text = nullptr;
         EXPECT_FALSE(scanner->scanCharactersFromSet_intoString(marks, &text));
@@ -289,6 +350,7 @@ TEST(Scanner, aClientsScannerMustSupplyThePrimitives) {
     EXPECT_FALSE(bare->caseSensitive());
     EXPECT_EQ(bare->locale(), nullptr);
     EXPECT_EQ(bare->charactersToBeSkipped(), ZPCharacterSet::whitespaceAndNewlineCharacterSet());
-    EXPECT_NE(raised([&] { bare->isAtEnd(); }).find("only defined for abstract class.  Define -[BareScanner string]!"), std::string::npos);
+    EXPECT_NE(raised([&] { bare->isAtEnd(); }).find("only defined for abstract class.  Define -[BareScanner string]!"),
+              std::string::npos);
     EXPECT_NE(raised([&] { bare->setCaseSensitive(YES); }).find("setCaseSensitive:"), std::string::npos);
 }

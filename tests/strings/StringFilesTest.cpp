@@ -10,7 +10,8 @@ using namespace strings;
 namespace {
 
 struct TemporaryFile {
-    std::filesystem::path path = std::filesystem::path(testing::TempDir()) / ("strings" + std::to_string(std::random_device()()));
+    std::filesystem::path path =
+        std::filesystem::path(testing::TempDir()) / ("strings" + std::to_string(std::random_device()()));
     ~TemporaryFile() { std::filesystem::remove(path); }
     ZPString *name() { return ZPString::stringWithCString(path.c_str()); }
     void write(const std::string &bytes) { std::ofstream(path, std::ios::binary) << bytes; }
@@ -39,14 +40,17 @@ TEST(StringFiles, writtenTextsComeBack) {
 
 TEST(StringFiles, byteOrderMarksDecide) {
     TemporaryFile file;
-    file.write(std::string("\xFF\xFE" "a\0b\0", 6));
+    file.write(std::string("\xFF\xFE"
+                           "a\0b\0",
+                           6));
     EXPECT_EQ(textOf(ZPString::stringWithContentsOfFile(file.name())), u"ab");
     file.write(std::string("\xFE\xFF\0a", 4));
     EXPECT_EQ(textOf(ZPString::stringWithContentsOfFile(file.name())), u"a");
     file.write("\xFF\xFE");
     EXPECT_EQ(ZPString::stringWithContentsOfFile(file.name()), ""_zp);
     // Of odd length it is text in the default encoding, or none.
-    file.write("\xFF\xFE" "a");
+    file.write("\xFF\xFE"
+               "a");
     ZPString *odd = ZPString::stringWithContentsOfFile(file.name());
     EXPECT_TRUE(!odd || odd->length() == 3);
     EXPECT_EQ(ZPString::stringWithContentsOfFile("/nowhere/at/all"_zp), nullptr);

@@ -5,7 +5,9 @@
 
 namespace strings {
 
-ZP_IMPLEMENT(ClientString).method<&ClientString::length>("length").method<&ClientString::characterAtIndex>("characterAtIndex:");
+ZP_IMPLEMENT(ClientString)
+    .method<&ClientString::length>("length")
+    .method<&ClientString::characterAtIndex>("characterAtIndex:");
 
 namespace {
 
@@ -32,14 +34,21 @@ template <class Maker> ZPString *partOf(const std::u16string &text, Maker maker)
 ZPString *cSubstring(const std::u16string &text) { return partOf(text, inlineCString); }
 
 template <class Literal, class Unit> ZPString *literal(Class cls, const std::basic_string<Unit> &text) {
-    struct Holder { std::basic_string<Unit> text; Literal literal; };
+    struct Holder {
+        std::basic_string<Unit> text;
+        Literal literal;
+    };
     static std::vector<std::unique_ptr<Holder>> holders;
     auto &h = *holders.emplace_back(new Holder{text, {}});
     h.literal = {cls, h.text.data(), unsigned(h.text.size())};
     return reinterpret_cast<ZPString *>(&h.literal);
 }
-ZPString *constantString(const std::u16string &text) { return literal<objc_literal8>(objc_getClass("ZPConstantString"), bytesOf(text)); }
-ZPString *constantUnicodeString(const std::u16string &text) { return literal<objc_literal16>(objc_getClass("_ZPConstantUnicodeString"), text); }
+ZPString *constantString(const std::u16string &text) {
+    return literal<objc_literal8>(objc_getClass("ZPConstantString"), bytesOf(text));
+}
+ZPString *constantUnicodeString(const std::u16string &text) {
+    return literal<objc_literal16>(objc_getClass("_ZPConstantUnicodeString"), text);
+}
 
 ZPString *unicodeSubstring(const std::u16string &text) { return partOf(text, make); }
 
@@ -72,11 +81,18 @@ ZPString *pathStore(const std::u16string &text) {
 
 const std::vector<Form> &forms() {
     static const std::vector<Form> all = {
-        {"inline", inlineCString, true},      {"C string", cString, true},          {"simple C string", simpleCString, true},
-        {"C substring", cSubstring, true},    {"constant", constantString, true},   {"mutable 8-bit", mutable8, true},
-        {"Unicode", make, false},             {"Unicode substring", unicodeSubstring, false},
-        {"constant Unicode", constantUnicodeString, false},                         {"client", client, false},
-        {"mutable 16-bit", mutable16, false}, {"formatted", formatted, false},
+        {"inline", inlineCString, true},
+        {"C string", cString, true},
+        {"simple C string", simpleCString, true},
+        {"C substring", cSubstring, true},
+        {"constant", constantString, true},
+        {"mutable 8-bit", mutable8, true},
+        {"Unicode", make, false},
+        {"Unicode substring", unicodeSubstring, false},
+        {"constant Unicode", constantUnicodeString, false},
+        {"client", client, false},
+        {"mutable 16-bit", mutable16, false},
+        {"formatted", formatted, false},
         {"path store", pathStore, false},
     };
     return all;

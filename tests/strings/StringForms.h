@@ -25,7 +25,9 @@ inline std::u16string textOf(ZPString *s) {
     return text;
 }
 
-inline ZPString *make(const std::u16string &text) { return ZPString::stringWithCharacters_length(text.data(), unsigned(text.size())); }
+inline ZPString *make(const std::u16string &text) {
+    return ZPString::stringWithCharacters_length(text.data(), unsigned(text.size()));
+}
 
 /// The reason of what `f` raises, or "" when it raises nothing.
 template <class F> std::string raised(F f, ZPString **name = nullptr) {

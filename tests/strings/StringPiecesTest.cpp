@@ -34,7 +34,9 @@ TEST(StringPieces, substrings) {
         unsigned n = s->length();
         for (unsigned at : {0u, 3u, 20u})
             for (unsigned count : {1u, 5u, 15u, 21u, n})
-                if (at + count <= n) { EXPECT_EQ(textOf(s->substringWithRange({at, count})), text.substr(at, count)); }
+                if (at + count <= n) {
+                    EXPECT_EQ(textOf(s->substringWithRange({at, count})), text.substr(at, count));
+                }
         EXPECT_EQ(textOf(s->substringFromIndex(7)), text.substr(7));
         EXPECT_EQ(textOf(s->substringToIndex(7)), text.substr(0, 7));
         ZPString *name = nullptr;
@@ -49,7 +51,9 @@ TEST(StringPieces, joining) {
     for (std::u16string a : {u"", u"abc", u"\u00e9t\u00e9", u"\u4e2d"})
         for (std::u16string b : {u"", u"x", u"\u00ff", u"\u6587"})
             inEveryForm(a, [&](const Form &, ZPString *s) {
-                inEveryForm(b, [&](const Form &, ZPString *t) { EXPECT_EQ(textOf(s->stringByAppendingString(t)), a + b); });
+                inEveryForm(b, [&](const Form &, ZPString *t) {
+                    EXPECT_EQ(textOf(s->stringByAppendingString(t)), a + b);
+                });
                 EXPECT_EQ(textOf(s->stringByAppendingFormat("-%d"_zp, 7)), a + u"-7");
             });
 }
@@ -64,7 +68,9 @@ TEST(StringPieces, components) {
     EXPECT_EQ(split("aXbX"_zp, "X"_zp), (Texts{u"a", u"b", u""}));
     EXPECT_EQ(split(""_zp, "X"_zp), (Texts{u""}));
     ZPCharacterSet *set = ZPCharacterSet::characterSetWithCharactersInString(",;"_zp);
-    inEveryForm(u"a,b;c,;", [&](const Form &, ZPString *s) { EXPECT_EQ(textsOf(s->_componentsSeparatedBySet(set)), (Texts{u"a", u"b", u"c"})); });
+    inEveryForm(u"a,b;c,;", [&](const Form &, ZPString *s) {
+        EXPECT_EQ(textsOf(s->_componentsSeparatedBySet(set)), (Texts{u"a", u"b", u"c"}));
+    });
 }
 
 TEST(StringPieces, groupsAndBuffers) {
@@ -116,7 +122,9 @@ TEST(StringPieces, caseOfUnits) {
     EXPECT_EQ(converted(ZPConvertToLower, 0x130), u"i");
     for (unsigned u = 0; u < 0x10000; ++u) {
         std::u16string upper = converted(ZPConvertToUpper, unichar(u)), lower = converted(ZPConvertToLower, unichar(u));
-        if (u < 0x80) { EXPECT_EQ(upper[0], u >= 'a' && u <= 'z' ? u - 32 : u); }
+        if (u < 0x80) {
+            EXPECT_EQ(upper[0], u >= 'a' && u <= 'z' ? u - 32 : u);
+        }
         // Six capitals share their lower case with another.
         if (lower[0] != u && u != 0x130 && u != 0x3F4 && u != 0x1E9E && u != 0x2126 && u != 0x212A && u != 0x212B) {
             EXPECT_EQ(converted(ZPConvertToUpper, lower[0])[0], upper[0]) << std::hex << u;
@@ -125,12 +133,28 @@ TEST(StringPieces, caseOfUnits) {
 }
 
 TEST(StringPieces, integersInText) {
-    struct { const char *text; int value; } cases[] = {
-        {"42", 42}, {"  -42abc", -42}, {"+ 7", 7}, {"- 5", -5}, {"", 0}, {"abc", 0}, {"-", 0}, {"2147483647", INT_MAX}, {"-2147483648", INT_MIN},
-        {"2147483648", INT_MAX}, {"-2147483649", INT_MIN}, {"99999999999999999999", INT_MAX}, {"-99999999999999999999", INT_MIN}, {"\n1", 0},
+    struct {
+        const char *text;
+        int value;
+    } cases[] = {
+        {"42", 42},
+        {"  -42abc", -42},
+        {"+ 7", 7},
+        {"- 5", -5},
+        {"", 0},
+        {"abc", 0},
+        {"-", 0},
+        {"2147483647", INT_MAX},
+        {"-2147483648", INT_MIN},
+        {"2147483648", INT_MAX},
+        {"-2147483649", INT_MIN},
+        {"99999999999999999999", INT_MAX},
+        {"-99999999999999999999", INT_MIN},
+        {"\n1", 0},
     };
     for (auto &c : cases)
-        inEveryForm(std::u16string(c.text, c.text + std::strlen(c.text)), [&](const Form &, ZPString *s) { EXPECT_EQ(s->intValue(), c.value) << c.text; });
+        inEveryForm(std::u16string(c.text, c.text + std::strlen(c.text)),
+                    [&](const Form &, ZPString *s) { EXPECT_EQ(s->intValue(), c.value) << c.text; });
     long long big = 0;
     unsigned at = 0;
     EXPECT_TRUE(_ZPScanLongLongFromString("9223372036854775807x"_zp, nullptr, &big, &at));
@@ -150,10 +174,38 @@ TEST(StringPieces, integersInText) {
 }
 
 TEST(StringPieces, doublesReadAsTheBestConversionDoes) {
-    std::vector<std::string> texts = {"1", "1.5", "-2.5e3x", ".5", "5.", "+.5e-1", "1e", "1e+", "1-2", "1.2.3", "1e400", "-1e400", "1e-400", "-0",
-        "4.9e-324", "2e-324", "2.2250738585072011e-308", "9007199254740993", "0.1e0000000000000000001", "1e99999999999999999999",
-        "1e-99999999999999999999", "179769313486231580793728971405303415079934132710037826936173778980444968292764750946649017977587207096330286416692887910946555547851940402630657488671505820681908902000708383676273854845817711531764475730270069855571366959622842914819860834936475292719074168444365510704342711559699508093042880",
-        "0." + std::string(400, '0') + "1", std::string(400, '9'), "1" + std::string(70, '0') + "e-70", "+-1", "-", "e5", ".", "", "--1"};
+    std::vector<std::string> texts = {
+        "1",
+        "1.5",
+        "-2.5e3x",
+        ".5",
+        "5.",
+        "+.5e-1",
+        "1e",
+        "1e+",
+        "1-2",
+        "1.2.3",
+        "1e400",
+        "-1e400",
+        "1e-400",
+        "-0",
+        "4.9e-324",
+        "2e-324",
+        "2.2250738585072011e-308",
+        "9007199254740993",
+        "0.1e0000000000000000001",
+        "1e99999999999999999999",
+        "1e-99999999999999999999",
+        "179769313486231580793728971405303415079934132710037826936173778980444968292764750946649017977587207096330286416692887910946555547851940402630657488671505820681908902000708383676273854845817711531764475730270069855571366959622842914819860834936475292719074168444365510704342711559699508093042880",
+        "0." + std::string(400, '0') + "1",
+        std::string(400, '9'),
+        "1" + std::string(70, '0') + "e-70",
+        "+-1",
+        "-",
+        "e5",
+        ".",
+        "",
+        "--1"};
     std::mt19937_64 random(5);
     for (int i = 0; i < 3000; ++i) {
         double d;
@@ -174,7 +226,9 @@ TEST(StringPieces, doublesReadAsTheBestConversionDoes) {
         BOOL read = _ZPScanDoubleFromString(ZPString::stringWithCString(text.c_str()), nullptr, &value, &at, nullptr);
         EXPECT_EQ(read != NO, length > 0) << text;
         EXPECT_EQ(at, length) << text;
-        if (length) { EXPECT_TRUE(std::memcmp(&value, &expected, 8) == 0) << text << " " << value; }
+        if (length) {
+            EXPECT_TRUE(std::memcmp(&value, &expected, 8) == 0) << text << " " << value;
+        }
     }
     inEveryForm(u" \u00a02.5 ", [](const Form &, ZPString *s) { EXPECT_EQ(s->doubleValue(), 2.5); });
     EXPECT_EQ("1e40"_zp->floatValue(), INFINITY);

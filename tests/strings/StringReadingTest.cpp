@@ -7,9 +7,17 @@ using namespace strings;
 namespace {
 
 const std::u16string samples[] = {
-    u"", u"a", u"hello", u"H\u00e9llo w\u00f6rld \u00ff\u00a0", u"exactly sixteen!", u"seventeen units!!", u"0123456789012345678901234",
-    u"a text of more than thirty-two units, so that block readers must fetch twice or more", u"\u4e2d\u6587 \u0416\u0436 \u20ac mixed",
-    std::u16string(70, u'x') + u"\u00e9" + std::u16string(70, u'y'), std::u16string(u"nul\0inside", 10),
+    u"",
+    u"a",
+    u"hello",
+    u"H\u00e9llo w\u00f6rld \u00ff\u00a0",
+    u"exactly sixteen!",
+    u"seventeen units!!",
+    u"0123456789012345678901234",
+    u"a text of more than thirty-two units, so that block readers must fetch twice or more",
+    u"\u4e2d\u6587 \u0416\u0436 \u20ac mixed",
+    std::u16string(70, u'x') + u"\u00e9" + std::u16string(70, u'y'),
+    std::u16string(u"nul\0inside", 10),
 };
 
 int sign(int n) { return (n > 0) - (n < 0); }
@@ -47,20 +55,27 @@ TEST(StringReading, unitsAndBounds) {
             ZPString *name = nullptr;
             if (cls == "ZPPathStore2") {
                 EXPECT_EQ(raised([&] { s->characterAtIndex(n); }, &name),
-                          "*** -[ZPPathStore2 characterAtIndex:]: index (" + std::to_string(n) + ") beyond bounds (" + std::to_string(n) + ")");
+                          "*** -[ZPPathStore2 characterAtIndex:]: index (" + std::to_string(n) + ") beyond bounds (" +
+                              std::to_string(n) + ")");
                 EXPECT_TRUE(name->isEqual(ZPRangeException));
-                EXPECT_EQ(raised([&] { s->getCharacters_range(buffer, {n, 1}); }),
-                          "*** -[ZPPathStore2 getCharacters:range:]: index (" + std::to_string(n + 1) + ") beyond bounds (" + std::to_string(n + 1) + ")");
+                EXPECT_EQ(raised([&] {
+                              s->getCharacters_range(buffer, {n, 1});
+                          }),
+                          "*** -[ZPPathStore2 getCharacters:range:]: index (" + std::to_string(n + 1) +
+                              ") beyond bounds (" + std::to_string(n + 1) + ")");
                 EXPECT_NE(raised([&] { s->getCharacters_range(buffer, {1, 0xFFFFFFFF}); }), "");
                 return;
             }
-            EXPECT_NE(raised([&] { s->characterAtIndex(n); }, &name).find(" characterAtIndex:]: Out of bounds"), std::string::npos);
+            EXPECT_NE(raised([&] { s->characterAtIndex(n); }, &name).find(" characterAtIndex:]: Out of bounds"),
+                      std::string::npos);
             EXPECT_TRUE(name->isEqual(ZPRangeException));
-            EXPECT_NE(raised([&] { s->getCharacters_range(buffer, {n, 1}); }).find(" getCharacters:range:]: Out of bounds"), std::string::npos);
+            EXPECT_NE(raised([&] {
+                          s->getCharacters_range(buffer, {n, 1});
+                      }).find(" getCharacters:range:]: Out of bounds"),
+                      std::string::npos);
             EXPECT_NE(raised([&] { s->getCharacters_range(buffer, {1, 0xFFFFFFFF}); }), "");
         });
-    EXPECT_EQ(raised([] { "abc"_zp->characterAtIndex(3); }),
-              "[ZPConstantString characterAtIndex:]: Out of bounds");
+    EXPECT_EQ(raised([] { "abc"_zp->characterAtIndex(3); }), "[ZPConstantString characterAtIndex:]: Out of bounds");
 }
 
 TEST(StringReading, hashFollowsItsDefinitionInEveryForm) {
@@ -97,7 +112,8 @@ TEST(StringReading, equalTextsAreEqualAcrossForms) {
 TEST(StringReading, orderAgreesWithUnitOrderAcrossForms) {
     std::mt19937 random(7);
     for (int round = 0; round < 60; ++round) {
-        std::u16string head = randomText(random, 40, u"aAbBzZ[`\u00e9"), a = head + randomText(random, 3, u"aAbBzZ[`\u00e9"),
+        std::u16string head = randomText(random, 40, u"aAbBzZ[`\u00e9"),
+                       a = head + randomText(random, 3, u"aAbBzZ[`\u00e9"),
                        b = head + randomText(random, 3, u"aAbBzZ[`\u00ff");
         for (char16_t &u : b)
             if (random() % 4 == 0 && u < 0x80 && u >= 'A') u ^= 0x20;
@@ -105,11 +121,14 @@ TEST(StringReading, orderAgreesWithUnitOrderAcrossForms) {
             for (ZPString *t : {make(b), ZPString::stringWithString(make(b)), forms()[9].make(b), forms()[0].make(b)}) {
                 EXPECT_EQ(s->compare(t), order(a, b, false));
                 EXPECT_EQ(s->caseInsensitiveCompare(t), order(a, b, true));
-                EXPECT_EQ(s->compare_options(t, ZPLiteralSearch | ZPBackwardsSearch | ZPAnchoredSearch), order(a, b, false));
+                EXPECT_EQ(s->compare_options(t, ZPLiteralSearch | ZPBackwardsSearch | ZPAnchoredSearch),
+                          order(a, b, false));
                 unsigned from = unsigned(random() % (a.size() + 1)), count = unsigned(random() % (a.size() - from + 1));
                 EXPECT_EQ(s->compare_options_range(t, 0, {from, count}), order(a.substr(from, count), b, false));
             }
-            EXPECT_NE(raised([&] { s->compare_options_range("x"_zp, 0, {1, s->length()}); }).find("compare:options:range:]: Out of bounds"),
+            EXPECT_NE(raised([&] {
+                          s->compare_options_range("x"_zp, 0, {1, s->length()});
+                      }).find("compare:options:range:]: Out of bounds"),
                       std::string::npos);
         });
     }
@@ -121,8 +140,8 @@ TEST(StringReading, conversionToBytesStopsAndContinues) {
         char buffer[16] = {};
         unsigned filled = 0;
         ZPRange rest;
-        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(buffer, 10, &filled, ZPASCIIStringEncoding, NO,
-                                                                                                         {2, 20}, &rest));
+        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            buffer, 10, &filled, ZPASCIIStringEncoding, NO, {2, 20}, &rest));
         EXPECT_EQ(std::string(buffer, filled), "text that ");
         EXPECT_EQ(rest, ZPMakeRange(12, 10));
         s->getCString_maxLength_range_remainingRange(buffer, 4, {0, 25}, &rest);

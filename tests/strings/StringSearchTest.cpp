@@ -47,7 +47,8 @@ TEST(StringSearch, agreesWithTryingEveryPlace) {
                 for (unsigned options = 0; options < 16; ++options) {
                     ZPRange found = s->rangeOfString_options_range(n, options, {from, count});
                     ZPRange expected = search(text, needle, options, {from, count});
-                    ASSERT_TRUE(found == expected) << "options " << options << " found " << found.location << " expected " << expected.location;
+                    ASSERT_TRUE(found == expected)
+                        << "options " << options << " found " << found.location << " expected " << expected.location;
                 }
         });
     }
@@ -64,14 +65,16 @@ TEST(StringSearch, longNearMatches) {
         ZPString *s = maker(text), *h = maker(hit);
         EXPECT_EQ(s->rangeOfString(make(needle)).location, ZPNotFound);
         EXPECT_EQ(h->rangeOfString(maker(needle)), ZPMakeRange(40000, 2000));
-        EXPECT_EQ(h->rangeOfString_options(maker(needle), ZPBackwardsSearch | ZPCaseInsensitiveSearch), ZPMakeRange(40000, 2000));
+        EXPECT_EQ(h->rangeOfString_options(maker(needle), ZPBackwardsSearch | ZPCaseInsensitiveSearch),
+                  ZPMakeRange(40000, 2000));
     }
 }
 
 TEST(StringSearch, prefixesSuffixesAndOptions) {
     inEveryForm(u"abcab", [](const Form &, ZPString *s) {
         EXPECT_TRUE(s->hasPrefix("abc"_zp) && s->hasSuffix("cab"_zp) && s->hasPrefix(s) && s->hasSuffix(s));
-        EXPECT_FALSE(s->hasPrefix("b"_zp) || s->hasSuffix("a"_zp) || s->hasPrefix(""_zp) || s->hasSuffix(""_zp) || s->hasPrefix("abcabc"_zp));
+        EXPECT_FALSE(s->hasPrefix("b"_zp) || s->hasSuffix("a"_zp) || s->hasPrefix(""_zp) || s->hasSuffix(""_zp) ||
+                     s->hasPrefix("abcabc"_zp));
         EXPECT_EQ(s->rangeOfString_options("b"_zp, ZPBackwardsSearch | ZPAnchoredSearch), ZPMakeRange(4, 1));
         EXPECT_EQ(s->rangeOfString_options("c"_zp, ZPBackwardsSearch | ZPAnchoredSearch).location, ZPNotFound);
         EXPECT_EQ(s->rangeOfString(""_zp), ZPMakeRange(ZPNotFound, 0));
@@ -117,7 +120,11 @@ TEST(StringSearch, membersOfASet) {
 }
 
 TEST(StringSearch, composedCharacters) {
-    struct { std::u16string text; unsigned index; ZPRange range; } cases[] = {
+    struct {
+        std::u16string text;
+        unsigned index;
+        ZPRange range;
+    } cases[] = {
         {u"abc", 1, {1, 1}},
         {u"ae\u0301\u0323b", 1, {1, 3}},
         {u"ae\u0301\u0323b", 3, {1, 3}},
@@ -136,10 +143,23 @@ TEST(StringSearch, composedCharacters) {
 }
 
 TEST(StringSearch, lines) {
-    struct { std::u16string text; ZPRange range; unsigned start, end, contentsEnd; } cases[] = {
-        {u"ab\r\ncd", {3, 0}, 0, 4, 2}, {u"ab\r\ncd", {2, 0}, 0, 4, 2},       {u"ab\r\ncd", {4, 0}, 4, 6, 6}, {u"ab\r\ncd", {0, 6}, 0, 6, 6},
-        {u"a\nb\nc", {1, 1}, 0, 2, 1},  {u"a\nb\nc", {2, 2}, 2, 4, 3},        {u"a\nb\nc", {5, 0}, 4, 5, 5},  {u"a\n", {2, 0}, 2, 2, 2},
-        {u"\n", {0, 0}, 0, 1, 0},       {u"a\u2028b\u2029c", {2, 1}, 2, 4, 3}, {u"", {0, 0}, 0, 0, 0},         {u"a\rb", {0, 0}, 0, 2, 1},
+    struct {
+        std::u16string text;
+        ZPRange range;
+        unsigned start, end, contentsEnd;
+    } cases[] = {
+        {u"ab\r\ncd", {3, 0}, 0, 4, 2},
+        {u"ab\r\ncd", {2, 0}, 0, 4, 2},
+        {u"ab\r\ncd", {4, 0}, 4, 6, 6},
+        {u"ab\r\ncd", {0, 6}, 0, 6, 6},
+        {u"a\nb\nc", {1, 1}, 0, 2, 1},
+        {u"a\nb\nc", {2, 2}, 2, 4, 3},
+        {u"a\nb\nc", {5, 0}, 4, 5, 5},
+        {u"a\n", {2, 0}, 2, 2, 2},
+        {u"\n", {0, 0}, 0, 1, 0},
+        {u"a\u2028b\u2029c", {2, 1}, 2, 4, 3},
+        {u"", {0, 0}, 0, 0, 0},
+        {u"a\rb", {0, 0}, 0, 2, 1},
         {std::u16string(40, u'x') + u"\r\n" + std::u16string(40, u'y'), {41, 1}, 0, 42, 40},
     };
     for (auto &c : cases)

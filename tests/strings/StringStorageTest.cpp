@@ -28,13 +28,18 @@ TEST(StringStorage, theInitialiserPicksTheClass) {
     EXPECT_EQ(classOf(ascii(65535)), "ZPInlineCString");
     EXPECT_EQ(classOf(ascii(65536)), "ZPCString");
     EXPECT_EQ(classOf(make(u"abc")), "ZPUnicodeString");
-    EXPECT_EQ(classOf(ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(zoneBytes("abc"), 3, YES)->autorelease()), "ZPCString");
+    EXPECT_EQ(
+        classOf(ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(zoneBytes("abc"), 3, YES)->autorelease()),
+        "ZPCString");
     auto *units = static_cast<unichar *>(ZPZoneMalloc(nullptr, 4));
     units[0] = units[1] = 'u';
-    EXPECT_EQ(classOf(ZPString::alloc()->initWithCharactersNoCopy_length_freeWhenDone(units, 2, YES)->autorelease()), "ZPUnicodeString");
+    EXPECT_EQ(classOf(ZPString::alloc()->initWithCharactersNoCopy_length_freeWhenDone(units, 2, YES)->autorelease()),
+              "ZPUnicodeString");
     // From bytes of an encoding: short ASCII inline, longer ASCII in the converted buffer, the rest in units.
     auto decoded = [](std::string bytes, ZPStringEncoding e) {
-        return (ZPString *)ZPString::alloc()->initWithBytes_length_encoding(bytes.data(), unsigned(bytes.size()), e)->autorelease();
+        return (ZPString *)ZPString::alloc()
+            ->initWithBytes_length_encoding(bytes.data(), unsigned(bytes.size()), e)
+            ->autorelease();
     };
     EXPECT_EQ(classOf(decoded(std::string(24, 'x'), ZPUTF8StringEncoding)), "ZPInlineCString");
     EXPECT_EQ(classOf(decoded(std::string(25, 'x'), ZPUTF8StringEncoding)), "ZPCString");
@@ -103,8 +108,13 @@ TEST(StringStorage, placeholdersLiveForEverAndAreNoStrings) {
     s->release();
     ZPRecycleZone(zone);
     EXPECT_EQ(raised([] { ZPString::stringWithCString(nullptr); }), "[ZPString stringWithCString:]: NULL cString");
-    EXPECT_EQ(raised([] { ZPString::alloc()->initWithCString(nullptr); }), "[ZPPlaceholderString initWithCString:]: NULL cString");
-    EXPECT_NE(raised([] { ((ZPString *)ClientString::alloc()->autorelease())->initWithCharactersNoCopy_length_freeWhenDone(nullptr, 0, NO); }), "");
+    EXPECT_EQ(raised([] { ZPString::alloc()->initWithCString(nullptr); }),
+              "[ZPPlaceholderString initWithCString:]: NULL cString");
+    EXPECT_NE(raised([] {
+                  ((ZPString *)ClientString::alloc()->autorelease())
+                      ->initWithCharactersNoCopy_length_freeWhenDone(nullptr, 0, NO);
+              }),
+              "");
 }
 
 TEST(StringStorage, literalsIgnoreCounting) {
@@ -144,7 +154,10 @@ TEST(StringStorage, byteSubstringsBorrowUntilTheyAreRetained) {
 TEST(StringStorage, unitSubstringsOfNearlyAllStayAttached) {
     Pool pool;
     ZPString *parent = make(std::u16string(100, u'p'));
-    struct { unsigned length; bool attached; } cases[] = {{25, false}, {89, false}, {90, true}, {95, true}};
+    struct {
+        unsigned length;
+        bool attached;
+    } cases[] = {{25, false}, {89, false}, {90, true}, {95, true}};
     for (auto &c : cases) {
         unsigned before = parent->retainCount();
         ZPString *part = parent->substringWithRange({1, c.length});
@@ -208,7 +221,8 @@ TEST(StringStorage, partsRetainedByManyThreads) {
 TEST(StringStorage, partsOfAPartThatAnotherThreadRetains) {
     Pool pool;
     for (int round = 0; round < 1000; ++round) {
-        ZPString *parent = make(std::u16string(1000, u't'))->retain(), *part = parent->_newSubstringWithRange_zone({10, 500}, nullptr);
+        ZPString *parent = make(std::u16string(1000, u't'))->retain(),
+                 *part = parent->_newSubstringWithRange_zone({10, 500}, nullptr);
         std::atomic<int> together{2}, divided{1}, released{1};
         auto meet = [](std::atomic<int> &waiting) {
             for (--waiting; waiting;) std::this_thread::yield();
@@ -239,7 +253,8 @@ TEST(StringStorage, partsOfAPartThatAnotherThreadRetains) {
 TEST(StringStorage, scratchMemoryIsCarvedFromBlocks) {
     Pool pool;
     auto request = [](unsigned n) {
-        return static_cast<char *>(objc_msgSend<void *>(objc_getClass("_ZPAutoreleasedMallocMemory"), "mallocMemoryWithCapacity:"_sel, n));
+        return static_cast<char *>(
+            objc_msgSend<void *>(objc_getClass("_ZPAutoreleasedMallocMemory"), "mallocMemoryWithCapacity:"_sel, n));
     };
     char *first = request(300), *second = request(300), *third = request(150);
     EXPECT_EQ(third, first + 300) << "the first block stays current";

@@ -13,7 +13,8 @@ namespace {
 
 struct Heap {
     ZPOrderedHeap *heap;
-    explicit Heap(ZPHeapComparison order = nullptr, unsigned capacity = 0) : heap(ZPCreateOrderedHeap(order, capacity)) {}
+    explicit Heap(ZPHeapComparison order = nullptr, unsigned capacity = 0)
+        : heap(ZPCreateOrderedHeap(order, capacity)) {}
     Heap(std::initializer_list<ZPHeapElement> elements) : Heap() {
         ZPAddMultipleToOrderedHeap(heap, std::data(elements), unsigned(elements.size()));
     }
@@ -88,7 +89,9 @@ TEST(OrderedHeap, FindsTheLeastThatIsNotBefore) {
 
 TEST(OrderedHeap, DoesWhatASortedListDoes) {
     std::mt19937 random(7);
-    for (ZPHeapComparison order : {ZPHeapComparison(nullptr), ZPHeapComparison([](ZPOrderedHeap *, ZPHeapElement a, ZPHeapElement b) { return int(b - a); })}) {
+    for (ZPHeapComparison order :
+         {ZPHeapComparison(nullptr),
+          ZPHeapComparison([](ZPOrderedHeap *, ZPHeapElement a, ZPHeapElement b) { return int(b - a); })}) {
         auto before = [&](ZPHeapElement a, ZPHeapElement b) { return order ? a > b : a < b; };
         Heap heap(order);
         std::vector<ZPHeapElement> model;
@@ -96,7 +99,9 @@ TEST(OrderedHeap, DoesWhatASortedListDoes) {
             ZPHeapElement value = ZPHeapElement(random() % 500) + 1, got = 0;
             auto found = model.end();
             switch (random() % 6) {
-            case 0: case 1: case 2:
+            case 0:
+            case 1:
+            case 2:
                 ZPAddToOrderedHeap(heap, value);
                 model.insert(std::upper_bound(model.begin(), model.end(), value, before), value);
                 continue;
@@ -126,7 +131,9 @@ TEST(OrderedHeap, DoesWhatASortedListDoes) {
 
 TEST(OrderedHeap, StaysWholeWhenAComparisonThrows) {
     static int left;
-    Heap heap([](ZPOrderedHeap *, ZPHeapElement a, ZPHeapElement b) { return --left == 0 ? throw std::runtime_error("no") : int(a - b); }, 0);
+    Heap heap([](ZPOrderedHeap *, ZPHeapElement a,
+                 ZPHeapElement b) { return --left == 0 ? throw std::runtime_error("no") : int(a - b); },
+              0);
     left = 1000;
     for (ZPHeapElement n = 40; n; --n) ZPAddToOrderedHeap(heap, n);
     left = 3;

@@ -62,7 +62,8 @@ TEST_F(RangeArrays, GrowAndShrinkByHalves) {
     EXPECT_EQ(list.array->capacity, 16u) << "half full";
     ZPRangeArrayRemoveRangeAtIndex(list, 0);
     EXPECT_EQ(list.array->capacity, 8u);
-    EXPECT_EQ(text(ZPStringFromRangeArray(list)), "(\n    {2, 1},\n    {3, 1},\n    {4, 1},\n    {5, 1},\n    {6, 1},\n    {7, 1}\n)");
+    EXPECT_EQ(text(ZPStringFromRangeArray(list)),
+              "(\n    {2, 1},\n    {3, 1},\n    {4, 1},\n    {5, 1},\n    {6, 1},\n    {7, 1}\n)");
 
     List odd(8);
     EXPECT_EQ(odd.array->capacity, 12u);
@@ -179,7 +180,9 @@ TEST_F(SparseIndexArrays, DoWhatASetDoes) {
             ASSERT_EQ(nth(set, n), n < model.size() ? (long long)*std::next(model.begin(), n) : -1);
             bool whole = r.length != 0;
             for (unsigned i = 0; i < r.length; ++i) whole = whole && model.count(r.location + i);
-            if (r.length) { ASSERT_EQ(ZPRangeInSparseIndexArray(set, r) != NO, whole); }
+            if (r.length) {
+                ASSERT_EQ(ZPRangeInSparseIndexArray(set, r) != NO, whole);
+            }
         }
         ZPSparseIndexArray *copy = ZPCopySparseIndexArrayWithZone(set, nullptr);
         EXPECT_TRUE(ZPCompareSparseIndexArrays(set, copy));

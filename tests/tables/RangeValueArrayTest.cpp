@@ -19,7 +19,8 @@ struct RangeValueArrays : testing::Test {
 
 struct Array {
     ZPRangeValueArray *array;
-    explicit Array(BOOL sorted, ZPRangeValueCallBacks callBacks = ZPObjectRangeValueCallBacks) : array(ZPCreateRangeValueArray(callBacks, 0, sorted)) {}
+    explicit Array(BOOL sorted, ZPRangeValueCallBacks callBacks = ZPObjectRangeValueCallBacks)
+        : array(ZPCreateRangeValueArray(callBacks, 0, sorted)) {}
     ~Array() { ZPFreeRangeValueArray(array); }
     operator ZPRangeValueArray *() { return array; }
     // "0+5=1 ..." with the numbers of the items.
@@ -102,7 +103,8 @@ TEST_F(RangeValueArrays, KeepToTheirMode) {
     Array sorted(YES), positional(NO);
     ZPRangeValueArrayAddRangeValue(sorted, {0, 10}, a, NO);
     std::string wrong = "ZPGenericException: ";
-    EXPECT_EQ(raised([&] { ZPRangeValueArraySetRangeAtIndex(sorted, {}, 9); }), wrong) << "before the index is looked at";
+    EXPECT_EQ(raised([&] { ZPRangeValueArraySetRangeAtIndex(sorted, {}, 9); }), wrong)
+        << "before the index is looked at";
     EXPECT_EQ(raised([&] { ZPRangeValueArraySetValueAtIndex(sorted, b, 0); }), wrong);
     EXPECT_EQ(raised([&] { ZPRangeValueArrayInsertAtIndex(sorted, {}, b, 0); }), wrong);
     EXPECT_EQ(raised([&] { ZPRangeValueArrayRemoveAtIndex(sorted, 0); }), wrong);
@@ -169,7 +171,9 @@ TEST_F(RangeValueArrays, DoWhatAnArrayOfValuesDoes) {
         unsigned location = random() % 290;
         std::uintptr_t value = random() % 3 + 1;
         unsigned length = 0;
-        while (length < 6 && location + length < 300 && (!model[location + length] || model[location + length] == value)) ++length;
+        while (length < 6 && location + length < 300 &&
+               (!model[location + length] || model[location + length] == value))
+            ++length;
         ZPRangeValueArrayAddRangeValue(array, {location, length}, number(value), NO);
         std::fill_n(model.begin() + location, length, value);
         if (step % 700 == 699) {
@@ -182,7 +186,8 @@ TEST_F(RangeValueArrays, DoWhatAnArrayOfValuesDoes) {
             ASSERT_EQ(found, number(model[i]));
         }
         for (unsigned i = 1; i < ZPCountRangeValueArray(array); ++i) {
-            ZPRange before = ZPRangeValueArrayRangeAtIndex(array, i - 1), here = ZPRangeValueArrayRangeAtIndex(array, i);
+            ZPRange before = ZPRangeValueArrayRangeAtIndex(array, i - 1),
+                    here = ZPRangeValueArrayRangeAtIndex(array, i);
             ASSERT_LE(before.location + before.length, here.location);
             if (before.location + before.length == here.location) {
                 ASSERT_NE(ZPRangeValueArrayValueAtIndex(array, i - 1), ZPRangeValueArrayValueAtIndex(array, i));

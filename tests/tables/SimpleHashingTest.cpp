@@ -34,7 +34,10 @@ std::vector<std::uintptr_t> layout(ZPSimpleSet *set) {  // items by bucket, 0: n
 using L = std::vector<std::uintptr_t>;
 
 TEST(SimpleHashing, CapacityChoosesTheSizeClass) {
-    struct { unsigned capacity, buckets; } cases[] = {{0, 4}, {3, 4}, {4, 8}, {7, 8}, {8, 16}, {11, 16}, {12, 32}, {21, 32}, {22, 64}, {43, 64}, {44, 128}, {1365, 2048}, {1366, 4096}};
+    struct {
+        unsigned capacity, buckets;
+    } cases[] = {{0, 4},   {3, 4},   {4, 8},   {7, 8},    {8, 16},      {11, 16},    {12, 32},
+                 {21, 32}, {22, 64}, {43, 64}, {44, 128}, {1365, 2048}, {1366, 4096}};
     for (auto c : cases) {
         ZPSimpleSet *set = ZPCreateSimpleSet(c.capacity, nullptr, nullptr);
         EXPECT_EQ(ZPSimpleSetNumBuckets(set), c.buckets) << c.capacity;
@@ -52,7 +55,16 @@ TEST(SimpleHashing, GrowsWhenTheThresholdIsPassed) {
         insert(set, n, n);
         if (ZPSimpleSetNumBuckets(set) != size) changes[n] = size = ZPSimpleSetNumBuckets(set);
     }
-    EXPECT_EQ(changes, (std::map<unsigned, unsigned>{{4, 8}, {8, 16}, {12, 32}, {22, 64}, {44, 128}, {86, 256}, {172, 512}, {342, 1024}, {684, 2048}, {1366, 4096}}));
+    EXPECT_EQ(changes, (std::map<unsigned, unsigned>{{4, 8},
+                                                     {8, 16},
+                                                     {12, 32},
+                                                     {22, 64},
+                                                     {44, 128},
+                                                     {86, 256},
+                                                     {172, 512},
+                                                     {342, 1024},
+                                                     {684, 2048},
+                                                     {1366, 4096}}));
     ZPFreeSimpleSet(set);
 }
 
@@ -77,19 +89,20 @@ TEST(SimpleHashing, HashedClassesFollowTheProbeSequence) {
     insert(set, 2, 5);
     insert(set, 3, 5);
     insert(set, 4, 0x15);  // start 5, step (10 & 15) + 0 - 1 = 9: 5, 14
-    insert(set, 5, 0);     // step -1 is 15
+    insert(set, 5, 0);  // step -1 is 15
     insert(set, 6, 0);
     EXPECT_EQ(layout(set), (L{5, 0, 0, 0, 0, 1, 2, 3, 0, 0, 0, 0, 0, 0, 4, 6}));
-    EXPECT_TRUE(remove(set, 2, 5));   // leaves a deleted bucket that the search for 3 passes
+    EXPECT_TRUE(remove(set, 2, 5));  // leaves a deleted bucket that the search for 3 passes
     EXPECT_TRUE(ZPSimpleSetLookup(set, word(3), 5, nullptr));
-    insert(set, 7, 5);                // and that the next insertion takes
+    insert(set, 7, 5);  // and that the next insertion takes
     EXPECT_EQ(layout(set), (L{5, 0, 0, 0, 0, 1, 7, 3, 0, 0, 0, 0, 0, 0, 4, 6}));
     EXPECT_FALSE(ZPSimpleSetLookup(set, word(3), 6, nullptr)) << "another hash starts elsewhere";
     ZPFreeSimpleSet(set);
 }
 
 TEST(SimpleHashing, OnlyThirtyBitsOfAHashCount) {
-    ZPSimpleSet *set = ZPCreateSimpleSet(100, [](void *, const void *, const void *) -> BOOL { return YES; }, nullptr);
+    ZPSimpleSet *set = ZPCreateSimpleSet(
+        100, [](void *, const void *, const void *) -> BOOL { return YES; }, nullptr);
     insert(set, 1, 0xC0000005);
     auto *b = ZPSimpleSetLookup(set, word(2), 5, nullptr);
     ASSERT_TRUE(b);
@@ -101,7 +114,10 @@ TEST(SimpleHashing, OnlyThirtyBitsOfAHashCount) {
 TEST(SimpleHashing, IdentityIsTriedBeforeEquality) {
     static int calls;
     calls = 0;
-    auto isEqual = [](void *context, const void *, const void *) -> BOOL { ++calls; return context != nullptr; };
+    auto isEqual = [](void *context, const void *, const void *) -> BOOL {
+        ++calls;
+        return context != nullptr;
+    };
     for (unsigned capacity : {7u, 20u}) {
         ZPSimpleSet *set = ZPCreateSimpleSet(capacity, isEqual, nullptr);
         insert(set, 1, 9);
@@ -110,7 +126,9 @@ TEST(SimpleHashing, IdentityIsTriedBeforeEquality) {
         EXPECT_EQ(number(ZPSimpleSetLookup(set, word(1), 9, word(1))->item), 1u);
         EXPECT_EQ(calls, 0);
         // In a packed class an identical entry wins over an earlier equal one, whatever its hash.
-        if (capacity == 7) { EXPECT_EQ(number(ZPSimpleSetLookup(set, word(2), 4, word(1))->item), 2u); }
+        if (capacity == 7) {
+            EXPECT_EQ(number(ZPSimpleSetLookup(set, word(2), 4, word(1))->item), 2u);
+        }
         EXPECT_FALSE(ZPSimpleSetLookup(set, word(3), 10, word(1))) << "another hash is not compared";
         EXPECT_EQ(calls, 0);
         void *item = word(3);
@@ -122,7 +140,9 @@ TEST(SimpleHashing, IdentityIsTriedBeforeEquality) {
 }
 
 TEST(SimpleHashing, DictionaryHandsBackWhatWasStored) {
-    auto same = [](void *, const void *a, const void *b) -> BOOL { return number(const_cast<void *>(a)) / 10 == number(const_cast<void *>(b)) / 10; };
+    auto same = [](void *, const void *a, const void *b) -> BOOL {
+        return number(const_cast<void *>(a)) / 10 == number(const_cast<void *>(b)) / 10;
+    };
     ZPSimpleDictionary *d = ZPCreateSimpleDictionary(2, same, nullptr);
     void *key = word(11), *value = word(100);
     EXPECT_TRUE(ZPSimpleDictionaryInsert(&d, &key, 1, &value, nullptr, YES));
@@ -160,7 +180,8 @@ TEST(SimpleHashing, CountingValues) {
             ZPSimpleDictionaryInsert(&d, &k, n, &v, nullptr, NO);
         }
         ZPSimpleDictionaryDeleteEntriesWithValue(&d, word(1));
-        for (unsigned n = 1; n <= size; ++n) EXPECT_EQ(ZPSimpleDictionaryLookup(d, word(n), n, nullptr) != nullptr, n % 3 != 1) << n;
+        for (unsigned n = 1; n <= size; ++n)
+            EXPECT_EQ(ZPSimpleDictionaryLookup(d, word(n), n, nullptr) != nullptr, n % 3 != 1) << n;
         ZPResetSimpleDictionary(d, nullptr, nullptr);
     }
     ZPFreeSimpleDictionary(d);
@@ -170,7 +191,8 @@ TEST(SimpleHashing, ResetReleasesFromTheLastBucketAndKeepsTheSize) {
     ZPSimpleSet *set = ZPCreateSimpleSet(7, nullptr, nullptr);
     for (unsigned n : {1, 2, 3}) insert(set, n, 0);
     L released;
-    ZPResetSimpleSet(set, [](void *context, void *item) { static_cast<L *>(context)->push_back(number(item)); }, &released);
+    ZPResetSimpleSet(
+        set, [](void *context, void *item) { static_cast<L *>(context)->push_back(number(item)); }, &released);
     EXPECT_EQ(released, (L{3, 2, 1}));
     EXPECT_EQ(ZPSimpleSetCount(set), 0u);
     EXPECT_EQ(ZPSimpleSetNumBuckets(set), 8u);
@@ -225,7 +247,9 @@ TEST(SimpleHashing, RemovedEntriesDoNotSlowSearchesForEver) {
     auto hash = [](std::uintptr_t n) { return unsigned(n * 2654435761u) >> 2; };
     for (std::uintptr_t n = 1; n <= 1000000; ++n) {
         ASSERT_TRUE(insert(set, n, hash(n)));
-        if (n > 1000) { ASSERT_TRUE(remove(set, n - 1000, hash(n - 1000))); }
+        if (n > 1000) {
+            ASSERT_TRUE(remove(set, n - 1000, hash(n - 1000)));
+        }
     }
     auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     EXPECT_EQ(ZPSimpleSetNumBuckets(set), 2048u);

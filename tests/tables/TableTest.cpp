@@ -9,10 +9,8 @@
 #include <cstdlib>
 #include <vector>
 
-ZP_IMPLEMENT(TestItem)
-    .method<&TestItem::dealloc>("dealloc")
-    .method<&TestItem::hash>("hash")
-    .method<&TestItem::isEqual>("isEqual:");
+ZP_IMPLEMENT(TestItem).method<&TestItem::dealloc>("dealloc").method<&TestItem::hash>("hash").method<&TestItem::isEqual>(
+    "isEqual:");
 
 namespace {
 
@@ -61,8 +59,12 @@ TEST(HashTable, EnumeratesFromTheLastBucket) {
 }
 
 TEST(HashTable, StructuresAreEqualByTheirFirstWord) {
-    struct Pair { std::uintptr_t key, value; };
-    auto make = [](std::uintptr_t key, std::uintptr_t value) { return new (std::malloc(sizeof(Pair))) Pair{key, value}; };
+    struct Pair {
+        std::uintptr_t key, value;
+    };
+    auto make = [](std::uintptr_t key, std::uintptr_t value) {
+        return new (std::malloc(sizeof(Pair))) Pair{key, value};
+    };
     ZPHashTable *table = ZPCreateHashTable(ZPPointerToStructHashCallBacks, 0);
     ZPHashInsert(table, make(1, 10));
     ZPHashInsert(table, make(1, 11));  // frees the first
@@ -110,12 +112,17 @@ TEST(HashTable, ComparesAndCopies) {
 TEST(HashTable, Errors) {
     ZPAutoreleasePoolScope pool;
     ZPHashTable *table = ZPCreateHashTable(ZPIntHashCallBacks, 0);
-    EXPECT_EQ(raised([&] { ZPHashInsert(table, nullptr); }), "ZPInvalidArgumentException: *** ZPHashInsert(): attempt to insert NULL pointer");
-    EXPECT_EQ(raised([&] { ZPHashInsertKnownAbsent(table, nullptr); }), "ZPInvalidArgumentException: *** ZPHashInsertKnownAbsent(): attempt to insert NULL pointer");
-    EXPECT_EQ(raised([&] { ZPHashInsertIfAbsent(table, nullptr); }), "ZPInvalidArgumentException: *** ZPHashInsertIfAbsent(): attempt to insert NULL pointer");
-    EXPECT_EQ(raised([&] { ZPHashRemove(table, nullptr); }), "ZPInvalidArgumentException: *** ZPHashRemove(): attempt to remove NULL pointer");
+    EXPECT_EQ(raised([&] { ZPHashInsert(table, nullptr); }),
+              "ZPInvalidArgumentException: *** ZPHashInsert(): attempt to insert NULL pointer");
+    EXPECT_EQ(raised([&] { ZPHashInsertKnownAbsent(table, nullptr); }),
+              "ZPInvalidArgumentException: *** ZPHashInsertKnownAbsent(): attempt to insert NULL pointer");
+    EXPECT_EQ(raised([&] { ZPHashInsertIfAbsent(table, nullptr); }),
+              "ZPInvalidArgumentException: *** ZPHashInsertIfAbsent(): attempt to insert NULL pointer");
+    EXPECT_EQ(raised([&] { ZPHashRemove(table, nullptr); }),
+              "ZPInvalidArgumentException: *** ZPHashRemove(): attempt to remove NULL pointer");
     ZPHashInsertKnownAbsent(table, word(255));
-    EXPECT_EQ(raised([&] { ZPHashInsertKnownAbsent(table, word(255)); }), "ZPInvalidArgumentException: *** ZPHashInsertKnownAbsent(): item already in table: 0xff");
+    EXPECT_EQ(raised([&] { ZPHashInsertKnownAbsent(table, word(255)); }),
+              "ZPInvalidArgumentException: *** ZPHashInsertKnownAbsent(): item already in table: 0xff");
     ZPFreeHashTable(table);
     EXPECT_NE(raised([] { ZPCreateHashTable(ZPIntHashCallBacks, 357913942); }), "");
     EXPECT_NE(raised([] { ZPCreateHashTable(ZPIntHashCallBacks, ~0u); }), "");
@@ -124,7 +131,8 @@ TEST(HashTable, Errors) {
 TEST(HashTable, DescriptionAndArray) {
     ZPAutoreleasePoolScope pool;
     ZPHashTable *table = ZPCreateHashTable(ZPObjectHashCallBacks, 7);
-    std::string head = "<ZPHashTable: " + text(ZPString::stringWithFormat("0x%lx"_zp, reinterpret_cast<unsigned long>(table))) + "> ";
+    std::string head =
+        "<ZPHashTable: " + text(ZPString::stringWithFormat("0x%lx"_zp, reinterpret_cast<unsigned long>(table))) + "> ";
     EXPECT_EQ(text(ZPStringFromHashTable(table)), head + "()");
     EXPECT_EQ(ZPAllHashTableObjects(table)->count(), 0u);
     ZPHashInsert(table, "a"_zp);
@@ -172,17 +180,22 @@ TEST(MapTable, InsertionKeepsTheKeyAndReleasesTheOldValue) {
 TEST(MapTable, MarkersAndNullValues) {
     ZPAutoreleasePoolScope pool;
     ZPMapTable *ints = ZPCreateMapTable(ZPIntMapKeyCallBacks, ZPIntMapValueCallBacks, 0);
-    EXPECT_EQ(raised([&] { ZPMapInsert(ints, ZPNotAnIntMapKey, nullptr); }), "ZPInvalidArgumentException: *** ZPMapInsert(): attempt to insert notAKeyMarker");
-    EXPECT_EQ(raised([&] { ZPMapInsertKnownAbsent(ints, word(0x80000000), nullptr); }), "ZPInvalidArgumentException: *** ZPMapInsertKnownAbsent(): attempt to insert notAKeyMarker");
-    EXPECT_EQ(raised([&] { ZPMapInsertIfAbsent(ints, word(0x80000000), nullptr); }), "ZPInvalidArgumentException: *** ZPMapInsertIfAbsent(): attempt to insert notAKeyMarker");
-    EXPECT_EQ(raised([&] { ZPMapRemove(ints, word(0x80000000)); }), "ZPInvalidArgumentException: *** ZPMapRemove(): attempt to remove notAKeyMarker");
+    EXPECT_EQ(raised([&] { ZPMapInsert(ints, ZPNotAnIntMapKey, nullptr); }),
+              "ZPInvalidArgumentException: *** ZPMapInsert(): attempt to insert notAKeyMarker");
+    EXPECT_EQ(raised([&] { ZPMapInsertKnownAbsent(ints, word(0x80000000), nullptr); }),
+              "ZPInvalidArgumentException: *** ZPMapInsertKnownAbsent(): attempt to insert notAKeyMarker");
+    EXPECT_EQ(raised([&] { ZPMapInsertIfAbsent(ints, word(0x80000000), nullptr); }),
+              "ZPInvalidArgumentException: *** ZPMapInsertIfAbsent(): attempt to insert notAKeyMarker");
+    EXPECT_EQ(raised([&] { ZPMapRemove(ints, word(0x80000000)); }),
+              "ZPInvalidArgumentException: *** ZPMapRemove(): attempt to remove notAKeyMarker");
     EXPECT_EQ(ZPMapGet(ints, word(0x80000000)), nullptr);
     ZPMapInsert(ints, word(0), nullptr);
     EXPECT_EQ(ZPMapGet(ints, word(0)), nullptr);
     EXPECT_TRUE(ZPMapMember(ints, word(0), nullptr, nullptr));
     EXPECT_FALSE(ZPMapMember(ints, word(1), nullptr, nullptr));
     ZPMapInsertKnownAbsent(ints, word(7), word(8));
-    EXPECT_EQ(raised([&] { ZPMapInsertKnownAbsent(ints, word(7), word(9)); }), "ZPInvalidArgumentException: *** ZPMapInsertKnownAbsent(): key already in table: 0x7");
+    EXPECT_EQ(raised([&] { ZPMapInsertKnownAbsent(ints, word(7), word(9)); }),
+              "ZPInvalidArgumentException: *** ZPMapInsertKnownAbsent(): key already in table: 0x7");
     EXPECT_EQ(ZPMapGet(ints, word(7)), word(8));
     ZPFreeMapTable(ints);
 
@@ -198,7 +211,8 @@ TEST(MapTable, MarkersAndNullValues) {
 
 TEST(MapTable, OwnedPointersAreFreed) {  // the leak checker watches
     ZPZone *zone = ZPCreateZone(0, 0, YES);
-    ZPMapTable *table = ZPCreateMapTableWithZone(ZPOwnedPointerMapKeyCallBacks, ZPOwnedPointerMapValueCallBacks, 0, zone);
+    ZPMapTable *table =
+        ZPCreateMapTableWithZone(ZPOwnedPointerMapKeyCallBacks, ZPOwnedPointerMapValueCallBacks, 0, zone);
     for (int i = 0; i < 50; ++i) ZPMapInsert(table, std::malloc(8), i % 2 ? std::malloc(8) : ZPZoneMalloc(zone, 8));
     EXPECT_EQ(ZPZoneFromPointer(table), zone);
     EXPECT_EQ(ZPZoneFromPointer(table->dictionary), zone);
@@ -209,7 +223,8 @@ TEST(MapTable, OwnedPointersAreFreed) {  // the leak checker watches
 TEST(MapTable, DescriptionEnumerationAndArrays) {
     ZPAutoreleasePoolScope pool;
     ZPMapTable *table = ZPCreateMapTable(ZPObjectMapKeyCallBacks, ZPIntMapValueCallBacks, 7);
-    std::string head = "<ZPMapTable: " + text(ZPString::stringWithFormat("0x%lx"_zp, reinterpret_cast<unsigned long>(table))) + "> ";
+    std::string head =
+        "<ZPMapTable: " + text(ZPString::stringWithFormat("0x%lx"_zp, reinterpret_cast<unsigned long>(table))) + "> ";
     EXPECT_EQ(text(ZPStringFromMapTable(table)), head + "{}");
     ZPMapInsert(table, "a"_zp, word(1));
     ZPMapInsert(table, "b"_zp, word(0));

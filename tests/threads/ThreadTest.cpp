@@ -110,7 +110,8 @@ TEST(Thread, EveryThreadHasItsOwnObjectAndDictionary) {
 TEST(Thread, StringsCollectionsAndClassesFromManyThreads) {
     // Placeholders, literals, caches of classes seen for the first time, shared immutable objects.
     ZPAutoreleasePoolScope pool;
-    ZPRef<ZPArray> shared = ZPArray::arrayWithObjects("one"_zp, ZPString::stringWithFormat("%d"_zp, 2), "drei und mehr Zeichen als in ein kleines Stück passen"_zp);
+    ZPRef<ZPArray> shared = ZPArray::arrayWithObjects("one"_zp, ZPString::stringWithFormat("%d"_zp, 2),
+                                                      "drei und mehr Zeichen als in ein kleines Stück passen"_zp);
     std::atomic<int> wrong{0};
     std::vector<std::thread> threads;
     for (int t = 0; t < 8; ++t)
@@ -151,7 +152,8 @@ TEST(Thread, StartsAndEnds) {
         center->removeObserver(worker.get());
         worker->_ended->unlock();
         worker->_ended->release();
-        for (int i = 0; i < 1000 && (living || unwound != 1 + exits || worker->retainCount() > 1); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        for (int i = 0; i < 1000 && (living || unwound != 1 + exits || worker->retainCount() > 1); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
         EXPECT_EQ(living, 0) << "what hung on the thread is released";
         EXPECT_EQ(unwound, 1 + exits) << "the frames of the thread are unwound";
         EXPECT_EQ(worker->retainCount(), 1u);
@@ -218,8 +220,10 @@ TEST(Thread, EndsInsideADelivery) {
     for (auto &q : {first, second}) center->addObserver_selector_name_object(q.get(), "quit:"_sel, "quit"_zp, nullptr);
     unwound = 0;
     constexpr int threads = 4;
-    for (int i = 0; i < threads; ++i) ZPThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, first.get(), nullptr);
-    for (int i = 0; i < 2000 && (living || unwound < 2 * threads || first->retainCount() > 1); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    for (int i = 0; i < threads; ++i)
+        ZPThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, first.get(), nullptr);
+    for (int i = 0; i < 2000 && (living || unwound < 2 * threads || first->retainCount() > 1); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     for (auto &q : {first, second}) center->removeObserver(q.get());
     EXPECT_EQ(unwound, 2 * threads);
     EXPECT_EQ(living, 0);
@@ -248,8 +252,10 @@ TEST(Thread, TheStepToManyThreadsComesOnce) {
             ZPRef<Worker> worker = ZPAdopt(Worker::new_());
             worker->_ended = (ZPConditionLock *)ZPConditionLock::new_();
             ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
-            center->addObserver_selector_name_object(worker.get(), "becoming:"_sel, ZPWillBecomeMultiThreadedNotification, nullptr);
-            center->addObserver_selector_name_object(worker.get(), "willExit:"_sel, ZPThreadWillExitNotification, nullptr);
+            center->addObserver_selector_name_object(worker.get(), "becoming:"_sel,
+                                                     ZPWillBecomeMultiThreadedNotification, nullptr);
+            center->addObserver_selector_name_object(worker.get(), "willExit:"_sel, ZPThreadWillExitNotification,
+                                                     nullptr);
             BOOL before = ZPThread::isMultiThreaded();
             BOOL locked = center->_lock != nullptr;
             for (int i = 0; i < 3; ++i) {
@@ -257,7 +263,8 @@ TEST(Thread, TheStepToManyThreadsComesOnce) {
                 worker->_ended->lockWhenCondition(1);
                 worker->_ended->unlockWithCondition(0);
             }
-            std::fprintf(stderr, "%d %d %d %d %d", before, locked, ZPThread::isMultiThreaded(), center->_lock != nullptr, worker->_heard);
+            std::fprintf(stderr, "%d %d %d %d %d", before, locked, ZPThread::isMultiThreaded(),
+                         center->_lock != nullptr, worker->_heard);
             _exit(0);
         },
         testing::ExitedWithCode(0), "0 0 1 1 1");

@@ -20,11 +20,15 @@
 namespace {
 
 ZPTimeZone *gmt() { return ZPTimeZone::timeZoneForSecondsFromGMT(0); }
-ZPCalendarDate *on(int year, unsigned month, unsigned day, unsigned hour = 0, unsigned minute = 0, unsigned second = 0, ZPTimeZone *zone = gmt()) {
-    return ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(year, month, day, hour, minute, second, zone);
+ZPCalendarDate *on(int year, unsigned month, unsigned day, unsigned hour = 0, unsigned minute = 0, unsigned second = 0,
+                   ZPTimeZone *zone = gmt()) {
+    return ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(year, month, day, hour, minute, second,
+                                                                              zone);
 }
 std::string text(ZPObject *object) { return object->description()->cString(); }
-std::string shown(ZPCalendarDate *date, ZPString *format) { return date->descriptionWithCalendarFormat(format)->cString(); }
+std::string shown(ZPCalendarDate *date, ZPString *format) {
+    return date->descriptionWithCalendarFormat(format)->cString();
+}
 ZPCalendarDate *add(ZPCalendarDate *date, int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
     return date->dateByAddingYears_months_days_hours_minutes_seconds(y, mo, d, h, mi, s);
 }
@@ -37,7 +41,8 @@ const int zoneIsSet = setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1);
 TEST(Calendar, AgreesWithTheCLibraryOnEveryDay) {
     // Every day of years 1 to 4001: fields at a varying second of the day, and back.
     ZPAutoreleasePoolScope pool;
-    ZPRef<ZPCalendarDate> date = ZPAdopt((ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(0));
+    ZPRef<ZPCalendarDate> date =
+        ZPAdopt((ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(0));
     date->setTimeZone(gmt());
     std::tm fields{};
     fields.tm_year = 1 - 1900;
@@ -51,14 +56,16 @@ TEST(Calendar, AgreesWithTheCLibraryOnEveryDay) {
         gmtime_r(&t, &fields);
         date->initWithTimeIntervalSinceReferenceDate(double(t) - 978307200.0);
         int y = date->yearOfCommonEra(), m = date->monthOfYear(), d = date->dayOfMonth();
-        if (y != fields.tm_year + 1900 || m != fields.tm_mon + 1 || d != fields.tm_mday || date->dayOfWeek() != fields.tm_wday ||
-            date->dayOfYear() != fields.tm_yday + 1 || date->dayOfCommonEra() != days + 1 || date->hourOfDay() != fields.tm_hour ||
+        if (y != fields.tm_year + 1900 || m != fields.tm_mon + 1 || d != fields.tm_mday ||
+            date->dayOfWeek() != fields.tm_wday || date->dayOfYear() != fields.tm_yday + 1 ||
+            date->dayOfCommonEra() != days + 1 || date->hourOfDay() != fields.tm_hour ||
             date->minuteOfHour() != fields.tm_min || date->secondOfMinute() != fields.tm_sec) {
             ++wrong;
             ADD_FAILURE() << "day " << days << ": " << y << "-" << m << "-" << d;
         }
-        date->initWithYear_month_day_hour_minute_second_timeZone(y, unsigned(m), unsigned(d), unsigned(fields.tm_hour), unsigned(fields.tm_min),
-                                                                  unsigned(fields.tm_sec), gmt());
+        date->initWithYear_month_day_hour_minute_second_timeZone(y, unsigned(m), unsigned(d), unsigned(fields.tm_hour),
+                                                                 unsigned(fields.tm_min), unsigned(fields.tm_sec),
+                                                                 gmt());
         if (date->_timeIntervalSinceReferenceDate != double(t) - 978307200.0) {
             ++wrong;
             ADD_FAILURE() << "back from " << y << "-" << m << "-" << d;
@@ -93,8 +100,12 @@ TEST(Calendar, KnownDates) {
 TEST(Calendar, FieldsOfAnyTimeAreDefined) {
     ZPAutoreleasePoolScope pool;
     double inf = std::numeric_limits<double>::infinity();
-    for (double t : {-63113904000.0 - 1, -63113904000.0 - 86400.5, 1e12, 1.85e14, 1.86e14, 1e18, 1e19, -1e19, 1e300, -1e300, inf, -inf, std::nan("")}) {
-        ZPCalendarDate *d = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(t)->autorelease().pointer();
+    for (double t : {-63113904000.0 - 1, -63113904000.0 - 86400.5, 1e12, 1.85e14, 1.86e14, 1e18, 1e19, -1e19, 1e300,
+                     -1e300, inf, -inf, std::nan("")}) {
+        ZPCalendarDate *d = (ZPCalendarDate *)ZPCalendarDate::alloc()
+                                ->initWithTimeIntervalSinceReferenceDate(t)
+                                ->autorelease()
+                                .pointer();
         d->setTimeZone(gmt());
         EXPECT_GE(d->monthOfYear(), 1);
         EXPECT_LE(d->monthOfYear(), 12);
@@ -108,13 +119,18 @@ TEST(Calendar, FieldsOfAnyTimeAreDefined) {
         add(d, INT_MIN, INT_MIN, INT_MIN, INT_MIN, INT_MIN, INT_MIN)->description();
         int y, mo, s;
         d->years_months_days_hours_minutes_seconds_sinceDate(&y, &mo, nullptr, nullptr, nullptr, &s, on(2000, 1, 1));
-        on(2000, 1, 1)->years_months_days_hours_minutes_seconds_sinceDate(nullptr, nullptr, &y, nullptr, nullptr, &s, d);
+        on(2000, 1, 1)
+            ->years_months_days_hours_minutes_seconds_sinceDate(nullptr, nullptr, &y, nullptr, nullptr, &s, d);
     }
-    ZPCalendarDate *early = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(-63113904000.0 - 86400)->autorelease().pointer();
+    ZPCalendarDate *early = (ZPCalendarDate *)ZPCalendarDate::alloc()
+                                ->initWithTimeIntervalSinceReferenceDate(-63113904000.0 - 86400)
+                                ->autorelease()
+                                .pointer();
     early->setTimeZone(gmt());
     EXPECT_EQ(early->dayOfCommonEra(), 0);  // not clamped
     EXPECT_EQ(early->yearOfCommonEra(), 1);
-    for (int zone : {INT_MIN, INT_MAX}) text(on(2000, 1, 1, UINT_MAX, UINT_MAX, UINT_MAX, ZPTimeZone::timeZoneForSecondsFromGMT(zone)));
+    for (int zone : {INT_MIN, INT_MAX})
+        text(on(2000, 1, 1, UINT_MAX, UINT_MAX, UINT_MAX, ZPTimeZone::timeZoneForSecondsFromGMT(zone)));
     text(on(INT_MAX, 255, 255));
     text(on(INT_MIN, 0, 0));
 }
@@ -145,20 +161,27 @@ TEST(Calendar, Adding) {
 TEST(Calendar, Differences) {
     ZPAutoreleasePoolScope pool;
     int y = 9, mo = 9, d = 9, h = 9, mi = 9, s = 9;
-    on(2000, 3, 1)->years_months_days_hours_minutes_seconds_sinceDate(nullptr, &mo, &d, nullptr, nullptr, nullptr, on(2000, 1, 31));
+    on(2000, 3, 1)
+        ->years_months_days_hours_minutes_seconds_sinceDate(nullptr, &mo, &d, nullptr, nullptr, nullptr,
+                                                            on(2000, 1, 31));
     EXPECT_EQ(mo, 1);
     EXPECT_EQ(d, 1);
-    on(2000, 3, 1)->years_months_days_hours_minutes_seconds_sinceDate(nullptr, nullptr, &d, nullptr, nullptr, nullptr, on(2000, 1, 31));
+    on(2000, 3, 1)
+        ->years_months_days_hours_minutes_seconds_sinceDate(nullptr, nullptr, &d, nullptr, nullptr, nullptr,
+                                                            on(2000, 1, 31));
     EXPECT_EQ(d, 30);
     on(2000, 1, 31)->years_months_days_hours_minutes_seconds_sinceDate(&y, &mo, &d, &h, &mi, &s, on(2000, 1, 31));
     EXPECT_EQ(std::vector<int>({y, mo, d, h, mi, s}), std::vector<int>(6, 0));
-    on(1, 1, 1)->years_months_days_hours_minutes_seconds_sinceDate(nullptr, &mo, nullptr, nullptr, nullptr, nullptr, on(4000, 12, 31));
+    on(1, 1, 1)->years_months_days_hours_minutes_seconds_sinceDate(nullptr, &mo, nullptr, nullptr, nullptr, nullptr,
+                                                                   on(4000, 12, 31));
     EXPECT_EQ(mo, -47999);
     // The counts lead as near to the later date as whole units can, in both directions.
     std::mt19937 random(3);
     for (int i = 0; i < 300; ++i) {
-        ZPCalendarDate *a = on(1 + int(random() % 4000), 1 + random() % 12, 1 + random() % 28, random() % 24, random() % 60, random() % 60);
-        ZPCalendarDate *b = on(1 + int(random() % 4000), 1 + random() % 12, 1 + random() % 31, random() % 24, random() % 60, random() % 60);
+        ZPCalendarDate *a = on(1 + int(random() % 4000), 1 + random() % 12, 1 + random() % 28, random() % 24,
+                               random() % 60, random() % 60);
+        ZPCalendarDate *b = on(1 + int(random() % 4000), 1 + random() % 12, 1 + random() % 31, random() % 24,
+                               random() % 60, random() % 60);
         unsigned asked = random() % 32;
         int *out[5] = {&y, &mo, &d, &h, &mi};
         for (int k = 0; k < 5; ++k)
@@ -204,20 +227,29 @@ TEST(Calendar, DifferencesAreThoseOfStepping) {
     for (ZPTimeZone *zone : {gmt(), (ZPTimeZone *)ZPTimeZone::timeZoneForSecondsFromGMT(-12600)})
         for (int i = 0; i < 640; ++i) {
             ZPAutoreleasePoolScope inner;
-            auto near = [&](ZPCalendarDate *d) { return (ZPCalendarDate *)d->addTimeInterval(double(random() % 20000000) / 4 - 2500000); };
-            ZPCalendarDate *from = on(50 + int(random() % 2000), 1 + random() % 12, 1 + random() % 31, random() % 24, random() % 60, random() % 60, zone);
-            ZPCalendarDate *to = i % 2 ? near(from) : on(50 + int(random() % 2000), 1 + random() % 12, 1 + random() % 31, random() % 24, random() % 60, random() % 60, zone);
+            auto near = [&](ZPCalendarDate *d) {
+                return (ZPCalendarDate *)d->addTimeInterval(double(random() % 20000000) / 4 - 2500000);
+            };
+            ZPCalendarDate *from = on(50 + int(random() % 2000), 1 + random() % 12, 1 + random() % 31, random() % 24,
+                                      random() % 60, random() % 60, zone);
+            ZPCalendarDate *to = i % 2 ? near(from)
+                                       : on(50 + int(random() % 2000), 1 + random() % 12, 1 + random() % 31,
+                                            random() % 24, random() % 60, random() % 60, zone);
             unsigned asked = unsigned(i) % 64;
-            if (!(asked & 31) && std::abs(to->timeIntervalSinceDate(from)) > 2e9) continue;  // seconds alone are cut to an int
+            if (!(asked & 31) && std::abs(to->timeIntervalSinceDate(from)) > 2e9)
+                continue;  // seconds alone are cut to an int
             if (!(asked & 15) && std::abs(to->timeIntervalSinceDate(from)) > 1e8) to = near(from);  // not so many steps
             int got[6] = {};
             int *out[6];
             for (int k = 0; k < 6; ++k) out[k] = asked >> k & 1 ? &got[k] : nullptr;
             to->years_months_days_hours_minutes_seconds_sinceDate(out[0], out[1], out[2], out[3], out[4], out[5], from);
-            EXPECT_EQ(std::vector<int>(got, got + 6), differenceStepByStep(to, from, asked)) << text(from) << " to " << text(to) << ", units " << asked;
+            EXPECT_EQ(std::vector<int>(got, got + 6), differenceStepByStep(to, from, asked))
+                << text(from) << " to " << text(to) << ", units " << asked;
         }
     int years = 7;
-    on(2000, 1, 1)->years_months_days_hours_minutes_seconds_sinceDate(&years, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+    on(2000, 1, 1)
+        ->years_months_days_hours_minutes_seconds_sinceDate(&years, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                                            nullptr);
     EXPECT_EQ(years, 0);
 }
 
@@ -270,7 +302,8 @@ TEST(Calendar, AClientsZoneMayAskTheDate) {
     EXPECT_EQ(date->timeIntervalSinceDate(on(2001, 2, 2, 23, 5, 6)), 0);
     ZPTimeZoneDetail *before = ZPTimeZone::defaultTimeZone();
     ZPTimeZone::setDefaultTimeZone(zone);
-    date = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(0)->autorelease().pointer();
+    date =
+        (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(0)->autorelease().pointer();
     EXPECT_EQ(date->hourOfDay(), 5);
     ZPTimeZone::setDefaultTimeZone(before);
 }
@@ -279,7 +312,8 @@ TEST(HostZone, ItsTableSaysWhatTheCLibrarySays) {
     // In a process of its own: the zone is chosen once.
     if (access("/usr/share/zoneinfo/Europe/Berlin", R_OK) != 0) GTEST_SKIP() << "no time zone database";
     testing::FLAGS_gtest_death_test_style = "threadsafe";
-    for (const char *name : {"Europe/Berlin", "America/New_York", "Asia/Kathmandu", ":Australia/Lord_Howe", "EST5EDT4,M3.2.0,M11.1.0", "No/Such_Zone", "../etc/passwd", ""}) {
+    for (const char *name : {"Europe/Berlin", "America/New_York", "Asia/Kathmandu", ":Australia/Lord_Howe",
+                             "EST5EDT4,M3.2.0,M11.1.0", "No/Such_Zone", "../etc/passwd", ""}) {
         EXPECT_EXIT(
             {
                 setenv("TZ", name, 1);
@@ -288,11 +322,19 @@ TEST(HostZone, ItsTableSaysWhatTheCLibrarySays) {
                 std::mt19937_64 random(5);
                 int wrong = 0;
                 for (int i = 0; i < 20000; ++i) {
-                    std::time_t t = i % 2 ? std::time_t(random() % 10000000000ull) - 5000000000 : std::time_t(random() % 4000000000u);
+                    std::time_t t = i % 2 ? std::time_t(random() % 10000000000ull) - 5000000000
+                                          : std::time_t(random() % 4000000000u);
                     std::tm f;
                     localtime_r(&t, &f);
-                    ZPTimeZoneDetail *d = ((ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(double(t) - 978307200)->autorelease().pointer())->timeZoneDetail();
-                    if (d->timeZoneSecondsFromGMT() != f.tm_gmtoff || d->isDaylightSavingTimeZone() != (f.tm_isdst > 0) || std::string(f.tm_zone) != d->timeZoneAbbreviation()->cString()) ++wrong;
+                    ZPTimeZoneDetail *d = ((ZPCalendarDate *)ZPCalendarDate::alloc()
+                                               ->initWithTimeIntervalSinceReferenceDate(double(t) - 978307200)
+                                               ->autorelease()
+                                               .pointer())
+                                              ->timeZoneDetail();
+                    if (d->timeZoneSecondsFromGMT() != f.tm_gmtoff ||
+                        d->isDaylightSavingTimeZone() != (f.tm_isdst > 0) ||
+                        std::string(f.tm_zone) != d->timeZoneAbbreviation()->cString())
+                        ++wrong;
                 }
                 std::fprintf(stderr, "%d wrong", wrong);
                 std::_Exit(0);

@@ -30,7 +30,9 @@ struct OwnDate : ZPDate {  // a client's subclass: the primitives alone
     }
     double time() { return _own; }
 };
-ZP_IMPLEMENT(OwnDate).method<&OwnDate::initWithTime>("initWithTimeIntervalSinceReferenceDate:").method<&OwnDate::time>("timeIntervalSinceReferenceDate");
+ZP_IMPLEMENT(OwnDate)
+    .method<&OwnDate::initWithTime>("initWithTimeIntervalSinceReferenceDate:")
+    .method<&OwnDate::time>("timeIntervalSinceReferenceDate");
 
 }  // namespace
 
@@ -57,8 +59,10 @@ TEST(Date, PointsInTime) {
     EXPECT_EQ(at(-3.9)->hash(), unsigned(-3));
     for (double t : {1e300, -1e300, std::numeric_limits<double>::infinity(), std::nan("")}) at(t)->hash();
     // A date of another class with the same time is equal, and hashes the same.
-    ZPDate *own = (ZPDate *)((ZPDate *)OwnDate::alloc())->initWithTimeIntervalSinceReferenceDate(12.5)->autorelease().pointer();
-    ZPDate *calendar = (ZPDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(12.5)->autorelease().pointer();
+    ZPDate *own =
+        (ZPDate *)((ZPDate *)OwnDate::alloc())->initWithTimeIntervalSinceReferenceDate(12.5)->autorelease().pointer();
+    ZPDate *calendar =
+        (ZPDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(12.5)->autorelease().pointer();
     for (ZPDate *x : {own, calendar, b})
         for (ZPDate *y : {own, calendar, b}) {
             EXPECT_TRUE(x->isEqual(y));
@@ -76,8 +80,12 @@ TEST(Date, DistantDates) {
     EXPECT_EQ(future->timeIntervalSinceNow(), 63113990400.0);
     EXPECT_EQ(future->timeIntervalSinceDate(now), 63113990400.0);
     EXPECT_EQ(past->timeIntervalSince1970(), -63113817600.0);
-    EXPECT_EQ(text(ZPDate::distantFuture()->dateWithCalendarFormat_timeZone(nullptr, ZPTimeZone::timeZoneForSecondsFromGMT(0))), "4001-01-02 00:00:00 +0000");
-    EXPECT_EQ(text(ZPDate::distantPast()->dateWithCalendarFormat_timeZone("%Y-%m-%d"_zp, ZPTimeZone::timeZoneForSecondsFromGMT(0))), "1-01-02");
+    EXPECT_EQ(text(ZPDate::distantFuture()->dateWithCalendarFormat_timeZone(nullptr,
+                                                                            ZPTimeZone::timeZoneForSecondsFromGMT(0))),
+              "4001-01-02 00:00:00 +0000");
+    EXPECT_EQ(text(ZPDate::distantPast()->dateWithCalendarFormat_timeZone("%Y-%m-%d"_zp,
+                                                                          ZPTimeZone::timeZoneForSecondsFromGMT(0))),
+              "1-01-02");
     EXPECT_EQ(future->compare(now), 1);
     EXPECT_EQ(past->compare(now), -1);
     EXPECT_EQ(past->compare(past), 0);
@@ -101,15 +109,18 @@ TEST(Date, DistantDates) {
 TEST(Date, ReadsItsOwnDescription) {
     ZPAutoreleasePoolScope pool;
     EXPECT_EQ(ZPDate::dateWithString("2001-01-01 10:00:00 +0100"_zp)->timeIntervalSinceReferenceDate(), 9 * 3600);
-    ZPDate *calendar = objc_msgSend<ZPDate *>(id(ZPCalendarDate::class_()), "dateWithString:"_sel, "1999/12/31T23.59.58 -0430"_zp);
+    ZPDate *calendar =
+        objc_msgSend<ZPDate *>(id(ZPCalendarDate::class_()), "dateWithString:"_sel, "1999/12/31T23.59.58 -0430"_zp);
     EXPECT_EQ(text(calendar), "1999-12-31 23:59:58 -0430");
-    for (double t : {0.0, 1e9, -5e10, 6.2e10}) EXPECT_EQ(ZPDate::dateWithString(at(t)->description())->timeIntervalSinceReferenceDate(), t);
-    for (const char *bad : {"", "2001", "2001-01-01 10:00:00", "2001-01-01 10:00:00 ", "2001-01-01 10:00:00 0100", "2001-01-01 10:00:00 +", "a-b-c d:e:f +1",
-                            "2001--01 10:00:00 +0100"})
+    for (double t : {0.0, 1e9, -5e10, 6.2e10})
+        EXPECT_EQ(ZPDate::dateWithString(at(t)->description())->timeIntervalSinceReferenceDate(), t);
+    for (const char *bad : {"", "2001", "2001-01-01 10:00:00", "2001-01-01 10:00:00 ", "2001-01-01 10:00:00 0100",
+                            "2001-01-01 10:00:00 +", "a-b-c d:e:f +1", "2001--01 10:00:00 +0100"})
         EXPECT_EQ(ZPDate::dateWithString(ZPString::stringWithCString(bad)), nullptr) << bad;
     EXPECT_EQ(ZPDate::dateWithString(nullptr), nullptr);
     // Numbers of any size are defined.
-    ZPDate::dateWithString("99999999999999999999-999-999 99999999999:999999999999:99999999999999 +99999999999999999"_zp);
+    ZPDate::dateWithString(
+        "99999999999999999999-999-999 99999999999:999999999999:99999999999999 +99999999999999999"_zp);
 }
 
 TEST(TimeZone, FixedDistances) {
@@ -127,7 +138,8 @@ TEST(TimeZone, FixedDistances) {
     EXPECT_EQ(text(ZPTimeZone::timeZoneForSecondsFromGMT(-14400)), "GMT-0400 offset -14400");
     EXPECT_EQ(zone->timeZoneDetailForDate(ZPDate::date()), zone);
     EXPECT_EQ(zone->timeZoneDetailArray()->count(), 1u);
-    ZPRef<ZPTimeZoneDetail> own = ZPAdopt(ZPTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT("GMT+1345"_zp, "GMT+1345"_zp, 49530));
+    ZPRef<ZPTimeZoneDetail> own = ZPAdopt(
+        ZPTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT("GMT+1345"_zp, "GMT+1345"_zp, 49530));
     EXPECT_TRUE(own->isEqual(zone));
     EXPECT_EQ(own->hash(), 49530u);
     EXPECT_EQ(ZPTimeZone::timeZoneWithAbbreviation("UTC"_zp)->timeZoneSecondsFromGMT(), 0);

@@ -16,20 +16,29 @@ namespace {
 
 ZPString *zp(const std::string &s) { return ZPString::stringWithCString(s.c_str()); }
 ZPTimeZone *gmt() { return ZPTimeZone::timeZoneForSecondsFromGMT(0); }
-ZPCalendarDate *sample() { return ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(2003, 9, 4, 15, 6, 7, gmt()); }
+ZPCalendarDate *sample() {
+    return ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(2003, 9, 4, 15, 6, 7, gmt());
+}
 std::string shown(const char *format, ZPDictionary *locale = nullptr, ZPCalendarDate *date = sample()) {
     return date->descriptionWithCalendarFormat_locale(zp(format), locale)->cString();
 }
 /// The date read, in GMT; "null" when it does not match.
 std::string read(const char *text, const char *format, ZPDictionary *locale = nullptr) {
-    ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat_locale(zp(text), zp(std::string(format) + " %Z"), locale);
-    if (!date) date = ZPCalendarDate::dateWithString_calendarFormat_locale(zp(std::string(text) + " GMT"), zp(std::string(format) + " %Z"), locale);
+    ZPCalendarDate *date =
+        ZPCalendarDate::dateWithString_calendarFormat_locale(zp(text), zp(std::string(format) + " %Z"), locale);
+    if (!date)
+        date = ZPCalendarDate::dateWithString_calendarFormat_locale(zp(std::string(text) + " GMT"),
+                                                                    zp(std::string(format) + " %Z"), locale);
     if (!date) return "null";
     return date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString();
 }
 ZPDictionary *german() {
-    return (ZPDictionary *)(ZPObject *)"{ZPWeekDayNameArray = (Sonntag, Montag, Dienstag, Mittwoch, Donnerstag, Freitag, Samstag); ZPMonthNameArray = (Januar);"
-                                       "ZPAMPMDesignation = (vorm, nachm); ZPTimeDateFormatString = \"%A, %d.%m.%Y %H:%M\";}"_zp->propertyList().pointer();
+    return (ZPDictionary
+                *)(ZPObject
+                       *)"{ZPWeekDayNameArray = (Sonntag, Montag, Dienstag, Mittwoch, Donnerstag, Freitag, Samstag); ZPMonthNameArray = (Januar);"
+                         "ZPAMPMDesignation = (vorm, nachm); ZPTimeDateFormatString = \"%A, %d.%m.%Y %H:%M\";}"_zp
+                             ->propertyList()
+                             .pointer();
 }
 
 }  // namespace
@@ -48,8 +57,11 @@ TEST(DateText, EveryDirective) {
     EXPECT_EQ(shown("%12"), "");
     EXPECT_EQ(shown(""), "");
     EXPECT_EQ(shown("%99999999999999999999d").size(), 1000u);
-    EXPECT_EQ(shown("%I %p", nullptr, ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(2000, 1, 1, 0, 0, 0, gmt())), "12 AM");
-    EXPECT_EQ(shown("%z", nullptr, (sample()->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(-12600)), sample())), "+0000");
+    EXPECT_EQ(shown("%I %p", nullptr,
+                    ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(2000, 1, 1, 0, 0, 0, gmt())),
+              "12 AM");
+    EXPECT_EQ(shown("%z", nullptr, (sample()->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(-12600)), sample())),
+              "+0000");
     ZPCalendarDate *west = sample();
     west->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(-12600));
     EXPECT_EQ(shown("%H:%M %z", nullptr, west), "11:36 -0330");
@@ -58,7 +70,11 @@ TEST(DateText, EveryDirective) {
     std::string longer(500, 'x');
     EXPECT_EQ(shown((longer + "%Y").c_str()), longer + "2003");
     ZPDate *plain = ZPDate::dateWithTimeIntervalSinceReferenceDate(0.5);
-    EXPECT_EQ(std::string(plain->descriptionWithCalendarFormat_timeZone_locale("%Y %z"_zp, ZPTimeZone::timeZoneForSecondsFromGMT(3600), nullptr)->cString()), "2001 +0100");
+    EXPECT_EQ(std::string(plain
+                              ->descriptionWithCalendarFormat_timeZone_locale(
+                                  "%Y %z"_zp, ZPTimeZone::timeZoneForSecondsFromGMT(3600), nullptr)
+                              ->cString()),
+              "2001 +0100");
 }
 
 TEST(DateText, Locales) {
@@ -78,7 +94,11 @@ TEST(DateText, Locales) {
     ZPDictionary *wide = ZPDictionary::dictionaryWithObject_forKey(zp(many), ZPTimeDateFormatString);
     EXPECT_LT(shown("%c", wide).size(), 20000u);  // not a thousand times a thousand
     EXPECT_EQ(read("x", "%c", wide), "null");
-    ZPDictionary *broken = (ZPDictionary *)(ZPObject *)"{ZPMonthNameArray = {a = b;}; ZPAMPMDesignation = x; ZPTimeDateFormatString = (1);}"_zp->propertyList().pointer();
+    ZPDictionary *broken =
+        (ZPDictionary *)(ZPObject
+                             *)"{ZPMonthNameArray = {a = b;}; ZPAMPMDesignation = x; ZPTimeDateFormatString = (1);}"_zp
+            ->propertyList()
+            .pointer();
     EXPECT_EQ(shown("%B %p %x", broken), "September PM Thu Sep 04 2003");
     ZPDictionary *english = _ZPDefaultEnglishLanguageDict();
     EXPECT_EQ(english->count(), 30u);
@@ -87,7 +107,9 @@ TEST(DateText, Locales) {
 
 TEST(DateText, Reading) {
     ZPAutoreleasePoolScope pool;
-    struct { const char *text, *format, *date; } cases[] = {
+    struct {
+        const char *text, *format, *date;
+    } cases[] = {
         {"1999-12-31", "%Y-%m-%d", "1999-12-31 00:00:00"},
         {"  1999 - 12-31", "%Y-%m-%d", "1999-12-31 00:00:00"},
         {"1999-12", "%Y-%m-%d", "null"},
@@ -116,10 +138,15 @@ TEST(DateText, Reading) {
     for (auto &c : cases) {
         std::string format = c.format, text = c.text;
         ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(zp(text), zp(format));
-        EXPECT_EQ(date ? std::string(date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString()) : "null", c.date) << c.text << " by " << c.format;
+        EXPECT_EQ(date ? std::string(date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString()) : "null",
+                  c.date)
+            << c.text << " by " << c.format;
     }
-    auto date = [](const char *text, const char *format) { return ZPCalendarDate::dateWithString_calendarFormat(zp(text), zp(format)); };
-    EXPECT_EQ(date("1999-12-31 and more", "%Y-%m-%d")->calendarFormat()->length(), 8u);  // the rest is ignored, the format kept
+    auto date = [](const char *text, const char *format) {
+        return ZPCalendarDate::dateWithString_calendarFormat(zp(text), zp(format));
+    };
+    EXPECT_EQ(date("1999-12-31 and more", "%Y-%m-%d")->calendarFormat()->length(),
+              8u);  // the rest is ignored, the format kept
     EXPECT_EQ(date("2001-01-01 01:00 +0100", "%Y-%m-%d %H:%M %z")->timeIntervalSinceReferenceDate(), 0);
     EXPECT_EQ(date("2001-01-01 01:00 -0130", "%Y-%m-%d %H:%M %z")->timeIntervalSinceReferenceDate(), 2.5 * 3600);
     EXPECT_EQ(date("2001-01-01 01:00 GMT", "%Y-%m-%d %H:%M %Z")->timeIntervalSinceReferenceDate(), 3600);
@@ -136,12 +163,16 @@ TEST(DateText, Reading) {
 TEST(DateText, RoundTrips) {
     ZPAutoreleasePoolScope pool;
     std::mt19937_64 random(11);
-    for (const char *format : {"%Y-%m-%d %H:%M:%S %z", "%a %b %e %H:%M:%S %Y %z", "%z %A, %B %d, %Y %I:%M:%S %p", "%j of %Y, %H.%M.%S %z", "%Y%m%d%H%M%S%z"}) {
+    for (const char *format : {"%Y-%m-%d %H:%M:%S %z", "%a %b %e %H:%M:%S %Y %z", "%z %A, %B %d, %Y %I:%M:%S %p",
+                               "%j of %Y, %H.%M.%S %z", "%Y%m%d%H%M%S%z"}) {
         for (int i = 0; i < 200; ++i) {
             ZPAutoreleasePoolScope inner;
             // Years of four digits: what %Y reads.
             double t = -31556908800.0 + double(random() % 94670208000ull);
-            ZPCalendarDate *date = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(t)->autorelease().pointer();
+            ZPCalendarDate *date = (ZPCalendarDate *)ZPCalendarDate::alloc()
+                                       ->initWithTimeIntervalSinceReferenceDate(t)
+                                       ->autorelease()
+                                       .pointer();
             date->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(int(random() % 1440) * 60 - 43200));
             ZPString *text = date->descriptionWithCalendarFormat(zp(format));
             ZPCalendarDate *back = ZPCalendarDate::dateWithString_calendarFormat(text, zp(format));
@@ -158,7 +189,8 @@ TEST(DateText, StampsTheLog) {
     for (int offset : {0, 13 * 3600 + 1800, -11 * 3600}) {
         ZPTimeZone::setDefaultTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(offset));
         std::string line, expected;
-        for (int tries = 0; tries < 3 && (tries == 0 || line.find(expected) != 0); ++tries) {  // the second may end in between
+        for (int tries = 0; tries < 3 && (tries == 0 || line.find(expected) != 0);
+             ++tries) {  // the second may end in between
             expected = ZPCalendarDate::calendarDate()->descriptionWithCalendarFormat("%b %d %H:%M:%S "_zp)->cString();
             testing::internal::CaptureStderr();
             ZPLog("hello"_zp);
