@@ -2,7 +2,7 @@
 #include <Bedrock/bridge/ZPStringBridge.h>
 
 #include <Bedrock/core/ZPException.h>
-#include <Bedrock/strings/ZPString+Internal.h>
+#include <Bedrock/strings/cluster/Cluster.h>
 
 #include <ostream>
 

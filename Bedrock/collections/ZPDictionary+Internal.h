@@ -7,7 +7,7 @@
 
 #include <Bedrock/collections/ZPCollections+Internal.h>
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/strings/ZPString+Internal.h>
+#include <Bedrock/strings/cluster/Cluster.h>
 #include <Bedrock/tables/ZPSimpleHashing+Internal.h>
 
 #include <bit>

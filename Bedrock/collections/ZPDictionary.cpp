@@ -3,7 +3,7 @@
 // `setObject:forKey:` and `removeObjectForKey:` too.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/collections/ZPDictionary+Internal.h>
-#include <Bedrock/platform/ZPMakeOnce.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 
 static ZPDictionary *emptyDictionary;
 ZPDictionary *_ZPEmptyDictionary() {

@@ -3,7 +3,7 @@
 // and `removeObject:` too. The set algebra counts members, so that it is multiset algebra when a counted set
 // takes part.
 #include <Bedrock/collections/ZPSet+Internal.h>
-#include <Bedrock/platform/ZPMakeOnce.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPMutableString.h>
 
 static ZPSet *emptySet;

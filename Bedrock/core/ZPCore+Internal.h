@@ -8,8 +8,8 @@
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/core/ZPObject.h>
-#include <Bedrock/platform/ZPHost.h>
-#include <Bedrock/platform/ZPKernel.h>
+#include <Bedrock/platform/host/Host.h>
+#include <Bedrock/platform/kernel/Kernel.h>
 
 /// An autoreleased string of a formatted C text.
 ZPString *_ZPStringWithCText(const char *format, ...) __attribute__((format(printf, 1, 2)));

@@ -2,8 +2,8 @@
 // Whole files: reading, writing, and writing through a temporary file.
 #include <Bedrock/data/ZPData+Internal.h>
 
-#include <Bedrock/platform/ZPFile.h>
-#include <Bedrock/platform/ZPKernel.h>
+#include <Bedrock/platform/host/Files.h>
+#include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/platform/ZPPath.h>
 
 #include <atomic>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/data/ZPData+Internal.h>
-#include <Bedrock/platform/ZPFile.h>
+#include <Bedrock/platform/host/Files.h>
 
 #include <cerrno>
 

@@ -21,7 +21,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
-#include <Bedrock/platform/ZPMakeOnce.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/threads/ZPLock.h>
 

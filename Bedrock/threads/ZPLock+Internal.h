@@ -5,7 +5,7 @@
 #include <Bedrock/threads/ZPLock.h>
 
 #include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/platform/ZPKernel.h>
+#include <Bedrock/platform/kernel/Kernel.h>
 
 #include <new>
 

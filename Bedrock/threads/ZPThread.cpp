@@ -12,7 +12,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPNames.h>
-#include <Bedrock/platform/ZPKernel.h>
+#include <Bedrock/platform/kernel/Kernel.h>
 
 #include <memory>
 #include <mutex>

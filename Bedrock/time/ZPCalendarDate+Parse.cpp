@@ -3,7 +3,7 @@
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
 
 #include <Bedrock/core/ZPAutoreleasePool.h>
-#include <Bedrock/platform/ZPKernel.h>
+#include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
 #include <Bedrock/strings/ZPNumberReader.h>
 #include <Bedrock/strings/ZPString.h>

@@ -5,7 +5,7 @@
 
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPField.h>
-#include <Bedrock/platform/ZPKernel.h>
+#include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/time/ZPTimeZone+Internal.h>
 

@@ -6,7 +6,7 @@
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
-#include <Bedrock/platform/ZPKernel.h>
+#include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/time/ZPDate+Internal.h>
 

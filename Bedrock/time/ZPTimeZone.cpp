@@ -9,8 +9,8 @@
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPNames.h>
-#include <Bedrock/platform/ZPHost.h>
-#include <Bedrock/platform/ZPMakeOnce.h>
+#include <Bedrock/platform/host/Host.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/strings/ZPStringEncoding.h>
 #include <Bedrock/time/ZPDate+Internal.h>

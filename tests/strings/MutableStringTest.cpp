@@ -4,7 +4,7 @@
 
 #include <Bedrock/bridge/ZPMemory.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
-#include <Bedrock/strings/ZPMutableString+Internal.h>
+#include <Bedrock/strings/cluster/Mutable.h>
 
 #include <functional>
 

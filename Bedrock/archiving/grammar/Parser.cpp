@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+// Making parsers, the settings of their tokenizer, and errors.
+#include <Bedrock/archiving/grammar/Grammar.h>
+
+#include <algorithm>
+
+namespace {
+
+using Set = std::bitset<256>;
+
+void addRange(Set &set, char first, char last) {
+    for (unsigned c = static_cast<unsigned char>(first); c <= static_cast<unsigned char>(last); ++c) set.set(c);
+}
+void addCharacters(Set &set, ZPString *characters) {
+    if (!characters) return;
+    for (const char *c = characters->cString(); *c; ++c) set.set(static_cast<unsigned char>(*c));
+}
+void setUnquoted(Set &set, ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
+    Set made;
+    if (lower) addRange(made, 'a', 'z');
+    if (upper) addRange(made, 'A', 'Z');
+    if (digits) addRange(made, '0', '9');
+    addCharacters(made, characters);
+    set = made;
+}
+
+struct ZPParserMethods : ZPParser {
+    _ZPParserState &s() { return *_state; }
+
+    id init() { return ZPParser::initWithGrammar(nullptr); }
+    id initWithGrammar(ZPDictionary *grammar) {
+        ZPZone *zone = ZPObject::zone();
+        if (!_state) _state = new _ZPParserState(zone);
+        if (grammar) {
+            if (s().grammar) s().grammar->release();
+            s().grammar = grammar->copyWithZone(zone);
+        }
+        ZPParser::setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits("_$/:."_zp, YES, YES, YES);
+        ZPParser::setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits("_$/:."_zp, YES, YES, YES);
+        ZPParser::setMonoCharacterSeparatorCharacters_usualPunctuation(nullptr, YES);
+        ZPParser::setQuotingWithSingleQuote_double(NO, YES);
+        s().load(nullptr);
+        return this;
+    }
+    void dealloc() {
+        delete _state;
+        objc_super<ZPParser>(this).send("dealloc"_sel);
+    }
+
+    void setUnquotedStart(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
+        setUnquoted(s().unquotedStart, characters, lower, upper, digits);
+    }
+    void setUnquotedCharacters(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
+        setUnquoted(s().unquoted, characters, lower, upper, digits);
+    }
+    void setSeparators(ZPString *characters, BOOL punctuation) {
+        Set made;
+        if (punctuation)
+            for (auto [first, last] :
+                 {std::pair('!', '/'), std::pair(':', '@'), std::pair('[', '`'), std::pair('{', '~')})
+                addRange(made, first, last);
+        addCharacters(made, characters);
+        s().separators = made;
+    }
+    void setMultipleSeparators(ZPArray *separators) {
+        unsigned count = separators ? separators->count() : 0;
+        for (unsigned i = 0; i < count; ++i) {
+            ZPString *separator = separators->objectAtIndex(i);
+            if (separator->length() < 2)
+                ZPException::raise_format(ZPInvalidArgumentException,
+                                          "%@: Separator strings expected to be at least 2 characters in length: %@"_zp,
+                                          _ZPMethodExceptionProem(this, "setMultipleCharacterSeparators:"_sel),
+                                          separator);
+        }
+        ZPArray *sorted = separators->sortedArrayUsingSelector("compare:"_sel);
+        std::vector<std::string> list;
+        Set first, second;
+        // The last first, so that a separator is tried before one that it begins with.
+        for (unsigned i = count; i-- > 0;) {
+            const std::string &text = list.emplace_back(static_cast<ZPString *>(sorted->objectAtIndex(i))->cString());
+            first.set(static_cast<unsigned char>(text[0]));
+            second.set(static_cast<unsigned char>(text[1]));
+        }
+        s().multiSeparators = std::move(list);
+        s().multiFirst = first;
+        s().multiSecond = second;
+    }
+    void setQuoting(BOOL single, BOOL twofold) {
+        s().singleQuotes = single;
+        s().doubleQuotes = twofold;
+    }
+    void setIntegers(BOOL flag) { s().integers = flag; }
+    void setFloats(BOOL flag) { s().floats = flag; }
+    void setString(ZPString *string) { s().load(string); }
+
+    void parseError(ZPString *format, std::va_list arguments) {
+        ZPString *message = ZPString::alloc()->initWithFormat_arguments(format, arguments)->autorelease();
+        std::vector<id> names(s().units.begin(), s().units.end());
+        ZPArray *units = ZPArray::arrayWithObjects_count(names.data(), unsigned(names.size()));
+        ZPString *token = s().token.pending ? s().tokenString() : ""_zp;
+        ZPException::raise_format(ZPParseErrorException,
+                                  "*** %@;\nParse error line %d (position %d) for units: %@;\nNext token is '%@'"_zp,
+                                  message, s().line, s().position, units, token);
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPParser)
+    .method<&ZPParserMethods::init>("init")
+    .method<&ZPParserMethods::initWithGrammar>("initWithGrammar:")
+    .method<&ZPParserMethods::dealloc>("dealloc")
+    .method<&ZPParserMethods::setUnquotedStart>(
+        "setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:")
+    .method<&ZPParserMethods::setUnquotedCharacters>(
+        "setUnquotedStringCharacters:lowerCaseLetters:upperCaseLetters:digits:")
+    .method<&ZPParserMethods::setSeparators>("setMonoCharacterSeparatorCharacters:usualPunctuation:")
+    .method<&ZPParserMethods::setMultipleSeparators>("setMultipleCharacterSeparators:")
+    .method<&ZPParserMethods::setQuoting>("setQuotingWithSingleQuote:double:")
+    .method<&ZPParserMethods::setIntegers>("setEnableIntegerParsing:")
+    .method<&ZPParserMethods::setFloats>("setEnableFloatParsing:")
+    .method<&ZPParserMethods::setString>("setString:")
+    .variadic<&ZPParserMethods::parseError>("parseError:");

@@ -1,0 +1,301 @@
+// SPDX-License-Identifier: MIT
+// Grammars: their text form, their nodes, and running their rules.
+#include <Bedrock/archiving/grammar/Grammar.h>
+
+namespace {
+
+using Node = _ZPParserSyntaxNode;
+
+struct NodeMethods : Node {
+    void dealloc() {
+        if (_argument) _argument->release();
+        objc_super<Node>(this).send("dealloc"_sel);
+    }
+    id copyWithZone(ZPZone *) { return retain(); }
+    ZPString *joined(ZPString *separator) {
+        return static_cast<ZPArray *>(_argument)->componentsJoinedByString(separator);
+    }
+    ZPString *description() {
+        switch (_kind) {
+        case Literal: return static_cast<ZPString *>(_argument)->quotedStringRepresentation();
+        case Sequence:
+            return _resultIndex == _ZPAllResults
+                       ? joined(" "_zp)
+                       : ZPString::stringWithFormat("[%d] %@"_zp, _resultIndex, joined(" "_zp));
+        case Alternatives: return joined(" | "_zp);
+        case Backtracking: return joined(" || "_zp);
+        case Repetition: return ZPString::stringWithFormat("< %@ >"_zp, _argument);
+        default: return "? ? ?"_zp;
+        }
+    }
+};
+
+// Whether a parse has gone on since this was made; a repetition that does not go on ends.
+struct Progress {
+    _ZPParserState &state;
+    unsigned position;
+    bool pending;
+    explicit Progress(_ZPParserState &s) : state(s), position(s.position), pending(s.token.pending) {}
+    bool made() const { return state.position != position || state.token.pending != pending; }
+};
+
+struct Rules : ZPParser {
+    _ZPParserState &s() { return *_state; }
+
+    // ---- rules by name ----
+
+    [[gnu::noinline]] void pushUnit(ZPString *name) {
+        if (s().units.size() >= _ZPMaximumRules) ZPParser::parseError("Nesting too deep"_zp);
+        s().units.push_back(name->copyWithZone(s().zone));
+    }
+    id parse(ZPString *name) {
+        std::size_t depth = s().units.size();
+        pushUnit(name);
+        id rule = s().grammar->objectForKey(name), result;
+        if (!rule) result = perform(name);
+        else if (rule->isKindOfClass(ZPString::class_())) result = ZPParser::parse(rule);
+        else result = evaluate(rule);
+        s().releaseUnits(depth);
+        return result;
+    }
+    [[gnu::noinline]] id perform(ZPString *name) {
+        SEL selector = ZPSelectorFromString(name);
+        if (ZPObject::respondsToSelector(selector)) return ZPObject::performSelector(selector);
+        ZPLog("*** Unimplemented ObjC selector '%@'; Could be a misspelled unit name"_zp, name);
+        return nullptr;
+    }
+    id expect(ZPString *name) {
+        if (id result = ZPParser::parse(name)) return result;
+        pushUnit(name);
+        ZPParser::parseError("%@ expected"_zp, name);
+        return nullptr;
+    }
+
+    // ---- nodes: apart, so that deep nesting costs little stack ----
+
+    id evaluate(id element) {
+        if (element->isKindOfClass(ZPString::class_())) return ZPParser::parse(element);
+        auto *node = reinterpret_cast<Node *>(element.pointer());
+        switch (node->_kind) {
+        case Node::Literal: return ZPParser::parseTokenEqualTo_mask(node->_argument, 62);
+        case Node::Sequence: return sequence(node);
+        case Node::Alternatives: return alternatives(node->_argument);
+        case Node::Backtracking: return backtracking(node->_argument);
+        case Node::Repetition: return repetition(node->_argument);
+        default: return nullptr;
+        }
+    }
+    [[gnu::noinline]] id sequence(Node *node) {
+        ZPArray *elements = node->_argument;
+        bool all = node->_resultIndex == _ZPAllResults;
+        ZPMutableArray *results = all ? ZPMutableArray::array() : nullptr;
+        id chosen;
+        for (unsigned i = 0, count = elements->count(); i < count; ++i) {
+            id element = elements->objectAtIndex(i), result = evaluate(element);
+            if (!result) {
+                if (i == 0) return nullptr;
+                ZPParser::parseError("In sequence %@, %@ expected"_zp, elements, element);
+            }
+            if (all) results->addObject(result);
+            else if (i == node->_resultIndex) chosen = result;
+        }
+        return all ? id(results) : chosen;
+    }
+    [[gnu::noinline]] id alternatives(ZPArray *list) {
+        for (unsigned i = 0, count = list->count(); i < count; ++i)
+            if (id result = evaluate(list->objectAtIndex(i))) return result;
+        return nullptr;
+    }
+    [[gnu::noinline]] id backtracking(ZPArray *list) {
+        _ZPParserState &state = s();
+        auto token = state.token;
+        unsigned position = state.position, line = state.line;
+        std::size_t depth = state.units.size();
+        std::string narrow;
+        std::u16string wide;
+        if (token.pending && token.start == _ZPParserState::inBuffer) {
+            narrow = state.narrowBuffer;
+            wide = state.wideBuffer;
+        }
+        for (unsigned i = 0, count = list->count(); i < count; ++i) {
+            try {
+                if (id result = evaluate(list->objectAtIndex(i))) return result;
+            } catch (ZPException *) {
+                // An alternative that does not fit.
+            }
+            state.token = token;
+            state.position = position;
+            state.line = line;
+            state.releaseUnits(depth);
+            state.narrowBuffer = narrow;
+            state.wideBuffer = wide;
+        }
+        return nullptr;
+    }
+    [[gnu::noinline]] id repetition(id element) {
+        id result = evaluate(element);
+        if (!result) return nullptr;
+        ZPMutableArray *results = ZPMutableArray::arrayWithObject(result);
+        for (;;) {
+            Progress progress(s());
+            result = evaluate(element);
+            if (!result) return results;
+            results->addObject(result);
+            if (!progress.made()) return results;
+        }
+    }
+
+    // ---- suites ----
+
+    // Whether another element may follow.
+    [[gnu::noinline]] bool separated(ZPString *separator, BOOL omitLast, const Progress &progress) {
+        if (!separator) return progress.made();
+        if (omitLast) return ZPParser::parseSeparatorEqualTo(separator) != nullptr;
+        ZPParser::expectSeparatorEqualTo(separator);
+        return true;
+    }
+    ZPArray *suite(ZPString *rule, ZPString *separator, BOOL omitLast) {
+        std::vector<id> elements;
+        for (;;) {
+            Progress progress(s());
+            id element = ZPParser::parse(rule);
+            if (!element) break;
+            elements.push_back(element);
+            if (!separated(separator, omitLast, progress)) break;
+        }
+        return ZPArray::arrayWithObjects_count(elements.data(), unsigned(elements.size()));
+    }
+    struct Pairs {
+        std::vector<id> keys, values;
+    };
+    [[gnu::noinline]] static void add(Pairs &pairs, id key, id value) {
+        pairs.keys.push_back(key);
+        pairs.values.push_back(value);
+    }
+    ZPDictionary *pairs(ZPString *keyRule, ZPString *keySeparator, ZPString *valueRule, ZPString *separator,
+                        BOOL omitLast) {
+        Pairs pairs;
+        for (;;) {
+            Progress progress(s());
+            id key = ZPParser::parse(keyRule);
+            if (!key) break;
+            if (keySeparator) ZPParser::expectSeparatorEqualTo(keySeparator);
+            add(pairs, key, ZPParser::expect(valueRule));
+            if (!separated(separator, omitLast, progress)) break;
+        }
+        // Of the size of its entries: most dictionaries of a property list are small and many.
+        return ZPDictionary::dictionaryWithObjects_forKeys_count(pairs.values.data(), pairs.keys.data(),
+                                                                 unsigned(pairs.keys.size()));
+    }
+    ZPDictionary *dictionaryOf(ZPString *key, ZPString *value) {
+        if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;
+        ZPDictionary *result = ZPParser::parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+            key, "="_zp, value, ";"_zp, YES);
+        ZPParser::expectSeparatorEqualTo("}"_zp);
+        return result;
+    }
+    ZPData *parseData() {
+        if (!ZPParser::parseSeparatorEqualTo("<"_zp)) return nullptr;
+        std::vector<unsigned char> bytes;
+        while (ZPString *digits = ZPParser::parseUnquotedString()) {
+            unsigned count = digits->length();
+            if (count % 2)
+                ZPParser::parseError("Data representation should always contain an even number of hex digits: '%@'"_zp,
+                                     digits);
+            unsigned byte = 0;
+            for (unsigned i = 0; i < count; ++i) {
+                unichar c = digits->characterAtIndex(i);
+                if (c >= 'A' && c <= 'Z') c |= 0x20;
+                int digit = c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+                if (digit < 0) ZPParser::parseError("Incorrect hex digit: %c"_zp, int(c));
+                byte = byte << 4 | unsigned(digit);
+                if (i % 2) bytes.push_back(static_cast<unsigned char>(byte));
+            }
+        }
+        ZPParser::expectSeparatorEqualTo(">"_zp);
+        return ZPMutableData::dataWithBytes_length(bytes.data(), unsigned(bytes.size()));
+    }
+
+    // ---- the notation of grammars ----
+
+    id leaf(BOOL *skipped) {
+        *skipped = NO;
+        if (ZPString *name = ZPParser::parseUnquotedString()) return name;
+        if (ZPString *literal = ZPParser::parseQuotedString()) {
+            *skipped = YES;
+            return Node::node(Node::Literal, literal);
+        }
+        if (!ZPParser::parseSeparatorEqualTo("<"_zp)) return nullptr;
+        id repeated = ZPParser::expect("MetaSyntaxSequence"_zp);
+        ZPParser::expectSeparatorEqualTo(">"_zp);
+        return Node::node(Node::Repetition, repeated);
+    }
+    id metaSequence() {
+        std::vector<id> leaves;
+        unsigned answered = _ZPAllResults, results = 0;
+        BOOL skipped;
+        while (id leaf = ZPParser::parseMetaSyntaxLeafResultShouldBeSkipped(&skipped)) {
+            if (!skipped && results++ == 0) answered = unsigned(leaves.size());
+            leaves.push_back(leaf);
+        }
+        if (leaves.empty()) return nullptr;
+        if (leaves.size() == 1) return leaves[0];
+        return Node::node(Node::Sequence, ZPArray::arrayWithObjects_count(leaves.data(), unsigned(leaves.size())),
+                          results == 1 ? answered : _ZPAllResults);
+    }
+    id metaBody() {
+        id first = ZPParser::parse("MetaSyntaxSequence"_zp);
+        if (!first) return nullptr;
+        for (auto [kind, separator] : {std::pair(Node::Alternatives, "|"_zp), std::pair(Node::Backtracking, "||"_zp)}) {
+            if (!ZPParser::parseSeparatorEqualTo(separator)) continue;
+            ZPMutableArray *list = ZPMutableArray::arrayWithObject(first);
+            do list->addObject(ZPParser::expect("MetaSyntaxSequence"_zp));
+            while (ZPParser::parseSeparatorEqualTo(separator));
+            return Node::node(kind, ZPArray::arrayWithArray(list));
+        }
+        return first;
+    }
+    static ZPDictionary *parsedGrammar(Class, ZPString *text) {
+        ZPDictionary *notation =
+            ZPDictionary::dictionaryWithObjectsAndKeys("parseUnquotedString"_zp, "Token"_zp,
+                                                       "parseMetaSyntaxSequence"_zp, "MetaSyntaxSequence"_zp,
+                                                       "parseMetaRuleBody"_zp, "MetaRuleBody"_zp);
+        _ZPOwned<ZPParser> parser(ZPParser::alloc()->initWithGrammar(notation));
+        parser->setMultipleCharacterSeparators(ZPArray::arrayWithObject("||"_zp));
+        parser->setQuotingWithSingleQuote_double(YES, YES);
+        parser->setString(text);
+        ZPDictionary *grammar = parser->parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+            "Token"_zp, "="_zp, "MetaRuleBody"_zp, ";"_zp, NO);
+        parser->expectEndOfInput();
+        return grammar;
+    }
+};
+
+}  // namespace
+
+_ZPParserSyntaxNode *_ZPParserSyntaxNode::node(Kind kind, id argument, unsigned resultIndex) {
+    _ZPParserSyntaxNode *node = alloc();
+    node->autorelease();
+    node->_kind = kind;
+    node->_resultIndex = resultIndex;
+    node->_argument = argument->copyWithZone(nullptr);
+    return node;
+}
+
+ZP_IMPLEMENT(_ZPParserSyntaxNode)
+    .adopts<ZPCopying>()
+    .method<&NodeMethods::dealloc>("dealloc")
+    .method<&NodeMethods::copyWithZone>("copyWithZone:")
+    .method<&NodeMethods::description>("description");
+
+ZP_CATEGORY(ZPParser, ZPRules)
+    .classMethod<&Rules::parsedGrammar>("parsedGrammarForString:")
+    .method<&Rules::parse>("parse:")
+    .method<&Rules::expect>("expect:")
+    .method<&Rules::suite>("parseSuite:separator:allowOmitLastSeparator:")
+    .method<&Rules::pairs>("parseSuiteOfPairsKey:separator:value:separator:allowOmitLastSeparator:")
+    .method<&Rules::dictionaryOf>("parseDictionaryOfKey:value:")
+    .method<&Rules::parseData>("parseData")
+    .method<&Rules::leaf>("parseMetaSyntaxLeafResultShouldBeSkipped:")
+    .method<&Rules::metaSequence>("parseMetaSyntaxSequence")
+    .method<&Rules::metaBody>("parseMetaRuleBody");

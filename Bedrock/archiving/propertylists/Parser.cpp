@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// The parsers of property lists and of strings files, and the operations of strings that run them.
+#include <Bedrock/archiving/propertylists/Reader.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
+
+namespace {
+
+ZPDictionary *propertyListGrammar() {
+    static ZPDictionary *grammar;
+    return ZPMakeOnce(grammar, [] {
+        ZPString *text =
+            "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; xObject = Dictionary | Array | Data | String;"_zp;
+        return static_cast<ZPDictionary *>(ZPParser::parsedGrammarForString(text)->retain());
+    });
+}
+
+struct ZPPropertyListParserMethods : ZPPropertyListParser {
+    id initWithString(ZPString *string) {
+        ZPParser *self = ZPParser::initWithGrammar(propertyListGrammar());
+        self->setString(string);
+        return self;
+    }
+    ZPArray *parseArray() {
+        if (!ZPParser::parseSeparatorEqualTo("("_zp)) return nullptr;
+        ZPArray *array = ZPParser::parseSuite_separator_allowOmitLastSeparator("xObject"_zp, ","_zp, YES);
+        ZPParser::expectSeparatorEqualTo(")"_zp);
+        return array;
+    }
+    ZPDictionary *parseDictionary() {
+        if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;
+        if (ZPParser::parseSeparatorEqualTo("}"_zp)) return ZPDictionary::dictionary();
+        ZPDictionary *dictionary = ZPParser::parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+            "String"_zp, "="_zp, "xObject"_zp, ";"_zp, YES);
+        ZPParser::expectSeparatorEqualTo("}"_zp);
+        return dictionary;
+    }
+};
+
+struct OldStyleMethods : _ZPPListParserOldStyle {
+    ZPDictionary *parseDictionary() {
+        if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;
+        ZPDictionary *dictionary = _ZPPListParserOldStyle::parseDictionaryBracketLess();
+        ZPParser::expectSeparatorEqualTo("}"_zp);
+        return dictionary;
+    }
+    ZPDictionary *bracketLess() {
+        ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionaryWithCapacity(12);
+        while (id key = ZPParser::parse("String"_zp)) {
+            dictionary->setObject_forKey(ZPParser::parseSeparatorEqualTo("="_zp) ? ZPParser::expect("xObject"_zp) : key,
+                                         key);
+            if (!ZPParser::parseSeparatorEqualTo(";"_zp)) break;
+        }
+        return dictionary;
+    }
+};
+
+// Runs a parse in a pool of its own; only the result lives on.
+template <class P, class F> id parsed(ZPString *string, const F &parse) {
+    _ZPOwned<ZPObject> result(nullptr);
+    {
+        _ZPPool pool;
+        _ZPOwned<ZPPropertyListParser> parser(P::alloc()->initWithString(string));
+        result.object = parse(static_cast<P *>(parser.object))->retain();
+        parser->expectEndOfInput();
+    }
+    return result.autoreleased();
+}
+
+struct Reading : ZPString {
+    id propertyList() {
+        if (id tree = _ZPReadPropertyList(this)) return tree->autorelease();
+        return parsed<ZPPropertyListParser>(this,
+                                            [](ZPPropertyListParser *parser) { return parser->expect("xObject"_zp); });
+    }
+    ZPDictionary *stringsFile() {
+        return parsed<_ZPPListParserOldStyle>(this, [](_ZPPListParserOldStyle *parser) {
+            return id(parser->parseDictionaryBracketLess());
+        });
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPPropertyListParser)
+    .method<&ZPPropertyListParserMethods::initWithString>("initWithString:")
+    .method<&ZPPropertyListParserMethods::parseArray>("parseArray")
+    .method<&ZPPropertyListParserMethods::parseDictionary>("parseDictionary");
+
+ZP_IMPLEMENT(_ZPPListParserOldStyle)
+    .method<&OldStyleMethods::parseDictionary>("parseDictionary")
+    .method<&OldStyleMethods::bracketLess>("parseDictionaryBracketLess");
+
+ZP_CATEGORY(ZPString, ZPExtendedStringPropertyListParsing)
+    .method<&Reading::propertyList>("propertyList")
+    .method<&Reading::stringsFile>("propertyListFromStringsFileFormat");

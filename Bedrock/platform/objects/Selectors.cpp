@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// The selector table: every selector's text is kept once, aligned to 32 bytes, so that selectors
+// registered one after another have neighbouring hashes.
+#include <Bedrock/platform/objects/Objects.h>
+
+#include <cstdlib>
+
+namespace {
+
+struct Table {
+    const char **names;
+    unsigned mask, count;
+};
+Table table;
+
+unsigned hashText(const char *s, std::size_t &length) {
+    unsigned h = 2166136261u;
+    const char *p = s;
+    for (; *p; ++p) h = (h ^ static_cast<unsigned char>(*p)) * 16777619u;
+    length = p - s;
+    return h;
+}
+
+void place(Table &t, const char *name, unsigned hash) {
+    unsigned i = hash & t.mask;
+    while (t.names[i]) i = (i + 1) & t.mask;
+    t.names[i] = name;
+}
+
+void grow() {
+    Table larger{nullptr, table.names ? table.mask * 2 + 1 : 1023, table.count};
+    larger.names = static_cast<const char **>(std::calloc(larger.mask + 1, sizeof(char *)));
+    if (!larger.names) objc_fatal("out of memory for selectors");
+    if (table.names)
+        for (unsigned i = 0; i <= table.mask; ++i)
+            if (table.names[i]) {
+                std::size_t length;
+                place(larger, table.names[i], hashText(table.names[i], length));
+            }
+    std::free(table.names);
+    table = larger;
+}
+
+}  // namespace
+
+SEL sel_registerName(const char *name) {
+    if (!name) return nullptr;
+    std::size_t length;
+    unsigned hash = hashText(name, length);
+    objc::Lock lock;
+    if (!table.names || table.count * 2 > table.mask) grow();
+    unsigned i = hash & table.mask;
+    for (; table.names[i]; i = (i + 1) & table.mask)
+        if (std::strcmp(table.names[i], name) == 0) return reinterpret_cast<SEL>(table.names[i]);
+    char *copy = static_cast<char *>(objc::allocatePermanently(length + 1));
+    std::memcpy(copy, name, length + 1);
+    table.names[i] = copy;
+    ++table.count;
+    return reinterpret_cast<SEL>(copy);
+}
+
+SEL sel_getUid(const char *name) { return sel_registerName(name); }
+
+SEL objc_registerSelector(SEL *slot, const char *name) {
+    SEL selector = sel_registerName(name);
+    __atomic_store_n(slot, selector, __ATOMIC_RELEASE);
+    return selector;
+}

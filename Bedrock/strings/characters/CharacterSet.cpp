@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: MIT
+// Character sets: the fronts, what every set does on `characterIsMember:`, and the sets that are a range, a few
+// units or the inverse of another.
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/data/ZPData.h>
+#include <Bedrock/strings/characters/Characters.h>
+#include <Bedrock/strings/cluster/Cluster.h>
+
+namespace {
+
+struct CharacterSetClassMethods {
+    // What the mutable front makes may change.
+    static ZPConcreteMutableCharacterSet *make(Class self, ZPZone *zone) {
+        auto *set = ZPConcreteMutableCharacterSet::make(zone);
+        set->mayChange = false;
+        for (Class c = self; c; c = c->superclass) set->mayChange |= c == ZPMutableCharacterSet::class_();
+        return set;
+    }
+    static id allocWithZone(Class self, ZPZone *zone) {
+        if (self == ZPCharacterSet::class_() || self == ZPMutableCharacterSet::class_()) return make(self, zone);
+        return ZPAllocateObject(self, 0, zone);
+    }
+    static ZPCharacterSet *withRange(Class, ZPRange range) {
+        ZPImmutableRangeCharacterSet *set = ZPAllocateObject(ZPImmutableRangeCharacterSet::class_(), 0, nullptr);
+        if (range.location < _ZPUnitCount && range.length) {
+            set->low = range.location;
+            set->high = range.location + std::min(range.length, _ZPUnitCount - range.location);
+        }
+        return set->autorelease();
+    }
+    static ZPCharacterSet *withString(Class self, ZPString *string) {
+        unsigned length = string ? string->length() : 0;
+        if (length > ZPImmutableStringCharacterSet::most) return concreteWithString(self, string);
+        ZPImmutableStringCharacterSet *set = ZPAllocateObject(ZPImmutableStringCharacterSet::class_(), 0, nullptr);
+        if (length) string->getCharacters_range(set->buffer, {0, length});
+        set->numChars = static_cast<unsigned short>(length);
+        std::sort(set->buffer, set->buffer + length);
+        return set->autorelease();
+    }
+    static ZPCharacterSet *withBitmap(Class self, ZPData *data) {
+        return make(self, nullptr)->initWithBitmapRepresentation(data)->autorelease();
+    }
+    static ZPCharacterSet *concreteWithRange(Class self, ZPRange range) {
+        return make(self, nullptr)->initWithRange(range)->autorelease();
+    }
+    static ZPCharacterSet *concreteWithString(Class self, ZPString *string) {
+        return make(self, nullptr)->initWithCharactersInString(string)->autorelease();
+    }
+};
+
+struct CharacterSetMethods : ZPCharacterSet {
+    BOOL characterIsMember(unichar) { _ZPRefuse(this, "characterIsMember:"_sel); }
+    ZPCharacterSet *invertedSet() {
+        ZPInvertedCharacterSet *set = ZPAllocateObject(ZPInvertedCharacterSet::class_(), 0, nullptr);
+        set->autorelease();
+        set->realset = ZPObject::copyWithZone(nullptr);
+        return set;
+    }
+    ZPData *bitmapRepresentation() {
+        unsigned char bits[_ZPBitmapBytes] = {};
+        for (unsigned u = 0; u < _ZPUnitCount - 1; ++u)
+            if (ZPCharacterSet::characterIsMember(unichar(u))) _ZPSetBits(bits, {u, 1}, true);
+        return ZPData::dataWithBytes_length(bits, sizeof bits);
+    }
+    BOOL isEmpty() { return ZPSetBitmap(this).count() == 0; }
+    unsigned count() { return ZPSetBitmap(this).count(); }
+    BOOL isMutable() { return NO; }
+    void makeImmutable() {}
+    id copyWithZone(ZPZone *) { return retain(); }
+    id mutableCopyWithZone(ZPZone *zone) {
+        ZPSetBitmap its(this);
+        auto *set = ZPConcreteMutableCharacterSet::make(zone);
+        std::memcpy(set->ownBits(), its.bits, sizeof its.bits);
+        return set;
+    }
+    BOOL isEqual(id other) {
+        if (other.pointer() == this) return YES;
+        if (!other || !other->respondsToSelector("bitmapRepresentation"_sel)) return NO;
+        ZPSetBitmap mine(this);
+        if (other->isKindOfClass(ZPCharacterSet::class_()))
+            return std::memcmp(mine.bits, ZPSetBitmap(other).bits, sizeof mine.bits) == 0;
+        return mine.data()->isEqual(objc_msgSend<id>(other, "bitmapRepresentation"_sel));
+    }
+    unsigned hash() { return ZPSetBitmap(this).data()->hash(); }
+};
+
+struct MutableCharacterSetMethods : ZPMutableCharacterSet {
+    BOOL isMutable() { return YES; }
+    id copyWithZone(ZPZone *zone) {
+        ZPCharacterSet *copy = ZPObject::mutableCopyWithZone(zone);
+        copy->makeImmutable();
+        return copy;
+    }
+    void addRange(ZPRange) { _ZPRefuse(this, "addCharactersInRange:"_sel); }
+    void removeRange(ZPRange) { _ZPRefuse(this, "removeCharactersInRange:"_sel); }
+    void addString(ZPString *) { _ZPRefuse(this, "addCharactersInString:"_sel); }
+    void removeString(ZPString *) { _ZPRefuse(this, "removeCharactersInString:"_sel); }
+    void formUnion(ZPCharacterSet *) { _ZPRefuse(this, "formUnionWithCharacterSet:"_sel); }
+    void formIntersection(ZPCharacterSet *) { _ZPRefuse(this, "formIntersectionWithCharacterSet:"_sel); }
+    void invert() { _ZPRefuse(this, "invert"_sel); }
+};
+
+struct RangeCharacterSetMethods : ZPImmutableRangeCharacterSet {
+    BOOL characterIsMember(unichar u) { return low <= u && u < high; }
+    BOOL isEmpty() { return low == high; }
+    unsigned count() { return high - low; }
+    BOOL isEqual(id other) {
+        auto *set = static_cast<ZPImmutableRangeCharacterSet *>(other.pointer());
+        if (set && set->isa == isa)
+            return (low == set->low && high == set->high) || (low == high && set->low == set->high);
+        return objc_super<ZPImmutableRangeCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
+    }
+    ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
+};
+
+struct StringCharacterSetMethods : ZPImmutableStringCharacterSet {
+    BOOL characterIsMember(unichar u) { return std::find(buffer, buffer + numChars, u) != buffer + numChars; }
+    id mutableCopyWithZone(ZPZone *zone) {
+        auto *set = ZPConcreteMutableCharacterSet::make(zone);
+        unsigned char *bits = set->ownBits();
+        for (unsigned i = 0; i < numChars; ++i) _ZPSetBits(bits, {buffer[i], 1}, true);
+        return set;
+    }
+    ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
+    BOOL isEqual(id other) {
+        auto *set = static_cast<ZPImmutableStringCharacterSet *>(other.pointer());
+        if (set && set->isa == isa && set->numChars == numChars && std::equal(buffer, buffer + numChars, set->buffer))
+            return YES;
+        return objc_super<ZPImmutableStringCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
+    }
+};
+
+struct InvertedCharacterSetMethods : ZPInvertedCharacterSet {
+    id init() {
+        ZPObject::dealloc();
+        return nullptr;
+    }
+    void dealloc() {
+        realset->release();
+        objc_super<ZPInvertedCharacterSet>(this).send("dealloc"_sel);
+    }
+    BOOL characterIsMember(unichar u) { return !realset->characterIsMember(u); }
+    ZPCharacterSet *invertedSet() { return realset; }
+    BOOL isEmpty() { return realset->count() == _ZPUnitCount; }
+    unsigned count() { return _ZPUnitCount - realset->count(); }
+    id mutableCopyWithZone(ZPZone *zone) {
+        ZPMutableCharacterSet *copy = realset->mutableCopyWithZone(zone);
+        copy->invert();
+        return copy;
+    }
+    BOOL isEqual(id other) {
+        auto *set = static_cast<ZPInvertedCharacterSet *>(other.pointer());
+        if (set && set->isa == isa && realset == set->realset) return YES;
+        return objc_super<ZPInvertedCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
+    }
+    ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
+};
+
+}  // namespace
+
+void _ZPRefuse(ZPCharacterSet *set, SEL selector) {
+    ZPLog("Abstract class %s does not implement method %s; it must be implemented in subclasses."_zp, set->isa->name,
+          sel_getName(selector));
+    set->doesNotRecognizeSelector(selector);
+    __builtin_unreachable();
+}
+
+bool ZPMembership::ask(unichar u) const {
+    if (!set) return false;
+    if (low) return _ZPIsInFullSet(unsigned(static_cast<ZPBuiltinCharacterSet *>(set)->offset), u);
+    if (set->isa == ZPConcreteMutableCharacterSet::class_())
+        return static_cast<ZPConcreteMutableCharacterSet *>(set)->has(u);
+    return set->characterIsMember(u);
+}
+
+ZP_IMPLEMENT(ZPCharacterSet)
+    .adopts<ZPCopying, ZPMutableCopying>()
+    .classMethod<&CharacterSetClassMethods::allocWithZone>("allocWithZone:")
+    .classMethod<&CharacterSetClassMethods::withRange>("characterSetWithRange:")
+    .classMethod<&CharacterSetClassMethods::withString>("characterSetWithCharactersInString:")
+    .classMethod<&CharacterSetClassMethods::withBitmap>("characterSetWithBitmapRepresentation:")
+    .method<&CharacterSetMethods::characterIsMember>("characterIsMember:")
+    .method<&CharacterSetMethods::invertedSet>("invertedSet")
+    .method<&CharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
+    .method<&CharacterSetMethods::isEmpty>("isEmpty")
+    .method<&CharacterSetMethods::count>("count")
+    .method<&CharacterSetMethods::isMutable>("isMutable")
+    .method<&CharacterSetMethods::makeImmutable>("makeImmutable")
+    .method<&CharacterSetMethods::copyWithZone>("copyWithZone:")
+    .method<&CharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .method<&CharacterSetMethods::isEqual>("isEqual:")
+    .method<&CharacterSetMethods::hash>("hash");
+
+ZP_IMPLEMENT(ZPMutableCharacterSet)
+    .classMethod<&CharacterSetClassMethods::concreteWithRange>("characterSetWithRange:")
+    .classMethod<&CharacterSetClassMethods::concreteWithString>("characterSetWithCharactersInString:")
+    .method<&MutableCharacterSetMethods::isMutable>("isMutable")
+    .method<&MutableCharacterSetMethods::copyWithZone>("copyWithZone:")
+    .method<&MutableCharacterSetMethods::addRange>("addCharactersInRange:")
+    .method<&MutableCharacterSetMethods::removeRange>("removeCharactersInRange:")
+    .method<&MutableCharacterSetMethods::addString>("addCharactersInString:")
+    .method<&MutableCharacterSetMethods::removeString>("removeCharactersInString:")
+    .method<&MutableCharacterSetMethods::formUnion>("formUnionWithCharacterSet:")
+    .method<&MutableCharacterSetMethods::formIntersection>("formIntersectionWithCharacterSet:")
+    .method<&MutableCharacterSetMethods::invert>("invert");
+
+ZP_IMPLEMENT(ZPImmutableRangeCharacterSet)
+    .method<&RangeCharacterSetMethods::characterIsMember>("characterIsMember:")
+    .method<&RangeCharacterSetMethods::isEmpty>("isEmpty")
+    .method<&RangeCharacterSetMethods::count>("count")
+    .method<&RangeCharacterSetMethods::isEqual>("isEqual:")
+    .method<&RangeCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation");
+
+ZP_IMPLEMENT(ZPImmutableStringCharacterSet)
+    .method<&StringCharacterSetMethods::characterIsMember>("characterIsMember:")
+    .method<&StringCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
+    .method<&StringCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .method<&StringCharacterSetMethods::isEqual>("isEqual:");
+
+ZP_IMPLEMENT(ZPInvertedCharacterSet)
+    .method<&InvertedCharacterSetMethods::init>("init")
+    .method<&InvertedCharacterSetMethods::dealloc>("dealloc")
+    .method<&InvertedCharacterSetMethods::characterIsMember>("characterIsMember:")
+    .method<&InvertedCharacterSetMethods::invertedSet>("invertedSet")
+    .method<&InvertedCharacterSetMethods::isEmpty>("isEmpty")
+    .method<&InvertedCharacterSetMethods::count>("count")
+    .method<&InvertedCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .method<&InvertedCharacterSetMethods::isEqual>("isEqual:")
+    .method<&InvertedCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation");

@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: MIT
+// The concrete character set and its states. References are counted beside the instance.
+#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/data/ZPData.h>
+#include <Bedrock/strings/characters/Characters.h>
+#include <Bedrock/strings/cluster/Cluster.h>
+
+namespace {
+
+unsigned char *newBits(ZPZone *zone) {
+    auto *bits = static_cast<unsigned char *>(ZPZoneCalloc(zone, 1, _ZPBitmapBytes));
+    if (!bits) ZPException::raise_format(ZPMallocException, "*** out of memory for a character set"_zp);
+    return bits;
+}
+
+[[noreturn]] ZP_COLD void refuseChange(ZPCharacterSet *set, SEL selector) {
+    ZPLog("ZPConcreteMutableCharacterSet: attempted mutation of immutable instance\n"_zp);
+    ZPException::raise_format(ZPInvalidArgumentException, "%s %s: Illegal operation on this class or instance"_zp,
+                              set->isa->name, sel_getName(selector));
+}
+
+struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
+    // ---- making ----
+
+    id init() {
+        if (!set && !bits) {
+            static constexpr unsigned char none[_ZPBitmapBytes] = {};
+            set = ZPMakeSetStructFromBitmap(none);
+        }
+        return this;
+    }
+    ZPCharacterSet *initWithSet(ZPCharacterSetRecord *record) {
+        set = record;
+        return this;
+    }
+    ZPCharacterSet *initWithRange(ZPRange range) {
+        _ZPSetBits(ownBits(), range, true);
+        return this;
+    }
+    ZPCharacterSet *initWithString(ZPString *string) {
+        _ZPSetBits(ownBits(), string, true);
+        return this;
+    }
+    ZPCharacterSet *initWithBitmap(ZPData *given) {
+        ZPData *copy = given->copyWithZone(ZPObject::zone());
+        if (copy->length() == _ZPBitmapBytes) {
+            data = copy;
+            bits = static_cast<unsigned char *>(const_cast<void *>(data->bytes()));
+        } else {
+            // What is missing counts as zero.
+            unsigned char *own = ownBits();
+            if (copy) copy->getBytes_length(own, _ZPBitmapBytes);
+            copy->release();
+        }
+        return this;
+    }
+    void dealloc() {
+        freeBits();
+        ZPZoneFree(ZPZoneFromPointer(set), set);
+        objc_super<ZPConcreteMutableCharacterSet>(this).send("dealloc"_sel);
+    }
+
+    // ---- reading ----
+
+    BOOL characterIsMember(unichar u) { return has(u); }
+    BOOL isMutable() { return mayChange != 0; }
+    void makeImmutable() { mayChange = 0; }
+    BOOL isEmpty() { return ConcreteCharacterSetMethods::count() == 0; }
+    unsigned count() { return bits ? ZPSetBitmap(this).count() : set ? set->count() : 0; }
+    ZPData *bitmapRepresentation() {
+        if (!data && !mayChange) return ZPSetBitmap(this).data();
+        if (!data) {
+            makeFast();
+            data = ZPData::alloc()->initWithBytesNoCopy_length(bits, _ZPBitmapBytes);
+        }
+        return data->retain()->autorelease();
+    }
+    ZPCharacterSet *invertedSet() {
+        if (!mayChange)
+            return objc_super<ZPConcreteMutableCharacterSet>(this).send<ZPCharacterSet *>("invertedSet"_sel);
+        ZPMutableCharacterSet *copy = ZPObject::mutableCopyWithZone(nullptr);
+        copy->invert();
+        return copy->autorelease();
+    }
+    id copyWithZone(ZPZone *zone) {
+        if (!mayChange && ZPShouldRetainWithZone(this, zone)) return retain();
+        ZPCharacterSet *copy = ZPObject::mutableCopyWithZone(zone);
+        copy->makeImmutable();
+        return copy;
+    }
+    id mutableCopyWithZone(ZPZone *zone) {
+        auto *copy = make(zone);
+        if (data) {
+            copy->data = data->copyWithZone(zone);
+            copy->bits = static_cast<unsigned char *>(const_cast<void *>(copy->data->bytes()));
+        } else if (bits) std::memcpy(copy->ownBits(), bits, _ZPBitmapBytes);
+        else copy->set = ZPCopySetStructFromZone(set, nullptr);
+        return copy;
+    }
+
+    // ---- the states ----
+
+    void makeCharacterSetFast() { makeFast(); }
+    void makeCharacterSetCompact() { makeCompact(); }
+    BOOL hasBitmap() { return bits != nullptr; }
+    void makeSelfMutable() {
+        if (data) ownBits();
+    }
+    void freeBitsAndReleaseData() { freeBits(); }
+    ZPString *dump() { return bits || !set ? _dumpBitmapRepresentation(bits) : _dumpSetRepresentation(set); }
+
+    // ---- changes ----
+
+    unsigned char *change(SEL selector) {
+        if (!mayChange) refuseChange(this, selector);
+        return ownBits();
+    }
+    void addRange(ZPRange range) { _ZPSetBits(change("addCharactersInRange:"_sel), range, true); }
+    void removeRange(ZPRange range) { _ZPSetBits(change("removeCharactersInRange:"_sel), range, false); }
+    void addString(ZPString *string) { _ZPSetBits(change("addCharactersInString:"_sel), string, true); }
+    void removeString(ZPString *string) { _ZPSetBits(change("removeCharactersInString:"_sel), string, false); }
+    template <class F> void combine(SEL selector, ZPCharacterSet *other, F operation) {
+        if (!mayChange) refuseChange(this, selector);
+        if (!other) return;
+        ZPSetBitmap its(other);  // a client's set may ask the receiver
+        unsigned char *own = ownBits();
+        for (unsigned i = 0; i < _ZPBitmapBytes; i += 8) {
+            std::uint64_t a, b;
+            std::memcpy(&a, own + i, 8);
+            std::memcpy(&b, its.bits + i, 8);
+            a = operation(a, b);
+            std::memcpy(own + i, &a, 8);
+        }
+    }
+    void formUnion(ZPCharacterSet *other) {
+        combine("formUnionWithCharacterSet:"_sel, other, [](std::uint64_t a, std::uint64_t b) { return a | b; });
+    }
+    void formIntersection(ZPCharacterSet *other) {
+        combine("formIntersectionWithCharacterSet:"_sel, other, [](std::uint64_t a, std::uint64_t b) { return a & b; });
+    }
+    void invert() {
+        unsigned char *own = change("invert"_sel);
+        for (unsigned i = 0; i < _ZPBitmapBytes; ++i) own[i] = ~own[i];
+    }
+};
+
+}  // namespace
+
+ZPConcreteMutableCharacterSet *ZPConcreteMutableCharacterSet::make(ZPZone *zone) {
+    ZPConcreteMutableCharacterSet *made = ZPAllocateObject(class_(), 0, zone);
+    made->mayChange = 1;
+    return made;
+}
+
+void ZPConcreteMutableCharacterSet::freeBits() {
+    if (data) data->release();
+    else ZPZoneFree(ZPZoneFromPointer(bits), bits);
+    data = nullptr;
+    bits = nullptr;
+}
+
+void ZPConcreteMutableCharacterSet::makeFast() {
+    if (bits) return;
+    bits = newBits(ZPObject::zone());
+    if (set) set->addTo(bits);
+    ZPZoneFree(ZPZoneFromPointer(set), set);
+    set = nullptr;
+}
+
+void ZPConcreteMutableCharacterSet::makeCompact() {
+    if (!bits) return;
+    set = ZPMakeSetStructFromBitmap(bits);
+    freeBits();
+}
+
+unsigned char *ZPConcreteMutableCharacterSet::ownBits() {
+    if (data) {
+        unsigned char *copy = newBits(ZPObject::zone());
+        std::memcpy(copy, bits, _ZPBitmapBytes);
+        freeBits();
+        bits = copy;
+    }
+    makeFast();
+    return bits;
+}
+
+ZP_IMPLEMENT(ZPConcreteMutableCharacterSet)
+    .method<&ConcreteCharacterSetMethods::init>("init")
+    .method<&ConcreteCharacterSetMethods::initWithSet>("_initWithSet:")
+    .method<&ConcreteCharacterSetMethods::initWithRange>("initWithRange:")
+    .method<&ConcreteCharacterSetMethods::initWithString>("initWithCharactersInString:")
+    .method<&ConcreteCharacterSetMethods::initWithBitmap>("initWithBitmapRepresentation:")
+    .method<&ConcreteCharacterSetMethods::dealloc>("dealloc")
+    .method<&ConcreteCharacterSetMethods::characterIsMember>("characterIsMember:")
+    .method<&ConcreteCharacterSetMethods::isMutable>("isMutable")
+    .method<&ConcreteCharacterSetMethods::makeImmutable>("makeImmutable")
+    .method<&ConcreteCharacterSetMethods::isEmpty>("isEmpty")
+    .method<&ConcreteCharacterSetMethods::count>("count")
+    .method<&ConcreteCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
+    .method<&ConcreteCharacterSetMethods::invertedSet>("invertedSet")
+    .method<&ConcreteCharacterSetMethods::copyWithZone>("copyWithZone:")
+    .method<&ConcreteCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .method<&ConcreteCharacterSetMethods::makeCharacterSetFast>("makeCharacterSetFast")
+    .method<&ConcreteCharacterSetMethods::makeCharacterSetCompact>("makeCharacterSetCompact")
+    .method<&ConcreteCharacterSetMethods::hasBitmap>("isCompact")
+    .method<&ConcreteCharacterSetMethods::makeSelfMutable>("_makeSelfMutable")
+    .method<&ConcreteCharacterSetMethods::freeBitsAndReleaseData>("freeBitsAndReleaseDataIfNecessary")
+    .method<&ConcreteCharacterSetMethods::dump>("dump")
+    .method<&ConcreteCharacterSetMethods::addRange>("addCharactersInRange:")
+    .method<&ConcreteCharacterSetMethods::removeRange>("removeCharactersInRange:")
+    .method<&ConcreteCharacterSetMethods::addString>("addCharactersInString:")
+    .method<&ConcreteCharacterSetMethods::removeString>("removeCharactersInString:")
+    .method<&ConcreteCharacterSetMethods::formUnion>("formUnionWithCharacterSet:")
+    .method<&ConcreteCharacterSetMethods::formIntersection>("formIntersectionWithCharacterSet:")
+    .method<&ConcreteCharacterSetMethods::invert>("invert");

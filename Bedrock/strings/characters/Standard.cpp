@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: MIT
+// The standard sets. Below U+0100 they answer from tables; the full sets are published once, with release order,
+// and read with acquire, so that any number of threads may be the first to ask.
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPLog.h>
+#include <Bedrock/data/ZPData.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
+#include <Bedrock/strings/characters/Characters.h>
+#include <Bedrock/strings/cluster/Cluster.h>
+
+#include <array>
+#include <cstdint>
+
+namespace {
+
+// ---- below U+0100 ----
+
+// Hexadecimal units and runs of them: "41-5A 5E".
+consteval void add(unsigned char (&row)[32], const char *text) {
+    for (unsigned first = 0, value = 0, run = 0;; ++text) {
+        if (*text >= '0' && *text <= '9') value = value * 16 + unsigned(*text - '0');
+        else if (*text >= 'A' && *text <= 'F') value = value * 16 + unsigned(*text - 'A' + 10);
+        else if (*text == '-') first = value, value = 0, run = 1;
+        else {
+            for (unsigned u = run ? first : value; u <= value; ++u)
+                row[u >> 3] = static_cast<unsigned char>(row[u >> 3] | 1 << (u & 7));
+            if (!*text) break;
+            value = run = 0;
+        }
+    }
+}
+
+consteval ZPLowRows makeLowRows() {
+    ZPLowRows made = {};
+    add(made.of[_ZPControlSet], "00-1F 7F-9F");
+    add(made.of[_ZPWhitespaceSet], "09 20 A0");
+    add(made.of[_ZPWhitespaceAndNewlineSet], "09 0A 20 A0");
+    add(made.of[_ZPDecimalDigitSet], "30-39");
+    add(made.of[_ZPLetterSet], "41-5A 5E 60-7A A8 AA AF B4-B5 B8 BA C0-D6 D8-F6 F8-FF");
+    add(made.of[_ZPLowercaseLetterSet], "61-7A AA B5 BA DF-F6 F8-FF");
+    add(made.of[_ZPUppercaseLetterSet], "41-5A C0-D6 D8-DE");
+    add(made.of[_ZPAlphanumericSet], "30-39 41-5A 5E 60-7A A8 AA AF B2-B5 B8-BA BC-BE C0-D6 D8-F6 F8-FF");
+    add(made.of[_ZPDecomposableSet], "C0-C5 C7-CF D1-D6 D9-DD E0-E5 E7-EF F1-F6 F9-FD FF");
+    add(made.of[_ZPPunctuationSet], "21-22 25 27-29 2C-2F 3A-3B 3F 5B-5D 7B 7D A1 AB AD B7 BB BF");
+    return made;
+}
+
+// ---- the full sets ----
+
+struct Standard {
+    ZPString *name;
+    SEL selector;
+    bool compact;
+};
+
+const Standard &standard(unsigned offset) {
+    static const Standard sets[_ZPStandardSetCount] = {
+        {"controlCharacterSet"_zp, "controlCharacterSet"_sel, true},
+        {"whitespaceCharacterSet"_zp, "whitespaceCharacterSet"_sel, true},
+        {"whitespaceAndNewlineCharacterSet"_zp, "whitespaceAndNewlineCharacterSet"_sel, true},
+        {"decimalDigitCharacterSet"_zp, "decimalDigitCharacterSet"_sel, true},
+        {"letterCharacterSet"_zp, "letterCharacterSet"_sel, false},
+        {"lowercaseLetterCharacterSet"_zp, "lowercaseLetterCharacterSet"_sel, false},
+        {"uppercaseLetterCharacterSet"_zp, "uppercaseLetterCharacterSet"_sel, false},
+        {"alphanumericCharacterSet"_zp, "alphanumericCharacterSet"_sel, false},
+        {"nonBaseCharacterSet"_zp, "nonBaseCharacterSet"_sel, false},
+        {"decomposableCharacterSet"_zp, "decomposableCharacterSet"_sel, false},
+        {"illegalCharacterSet"_zp, "illegalCharacterSet"_sel, false},
+        {"punctuationCharacterSet"_zp, "punctuationCharacterSet"_sel, false},
+    };
+    return sets[offset];
+}
+
+// The file's set, or a copy of it where it does not agree with what the library knows itself.
+ZPConcreteMutableCharacterSet *agreeing(ZPConcreteMutableCharacterSet *set, unsigned offset, bool compact) {
+    ZPSetBitmap bitmap(set);
+    const unsigned char last = bitmap.bits[_ZPBitmapBytes - 1];
+    const unsigned char right = static_cast<unsigned char>((last & 0x7F) | (offset == _ZPIllegalSet ? 0x80 : 0));
+    if (last == right && std::memcmp(bitmap.bits, _ZPLow.of[offset], sizeof _ZPLow.of[0]) == 0) return set;
+    std::memcpy(bitmap.bits, _ZPLow.of[offset], sizeof _ZPLow.of[0]);
+    bitmap.bits[_ZPBitmapBytes - 1] = right;
+    auto *copy = ZPConcreteMutableCharacterSet::make(nullptr);
+    std::memcpy(copy->ownBits(), bitmap.bits, _ZPBitmapBytes);
+    if (compact) copy->makeCompact();
+    copy->mayChange = false;
+    return copy;
+}
+
+ZPBuiltinCharacterSet *standardSets[_ZPStandardSetCount];
+
+template <unsigned Offset> ZPCharacterSet *standardSet(Class) { return _ZPStandardSet(Offset); }
+
+template <unsigned Offset> ZPCharacterSet *fullSet(Class) {
+    return objc_msgSend<ZPCharacterSet *>(ZPConcreteMutableCharacterSet::class_(),
+                                          "_readAndRetainFileNamed:makeCompact:"_sel, standard(Offset).name,
+                                          BOOL(standard(Offset).compact));
+}
+
+struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
+    BOOL characterIsMember(unichar u) {
+        if (u < 0x100) return _ZPBit(_ZPLow.of[offset], u);
+        ZPCharacterSet *full = __atomic_load_n(&expandedset, __ATOMIC_ACQUIRE);
+        // Both kinds of objects that may stand there are told apart without another load.
+        if (!full || full == this || u == 0xFFFF) [[unlikely]]
+            return _ZPIsInFullSet(unsigned(offset), u);
+        return static_cast<ZPConcreteMutableCharacterSet *>(full)->has(u);
+    }
+    // Answers the full set, or the receiver when it cannot be loaded.
+    ZPCharacterSet *expandSetWithOffset(int wanted) {
+        if (wanted < 0 || wanted >= int(_ZPStandardSetCount)) {
+            ZPLog("ZPExpandedBuiltinCharacterSet: illegal offset %d encountered.\n"_zp, wanted);
+            ZPException::raise_format(ZPInvalidArgumentException,
+                                      "%s %s: Illegal operation on this class or instance"_zp, isa->name,
+                                      sel_getName("expandSetWithOffset:"_sel));
+        }
+        const Standard &which = standard(unsigned(wanted));
+        ZPConcreteMutableCharacterSet *file = objc_msgSend<id>(ZPExpandedBuiltinCharacterSet::class_(), which.selector),
+                                      *full = file;
+        if (file) full = agreeing(file, unsigned(wanted), which.compact);
+        ZPCharacterSet *made = full ? static_cast<ZPCharacterSet *>(full) : this;
+        if (wanted != offset) {
+            if (full != file) full->autorelease();
+            return made;
+        }
+        return ZPKeepFirst(expandedset, made, [&](ZPCharacterSet *late) {
+            if (late == full && full != file) full->release();
+        });
+    }
+    ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
+    BOOL isEmpty() { return NO; }
+    BOOL isEqual(id other) {
+        auto *set = static_cast<ZPBuiltinCharacterSet *>(other.pointer());
+        if (set && set->isa == isa && offset == set->offset) return YES;
+        return objc_super<ZPBuiltinCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
+    }
+    void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
+};
+
+struct ExpandedCharacterSetMethods : ZPExpandedBuiltinCharacterSet {
+    BOOL characterIsMember(unichar) { _ZPRefuse(this, "characterIsMember:"_sel); }
+    ZPCharacterSet *expandSetWithOffset(int) { _ZPRefuse(this, "expandSetWithOffset:"_sel); }
+    ZPData *bitmapRepresentation() { _ZPRefuse(this, "bitmapRepresentation"_sel); }
+    ZPCharacterSet *invertedSet() { _ZPRefuse(this, "invertedSet"_sel); }
+    BOOL isEmpty() { _ZPRefuse(this, "isEmpty"_sel); }
+    unsigned count() { _ZPRefuse(this, "count"_sel); }
+    BOOL isEqual(id) { _ZPRefuse(this, "isEqual:"_sel); }
+    unsigned hash() { _ZPRefuse(this, "hash"_sel); }
+    id mutableCopyWithZone(ZPZone *) { _ZPRefuse(this, "mutableCopyWithZone:"_sel); }
+};
+
+}  // namespace
+
+constinit const ZPLowRows _ZPLow = makeLowRows();
+
+ZPBuiltinCharacterSet *_ZPStandardSet(unsigned offset) {
+    return ZPMakeOnce(
+        standardSets[offset],
+        [&] {
+            ZPBuiltinCharacterSet *set = ZPAllocateObject(ZPBuiltinCharacterSet::class_(), 0, nullptr);
+            set->offset = int(offset);
+            return set;
+        },
+        ZPDeallocateObject);
+}
+
+ZPConcreteMutableCharacterSet *_ZPFullSet(ZPBuiltinCharacterSet *set) {
+    ZPCharacterSet *full = __atomic_load_n(&set->expandedset, __ATOMIC_ACQUIRE);
+    if (!full) [[unlikely]]
+        full = objc_msgSend<ZPCharacterSet *>(set, "expandSetWithOffset:"_sel, set->offset);
+    return full == set ? nullptr : static_cast<ZPConcreteMutableCharacterSet *>(full);
+}
+
+bool _ZPIsInFullSet(unsigned offset, unichar u) {
+    if (u == 0xFFFF) return offset == _ZPIllegalSet;
+    ZPConcreteMutableCharacterSet *full = _ZPFullSet(_ZPStandardSet(offset));
+    return full && full->has(u);
+}
+
+ZP_CATEGORY(ZPCharacterSet, ZPStandardCharacterSets)
+    .classMethod<&standardSet<_ZPControlSet>>("controlCharacterSet")
+    .classMethod<&standardSet<_ZPWhitespaceSet>>("whitespaceCharacterSet")
+    .classMethod<&standardSet<_ZPWhitespaceAndNewlineSet>>("whitespaceAndNewlineCharacterSet")
+    .classMethod<&standardSet<_ZPDecimalDigitSet>>("decimalDigitCharacterSet")
+    .classMethod<&standardSet<_ZPLetterSet>>("letterCharacterSet")
+    .classMethod<&standardSet<_ZPLowercaseLetterSet>>("lowercaseLetterCharacterSet")
+    .classMethod<&standardSet<_ZPUppercaseLetterSet>>("uppercaseLetterCharacterSet")
+    .classMethod<&standardSet<_ZPAlphanumericSet>>("alphanumericCharacterSet")
+    .classMethod<&standardSet<_ZPNonBaseSet>>("nonBaseCharacterSet")
+    .classMethod<&standardSet<_ZPDecomposableSet>>("decomposableCharacterSet")
+    .classMethod<&standardSet<_ZPIllegalSet>>("illegalCharacterSet")
+    .classMethod<&standardSet<_ZPPunctuationSet>>("punctuationCharacterSet");
+
+ZP_IMPLEMENT(ZPBuiltinCharacterSet)
+    .method<&BuiltinCharacterSetMethods::characterIsMember>("characterIsMember:")
+    .method<&BuiltinCharacterSetMethods::expandSetWithOffset>("expandSetWithOffset:")
+    .method<&BuiltinCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
+    .method<&BuiltinCharacterSetMethods::isEmpty>("isEmpty")
+    .method<&BuiltinCharacterSetMethods::isEqual>("isEqual:")
+    .immortal()
+    .method<&BuiltinCharacterSetMethods::dealloc>("dealloc");
+
+ZP_IMPLEMENT(ZPExpandedBuiltinCharacterSet)
+    .classMethod<&fullSet<_ZPControlSet>>("controlCharacterSet")
+    .classMethod<&fullSet<_ZPWhitespaceSet>>("whitespaceCharacterSet")
+    .classMethod<&fullSet<_ZPWhitespaceAndNewlineSet>>("whitespaceAndNewlineCharacterSet")
+    .classMethod<&fullSet<_ZPDecimalDigitSet>>("decimalDigitCharacterSet")
+    .classMethod<&fullSet<_ZPLetterSet>>("letterCharacterSet")
+    .classMethod<&fullSet<_ZPLowercaseLetterSet>>("lowercaseLetterCharacterSet")
+    .classMethod<&fullSet<_ZPUppercaseLetterSet>>("uppercaseLetterCharacterSet")
+    .classMethod<&fullSet<_ZPAlphanumericSet>>("alphanumericCharacterSet")
+    .classMethod<&fullSet<_ZPNonBaseSet>>("nonBaseCharacterSet")
+    .classMethod<&fullSet<_ZPDecomposableSet>>("decomposableCharacterSet")
+    .classMethod<&fullSet<_ZPIllegalSet>>("illegalCharacterSet")
+    .classMethod<&fullSet<_ZPPunctuationSet>>("punctuationCharacterSet")
+    .method<&ExpandedCharacterSetMethods::characterIsMember>("characterIsMember:")
+    .method<&ExpandedCharacterSetMethods::expandSetWithOffset>("expandSetWithOffset:")
+    .method<&ExpandedCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
+    .method<&ExpandedCharacterSetMethods::invertedSet>("invertedSet")
+    .method<&ExpandedCharacterSetMethods::isEmpty>("isEmpty")
+    .method<&ExpandedCharacterSetMethods::count>("count")
+    .method<&ExpandedCharacterSetMethods::isEqual>("isEqual:")
+    .method<&ExpandedCharacterSetMethods::hash>("hash")
+    .method<&ExpandedCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:");

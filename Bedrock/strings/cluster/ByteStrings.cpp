@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: MIT
+// The concrete classes with 8-bit storage. Bytes lie in `bytes` (ZPSimpleCString and its subclasses) or
+// behind the fields (ZPInlineCString). Who frees `bytes`:
+//
+//   ZPSimpleCString    always the object
+//   ZPCString          the object when `freeWhenDone` is set
+//   ZPCSubstring       its parent while `_referenceString` is set, then the object
+//   ZPConstantString   nobody
+//
+// A ZPCSubstring goes from borrowing to owning at its first retain and never back. Two threads that retain
+// it at once are kept apart by `detaching`.
+#include <Bedrock/strings/cluster/Substring+Internal.h>
+
+#include <mutex>
+
+namespace {
+
+std::mutex detaching;
+
+unsigned countOf(ZPSimpleCString *s) { return s->numBytes; }
+unsigned countOf(ZPInlineCString *s) { return s->_flags.numBytes; }
+char *bytesOf(ZPSimpleCString *s) { return s->bytes; }
+char *bytesOf(ZPInlineCString *s) { return s->contents(); }
+
+// What both layouts do on their bytes.
+template <class S> struct ByteStringMethods : S {
+    ZPStringView view() { return {reinterpret_cast<unsigned char *>(bytesOf(this)), nullptr, countOf(this)}; }
+
+    unsigned length() { return countOf(this); }
+    unichar characterAtIndex(unsigned index) {
+        if (index >= countOf(this)) [[unlikely]]
+            _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
+        return _ZPUnitOfByte(static_cast<unsigned char>(bytesOf(this)[index]));
+    }
+    void getCharactersRange(unichar *buffer, ZPRange range) {
+        _ZPCheckRange(this, "getCharacters:range:"_sel, range, countOf(this));
+        _ZPCopyUnits(view(), range.location, range.length, buffer);
+    }
+    const char *fastCStringContents() { return bytesOf(this); }
+    ZPStringEncoding storageEncoding() { return _ZPCStringEncoding; }
+    unsigned cStringLength() { return countOf(this); }
+    // The object's own bytes, where they mean the same as a C string.
+    bool ownBytesAreCString() { return _ZPFitsByteStorage(bytesOf(this), countOf(this)); }
+    const char *ownCString() {
+        return ownBytesAreCString() ? bytesOf(this) : objc_super<S>(this).template send<const char *>("cString"_sel);
+    }
+    const char *ownLossyCString() {
+        return ownBytesAreCString() ? bytesOf(this)
+                                    : objc_super<S>(this).template send<const char *>("lossyCString"_sel);
+    }
+    BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) {
+        return encoding == _ZPCStringEncoding
+                   ? YES
+                   : objc_super<S>(this).template send<BOOL>("canBeConvertedToEncoding:"_sel, encoding);
+    }
+    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
+                  ZPRange range, ZPRange *remaining) {
+        _ZPCheckRange(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel,
+                      range, countOf(this));
+        // Bytes of the storage encoding, and ASCII text in every encoding that extends ASCII, are copied.
+        constexpr unsigned extendsASCII = 1u << ZPASCIIStringEncoding | 1u << ZPUTF8StringEncoding |
+                                          1u << ZPISOLatin1StringEncoding | 1u << ZPISOLatin2StringEncoding |
+                                          0x1Fu << ZPWindowsCP1251StringEncoding;
+        const char *from = bytesOf(this) + range.location;
+        bool plain = encoding == _ZPCStringEncoding ||
+                     (encoding < 32 && (extendsASCII >> encoding & 1) && _ZPIsASCII(from, range.length));
+        if (!plain)
+            return objc_super<S>(this).template send<BOOL>(
+                "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
+                maxLength, filled, encoding, lossy, range, remaining);
+        unsigned n = range.length < maxLength ? range.length : maxLength;
+        if (buffer && n) std::memcpy(buffer, from, n);
+        if (filled) *filled = n;
+        if (remaining) *remaining = {range.location + n, range.length - n};
+        return YES;
+    }
+    id copyWithZone(ZPZone *zone) {
+        if (ZPShouldRetainWithZone(this, zone)) return this->retain();
+        return _ZPNewInlineCString(bytesOf(this), countOf(this), zone);
+    }
+};
+
+using InlineMethods = ByteStringMethods<ZPInlineCString>;
+using SimpleMethods = ByteStringMethods<ZPSimpleCString>;
+
+struct SimpleCStringMethods : ZPSimpleCString {
+    ZPString *init() { return initWithCStringNoCopy(nullptr, 0, NO); }
+    ZPString *initWithCStringNoCopy(char *b, unsigned length, BOOL) {
+        bytes = b;
+        numBytes = length;
+        return this;
+    }
+    ZPString *initWithCStringLength(const char *b, unsigned length) {
+        ZPZoneBlock<char> block(length, zone());
+        std::copy_n(b, length, block.memory);
+        return initWithCStringNoCopy_length_freeWhenDone(block.take(), length, YES);
+    }
+    void dealloc() {
+        if (bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
+        objc_super<ZPSimpleCString>(this).send("dealloc"_sel);
+    }
+};
+
+struct CStringMethods : ZPCString {
+    ZPString *initWithCStringNoCopy(char *b, unsigned length, BOOL freeWhenDone) {
+        bytes = b;
+        numBytes = length;
+        _flags.freeWhenDone = freeWhenDone != NO;
+        return this;
+    }
+    void dealloc() {
+        if (!_flags.freeWhenDone) bytes = nullptr;
+        objc_super<ZPCString>(this).send("dealloc"_sel);
+    }
+};
+
+struct CSubstringMethods : ZPSubstringMethods<ZPCSubstring> {
+    id retain() {
+        if (borrows()) detach();
+        ZPIncrementExtraRefCount(this);
+        return this;
+    }
+    void detach() {
+        ZPZone *own = zone();
+        ZPString *parent;
+        {
+            std::lock_guard lock(detaching);
+            parent = _referenceString;
+            if (!parent) return;
+            char *copy = nullptr;
+            if (numBytes) {
+                ZPZoneBlock<char> block(numBytes, own);
+                std::memcpy(block.memory, bytes, numBytes);
+                copy = block.take();
+            }
+            __atomic_store_n(&bytes, copy, __ATOMIC_RELEASE);
+            __atomic_store_n(&_referenceString, nullptr, __ATOMIC_RELEASE);
+        }
+        letGo(parent);
+    }
+};
+
+struct ConstantStringMethods : ZPConstantString {
+    id copyWithZone(ZPZone *) { return this; }
+    void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
+    ZPString *refuse(unichar *, unsigned) {
+        doesNotRecognizeSelector("initWithCharactersNoCopy:length:"_sel);
+        return nullptr;
+    }
+};
+
+struct InlineCStringMethods : ZPInlineCString {
+    // The most common class meets itself most of the time.
+    BOOL isEqualToString(ZPString *other) {
+        if (!other || other->isa != isa) return _ZPEqualStrings(this, other);
+        auto *same = static_cast<ZPInlineCString *>(other);
+        unsigned n = _flags.numBytes;
+        return n == same->_flags.numBytes && std::memcmp(contents(), same->contents(), n) == 0;
+    }
+    unsigned hash() { return ZPHashCString(contents(), _flags.numBytes); }
+    ZPString *substringWithRange(ZPRange range) {
+        _ZPCheckRange(this, "substringWithRange:"_sel, range, _flags.numBytes);
+        return _newSubstringWithRange_zone(range, nullptr)->autorelease();
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPSimpleCString)
+    .method<&SimpleCStringMethods::init>("init")
+    .method<&SimpleCStringMethods::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&SimpleCStringMethods::initWithCStringLength>("initWithCString:length:")
+    .method<&SimpleCStringMethods::dealloc>("dealloc")
+    .method<&SimpleMethods::length>("length")
+    .method<&SimpleMethods::characterAtIndex>("characterAtIndex:")
+    .method<&SimpleMethods::getCharactersRange>("getCharacters:range:")
+    .method<&SimpleMethods::fastCStringContents>("_fastCStringContents")
+    .method<&SimpleMethods::storageEncoding>("fastestEncoding")
+    .method<&SimpleMethods::storageEncoding>("smallestEncoding")
+    .method<&SimpleMethods::cStringLength>("cStringLength")
+    .method<&SimpleMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
+    .method<&SimpleMethods::getBytes>(
+        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&SimpleMethods::copyWithZone>("copyWithZone:");
+
+ZP_IMPLEMENT(ZPCString)
+    .method<&CStringMethods::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&CStringMethods::dealloc>("dealloc");
+
+ZP_IMPLEMENT(ZPCSubstring)
+    .method<&CSubstringMethods::refuseBytes>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&CSubstringMethods::refuseUnits>("initWithCharactersNoCopy:length:freeWhenDone:")
+    .method<&CSubstringMethods::retain>("retain")
+    .method<&CSubstringMethods::dealloc>("dealloc");
+
+ZP_IMPLEMENT(ZPConstantString)
+    .staticInstances()
+    .immortal()
+    .method<&ConstantStringMethods::copyWithZone>("copyWithZone:")
+    .method<&ConstantStringMethods::dealloc>("dealloc")
+    .method<&ConstantStringMethods::refuse>("initWithCharactersNoCopy:length:")
+    .method<&SimpleMethods::ownCString>("cString")
+    .method<&SimpleMethods::ownLossyCString>("lossyCString");
+
+ZP_IMPLEMENT(ZPInlineCString)
+    .method<&InlineMethods::length>("length")
+    .method<&InlineMethods::characterAtIndex>("characterAtIndex:")
+    .method<&InlineMethods::getCharactersRange>("getCharacters:range:")
+    .method<&InlineMethods::fastCStringContents>("_fastCStringContents")
+    .method<&InlineMethods::storageEncoding>("fastestEncoding")
+    .method<&InlineMethods::storageEncoding>("smallestEncoding")
+    .method<&InlineMethods::cStringLength>("cStringLength")
+    .method<&InlineMethods::ownCString>("cString")
+    .method<&InlineMethods::ownLossyCString>("lossyCString")
+    .method<&InlineMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
+    .method<&InlineMethods::getBytes>(
+        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&InlineMethods::copyWithZone>("copyWithZone:")
+    .method<&InlineCStringMethods::isEqualToString>("isEqualToString:")
+    .method<&InlineCStringMethods::hash>("hash")
+    .method<&InlineCStringMethods::substringWithRange>("substringWithRange:");
+
+constinit objc_literal8 ZPEmptyStringLiteral = {&ZPConstantStringRecord.cls, "", 0};
+
+ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) {
+    if (length == 0) return ""_zp;
+    if (length > 0xFFFF)
+        return static_cast<ZPString *>(ZPAllocateObject(ZPCString::class_(), 0, zone))
+            ->initWithCString_length(bytes, length);
+    auto *s = static_cast<ZPInlineCString *>(_zoneAllocBare(ZPInlineCString::class_(), length + 1, zone));
+    if (!s) [[unlikely]]
+        ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    s->_flags = {0, 0, 0, length & 0xFFFF};
+    char *contents = s->contents();
+    std::memcpy(contents, bytes, length);
+    contents[length] = '\0';
+    return s;
+}
+
+ZPString *_ZPNewStringAdoptingBytes(char *bytes, unsigned length, BOOL freeWhenDone, ZPZone *zone) {
+    if (length == 0) {
+        if (freeWhenDone && bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
+        return ""_zp;
+    }
+    ZPCString *s = ZPAllocateObject(ZPCString::class_(), 0, zone);
+    s->bytes = bytes;
+    s->numBytes = length;
+    s->_flags.freeWhenDone = freeWhenDone != NO;
+    return s;
+}

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+// C strings, the scratch memory they live in, and the displayable form.
+#include <Bedrock/strings/cluster/Cluster.h>
+
+#include <Bedrock/core/ZPAutoreleasePool.h>
+
+namespace {
+
+constexpr unsigned everything = 0x7FFFFFFE;
+
+// ---- scratch memory: blocks that autorelease pools free ----
+//
+// Small requests are carved from the thread's current block; a request that would waste much of it gets a block
+// of its own. `current` is that block, or null once its pool has been emptied.
+
+constexpr unsigned scratchBlock = 500;
+
+struct _ZPAutoreleasedMallocMemory : ZPObject {
+    ZP_PRIVATE_CLASS(_ZPAutoreleasedMallocMemory)
+    char *_block;
+    unsigned _used;
+};
+
+thread_local _ZPAutoreleasedMallocMemory *current;
+
+struct ScratchMethods : _ZPAutoreleasedMallocMemory {
+    static ScratchMethods *make(unsigned capacity) {
+        ZPZoneBlock<char> block(capacity);
+        auto *object = static_cast<ScratchMethods *>(
+            ZPAllocateObject(_ZPAutoreleasedMallocMemory::class_(), 0, nullptr).pointer());
+        object->_block = block.take();
+        ZPObject *released = object;
+        released->autorelease();
+        return object;
+    }
+    char *handOut(unsigned bytes) {
+        char *p = _block + _used;
+        _used += bytes;
+        return p;
+    }
+    static void *mallocMemory(Class, unsigned n) {
+        if (n > scratchBlock) return make(n)->handOut(n);
+        unsigned left = current ? scratchBlock - current->_used : 0;
+        if (left >= n && current) return static_cast<ScratchMethods *>(current)->handOut(n);
+        if (left >= scratchBlock - n) return make(n)->handOut(n);
+        ScratchMethods *fresh = make(scratchBlock);
+        current = fresh;
+        return fresh->handOut(n);
+    }
+    void dealloc() {
+        if (current == this) current = nullptr;
+        ZPZoneFree(nullptr, _block);
+        objc_super<_ZPAutoreleasedMallocMemory>(this).send("dealloc"_sel);
+    }
+};
+
+[[noreturn]] void raiseConversionFailure(ZPString *string) {
+    unsigned length = string->length();
+    ZPString *shown = length > 23 ? string->substringToIndex(20) : string;
+    ZPString *reason = ZPString::stringWithFormat("Conversion to cString failed for string \"%@%s\""_zp, shown,
+                                                  length > 23 ? "..." : "");
+    ZPDictionary *info = objc_msgSend<id>(objc_getClass("ZPDictionary"), "dictionaryWithObject:forKey:"_sel, id(string),
+                                          id("_ZPString"_zp));
+    ZPException::exceptionWithName_reason_userInfo(ZPCharacterConversionException, reason, info)->raise();
+}
+
+// ---- display ----
+
+bool isDisplayable(unichar u, unsigned char *byte, bool kestrel) {
+    *byte = static_cast<unsigned char>(u);
+    if (u < 0x80) return (u >= 0x20 && u <= 0x7E) || u == 0x09 || u == 0x0A || u == 0x0D;
+    return kestrel && ZPPrecompUnicodeToKESTREL(u, byte);
+}
+
+char *writeEscaped(char *out, unichar u) {
+    *out++ = '\\';
+    if (u < 0x80) {
+        for (int shift = 6; shift >= 0; shift -= 3) *out++ = char('0' + (u >> shift & 7));
+        return out;
+    }
+    *out++ = 'U';
+    for (int shift = 12; shift >= 0; shift -= 4) *out++ = "0123456789abcdef"[u >> shift & 15];
+    return out;
+}
+
+struct CStringMethods : ZPString {
+    bool convert(void *buffer, unsigned maxLength, unsigned *filled, BOOL lossy, ZPRange range, ZPRange *remaining) {
+        return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            buffer, maxLength, filled, _ZPDefaultCStringEncoding(), lossy, range, remaining);
+    }
+    void getCStringRange(char *buffer, unsigned maxLength, ZPRange range, ZPRange *remaining) {
+        unsigned filled = 0;
+        if (!convert(buffer, maxLength, &filled, NO, range, remaining)) raiseConversionFailure(this);
+        buffer[filled] = '\0';
+    }
+    void getCStringMax(char *buffer, unsigned maxLength) {
+        getCString_maxLength_range_remainingRange(buffer, maxLength, {0, ZPString::length()}, nullptr);
+    }
+    void getCString(char *buffer) {
+        getCString_maxLength_range_remainingRange(buffer, everything, {0, ZPString::length()}, nullptr);
+    }
+
+    const char *converted(BOOL lossy) {
+        ZPRange whole{0, ZPString::length()};
+        unsigned bytes = 0;
+        if (!convert(nullptr, everything, &bytes, lossy, whole, nullptr)) raiseConversionFailure(this);
+        char *text = _ZPAutoreleasedScratch(bytes + 1);
+        convert(text, bytes, &bytes, lossy, whole, nullptr);
+        text[bytes] = '\0';
+        return text;
+    }
+    const char *cString() { return converted(NO); }
+    const char *lossyCString() { return ZPString::length() == 0 ? "" : converted(YES); }
+    unsigned cStringLength() {
+        unsigned bytes = 0;
+        return convert(nullptr, everything, &bytes, NO, {0, ZPString::length()}, nullptr) ? bytes : 0;
+    }
+
+    ZPString *displayableString() {
+        bool kestrel = _ZPDefaultCStringEncoding() == ZPKESTRELStringEncoding;
+        return _ZPWithUnits(this, [&](auto &&units, unsigned length) -> ZPString * {
+            unsigned char byte;
+            unsigned plain = 0;
+            while (plain < length && isDisplayable(units[plain], &byte, kestrel)) ++plain;
+            if (plain == length) return this;
+            ZPZoneBlock<char> block(std::size_t(length) * 6);
+            char *out = block.memory;
+            for (unsigned i = 0; i < length; ++i) {
+                unichar u = units[i];
+                if (isDisplayable(u, &byte, kestrel)) *out++ = char(byte);
+                else out = writeEscaped(out, u);
+            }
+            std::size_t written = out - block.memory;
+            if (written > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+            return _ZPPlaceholderStringFromZone(nullptr)
+                ->initWithCStringNoCopy_length_freeWhenDone(block.takeShrunk(written), unsigned(written), YES)
+                ->autorelease();
+        });
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(_ZPAutoreleasedMallocMemory)
+    .classMethod<&ScratchMethods::mallocMemory>("mallocMemoryWithCapacity:")
+    .method<&ScratchMethods::dealloc>("dealloc");
+
+ZP_CATEGORY(ZPString, ZPStringCStrings)
+    .method<&CStringMethods::getCStringRange>("getCString:maxLength:range:remainingRange:")
+    .method<&CStringMethods::getCStringMax>("getCString:maxLength:")
+    .method<&CStringMethods::getCString>("getCString:")
+    .method<&CStringMethods::cString>("cString")
+    .method<&CStringMethods::lossyCString>("lossyCString")
+    .method<&CStringMethods::cStringLength>("cStringLength")
+    .method<&CStringMethods::displayableString>("displayableString");
+
+char *_ZPAutoreleasedScratch(unsigned bytes) {
+    return static_cast<char *>(ScratchMethods::mallocMemory(nullptr, bytes));
+}

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// The string over a caller's buffer. `_flags`: bit 0 the contents are units, bit 1 they are freed with the
+// object. Bytes are not mapped to units.
+#include <Bedrock/strings/cluster/Mutable.h>
+
+namespace {
+
+constexpr unsigned isFat = 1, freesContents = 2;
+
+struct CheapMutable : ZPCheapMutableString {
+    unichar *units() { return static_cast<unichar *>(_contents); }
+    const unsigned char *bytes() { return static_cast<const unsigned char *>(_contents); }
+    bool fat() { return _flags & isFat; }
+
+    void freeContents() {
+        if (_flags & freesContents && _contents) ZPZoneFree(ZPZoneFromPointer(_contents), _contents);
+    }
+    void setContents(void *contents, unsigned length, BOOL freeWhenDone, BOOL isUnicode) {
+        if (contents != _contents) freeContents();
+        _contents = contents;
+        _numCharacters = length;
+        _flags = (isUnicode ? isFat : 0) | (freeWhenDone ? freesContents : 0);
+    }
+    void dealloc() {
+        freeContents();
+        objc_super<ZPCheapMutableString>(this).send("dealloc"_sel);
+    }
+    unsigned length() { return _numCharacters; }
+    unichar characterAtIndex(unsigned index) { return fat() ? units()[index] : bytes()[index]; }
+    void getCharacters(unichar *buffer, ZPRange range) {
+        for (unsigned i = 0; i < range.length; ++i)
+            buffer[i] = fat() ? units()[range.location + i] : bytes()[range.location + i];
+    }
+    ZPStringEncoding fastestEncoding() { return fat() ? ZPUnicodeStringEncoding : _ZPDefaultCStringEncoding(); }
+    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
+                  ZPRange range, ZPRange *remaining) {
+        if (fat() || encoding != _ZPDefaultCStringEncoding())
+            return objc_super<ZPCheapMutableString>(this).send<BOOL>(
+                "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
+                maxLength, filled, encoding, lossy, range, remaining);
+        unsigned n = range.length < maxLength ? range.length : maxLength;
+        if (buffer && n) std::memcpy(buffer, bytes() + range.location, n);
+        if (filled) *filled = n;
+        if (remaining) *remaining = {range.location + n, range.length - n};
+        return YES;
+    }
+    const char *cString() {
+        return fat() ? objc_super<ZPCheapMutableString>(this).send<const char *>("cString"_sel)
+                     : reinterpret_cast<const char *>(bytes());
+    }
+    const char *lossyCString() {
+        return fat() ? objc_super<ZPCheapMutableString>(this).send<const char *>("lossyCString"_sel)
+                     : reinterpret_cast<const char *>(bytes());
+    }
+    unsigned cStringLength() {
+        return fat() ? objc_super<ZPCheapMutableString>(this).send<unsigned>("cStringLength"_sel) : _numCharacters;
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPCheapMutableString)
+    .method<&CheapMutable::setContents>("setContentsNoCopy:length:freeWhenDone:isUnicode:")
+    .method<&CheapMutable::dealloc>("dealloc")
+    .method<&CheapMutable::length>("length")
+    .method<&CheapMutable::characterAtIndex>("characterAtIndex:")
+    .method<&CheapMutable::getCharacters>("getCharacters:range:")
+    .method<&CheapMutable::fastestEncoding>("fastestEncoding")
+    .method<&CheapMutable::getBytes>(
+        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
+    .method<&CheapMutable::cString>("cString")
+    .method<&CheapMutable::lossyCString>("lossyCString")
+    .method<&CheapMutable::cStringLength>("cStringLength");

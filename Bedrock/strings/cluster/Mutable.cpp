@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+// What every mutable string does on its one primitive, the editing category, and the constructors.
+#include <Bedrock/strings/cluster/Mutable.h>
+
+#include <cstdarg>
+
+namespace {
+
+// Gives up its reference at the end of a scope.
+struct Temporary {
+    ZPString *string;
+    ~Temporary() { string->release(); }
+};
+
+ZPString *newString() { return _ZPPlaceholderStringFromZone(nullptr); }
+
+struct MutableStringMethods : ZPMutableString {
+    void replace(ZPRange, ZPString *) {
+        ZPRequestConcreteImplementation(this, "replaceCharactersInRange:withString:"_sel, ZPMutableString::class_());
+    }
+    id initWithCapacity(unsigned) { _ZPRequestConcreteObject(this, "initWithCapacity:"_sel); }
+    void insert(ZPString *string, unsigned index) { replaceCharactersInRange_withString({index, 0}, string); }
+    void append(ZPString *string) { replaceCharactersInRange_withString({length(), 0}, string); }
+    void remove(ZPRange range) { replaceCharactersInRange_withString(range, ""_zp); }
+    void setString(ZPString *string) { replaceCharactersInRange_withString({0, length()}, string); }
+    void replaceWithCString(ZPRange range, const char *bytes, unsigned n) {
+        Temporary text{newString()->initWithCString_length(bytes, n)};
+        replaceCharactersInRange_withString(range, text.string);
+    }
+    void replaceWithCharacters(ZPRange range, const unichar *characters, unsigned n) {
+        Temporary text{newString()->initWithCharacters_length(characters, n)};
+        replaceCharactersInRange_withString(range, text.string);
+    }
+    void appendFormat(ZPString *format, std::va_list arguments) {
+        Temporary text{_ZPNewFormattedString(nullptr, format, nullptr, arguments)};
+        appendString(text.string);
+    }
+    Class classForCoder() { return ZPMutableString::class_(); }
+
+    // Replaces every range that `next` finds from a position on, in one edit: the text between and the
+    // replacements are gathered first.
+    template <class Next> void replaceFound(Next next, ZPString *replacement) {
+        ZPRange found = next(0);
+        if (found.length == 0) return;
+        unsigned first = found.location, at = first, end = length();
+        Temporary gathered{ZPConcreteMutableString::alloc()->initWithCapacity(0)};
+        auto *text = static_cast<ZPMutableString *>(gathered.string);
+        for (; found.length; found = at < end ? next(at) : ZPRange{}) {
+            if (found.location > at) {
+                Temporary piece{_newSubstringWithRange_zone({at, found.location - at}, nullptr)};
+                text->appendString(piece.string);
+            }
+            text->appendString(replacement);
+            at = found.location + found.length;
+        }
+        replaceCharactersInRange_withString({first, at - first}, text);
+    }
+    void deleteAllFromSet(ZPCharacterSet *set) {
+        unsigned end = length();
+        replaceFound([&](unsigned at) { return rangeOfCharacterFromSet_options_range(set, 0, {at, end - at}); }, ""_zp);
+    }
+    void replaceOne(ZPString *target, ZPString *replacement, unsigned options) {
+        ZPRange found = rangeOfString_options_range(target, options, {0, length()});
+        if (found.length) replaceCharactersInRange_withString(found, replacement);
+    }
+    void replaceFirst(ZPString *target, ZPString *replacement) { replaceOne(target, replacement, 0); }
+    void replaceLast(ZPString *target, ZPString *replacement) { replaceOne(target, replacement, ZPBackwardsSearch); }
+    void replaceAll(ZPString *target, ZPString *replacement) {
+        unsigned end = length();
+        replaceFound([&](unsigned at) { return rangeOfString_options_range(target, 0, {at, end - at}); }, replacement);
+    }
+};
+
+struct MutableStringClassMethods {
+    static ZPMutableString *made() { return ZPConcreteMutableString::alloc(); }
+
+    static id allocWithZone(Class self, ZPZone *zone) {
+        return ZPAllocateObject(self == ZPMutableString::class_() ? ZPConcreteMutableString::class_() : self, 0, zone);
+    }
+    static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
+    static id withCapacity(Class, unsigned capacity) { return made()->initWithCapacity(capacity)->autorelease(); }
+    static id withCharacters(Class, const unichar *characters, unsigned length) {
+        return made()->initWithCharacters_length(characters, length)->autorelease();
+    }
+    static id withCString(Class self, const char *bytes) {
+        if (!bytes) _ZPRaiseNullCString(self, "stringWithCString:"_sel);
+        return autoreleased(made()->initWithCString_length(bytes, unsigned(std::strlen(bytes))));
+    }
+    static id withCStringLength(Class, const char *bytes, unsigned length) {
+        return autoreleased(made()->initWithCString_length(bytes, length));
+    }
+    static id withFormat(Class, ZPString *format, std::va_list arguments) {
+        return made()->initWithFormat_locale_arguments(format, nullptr, arguments)->autorelease();
+    }
+    static id withLocalizedFormat(Class, ZPString *format, std::va_list arguments) {
+        return made()->initWithFormat_locale_arguments(format, _ZPUserLocale(), arguments)->autorelease();
+    }
+    static id autoreleased(ZPString *string) { return string ? string->autorelease() : id(); }
+    static id withContentsOfFile(Class, ZPString *path) { return autoreleased(made()->initWithContentsOfFile(path)); }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPMutableString)
+    .version(1)
+    .classMethod<&MutableStringClassMethods::alloc>("alloc")
+    .classMethod<&MutableStringClassMethods::allocWithZone>("allocWithZone:")
+    .classMethod<&MutableStringClassMethods::withCapacity>("stringWithCapacity:")
+    .classMethod<&MutableStringClassMethods::withCharacters>("stringWithCharacters:length:")
+    .classMethod<&MutableStringClassMethods::withCString>("stringWithCString:")
+    .classMethod<&MutableStringClassMethods::withCStringLength>("stringWithCString:length:")
+    .variadicClassMethod<&MutableStringClassMethods::withFormat>("stringWithFormat:")
+    .variadicClassMethod<&MutableStringClassMethods::withLocalizedFormat>("localizedStringWithFormat:")
+    .classMethod<&MutableStringClassMethods::withContentsOfFile>("stringWithContentsOfFile:")
+    .method<&MutableStringMethods::replace>("replaceCharactersInRange:withString:")
+    .method<&MutableStringMethods::initWithCapacity>("initWithCapacity:")
+    .method<&MutableStringMethods::insert>("insertString:atIndex:")
+    .method<&MutableStringMethods::append>("appendString:")
+    .method<&MutableStringMethods::remove>("deleteCharactersInRange:")
+    .method<&MutableStringMethods::setString>("setString:")
+    .method<&MutableStringMethods::replaceWithCString>("replaceCharactersInRange:withCString:length:")
+    .method<&MutableStringMethods::replaceWithCharacters>("replaceCharactersInRange:withCharacters:length:")
+    .variadic<&MutableStringMethods::appendFormat>("appendFormat:")
+    .method<&MutableStringMethods::classForCoder>("classForCoder")
+    .method<&MutableStringMethods::deleteAllFromSet>("_deleteAllCharactersFromSet:")
+    .method<&MutableStringMethods::replaceFirst>("_replaceFirstAppearanceOfString:withString:")
+    .method<&MutableStringMethods::replaceLast>("_replaceLastAppearanceOfString:withString:")
+    .method<&MutableStringMethods::replaceAll>("_replaceAllAppearancesOfString:withString:");
+
+ZPString *_ZPNewStringJoiningBytes(const ZPStringView *views, unsigned count, unsigned total, ZPZone *zone) {
+    auto fill = [&](char *at) {
+        for (unsigned i = 0; i < count; ++i) {
+            if (views[i].length) std::memcpy(at, views[i].bytes, views[i].length);
+            at += views[i].length;
+        }
+    };
+    constexpr unsigned largestInside = 2048;
+    if (total <= largestInside) {
+        ZPInlineCString *s = ZPAllocateObject(ZPInlineCString::class_(), total + 1, zone);
+        s->_flags.numBytes = total & 0xFFFF;
+        fill(s->contents());
+        return s;
+    }
+    ZPZoneBlock<char> block(total, zone);
+    fill(block.memory);
+    return _ZPNewStringAdoptingBytes(block.take(), total, YES, zone);
+}
+
+ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
+    constexpr unsigned most = 40;
+    ZPString *strings[most];
+    unsigned count = 0;
+    struct List {
+        std::va_list list;
+        ~List() { va_end(list); }
+    } rest;
+    va_start(rest.list, first);
+    for (ZPString *s = first; s; s = reinterpret_cast<ZPString *>(va_arg(rest.list, objc_object *))) {
+        if (count == most) ZPException::raise_format(ZPInternalInconsistencyException, "Too many strings to append"_zp);
+        strings[count++] = s;
+    }
+    union Views {
+        ZPStringView of[most];
+        Views() {}
+    } views;  // not cleared: few are used
+    std::uint64_t total = 0;
+    bool bytes = true;
+    for (unsigned i = 0; i < count; ++i) {
+        const ZPStringView &view = *::new (&views.of[i]) ZPStringView(_ZPViewOfString(strings[i]));
+        total += view.length;
+        if (view.length) bytes = bytes && view.bytes;
+    }
+    if (total == 0) return ""_zp;
+    if (total > _ZPLongestString)
+        ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp,
+                                  static_cast<unsigned long long>(total));
+    if (bytes) return _ZPNewStringJoiningBytes(views.of, count, unsigned(total), zone);
+    ZPZoneBlock<unichar> block(total, zone);
+    unichar *at = block.memory;
+    for (unsigned i = 0; i < count; ++i) {
+        const ZPStringView &view = views.of[i];
+        if (view.shown()) _ZPCopyUnits(view, 0, view.length, at);
+        else strings[i]->getCharacters_range(at, {0, view.length});
+        at += view.length;
+    }
+    return _ZPNewStringAdoptingUnits(block.take(), unsigned(total), YES, zone);
+}

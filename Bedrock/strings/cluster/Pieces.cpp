@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: MIT
+// Parts of strings, and strings made of others.
+#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/strings/characters/Case.h>
+#include <Bedrock/strings/characters/Characters.h>
+#include <Bedrock/strings/ZPMutableString.h>
+#include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/strings/cluster/Cluster.h>
+
+namespace {
+
+// Which storage a substring may share.
+enum class Family { other, bytes, units };
+
+Family familyOf(ZPString *string) {
+    for (Class c = string->isa; c && c != ZPString::class_(); c = c->superclass) {
+        if (c == ZPInlineCString::class_() || c == ZPSimpleCString::class_()) return Family::bytes;
+        if (c == ZPSimpleString::class_()) return Family::units;
+    }
+    return Family::other;
+}
+
+ZPString *newShared(ZPString *parent, Family family, ZPRange range, ZPZone *zone) {
+    struct Parent {
+        ZPString *string;
+        ~Parent() {
+            if (string) string->release();
+        }
+    } held{parent->copyWithZone(parent->zone())};
+    ZPString *result;
+    if (family == Family::bytes) {
+        ZPCSubstring *s = ZPAllocateObject(ZPCSubstring::class_(), 0, zone);
+        s->bytes =
+            const_cast<char *>(reinterpret_cast<const char *>(_ZPViewOfString(held.string).bytes)) + range.location;
+        s->numBytes = range.length;
+        s->_flags.freeWhenDone = 1;
+        s->_referenceString = held.string;
+        result = s;
+    } else {
+        ZPUnicodeSubstring *s = ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, zone);
+        s->characters = const_cast<unichar *>(_ZPViewOfString(held.string).units) + range.location;
+        s->numCharacters = range.length;
+        s->_referenceString = held.string;
+        result = s;
+    }
+    held.string = nullptr;
+    return result;
+}
+
+struct PieceMethods : ZPString {
+    ZPString *newSubstring(ZPRange range, ZPZone *zone) {
+        ZPStringView view = _ZPViewOfString(this);
+        _ZPCheckRange(this, "_newSubstringWithRange:zone:"_sel, range, view.length);
+        if (range.length == 0) return ""_zp;
+        Family family = familyOf(this);
+        if (range.length == view.length) return family == Family::other ? ZPObject::copyWithZone(zone) : retain();
+        if (family != Family::other && range.length >= _ZPShareThreshold) return newShared(this, family, range, zone);
+        if (family == Family::bytes)
+            return _ZPNewInlineCString(reinterpret_cast<const char *>(view.bytes) + range.location, range.length, zone);
+        if (family == Family::units) return _ZPNewStringWithUnits(view.units + range.location, range.length, zone);
+        ZPZoneBlock<unichar> block(range.length, zone);
+        getCharacters_range(block.memory, range);
+        return _ZPNewStringAdoptingUnits(block.take(), range.length, YES, zone);
+    }
+    ZPString *newSubstringFromRange(ZPRange range, ZPZone *) { return _newSubstringWithRange_zone(range, zone()); }
+    ZPString *substringWithRange(ZPRange range) {
+        _ZPCheckRange(this, "substringWithRange:"_sel, range, ZPString::length());
+        return _newSubstringWithRange_zone(range, zone())->autorelease();
+    }
+    ZPString *substringFromIndex(unsigned index) {
+        unsigned length = ZPString::length();
+        if (index > length) _ZPRaiseOutOfBounds(this, "substringFromIndex:"_sel);
+        return ZPString::substringWithRange({index, length - index});
+    }
+    ZPString *substringToIndex(unsigned index) {
+        if (index > ZPString::length()) _ZPRaiseOutOfBounds(this, "substringToIndex:"_sel);
+        return ZPString::substringWithRange({0, index});
+    }
+
+    // ---- joining ----
+
+    ZPString *copied(ZPString *string) { return string->copyWithZone(nullptr)->autorelease(); }
+    ZPString *stringByAppendingString(ZPString *other) {
+        ZPStringView mine = _ZPViewOfString(this), its = _ZPViewOfString(other);
+        Family family = familyOf(this);
+        if (mine.length == 0 && (its.length == 0 || !other)) return ""_zp;
+        if (mine.length == 0) return copied(other);
+        if (its.length == 0) return copied(this);
+        if (family == Family::other)
+            return _ZPNewStringByAppendingStrings(zone(), this, other, static_cast<ZPString *>(nullptr))->autorelease();
+        std::uint64_t sum = std::uint64_t(mine.length) + its.length;
+        if (sum > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+        unsigned length = unsigned(sum);
+        ZPZone *zone = QLZoneFromPtr(this);
+        if (mine.bytes && its.bytes) {
+            ZPStringView both[] = {mine, its};
+            ZPString *joined = _ZPNewStringJoiningBytes(both, 2, length, zone);
+            ZPAutoreleaseObject(joined);
+            return joined;
+        }
+        ZPZoneBlock<unichar> block(length, zone);
+        _ZPCopyUnits(mine, 0, mine.length, block.memory);
+        if (its.shown()) _ZPCopyUnits(its, 0, its.length, block.memory + mine.length);
+        else other->getCharacters_range(block.memory + mine.length, {0, its.length});
+        return _ZPNewStringAdoptingUnits(block.take(), length, YES, zone)->autorelease();
+    }
+    ZPString *stringByAppendingFormat(ZPString *format, std::va_list arguments) {
+        struct Owned {
+            ZPString *text;
+            ~Owned() { text->release(); }
+        } tail{_ZPPlaceholderStringFromZone(nullptr)->initWithFormat_locale_arguments(format, nullptr, arguments)};
+        return _ZPNewStringByAppendingStrings(zone(), this, tail.text, static_cast<ZPString *>(nullptr))->autorelease();
+    }
+
+    // ---- taking apart ----
+
+    void add(ZPMutableArray *pieces, ZPRange range, ZPZone *zone) {
+        struct Owned {
+            ZPString *text;
+            ~Owned() { text->release(); }
+        } piece{_newSubstringWithRange_zone(range, zone)};
+        pieces->addObject(piece.text);
+    }
+    ZPArray *componentsSeparatedByString(ZPString *separator) {
+        unsigned length = ZPString::length(), from = 0;
+        ZPRange found = rangeOfString_options_range(separator, 0, {0, length});
+        if (found.length == 0) return ZPArray::arrayWithObject(this);
+        ZPMutableArray *pieces = ZPMutableArray::array();
+        ZPZone *zone = ZPObject::zone();
+        while (found.length) {
+            add(pieces, {from, found.location - from}, zone);
+            from = found.location + found.length;
+            found = rangeOfString_options_range(separator, 0, {from, length - from});
+        }
+        add(pieces, {from, length - from}, zone);
+        return pieces;
+    }
+    ZPArray *componentsSeparatedBySet(ZPCharacterSet *set) {
+        ZPMutableArray *pieces = ZPMutableArray::arrayWithCapacity(3);
+        ZPZone *zone = ZPObject::zone();
+        _ZPWithUnits(this, [&](auto &&units, unsigned length) {
+            ZPMembership isSeparator(set);
+            for (unsigned i = 0; i < length; ++i) {
+                unsigned from = i;
+                while (i < length && !isSeparator(units[i])) ++i;
+                if (i > from) add(pieces, {from, i - from}, zone);
+            }
+        });
+        return pieces;
+    }
+    // The longest run of whole composed characters within the units that agree.
+    ZPString *commonPrefix(ZPString *other, unsigned options) {
+        if (!other) return ""_zp;
+        if (options & ZPBackwardsSearch) return commonPrefixBySearch(other, options);
+        unsigned same = 0, end = 0, length = ZPString::length();
+        _ZPWithUnits(this, [&](auto &&mine, unsigned n) {
+            _ZPWithUnits(other, [&](auto &&its, unsigned m) {
+                bool folding = options & ZPCaseInsensitiveSearch;
+                ZPCaseMapper fold;
+                auto agree = [&](unichar a, unichar b) { return a == b || (folding && fold(a) == fold(b)); };
+                while (same < n && same < m && agree(mine[same], its[same])) ++same;
+            });
+            if (same == n) return;
+            // A sequence surely begins where neither the unit nor the one before asks for company.
+            for (end = same; end > 0; --end)
+                if (!_ZPIsInStandardSet(_ZPNonBaseSet, mine[end]) && (mine[end - 1] & 0xFC00) != 0xD800) break;
+        });
+        if (same == 0 || same == length) return ZPString::substringToIndex(same);
+        for (;;) {
+            ZPRange next = rangeOfComposedCharacterSequenceAtIndex(end);
+            if (next.location + next.length > same) return ZPString::substringToIndex(end);
+            end = next.location + next.length;
+        }
+    }
+    ZPString *commonPrefixBySearch(ZPString *other, unsigned options) {
+        unsigned length = ZPString::length();
+        ZPString *common = ""_zp;
+        for (unsigned at = 0; at < length;) {
+            ZPRange sequence = rangeOfComposedCharacterSequenceAtIndex(at);
+            at = std::max(sequence.location + sequence.length, at + 1);
+            ZPString *prefix = ZPString::substringToIndex(at);
+            if (other->rangeOfString_options(prefix, options | ZPAnchoredSearch).length == 0) break;
+            common = prefix;
+        }
+        return common;
+    }
+
+    // ---- layout ----
+
+    ZPString *stringWithSeparator(unichar separator, int frequency) {
+        unsigned n = ZPString::length();
+        if (n == 0) return ""_zp;
+        unsigned group = frequency > 0 ? unsigned(frequency) : n;
+        std::size_t total = std::size_t(n) + (n - 1) / group;
+        if (total > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+        ZPZoneBlock<unichar> block(total);
+        _ZPWithUnits(this, [&](auto &&units, unsigned length) {
+            unichar *out = block.memory + total;
+            for (unsigned i = 0; i < length; ++i) {
+                if (i && i % group == 0) *--out = separator;
+                *--out = units[length - 1 - i];
+            }
+        });
+        return ZPString::stringWithCharacters_length(block.memory, unsigned(total));
+    }
+    void copyToUnicharBuffer(unichar **buffer, int *length) {
+        unsigned n = ZPString::length();
+        unichar *units = nullptr;
+        if (n) {
+            ZPZoneBlock<unichar> block(std::size_t(n) + 1);
+            getCharacters_range(block.memory, {0, n});
+            units = block.take();
+        }
+        if (*buffer) ZPZoneFree(ZPZoneFromPointer(*buffer), *buffer);
+        *buffer = units;
+        *length = int(n);
+    }
+};
+
+}  // namespace
+
+ZP_CATEGORY(ZPString, ZPStringPieces)
+    .method<&PieceMethods::newSubstring>("_newSubstringWithRange:zone:")
+    .method<&PieceMethods::newSubstringFromRange>("_newSubstringFromRange:zone:")
+    .method<&PieceMethods::substringWithRange>("substringWithRange:")
+    .method<&PieceMethods::substringFromIndex>("substringFromIndex:")
+    .method<&PieceMethods::substringToIndex>("substringToIndex:")
+    .method<&PieceMethods::stringByAppendingString>("stringByAppendingString:")
+    .variadic<&PieceMethods::stringByAppendingFormat>("stringByAppendingFormat:")
+    .method<&PieceMethods::componentsSeparatedByString>("componentsSeparatedByString:")
+    .method<&PieceMethods::componentsSeparatedBySet>("_componentsSeparatedBySet:")
+    .method<&PieceMethods::commonPrefix>("commonPrefixWithString:options:")
+    .method<&PieceMethods::stringWithSeparator>("_stringWithSeparator:atFrequency:")
+    .method<&PieceMethods::copyToUnicharBuffer>("_copyToUnicharBuffer:saveLength:");

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+// What `alloc` answers for ZPString: one object a zone, whose initialisers pick the storage class.
+//
+//   defaultPlaceholder   that of the default zone, made once
+//   placeholders         those of other zones, with the one answered last in front; under a mutex
+//
+// A zone that is recycled leaves its placeholder behind, so that another zone at the same address finds it.
+#include <Bedrock/strings/cluster/Mutable.h>
+
+#include <mutex>
+#include <vector>
+
+namespace {
+
+ZPPlaceholderString *defaultPlaceholder;
+
+ZPPlaceholderString *makePlaceholder(ZPZone *zone) {
+    // The object itself lives in the default zone: a recycled zone must not take it along.
+    ZPPlaceholderString *p = ZPAllocateObject(ZPPlaceholderString::class_(), 0, nullptr);
+    p->zoneForString = zone;
+    return p;
+}
+
+struct ZPPlaceholderStringMethods : ZPPlaceholderString {
+    void dealloc() {}
+    unsigned length() { complain("length"_sel); }
+    unichar characterAtIndex(unsigned) { complain("characterAtIndex:"_sel); }
+    [[noreturn]] void complain(SEL selector) {
+        ZPLog("Did you forget to nest [ZPString allocWithZone:NULL] and init?"_zp);
+        ZPRequestConcreteImplementation(this, selector, ZPString::class_());
+    }
+
+    ZPString *init() { return ""_zp; }
+    ZPString *initWithCharactersNoCopy(unichar *units, unsigned length, BOOL freeWhenDone) {
+        return _ZPNewStringAdoptingUnits(units, length, freeWhenDone, zoneForString);
+    }
+    ZPString *initWithCharacters(const unichar *units, unsigned length) {
+        return _ZPNewStringWithUnits(units, length, zoneForString);
+    }
+    ZPString *initWithCStringNoCopy(char *bytes, unsigned length, BOOL freeWhenDone) {
+        if (_ZPFitsByteStorage(bytes, length))
+            return _ZPNewStringAdoptingBytes(bytes, length, freeWhenDone, zoneForString);
+        ZPString *result = converted(bytes, length, _ZPDefaultCStringEncoding());
+        if (freeWhenDone) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
+        return result;
+    }
+    ZPString *initWithCStringLength(const char *bytes, unsigned length) {
+        if (_ZPFitsByteStorage(bytes, length)) [[likely]]
+            return _ZPNewInlineCString(bytes, length, zoneForString);
+        return converted(bytes, length, _ZPDefaultCStringEncoding());
+    }
+    ZPString *initWithCString(const char *bytes) {
+        if (!bytes) _ZPRaiseNullCString(this, "initWithCString:"_sel);
+        return initWithCStringLength(bytes, unsigned(std::strlen(bytes)));
+    }
+    ZPString *initWithString(ZPString *source) {
+        if (!source) return ""_zp;
+        Class cls = source->isa;
+        bool shared =
+            cls == ZPInlineCString::class_() || cls == ZPCString::class_() || cls == ZPUnicodeString::class_();
+        if (shared && ZPShouldRetainWithZone(source, zoneForString)) return source->retain();
+        if (source->fastestEncoding() == _ZPCStringEncoding)
+            return _ZPNewInlineCStringFromString(source, zoneForString);
+        unsigned length = source->length();
+        ZPZoneBlock<unichar> block(length, zoneForString);
+        source->getCharacters_range(block.memory, {0, length});
+        return _ZPNewStringAdoptingUnits(block.take(), length, YES, zoneForString);
+    }
+    ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
+        return _ZPNewFormattedString(zoneForString, format, id(reinterpret_cast<objc_object *>(locale)), arguments);
+    }
+    ZPString *initWithData(ZPData *data, ZPStringEncoding encoding) {
+        auto *receiver = reinterpret_cast<objc_object *>(data);
+        const void *bytes = objc_msgSend<const void *>(receiver, "bytes"_sel);
+        unsigned length = objc_msgSend<unsigned>(receiver, "length"_sel);
+        if (encoding == _ZPCStringEncoding && _ZPFitsByteStorage(bytes, length))
+            return _ZPNewInlineCString(static_cast<const char *>(bytes), length, zoneForString);
+        return initWithBytes_length_encoding(bytes, length, encoding);
+    }
+    ZPString *initWithBytes(const void *bytes, unsigned length, ZPStringEncoding encoding) {
+        return converted(bytes, length, encoding);
+    }
+
+    ZPString *converted(const void *bytes, unsigned length, ZPStringEncoding encoding) {
+        if (length == 0) return ""_zp;
+        void *buffer = nullptr;
+        unsigned count = 0;
+        BOOL isASCII = NO;
+        if (!_ZPConvertToASCIIorUnicode(bytes, length, encoding, &buffer, &count, &isASCII, zoneForString))
+            return nullptr;
+        if (!isASCII) return _ZPNewStringAdoptingUnits(static_cast<unichar *>(buffer), count, YES, zoneForString);
+        if (count >= _ZPShareThreshold)
+            return _ZPNewStringAdoptingBytes(static_cast<char *>(buffer), count, YES, zoneForString);
+        ZPString *result = _ZPNewInlineCString(static_cast<char *>(buffer), count, zoneForString);
+        if (buffer) ZPZoneFree(zoneForString, buffer);
+        return result;
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPPlaceholderString)
+    .immortal()
+    .method<&ZPPlaceholderStringMethods::dealloc>("dealloc")
+    .method<&ZPPlaceholderStringMethods::length>("length")
+    .method<&ZPPlaceholderStringMethods::characterAtIndex>("characterAtIndex:")
+    .method<&ZPPlaceholderStringMethods::init>("init")
+    .method<&ZPPlaceholderStringMethods::initWithCharactersNoCopy>("initWithCharactersNoCopy:length:freeWhenDone:")
+    .method<&ZPPlaceholderStringMethods::initWithCharacters>("initWithCharacters:length:")
+    .method<&ZPPlaceholderStringMethods::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&ZPPlaceholderStringMethods::initWithCStringLength>("initWithCString:length:")
+    .method<&ZPPlaceholderStringMethods::initWithCString>("initWithCString:")
+    .method<&ZPPlaceholderStringMethods::initWithString>("initWithString:")
+    .method<&ZPPlaceholderStringMethods::initWithFormat>("initWithFormat:locale:arguments:")
+    .method<&ZPPlaceholderStringMethods::initWithData>("initWithData:encoding:")
+    .method<&ZPPlaceholderStringMethods::initWithBytes>("initWithBytes:length:encoding:");
+
+ZPString *_ZPPlaceholderStringFromZone(ZPZone *zone) {
+    if (!zone || zone == QLDefaultMallocZone()) {
+        ZPPlaceholderString *p = __atomic_load_n(&defaultPlaceholder, __ATOMIC_ACQUIRE);
+        if (p) [[likely]]
+            return p;
+        static ZPPlaceholderString *made = makePlaceholder(QLDefaultMallocZone());
+        __atomic_store_n(&defaultPlaceholder, made, __ATOMIC_RELEASE);
+        return made;
+    }
+    static std::mutex &mutex = *new std::mutex;
+    static auto &placeholders = *new std::vector<ZPPlaceholderString *>;
+    std::lock_guard lock(mutex);
+    for (std::size_t i = placeholders.size(); i-- > 0;)
+        if (placeholders[i]->zoneForString == zone) {
+            std::swap(placeholders[i], placeholders.back());
+            return placeholders.back();
+        }
+    placeholders.push_back(makePlaceholder(zone));
+    return placeholders.back();
+}
+
+ZPString *_ZPNewInlineCStringFromString(ZPString *string, ZPZone *zone) {
+    ZPStringView view = _ZPViewOfString(string);
+    if (view.bytes || view.length == 0)
+        return _ZPNewInlineCString(reinterpret_cast<const char *>(view.bytes), view.length, zone);
+    unsigned length = string->cStringLength();
+    ZPZoneBlock<char> block(std::size_t(length) + 1, zone);
+    ZPRange rest;
+    string->getCString_maxLength_range_remainingRange(block.memory, length, {0, view.length}, &rest);
+    if (length > 0xFFFF) return _ZPNewStringAdoptingBytes(block.take(), length, YES, zone);
+    return _ZPNewInlineCString(block.memory, length, zone);
+}
+
+ZPString *_ZPNewStringFromCString(const char *bytes) {
+    return _ZPPlaceholderStringFromZone(nullptr)->initWithCString_length(bytes, unsigned(std::strlen(bytes)));
+}

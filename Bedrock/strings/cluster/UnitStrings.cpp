@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+// The concrete classes with 16-bit storage: units in `characters`, freed by
+//
+//   ZPSimpleString            always the object
+//   ZPUnicodeString           the object when `freeWhenDone` is set
+//   ZPUnicodeSubstring        its parent while `_referenceString` is set, then the object
+//   _ZPConstantUnicodeString  nobody
+//
+// A ZPUnicodeSubstring of less than nine tenths of its parent goes from borrowing to owning at its first
+// retain; a longer one borrows for its whole life.
+#include <Bedrock/strings/cluster/Substring+Internal.h>
+
+#include <algorithm>
+#include <mutex>
+
+namespace {
+
+// Taken again where a part's parent is itself a part.
+std::recursive_mutex detaching;
+
+struct SimpleStringMethods : ZPSimpleString {
+    ZPString *init() { return initWithCharactersNoCopy(nullptr, 0, NO); }
+    ZPString *initWithCharactersNoCopy(unichar *units, unsigned length, BOOL) {
+        characters = units;
+        numCharacters = length;
+        return this;
+    }
+    void dealloc() {
+        if (characters) ZPZoneFree(ZPZoneFromPointer(characters), characters);
+        objc_super<ZPSimpleString>(this).send("dealloc"_sel);
+    }
+    unsigned length() { return numCharacters; }
+    unichar characterAtIndex(unsigned index) {
+        if (index >= numCharacters) [[unlikely]]
+            _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
+        return characters[index];
+    }
+    void getCharactersRange(unichar *buffer, ZPRange range) {
+        _ZPCheckRange(this, "getCharacters:range:"_sel, range, numCharacters);
+        std::copy_n(characters + range.location, range.length, buffer);
+    }
+    const unichar *units() { return characters; }
+    id copyWithZone(ZPZone *zone) {
+        if (ZPShouldRetainWithZone(this, zone)) return ZPObject::retain();
+        return _ZPPlaceholderStringFromZone(zone)->initWithString(this);
+    }
+};
+
+struct UnicodeStringMethods : ZPUnicodeString {
+    ZPString *initWithCharactersNoCopy(unichar *units, unsigned length, BOOL freeWhenDone) {
+        characters = units;
+        numCharacters = length;
+        _flags.freeWhenDone = freeWhenDone != NO;
+        return this;
+    }
+    void dealloc() {
+        if (!_flags.freeWhenDone) characters = nullptr;
+        objc_super<ZPUnicodeString>(this).send("dealloc"_sel);
+    }
+};
+
+struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
+    id retain() {
+        if (borrows()) detachFromLargerParent();
+        ZPIncrementExtraRefCount(this);
+        return this;
+    }
+    void detachFromLargerParent() {
+        ZPZone *own = zone();
+        ZPString *parent;
+        {
+            std::lock_guard lock(detaching);
+            parent = _referenceString;
+            if (!parent) return;
+            unsigned whole = parent->length();
+            if (numCharacters >= whole - whole / 10) return;
+            ZPZoneBlock<unichar> block(numCharacters, own);
+            std::copy_n(characters, numCharacters, block.memory);
+            __atomic_store_n(&characters, block.take(), __ATOMIC_RELEASE);
+            _flags.freeWhenDone = 1;
+            __atomic_store_n(&_referenceString, nullptr, __ATOMIC_RELEASE);
+        }
+        letGo(parent);
+    }
+    ZPString *substringWithRange(ZPRange range) {
+        _ZPCheckRange(this, "substringWithRange:"_sel, range, numCharacters);
+        if (range.length == 0) return ""_zp;
+        if (range.length == numCharacters) return ZPObject::copyWithZone(zone())->autorelease();
+        ZPUnicodeSubstring *s = ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, zone());
+        {
+            // The units and who owns them must belong together while another thread retains the receiver.
+            std::lock_guard lock(detaching);
+            ZPString *outer = _referenceString ? _referenceString : this;
+            s->_referenceString = outer->copyWithZone(outer->zone());
+            s->characters = characters + range.location;
+        }
+        s->numCharacters = range.length;
+        return s->autorelease();
+    }
+};
+
+struct ConstantUnicodeStringMethods : _ZPConstantUnicodeString {
+    id copyWithZone(ZPZone *) { return this; }
+    void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPSimpleString)
+    .method<&SimpleStringMethods::init>("init")
+    .method<&SimpleStringMethods::initWithCharactersNoCopy>("initWithCharactersNoCopy:length:freeWhenDone:")
+    .method<&SimpleStringMethods::dealloc>("dealloc")
+    .method<&SimpleStringMethods::length>("length")
+    .method<&SimpleStringMethods::characterAtIndex>("characterAtIndex:")
+    .method<&SimpleStringMethods::getCharactersRange>("getCharacters:range:")
+    .method<&SimpleStringMethods::units>("_characters")
+    .method<&SimpleStringMethods::copyWithZone>("copyWithZone:");
+
+ZP_IMPLEMENT(ZPUnicodeString)
+    .method<&UnicodeStringMethods::initWithCharactersNoCopy>("initWithCharactersNoCopy:length:freeWhenDone:")
+    .method<&UnicodeStringMethods::dealloc>("dealloc");
+
+ZP_IMPLEMENT(ZPUnicodeSubstring)
+    .method<&UnicodeSubstringMethods::refuseUnits>("initWithCharactersNoCopy:length:freeWhenDone:")
+    .method<&UnicodeSubstringMethods::refuseBytes>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&UnicodeSubstringMethods::retain>("retain")
+    .method<&UnicodeSubstringMethods::dealloc>("dealloc")
+    .method<&UnicodeSubstringMethods::substringWithRange>("substringWithRange:");
+
+ZP_IMPLEMENT(_ZPConstantUnicodeString)
+    .staticInstances()
+    .immortal()
+    .method<&ConstantUnicodeStringMethods::copyWithZone>("copyWithZone:")
+    .method<&ConstantUnicodeStringMethods::dealloc>("dealloc");
+
+ZPString *_ZPNewStringAdoptingUnits(unichar *units, unsigned length, BOOL freeWhenDone, ZPZone *zone) {
+    if (length == 0) {
+        if (freeWhenDone && units) ZPZoneFree(ZPZoneFromPointer(units), units);
+        return ""_zp;
+    }
+    ZPUnicodeString *s = ZPAllocateObject(ZPUnicodeString::class_(), 0, zone);
+    s->characters = units;
+    s->numCharacters = length;
+    s->_flags.freeWhenDone = freeWhenDone != NO;
+    return s;
+}
+
+ZPString *_ZPNewStringWithUnits(const unichar *units, unsigned length, ZPZone *zone) {
+    if (length == 0) return ""_zp;
+    ZPZoneBlock<unichar> block(length, zone);
+    std::copy_n(units, length, block.memory);
+    return _ZPNewStringAdoptingUnits(block.take(), length, YES, zone);
+}

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+// The string of a path: the length in `_lengthAndRefCount`, then the units inside the object. References are counted
+// beside the instance, so the length has the whole word. There is no separator at the end, except in "\" and "C:\".
+#include <Bedrock/strings/paths/Paths.h>
+
+#include <Bedrock/collections/ZPArray.h>
+
+#include <algorithm>
+
+ZPPathStore2 *_ZPNewPathStore(const unichar *units, unsigned length, ZPZone *zone) {
+    auto *store = static_cast<ZPPathStore2 *>(_zoneAllocBare(ZPPathStore2::class_(), length * sizeof(unichar), zone));
+    if (!store) [[unlikely]]
+        ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    std::copy_n(units, length, _ZPUnitsOfPathStore(store));
+    _ZPStripTrailingPathSlashes(_ZPUnitsOfPathStore(store), &length);
+    store->_lengthAndRefCount = length;
+    return store;
+}
+
+namespace {
+
+struct PathStore : ZPPathStore2 {
+    unichar *units() { return _ZPUnitsOfPathStore(this); }
+    unsigned count() { return _lengthAndRefCount; }
+    ZPString *part(unsigned from, unsigned to) { return _ZPPathStore(units() + from, to - from); }
+
+    static ZPPathStore2 *withCharacters(Class, const unichar *characters, unsigned length) {
+        return _ZPNewPathStore(characters, length, nullptr)->autorelease();
+    }
+    static ZPPathStore2 *withCString(Class, const char *bytes) {
+        if (!bytes) return nullptr;
+        struct Block {
+            void *memory;
+            ~Block() {
+                if (memory) ZPZoneFree(nullptr, memory);
+            }
+        } block{nullptr};
+        unsigned length = 0;
+        BOOL isASCII = NO;
+        std::size_t given = std::strlen(bytes);
+        if (given > 0x7FFFFFFF || !_ZPConvertToASCIIorUnicode(bytes, unsigned(given), _ZPDefaultCStringEncoding(),
+                                                              &block.memory, &length, &isASCII, nullptr))
+            return nullptr;
+        if (!isASCII) return _ZPNewPathStore(static_cast<unichar *>(block.memory), length, nullptr)->autorelease();
+        ZPStackBuffer<unichar, 512> wide(length);
+        std::copy_n(static_cast<unsigned char *>(block.memory), length, wide.memory);
+        return _ZPNewPathStore(wide.memory, length, nullptr)->autorelease();
+    }
+    static ZPString *withComponents(Class self, ZPArray *components) {
+        // The path so far; it grows by doubling, so there is no longest one.
+        struct Text {
+            unichar *units = nullptr;
+            unsigned length = 0, capacity = 0;
+            ~Text() {
+                if (units) ZPZoneFree(nullptr, units);
+            }
+        } path;
+        unsigned count = components->count();
+        for (unsigned i = 0; i < count; ++i) {
+            ZPString *component = components->objectAtIndex(i);
+            _ZPPathBuffer part(component, 0);
+            std::uint64_t needed = std::uint64_t(path.length) + 1 + part.length;
+            if (needed > path.capacity) {
+                std::uint64_t capacity = std::max<std::uint64_t>(2 * needed, 256);
+                void *units =
+                    capacity > 0x7FFFFFFF ? nullptr : ZPZoneRealloc(nullptr, path.units, capacity * sizeof(unichar));
+                if (!units) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+                path.units = static_cast<unichar *>(units);
+                path.capacity = unsigned(capacity);
+            }
+            if (!_ZPAppendPathComponent(path.units, &path.length, path.capacity, part.units, part.length))
+                _ZPLogPathRefusal(self, "pathWithComponents:"_sel, component,
+                                  ZPString::stringWithCharacters_length(path.units, path.length));
+        }
+        _ZPTransmutePathSlashes(path.units, &path.length, '\\');
+        _ZPStripTrailingPathSlashes(path.units, &path.length);
+        return _ZPPathStore(path.units, path.length);
+    }
+
+    unsigned length() { return count(); }
+    unichar characterAtIndex(unsigned index) {
+        if (index >= count()) [[unlikely]]
+            raiseBounds("characterAtIndex:"_sel, index, count());
+        return units()[index];
+    }
+    void getCharactersRange(unichar *buffer, ZPRange range) {
+        if (range.location > count() || range.length > count() - range.location) [[unlikely]]
+            raiseBounds("getCharacters:range:"_sel, range.location + range.length, count() + 1);
+        std::copy_n(units() + range.location, range.length, buffer);
+    }
+    [[noreturn]] ZP_COLD void raiseBounds(SEL selector, unsigned index, unsigned bounds) {
+        ZPException::raise_format(ZPRangeException, "%@: index (%d) beyond bounds (%d)"_zp,
+                                  _ZPMethodExceptionProem(this, selector), index, bounds);
+    }
+    id copyWithZone(ZPZone *zone) {
+        if (ZPShouldRetainWithZone(this, zone)) return ZPObject::retain();
+        return _ZPNewPathStore(units(), count(), zone);
+    }
+
+    ZPArray *pathComponents() { return _ZPPathComponents(units(), count()); }
+    BOOL isAbsolutePath() { return _ZPIsAbsolutePath(units(), count()); }
+    ZPString *lastPathComponent() {
+        unsigned start = _ZPStartOfLastPathComponent(units(), count());
+        return start ? part(start, count()) : this;
+    }
+    ZPString *deletingLast() { return part(0, _ZPLengthAfterDeletingLastPathComponent(units(), count())); }
+    ZPString *pathExtension() {
+        unsigned dot = _ZPStartOfPathExtension(units(), count());
+        return dot ? ZPString::substringWithRange({dot + 1, count() - dot - 1}) : ""_zp;
+    }
+    ZPString *deletingExtension() { return part(0, _ZPLengthAfterDeletingPathExtension(units(), count())); }
+    template <class F> ZPString *appending(SEL selector, ZPString *addition, F append) {
+        _ZPPathBuffer added(addition, 0);
+        std::uint64_t room = std::uint64_t(count()) + 1 + added.length;
+        _ZPPathBuffer path(this, unsigned(std::min<std::uint64_t>(room, 0xFFFFFFFF)));
+        if (!append(path.units, &path.length, path.capacity, added.units, added.length)) {
+            _ZPLogPathRefusal(this, selector, addition, this);
+            return this;
+        }
+        path.normalize();
+        return _ZPPathStore(path.units, path.length);
+    }
+    ZPString *appendingComponent(ZPString *component) {
+        return appending("stringByAppendingPathComponent:"_sel, component, _ZPAppendPathComponent);
+    }
+    ZPString *appendingExtension(ZPString *extension) {
+        return appending("stringByAppendingPathExtension:"_sel, extension, _ZPAppendPathExtension);
+    }
+    ZPString *abbreviating() {
+        _ZPPathBuffer path(this);
+        _ZPAbbreviatePathWithTilde(path.units, &path.length);
+        return _ZPPathStore(path.units, path.length);
+    }
+    ZPString *expanding() {
+        _ZPPathBuffer path(this);
+        _ZPExpandTildeInPath(path.units, &path.length, path.capacity);
+        return _ZPPathStore(path.units, path.length);
+    }
+};
+
+}  // namespace
+
+ZP_IMPLEMENT(ZPPathStore2)
+    .classMethod<&PathStore::withCharacters>("pathStoreWithCharacters:length:")
+    .classMethod<&PathStore::withCString>("pathStoreWithCString:")
+    .classMethod<&PathStore::withComponents>("pathWithComponents:")
+    .method<&PathStore::length>("length")
+    .method<&PathStore::characterAtIndex>("characterAtIndex:")
+    .method<&PathStore::getCharactersRange>("getCharacters:range:")
+    .method<&PathStore::copyWithZone>("copyWithZone:")
+    .method<&PathStore::pathComponents>("pathComponents")
+    .method<&PathStore::isAbsolutePath>("isAbsolutePath")
+    .method<&PathStore::lastPathComponent>("lastPathComponent")
+    .method<&PathStore::deletingLast>("stringByDeletingLastPathComponent")
+    .method<&PathStore::appendingComponent>("stringByAppendingPathComponent:")
+    .method<&PathStore::pathExtension>("pathExtension")
+    .method<&PathStore::deletingExtension>("stringByDeletingPathExtension")
+    .method<&PathStore::appendingExtension>("stringByAppendingPathExtension:")
+    .method<&PathStore::abbreviating>("stringByAbbreviatingWithTildeInPath")
+    .method<&PathStore::expanding>("stringByExpandingTildeInPath");
