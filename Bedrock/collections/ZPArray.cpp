@@ -274,6 +274,8 @@ struct ZPArrayMethods : ZPArray {
 
     // ---- messages to all ----
     void perform(SEL selector) { performWith(selector, nullptr); }
+    void makeObjectsPerformSelector(SEL selector) { performWith(selector, nullptr); }
+    void makeObjectsPerformSelector_withObject(SEL selector, id object) { performWith(selector, object); }
     void performWith(SEL selector, id object) {
         for (unsigned i = 0; i < size(); ++i) {
             unsigned count;
@@ -354,8 +356,8 @@ ZP_IMPLEMENT(ZPArray)
     .method<&ZPArrayMethods::componentsJoinedByString>("componentsJoinedByString:")
     .method<&ZPArrayMethods::perform>("makeObjectsPerform:")
     .method<&ZPArrayMethods::performWith>("makeObjectsPerform:withObject:")
-    .method<&ZPArrayMethods::perform>("makeObjectsPerformSelector:")
-    .method<&ZPArrayMethods::performWith>("makeObjectsPerformSelector:withObject:")
+    .method<&ZPArrayMethods::makeObjectsPerformSelector>("makeObjectsPerformSelector:")
+    .method<&ZPArrayMethods::makeObjectsPerformSelector_withObject>("makeObjectsPerformSelector:withObject:")
     .method<&ZPArrayMethods::objectEnumerator>("objectEnumerator")
     .method<&ZPArrayMethods::reverseObjectEnumerator>("reverseObjectEnumerator")
     .method<&ZPArrayMethods::copyWithZone>("copyWithZone:")

@@ -160,6 +160,8 @@ struct ZPSetMethods : ZPSet {
 
     // ---- messages to all ----
     void perform(SEL selector) { performWith(selector, nullptr); }
+    void makeObjectsPerformSelector(SEL selector) { performWith(selector, nullptr); }
+    void makeObjectsPerformSelector_withObject(SEL selector, id object) { performWith(selector, object); }
     void performWith(SEL selector, id object) {
         _ZPMembers members(this);
         for (auto &member : members.list) member.object->performSelector_withObject(selector, object);
@@ -272,8 +274,8 @@ ZP_IMPLEMENT(ZPSet)
     .method<&ZPSetMethods::hash>("hash")
     .method<&ZPSetMethods::perform>("makeObjectsPerform:")
     .method<&ZPSetMethods::performWith>("makeObjectsPerform:withObject:")
-    .method<&ZPSetMethods::perform>("makeObjectsPerformSelector:")
-    .method<&ZPSetMethods::performWith>("makeObjectsPerformSelector:withObject:")
+    .method<&ZPSetMethods::makeObjectsPerformSelector>("makeObjectsPerformSelector:")
+    .method<&ZPSetMethods::makeObjectsPerformSelector_withObject>("makeObjectsPerformSelector:withObject:")
     .method<&ZPSetMethods::description>("description")
     .method<&ZPSetMethods::descriptionWithLocale>("descriptionWithLocale:")
     .method<&ZPSetMethods::copyWithZone>("copyWithZone:")

@@ -443,6 +443,7 @@ struct PoolClassMethods {
     static unsigned topCount() { return ZPTopAutoreleasePoolCount(); }
     static void enableRelease(BOOL enable) { record()->settings.releaseEnabled = enable; }
     static void enableFreedObjectCheck(BOOL enable) { record()->settings.freedCheck = enable; }
+    static void enableDoubleReleaseCheck(BOOL enable) { record()->settings.freedCheck = enable; }
     static unsigned mark() { return slotOfThread() ? slotOfThread()->settings.mark : 0; }
     static void setMark(unsigned mark) { record()->settings.mark = mark; }
     static unsigned resolution() { return slotOfThread() ? slotOfThread()->settings.resolution : 0; }
@@ -472,7 +473,7 @@ ZP_IMPLEMENT(ZPAutoreleasePool)
     .plainClassMethod<&PoolClassMethods::topCount>("topAutoreleasePoolCount")
     .plainClassMethod<&PoolClassMethods::enableRelease>("enableRelease:")
     .plainClassMethod<&PoolClassMethods::enableFreedObjectCheck>("enableFreedObjectCheck:")
-    .plainClassMethod<&PoolClassMethods::enableFreedObjectCheck>("enableDoubleReleaseCheck:")
+    .plainClassMethod<&PoolClassMethods::enableDoubleReleaseCheck>("enableDoubleReleaseCheck:")
     .plainClassMethod<&PoolClassMethods::mark>("poolCountHighWaterMark")
     .plainClassMethod<&PoolClassMethods::setMark>("setPoolCountHighWaterMark:")
     .plainClassMethod<&PoolClassMethods::resolution>("poolCountHighWaterResolution")

@@ -53,6 +53,7 @@ struct ZPObjectMethods : ZPObject {
         return zone ? zone : QLDefaultMallocZone();
     }
     Class ownClass() { return isa; }
+    Class classForCoder() { return isa; }
     Class superclass() { return isa->superclass; }
     id self() { return this; }
     unsigned hash() { return unsigned(reinterpret_cast<std::uintptr_t>(this) >> 2); }
@@ -122,13 +123,21 @@ struct ZPObjectMethods : ZPObject {
 // What class objects answer in their own way; everything else they answer as instances do.
 struct ZPClassMethods {
     static void initialize(Class) { _ZPStartUp(); }
+    static void load(Class) { _ZPStartUp(); }
     static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
     static id allocWithZone(Class self, ZPZone *zone) { return ZPAllocateObject(self, 0, zone); }
     static id new_(Class self) { return objc_msgSend<id>(objc_msgSend<id>(self, "alloc"_sel), "init"_sel); }
+    static id init(Class self) { return self; }
     static id self(Class self) { return self; }
+    static id retain(Class self) { return self; }
+    static id autorelease(Class self) { return self; }
+    static id copy(Class self) { return self; }
+    static id mutableCopy(Class self) { return self; }
     static Class ownClass(Class self) { return self; }
-    static id withZone(Class self, ZPZone *) { return self; }
-    static void nothing(Class) {}
+    static id copyWithZone(Class self, ZPZone *) { return self; }
+    static id mutableCopyWithZone(Class self, ZPZone *) { return self; }
+    static void release(Class) {}
+    static void dealloc(Class) {}
     static unsigned retainCount(Class) { return 0xFFFFFFFF; }
     static ZPZone *zone(Class) { return QLDefaultMallocZone(); }
     static Class superclass(Class self) { return self->superclass; }
@@ -198,24 +207,24 @@ ZP_IMPLEMENT(ZPObject)
     .method<&ZPObjectMethods::forwardInvocation>("forwardInvocation:")
     .method<&ZPObjectMethods::awakeAfterUsingCoder>("awakeAfterUsingCoder:")
     .method<&ZPObjectMethods::replacementObjectForCoder>("replacementObjectForCoder:")
-    .method<&ZPObjectMethods::ownClass>("classForCoder")
+    .method<&ZPObjectMethods::classForCoder>("classForCoder")
     .method<&ZPObjectMethods::doesNotRecognizeSelector>("doesNotRecognizeSelector:")
     .classMethod<&ZPClassMethods::initialize>("initialize")
-    .classMethod<&ZPClassMethods::initialize>("load")
+    .classMethod<&ZPClassMethods::load>("load")
     .classMethod<&ZPClassMethods::alloc>("alloc")
     .classMethod<&ZPClassMethods::allocWithZone>("allocWithZone:")
     .classMethod<&ZPClassMethods::new_>("new")
-    .classMethod<&ZPClassMethods::self>("init")
+    .classMethod<&ZPClassMethods::init>("init")
     .classMethod<&ZPClassMethods::self>("self")
     .classMethod<&ZPClassMethods::ownClass>("class")
-    .classMethod<&ZPClassMethods::self>("retain")
-    .classMethod<&ZPClassMethods::self>("autorelease")
-    .classMethod<&ZPClassMethods::self>("copy")
-    .classMethod<&ZPClassMethods::withZone>("copyWithZone:")
-    .classMethod<&ZPClassMethods::self>("mutableCopy")
-    .classMethod<&ZPClassMethods::withZone>("mutableCopyWithZone:")
-    .classMethod<&ZPClassMethods::nothing>("release")
-    .classMethod<&ZPClassMethods::nothing>("dealloc")
+    .classMethod<&ZPClassMethods::retain>("retain")
+    .classMethod<&ZPClassMethods::autorelease>("autorelease")
+    .classMethod<&ZPClassMethods::copy>("copy")
+    .classMethod<&ZPClassMethods::copyWithZone>("copyWithZone:")
+    .classMethod<&ZPClassMethods::mutableCopy>("mutableCopy")
+    .classMethod<&ZPClassMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .classMethod<&ZPClassMethods::release>("release")
+    .classMethod<&ZPClassMethods::dealloc>("dealloc")
     .classMethod<&ZPClassMethods::retainCount>("retainCount")
     .classMethod<&ZPClassMethods::zone>("zone")
     .classMethod<&ZPClassMethods::superclass>("superclass")

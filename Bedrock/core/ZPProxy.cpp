@@ -72,12 +72,17 @@ struct ZPProxyClassMethods {
         const objc_method *m = class_getInstanceMethod(ZPObject::class_(), "forward::"_sel);
         class_addMethod(self, m->name, m->implementation, m->types, m->invoker, m->argumentSize);
     }
+    static void load(Class self) { initialize(self); }
     static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
     static id allocWithZone(Class self, ZPZone *zone) { return ZPAllocateObject(self, 0, zone); }
     static id self(Class self) { return self; }
+    static id retain(Class self) { return self; }
+    static id autorelease(Class self) { return self; }
     static Class ownClass(Class self) { return self; }
-    static id withZone(Class self, ZPZone *) { return self; }
-    static void nothing(Class) {}
+    static id copyWithZone(Class self, ZPZone *) { return self; }
+    static id mutableCopyWithZone(Class self, ZPZone *) { return self; }
+    static void release(Class) {}
+    static void dealloc(Class) {}
     static unsigned retainCount(Class) { return 0xFFFFFFFF; }
     static BOOL respondsToSelector(Class self, SEL selector) { return class_respondsToMethod(self->isa, selector); }
     static BOOL isKindOfClass(Class self, Class cls) { return class_inherits(self->isa, cls); }
@@ -86,6 +91,7 @@ struct ZPProxyClassMethods {
     static BOOL isAncestor(Class self, id object) { return object ? class_inherits(object.pointer()->isa, self) : NO; }
     static BOOL isProxy(Class) { return NO; }
     static ZPString *description(Class self) { return ZPStringFromClass(self); }
+    static ZPString *debugDescription(Class self) { return ZPStringFromClass(self); }
     static Class superclass(Class self) { return self->superclass; }
 };
 
@@ -119,17 +125,17 @@ ZP_IMPLEMENT(ZPProxy)
     .method<&ZPProxyMethods::forwardInvocation>("forwardInvocation:")
     .method<&ZPProxyMethods::doesNotRecognizeSelector>("doesNotRecognizeSelector:")
     .classMethod<&ZPProxyClassMethods::initialize>("initialize")
-    .classMethod<&ZPProxyClassMethods::initialize>("load")
+    .classMethod<&ZPProxyClassMethods::load>("load")
     .classMethod<&ZPProxyClassMethods::alloc>("alloc")
     .classMethod<&ZPProxyClassMethods::allocWithZone>("allocWithZone:")
     .classMethod<&ZPProxyClassMethods::self>("self")
     .classMethod<&ZPProxyClassMethods::ownClass>("class")
-    .classMethod<&ZPProxyClassMethods::self>("retain")
-    .classMethod<&ZPProxyClassMethods::self>("autorelease")
-    .classMethod<&ZPProxyClassMethods::withZone>("copyWithZone:")
-    .classMethod<&ZPProxyClassMethods::withZone>("mutableCopyWithZone:")
-    .classMethod<&ZPProxyClassMethods::nothing>("release")
-    .classMethod<&ZPProxyClassMethods::nothing>("dealloc")
+    .classMethod<&ZPProxyClassMethods::retain>("retain")
+    .classMethod<&ZPProxyClassMethods::autorelease>("autorelease")
+    .classMethod<&ZPProxyClassMethods::copyWithZone>("copyWithZone:")
+    .classMethod<&ZPProxyClassMethods::mutableCopyWithZone>("mutableCopyWithZone:")
+    .classMethod<&ZPProxyClassMethods::release>("release")
+    .classMethod<&ZPProxyClassMethods::dealloc>("dealloc")
     .classMethod<&ZPProxyClassMethods::retainCount>("retainCount")
     .classMethod<&ZPProxyClassMethods::respondsToSelector>("respondsToSelector:")
     .classMethod<&ZPProxyClassMethods::isKindOfClass>("isKindOfClass:")
@@ -138,7 +144,7 @@ ZP_IMPLEMENT(ZPProxy)
     .classMethod<&ZPProxyClassMethods::isAncestor>("isAncestorOfObject:")
     .classMethod<&ZPProxyClassMethods::isProxy>("isProxy")
     .classMethod<&ZPProxyClassMethods::description>("description")
-    .classMethod<&ZPProxyClassMethods::description>("debugDescription")
+    .classMethod<&ZPProxyClassMethods::debugDescription>("debugDescription")
     .classMethod<&ZPProxyClassMethods::superclass>("superclass");
 
 // ---- zombies -----------------------------------------------------------------------------------

@@ -222,7 +222,7 @@ struct CenterMethods : ZPNotificationCenter {
         ZPNotificationCenter::removeObserver_name_object(observer, nullptr, nullptr);
     }
 
-    void removeObserver(id observer, ZPString *name, id object) {
+    void removeObserver_name_object(id observer, ZPString *name, id object) {
         if (!observer) return;
         std::vector<ZPString *> names;  // released when the lock is free: a release may run a client's code
         {
@@ -463,7 +463,7 @@ ZP_IMPLEMENT(ZPNotificationCenter)
     .classMethod<&CenterMethods::setDefault>("setDefaultCenter:forClass:")
     .method<&CenterMethods::addObserver>("addObserver:selector:name:object:")
     .method<&CenterMethods::removeObserverAltogether>("removeObserver:")
-    .method<&CenterMethods::removeObserver>("removeObserver:name:object:")
+    .method<&CenterMethods::removeObserver_name_object>("removeObserver:name:object:")
     .method<&CenterMethods::postNotification>("postNotification:")
     .method<&CenterMethods::postPlain>("postNotificationName:object:")
     .method<&CenterMethods::post>("postNotificationName:object:userInfo:")

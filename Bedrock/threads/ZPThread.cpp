@@ -106,7 +106,7 @@ struct ThreadMethods : ZPThread {
     }
 
     static void exitCurrent(Class) { objc_msgSend(current(nullptr), "_exit"_sel); }
-    void exit() {
+    void _exit() {
         post(ZPThreadWillExitNotification, this);
         endThread(ZPCurrentThreadData());
         cthread_exit(0);
@@ -186,7 +186,7 @@ ZP_IMPLEMENT(ZPThread)
     .classMethod<&ThreadMethods::detach>("detachNewThreadSelector:toTarget:withObject:")
     .classMethod<&ThreadMethods::exitCurrent>("exit")
     .classMethod<&ThreadMethods::sleepUntilDate>("sleepUntilDate:")
-    .method<&ThreadMethods::exit>("_exit")
+    .method<&ThreadMethods::_exit>("_exit")
     .method<&ThreadMethods::threadDictionary>("threadDictionary")
     .method<&ThreadMethods::runLoop>("runLoop")
     .method<&ThreadMethods::setRunLoop>("setRunLoop:")

@@ -41,7 +41,9 @@ struct ZPDistantDate : ZPDate {
         ZPException::raise_format(ZPInternalInconsistencyException, "%@: shouldn't be called"_zp,
                                   _ZPMethodExceptionProem(this, "init"_sel));
     }
-    double time() { return _timeInterval; }
+    double timeIntervalSinceReferenceDate() { return _timeInterval; }
+    double timeIntervalSinceNow() { return _timeInterval; }
+    double timeIntervalSince1970() { return _timeInterval; }
     double timeSinceDate(ZPDate *) { return _timeInterval; }
     id copyWithZone(ZPZone *) { return this; }
     ZPDate *addTimeInterval(double) { return this; }
@@ -69,6 +71,10 @@ ZPDate *make(Class cls, double time) {
     return (ZPDate *)date->initWithTimeIntervalSinceReferenceDate(time)->autorelease().pointer();
 }
 
+struct Clock {
+    static double timeIntervalSinceReferenceDate(Class) { return cthread_time(); }
+};
+
 struct DateMethods : ZPDate {
     static id allocWithZone(Class self, ZPZone *zone) {
         return ZPAllocateObject(self == ZPDate::class_() ? ZPConcreteDate::class_() : self, 0, zone);
@@ -86,7 +92,6 @@ struct DateMethods : ZPDate {
         date = date->initWithString(text);
         return (ZPDate *)date->autorelease().pointer();
     }
-    static double now(Class) { return cthread_time(); }
     static ZPDate *distantFuture(Class) {
         static ZPDistantDate *const future = makeDistant(63113990400.0);
         return future;
@@ -161,7 +166,7 @@ ZP_IMPLEMENT(ZPDate)
     .classMethod<&DateMethods::withInterval>("dateWithTimeInterval:sinceDate:")
     .classMethod<&DateMethods::withDate>("dateWithDate:")
     .classMethod<&DateMethods::withString>("dateWithString:")
-    .classMethod<&DateMethods::now>("timeIntervalSinceReferenceDate")
+    .classMethod<&Clock::timeIntervalSinceReferenceDate>("timeIntervalSinceReferenceDate")
     .classMethod<&DateMethods::distantFuture>("distantFuture")
     .classMethod<&DateMethods::distantPast>("distantPast")
     .method<&DateMethods::time>("timeIntervalSinceReferenceDate")
@@ -195,9 +200,9 @@ ZP_IMPLEMENT(ZPConcreteDate)
 
 ZP_IMPLEMENT(ZPDistantDate)
     .method<&ZPDistantDate::init>("init")
-    .method<&ZPDistantDate::time>("timeIntervalSinceReferenceDate")
-    .method<&ZPDistantDate::time>("timeIntervalSinceNow")
-    .method<&ZPDistantDate::time>("timeIntervalSince1970")
+    .method<&ZPDistantDate::timeIntervalSinceReferenceDate>("timeIntervalSinceReferenceDate")
+    .method<&ZPDistantDate::timeIntervalSinceNow>("timeIntervalSinceNow")
+    .method<&ZPDistantDate::timeIntervalSince1970>("timeIntervalSince1970")
     .method<&ZPDistantDate::timeSinceDate>("timeIntervalSinceDate:")
     .immortal()
     .method<&ZPDistantDate::copyWithZone>("copyWithZone:")

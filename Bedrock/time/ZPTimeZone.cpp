@@ -350,7 +350,7 @@ ZP_IMPLEMENT(ZPConcreteTimeZone)
     .method<&ConcreteMethods::dealloc>("dealloc");
 
 ZP_IMPLEMENT(ZPHostTimeZoneDetail)
-    .immortal()  // few as they are
+    .immortal()
     .method<&HostMethods::forDate>("timeZoneDetailForDate:")
     .method<&HostMethods::isDaylight>("isDaylightSavingTimeZone")
     .method<&HostMethods::details>("timeZoneDetailArray");

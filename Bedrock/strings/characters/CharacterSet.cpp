@@ -32,7 +32,8 @@ struct CharacterSetClassMethods {
     }
     static ZPCharacterSet *withString(Class self, ZPString *string) {
         unsigned length = string ? string->length() : 0;
-        if (length > ZPImmutableStringCharacterSet::most) return concreteWithString(self, string);
+        if (length > ZPImmutableStringCharacterSet::most)
+            return make(self, nullptr)->initWithCharactersInString(string)->autorelease();
         ZPImmutableStringCharacterSet *set = ZPAllocateObject(ZPImmutableStringCharacterSet::class_(), 0, nullptr);
         if (length) string->getCharacters_range(set->buffer, {0, length});
         set->numChars = static_cast<unsigned short>(length);
@@ -42,10 +43,13 @@ struct CharacterSetClassMethods {
     static ZPCharacterSet *withBitmap(Class self, ZPData *data) {
         return make(self, nullptr)->initWithBitmapRepresentation(data)->autorelease();
     }
-    static ZPCharacterSet *concreteWithRange(Class self, ZPRange range) {
+};
+
+struct MutableCharacterSetClassMethods : CharacterSetClassMethods {
+    static ZPCharacterSet *characterSetWithRange(Class self, ZPRange range) {
         return make(self, nullptr)->initWithRange(range)->autorelease();
     }
-    static ZPCharacterSet *concreteWithString(Class self, ZPString *string) {
+    static ZPCharacterSet *characterSetWithCharactersInString(Class self, ZPString *string) {
         return make(self, nullptr)->initWithCharactersInString(string)->autorelease();
     }
 };
@@ -194,8 +198,9 @@ ZP_IMPLEMENT(ZPCharacterSet)
     .method<&CharacterSetMethods::hash>("hash");
 
 ZP_IMPLEMENT(ZPMutableCharacterSet)
-    .classMethod<&CharacterSetClassMethods::concreteWithRange>("characterSetWithRange:")
-    .classMethod<&CharacterSetClassMethods::concreteWithString>("characterSetWithCharactersInString:")
+    .classMethod<&MutableCharacterSetClassMethods::characterSetWithRange>("characterSetWithRange:")
+    .classMethod<&MutableCharacterSetClassMethods::characterSetWithCharactersInString>(
+        "characterSetWithCharactersInString:")
     .method<&MutableCharacterSetMethods::isMutable>("isMutable")
     .method<&MutableCharacterSetMethods::copyWithZone>("copyWithZone:")
     .method<&MutableCharacterSetMethods::addRange>("addCharactersInRange:")

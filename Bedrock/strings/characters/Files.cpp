@@ -179,28 +179,31 @@ ZPCharacterSet *withCharacters(ZPArray *numbers) {
         ZPString::stringWithCharacters_length(units.data(), unsigned(units.size())));
 }
 
-ZPCharacterSet *withContentsOfFile(Class, ZPString *path) {
-    if (path && path->hasSuffix(".builtin"_zp)) {
-        bool read;
-        ZPDictionary *entry = auxiliaryEntry(path->lastPathComponent()->stringByDeletingPathExtension(), read);
-        if (!entry) return nullptr;
-        id characters = entry->objectForKey("characters"_zp);
-        if (characters && characters->isKindOfClass(ZPArray::class_())) return withCharacters(characters);
-        ZPConcreteMutableCharacterSet *set = newSet(entry);
+struct CharacterSetFiles {
+    static ZPCharacterSet *characterSetWithContentsOfFile(Class, ZPString *path) {
+        if (path && path->hasSuffix(".builtin"_zp)) {
+            bool read;
+            ZPDictionary *entry = auxiliaryEntry(path->lastPathComponent()->stringByDeletingPathExtension(), read);
+            if (!entry) return nullptr;
+            id characters = entry->objectForKey("characters"_zp);
+            if (characters && characters->isKindOfClass(ZPArray::class_())) return withCharacters(characters);
+            ZPConcreteMutableCharacterSet *set = newSet(entry);
+            set->mayChange = 0;
+            return set->autorelease();
+        }
+        ZPConcreteMutableCharacterSet *set = newFromFile(path, nullptr);
+        if (!set) return nullptr;
         set->mayChange = 0;
         return set->autorelease();
     }
-    ZPConcreteMutableCharacterSet *set = newFromFile(path, nullptr);
-    if (!set) return nullptr;
-    set->mayChange = 0;
-    return set->autorelease();
-}
+};
 
 }  // namespace
 
 ZPConcreteMutableCharacterSet *_ZPNamedSet(ZPString *name, bool compact) { return named(name, compact, nullptr); }
 
-ZP_CATEGORY(ZPCharacterSet, ZPCharacterSetFiles).classMethod<&withContentsOfFile>("characterSetWithContentsOfFile:");
+ZP_CATEGORY(ZPCharacterSet, ZPCharacterSetFiles)
+    .classMethod<&CharacterSetFiles::characterSetWithContentsOfFile>("characterSetWithContentsOfFile:");
 
 ZP_CATEGORY(ZPConcreteMutableCharacterSet, ZPCharacterSetFiles)
     .classMethod<&NamedSetMethods::withName>("characterSetWithName:")

@@ -262,6 +262,11 @@ static ZPString *dumpRecord(Class, const void *pointer) {
     return text.string();
 }
 
+struct CharacterSetDumps {
+    static ZPString *_dumpBitmapRepresentation(Class self, const void *bitmap) { return dumpBitmap(self, bitmap); }
+    static ZPString *_dumpSetRepresentation(Class self, const void *record) { return dumpRecord(self, record); }
+};
+
 ZP_CATEGORY(ZPCharacterSet, ZPCharacterSetDebugging)
-    .classMethod<&dumpBitmap>("_dumpBitmapRepresentation:")
-    .classMethod<&dumpRecord>("_dumpSetRepresentation:");
+    .classMethod<&CharacterSetDumps::_dumpBitmapRepresentation>("_dumpBitmapRepresentation:")
+    .classMethod<&CharacterSetDumps::_dumpSetRepresentation>("_dumpSetRepresentation:");

@@ -148,6 +148,40 @@ struct ExpandedCharacterSetMethods : ZPExpandedBuiltinCharacterSet {
     id mutableCopyWithZone(ZPZone *) { _ZPRefuse(this, "mutableCopyWithZone:"_sel); }
 };
 
+struct ZPStandardCharacterSets {
+    static ZPCharacterSet *controlCharacterSet(Class self) { return standardSet<_ZPControlSet>(self); }
+    static ZPCharacterSet *whitespaceCharacterSet(Class self) { return standardSet<_ZPWhitespaceSet>(self); }
+    static ZPCharacterSet *whitespaceAndNewlineCharacterSet(Class self) {
+        return standardSet<_ZPWhitespaceAndNewlineSet>(self);
+    }
+    static ZPCharacterSet *decimalDigitCharacterSet(Class self) { return standardSet<_ZPDecimalDigitSet>(self); }
+    static ZPCharacterSet *letterCharacterSet(Class self) { return standardSet<_ZPLetterSet>(self); }
+    static ZPCharacterSet *lowercaseLetterCharacterSet(Class self) { return standardSet<_ZPLowercaseLetterSet>(self); }
+    static ZPCharacterSet *uppercaseLetterCharacterSet(Class self) { return standardSet<_ZPUppercaseLetterSet>(self); }
+    static ZPCharacterSet *alphanumericCharacterSet(Class self) { return standardSet<_ZPAlphanumericSet>(self); }
+    static ZPCharacterSet *nonBaseCharacterSet(Class self) { return standardSet<_ZPNonBaseSet>(self); }
+    static ZPCharacterSet *decomposableCharacterSet(Class self) { return standardSet<_ZPDecomposableSet>(self); }
+    static ZPCharacterSet *illegalCharacterSet(Class self) { return standardSet<_ZPIllegalSet>(self); }
+    static ZPCharacterSet *punctuationCharacterSet(Class self) { return standardSet<_ZPPunctuationSet>(self); }
+};
+
+struct ExpandedSets {
+    static ZPCharacterSet *controlCharacterSet(Class self) { return fullSet<_ZPControlSet>(self); }
+    static ZPCharacterSet *whitespaceCharacterSet(Class self) { return fullSet<_ZPWhitespaceSet>(self); }
+    static ZPCharacterSet *whitespaceAndNewlineCharacterSet(Class self) {
+        return fullSet<_ZPWhitespaceAndNewlineSet>(self);
+    }
+    static ZPCharacterSet *decimalDigitCharacterSet(Class self) { return fullSet<_ZPDecimalDigitSet>(self); }
+    static ZPCharacterSet *letterCharacterSet(Class self) { return fullSet<_ZPLetterSet>(self); }
+    static ZPCharacterSet *lowercaseLetterCharacterSet(Class self) { return fullSet<_ZPLowercaseLetterSet>(self); }
+    static ZPCharacterSet *uppercaseLetterCharacterSet(Class self) { return fullSet<_ZPUppercaseLetterSet>(self); }
+    static ZPCharacterSet *alphanumericCharacterSet(Class self) { return fullSet<_ZPAlphanumericSet>(self); }
+    static ZPCharacterSet *nonBaseCharacterSet(Class self) { return fullSet<_ZPNonBaseSet>(self); }
+    static ZPCharacterSet *decomposableCharacterSet(Class self) { return fullSet<_ZPDecomposableSet>(self); }
+    static ZPCharacterSet *illegalCharacterSet(Class self) { return fullSet<_ZPIllegalSet>(self); }
+    static ZPCharacterSet *punctuationCharacterSet(Class self) { return fullSet<_ZPPunctuationSet>(self); }
+};
+
 }  // namespace
 
 constinit const ZPLowRows _ZPLow = makeLowRows();
@@ -177,18 +211,18 @@ bool _ZPIsInFullSet(unsigned offset, unichar u) {
 }
 
 ZP_CATEGORY(ZPCharacterSet, ZPStandardCharacterSets)
-    .classMethod<&standardSet<_ZPControlSet>>("controlCharacterSet")
-    .classMethod<&standardSet<_ZPWhitespaceSet>>("whitespaceCharacterSet")
-    .classMethod<&standardSet<_ZPWhitespaceAndNewlineSet>>("whitespaceAndNewlineCharacterSet")
-    .classMethod<&standardSet<_ZPDecimalDigitSet>>("decimalDigitCharacterSet")
-    .classMethod<&standardSet<_ZPLetterSet>>("letterCharacterSet")
-    .classMethod<&standardSet<_ZPLowercaseLetterSet>>("lowercaseLetterCharacterSet")
-    .classMethod<&standardSet<_ZPUppercaseLetterSet>>("uppercaseLetterCharacterSet")
-    .classMethod<&standardSet<_ZPAlphanumericSet>>("alphanumericCharacterSet")
-    .classMethod<&standardSet<_ZPNonBaseSet>>("nonBaseCharacterSet")
-    .classMethod<&standardSet<_ZPDecomposableSet>>("decomposableCharacterSet")
-    .classMethod<&standardSet<_ZPIllegalSet>>("illegalCharacterSet")
-    .classMethod<&standardSet<_ZPPunctuationSet>>("punctuationCharacterSet");
+    .classMethod<&ZPStandardCharacterSets::controlCharacterSet>("controlCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::whitespaceCharacterSet>("whitespaceCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::whitespaceAndNewlineCharacterSet>("whitespaceAndNewlineCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::decimalDigitCharacterSet>("decimalDigitCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::letterCharacterSet>("letterCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::lowercaseLetterCharacterSet>("lowercaseLetterCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::uppercaseLetterCharacterSet>("uppercaseLetterCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::alphanumericCharacterSet>("alphanumericCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::nonBaseCharacterSet>("nonBaseCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::decomposableCharacterSet>("decomposableCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::illegalCharacterSet>("illegalCharacterSet")
+    .classMethod<&ZPStandardCharacterSets::punctuationCharacterSet>("punctuationCharacterSet");
 
 ZP_IMPLEMENT(ZPBuiltinCharacterSet)
     .method<&BuiltinCharacterSetMethods::characterIsMember>("characterIsMember:")
@@ -200,18 +234,18 @@ ZP_IMPLEMENT(ZPBuiltinCharacterSet)
     .method<&BuiltinCharacterSetMethods::dealloc>("dealloc");
 
 ZP_IMPLEMENT(ZPExpandedBuiltinCharacterSet)
-    .classMethod<&fullSet<_ZPControlSet>>("controlCharacterSet")
-    .classMethod<&fullSet<_ZPWhitespaceSet>>("whitespaceCharacterSet")
-    .classMethod<&fullSet<_ZPWhitespaceAndNewlineSet>>("whitespaceAndNewlineCharacterSet")
-    .classMethod<&fullSet<_ZPDecimalDigitSet>>("decimalDigitCharacterSet")
-    .classMethod<&fullSet<_ZPLetterSet>>("letterCharacterSet")
-    .classMethod<&fullSet<_ZPLowercaseLetterSet>>("lowercaseLetterCharacterSet")
-    .classMethod<&fullSet<_ZPUppercaseLetterSet>>("uppercaseLetterCharacterSet")
-    .classMethod<&fullSet<_ZPAlphanumericSet>>("alphanumericCharacterSet")
-    .classMethod<&fullSet<_ZPNonBaseSet>>("nonBaseCharacterSet")
-    .classMethod<&fullSet<_ZPDecomposableSet>>("decomposableCharacterSet")
-    .classMethod<&fullSet<_ZPIllegalSet>>("illegalCharacterSet")
-    .classMethod<&fullSet<_ZPPunctuationSet>>("punctuationCharacterSet")
+    .classMethod<&ExpandedSets::controlCharacterSet>("controlCharacterSet")
+    .classMethod<&ExpandedSets::whitespaceCharacterSet>("whitespaceCharacterSet")
+    .classMethod<&ExpandedSets::whitespaceAndNewlineCharacterSet>("whitespaceAndNewlineCharacterSet")
+    .classMethod<&ExpandedSets::decimalDigitCharacterSet>("decimalDigitCharacterSet")
+    .classMethod<&ExpandedSets::letterCharacterSet>("letterCharacterSet")
+    .classMethod<&ExpandedSets::lowercaseLetterCharacterSet>("lowercaseLetterCharacterSet")
+    .classMethod<&ExpandedSets::uppercaseLetterCharacterSet>("uppercaseLetterCharacterSet")
+    .classMethod<&ExpandedSets::alphanumericCharacterSet>("alphanumericCharacterSet")
+    .classMethod<&ExpandedSets::nonBaseCharacterSet>("nonBaseCharacterSet")
+    .classMethod<&ExpandedSets::decomposableCharacterSet>("decomposableCharacterSet")
+    .classMethod<&ExpandedSets::illegalCharacterSet>("illegalCharacterSet")
+    .classMethod<&ExpandedSets::punctuationCharacterSet>("punctuationCharacterSet")
     .method<&ExpandedCharacterSetMethods::characterIsMember>("characterIsMember:")
     .method<&ExpandedCharacterSetMethods::expandSetWithOffset>("expandSetWithOffset:")
     .method<&ExpandedCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")

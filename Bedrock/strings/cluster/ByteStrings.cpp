@@ -37,7 +37,8 @@ template <class S> struct ByteStringMethods : S {
         _ZPCopyUnits(view(), range.location, range.length, buffer);
     }
     const char *fastCStringContents() { return bytesOf(this); }
-    ZPStringEncoding storageEncoding() { return _ZPCStringEncoding; }
+    ZPStringEncoding fastestEncoding() { return _ZPCStringEncoding; }
+    ZPStringEncoding smallestEncoding() { return _ZPCStringEncoding; }
     unsigned cStringLength() { return countOf(this); }
     // The object's own bytes, where they mean the same as a C string.
     bool ownBytesAreCString() { return _ZPFitsByteStorage(bytesOf(this), countOf(this)); }
@@ -175,8 +176,8 @@ ZP_IMPLEMENT(ZPSimpleCString)
     .method<&SimpleMethods::characterAtIndex>("characterAtIndex:")
     .method<&SimpleMethods::getCharactersRange>("getCharacters:range:")
     .method<&SimpleMethods::fastCStringContents>("_fastCStringContents")
-    .method<&SimpleMethods::storageEncoding>("fastestEncoding")
-    .method<&SimpleMethods::storageEncoding>("smallestEncoding")
+    .method<&SimpleMethods::fastestEncoding>("fastestEncoding")
+    .method<&SimpleMethods::smallestEncoding>("smallestEncoding")
     .method<&SimpleMethods::cStringLength>("cStringLength")
     .method<&SimpleMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
     .method<&SimpleMethods::getBytes>(
@@ -207,8 +208,8 @@ ZP_IMPLEMENT(ZPInlineCString)
     .method<&InlineMethods::characterAtIndex>("characterAtIndex:")
     .method<&InlineMethods::getCharactersRange>("getCharacters:range:")
     .method<&InlineMethods::fastCStringContents>("_fastCStringContents")
-    .method<&InlineMethods::storageEncoding>("fastestEncoding")
-    .method<&InlineMethods::storageEncoding>("smallestEncoding")
+    .method<&InlineMethods::fastestEncoding>("fastestEncoding")
+    .method<&InlineMethods::smallestEncoding>("smallestEncoding")
     .method<&InlineMethods::cStringLength>("cStringLength")
     .method<&InlineMethods::ownCString>("cString")
     .method<&InlineMethods::ownLossyCString>("lossyCString")

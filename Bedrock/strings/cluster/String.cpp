@@ -86,6 +86,9 @@ struct ZPStringMethods : ZPString {
     ZPString *initWithFormat(ZPString *format, std::va_list arguments) {
         return initWithFormat_locale_arguments(format, nullptr, arguments);
     }
+    ZPString *initWithFormat_arguments(ZPString *format, std::va_list arguments) {
+        return initWithFormat_locale_arguments(format, nullptr, arguments);
+    }
     ZPString *initWithFormatLocale(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         return initWithFormat_locale_arguments(format, locale, arguments);
     }
@@ -155,7 +158,7 @@ ZP_IMPLEMENT(ZPString)
     .method<&ZPStringMethods::initWithString>("initWithString:")
     .variadic<&ZPStringMethods::initWithFormat>("initWithFormat:")
     .variadic<&ZPStringMethods::initWithFormatLocale>("initWithFormat:locale:")
-    .method<&ZPStringMethods::initWithFormat>("initWithFormat:arguments:")
+    .method<&ZPStringMethods::initWithFormat_arguments>("initWithFormat:arguments:")
     .method<&ZPStringMethods::initWithFormatLocaleArguments>("initWithFormat:locale:arguments:")
     .method<&ZPStringMethods::initWithData>("initWithData:encoding:")
     .method<&ZPStringMethods::initWithBytes>("initWithBytes:length:encoding:")

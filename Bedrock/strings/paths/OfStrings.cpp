@@ -104,15 +104,17 @@ struct PathMethods : ZPString {
     }
 };
 
-ZPArray *pathsMatchingExtensions(ZPArray *paths, ZPArray *extensions) {
-    unsigned count = paths->count();
-    ZPMutableArray *matching = ZPMutableArray::arrayWithCapacity(count);
-    for (unsigned i = 0; i < count; ++i) {
-        ZPString *path = paths->objectAtIndex(i), *extension = path->pathExtension();
-        if (extension->length() && extensions->containsObject(extension)) matching->addObject(path);
+struct ZPArrayPathExtensions : ZPArray {
+    ZPArray *pathsMatchingExtensions(ZPArray *extensions) {
+        unsigned count = ZPArray::count();
+        ZPMutableArray *matching = ZPMutableArray::arrayWithCapacity(count);
+        for (unsigned i = 0; i < count; ++i) {
+            ZPString *path = ZPArray::objectAtIndex(i), *extension = path->pathExtension();
+            if (extension->length() && extensions->containsObject(extension)) matching->addObject(path);
+        }
+        return matching;
     }
-    return matching;
-}
+};
 
 }  // namespace
 
@@ -132,4 +134,5 @@ ZP_CATEGORY(ZPString, ZPPathUtilities)
     .method<&PathMethods::resolving>("stringByResolvingSymlinksInPath")
     .method<&PathMethods::appendingPaths>("stringsByAppendingPaths:");
 
-ZP_CATEGORY(ZPArray, ZPArrayPathExtensions).method<&pathsMatchingExtensions>("pathsMatchingExtensions:");
+ZP_CATEGORY(ZPArray, ZPArrayPathExtensions)
+    .method<&ZPArrayPathExtensions::pathsMatchingExtensions>("pathsMatchingExtensions:");
