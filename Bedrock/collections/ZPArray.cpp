@@ -6,6 +6,20 @@
 #include <algorithm>
 #include <cstring>
 
+id *_ZPItemsOfArray(id array, unsigned &count) { return _ZPConcreteItems(array, count); }
+
+_ZPElements::_ZPElements(ZPArray *array) : items(nullptr), count(0) {
+    if (!array || (items = _ZPConcreteItems(array, count))) return;
+    count = array->count();
+    gather(array, {0, count});
+}
+
+_ZPElements::_ZPElements(ZPArray *array, ZPRange range) {
+    if ((items = _ZPConcreteItems(array, count))) items += range.location;
+    else gather(array, range);
+    count = range.length;
+}
+
 void _ZPElements::gather(ZPArray *array, ZPRange range) {
     gathered = new (room) _ZPObjectBuffer(range.length);
     items = gathered->items;

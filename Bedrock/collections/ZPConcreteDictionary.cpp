@@ -2,6 +2,7 @@
 // The concrete dictionaries on their tables, and the enumerator over a table.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/collections/ZPDictionary+Internal.h>
+#include <Bedrock/platform/objects/Slabs.h>
 
 BOOL _ZPStoredObjectsEqual(void *, const void *stored, const void *probe) { return _ZPObjectEquality()(stored, probe); }
 
@@ -96,7 +97,7 @@ ZP_INLINE id find(Table *table, id key) {
     unsigned hash;
     if (key.pointer()->isa != ZPInlineCString::class_() || ZPSimpleIsLinear(table)) return findAny(table, key);
     auto *probe = reinterpret_cast<ZPInlineCString *>(key.pointer());
-    unsigned length = probe->_flags.numBytes;
+    unsigned length = probe->byteCount();
     if (!_ZPHashShortBytes(probe->contents(), length, hash)) [[unlikely]]
         return findAny(table, key);
     unsigned state = (hash & ZPSimpleHashMask) | ZPSimpleOccupied;
@@ -108,7 +109,7 @@ ZP_INLINE id find(Table *table, id key) {
             if (stored == probe) return _ZPValue(b);
             if (stored->isa != probe->isa) [[unlikely]]
                 return findAny(table, key);
-            if (stored->_flags.numBytes == length && _ZPSameShortBytes(stored->contents(), probe->contents(), length))
+            if (stored->byteCount() == length && _ZPSameShortBytes(stored->contents(), probe->contents(), length))
                 [[likely]]
                 return _ZPValue(b);
         } else if (!b->state) return nullptr;
@@ -290,6 +291,17 @@ struct EnumeratorMethods : _ZPDictionaryEnumerator {
 };
 
 }  // namespace
+
+bool _ZPTableOfDictionary(id dictionary, ZPSimpleDictionary *&table) { return _ZPConcreteTable(dictionary, table); }
+
+ZPDictionary *_ZPNewDictionaryToFill(unsigned count, objc_slabs &slabs, ZPSimpleDictionary *&table) {
+    unsigned sizeClass = ZPSimpleClassFor(count);
+    std::size_t size = ZPSimpleSize<Table>(sizeClass);
+    auto *dictionary = static_cast<ZPConcreteDictionary *>(slabs.allocate(ZPConcreteDictionary::class_(), size));
+    if (!dictionary) dictionary = ZPAllocateObject(ZPConcreteDictionary::class_(), unsigned(size), nullptr);
+    table = dictionary->_table = ZPSimpleInit<Table>(dictionary->room(), sizeClass, _ZPStoredObjectsEqual);
+    return dictionary;
+}
 
 ZPEnumerator *_ZPDictionaryEnumerator::over(ZPSimpleDictionary *table, id target, BOOL objects) {
     auto *e =

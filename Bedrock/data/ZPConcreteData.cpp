@@ -110,6 +110,12 @@ struct ConcreteDataMethods : ZPConcreteData {
 
 }  // namespace
 
+bool _ZPViewOfOwnData(id object, ZPDataView &view) {
+    if (object.pointer()->isa != ZPConcreteData::class_()) return false;
+    view = _ZPViewOfData(object);
+    return true;
+}
+
 ZP_IMPLEMENT(ZPConcreteData)
     .method<&ConcreteDataMethods::initDesignated>("initWithBytes:length:copy:freeWhenDone:bytesAreVM:")
     .method<&ConcreteDataMethods::initWithBytes>("initWithBytes:length:")

@@ -58,6 +58,14 @@ struct ZPInlineCString : ZPString {
     } _flags;
     /// Extends behind the fields.
     char *contents() { return reinterpret_cast<char *>(&_flags + 1); }
+    unsigned byteCount() const { return _flags.numBytes; }
+    /// Gives a new object its bytes; it has room for them and a NUL.
+    void fill(const char *bytes, unsigned count) {
+        _flags = {};
+        _flags.numBytes = count & 0xFFFF;
+        std::memcpy(contents(), bytes, count);
+        contents()[count] = 0;
+    }
 };
 struct ZPSimpleString : ZPString {
     ZP_PRIVATE_CLASS(ZPSimpleString)
@@ -67,6 +75,14 @@ struct ZPSimpleString : ZPString {
 struct ZPUnicodeString : ZPSimpleString {
     ZP_PRIVATE_CLASS(ZPUnicodeString)
     ZPStringFlags _flags;
+
+    /// Gives a new object its units, for which it has room behind its fields.
+    void fill(const unichar *units, unsigned count) {
+        characters = reinterpret_cast<unichar *>(this + 1);
+        numCharacters = count;
+        _flags = {};
+        std::memcpy(characters, units, count * sizeof(unichar));
+    }
 };
 struct ZPUnicodeSubstring : ZPUnicodeString {
     ZP_PRIVATE_CLASS(ZPUnicodeSubstring)
