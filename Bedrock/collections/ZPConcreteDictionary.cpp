@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The concrete dictionaries on their tables, and the enumerator over a table.
 #include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/core/ZPScope.h>
 #include <Bedrock/collections/ZPDictionary+Internal.h>
 #include <Bedrock/platform/objects/Slabs.h>
 
@@ -27,13 +28,6 @@ void destroyTable(Table *&table) {
     table = nullptr;
 }
 
-// A table that goes away, with the references it owns, unless it is taken over.
-struct OwnedTable {
-    Table *table;
-    ~OwnedTable() { destroyTable(table); }
-    Table *take() { return std::exchange(table, nullptr); }
-};
-
 [[noreturn]] ZP_COLD void raise(id receiver, SEL selector, ZPString *format) {
     ZPException::raise_format(ZPInvalidArgumentException, format, _ZPMethodExceptionProem(receiver, selector));
 }
@@ -55,24 +49,15 @@ ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
         old->release();
         return;
     }
-    // Plain pointers: g++ 12 drops the null of a field of class type that the result of a call is assigned to, though
-    // the call may raise.
-    struct Owned {
-        objc_object *key = nullptr, *value = nullptr;
-        ~Owned() {
-            id(key)->release();
-            id(value)->release();
-        }
-    } owned;
     unsigned info = (*table)->info;
     Table *before = *table;
-    owned.key = key->copyWithZone(zone).pointer();
-    owned.value = object->retain().pointer();
+    ZPOwnedObject ownKey(key->copyWithZone(zone).pointer()), ownValue(object->retain().pointer());
     // Copying a key may run anybody's code.
     if (*table != before || before->info != info) [[unlikely]]
         ZPSimpleFind(*table, key.pointer(), hash, ZPSimpleIdentityOnly(), &place);
-    ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, owned.key, owned.value});
-    owned.key = owned.value = nullptr;
+    ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, ownKey.get(), ownValue.get()});
+    (void)ownKey.take();
+    (void)ownValue.take();
 }
 
 void setEntries(id receiver, Table **table, ZPZone *zone, const id *objects, const id *keys, unsigned count) {
@@ -146,14 +131,11 @@ Table *copyTable(id receiver, Table *source, ZPZone *zone, bool copyValues) {
     for (unsigned i = guard.done; i-- > 0;) {
         Bucket *b = ZPSimpleDictionaryGetBucket(copy, i);
         if (b) {
-            id key = _ZPKey(b)->copyWithZone(zone);
-            _ZPReleaser releaser{&key, key ? 1u : 0u};
-            id value = copyValues ? _ZPValue(b)->copyWithZone(zone) : _ZPValue(b)->retain();
-            _ZPReleaser valueReleaser{&value, value ? 1u : 0u};
-            checkEntry(receiver, "initWithDictionary:copyItems:"_sel, value, key);
-            b->key = key.pointer();
-            b->value = value.pointer();
-            releaser.count = valueReleaser.count = 0;
+            ZPOwnedObject key(_ZPKey(b)->copyWithZone(zone).pointer());
+            ZPOwnedObject value((copyValues ? _ZPValue(b)->copyWithZone(zone) : _ZPValue(b)->retain()).pointer());
+            checkEntry(receiver, "initWithDictionary:copyItems:"_sel, value.get(), key.get());
+            b->key = key.take();
+            b->value = value.take();
         }
         guard.done = i;
     }
@@ -236,7 +218,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     void getObjects(id *objects, id *keys) { getEntries(_table, objects, keys); }
     id copyWithZone(ZPZone *zone) {
         if (!_table || !ZPSimpleCount(_table)) return _ZPEmptyDictionary()->retain();
-        OwnedTable copied{copyTable(this, _table, zone, true)};
+        ZPScope copied{copyTable(this, _table, zone, true), [](Table *t) { destroyTable(t); }};
         auto *copy = static_cast<ZPConcreteDictionary *>(
             static_cast<ZPDictionary *>(ZPAllocateObject(ZPConcreteDictionary::class_(), 0, zone)));
         copy->_table = copied.take();

@@ -14,6 +14,7 @@
 // post copies what it will call, then calls. It exists from the first use after the process got a second thread, or
 // from the step to many threads. The lock of the default centers is taken before a center's own.
 #include <Bedrock/runloop/ZPNotificationCenter.h>
+#include <Bedrock/core/ZPRef.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/core/ZPAllocation.h>
@@ -322,11 +323,9 @@ struct CenterMethods : ZPNotificationCenter {
         Snapshot calls;
         collect(calls, name, object);
         if (!calls.count) return;
-        struct Made {
-            ZPNotification *notification;
-            ~Made() { notification->release(); }
-        } made{ZPNotification::allocWithZone(nullptr)->initWithName_object_userInfo(name, object, userInfo)};
-        deliver(calls, made.notification);
+        ZPRef<ZPNotification> made = ZPAdopt<ZPNotification>(
+            ZPNotification::allocWithZone(nullptr)->initWithName_object_userInfo(name, object, userInfo));
+        deliver(calls, made);
     }
 
     // ---- default centers

@@ -9,6 +9,8 @@
 // whole replacement of foreign contents takes the new text as it is. Mine stays mine, 16-bit stays 16-bit.
 // Contents with further references (copies, substrings) are left for new ones at the next change.
 #include <Bedrock/strings/cluster/Mutable.h>
+#include <Bedrock/core/ZPScope.h>
+#include <Bedrock/core/ZPRef.h>
 
 namespace {
 
@@ -95,12 +97,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     ZPString *initWithCStringNoCopy(char *bytes, unsigned length, BOOL freeWhenDone) {
         if (_ZPFitsByteStorage(bytes, length)) return adoptBytes(bytes, length, freeWhenDone);
-        struct Given {
-            char *bytes;
-            ~Given() {
-                if (bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
-            }
-        } given{freeWhenDone ? bytes : nullptr};
+        ZPScope given{freeWhenDone ? bytes : nullptr, [](char *b) { ZPZoneFree(ZPZoneFromPointer(b), b); }};
         return initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
     }
     ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
@@ -176,10 +173,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
         _ZPCheckRange(this, selector, range, length);
         if (string == this) {
             // The copy makes the edit go to a new buffer, so its text stays as it is.
-            struct Kept {
-                ZPString *text;
-                ~Kept() { text->release(); }
-            } kept{static_cast<ZPString *>(packedContents()->retain())};
+            ZPRef<ZPString> kept = packedContents();
             replaceUnits(range, length, view());
             return;
         }
@@ -200,17 +194,14 @@ struct ConcreteMutable : ZPConcreteMutableString {
             replaceUnits(range, length, {reinterpret_cast<const unsigned char *>(bytes), nullptr, n});
             return;
         }
-        void *buffer;
+        ZPOwnedMemory<void> buffer;
         unsigned units;
         BOOL isASCII;
-        if (!_ZPConvertToASCIIorUnicode(bytes, n, _ZPDefaultCStringEncoding(), &buffer, &units, &isASCII, nullptr))
+        if (!_ZPConvertToASCIIorUnicode(bytes, n, _ZPDefaultCStringEncoding(), buffer.place(), &units, &isASCII,
+                                        nullptr))
             ZPException::raise_format(ZPCharacterConversionException, "Bad cString"_zp);
-        struct Converted {
-            void *p;
-            ~Converted() { ZPZoneFree(nullptr, p); }
-        } converted{buffer};
-        if (isASCII) replaceUnits(range, length, {static_cast<unsigned char *>(buffer), nullptr, units});
-        else replaceWithCharacters(range, static_cast<unichar *>(buffer), units);
+        if (isASCII) replaceUnits(range, length, {static_cast<unsigned char *>(buffer.get()), nullptr, units});
+        else replaceWithCharacters(range, static_cast<unichar *>(buffer.get()), units);
     }
     void replaceWithCharacters(ZPRange range, const unichar *characters, unsigned n) {
         unsigned length = count();
@@ -254,10 +245,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
         ZPString *text = _ZPNewFormattedString(zone(), format, locale, arguments);
         if (!isMine()) takeContents(text);
         else {
-            struct Formatted {
-                ZPString *text;
-                ~Formatted() { text->release(); }
-            } formatted{text};
+            ZPRef<ZPString> owned = ZPAdopt(text);
             replaceCharactersInRange_withString({0, ZPString::length()}, text);
         }
     }
