@@ -196,13 +196,9 @@ struct CenterMethods : ZPNotificationCenter {
     void addObserver(id observer, SEL selector, ZPString *name, id object) {
         if (!observer) return;
         // Copying, hashing and looking up may run a client's code: not under the lock.
-        auto *own = (ZPString *)name->copyWithZone(nullptr).pointer();
-        try {
-            enter({own, own ? own->hash() : 0, object, observer, selector, implementationFor(observer, selector)});
-        } catch (...) {
-            own->release();
-            throw;
-        }
+        ZPRef<ZPString> own = ZPAdopt<ZPString>(name->copyWithZone(nullptr));
+        enter({own, own->hash(), object, observer, selector, implementationFor(observer, selector)});
+        (void)own.detach();  // the record's now
         if (ZPKeepNotificationStatistics)
             ZPRecordNotificationEvent(1, observer.pointer(), selector, name, object.pointer());
     }
@@ -351,17 +347,17 @@ struct CenterMethods : ZPNotificationCenter {
                 return (ZPNotificationCenter *)center.pointer();
         }
         id made = objc_msgSend<id>(objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr), "init"_sel);
-        auto *center = (ZPNotificationCenter *)made.pointer();
+        ZPRef<ZPNotificationCenter> center = ZPAdopt<ZPNotificationCenter>(made);
         if (!center) return nullptr;
         if (!isFront) {
             if (!centersOfSubclasses)
                 centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
             centersOfSubclasses->setObject_forKey(center, id(self));
-            center->release();
         }
         watchBundles(center);
-        if (isFront) __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
-        return center;
+        if (!isFront) return center;
+        __atomic_store_n(&centerOfAll, center.get(), __ATOMIC_RELEASE);
+        return center.detach();
     }
 
     static void setDefault(Class self, ZPNotificationCenter *center, Class cls) {

@@ -65,8 +65,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
     id init() { return ConcreteMutable::initWithCapacity(32); }
     ZPString *initWithString(ZPString *string) {
         _flags.capacity = 32;
+        ZPRef<ZPString> self = ZPRef<ZPString>::adopt(this);  // copying may run anybody's code
         takeContents(string ? static_cast<ZPString *>(string->copyWithZone(zone())) : ""_zp);
-        return this;
+        return self.detach();
     }
     ZPString *initWithBytes(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         void *buffer;
@@ -102,13 +103,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         ConcreteMutable::initWithCapacity(100);
-        try {
-            setStringWithFormat_locale_arguments(format, locale, arguments);
-        } catch (...) {
-            release();
-            throw;
-        }
-        return this;
+        ZPRef<ZPString> self = ZPRef<ZPString>::adopt(this);
+        setStringWithFormat_locale_arguments(format, locale, arguments);
+        return self.detach();
     }
     void dealloc() {
         if (_contents) _contents->release();
@@ -137,13 +134,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
             _contents->getCharacters_range(units.memory, {0, old.length});
             old.units = units.memory;
         }
-        S *s = _ZPNewStringWithGap<S>(_flags.capacity, zone());
-        try {
-            s = _ZPSetRequiredLength(s, total, 0, 0, true);
-        } catch (...) {
-            s->release();
-            throw;
-        }
+        ZPRef<S> empty = ZPAdopt(_ZPNewStringWithGap<S>(_flags.capacity, zone()));
+        S *s = _ZPSetRequiredLength(empty.get(), total, 0, 0, true);
+        (void)empty.detach();
         _ZPCopyToGap(s, old, 0, range.location);
         _ZPCopyToGap(s, text, 0, text.length);
         unsigned behind = range.location + range.length;
