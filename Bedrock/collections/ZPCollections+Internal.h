@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the collection classes share: temporary lists of objects, equality tests and error messages.
+// What the collection classes share beside what other rooms use (ZPElements.h, ZPMakers.h): temporary lists of objects,
+// equality tests and error messages.
 #pragma once
 
 #include <Bedrock/collections/ZPElements.h>

@@ -92,8 +92,8 @@ void ZPRequestConcreteImplementation(id receiver, SEL selector, Class abstractCl
 }
 
 void _ZPRequestConcreteObject(id receiver, SEL selector) {
-    ZPException::raise_format(
-        ZPInvalidArgumentException,
-        "*** initialization method -%s cannot be sent to an abstract object of class %s: Create a concrete instance!"_zp,
-        sel_getName(selector), receiver.pointer()->isa->name);
+    ZPException::raise_format(ZPInvalidArgumentException,
+                              "*** initialization method -%s cannot be sent to an abstract object of class %s: "
+                              "Create a concrete instance!"_zp,
+                              sel_getName(selector), receiver.pointer()->isa->name);
 }

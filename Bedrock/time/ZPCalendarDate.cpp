@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// ZPCalendarDate: its fields, what is built of them, and arithmetic. A day is found from local seconds, rounded down, in
-// whole numbers; what lies outside days 1 to 2,147,483,647 shows the fields of day 1 or of day 1,460,972.
+// ZPCalendarDate: its fields, what is built of them, and arithmetic. A day is found from local seconds, rounded down,
+// in whole numbers; what lies outside days 1 to 2,147,483,647 shows the fields of day 1 or of day 1,460,972.
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
 #include <Bedrock/core/ZPRef.h>
 

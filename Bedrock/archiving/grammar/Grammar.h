@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
-// What a parser holds.
+// The room of the parser: tokens (Tokens.cpp), what it does with them (Parser.cpp), and rules by which it reads a text
+// (Rules.cpp). Programs see it as ZPParser.h, the room of property lists also takes the limits here. Read this first,
+// then Tokens.cpp.
+//
+// What a parser holds:
 //
 // The input is bytes or units, with a zero behind it; a zero ends it. A token is pending when it has been read
 // and not yet consumed. Its text lies in the input (`tokenStart`) or in one of the buffers; the buffer is narrow,

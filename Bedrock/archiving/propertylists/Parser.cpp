@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The parsers of property lists and of strings files, and the operations of strings that run them.
-#include <Bedrock/archiving/propertylists/Reader.h>
+#include <Bedrock/archiving/propertylists/Reader+Internal.h>
 #include <Bedrock/core/ZPRef.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 
@@ -9,8 +9,8 @@ namespace {
 ZPDictionary *propertyListGrammar() {
     static ZPDictionary *grammar;
     return ZPMakeOnce(grammar, [] {
-        ZPString *text =
-            "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; xObject = Dictionary | Array | Data | String;"_zp;
+        ZPString *text = "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; "
+                         "xObject = Dictionary | Array | Data | String;"_zp;
         return static_cast<ZPDictionary *>(ZPParser::parsedGrammarForString(text)->retain());
     });
 }

@@ -2,7 +2,7 @@
 // The direct reader of property-list text: the common case of the parser, without its tables. It gives the
 // very tree that the parser gives, equal strings being one object, or gives up on the first thing it does not
 // like; the parser then reads the text again and says what is wrong.
-#include <Bedrock/archiving/propertylists/Reader.h>
+#include <Bedrock/archiving/propertylists/Reader+Internal.h>
 #include <Bedrock/collections/ZPElements.h>
 #include <Bedrock/collections/ZPMakers.h>
 #include <Bedrock/data/ZPData.h>

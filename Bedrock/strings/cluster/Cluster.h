@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The storage classes of strings, and what the files of the cluster share.
+// The room of the string cluster: the storage classes and what every string does with its own characters: reading,
+// comparing, searching, taking apart, changing. Other rooms take views of strings and make new ones by what stands
+// here, in Mutable.h (changing) and in Keys.h (hash and equality in tables), and leave the fields to the room. Read
+// this first, then String.cpp, which has every operation on the primitives; ByteStrings.cpp and UnitStrings.cpp
+// override what their storage does faster.
+//
+// The storage classes:
 //
 //   ZPSimpleCString    bytes in the 8-bit storage encoding, owned
 //     ZPCString        the same; `freeWhenDone` says whether the bytes are owned

@@ -5,7 +5,7 @@
 // walked once to give every argument its place, then they are written; text behind the ninth stays as it is. In
 // any other format the arguments are taken in order. A directive that is cut short, is no directive of C, or does
 // not fit the mode of its format stands for itself and takes no argument.
-#include <Bedrock/strings/formats/Formats.h>
+#include <Bedrock/strings/formats/Formats+Internal.h>
 #include <Bedrock/core/ZPScope.h>
 #include <Bedrock/core/ZPRef.h>
 #include <Bedrock/strings/encodings/Encodings.h>

@@ -7,7 +7,7 @@
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/ZPNumberReader.h>
-#include <Bedrock/strings/formats/Scanner.h>
+#include <Bedrock/strings/formats/Scanner+Internal.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
 namespace {
