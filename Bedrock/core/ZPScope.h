@@ -3,8 +3,8 @@
 // ends it.
 #pragma once
 
+#include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPObject.h>
-#include <Bedrock/platform/ZPZone.h>
 
 #include <utility>
 
@@ -37,6 +37,12 @@ struct ZPFreesDefault {
 };
 /// A block of the default zone, or none.
 template <class T> using ZPOwnedMemory = ZPScope<T, ZPFreesDefault>;
+
+struct ZPFreesInItsZone {
+    void operator()(void *memory) const { ZPZoneFree(ZPZoneFromPointer(memory), memory); }
+};
+/// A block of any zone, or none.
+template <class T> using ZPOwnedBlock = ZPScope<T, ZPFreesInItsZone>;
 
 struct ZPReleases {
     void operator()(objc_object *object) const { id(object)->release(); }

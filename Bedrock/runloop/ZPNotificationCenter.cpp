@@ -366,13 +366,13 @@ struct CenterMethods : ZPNotificationCenter {
             ZPException::raise_format(ZPInvalidArgumentException,
                                       "%@: class parameter not the ZPNotificationCenter class or subclass"_zp,
                                       _ZPMethodExceptionProem(id(self), "setDefaultCenter:forClass:"_sel));
-        ZPNotificationCenter *old = nullptr;
+        ZPRef<ZPNotificationCenter> old;  // released when the lock is free
         {
             Locked hold(defaultCenterLock);
             if (cls == ZPNotificationCenter::class_()) {
-                old = centerOfAll;
+                if (centerOfAll) ignoreBundles(centerOfAll);
+                old = ZPAdopt(centerOfAll);
                 center->retain();
-                if (old) ignoreBundles(old);
                 __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
                 if (center) watchBundles(center);
             } else {
@@ -380,7 +380,6 @@ struct CenterMethods : ZPNotificationCenter {
                                           : nullptr;
                 if (old == center) return;
                 if (old) {
-                    old->retain();
                     ignoreBundles(old);
                     centersOfSubclasses->removeObjectForKey(id(cls));
                 }
@@ -391,7 +390,6 @@ struct CenterMethods : ZPNotificationCenter {
                 }
             }
         }
-        old->release();
     }
 
     // ---- the rest

@@ -98,7 +98,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     ZPString *initWithCStringNoCopy(char *bytes, unsigned length, BOOL freeWhenDone) {
         if (_ZPFitsByteStorage(bytes, length)) return adoptBytes(bytes, length, freeWhenDone);
-        ZPScope given{freeWhenDone ? bytes : nullptr, [](char *b) { ZPZoneFree(ZPZoneFromPointer(b), b); }};
+        ZPOwnedBlock<char> given(freeWhenDone ? bytes : nullptr);
         return initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
     }
     ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
