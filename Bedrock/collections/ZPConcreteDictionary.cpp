@@ -49,15 +49,23 @@ ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
         old->release();
         return;
     }
+    // One guard for both, which is ready before anything is made: two made insertions slower.
+    struct Owned {
+        objc_object *key = nullptr, *value = nullptr;
+        ~Owned() {
+            id(key)->release();
+            id(value)->release();
+        }
+    } owned;
     unsigned info = (*table)->info;
     Table *before = *table;
-    ZPOwnedObject ownKey(key->copyWithZone(zone).pointer()), ownValue(object->retain().pointer());
+    owned.key = key->copyWithZone(zone).pointer();
+    owned.value = object->retain().pointer();
     // Copying a key may run anybody's code.
     if (*table != before || before->info != info) [[unlikely]]
         ZPSimpleFind(*table, key.pointer(), hash, ZPSimpleIdentityOnly(), &place);
-    ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, ownKey.get(), ownValue.get()});
-    (void)ownKey.take();
-    (void)ownValue.take();
+    ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, owned.key, owned.value});
+    owned.key = owned.value = nullptr;
 }
 
 void setEntries(id receiver, Table **table, ZPZone *zone, const id *objects, const id *keys, unsigned count) {
