@@ -19,6 +19,7 @@
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/core/ZPObject.h>
 #include <Bedrock/core/ZPProxy.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/data/ZPFileMapper.h>
 #include <Bedrock/platform/ZPPath.h>

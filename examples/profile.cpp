@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // profile: which messages an object gets, how often, and how long they take.
 //
-// A Profiler stands in for any object. The code that uses the object does not know: here an index of the words of a text
-// is built in a profiled dictionary. The report goes to standard error with times, and without them to standard output.
+// A Profiler stands in for any object. The code that uses the object does not know: here an index of the words of a
+// text is built in a profiled dictionary. The report goes to standard error with times, and without them to standard
+// output.
 #include <Bedrock/Bedrock.h>
 
 #include <chrono>

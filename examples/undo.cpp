@@ -53,8 +53,8 @@ struct UndoManager : ZPObject {
 };
 ZP_IMPLEMENT(UndoManager);
 
-/// Lines of text. Each change records the message that takes it back. The arguments of recorded messages are objects, so
-/// line numbers are strings.
+/// Lines of text. Each change records the message that takes it back. The arguments of recorded messages are objects,
+/// so line numbers are strings.
 struct Document : ZPObject {
     ZP_CLASS(Document)
     ZPRef<ZPMutableArray> _lines = ZPAdopt(ZPMutableArray::new_());

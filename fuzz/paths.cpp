@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Paths: between the library and the host nothing is lost, standardizing is done once, pieces fit together again, and what
-// completes a path is how all its matches begin.
+// Paths: between the library and the host nothing is lost, standardizing is done once, pieces fit together again, and
+// what completes a path is how all its matches begin.
 #include <Bedrock/Bedrock.h>
 
 #include <cstdint>

@@ -35,8 +35,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     try {
         ZPParser *parser = ZPParser::alloc()->initWithGrammar(
-            ZPParser::parsedGrammarForString(  // No rule is tried again within another that is tried again: that takes twice the time for each level.
-                "Sums = Pair || Sum; Pair = Sum '=' Sum; Sum = < Part >; Part = Sign | Term; Sign = '+' Term; Term = '(' Sum ')' | parseNumber | parseString;"_zp));
+            // No rule is tried again within another that is tried again: that takes twice the time for each level.
+            ZPParser::parsedGrammarForString("Sums = Pair || Sum; Pair = Sum '=' Sum; Sum = < Part >; "
+                                             "Part = Sign | Term; Sign = '+' Term; "
+                                             "Term = '(' Sum ')' | parseNumber | parseString;"_zp));
         parser->autorelease();
         parser->setEnableIntegerParsing(YES);
         parser->setEnableFloatParsing(YES);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Collections the C++ way: range-for over every collection and enumerator, and lists in braces.
+// Collections the C++ way: range-for over every collection and enumerator, and lists in braces. The folder stands over
+// all others and joins the library with the C++ standard library; each header is read by itself.
 //
 //     for (ZPString *name : names) ...                   // ZPArray, ZPSet, ZPEnumerator, or a ZPRef to one
 //     for (auto [key, value] : dictionary) ...

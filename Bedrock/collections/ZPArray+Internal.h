@@ -80,12 +80,6 @@ struct ZPConcreteMutableArray : ZPMutableArray {
     id *openGap(unsigned location, unsigned length);
 };
 
-/// The shared empty array.
-ZPArray *_ZPEmptyArray();
-/// A new immutable array that the caller owns; the shared empty one for no elements.
-ZPArray *_ZPNewArray(const id *objects, unsigned count, ZPZone *zone = nullptr);
-inline ZPArray *_ZPMakeArray(const id *objects, unsigned count) { return _ZPNewArray(objects, count)->autorelease(); }
-
 /// The storage of an array of a concrete class, whose count it sets; null for any other array.
 ZP_INLINE id *_ZPConcreteItems(id array, unsigned &count) {
     Class isa = array.pointer()->isa;
@@ -101,36 +95,6 @@ ZP_INLINE id *_ZPConcreteItems(id array, unsigned &count) {
     }
     return nullptr;
 }
-
-/// The elements of an array, or of a range of it: its own storage for a concrete array, else a copy of the
-/// references. Null has no elements.
-struct _ZPElements {
-    id *items;
-    unsigned count;
-    _ZPObjectBuffer *gathered = nullptr;
-    alignas(_ZPObjectBuffer) char room[sizeof(_ZPObjectBuffer)];
-
-    explicit _ZPElements(ZPArray *array) : items(nullptr), count(0) {
-        if (!array || (items = _ZPConcreteItems(array, count))) return;
-        count = array->count();
-        gather(array, {0, count});
-    }
-    /// The range lies within the array.
-    _ZPElements(ZPArray *array, ZPRange range) {
-        if ((items = _ZPConcreteItems(array, count))) items += range.location;
-        else gather(array, range);
-        count = range.length;
-    }
-    _ZPElements(const _ZPElements &) = delete;
-    ~_ZPElements() {
-        if (gathered) gathered->~_ZPObjectBuffer();
-    }
-    id *begin() const { return items; }
-    id *end() const { return items + count; }
-
-  private:
-    ZP_COLD void gather(ZPArray *array, ZPRange range);
-};
 
 /// The index of an element within `items`: the identical object, else (unless `identical`) an equal one;
 /// ZPNotFound otherwise. Forward: the lowest, else the highest.

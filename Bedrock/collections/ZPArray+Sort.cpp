@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Sorting: a stable merge sort over lists of references, and the array operations on it.
 #include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/core/ZPScope.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/tables/ZPMapTable.h>
@@ -109,26 +110,24 @@ struct ZPArraySorting : ZPArray {
         id *work = buffer.items, *gathered = work + count;
         ZPArray::getObjects_range(gathered, {0, count});
         unsigned front = 0, back = count;
-        struct Map {
-            ZPMapTable *table;
-            ~Map() { ZPFreeMapTable(table); }
-        } map{ZPCreateMapTable(ZPIntMapKeyCallBacks, ZPNonOwnedPointerMapValueCallBacks, 3 * count)};
+        ZPScope map{ZPCreateMapTable(ZPIntMapKeyCallBacks, ZPNonOwnedPointerMapValueCallBacks, 3 * count),
+                    ZPFreeMapTable};
         auto key = [](unsigned hash) { return reinterpret_cast<const void *>(std::uintptr_t(hash)); };
         for (unsigned i = 0; i < count; ++i) {
             const void *hash = key(gathered[i]->hash());
-            if (hash == ZPNotAnIntMapKey || ZPMapMember(map.table, hash, nullptr, nullptr)) work[--back] = gathered[i];
-            else ZPMapInsertKnownAbsent(map.table, hash, gathered[i].pointer());
+            if (hash == ZPNotAnIntMapKey || ZPMapMember(map, hash, nullptr, nullptr)) work[--back] = gathered[i];
+            else ZPMapInsertKnownAbsent(map, hash, gathered[i].pointer());
         }
         auto *bytes = static_cast<const unsigned char *>(hint->bytes());
         for (unsigned words = hint->length() / 4; words; --words, bytes += 4) {
             const void *hash = key(bytes[0] | bytes[1] << 8 | bytes[2] << 16 | unsigned(bytes[3]) << 24);
             if (hash == ZPNotAnIntMapKey) continue;
-            if (void *element = ZPMapGet(map.table, hash)) {
+            if (void *element = ZPMapGet(map, hash)) {
                 work[front++] = id(static_cast<objc_object *>(element));
-                ZPMapRemove(map.table, hash);
+                ZPMapRemove(map, hash);
             }
         }
-        ZPMapEnumerator rest = ZPEnumerateMapTable(map.table);
+        ZPMapEnumerator rest = ZPEnumerateMapTable(map);
         for (void *element; ZPNextMapEnumeratorPair(&rest, nullptr, &element);)
             work[front++] = id(static_cast<objc_object *>(element));
         if (front != back)

@@ -1,10 +1,26 @@
 // SPDX-License-Identifier: MIT
 // What every array does, on `count` and `objectAtIndex:`; a concrete array lends its storage instead.
 #include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/core/ZPScope.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/strings/ZPString.h>
 
 #include <algorithm>
 #include <cstring>
+
+id *_ZPItemsOfArray(id array, unsigned &count) { return _ZPConcreteItems(array, count); }
+
+_ZPElements::_ZPElements(ZPArray *array) : items(nullptr), count(0) {
+    if (!array || (items = _ZPConcreteItems(array, count))) return;
+    count = array->count();
+    gather(array, {0, count});
+}
+
+_ZPElements::_ZPElements(ZPArray *array, ZPRange range) {
+    if ((items = _ZPConcreteItems(array, count))) items += range.location;
+    else gather(array, range);
+    count = range.length;
+}
 
 void _ZPElements::gather(ZPArray *array, ZPRange range) {
     gathered = new (room) _ZPObjectBuffer(range.length);
@@ -91,10 +107,9 @@ struct ZPArrayMethods : ZPArray {
         _ZPObjectBuffer copies(elements.count);
         _ZPReleaser releaser{copies.items, 0};
         ZPZone *zone = this->zone();
-        _ZPNewInstance self(this, true);
+        ZPRef<ZPArray> self = ZPAdopt<ZPArray>(static_cast<ZPArray *>(this));
         for (id element : elements) copies.items[releaser.count++] = element->copyWithZone(zone);
-        self.instance = nullptr;
-        return ZPArray::initWithObjects_count(copies.items, elements.count);
+        return self.detach()->initWithObjects_count(copies.items, elements.count);
     }
 
     // ---- primitives ----
@@ -243,16 +258,11 @@ struct ZPArrayMethods : ZPArray {
             length += text->length();
         }
         if (length > 0x7FFFFFFF) _ZPRaiseAbsurd(this, "componentsJoinedByString:"_sel, "count", unsigned(length));
-        struct Block {
-            unichar *units;
-            ~Block() {
-                if (units) ZPZoneFree(nullptr, units);
-            }
-        } block{static_cast<unichar *>(ZPZoneMalloc(nullptr, length * sizeof(unichar) + 1))};
-        if (!block.units)
+        ZPOwnedMemory<unichar> block(static_cast<unichar *>(ZPZoneMalloc(nullptr, length * sizeof(unichar) + 1)));
+        if (!block)
             ZPException::raise_format(ZPMallocException, "*** out of memory for a string of %u characters"_zp,
                                       unsigned(length));
-        unichar *at = block.units, *end = at + length;
+        unichar *at = block, *end = at + length;
         for (unsigned i = 0; i < elements.count; ++i) {
             ZPString *text = texts.items[i];
             // A text that changes its length meanwhile does not run past the buffer.
@@ -265,8 +275,7 @@ struct ZPArrayMethods : ZPArray {
             if (i) put(separator);
             put(text);
         }
-        unichar *units = block.units;
-        block.units = nullptr;
+        unichar *units = block.take();
         return ZPString::alloc()
             ->initWithCharactersNoCopy_length_freeWhenDone(units, unsigned(at - units), YES)
             ->autorelease();

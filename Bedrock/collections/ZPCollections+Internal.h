@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What the collection classes share: temporary lists of objects, equality tests and error messages.
+// What the collection classes share beside what other rooms use (ZPElements.h, ZPMakers.h): temporary lists of objects,
+// equality tests and error messages.
 #pragma once
 
-#include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/collections/ZPElements.h>
+#include <Bedrock/collections/ZPMakers.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
@@ -10,30 +12,7 @@
 #include <cstdlib>
 #include <memory>
 
-/// More elements or entries than this are refused.
-inline constexpr unsigned _ZPCollectionLimit = 0x8000000;
-
-/// Uninitialised room for references from the heap.
-ZP_COLD id *_ZPObjectsOnHeap(std::size_t count);
-
-/// A list of object references on the stack, or on the heap beyond N.
-template <unsigned N> struct _ZPObjectBufferOf {
-    union {
-        id local[N];
-    };
-    id *items;
-    explicit _ZPObjectBufferOf(std::size_t count) : items(local) {
-        if (count > N) [[unlikely]]
-            items = _ZPObjectsOnHeap(count);
-    }
-    _ZPObjectBufferOf(const _ZPObjectBufferOf &) = delete;
-    ~_ZPObjectBufferOf() {
-        if (items != local) std::free(static_cast<void *>(items));
-    }
-};
-using _ZPObjectBuffer = _ZPObjectBufferOf<128>;
-
-/// The same, growing as objects are added.
+/// A list of object references, growing as objects are added.
 struct _ZPObjectList {
     union {
         id local[128];

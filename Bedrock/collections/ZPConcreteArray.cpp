@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/platform/objects/Slabs.h>
 
 #include <algorithm>
 #include <cstring>
@@ -30,6 +31,15 @@ ZPArray *_ZPNewArray(const id *objects, unsigned count, ZPZone *zone) {
         _ZPDestroyAndRaiseAbsurd(ZPConcreteArray::allocate(0, zone), "initWithObjects:count:"_sel, "count", count);
     ZPConcreteArray *array = ZPConcreteArray::allocate(count, zone);
     fill(array, objects, count);
+    return array;
+}
+
+ZPArray *_ZPNewArrayAdopting(const id *owned, unsigned count, objc_slabs &slabs) {
+    auto *array = static_cast<ZPConcreteArray *>(slabs.allocate(ZPConcreteArray::class_(), count * sizeof(id)));
+    if (!array) array = ZPConcreteArray::allocate(count, nullptr);
+    array->_items = reinterpret_cast<id *>(array + 1);
+    move(array->_items, owned, count);
+    array->_info = count;
     return array;
 }
 
@@ -155,6 +165,12 @@ void ZPConcreteMutableArray::adopt(const id *objects, unsigned count) {
     if (count) makeRoom(count);
     move(_items + _info, objects, count);
     _info += count;
+}
+
+ZPMutableArray *_ZPNewMutableArray() { return ZPConcreteMutableArray::allocate(nullptr); }
+
+void _ZPAddAdopting(ZPMutableArray *array, const id *owned, unsigned count) {
+    static_cast<ZPConcreteMutableArray *>(array)->adopt(owned, count);
 }
 
 void ZPConcreteMutableArray::addObjectsFromArray(ZPArray *array) {

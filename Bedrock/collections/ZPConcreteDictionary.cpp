@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The concrete dictionaries on their tables, and the enumerator over a table.
 #include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/core/ZPScope.h>
 #include <Bedrock/collections/ZPDictionary+Internal.h>
+#include <Bedrock/platform/objects/Slabs.h>
 
 BOOL _ZPStoredObjectsEqual(void *, const void *stored, const void *probe) { return _ZPObjectEquality()(stored, probe); }
 
@@ -26,13 +28,6 @@ void destroyTable(Table *&table) {
     table = nullptr;
 }
 
-// A table that goes away, with the references it owns, unless it is taken over.
-struct OwnedTable {
-    Table *table;
-    ~OwnedTable() { destroyTable(table); }
-    Table *take() { return std::exchange(table, nullptr); }
-};
-
 [[noreturn]] ZP_COLD void raise(id receiver, SEL selector, ZPString *format) {
     ZPException::raise_format(ZPInvalidArgumentException, format, _ZPMethodExceptionProem(receiver, selector));
 }
@@ -54,8 +49,7 @@ ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
         old->release();
         return;
     }
-    // Plain pointers: g++ 12 drops the null of a field of class type that the result of a call is assigned to, though
-    // the call may raise.
+    // One guard for both, which is ready before anything is made: two made insertions slower.
     struct Owned {
         objc_object *key = nullptr, *value = nullptr;
         ~Owned() {
@@ -96,7 +90,7 @@ ZP_INLINE id find(Table *table, id key) {
     unsigned hash;
     if (key.pointer()->isa != ZPInlineCString::class_() || ZPSimpleIsLinear(table)) return findAny(table, key);
     auto *probe = reinterpret_cast<ZPInlineCString *>(key.pointer());
-    unsigned length = probe->_flags.numBytes;
+    unsigned length = probe->byteCount();
     if (!_ZPHashShortBytes(probe->contents(), length, hash)) [[unlikely]]
         return findAny(table, key);
     unsigned state = (hash & ZPSimpleHashMask) | ZPSimpleOccupied;
@@ -108,7 +102,7 @@ ZP_INLINE id find(Table *table, id key) {
             if (stored == probe) return _ZPValue(b);
             if (stored->isa != probe->isa) [[unlikely]]
                 return findAny(table, key);
-            if (stored->_flags.numBytes == length && _ZPSameShortBytes(stored->contents(), probe->contents(), length))
+            if (stored->byteCount() == length && _ZPSameShortBytes(stored->contents(), probe->contents(), length))
                 [[likely]]
                 return _ZPValue(b);
         } else if (!b->state) return nullptr;
@@ -145,14 +139,11 @@ Table *copyTable(id receiver, Table *source, ZPZone *zone, bool copyValues) {
     for (unsigned i = guard.done; i-- > 0;) {
         Bucket *b = ZPSimpleDictionaryGetBucket(copy, i);
         if (b) {
-            id key = _ZPKey(b)->copyWithZone(zone);
-            _ZPReleaser releaser{&key, key ? 1u : 0u};
-            id value = copyValues ? _ZPValue(b)->copyWithZone(zone) : _ZPValue(b)->retain();
-            _ZPReleaser valueReleaser{&value, value ? 1u : 0u};
-            checkEntry(receiver, "initWithDictionary:copyItems:"_sel, value, key);
-            b->key = key.pointer();
-            b->value = value.pointer();
-            releaser.count = valueReleaser.count = 0;
+            ZPOwnedObject key(_ZPKey(b)->copyWithZone(zone).pointer());
+            ZPOwnedObject value((copyValues ? _ZPValue(b)->copyWithZone(zone) : _ZPValue(b)->retain()).pointer());
+            checkEntry(receiver, "initWithDictionary:copyItems:"_sel, value.get(), key.get());
+            b->key = key.take();
+            b->value = value.take();
         }
         guard.done = i;
     }
@@ -235,7 +226,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     void getObjects(id *objects, id *keys) { getEntries(_table, objects, keys); }
     id copyWithZone(ZPZone *zone) {
         if (!_table || !ZPSimpleCount(_table)) return _ZPEmptyDictionary()->retain();
-        OwnedTable copied{copyTable(this, _table, zone, true)};
+        ZPScope copied{copyTable(this, _table, zone, true), [](Table *t) { destroyTable(t); }};
         auto *copy = static_cast<ZPConcreteDictionary *>(
             static_cast<ZPDictionary *>(ZPAllocateObject(ZPConcreteDictionary::class_(), 0, zone)));
         copy->_table = copied.take();
@@ -290,6 +281,17 @@ struct EnumeratorMethods : _ZPDictionaryEnumerator {
 };
 
 }  // namespace
+
+bool _ZPTableOfDictionary(id dictionary, ZPSimpleDictionary *&table) { return _ZPConcreteTable(dictionary, table); }
+
+ZPDictionary *_ZPNewDictionaryToFill(unsigned count, objc_slabs &slabs, ZPSimpleDictionary *&table) {
+    unsigned sizeClass = ZPSimpleClassFor(count);
+    std::size_t size = ZPSimpleSize<Table>(sizeClass);
+    auto *dictionary = static_cast<ZPConcreteDictionary *>(slabs.allocate(ZPConcreteDictionary::class_(), size));
+    if (!dictionary) dictionary = ZPAllocateObject(ZPConcreteDictionary::class_(), unsigned(size), nullptr);
+    table = dictionary->_table = ZPSimpleInit<Table>(dictionary->room(), sizeClass, _ZPStoredObjectsEqual);
+    return dictionary;
+}
 
 ZPEnumerator *_ZPDictionaryEnumerator::over(ZPSimpleDictionary *table, id target, BOOL objects) {
     auto *e =

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The concrete sets and the counted set on their tables, and the enumerator over a table.
 #include <Bedrock/collections/ZPSet+Internal.h>
+#include <Bedrock/core/ZPRef.h>
+#include <Bedrock/core/ZPScope.h>
 
 namespace {
 
@@ -190,10 +192,9 @@ struct ZPCountedSetMethods : ZPCountedSet {
         makeTable(other ? other->count() : 0);
         _ZPForEachMember(other, [&](id member, unsigned count) {
             if (copyItems) {
-                id copy = member->copyWithZone(zone);
-                _ZPReleaser releaser{&copy, copy ? 1u : 0u};
-                checkMember(this, "initWithSet:copyItems:"_sel, copy);
-                add(copy, count);
+                ZPOwnedObject copy(member->copyWithZone(zone).pointer());
+                checkMember(this, "initWithSet:copyItems:"_sel, copy.get());
+                add(copy.get(), count);
             } else add(member, count);
             return true;
         });
@@ -254,10 +255,9 @@ struct ZPCountedSetMethods : ZPCountedSet {
     id copyWithZone(ZPZone *zone) { return copyTo(zone, YES); }
     id mutableCopyWithZone(ZPZone *zone) { return copyTo(zone, NO); }
     id copyTo(ZPZone *zone, BOOL copyItems) {
-        ZPCountedSet *copy = ZPCountedSet::allocWithZone(zone);
-        _ZPNewInstance made(copy, true);
-        id result = copy->initWithSet_copyItems(this, copyItems);
-        made.instance = nullptr;
+        ZPRef<ZPCountedSet> made = ZPAdopt<ZPCountedSet>(ZPCountedSet::allocWithZone(zone));
+        id result = made->initWithSet_copyItems(this, copyItems);
+        (void)made.detach();  // the initialiser has it, and answered what may be another
         return result;
     }
     Class classForCoder() { return ZPCountedSet::class_(); }

@@ -7,10 +7,8 @@
 
 #include <Bedrock/collections/ZPCollections+Internal.h>
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/strings/cluster/Cluster.h>
-#include <Bedrock/tables/ZPSimpleHashing+Internal.h>
-
-#include <bit>
+#include <Bedrock/strings/cluster/Keys.h>
+#include <Bedrock/tables/ZPHashingEngine.h>
 
 inline objc_object *_ZPStored(const void *item) { return static_cast<objc_object *>(const_cast<void *>(item)); }
 inline id _ZPKey(const ZPSimpleDictionaryBucket *b) { return id(_ZPStored(b->key)); }
@@ -18,60 +16,6 @@ inline id _ZPValue(const ZPSimpleDictionaryBucket *b) { return id(_ZPStored(b->v
 
 /// The equality function of every collection's table.
 BOOL _ZPStoredObjectsEqual(void *, const void *stored, const void *probe);
-
-// Most keys are 8-bit strings of one class: their hash and equality are taken without messages, with the
-// result that the messages have.
-
-static_assert(sizeof(ZPInlineCString) == 16, "short strings are read as whole words");
-/// The hash of 3 to 32 bytes below 128 in an inline string; false for any others. Fewer than 8 are read as a word
-/// that ends inside the object (4 bytes of the fields' own room and the NUL lie behind them) and shifted into place.
-ZP_INLINE bool _ZPHashShortBytes(const char *bytes, unsigned length, unsigned &hash) {
-    if (std::endian::native != std::endian::little || length - 3 > 29) return false;
-    if (length >= 8) [[likely]]
-        return _ZPHashWords(bytes, length, hash);
-    std::uint64_t word;
-    std::memcpy(&word, bytes, 8);
-    word <<= 8 * (8 - length);
-    if (word & 0x8080808080808080) return false;
-    hash = _ZPFinishHash(length * _ZPPowers.of[length] + _ZPHashEight(word), length);
-    return true;
-}
-
-/// Whether such bytes are the same. Four words that overlap cover 8 to 32 bytes: no branch depends on the length.
-ZP_INLINE bool _ZPSameShortBytes(const char *a, const char *b, unsigned length) {
-    auto differ = [=](unsigned at) {
-        std::uint64_t x, y;
-        std::memcpy(&x, a + at, 8);
-        std::memcpy(&y, b + at, 8);
-        return x ^ y;
-    };
-    if (length < 8) return !(differ(0) << 8 * (8 - length));
-    unsigned last = length - 8, second = last < 8 ? last : 8, third = length < 16 ? 0 : length - 16;
-    return !(differ(0) | differ(second) | differ(third) | differ(last));
-}
-
-ZP_INLINE unsigned _ZPHashOfObject(id object) {
-    if (object.pointer()->isa == ZPInlineCString::class_()) {
-        auto *string = reinterpret_cast<ZPInlineCString *>(object.pointer());
-        unsigned hash, length = string->_flags.numBytes;
-        if (_ZPHashShortBytes(string->contents(), length, hash)) [[likely]]
-            return hash;
-        return ZPHashCString(string->contents(), length);
-    }
-    return object->hash();
-}
-
-struct _ZPObjectEquality {
-    ZP_INLINE bool operator()(const void *stored, const void *probe) const {
-        objc_object *a = _ZPStored(stored), *b = _ZPStored(probe);
-        if (a->isa == ZPInlineCString::class_() && b->isa == ZPInlineCString::class_()) {
-            auto *x = reinterpret_cast<ZPInlineCString *>(a), *y = reinterpret_cast<ZPInlineCString *>(b);
-            return x->_flags.numBytes == y->_flags.numBytes &&
-                   !std::memcmp(x->contents(), y->contents(), x->_flags.numBytes);
-        }
-        return objc_msgSend<BOOL>(a, "isEqual:"_sel, id(b)) != NO;
-    }
-};
 
 /// Items that an enumerator took out of a table ahead: testing buckets one by one costs a mispredicted branch
 /// each, taking them in runs costs none.
@@ -129,8 +73,6 @@ struct _ZPDictionaryEnumerator : ZPEnumerator {
     static ZPEnumerator *overValues(ZPDictionary *dictionary);
 };
 
-ZPDictionary *_ZPEmptyDictionary();
-
 /// Whether a dictionary is of a concrete class; then `table` is its table, which is null when it never held
 /// an entry.
 ZP_INLINE bool _ZPConcreteTable(id dictionary, ZPSimpleDictionary *&table) {
@@ -141,19 +83,4 @@ ZP_INLINE bool _ZPConcreteTable(id dictionary, ZPSimpleDictionary *&table) {
         table = reinterpret_cast<ZPConcreteMutableDictionary *>(dictionary.pointer())->_table;
     else return false;
     return true;
-}
-
-/// Calls f(key, value) for each entry of a dictionary (may be null) in its enumeration order, until f
-/// answers false.
-template <class F> void _ZPForEachEntry(ZPDictionary *dictionary, const F &f) {
-    ZPSimpleDictionary *table;
-    if (!dictionary) return;
-    if (_ZPConcreteTable(dictionary, table)) {
-        if (table)
-            ZPSimpleForEach(table, [&](ZPSimpleDictionaryBucket *b) -> bool { return f(_ZPKey(b), _ZPValue(b)); });
-        return;
-    }
-    ZPEnumerator *keys = dictionary->keyEnumerator();
-    while (id key = keys->nextObject())
-        if (!f(key, dictionary->objectForKey(key))) return;
 }

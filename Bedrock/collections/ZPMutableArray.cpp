@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every mutable array does, on the primitives; where it pays, on the storage of a concrete array.
 #include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/core/ZPScope.h>
 #include <Bedrock/tables/ZPHashTable.h>
 #include <Bedrock/tables/ZPOrderedHeap.h>
 
@@ -71,10 +72,9 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         unsigned count = ZPArray::count();
         for (unsigned index : {index1, index2})
             if (index >= count) _ZPRaiseBounds(this, "exchangeObjectAtIndex:withObjectAtIndex:"_sel, index, count);
-        id first = ZPArray::objectAtIndex(index1)->retain();
-        _ZPReleaser releaser{&first, 1};
+        ZPOwnedObject first(ZPArray::objectAtIndex(index1)->retain().pointer());
         ZPMutableArray::replaceObjectAtIndex_withObject(index1, ZPArray::objectAtIndex(index2));
-        ZPMutableArray::replaceObjectAtIndex_withObject(index2, first);
+        ZPMutableArray::replaceObjectAtIndex_withObject(index2, first.get());
     }
     void replaceInRange(ZPRange range, ZPArray *array) {
         ZPMutableArray::replaceObjectsInRange_withObjectsFromArray_range(range, array, {0, array ? array->count() : 0});
@@ -147,8 +147,7 @@ struct ZPMutableArrayMethods : ZPMutableArray {
             }
             return;
         }
-        id kept = object->retain();
-        _ZPReleaser releaser{&kept, 1};
+        ZPOwnedObject kept(object->retain().pointer());
         while (range.length && references) {
             unsigned n = std::min(range.length, 128u), marked = 0, marks[128];
             id elements[128];
@@ -191,18 +190,15 @@ struct ZPMutableArrayMethods : ZPMutableArray {
             while (count) ZPMutableArray::removeObjectAtIndex(indices[--count]);
             return;
         }
-        struct Heap {
-            ZPOrderedHeap *heap;
-            ~Heap() { ZPFreeOrderedHeap(heap); }
-        } heap{ZPCreateOrderedHeap(nullptr, count)};
+        ZPScope heap{ZPCreateOrderedHeap(nullptr, count), ZPFreeOrderedHeap};
         for (unsigned i = 0; i < count; ++i) {
             if (indices[i] >= size) _ZPRaiseBounds(this, "removeObjectsFromIndices:numIndices:"_sel, indices[i], size);
-            ZPAddToOrderedHeap(heap.heap, ZPHeapElement(indices[i]));
+            ZPAddToOrderedHeap(heap, ZPHeapElement(indices[i]));
         }
         std::vector<unsigned> sorted;
         sorted.reserve(count);
-        while (ZPCountOrderedHeap(heap.heap)) {
-            auto index = unsigned(ZPRemoveMinimumOfOrderedHeap(heap.heap));
+        while (ZPCountOrderedHeap(heap)) {
+            auto index = unsigned(ZPRemoveMinimumOfOrderedHeap(heap));
             if (sorted.empty() || sorted.back() != index) sorted.push_back(index);
         }
         ZPMutableArray::removeObjectsFromIndices_numIndices(sorted.data(), unsigned(sorted.size()));
@@ -213,14 +209,11 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         if (others.count == 1) return ZPMutableArray::removeObject(others.items[0]);
         std::vector<unsigned> indices;
         {
-            struct Table {
-                ZPHashTable *table;
-                ~Table() { ZPFreeHashTable(table); }
-            } known{ZPCreateHashTable(ZPNonRetainedObjectHashCallBacks, others.count)};
-            for (id other : others) ZPHashInsertIfAbsent(known.table, other.pointer());
+            ZPScope known{ZPCreateHashTable(ZPNonRetainedObjectHashCallBacks, others.count), ZPFreeHashTable};
+            for (id other : others) ZPHashInsertIfAbsent(known, other.pointer());
             _ZPElements elements(this);
             for (unsigned i = 0; i < elements.count; ++i)
-                if (ZPHashGet(known.table, elements.items[i].pointer())) indices.push_back(i);
+                if (ZPHashGet(known, elements.items[i].pointer())) indices.push_back(i);
         }
         ZPMutableArray::removeObjectsFromIndices_numIndices(indices.data(), unsigned(indices.size()));
     }

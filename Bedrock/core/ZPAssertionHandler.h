@@ -33,8 +33,8 @@ struct ZPAssertionHandler : ZPObject {
     }
 };
 
-// Where ZP_BLOCK_ASSERTIONS is defined before this header is included, the macros do nothing, and their arguments are not
-// evaluated.
+// Where ZP_BLOCK_ASSERTIONS is defined before this header is included, the macros do nothing, and their arguments are
+// not evaluated.
 #ifdef ZP_BLOCK_ASSERTIONS
 #define ZPCAssert(condition, ...) ((void)0)
 #define ZPAssert(condition, selector, ...) ((void)0)

@@ -166,9 +166,9 @@ void reportException(ZPException *e) {
     }
     r->reporting = YES;
     try {
-        ZPLog(
-            "*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool: %@ %@\n"_zp,
-            e->name(), e);
+        ZPLog("*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool: "
+              "%@ %@\n"_zp,
+              e->name(), e);
     } catch (ZPException *) {
         _ZPBasicStdErrLog(
             "*** -[ZPAutoreleasePool dealloc]: Exception ignored while releasing an object in an autorelease pool\n");

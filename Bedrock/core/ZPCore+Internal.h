@@ -4,17 +4,13 @@
 
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/core/ZPCText.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/core/ZPObject.h>
 #include <Bedrock/platform/host/Host.h>
 #include <Bedrock/platform/kernel/Kernel.h>
-
-/// An autoreleased string of a formatted C text.
-ZPString *_ZPStringWithCText(const char *format, ...) __attribute__((format(printf, 1, 2)));
-/// The pointer of a string's `-cString`.
-const char *_ZPCText(ZPString *string);
 
 /// Names the default zone, reads the debug switches; once, from `+initialize` of either root class.
 void _ZPStartUp();

@@ -3,7 +3,7 @@
 // the process. A mutex of its own keeps the lines of different threads apart; text is formatted before it
 // is taken.
 #include <Bedrock/core/ZPCore+Internal.h>
-#include <Bedrock/core/ZPLog+Internal.h>
+#include <Bedrock/core/ZPLogTimeStamp.h>
 
 #include <algorithm>
 #include <cstdarg>

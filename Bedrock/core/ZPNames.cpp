@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/core/ZPCore+Internal.h>
+#include <Bedrock/core/ZPScope.h>
 
 #include <cstdarg>
 #include <cstdio>
@@ -33,15 +34,12 @@ ZPString *_ZPStringWithCText(const char *format, ...) {
     int length = std::vsnprintf(local, sizeof local, format, list);
     va_end(list);
     if (length < int(sizeof local)) return stringWithCString(local);
-    struct Buffer {
-        char *text;
-        ~Buffer() { std::free(text); }
-    } buffer{static_cast<char *>(std::malloc(length + 1))};
-    if (!buffer.text) return stringWithCString(local);
+    ZPScope buffer{static_cast<char *>(std::malloc(length + 1)), std::free};
+    if (!buffer) return stringWithCString(local);
     va_start(list, format);
-    std::vsnprintf(buffer.text, length + 1, format, list);
+    std::vsnprintf(buffer, length + 1, format, list);
     va_end(list);
-    return stringWithCString(buffer.text);
+    return stringWithCString(buffer);
 }
 
 const char *_ZPCText(ZPString *string) { return objc_msgSend<const char *>(id((objc_object *)string), "cString"_sel); }
@@ -94,8 +92,8 @@ void ZPRequestConcreteImplementation(id receiver, SEL selector, Class abstractCl
 }
 
 void _ZPRequestConcreteObject(id receiver, SEL selector) {
-    ZPException::raise_format(
-        ZPInvalidArgumentException,
-        "*** initialization method -%s cannot be sent to an abstract object of class %s: Create a concrete instance!"_zp,
-        sel_getName(selector), receiver.pointer()->isa->name);
+    ZPException::raise_format(ZPInvalidArgumentException,
+                              "*** initialization method -%s cannot be sent to an abstract object of class %s: "
+                              "Create a concrete instance!"_zp,
+                              sel_getName(selector), receiver.pointer()->isa->name);
 }

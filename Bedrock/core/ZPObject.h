@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The root class.
+// The root class. The floor of the core has what every object does: allocation, counting, pools, exceptions, names,
+// the log. Programs and higher floors see the public headers; the library also ZPScope.h, ZPCText.h, ZPField.h and
+// ZPLogTimeStamp.h. Read this first, then ZPObject.cpp.
 #pragma once
 
 #include <Bedrock/core/ZPLiteral.h>

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/data/ZPData+Internal.h>
 
 namespace {
@@ -78,17 +79,12 @@ struct ConcreteDataMethods : ZPConcreteData {
         return initWithBytes_length_copy_freeWhenDone_bytesAreVM(view, length, NO, YES, YES);
     }
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
-        ZPFileMapper *mapper;
+        ZPRef<ZPFileMapper> mapper;
         {
             ZPAutoreleasePoolScope pool;
             mapper = ZPFileMapper::fileMapperForPath(path);
-            if (mapper) mapper->retain();
         }
         if (!mapper) return giveUp();
-        struct Held {
-            ZPFileMapper *mapper;
-            ~Held() { mapper->release(); }
-        } held{mapper};
         return initWithFileMapper_length(mapper, mapper->length());
     }
     void dealloc() {
@@ -109,6 +105,12 @@ struct ConcreteDataMethods : ZPConcreteData {
 };
 
 }  // namespace
+
+bool _ZPViewOfOwnData(id object, ZPDataView &view) {
+    if (object.pointer()->isa != ZPConcreteData::class_()) return false;
+    view = _ZPViewOfData(object);
+    return true;
+}
 
 ZP_IMPLEMENT(ZPConcreteData)
     .method<&ConcreteDataMethods::initDesignated>("initWithBytes:length:copy:freeWhenDone:bytesAreVM:")

@@ -21,6 +21,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/data/ZPData.h>
+#include <Bedrock/data/ZPDataView.h>
 #include <Bedrock/data/ZPFileMapper.h>
 #include <Bedrock/strings/ZPString.h>
 
@@ -55,10 +56,6 @@ struct ZPSubrangeData : ZPData {
 };
 
 /// The bytes and length of a data object, null included.
-struct ZPDataView {
-    const unsigned char *bytes = nullptr;
-    unsigned length = 0;
-};
 inline ZPDataView _ZPViewOfData(ZPData *data) {
     if (!data) return {};
     if (data->isa == ZPConcreteData::class_()) {

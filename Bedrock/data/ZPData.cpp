@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every data object does on the primitives.
 #include <Bedrock/data/ZPData+Internal.h>
+#include <Bedrock/core/ZPRef.h>
 
 ZP_FORWARD(ZPCoder);
 
@@ -70,7 +71,7 @@ struct DataMethods : ZPData {
             _ZPRaiseDataRange(this, "subdataWithRange:"_sel, range, length);
         if (range.length == length) return ZPObject::copyWithZone(nullptr)->autorelease();
         if (range.length >= (concrete ? worthSharing : worthSharingAnywhere)) {
-            ZPSubrangeData *part = ZPAllocateObject(ZPSubrangeData::class_(), 0, zone);
+            auto part = ZPAdopt<ZPSubrangeData>(ZPAllocateObject(ZPSubrangeData::class_(), 0, zone));
             // A part of a part looks at the whole, so that parts of parts of parts do not make a chain.
             auto *outer =
                 isa == ZPSubrangeData::class_() ? static_cast<ZPSubrangeData *>(static_cast<ZPData *>(this)) : nullptr;
@@ -78,7 +79,7 @@ struct DataMethods : ZPData {
                                 : static_cast<ZPData *>(ZPObject::copyWithZone(nullptr));
             part->_location = range.location + (outer ? outer->_location : 0);
             part->_length = range.length;
-            return part->autorelease();
+            return std::move(part).autoreleased();
         }
         return _ZPNewImmutableData(_ZPViewOfData(this).bytes + range.location, range.length, zone)->autorelease();
     }

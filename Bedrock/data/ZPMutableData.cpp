@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The front of mutable data, and its concrete class.
 #include <Bedrock/core/ZPAutoreleasePool.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/data/ZPData+Internal.h>
 
 namespace {
@@ -178,20 +179,15 @@ struct ConcreteMutableData : ZPConcreteMutableData {
         return this;
     }
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
-        ZPFileMapper *mapper;
+        ZPRef<ZPFileMapper> mapper;
         {
             ZPAutoreleasePoolScope pool;
             mapper = ZPFileMapper::fileMapperForPath(path);
-            if (mapper) mapper->retain();
         }
         if (!mapper) {
             release();
             return nullptr;
         }
-        struct Held {
-            ZPFileMapper *mapper;
-            ~Held() { mapper->release(); }
-        } held{mapper};
         return initWithFileMapper_length(mapper, mapper->length());
     }
     ZPData *initWithData(ZPData *other) {

@@ -14,6 +14,7 @@
 // post copies what it will call, then calls. It exists from the first use after the process got a second thread, or
 // from the step to many threads. The lock of the default centers is taken before a center's own.
 #include <Bedrock/runloop/ZPNotificationCenter.h>
+#include <Bedrock/core/ZPRef.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/core/ZPAllocation.h>
@@ -195,13 +196,9 @@ struct CenterMethods : ZPNotificationCenter {
     void addObserver(id observer, SEL selector, ZPString *name, id object) {
         if (!observer) return;
         // Copying, hashing and looking up may run a client's code: not under the lock.
-        auto *own = (ZPString *)name->copyWithZone(nullptr).pointer();
-        try {
-            enter({own, own ? own->hash() : 0, object, observer, selector, implementationFor(observer, selector)});
-        } catch (...) {
-            own->release();
-            throw;
-        }
+        ZPRef<ZPString> own = ZPAdopt<ZPString>(name->copyWithZone(nullptr));
+        enter({own, own->hash(), object, observer, selector, implementationFor(observer, selector)});
+        (void)own.detach();  // the record's now
         if (ZPKeepNotificationStatistics)
             ZPRecordNotificationEvent(1, observer.pointer(), selector, name, object.pointer());
     }
@@ -322,11 +319,9 @@ struct CenterMethods : ZPNotificationCenter {
         Snapshot calls;
         collect(calls, name, object);
         if (!calls.count) return;
-        struct Made {
-            ZPNotification *notification;
-            ~Made() { notification->release(); }
-        } made{ZPNotification::allocWithZone(nullptr)->initWithName_object_userInfo(name, object, userInfo)};
-        deliver(calls, made.notification);
+        ZPRef<ZPNotification> made = ZPAdopt<ZPNotification>(
+            ZPNotification::allocWithZone(nullptr)->initWithName_object_userInfo(name, object, userInfo));
+        deliver(calls, made);
     }
 
     // ---- default centers
@@ -352,17 +347,17 @@ struct CenterMethods : ZPNotificationCenter {
                 return (ZPNotificationCenter *)center.pointer();
         }
         id made = objc_msgSend<id>(objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr), "init"_sel);
-        auto *center = (ZPNotificationCenter *)made.pointer();
+        ZPRef<ZPNotificationCenter> center = ZPAdopt<ZPNotificationCenter>(made);
         if (!center) return nullptr;
         if (!isFront) {
             if (!centersOfSubclasses)
                 centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
             centersOfSubclasses->setObject_forKey(center, id(self));
-            center->release();
         }
         watchBundles(center);
-        if (isFront) __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
-        return center;
+        if (!isFront) return center;
+        __atomic_store_n(&centerOfAll, center.get(), __ATOMIC_RELEASE);
+        return center.detach();
     }
 
     static void setDefault(Class self, ZPNotificationCenter *center, Class cls) {
@@ -371,13 +366,13 @@ struct CenterMethods : ZPNotificationCenter {
             ZPException::raise_format(ZPInvalidArgumentException,
                                       "%@: class parameter not the ZPNotificationCenter class or subclass"_zp,
                                       _ZPMethodExceptionProem(id(self), "setDefaultCenter:forClass:"_sel));
-        ZPNotificationCenter *old = nullptr;
+        ZPRef<ZPNotificationCenter> old;  // released when the lock is free
         {
             Locked hold(defaultCenterLock);
             if (cls == ZPNotificationCenter::class_()) {
-                old = centerOfAll;
+                if (centerOfAll) ignoreBundles(centerOfAll);
+                old = ZPAdopt(centerOfAll);
                 center->retain();
-                if (old) ignoreBundles(old);
                 __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
                 if (center) watchBundles(center);
             } else {
@@ -385,7 +380,6 @@ struct CenterMethods : ZPNotificationCenter {
                                           : nullptr;
                 if (old == center) return;
                 if (old) {
-                    old->retain();
                     ignoreBundles(old);
                     centersOfSubclasses->removeObjectForKey(id(cls));
                 }
@@ -396,7 +390,6 @@ struct CenterMethods : ZPNotificationCenter {
                 }
             }
         }
-        old->release();
     }
 
     // ---- the rest

@@ -345,9 +345,10 @@ struct ZPString : ZPObject {
         return objc_msgSend<ZPString *>(class_(), "localizedNameOfStringEncoding:"_sel, encoding);
     }
     /// Converts whole characters until `maxLength` bytes are full; a null buffer only counts. `filled` and
-    /// `remaining` may be null. NO when a character has no form in the encoding and loss is not allowed. In Shift JIS and
-    /// ISO 2022-JP a character that Japanese EUC holds and they do not, such as an accented letter, counts as one with a
-    /// form: it becomes '?' in Shift JIS; in ISO 2022-JP an approximation of one byte without loss, and nothing with loss.
+    /// `remaining` may be null. NO when a character has no form in the encoding and loss is not allowed. In Shift JIS
+    /// and ISO 2022-JP a character that Japanese EUC holds and they do not, such as an accented letter, counts as one
+    /// with a form: it becomes '?' in Shift JIS; in ISO 2022-JP an approximation of one byte without loss, and nothing
+    /// with loss.
     BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
         void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range,
         ZPRange *remaining) {
@@ -412,7 +413,8 @@ struct ZPString : ZPObject {
     /// The name behind the last separator that does not end the path; behind the drive when there is none.
     ZPString *lastPathComponent() { return objc_msgSend<ZPString *>(this, "lastPathComponent"_sel); }
     /// The path without that name and the separators before it, but for a root's: "C:\a" gives "C:\", "/a" a separator.
-    /// Empty for a name alone and for a lone separator; the root "C:\" itself gives "C:", and of a share the server stays.
+    /// Empty for a name alone and for a lone separator; the root "C:\" itself gives "C:", and of a share the server
+    /// stays.
     ZPString *stringByDeletingLastPathComponent() {
         return objc_msgSend<ZPString *>(this, "stringByDeletingLastPathComponent"_sel);
     }
@@ -422,7 +424,8 @@ struct ZPString : ZPObject {
     }
     /// What follows the last dot of the last component, unless the component begins with that dot; empty for "..".
     ZPString *pathExtension() { return objc_msgSend<ZPString *>(this, "pathExtension"_sel); }
-    /// The path without its extension and the dot before it. The extension may be empty: "a." gives "a", ".." gives ".".
+    /// The path without its extension and the dot before it. The extension may be empty: "a." gives "a", ".." gives
+    /// ".".
     ZPString *stringByDeletingPathExtension() {
         return objc_msgSend<ZPString *>(this, "stringByDeletingPathExtension"_sel);
     }
@@ -438,8 +441,8 @@ struct ZPString : ZPObject {
     ZPString *stringByExpandingTildeInPath() {
         return objc_msgSend<ZPString *>(this, "stringByExpandingTildeInPath"_sel);
     }
-    /// Expands the tilde and takes out what is not needed: doubled separators, "." and, in an absolute path, "..". A path
-    /// that begins with a single separator is not absolute, so "/var/../log" keeps its "..". Looks at no file.
+    /// Expands the tilde and takes out what is not needed: doubled separators, "." and, in an absolute path, "..". A
+    /// path that begins with a single separator is not absolute, so "/var/../log" keeps its "..". Looks at no file.
     ZPString *stringByStandardizingPath() { return objc_msgSend<ZPString *>(this, "stringByStandardizingPath"_sel); }
     /// Standardizes; then, in an absolute path and one that begins with a separator, resolves the symbolic links of the
     /// part that exists.

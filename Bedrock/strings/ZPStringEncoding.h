@@ -140,8 +140,9 @@ ZP_EXPORT unsigned ZPDecomposeCharacter(unichar unit, unichar *units);
 ZP_EXPORT unsigned ZPSimplyDecomposeCharacter(unichar unit, unichar *units);
 
 // Names and other texts of the host that need not be text. Every run of bytes comes back as it was: a byte that means
-// nothing in the encoding becomes the unit U+DC00 plus its value, which well-formed text never has by itself. Encodings that
-// cannot stand for bytes of a host (Unicode, Symbol, non-lossy ASCII, ISO 2022-JP and unknown ones) are read as UTF-8.
+// nothing in the encoding becomes the unit U+DC00 plus its value, which well-formed text never has by itself. Encodings
+// that cannot stand for bytes of a host (Unicode, Symbol, non-lossy ASCII, ISO 2022-JP and unknown ones) are read as
+// UTF-8.
 
 /// The text of bytes; autoreleased.
 ZP_EXPORT ZPString *_ZPStringFromHostBytes(const void *bytes, unsigned length, ZPStringEncoding encoding);

@@ -2,6 +2,7 @@
 // Lists of ranges: `count` ranges, then cleared room up to the capacity, in the zone of the record. A full list
 // doubles; a removal from a list that is less than half full first halves an even capacity above 4.
 #include <Bedrock/tables/ZPRangeArray+Internal.h>
+#include <Bedrock/core/ZPScope.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -109,14 +110,9 @@ void _ZPRangeText::flush() {
 // ---- the exported functions ----
 
 ZPRangeArray *ZPCreateRangeArrayWithZone(unsigned capacity, ZPZone *zone) {
-    auto *array = static_cast<ZPRangeArray *>(_ZPRangeMemory(1, sizeof(ZPRangeArray), zone));
-    try {
-        _ZPStartRangeList(array, capacity, zone);
-    } catch (...) {
-        ZPZoneFree(ZPZoneFromPointer(array), array);
-        throw;
-    }
-    return array;
+    ZPOwnedBlock array(static_cast<ZPRangeArray *>(_ZPRangeMemory(1, sizeof(ZPRangeArray), zone)));
+    _ZPStartRangeList(array, capacity, zone);
+    return array.take();
 }
 
 ZPRangeArray *ZPCreateRangeArray(unsigned capacity) { return ZPCreateRangeArrayWithZone(capacity, nullptr); }

@@ -3,6 +3,7 @@
 // functions are called while ranges and values belong together: a new value is retained before anything
 // changes, an old one is released after it has left.
 #include <Bedrock/tables/ZPRangeValueArray.h>
+#include <Bedrock/core/ZPScope.h>
 
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/tables/ZPRangeArray+Internal.h>
@@ -87,18 +88,14 @@ void removeRun(ZPRangeValueArray *array, unsigned index, unsigned run) {
 
 ZPRangeValueArray *ZPCreateRangeValueArrayWithZone(ZPRangeValueCallBacks callBacks, unsigned capacity, BOOL sorted,
                                                    ZPZone *zone) {
-    auto *array = static_cast<ZPRangeValueArray *>(_ZPRangeMemory(1, sizeof(ZPRangeValueArray), zone));
-    try {
-        _ZPStartRangeList(&array->list, capacity, zone);
-        array->values = static_cast<void **>(_ZPRangeMemory(array->list.capacity, sizeof(void *), zone));
-    } catch (...) {
-        if (array->list.ranges) _ZPEndRangeList(&array->list);
-        ZPZoneFree(ZPZoneFromPointer(array), array);
-        throw;
-    }
+    ZPOwnedBlock array(static_cast<ZPRangeValueArray *>(_ZPRangeMemory(1, sizeof(ZPRangeValueArray), zone)));
+    _ZPStartRangeList(&array->list, capacity, zone);
+    ZPScope list{&array->list, _ZPEndRangeList};
+    array->values = static_cast<void **>(_ZPRangeMemory(array->list.capacity, sizeof(void *), zone));
+    (void)list.take();
     array->callBacks = callBacks;
     array->sorted = sorted ? YES : NO;
-    return array;
+    return array.take();
 }
 
 ZPRangeValueArray *ZPCreateRangeValueArray(ZPRangeValueCallBacks callBacks, unsigned capacity, BOOL sorted) {

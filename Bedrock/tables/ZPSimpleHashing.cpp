@@ -2,7 +2,7 @@
 // The plain functions of the hashing engine.
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
-#include <Bedrock/tables/ZPSimpleHashing+Internal.h>
+#include <Bedrock/tables/ZPHashingEngine.h>
 
 #include <cstdlib>
 #include <cstring>

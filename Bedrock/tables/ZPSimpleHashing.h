@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The hashing engine of the library in its two shapes: a set of words and a dictionary from words to words.
 // Both know nothing about what the words mean: the caller computes hashes and owns items.
+//
+// The floor of the tables has structures of words and ranges, which are no objects. Read this first, then
+// ZPHashingEngine.h, by which the library's own tables and collections search.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>

@@ -2,6 +2,7 @@
 // Sets of indexes as ranges: sorted by location, none empty, at least one index between two. No end passes
 // 0xFFFFFFFF, so neither a union of ranges nor the total can overflow.
 #include <Bedrock/tables/ZPSparseIndexArray.h>
+#include <Bedrock/core/ZPScope.h>
 
 #include <Bedrock/tables/ZPRangeArray+Internal.h>
 
@@ -25,14 +26,9 @@ BOOL store(unsigned *to, unsigned index) {
 }  // namespace
 
 ZPSparseIndexArray *ZPCreateSparseIndexArrayWithZone(unsigned capacity, ZPZone *zone) {
-    auto *array = static_cast<ZPSparseIndexArray *>(_ZPRangeMemory(1, sizeof(ZPSparseIndexArray), zone));
-    try {
-        _ZPStartRangeList(&array->list, capacity, zone);
-    } catch (...) {
-        ZPZoneFree(ZPZoneFromPointer(array), array);
-        throw;
-    }
-    return array;
+    ZPOwnedBlock array(static_cast<ZPSparseIndexArray *>(_ZPRangeMemory(1, sizeof(ZPSparseIndexArray), zone)));
+    _ZPStartRangeList(&array->list, capacity, zone);
+    return array.take();
 }
 
 ZPSparseIndexArray *ZPCreateSparseIndexArray(unsigned capacity) {

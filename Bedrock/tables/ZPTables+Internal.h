@@ -4,8 +4,10 @@
 #pragma once
 
 #include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPCore+Internal.h>
-#include <Bedrock/tables/ZPSimpleHashing+Internal.h>
+#include <Bedrock/core/ZPCText.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPNames.h>
+#include <Bedrock/tables/ZPHashingEngine.h>
 
 #include <vector>
 

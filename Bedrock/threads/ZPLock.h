@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Locks. None is recursive but ZPRecursiveLock, none reports misuse, and none promises who comes next. Any thread may use
-// one. It must not be freed while a thread is inside one of its operations, `unlock` included: the thread that it let in
-// may be ahead of the one that let it in. What a lock guards must therefore not be what keeps the lock alive.
+// Locks. None is recursive but ZPRecursiveLock, none reports misuse, and none promises who comes next. Any thread may
+// use one. It must not be freed while a thread is inside one of its operations, `unlock` included: the thread that it
+// let in may be ahead of the one that let it in. What a lock guards must therefore not be what keeps the lock alive.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>

@@ -4,7 +4,7 @@
 
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPLog+Internal.h>
+#include <Bedrock/core/ZPLogTimeStamp.h>
 #include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/time/ZPLocale.h>

@@ -35,14 +35,15 @@ struct _ZPDateFields : _ZPGregorian {
 /// Local seconds since the reference date, rounded down; what no number holds gives the nearest.
 long long _ZPLocalSeconds(ZPCalendarDate *date);
 _ZPDateFields _ZPFieldsOf(ZPCalendarDate *date);
-/// Sets time and zone of a date from fields in a zone (null: the default zone); all fields may lie outside their ranges.
+/// Sets time and zone of a date from fields in a zone (null: the default zone); all fields may lie outside their
+/// ranges.
 void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long long day, double secondsOfDay,
                       ZPTimeZone *zone);
 /// The class's own format.
 inline ZPString *_ZPDefaultCalendarFormat() { return "%Y-%m-%d %H:%M:%S %z"_zp; }
 
-/// Element `index` of the list of `count` strings that a locale has under the key; of the English list when the locale has no
-/// such list.
+/// Element `index` of the list of `count` strings that a locale has under the key; of the English list when the locale
+/// has no such list.
 ZPString *_ZPLocaleName(ZPDictionary *locale, ZPString *key, unsigned index, unsigned count);
 /// The locale's format for date and time; null when it has none.
 ZPString *_ZPLocaleFormat(ZPDictionary *locale);

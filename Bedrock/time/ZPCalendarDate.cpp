@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// ZPCalendarDate: its fields, what is built of them, and arithmetic. A day is found from local seconds, rounded down, in
-// whole numbers; what lies outside days 1 to 2,147,483,647 shows the fields of day 1 or of day 1,460,972.
+// ZPCalendarDate: its fields, what is built of them, and arithmetic. A day is found from local seconds, rounded down,
+// in whole numbers; what lies outside days 1 to 2,147,483,647 shows the fields of day 1 or of day 1,460,972.
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
+#include <Bedrock/core/ZPRef.h>
 
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPField.h>
@@ -247,11 +248,11 @@ struct CalendarMethods : ZPCalendarDate {
 // What every date does by way of a calendar date.
 struct DateExtras : ZPDate {
     ZPCalendarDate *dated(ZPString *format, ZPTimeZone *zone) {
-        auto *date = (ZPCalendarDate *)ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(
-            timeIntervalSinceReferenceDate());
+        double time = timeIntervalSinceReferenceDate();
+        auto date = ZPAdopt<ZPCalendarDate>(ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(time));
         if (zone) date->setTimeZone(zone);
         if (format) date->setCalendarFormat(format);
-        return (ZPCalendarDate *)date->autorelease().pointer();
+        return std::move(date).autoreleased();
     }
     ZPString *describe(ZPDictionary *locale) {
         ZPCalendarDate *date = dated(nullptr, nullptr);

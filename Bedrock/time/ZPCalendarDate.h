@@ -3,17 +3,18 @@
 //
 // Formats are texts with directives:
 //   %a %A weekday (short, full)   %b %B month (short, full)   %d %e day (with, without zero)   %j day of the year
-//   %m month   %y %Y year (of two digits, whole and not padded: "1" in year 1)   %w weekday from 0, Sunday   %H %I hour of 24, of 12   %p AM or PM
-//   %M minute   %S second   %F milliseconds   %Z zone's abbreviation   %z zone as +HHMM   %% percent sign
+//   %m month   %y %Y year (of two digits, whole and not padded: "1" in year 1)   %w weekday from 0, Sunday
+//   %H %I hour of 24, of 12   %p AM or PM   %M minute   %S second   %F milliseconds
+//   %Z zone's abbreviation   %z zone as +HHMM   %% percent sign
 //   %c %x %X the locale's format for date and time, else "%a %b %d %H:%M:%S %Z %Y", "%a %b %d %Y", "%H:%M:%S %Z"
 // In output digits between the percent sign and a number's directive set its width ("%5d", with "%05d" zeros). Names
 // come from the locale; where it has no list, or its list is too short, they are English.
 //
 // Where a zone's clocks change, a local time may name no moment or two. With the offset from before the change such a
-// time is turned into a moment, and when another offset is in force there, the same local time is taken with that one. So
-// a local time in the hour that is left out gives one that looks the same, with the offset from after the change: up to
-// an hour before the change. In Berlin, 2024-03-31 02:30 becomes 02:30 +0200, which is the moment 01:30 +0100. Of two
-// moments either may come out, mostly the later one; a detail of the zone in place of the zone chooses.
+// time is turned into a moment, and when another offset is in force there, the same local time is taken with that one.
+// So a local time in the hour that is left out gives one that looks the same, with the offset from after the change: up
+// to an hour before the change. In Berlin, 2024-03-31 02:30 becomes 02:30 +0200, which is the moment 01:30 +0100. Of
+// two moments either may come out, mostly the later one; a detail of the zone in place of the zone chooses.
 #pragma once
 
 #include <Bedrock/time/ZPDate.h>
@@ -31,8 +32,8 @@ struct ZPCalendarDate : ZPDate {
 
     /// Now, autoreleased, as are the dates of all class messages.
     static ZPCalendarDate *calendarDate() { return objc_msgSend<ZPCalendarDate *>(class_(), "calendarDate"_sel); }
-    /// A date by the calendar of a zone. Months and days count from 1. Nothing is checked: a day past the month's end is
-    /// one of the next month, hour 25 is 1 of the next day. For changes of the zone's clocks see above.
+    /// A date by the calendar of a zone. Months and days count from 1. Nothing is checked: a day past the month's end
+    /// is one of the next month, hour 25 is 1 of the next day. For changes of the zone's clocks see above.
     static ZPCalendarDate *dateWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day,
                                                                               unsigned hour, unsigned minute,
                                                                               unsigned second, ZPTimeZone *zone) {
@@ -77,8 +78,8 @@ struct ZPCalendarDate : ZPDate {
     /// Keeps a copy of the format.
     void setCalendarFormat(ZPString *format) { objc_msgSend(this, "setCalendarFormat:"_sel, format); }
 
-    // ---- the calendar, in the date's zone. Of a date before year 1 the fields are those of January 1 of year 1, of one
-    // beyond day 2,147,483,647 those of 4001-01-02; the time of the day is its own ----
+    // ---- the calendar, in the date's zone. Of a date before year 1 the fields are those of January 1 of year 1, of
+    // one beyond day 2,147,483,647 those of 4001-01-02; the time of the day is its own ----
 
     /// The number of the day; 1 is January 1 of year 1, a Monday, and the days before it are 0 and negative.
     int dayOfCommonEra() { return objc_msgSend<int>(this, "dayOfCommonEra"_sel); }
@@ -100,18 +101,18 @@ struct ZPCalendarDate : ZPDate {
     int secondOfMinute() { return objc_msgSend<int>(this, "secondOfMinute"_sel); }
 
     /// An autoreleased date: years and months are added first, and the day cut to the length of the month that gives;
-    /// then days, then the rest. Each may be negative. All of it happens to the fields of the date's zone, which are then
-    /// made a moment as those of a new date: across a change of the zone's clocks an hour more on the clock is not an
-    /// hour of time. In Berlin 2024-03-31 01:59 +0100 and 60 seconds give 02:00 +0200, 3,540 seconds earlier. What is meant
-    /// as time is added by `addTimeInterval`.
+    /// then days, then the rest. Each may be negative. All of it happens to the fields of the date's zone, which are
+    /// then made a moment as those of a new date: across a change of the zone's clocks an hour more on the clock is not
+    /// an hour of time. In Berlin 2024-03-31 01:59 +0100 and 60 seconds give 02:00 +0200, 3,540 seconds earlier. What
+    /// is meant as time is added by `addTimeInterval`.
     ZPCalendarDate *dateByAddingYears_months_days_hours_minutes_seconds(int years, int months, int days, int hours,
                                                                         int minutes, int seconds) {
         return objc_msgSend<ZPCalendarDate *>(this, "dateByAddingYears:months:days:hours:minutes:seconds:"_sel, years,
                                               months, days, hours, minutes, seconds);
     }
-    /// What must be added to the other date, by the message above and in its zone, to come to this one, in the units whose
-    /// pointers are not null. Hours and minutes are therefore those of the clock: a day has 24 hours also when the clocks
-    /// change in it. `timeIntervalSinceDate` measures time.
+    /// What must be added to the other date, by the message above and in its zone, to come to this one, in the units
+    /// whose pointers are not null. Hours and minutes are therefore those of the clock: a day has 24 hours also when
+    /// the clocks change in it. `timeIntervalSinceDate` measures time.
     void years_months_days_hours_minutes_seconds_sinceDate(int *years, int *months, int *days, int *hours, int *minutes,
                                                            int *seconds, ZPDate *date) {
         objc_msgSend(this, "years:months:days:hours:minutes:seconds:sinceDate:"_sel, years, months, days, hours,

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Dates: points in time.
+// Dates: points in time. The folder has dates, the calendar, time zones and the English locale; nothing of it but the
+// public headers is for others. Read this first, then ZPDate.cpp; the calendar's arithmetic is in ZPDate+Internal.h.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>
@@ -36,7 +37,8 @@ struct ZPDate : ZPObject {
     /// The same point in time as another date.
     static ZPDate *dateWithDate(ZPDate *date) { return objc_msgSend<ZPDate *>(class_(), "dateWithDate:"_sel, date); }
     /// A date as `description` writes it without a locale, "2001-01-01 10:00:00 +0100"; any single characters may
-    /// separate the numbers. Null when the text has another form. Numbers are not checked: hour 25 is 1 of the next day.
+    /// separate the numbers. Null when the text has another form. Numbers are not checked: hour 25 is 1 of the next
+    /// day.
     static ZPDate *dateWithString(ZPString *text) {
         return objc_msgSend<ZPDate *>(class_(), "dateWithString:"_sel, text);
     }

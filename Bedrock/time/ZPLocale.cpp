@@ -40,16 +40,19 @@ ZPDictionary *_ZPDefaultEnglishLanguageDict() {
         ZPAutoreleasePoolScope pool;
         ZPString *text = R"({
             ZPLanguageName = English; ZPFormalName = "The English Language"; ZPLanguageCode = ENG; ZPParentContext = "";
-            ZPDecimalSeparator = "."; ZPThousandsSeparator = ","; ZPCurrencySymbol = "$"; ZPInternationalCurrencyString = USD;
+            ZPDecimalSeparator = "."; ZPThousandsSeparator = ","; ZPCurrencySymbol = "$";
+            ZPInternationalCurrencyString = USD;
             ZPTimeFormatString = "%H:%M:%S"; ZPDateFormatString = "%A, %B %d, %Y"; ZPShortDateFormatString = "%d %b %y";
             ZPTimeDateFormatString = "%A, %B %d, %Y %H:%M:%S %Z"; ZPShortTimeDateFormatString = "%d %b %y %I:%M %p";
             ZPDecimalDigits = ("0", "1", "2", "3", "4", "5", "6", "7", "8", "9");
             ZPAMPMDesignation = (AM, PM);
             ZPWeekDayNameArray = (Sunday, Monday, Tuesday, Wednesday, Thursday, Friday, Saturday);
             ZPShortWeekDayNameArray = (Sun, Mon, Tue, Wed, Thu, Fri, Sat);
-            ZPMonthNameArray = (January, February, March, April, May, June, July, August, September, October, November, December);
+            ZPMonthNameArray = (January, February, March, April, May, June, July, August, September, October,
+                                November, December);
             ZPShortMonthNameArray = (Jan, Feb, Mar, Apr, May, Jun, Jul, Aug, Sep, Oct, Nov, Dec);
-            ZPHourNameDesignations = (("0", midnight), ("10", morning), ("12", noon, lunch), ("14", afternoon), ("19", dinner));
+            ZPHourNameDesignations = (("0", midnight), ("10", morning), ("12", noon, lunch),
+                                      ("14", afternoon), ("19", dinner));
             ZPYearMonthWeekDesignations = (year, month, week);
             ZPEarlierTimeDesignations = (prior, last, past, ago);
             ZPLaterTimeDesignations = (next);

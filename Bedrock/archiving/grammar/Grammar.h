@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
-// What a parser holds.
+// The room of the parser: tokens (Tokens.cpp), what it does with them (Parser.cpp), and rules by which it reads a text
+// (Rules.cpp). Programs see it as ZPParser.h, the room of property lists also takes the limits here. Read this first,
+// then Tokens.cpp.
+//
+// What a parser holds:
 //
 // The input is bytes or units, with a zero behind it; a zero ends it. A token is pending when it has been read
 // and not yet consumed. Its text lies in the input (`tokenStart`) or in one of the buffers; the buffer is narrow,
@@ -19,7 +23,6 @@
 #include <Bedrock/tables/ZPHashTable.h>
 
 #include <bitset>
-#include <exception>
 #include <string>
 #include <vector>
 
@@ -27,32 +30,6 @@ inline constexpr unsigned _ZPMaximumRules =
     3003;  ///< nested rules: three a level of a property list, and three for what lies in it
 inline constexpr unsigned _ZPMaximumLevels = 1000;  ///< nested arrays and dictionaries
 inline constexpr unsigned _ZPAllResults = 0x7FFFFFFF;
-
-/// An object that a scope owns.
-template <class T> struct _ZPOwned {
-    T *object;
-    explicit _ZPOwned(T *owned) : object(owned) {}
-    _ZPOwned(const _ZPOwned &) = delete;
-    ~_ZPOwned() {
-        if (object) object->release();
-    }
-    T *operator->() const { return object; }
-    T *autoreleased() {
-        T *given = object;
-        object = nullptr;
-        return given ? static_cast<T *>(given->autorelease()) : given;
-    }
-};
-
-/// A pool for a scope; when an exception ends the scope, the pool waits for the enclosing one, since the exception
-/// lies in it.
-struct _ZPPool {
-    unsigned token = ZPPushAutoreleasePool(0);
-    int exceptions = std::uncaught_exceptions();
-    ~_ZPPool() {
-        if (std::uncaught_exceptions() <= exceptions) ZPPopAutoreleasePool(token);
-    }
-};
 
 /// One element of a grammar; immutable.
 struct _ZPParserSyntaxNode : ZPObject {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Grammars: their text form, their nodes, and running their rules.
 #include <Bedrock/archiving/grammar/Grammar.h>
+#include <Bedrock/core/ZPRef.h>
 
 namespace {
 
@@ -260,7 +261,7 @@ struct Rules : ZPParser {
             ZPDictionary::dictionaryWithObjectsAndKeys("parseUnquotedString"_zp, "Token"_zp,
                                                        "parseMetaSyntaxSequence"_zp, "MetaSyntaxSequence"_zp,
                                                        "parseMetaRuleBody"_zp, "MetaRuleBody"_zp);
-        _ZPOwned<ZPParser> parser(ZPParser::alloc()->initWithGrammar(notation));
+        ZPRef<ZPParser> parser = ZPAdopt<ZPParser>(ZPParser::alloc()->initWithGrammar(notation));
         parser->setMultipleCharacterSeparators(ZPArray::arrayWithObject("||"_zp));
         parser->setQuotingWithSingleQuote_double(YES, YES);
         parser->setString(text);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The parsers of property lists and of strings files, and the operations of strings that run them.
-#include <Bedrock/archiving/propertylists/Reader.h>
+#include <Bedrock/archiving/propertylists/Reader+Internal.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 
 namespace {
@@ -8,8 +9,8 @@ namespace {
 ZPDictionary *propertyListGrammar() {
     static ZPDictionary *grammar;
     return ZPMakeOnce(grammar, [] {
-        ZPString *text =
-            "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; xObject = Dictionary | Array | Data | String;"_zp;
+        ZPString *text = "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; "
+                         "xObject = Dictionary | Array | Data | String;"_zp;
         return static_cast<ZPDictionary *>(ZPParser::parsedGrammarForString(text)->retain());
     });
 }
@@ -56,14 +57,14 @@ struct OldStyleMethods : _ZPPListParserOldStyle {
 
 // Runs a parse in a pool of its own; only the result lives on.
 template <class P, class F> id parsed(ZPString *string, const F &parse) {
-    _ZPOwned<ZPObject> result(nullptr);
+    ZPRef<ZPObject> result;
     {
-        _ZPPool pool;
-        _ZPOwned<ZPPropertyListParser> parser(P::alloc()->initWithString(string));
-        result.object = parse(static_cast<P *>(parser.object))->retain();
+        ZPAutoreleasePoolScope pool;
+        ZPRef<P> parser = ZPAdopt<P>(P::alloc()->initWithString(string));
+        result = parse(parser);
         parser->expectEndOfInput();
     }
-    return result.autoreleased();
+    return std::move(result).autoreleased();
 }
 
 struct Reading : ZPString {

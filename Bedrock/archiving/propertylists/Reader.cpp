@@ -2,12 +2,12 @@
 // The direct reader of property-list text: the common case of the parser, without its tables. It gives the
 // very tree that the parser gives, equal strings being one object, or gives up on the first thing it does not
 // like; the parser then reads the text again and says what is wrong.
-#include <Bedrock/archiving/propertylists/Reader.h>
-#include <Bedrock/collections/ZPArray+Internal.h>
-#include <Bedrock/collections/ZPDictionary+Internal.h>
-#include <Bedrock/data/ZPData+Internal.h>
+#include <Bedrock/archiving/propertylists/Reader+Internal.h>
+#include <Bedrock/collections/ZPElements.h>
+#include <Bedrock/collections/ZPMakers.h>
+#include <Bedrock/data/ZPData.h>
 #include <Bedrock/platform/objects/Slabs.h>
-#include <Bedrock/strings/cluster/Cluster.h>
+#include <Bedrock/strings/cluster/Keys.h>
 
 #include <cstring>
 #include <memory>
@@ -63,44 +63,23 @@ inline const unichar *plainEnd(const unichar *p, const unichar *end) {
     return p;
 }
 
-// Makes the objects of a tree, from slabs where they are small.
+// Makes the strings of a tree, from slabs where they are small.
 struct Maker {
-    objc_slabs slabs;
+    objc_slabs slabs;  // of all its small objects
 
     ZPString *ascii(const char *bytes, unsigned length) {
         if (length == 0) return ""_zp;
         auto *s = static_cast<ZPInlineCString *>(slabs.allocate(ZPInlineCString::class_(), length + 1));
         if (!s) return _ZPNewInlineCString(bytes, length, nullptr);
-        s->_flags = {};
-        s->_flags.numBytes = length & 0xFFFF;
-        std::memcpy(s->contents(), bytes, length);
-        s->contents()[length] = 0;
+        s->fill(bytes, length);
         return s;
     }
     // The units lie behind the object.
     ZPString *wide(const unichar *units, unsigned length) {
         auto *s = static_cast<ZPUnicodeString *>(slabs.allocate(ZPUnicodeString::class_(), length * sizeof(unichar)));
         if (!s) return _ZPNewStringWithUnits(units, length, nullptr);
-        s->characters = reinterpret_cast<unichar *>(s + 1);
-        s->numCharacters = length;
-        s->_flags = {};
-        std::memcpy(s->characters, units, length * sizeof(unichar));
+        s->fill(units, length);
         return s;
-    }
-    ZPConcreteArray *array(unsigned count) {
-        auto *array = static_cast<ZPConcreteArray *>(slabs.allocate(ZPConcreteArray::class_(), count * sizeof(id)));
-        if (!array) array = ZPConcreteArray::allocate(count, nullptr);
-        array->_items = reinterpret_cast<id *>(array + 1);
-        array->_info = count;
-        return array;
-    }
-    ZPConcreteDictionary *dictionary(unsigned count) {
-        unsigned sizeClass = ZPSimpleClassFor(count);
-        std::size_t size = ZPSimpleSize<ZPSimpleDictionary>(sizeClass);
-        auto *dictionary = static_cast<ZPConcreteDictionary *>(slabs.allocate(ZPConcreteDictionary::class_(), size));
-        if (!dictionary) dictionary = ZPAllocateObject(ZPConcreteDictionary::class_(), unsigned(size), nullptr);
-        dictionary->_table = ZPSimpleInit<ZPSimpleDictionary>(dictionary->room(), sizeClass, _ZPStoredObjectsEqual);
-        return dictionary;
     }
 };
 
@@ -188,7 +167,7 @@ class Strings {
             [=](ZPString *s) {
                 if (s->isa == ZPInlineCString::class_()) [[likely]] {
                     auto *inlined = static_cast<ZPInlineCString *>(s);
-                    return inlined->_flags.numBytes == length && !std::memcmp(inlined->contents(), bytes, length);
+                    return inlined->byteCount() == length && !std::memcmp(inlined->contents(), bytes, length);
                 }
                 ZPStringView view = _ZPViewOfString(s);
                 return view.bytes && view.length == length && !std::memcmp(view.bytes, bytes, length);
@@ -401,8 +380,7 @@ template <class U> struct Reader {
         std::size_t count = stack.count - base;
         if (!count) return _ZPEmptyArray()->retain();
         if (count >= _ZPCollectionLimit) return nullptr;
-        ZPConcreteArray *array = maker.array(unsigned(count));
-        std::memcpy(static_cast<void *>(array->_items), static_cast<void *>(stack.from(base)), count * sizeof(id));
+        ZPArray *array = _ZPNewArrayAdopting(stack.from(base), unsigned(count), maker.slabs);
         stack.count = base;
         return array;
     }
@@ -430,26 +408,26 @@ template <class U> struct Reader {
         ++p;
         std::size_t count = pairs.size() - base;
         if (count >= _ZPCollectionLimit) return nullptr;
-        ZPConcreteDictionary *dictionary = maker.dictionary(unsigned(count));
+        ZPSimpleDictionary *table;
+        ZPDictionary *dictionary = _ZPNewDictionaryToFill(unsigned(count), maker.slabs, table);
         stack.count -= count;
         id *values = stack.from(stack.count);
-        for (unsigned i = 0; i < count; ++i) set(dictionary, pairs[base + i], values[i]);
+        for (unsigned i = 0; i < count; ++i) set(table, pairs[base + i], values[i]);
         pairs.resize(base);
         return dictionary;
     }
     // Equal keys are identical here; a later value takes the place of an earlier one. The table has room.
-    void set(ZPConcreteDictionary *dictionary, const Pair &pair, id object) {
-        ZPSimpleDictionaryBucket *place,
-            *b = ZPSimpleFind(dictionary->_table, pair.key, pair.hash, ZPSimpleIdentityOnly(), &place);
+    void set(ZPSimpleDictionary *table, const Pair &pair, id object) {
+        ZPSimpleDictionaryBucket *place, *b = ZPSimpleFind(table, pair.key, pair.hash, ZPSimpleIdentityOnly(), &place);
         if (b) [[unlikely]] {
-            replaced.push_back(_ZPValue(b));
+            replaced.push_back(id(static_cast<objc_object *>(b->value)));
             replaced.push_back(pair.key);
             b->value = object.pointer();
             return;
         }
-        *place = {(pair.hash & ZPSimpleHashMask) | ZPSimpleOccupied, static_cast<objc_object *>(pair.key),
-                  object.pointer()};
-        dictionary->_table->info++;
+        ZPSimplePut(table, place,
+                    {(pair.hash & ZPSimpleHashMask) | ZPSimpleOccupied, static_cast<objc_object *>(pair.key),
+                     object.pointer()});
     }
     id data() {
         bytes.clear();

@@ -2,9 +2,10 @@
 // Writing property lists as text. The whole text is built in one buffer. An array or dictionary is written with
 // a line for each element; when all of it fits in a line of 79 characters, the parts are put together again.
 #include <Bedrock/archiving/grammar/Grammar.h>
-#include <Bedrock/collections/ZPArray+Internal.h>
-#include <Bedrock/collections/ZPDictionary+Internal.h>
-#include <Bedrock/data/ZPData+Internal.h>
+#include <Bedrock/collections/ZPElements.h>
+#include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/ZPNames.h>
+#include <Bedrock/data/ZPDataView.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
@@ -263,9 +264,9 @@ struct Writer {
             return putString(text, object);
         unsigned count;
         ZPSimpleDictionary *table;
-        if (id *items = _ZPConcreteItems(object, count)) return array(items, count, level);
-        if (_ZPConcreteTable(object, table)) return dictionary(object, level);
-        if (cls == ZPConcreteData::class_()) return data(_ZPViewOfData(object));
+        if (id *items = _ZPItemsOfArray(object, count)) return array(items, count, level);
+        if (_ZPTableOfDictionary(object, table)) return dictionary(object, level);
+        if (ZPDataView view; _ZPViewOfOwnData(object, view)) return data(view);
         other(object, level);
     }
     // An object that describes itself.

@@ -35,8 +35,8 @@ unsigned ZPHostCreationMask();
 /// Up to `size` bytes of a file from its start; -1 when it cannot be read.
 long long ZPHostReadFile(const char *path, void *buffer, std::size_t size);
 
-/// Calls `visit` with the name of each entry of a directory but "." and "..", until it answers NO. NO when the directory
-/// cannot be read.
+/// Calls `visit` with the name of each entry of a directory but "." and "..", until it answers NO. NO when the
+/// directory cannot be read.
 BOOL ZPHostListDirectory(const char *path, BOOL (*visit)(void *context, const char *name), void *context);
 /// Writes an absolute path with the symbolic links of its longest part resolved that exists and can be reached; what
 /// follows that part stays as it is. NO when the result does not fit `size` bytes.

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The host operating system: process facts, standard error, the event log.
+// The room of the host operating system: here the process's facts, its time zone, standard error, the event log and
+// resources; in Files.h file calls and mappings. Both headers are for every floor, and speak of the host in the
+// library's own types, so that no floor above includes a header of the system. Read this first.
 #pragma once
 
 #include <Bedrock/platform/ZPTypes.h>
@@ -41,7 +43,8 @@ BOOL ZPHostZoneName(char *name, std::size_t size);
 /// Return addresses of the calling stack, innermost first.
 int ZPHostCallStack(void **addresses, int capacity);
 /// The number of the code page of the user's locale (LC_ALL, LC_CTYPE, LANG), of those that the library converts: 932,
-/// 1250 to 1254, 28591 and 28592 (ISO 8859-1 and -2), 51932 (Japanese EUC). 65001 is UTF-8, and the answer for every other.
+/// 1250 to 1254, 28591 and 28592 (ISO 8859-1 and -2), 51932 (Japanese EUC). 65001 is UTF-8, and the answer for every
+/// other.
 unsigned ZPHostCodePage();
 /// The installation root as a host path, without a separator at the end: CORVID_ROOT when that is set, else the
 /// data directory that lies beside the library's. Never null; lives as long as the process.

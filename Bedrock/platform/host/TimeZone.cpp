@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The host's time zone. Where it is a file of the public time zone database, its changes of clock are read once and
-// found by search; moments outside them, and zones that are rules and not files, are the C library's. Both say the same.
-// The C library trusts such files: it is not asked about the time of a damaged one.
+// found by search; moments outside them, and zones that are rules and not files, are the C library's. Both say the
+// same. The C library trusts such files: it is not asked about the time of a damaged one.
 #include <Bedrock/platform/host/Host.h>
 
 #include <Bedrock/platform/host/Files.h>

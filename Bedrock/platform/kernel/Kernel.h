@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Kernel services: mutexes, conditions with time-outs, and what the library keeps for each thread.
+// The room of the kernel services: mutexes, conditions with time-outs, and what the library keeps for each thread here;
+// in MakeOnce.h what is made by the first who needs it; and, under ZPZone.h, zones and pages (Zones.cpp). Every floor
+// may use them. Read this first.
 #pragma once
 
 #include <Bedrock/platform/ZPTypes.h>

@@ -2,6 +2,7 @@
 // Character sets: the fronts, what every set does on `characterIsMember:`, and the sets that are a range, a few
 // units or the inverse of another.
 #include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/data/ZPData.h>
@@ -34,11 +35,12 @@ struct CharacterSetClassMethods {
         unsigned length = string ? string->length() : 0;
         if (length > ZPImmutableStringCharacterSet::most)
             return make(self, nullptr)->initWithCharactersInString(string)->autorelease();
-        ZPImmutableStringCharacterSet *set = ZPAllocateObject(ZPImmutableStringCharacterSet::class_(), 0, nullptr);
+        ZPRef<ZPImmutableStringCharacterSet> set = ZPAdopt<ZPImmutableStringCharacterSet>(
+            ZPAllocateObject(ZPImmutableStringCharacterSet::class_(), 0, nullptr));
         if (length) string->getCharacters_range(set->buffer, {0, length});
         set->numChars = static_cast<unsigned short>(length);
         std::sort(set->buffer, set->buffer + length);
-        return set->autorelease();
+        return std::move(set).autoreleased();
     }
     static ZPCharacterSet *withBitmap(Class self, ZPData *data) {
         return make(self, nullptr)->initWithBitmapRepresentation(data)->autorelease();
@@ -93,9 +95,9 @@ struct CharacterSetMethods : ZPCharacterSet {
 struct MutableCharacterSetMethods : ZPMutableCharacterSet {
     BOOL isMutable() { return YES; }
     id copyWithZone(ZPZone *zone) {
-        ZPCharacterSet *copy = ZPObject::mutableCopyWithZone(zone);
+        ZPRef<ZPCharacterSet> copy = ZPAdopt<ZPCharacterSet>(ZPObject::mutableCopyWithZone(zone));
         copy->makeImmutable();
-        return copy;
+        return copy.detach();
     }
     void addRange(ZPRange) { _ZPRefuse(this, "addCharactersInRange:"_sel); }
     void removeRange(ZPRange) { _ZPRefuse(this, "removeCharactersInRange:"_sel); }
@@ -150,9 +152,9 @@ struct InvertedCharacterSetMethods : ZPInvertedCharacterSet {
     BOOL isEmpty() { return realset->count() == _ZPUnitCount; }
     unsigned count() { return _ZPUnitCount - realset->count(); }
     id mutableCopyWithZone(ZPZone *zone) {
-        ZPMutableCharacterSet *copy = realset->mutableCopyWithZone(zone);
+        ZPRef<ZPMutableCharacterSet> copy = ZPAdopt<ZPMutableCharacterSet>(realset->mutableCopyWithZone(zone));
         copy->invert();
-        return copy;
+        return copy.detach();
     }
     BOOL isEqual(id other) {
         auto *set = static_cast<ZPInvertedCharacterSet *>(other.pointer());

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The storage classes of character sets and quick membership.
+// The room of characters: character sets, upper and lower case, decomposition, and the files that say what characters
+// are. Other rooms ask sets by what stands here and change case by Case.h. Read this first, then CharacterSet.cpp.
+//
+// The storage classes of character sets:
 //
 //   ZPBuiltinCharacterSet          a standard set: a row of 256 bits for the units below U+0100; the full set is
 //                                  loaded when another unit is first asked about

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The concrete character set and its states. References are counted beside the instance.
 #include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/data/ZPData.h>
@@ -40,21 +41,22 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
         return this;
     }
     ZPCharacterSet *initWithString(ZPString *string) {
+        ZPRef<ZPCharacterSet> self = ZPRef<ZPCharacterSet>::adopt(this);  // the string may be anybody's
         _ZPSetBits(ownBits(), string, true);
-        return this;
+        return self.detach();
     }
     ZPCharacterSet *initWithBitmap(ZPData *given) {
-        ZPData *copy = given->copyWithZone(ZPObject::zone());
+        ZPRef<ZPCharacterSet> self = ZPRef<ZPCharacterSet>::adopt(this);  // the data may be anybody's
+        ZPRef<ZPData> copy = ZPAdopt<ZPData>(given->copyWithZone(ZPObject::zone()));
         if (copy->length() == _ZPBitmapBytes) {
-            data = copy;
+            data = copy.detach();
             bits = static_cast<unsigned char *>(const_cast<void *>(data->bytes()));
         } else {
             // What is missing counts as zero.
             unsigned char *own = ownBits();
             if (copy) copy->getBytes_length(own, _ZPBitmapBytes);
-            copy->release();
         }
-        return this;
+        return self.detach();
     }
     void dealloc() {
         freeBits();
@@ -80,9 +82,9 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
     ZPCharacterSet *invertedSet() {
         if (!mayChange)
             return objc_super<ZPConcreteMutableCharacterSet>(this).send<ZPCharacterSet *>("invertedSet"_sel);
-        ZPMutableCharacterSet *copy = ZPObject::mutableCopyWithZone(nullptr);
+        ZPRef<ZPMutableCharacterSet> copy = ZPAdopt<ZPMutableCharacterSet>(ZPObject::mutableCopyWithZone(nullptr));
         copy->invert();
-        return copy->autorelease();
+        return std::move(copy).autoreleased();
     }
     id copyWithZone(ZPZone *zone) {
         if (!mayChange && ZPShouldRetainWithZone(this, zone)) return retain();
@@ -91,13 +93,13 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
         return copy;
     }
     id mutableCopyWithZone(ZPZone *zone) {
-        auto *copy = make(zone);
+        auto copy = ZPAdopt(make(zone));
         if (data) {
             copy->data = data->copyWithZone(zone);
             copy->bits = static_cast<unsigned char *>(const_cast<void *>(copy->data->bytes()));
         } else if (bits) std::memcpy(copy->ownBits(), bits, _ZPBitmapBytes);
         else copy->set = ZPCopySetStructFromZone(set, nullptr);
-        return copy;
+        return copy.detach();
     }
 
     // ---- the states ----

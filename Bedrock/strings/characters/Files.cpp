@@ -2,6 +2,7 @@
 // Character sets from files: a client's by path, the library's own by name. Named sets are kept in a list that only
 // grows at its head, so that it is read without a lock.
 #include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPLog.h>
@@ -58,10 +59,10 @@ ZPDictionary *auxiliaryEntry(ZPString *name, bool &read) {
     return all ? asDictionary(all->objectForKey(name)) : nullptr;
 }
 
-ZPConcreteMutableCharacterSet *newSet(ZPDictionary *description) {
-    auto *set = ZPConcreteMutableCharacterSet::make(nullptr);
+ZPConcreteMutableCharacterSet *newSet(ZPDictionary *description, ZPZone *zone = nullptr) {
+    auto set = ZPAdopt(ZPConcreteMutableCharacterSet::make(zone));
     set->set = ZPMakeSetFromDictionary(description);
-    return set;
+    return set.detach();
 }
 
 // From "NAME.bitmap" or "NAME.dict"; null when neither can be read. The caller owns it.
@@ -69,9 +70,9 @@ ZPConcreteMutableCharacterSet *newFromResource(ZPString *name) {
     std::string file = fileName(name);
     if (file.empty()) return nullptr;
     if (Resource bitmap(file + ".bitmap"); bitmap) {
-        auto *set = ZPConcreteMutableCharacterSet::make(nullptr);
+        auto set = ZPAdopt(ZPConcreteMutableCharacterSet::make(nullptr));
         std::memcpy(set->ownBits(), bitmap.bytes, std::min<std::size_t>(bitmap.length, _ZPBitmapBytes));
-        return set;
+        return set.detach();
     }
     ZPDictionary *description = readDictionary(file + ".dict");
     return description ? newSet(description) : nullptr;
@@ -144,16 +145,13 @@ ZPConcreteMutableCharacterSet *newFromFile(ZPString *path, ZPZone *zone) {
     if (path->hasSuffix(".bitmap"_zp)) {
         ZPData *data = ZPData::dataWithContentsOfFile(path);
         if (!data) return nullptr;
-        auto *set = ZPConcreteMutableCharacterSet::make(zone);
+        auto set = ZPAdopt(ZPConcreteMutableCharacterSet::make(zone));
         data->getBytes_length(set->ownBits(), _ZPBitmapBytes);
-        return set;
+        return set.detach();
     }
     ZPDictionary *description =
         path->hasSuffix(".dict"_zp) ? ZPDictionary::dictionaryWithContentsOfFile(path) : nullptr;
-    if (!description) return nullptr;
-    auto *set = ZPConcreteMutableCharacterSet::make(zone);
-    set->set = ZPMakeSetFromDictionary(description);
-    return set;
+    return description ? newSet(description, zone) : nullptr;
 }
 
 struct FileMethods : ZPConcreteMutableCharacterSet {

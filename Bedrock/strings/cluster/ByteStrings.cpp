@@ -189,8 +189,9 @@ ZP_IMPLEMENT(ZPCString)
     .method<&CStringMethods::dealloc>("dealloc");
 
 ZP_IMPLEMENT(ZPCSubstring)
-    .method<&CSubstringMethods::refuseBytes>("initWithCStringNoCopy:length:freeWhenDone:")
-    .method<&CSubstringMethods::refuseUnits>("initWithCharactersNoCopy:length:freeWhenDone:")
+    .method<&CSubstringMethods::initWithCStringNoCopy_length_freeWhenDone>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&CSubstringMethods::initWithCharactersNoCopy_length_freeWhenDone>(
+        "initWithCharactersNoCopy:length:freeWhenDone:")
     .method<&CSubstringMethods::retain>("retain")
     .method<&CSubstringMethods::dealloc>("dealloc");
 

@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The storage classes of strings, and what the files of the cluster share.
+// The room of the string cluster: the storage classes and what every string does with its own characters: reading,
+// comparing, searching, taking apart, changing. Other rooms take views of strings and make new ones by what stands
+// here, in Mutable.h (changing) and in Keys.h (hash and equality in tables), and leave the fields to the room. Read
+// this first, then String.cpp, which has every operation on the primitives; ByteStrings.cpp and UnitStrings.cpp
+// override what their storage does faster.
+//
+// The storage classes:
 //
 //   ZPSimpleCString    bytes in the 8-bit storage encoding, owned
 //     ZPCString        the same; `freeWhenDone` says whether the bytes are owned
@@ -58,6 +64,14 @@ struct ZPInlineCString : ZPString {
     } _flags;
     /// Extends behind the fields.
     char *contents() { return reinterpret_cast<char *>(&_flags + 1); }
+    unsigned byteCount() const { return _flags.numBytes; }
+    /// Gives a new object its bytes; it has room for them and a NUL.
+    void fill(const char *bytes, unsigned count) {
+        _flags = {};
+        _flags.numBytes = count & 0xFFFF;
+        std::memcpy(contents(), bytes, count);
+        contents()[count] = 0;
+    }
 };
 struct ZPSimpleString : ZPString {
     ZP_PRIVATE_CLASS(ZPSimpleString)
@@ -67,6 +81,14 @@ struct ZPSimpleString : ZPString {
 struct ZPUnicodeString : ZPSimpleString {
     ZP_PRIVATE_CLASS(ZPUnicodeString)
     ZPStringFlags _flags;
+
+    /// Gives a new object its units, for which it has room behind its fields.
+    void fill(const unichar *units, unsigned count) {
+        characters = reinterpret_cast<unichar *>(this + 1);
+        numCharacters = count;
+        _flags = {};
+        std::memcpy(characters, units, count * sizeof(unichar));
+    }
 };
 struct ZPUnicodeSubstring : ZPUnicodeString {
     ZP_PRIVATE_CLASS(ZPUnicodeSubstring)

@@ -9,6 +9,8 @@
 // whole replacement of foreign contents takes the new text as it is. Mine stays mine, 16-bit stays 16-bit.
 // Contents with further references (copies, substrings) are left for new ones at the next change.
 #include <Bedrock/strings/cluster/Mutable.h>
+#include <Bedrock/core/ZPScope.h>
+#include <Bedrock/core/ZPRef.h>
 
 namespace {
 
@@ -63,8 +65,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
     id init() { return ConcreteMutable::initWithCapacity(32); }
     ZPString *initWithString(ZPString *string) {
         _flags.capacity = 32;
+        ZPRef<ZPString> self = ZPRef<ZPString>::adopt(this);  // copying may run anybody's code
         takeContents(string ? static_cast<ZPString *>(string->copyWithZone(zone())) : ""_zp);
-        return this;
+        return self.detach();
     }
     ZPString *initWithBytes(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         void *buffer;
@@ -95,23 +98,14 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     ZPString *initWithCStringNoCopy(char *bytes, unsigned length, BOOL freeWhenDone) {
         if (_ZPFitsByteStorage(bytes, length)) return adoptBytes(bytes, length, freeWhenDone);
-        struct Given {
-            char *bytes;
-            ~Given() {
-                if (bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
-            }
-        } given{freeWhenDone ? bytes : nullptr};
+        ZPOwnedBlock<char> given(freeWhenDone ? bytes : nullptr);
         return initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
     }
     ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         ConcreteMutable::initWithCapacity(100);
-        try {
-            setStringWithFormat_locale_arguments(format, locale, arguments);
-        } catch (...) {
-            release();
-            throw;
-        }
-        return this;
+        ZPRef<ZPString> self = ZPRef<ZPString>::adopt(this);
+        setStringWithFormat_locale_arguments(format, locale, arguments);
+        return self.detach();
     }
     void dealloc() {
         if (_contents) _contents->release();
@@ -140,13 +134,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
             _contents->getCharacters_range(units.memory, {0, old.length});
             old.units = units.memory;
         }
-        S *s = _ZPNewStringWithGap<S>(_flags.capacity, zone());
-        try {
-            s = _ZPSetRequiredLength(s, total, 0, 0, true);
-        } catch (...) {
-            s->release();
-            throw;
-        }
+        ZPRef<S> empty = ZPAdopt(_ZPNewStringWithGap<S>(_flags.capacity, zone()));
+        S *s = _ZPSetRequiredLength(empty.get(), total, 0, 0, true);
+        (void)empty.detach();
         _ZPCopyToGap(s, old, 0, range.location);
         _ZPCopyToGap(s, text, 0, text.length);
         unsigned behind = range.location + range.length;
@@ -176,10 +166,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
         _ZPCheckRange(this, selector, range, length);
         if (string == this) {
             // The copy makes the edit go to a new buffer, so its text stays as it is.
-            struct Kept {
-                ZPString *text;
-                ~Kept() { text->release(); }
-            } kept{static_cast<ZPString *>(packedContents()->retain())};
+            ZPRef<ZPString> kept = packedContents();
             replaceUnits(range, length, view());
             return;
         }
@@ -200,17 +187,14 @@ struct ConcreteMutable : ZPConcreteMutableString {
             replaceUnits(range, length, {reinterpret_cast<const unsigned char *>(bytes), nullptr, n});
             return;
         }
-        void *buffer;
+        ZPOwnedMemory<void> buffer;
         unsigned units;
         BOOL isASCII;
-        if (!_ZPConvertToASCIIorUnicode(bytes, n, _ZPDefaultCStringEncoding(), &buffer, &units, &isASCII, nullptr))
+        if (!_ZPConvertToASCIIorUnicode(bytes, n, _ZPDefaultCStringEncoding(), buffer.place(), &units, &isASCII,
+                                        nullptr))
             ZPException::raise_format(ZPCharacterConversionException, "Bad cString"_zp);
-        struct Converted {
-            void *p;
-            ~Converted() { ZPZoneFree(nullptr, p); }
-        } converted{buffer};
-        if (isASCII) replaceUnits(range, length, {static_cast<unsigned char *>(buffer), nullptr, units});
-        else replaceWithCharacters(range, static_cast<unichar *>(buffer), units);
+        if (isASCII) replaceUnits(range, length, {static_cast<unsigned char *>(buffer.get()), nullptr, units});
+        else replaceWithCharacters(range, static_cast<unichar *>(buffer.get()), units);
     }
     void replaceWithCharacters(ZPRange range, const unichar *characters, unsigned n) {
         unsigned length = count();
@@ -254,10 +238,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
         ZPString *text = _ZPNewFormattedString(zone(), format, locale, arguments);
         if (!isMine()) takeContents(text);
         else {
-            struct Formatted {
-                ZPString *text;
-                ~Formatted() { text->release(); }
-            } formatted{text};
+            ZPRef<ZPString> owned = ZPAdopt(text);
             replaceCharactersInRange_withString({0, ZPString::length()}, text);
         }
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Whole texts to and from files.
 #include <Bedrock/data/ZPData.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
 namespace {
@@ -23,15 +24,11 @@ struct FileMethods : ZPString {
         return _ZPWriteBytesToFile(path, block.memory, bytes, atomically);
     }
     ZPString *initWithContentsOfFile(ZPString *path) {
-        ZPData *data = path ? ZPData::alloc()->initWithContentsOfFile(path) : nullptr;
+        ZPRef<ZPData> data = ZPAdopt<ZPData>(path ? ZPData::alloc()->initWithContentsOfFile(path) : nullptr);
         if (!data) {
             release();
             return nullptr;
         }
-        struct Owned {
-            ZPData *data;
-            ~Owned() { data->release(); }
-        } owned{data};
         unsigned length = data->length();
         auto *bytes = static_cast<const unsigned char *>(data->bytes());
         bool marked = length >= 2 && length % 2 == 0 &&

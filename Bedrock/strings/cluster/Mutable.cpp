@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: MIT
 // What every mutable string does on its one primitive, the editing category, and the constructors.
 #include <Bedrock/strings/cluster/Mutable.h>
+#include <Bedrock/core/ZPRef.h>
 
 #include <cstdarg>
 
 namespace {
-
-// Gives up its reference at the end of a scope.
-struct Temporary {
-    ZPString *string;
-    ~Temporary() { string->release(); }
-};
 
 ZPString *newString() { return _ZPPlaceholderStringFromZone(nullptr); }
 
@@ -24,16 +19,16 @@ struct MutableStringMethods : ZPMutableString {
     void remove(ZPRange range) { replaceCharactersInRange_withString(range, ""_zp); }
     void setString(ZPString *string) { replaceCharactersInRange_withString({0, length()}, string); }
     void replaceWithCString(ZPRange range, const char *bytes, unsigned n) {
-        Temporary text{newString()->initWithCString_length(bytes, n)};
-        replaceCharactersInRange_withString(range, text.string);
+        ZPRef<ZPString> text = ZPAdopt(newString()->initWithCString_length(bytes, n));
+        replaceCharactersInRange_withString(range, text);
     }
     void replaceWithCharacters(ZPRange range, const unichar *characters, unsigned n) {
-        Temporary text{newString()->initWithCharacters_length(characters, n)};
-        replaceCharactersInRange_withString(range, text.string);
+        ZPRef<ZPString> text = ZPAdopt(newString()->initWithCharacters_length(characters, n));
+        replaceCharactersInRange_withString(range, text);
     }
     void appendFormat(ZPString *format, std::va_list arguments) {
-        Temporary text{_ZPNewFormattedString(nullptr, format, nullptr, arguments)};
-        appendString(text.string);
+        ZPRef<ZPString> text = ZPAdopt(_ZPNewFormattedString(nullptr, format, nullptr, arguments));
+        appendString(text);
     }
     Class classForCoder() { return ZPMutableString::class_(); }
 
@@ -43,12 +38,11 @@ struct MutableStringMethods : ZPMutableString {
         ZPRange found = next(0);
         if (found.length == 0) return;
         unsigned first = found.location, at = first, end = length();
-        Temporary gathered{ZPConcreteMutableString::alloc()->initWithCapacity(0)};
-        auto *text = static_cast<ZPMutableString *>(gathered.string);
+        ZPRef<ZPMutableString> text = ZPAdopt<ZPMutableString>(ZPConcreteMutableString::alloc()->initWithCapacity(0));
         for (; found.length; found = at < end ? next(at) : ZPRange{}) {
             if (found.location > at) {
-                Temporary piece{_newSubstringWithRange_zone({at, found.location - at}, nullptr)};
-                text->appendString(piece.string);
+                ZPRef<ZPString> piece = ZPAdopt(_newSubstringWithRange_zone({at, found.location - at}, nullptr));
+                text->appendString(piece);
             }
             text->appendString(replacement);
             at = found.location + found.length;

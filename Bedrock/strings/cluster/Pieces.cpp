@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Parts of strings, and strings made of others.
 #include <Bedrock/collections/ZPArray.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/strings/characters/Case.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/ZPMutableString.h>
@@ -21,29 +22,22 @@ Family familyOf(ZPString *string) {
 }
 
 ZPString *newShared(ZPString *parent, Family family, ZPRange range, ZPZone *zone) {
-    struct Parent {
-        ZPString *string;
-        ~Parent() {
-            if (string) string->release();
-        }
-    } held{parent->copyWithZone(parent->zone())};
+    ZPRef<ZPString> held = ZPAdopt<ZPString>(parent->copyWithZone(parent->zone()));
     ZPString *result;
     if (family == Family::bytes) {
         ZPCSubstring *s = ZPAllocateObject(ZPCSubstring::class_(), 0, zone);
-        s->bytes =
-            const_cast<char *>(reinterpret_cast<const char *>(_ZPViewOfString(held.string).bytes)) + range.location;
+        s->bytes = const_cast<char *>(reinterpret_cast<const char *>(_ZPViewOfString(held).bytes)) + range.location;
         s->numBytes = range.length;
         s->_flags.freeWhenDone = 1;
-        s->_referenceString = held.string;
+        s->_referenceString = held.detach();
         result = s;
     } else {
         ZPUnicodeSubstring *s = ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, zone);
-        s->characters = const_cast<unichar *>(_ZPViewOfString(held.string).units) + range.location;
+        s->characters = const_cast<unichar *>(_ZPViewOfString(held).units) + range.location;
         s->numCharacters = range.length;
-        s->_referenceString = held.string;
+        s->_referenceString = held.detach();
         result = s;
     }
-    held.string = nullptr;
     return result;
 }
 
@@ -105,21 +99,17 @@ struct PieceMethods : ZPString {
         return _ZPNewStringAdoptingUnits(block.take(), length, YES, zone)->autorelease();
     }
     ZPString *stringByAppendingFormat(ZPString *format, std::va_list arguments) {
-        struct Owned {
-            ZPString *text;
-            ~Owned() { text->release(); }
-        } tail{_ZPPlaceholderStringFromZone(nullptr)->initWithFormat_locale_arguments(format, nullptr, arguments)};
-        return _ZPNewStringByAppendingStrings(zone(), this, tail.text, static_cast<ZPString *>(nullptr))->autorelease();
+        ZPRef<ZPString> tail =
+            ZPAdopt(_ZPPlaceholderStringFromZone(nullptr)->initWithFormat_locale_arguments(format, nullptr, arguments));
+        return _ZPNewStringByAppendingStrings(zone(), this, tail.get(), static_cast<ZPString *>(nullptr))
+            ->autorelease();
     }
 
     // ---- taking apart ----
 
     void add(ZPMutableArray *pieces, ZPRange range, ZPZone *zone) {
-        struct Owned {
-            ZPString *text;
-            ~Owned() { text->release(); }
-        } piece{_newSubstringWithRange_zone(range, zone)};
-        pieces->addObject(piece.text);
+        ZPRef<ZPString> piece = ZPAdopt(_newSubstringWithRange_zone(range, zone));
+        pieces->addObject(piece);
     }
     ZPArray *componentsSeparatedByString(ZPString *separator) {
         unsigned length = ZPString::length(), from = 0;

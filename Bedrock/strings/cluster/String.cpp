@@ -2,6 +2,7 @@
 // What every string does on the primitives, apart from the themes that have files of their own: making,
 // reading, copying.
 #include <Bedrock/strings/cluster/Mutable.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/strings/paths/Paths.h>
 
 namespace {
@@ -93,11 +94,8 @@ struct ZPStringMethods : ZPString {
         return initWithFormat_locale_arguments(format, locale, arguments);
     }
     ZPString *initWithFormatLocaleArguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
-        struct Formatted {
-            ZPString *text;
-            ~Formatted() { text->release(); }
-        } formatted{newFormatted(format, locale, arguments)};
-        return ZPString::initWithString(formatted.text);
+        ZPRef<ZPString> formatted = ZPAdopt(newFormatted(format, locale, arguments));
+        return ZPString::initWithString(formatted);
     }
     ZPString *initWithData(ZPData *data, ZPStringEncoding encoding) {
         return initWithBytes_length_encoding(objc_msgSend<const void *>(data, "bytes"_sel),

@@ -6,8 +6,10 @@
 #include <Bedrock/strings/cluster/Cluster.h>
 
 template <class S> struct ZPSubstringMethods : S {
-    ZPString *refuseBytes(char *, unsigned, BOOL) { return refuse("initWithCStringNoCopy:length:freeWhenDone:"_sel); }
-    ZPString *refuseUnits(unichar *, unsigned, BOOL) {
+    ZPString *initWithCStringNoCopy_length_freeWhenDone(char *, unsigned, BOOL) {
+        return refuse("initWithCStringNoCopy:length:freeWhenDone:"_sel);
+    }
+    ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *, unsigned, BOOL) {
         return refuse("initWithCharactersNoCopy:length:freeWhenDone:"_sel);
     }
     [[noreturn]] ZPString *refuse(SEL selector) {

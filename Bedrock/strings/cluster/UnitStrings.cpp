@@ -9,6 +9,7 @@
 // A ZPUnicodeSubstring of less than nine tenths of its parent goes from borrowing to owning at its first
 // retain; a longer one borrows for its whole life.
 #include <Bedrock/strings/cluster/Substring+Internal.h>
+#include <Bedrock/core/ZPRef.h>
 
 #include <algorithm>
 #include <mutex>
@@ -86,7 +87,7 @@ struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
         _ZPCheckRange(this, "substringWithRange:"_sel, range, numCharacters);
         if (range.length == 0) return ""_zp;
         if (range.length == numCharacters) return ZPObject::copyWithZone(zone())->autorelease();
-        ZPUnicodeSubstring *s = ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, zone());
+        auto s = ZPAdopt<ZPUnicodeSubstring>(ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, zone()));
         {
             // The units and who owns them must belong together while another thread retains the receiver.
             std::lock_guard lock(detaching);
@@ -95,7 +96,7 @@ struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
             s->characters = characters + range.location;
         }
         s->numCharacters = range.length;
-        return s->autorelease();
+        return std::move(s).autoreleased();
     }
 };
 
@@ -121,8 +122,10 @@ ZP_IMPLEMENT(ZPUnicodeString)
     .method<&UnicodeStringMethods::dealloc>("dealloc");
 
 ZP_IMPLEMENT(ZPUnicodeSubstring)
-    .method<&UnicodeSubstringMethods::refuseUnits>("initWithCharactersNoCopy:length:freeWhenDone:")
-    .method<&UnicodeSubstringMethods::refuseBytes>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&UnicodeSubstringMethods::initWithCharactersNoCopy_length_freeWhenDone>(
+        "initWithCharactersNoCopy:length:freeWhenDone:")
+    .method<&UnicodeSubstringMethods::initWithCStringNoCopy_length_freeWhenDone>(
+        "initWithCStringNoCopy:length:freeWhenDone:")
     .method<&UnicodeSubstringMethods::retain>("retain")
     .method<&UnicodeSubstringMethods::dealloc>("dealloc")
     .method<&UnicodeSubstringMethods::substringWithRange>("substringWithRange:");

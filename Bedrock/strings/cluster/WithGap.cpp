@@ -108,6 +108,12 @@ template <class S> struct GapMethods : S {
         this->_flags.freeWhenDone = freeWhenDone != NO;
         return this;
     }
+    ZPString *initWithCStringNoCopy_length_freeWhenDone(char *buffer, unsigned length, BOOL freeWhenDone) {
+        return adopt(buffer, length, freeWhenDone);
+    }
+    ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *buffer, unsigned length, BOOL freeWhenDone) {
+        return adopt(buffer, length, freeWhenDone);
+    }
     unichar characterAtIndex(unsigned index) {
         if (index >= _ZPLengthOf(this)) [[unlikely]]
             _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
@@ -189,7 +195,7 @@ using UnitGap = GapMethods<ZPUnicodeStringWithGap>;
 
 ZP_IMPLEMENT(ZPCStringWithGap)
     .method<&ByteGap::initWithCapacity>("initWithCapacity:")
-    .method<&ByteGap::adopt>("initWithCStringNoCopy:length:freeWhenDone:")
+    .method<&ByteGap::initWithCStringNoCopy_length_freeWhenDone>("initWithCStringNoCopy:length:freeWhenDone:")
     .method<&ByteGap::characterAtIndex>("characterAtIndex:")
     .method<&ByteGap::getCharacters>("getCharacters:range:")
     .method<&ByteGap::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
@@ -203,7 +209,7 @@ ZP_IMPLEMENT(ZPCStringWithGap)
 
 ZP_IMPLEMENT(ZPUnicodeStringWithGap)
     .method<&UnitGap::initWithCapacity>("initWithCapacity:")
-    .method<&UnitGap::adopt>("initWithCharactersNoCopy:length:freeWhenDone:")
+    .method<&UnitGap::initWithCharactersNoCopy_length_freeWhenDone>("initWithCharactersNoCopy:length:freeWhenDone:")
     .method<&UnitGap::characterAtIndex>("characterAtIndex:")
     .method<&UnitGap::getCharacters>("getCharacters:range:")
     .method<&UnitGap::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")

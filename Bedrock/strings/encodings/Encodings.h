@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The tables of the encodings and the conversions of runs, which strings, C strings and the single-character
-// functions share.
+// The room of the encodings: their tables, their names, and the conversions between bytes and units, of single
+// characters and of runs. Other rooms use what stands here and in ZPStringEncoding.h. Read this first, then
+// Encodings.cpp; Japanese.cpp has the encodings of several bytes, Host.cpp what the host's texts are in.
 #pragma once
 
 #include <Bedrock/strings/ZPStringEncoding.h>
@@ -50,7 +51,8 @@ unsigned _ZPEncodingNumberInResource(const char *name);
 
 /// As ZPUTF8ToUnicode.
 unsigned _ZPDecodeCharacter(ZPStringEncoding encoding, const unsigned char **bytes, unsigned left, unichar *units);
-/// Takes one or two of `left` units and writes up to four bytes; answers their number, 0 when there is no such character.
+/// Takes one or two of `left` units and writes up to four bytes; answers their number, 0 when there is no such
+/// character.
 unsigned _ZPEncodeCharacter(ZPStringEncoding encoding, const unichar *units, unsigned left, unsigned char *bytes,
                             unsigned *taken);
 
@@ -70,8 +72,8 @@ void _ZPDecodeBytes(const _ZPByteTable &table, const unsigned char *in, unsigned
 unsigned _ZPEncodeBytes(const _ZPByteTable &table, const unichar *in, unsigned count, unsigned char *out);
 /// The units of well-formed UTF-8.
 unsigned _ZPUnitsOfUTF8(const unsigned char *in, unsigned length);
-/// Decodes UTF-8; answers the units, of which there are at most as many as bytes. -1 when the last character is cut short,
-/// -2 when there is no room.
+/// Decodes UTF-8; answers the units, of which there are at most as many as bytes. -1 when the last character is cut
+/// short, -2 when there is no room.
 long long _ZPDecodeUTF8(const unsigned char *in, unsigned length, unichar *out, unsigned room);
 /// Encodes most of the units that surely fit, the last one never, so that pairs are whole; answers the bytes and sets
 /// `*taken`.
@@ -81,15 +83,16 @@ std::uint64_t _ZPLengthInUTF8(const unichar *units, unsigned count);
 
 // ---- Japanese ----
 
-/// The units of the pairs of EUC bytes, by the lower seven bits of both, 0 where there is none; and those of the pairs of
-/// Shift JIS bytes below 0xF0, by what follows 0x81 and 0x40, or `_ZPNotDirect` for what takes a closer look.
+/// The units of the pairs of EUC bytes, by the lower seven bits of both, 0 where there is none; and those of the pairs
+/// of Shift JIS bytes below 0xF0, by what follows 0x81 and 0x40, or `_ZPNotDirect` for what takes a closer look.
 constexpr unichar _ZPNotDirect = 0xFFFF;
 struct _ZPEUCDecoder {
     unichar units[128 * 128];
     unichar shiftJIS[0xF0 - 0x81][0x100 - 0x40];
     unichar of(unsigned first, unsigned second) const { return units[(first & 0x7F) << 7 | (second & 0x7F)]; }
 };
-/// The pairs of bytes of units in both forms, the first byte in the high half, by pages as above; 0 where there is none.
+/// The pairs of bytes of units in both forms, the first byte in the high half, by pages as above; 0 where there is
+/// none.
 struct _ZPEUCEncoder {
     bool plainASCII;  ///< no unit below 0x80 has a pair
     unsigned char pageOf[256];

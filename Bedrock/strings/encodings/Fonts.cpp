@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The encodings of three PostScript fonts. Duplicates and pieces of characters are left out: Symbol has its signs in
 // the serif form only and no parts of brackets, and a blank of Zapf Dingbats is that of the text around it.
-#include <Bedrock/strings/encodings/Pages.h>
+#include <Bedrock/strings/encodings/Pages+Internal.h>
 
 namespace {
 

@@ -2,8 +2,8 @@
 // Japanese EUC, Shift JIS and ISO 2022-JP from bytes, and the characters of the first two to bytes.
 //
 // EUC is the form in which the tables are written: pairs of bytes from 0xA1 on for JIS X 0208, 0x8E and a byte for
-// half-width katakana, and, the library's own, 0xA0 and a byte for a KESTREL character. The extension row that Shift JIS
-// has under the lead 0x87 lies in row 0xFE.
+// half-width katakana, and, the library's own, 0xA0 and a byte for a KESTREL character. The extension row that Shift
+// JIS has under the lead 0x87 lies in row 0xFE.
 #include <Bedrock/strings/cluster/Cluster.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
@@ -332,8 +332,8 @@ long long _ZPDecodeShiftJIS(const unsigned char *in, unsigned length, unichar *o
     return decodeText<decodeShiftJIS>(in, length, out);
 }
 
-// ASCII, half-width katakana, pairs: ESC and two bytes lead from each to each. What is no pair in its mode is read byte by
-// byte, so that nothing is lost.
+// ASCII, half-width katakana, pairs: ESC and two bytes lead from each to each. What is no pair in its mode is read byte
+// by byte, so that nothing is lost.
 long long _ZPDecodeISO2022JP(const unsigned char *in, unsigned length, unichar *out) {
     const unsigned char *end = in + length;
     const _ZPEUCDecoder *decoder = nullptr;

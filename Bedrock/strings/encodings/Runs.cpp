@@ -27,8 +27,8 @@ ZP_INLINE unsigned widenBlock(const unsigned char *in, unichar *out) {
 ZP_INLINE bool isASCIIBlock(const unsigned char *in) {
     return _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(in))) == 0;
 }
-// Writes 8 units as bytes and answers a bit for each unit from `limit`, 0x80 or 0x100, on; such a unit's byte is nothing
-// of use.
+// Writes 8 units as bytes and answers a bit for each unit from `limit`, 0x80 or 0x100, on; such a unit's byte is
+// nothing of use.
 template <unsigned limit = 0x80> ZP_INLINE unsigned narrowBlock(const unichar *in, unsigned char *out) {
     __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in));
     __m128i high = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0x10000 - limit)));
@@ -64,7 +64,8 @@ template <unsigned limit = 0x80> ZP_INLINE unsigned narrowBlock(const unichar *i
 
 // ---- ASCII --------------------------------------------------------------------------------------
 
-// The first `length` bytes that are ASCII, copied when `copy` is not null. What lies behind them in a block may be copied too.
+// The first `length` bytes that are ASCII, copied when `copy` is not null. What lies behind them in a block may be
+// copied too.
 ZP_INLINE unsigned lengthOfASCII(const unsigned char *in, unsigned length, unsigned char *copy) {
     unsigned i = 0;
 #ifdef __SSE2__

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The single-byte encodings of text. docs/kestrel.md shows the KESTREL table.
-#include <Bedrock/strings/encodings/Pages.h>
+#include <Bedrock/strings/encodings/Pages+Internal.h>
 
 namespace {
 

@@ -5,7 +5,9 @@
 // walked once to give every argument its place, then they are written; text behind the ninth stays as it is. In
 // any other format the arguments are taken in order. A directive that is cut short, is no directive of C, or does
 // not fit the mode of its format stands for itself and takes no argument.
-#include <Bedrock/strings/formats/Formats.h>
+#include <Bedrock/strings/formats/Formats+Internal.h>
+#include <Bedrock/core/ZPScope.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
 #include <algorithm>
@@ -63,17 +65,13 @@ void ZPFormatText::appendCText(const char *text, unsigned count) {
         append(text, count);
         return;
     }
-    struct Converted {
-        void *p = nullptr;
-        ~Converted() {
-            if (p) ZPZoneFree(nullptr, p);
-        }
-    } converted;
+    ZPOwnedMemory<void> converted;
     unsigned n;
     BOOL isASCII;
-    if (_ZPConvertToASCIIorUnicode(text, count, _ZPDefaultCStringEncoding(), &converted.p, &n, &isASCII, nullptr)) {
-        if (isASCII) append(converted.p, n);
-        else append(static_cast<unichar *>(converted.p), n);
+    if (_ZPConvertToASCIIorUnicode(text, count, _ZPDefaultCStringEncoding(), converted.place(), &n, &isASCII,
+                                   nullptr)) {
+        if (isASCII) append(converted.get(), n);
+        else append(static_cast<unichar *>(converted.get()), n);
         return;
     }
     auto *at = reinterpret_cast<const unsigned char *>(text), *end = at + count;
@@ -434,13 +432,11 @@ struct Engine {
 ZPString *_ZPNewFormattedString(ZPZone *zone, ZPString *format, id locale, std::va_list arguments) {
     if (!format) return ""_zp;
     // A description may change a format that can be changed; a copy shares its text until then.
-    struct Kept {
-        ZPString *text = nullptr;
-        ~Kept() {
-            if (text) text->release();
-        }
-    } kept;
-    if (format->isa == ZPConcreteMutableString::class_()) format = kept.text = format->copyWithZone(nullptr);
+    ZPRef<ZPString> kept;
+    if (format->isa == ZPConcreteMutableString::class_()) {
+        kept = ZPAdopt<ZPString>(format->copyWithZone(nullptr));
+        format = kept;
+    }
     Engine engine;
     engine.format = _ZPViewOfString(format);
     engine.locale = locale;

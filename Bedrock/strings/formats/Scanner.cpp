@@ -2,11 +2,12 @@
 // Scanners: the front, which rests on the primitives, and the concrete class. References are counted beside the
 // instance.
 #include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/ZPNumberReader.h>
-#include <Bedrock/strings/formats/Scanner.h>
+#include <Bedrock/strings/formats/Scanner+Internal.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
 namespace {
@@ -71,12 +72,13 @@ struct ScannerMethods : ZPScanner {
 
     ZPScanner *initWithString(ZPString *) { return init(); }
     id copyWithZone(ZPZone *) {
-        ZPScanner *copy = ZPConcreteScanner::alloc()->initWithString(ZPScanner::string());
+        ZPString *text = ZPScanner::string();
+        ZPRef<ZPScanner> copy = ZPAdopt<ZPScanner>(ZPConcreteScanner::alloc()->initWithString(text));
         copy->setCharactersToBeSkipped(ZPScanner::charactersToBeSkipped());
         copy->setScanLocation(ZPScanner::scanLocation());
         copy->setCaseSensitive(ZPScanner::caseSensitive());
         copy->setLocale(ZPScanner::locale());
-        return copy;
+        return copy.detach();
     }
     ZPString *string() { abstract("string"_sel); }
     unsigned scanLocation() { abstract("scanLocation"_sel); }
@@ -175,9 +177,10 @@ struct ScannerMethods : ZPScanner {
 struct ConcreteScannerMethods : ZPConcreteScanner {
     ZPScanner *initWithString(ZPString *string) {
         if (!objc_super<ZPConcreteScanner>(this).send<id>("initWithString:"_sel, string)) return nullptr;
+        ZPRef<ZPScanner> self = ZPRef<ZPScanner>::adopt(this);  // copying may run anybody's code
         _scanString = string->copyWithZone(nullptr);
         _skipSet = defaultSkipSet()->retain();
-        return this;
+        return self.detach();
     }
     void dealloc() {
         _scanString->release();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The conversions of C, as the C library's formatter writes them in the "C" locale whatever the process's
 // locale is.
-#include <Bedrock/strings/formats/Formats.h>
+#include <Bedrock/strings/formats/Formats+Internal.h>
 
 #include <algorithm>
 #include <charconv>

@@ -3,6 +3,7 @@
 // mapping of paths is platform/ZPPath.h; bytes of names that are no text in the encoding come and go as the units
 // U+DC80 to U+DCFF.
 #include <Bedrock/strings/paths/Paths.h>
+#include <Bedrock/core/ZPRef.h>
 
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/platform/host/Files.h>
@@ -113,12 +114,9 @@ BOOL _ZPConvertPathToLongFileSystemName(unichar *units, unsigned *length, unsign
             if (units[i] >= 'A' && units[i] <= 'Z') units[i] |= 0x20;
         return YES;
     }
-    struct Owned {
-        ZPString *string;
-        ~Owned() { string->release(); }
-    } path{_ZPNewStringWithUnits(units, n, nullptr)};
+    ZPRef<ZPString> path = ZPAdopt(_ZPNewStringWithUnits(units, n, nullptr));
     char host[longestHostPath], real[longestHostPath], own[longestHostPath + 2];
-    if (_ZPGetFileSystemBytes(path.string, own, longestHostPath) < 0) return NO;
+    if (_ZPGetFileSystemBytes(path, own, longestHostPath) < 0) return NO;
     if (!rooted && units[0] >= 'a') units[0] -= 0x20;
     if (!ZPHostPathFromPath(own, host, sizeof host)) return rooted ? NO : YES;
     if (!ZPHostResolvePath(host, real, sizeof real) || !ZPPathFromHostPath(real, own, sizeof own)) return YES;

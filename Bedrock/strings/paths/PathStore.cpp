@@ -2,6 +2,7 @@
 // The string of a path: the length in `_lengthAndRefCount`, then the units inside the object. References are counted
 // beside the instance, so the length has the whole word. There is no separator at the end, except in "\" and "C:\".
 #include <Bedrock/strings/paths/Paths.h>
+#include <Bedrock/core/ZPScope.h>
 
 #include <Bedrock/collections/ZPArray.h>
 
@@ -29,21 +30,16 @@ struct PathStore : ZPPathStore2 {
     }
     static ZPPathStore2 *withCString(Class, const char *bytes) {
         if (!bytes) return nullptr;
-        struct Block {
-            void *memory;
-            ~Block() {
-                if (memory) ZPZoneFree(nullptr, memory);
-            }
-        } block{nullptr};
+        ZPOwnedMemory<void> block;
         unsigned length = 0;
         BOOL isASCII = NO;
         std::size_t given = std::strlen(bytes);
         if (given > 0x7FFFFFFF || !_ZPConvertToASCIIorUnicode(bytes, unsigned(given), _ZPDefaultCStringEncoding(),
-                                                              &block.memory, &length, &isASCII, nullptr))
+                                                              block.place(), &length, &isASCII, nullptr))
             return nullptr;
-        if (!isASCII) return _ZPNewPathStore(static_cast<unichar *>(block.memory), length, nullptr)->autorelease();
+        if (!isASCII) return _ZPNewPathStore(static_cast<unichar *>(block.get()), length, nullptr)->autorelease();
         ZPStackBuffer<unichar, 512> wide(length);
-        std::copy_n(static_cast<unsigned char *>(block.memory), length, wide.memory);
+        std::copy_n(static_cast<unsigned char *>(block.get()), length, wide.memory);
         return _ZPNewPathStore(wide.memory, length, nullptr)->autorelease();
     }
     static ZPString *withComponents(Class self, ZPArray *components) {

@@ -2,7 +2,7 @@
 // Paths as runs of units.
 #include <Bedrock/strings/paths/Paths.h>
 
-#include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/collections/ZPMakers.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
 #include <algorithm>
@@ -126,7 +126,7 @@ namespace {
 
 // The components as they are found: owned here until the array has them.
 struct Components {
-    ZPConcreteMutableArray *array = nullptr;
+    ZPMutableArray *array = nullptr;
     unsigned count = 0;
     id found[32];
 
@@ -146,8 +146,8 @@ struct Components {
         narrow ? add(bytes, length) : add(_ZPNewStringWithUnits(units, length, nullptr));
     }
     void flush() {
-        if (!array) (array = ZPConcreteMutableArray::allocate(nullptr))->autorelease();
-        array->adopt(found, count);
+        if (!array) (array = _ZPNewMutableArray())->autorelease();
+        _ZPAddAdopting(array, found, count);
         count = 0;
     }
 };

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Path operations on a buffer of units with a length that they read and update. A BOOL answer says whether
+// The room of paths: their text, path strings (PathStore.cpp), the users' directories and what the host's file system
+// makes of a path. Other rooms use what stands here and in ZPPathUtilities.h. Read this first, then Paths.cpp.
+//
+// The operations work on a buffer of units with a length that they read and update. A BOOL answer says whether
 // anything was done.
 #pragma once
 

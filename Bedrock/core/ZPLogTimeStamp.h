@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the log takes from higher floors.
+// The time stamp of the log, which a higher floor supplies.
 #pragma once
 
 /// Writes the time as the log shows it, "Nov 22 20:15:00", NUL-terminated. Called without the log's lock; must not log,

@@ -99,6 +99,12 @@ template <class S, class E> ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *table
     return nullptr;
 }
 
+/// Writes a new entry at the place that a search without success found and counts it; the structure has room for it.
+template <class S> ZP_INLINE void ZPSimplePut(S *s, ZPSimpleBucketOf<S> *place, ZPSimpleBucketOf<S> entry) {
+    *place = entry;
+    s->info++;
+}
+
 /// Writes a new entry at the place that a search without success found, counts it, and grows the structure
 /// when it becomes too full. Raises when there is no memory for that, before anything changes.
 template <class S> ZP_INLINE void ZPSimpleAdd(S **reference, ZPSimpleBucketOf<S> *place, ZPSimpleBucketOf<S> entry) {
@@ -106,8 +112,7 @@ template <class S> ZP_INLINE void ZPSimpleAdd(S **reference, ZPSimpleBucketOf<S>
     unsigned count = ZPSimpleCount(s);
     if (count >= ZPSimpleThreshold(ZPSimpleClass(s)) || count == ZPSimpleMaximumCount) [[unlikely]]
         return ZPAddGrowingSimple(reference, place, entry);
-    *place = entry;
-    s->info++;
+    ZPSimplePut(s, place, entry);
 }
 
 /// Empties a bucket in use.

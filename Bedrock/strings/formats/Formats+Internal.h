@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The format engine's parts: the text under construction, directives, and the C conversions.
+// The room of formats and numbers: the engine behind every `stringWithFormat:`, the reader of numbers and the scanner.
+// Other rooms call `_ZPNewFormattedString` (cluster/Mutable.h) and the public headers ZPNumberReader.h and ZPScanner.h.
+// Read this first, then Format.cpp. Here are the engine's parts: the text under construction, directives, and the C
+// conversions.
 #pragma once
 
 #include <Bedrock/strings/cluster/Mutable.h>
