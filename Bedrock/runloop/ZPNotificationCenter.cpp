@@ -21,6 +21,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
+#include <Bedrock/platform/kernel/Lock.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/threads/ZPLock.h>
@@ -51,22 +52,28 @@ constexpr int empty = -1, deleted = 0x40000000;
 constexpr unsigned mostDeleted = 25;  // slots, before a rebuild
 
 ZPNotificationCenter *centerOfAll;
-ZPMutableDictionary *centersOfSubclasses;
+// What the locks guard, for clang's analysis: it cannot follow locks that are made late.
+struct ZP_LOCKABLE Guarded {
+} tables, defaults;
+
+ZPMutableDictionary *centersOfSubclasses ZP_GUARDED_BY(defaults);
 ZPLock *defaultCenterLock;
 
 ZPLock *lockIn(ZPLock *&slot) {
     return ZPMakeOnce(slot, [] { return (ZPLock *)ZPLock::new_(); });
 }
 
-class Locked {
+/// Holds the lock in a slot to the end of the block; none while the process has one thread and no lock was made.
+class ZP_SCOPED_LOCK Locked {
     ZPLock *_lock;
 
   public:
-    explicit Locked(ZPLock *&slot) : _lock(__atomic_load_n(&slot, __ATOMIC_ACQUIRE)) {
+    Locked(ZPLock *&slot, [[maybe_unused]] Guarded &what) ZP_ACQUIRES(what)
+        : _lock(__atomic_load_n(&slot, __ATOMIC_ACQUIRE)) {
         if (!_lock && !__libc_single_threaded) _lock = lockIn(slot);
         if (_lock) _lock->lock();
     }
-    ~Locked() {
+    ~Locked() ZP_RELEASES() {
         if (_lock) _lock->unlock();
     }
     Locked(const Locked &) = delete;
@@ -119,7 +126,7 @@ struct Snapshot {
 struct CenterMethods : ZPNotificationCenter {
     // ---- the tables
 
-    void insert(unsigned place) {
+    void insert(unsigned place) ZP_REQUIRES(tables) {
         const ZPObserverRecord &r = _registry[place];
         if (!r.name) {
             if (_niltable_size <= _niltable_count + 1) {
@@ -139,7 +146,7 @@ struct CenterMethods : ZPNotificationCenter {
         _hashtable[slot] = int(place);
     }
 
-    void rebuild() {
+    void rebuild() ZP_REQUIRES(tables) {
         unsigned slots = 128;
         while (slots < 4 * (_registry_count + 16)) slots *= 2;
         resize(_hashtable, slots + 10);
@@ -153,7 +160,7 @@ struct CenterMethods : ZPNotificationCenter {
     }
 
     // Writes another value over the record's own entry in its index.
-    void mark(unsigned place, int value) {
+    void mark(unsigned place, int value) ZP_REQUIRES(tables) {
         const ZPObserverRecord &r = _registry[place];
         int *entry = r.name ? _hashtable + (r.hash & _hashtable_count) : _niltable;
         while (*entry != int(place)) {
@@ -171,7 +178,7 @@ struct CenterMethods : ZPNotificationCenter {
     // ---- adding and removing
 
     void enter(const ZPObserverRecord &r) {
-        Locked hold(_lock);
+        Locked hold(_lock, tables);
         if (_registry_count == _registry_size) {
             resize(_observers, _registry_size + 64);
             resize(_registry, _registry_size + 64);
@@ -207,7 +214,7 @@ struct CenterMethods : ZPNotificationCenter {
     }
 
     // The observer's next record; past `high` when there is none.
-    long placeOf(const objc_object *observer, long low, long high) const {
+    long placeOf(const objc_object *observer, long low, long high) const ZP_REQUIRES(tables) {
         constexpr int stride = 16;
         for (; low + stride <= high + 1; low += stride) {
             unsigned found = 0;
@@ -226,14 +233,14 @@ struct CenterMethods : ZPNotificationCenter {
         if (!observer) return;
         std::vector<ZPString *> names;  // released when the lock is free: a release may run a client's code
         {
-            Locked hold(_lock);
+            Locked hold(_lock, tables);
             if (!_registry_count) return;
             auto matches = [&](long place) {
                 if (_observers[place] != observer.pointer()) return false;
                 const ZPObserverRecord &r = _registry[place];
                 return (!object || r.object == object) && (!name || (r.name && isNamed(r, name)));
             };
-            auto remove = [&](unsigned place) {
+            auto remove = [&](unsigned place) ZP_REQUIRES(tables) {
                 mark(place, deleted);
                 if (_registry[place].name) names.push_back(_registry[place].name);
                 setCount(_registry_count - 1);
@@ -261,7 +268,7 @@ struct CenterMethods : ZPNotificationCenter {
 
     void collect(Snapshot &calls, ZPString *name, id object) {
         unsigned hash = name ? name->hash() : 0;
-        Locked hold(_lock);
+        Locked hold(_lock, tables);
         if (!_registry_count) return;
         for (unsigned i = 0; i < _niltable_count; ++i) {
             if (_niltable[i] == deleted) continue;
@@ -303,7 +310,7 @@ struct CenterMethods : ZPNotificationCenter {
     }
 
     // A post to a center without observers looks at the count alone.
-    void setCount(unsigned count) { __atomic_store_n(&_registry_count, count, __ATOMIC_RELAXED); }
+    void setCount(unsigned count) ZP_REQUIRES(tables) { __atomic_store_n(&_registry_count, count, __ATOMIC_RELAXED); }
     BOOL hasObservers() { return __atomic_load_n(&_registry_count, __ATOMIC_RELAXED) != 0; }
 
     void postNotification(ZPNotification *notification) {
@@ -344,7 +351,7 @@ struct CenterMethods : ZPNotificationCenter {
         bool isFront = self == ZPNotificationCenter::class_();
         if (isFront)
             if (ZPNotificationCenter *center = __atomic_load_n(&centerOfAll, __ATOMIC_ACQUIRE)) return center;
-        Locked hold(defaultCenterLock);
+        Locked hold(defaultCenterLock, defaults);
         if (isFront) {
             if (centerOfAll) return centerOfAll;
         } else if (centersOfSubclasses) {
@@ -373,7 +380,7 @@ struct CenterMethods : ZPNotificationCenter {
                                       _ZPMethodExceptionProem(id(self), "setDefaultCenter:forClass:"_sel));
         ZPNotificationCenter *old = nullptr;
         {
-            Locked hold(defaultCenterLock);
+            Locked hold(defaultCenterLock, defaults);
             if (cls == ZPNotificationCenter::class_()) {
                 old = centerOfAll;
                 center->retain();
@@ -409,7 +416,7 @@ struct CenterMethods : ZPNotificationCenter {
     // A bundle's categories may have replaced methods.
     void bundleLoaded(ZPNotification *notification) {
         if (notification->userInfo()) return;
-        Locked hold(_lock);
+        Locked hold(_lock, tables);
         for (unsigned i = 0; i < _registry_count; ++i)
             _registry[i].implementation = implementationFor(_registry[i].observer, _registry[i].selector);
     }
@@ -423,7 +430,7 @@ struct CenterMethods : ZPNotificationCenter {
         } copy;
         unsigned capacity;
         {
-            Locked hold(_lock);
+            Locked hold(_lock, tables);
             copy.records.assign(_registry, _registry + _registry_count);
             capacity = _registry_size;
             for (auto &r : copy.records) r.name->retain();

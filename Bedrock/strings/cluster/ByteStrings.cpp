@@ -11,11 +11,11 @@
 // it at once are kept apart by `detaching`.
 #include <Bedrock/strings/cluster/Substring+Internal.h>
 
-#include <mutex>
+#include <Bedrock/platform/kernel/Lock.h>
 
 namespace {
 
-std::mutex detaching;
+constinit mutex detaching;
 
 unsigned countOf(ZPSimpleCString *s) { return s->numBytes; }
 unsigned countOf(ZPInlineCString *s) { return s->_flags.numBytes; }
@@ -124,7 +124,7 @@ struct CSubstringMethods : ZPSubstringMethods<ZPCSubstring> {
         ZPZone *own = zone();
         ZPString *parent;
         {
-            std::lock_guard lock(detaching);
+            ZPHolding hold(detaching);
             parent = _referenceString;
             if (!parent) return;
             char *copy = nullptr;
