@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every array does, on `count` and `objectAtIndex:`; a concrete array lends its storage instead.
 #include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/strings/ZPString.h>
 
 #include <algorithm>
@@ -243,16 +244,8 @@ struct ZPArrayMethods : ZPArray {
             length += text->length();
         }
         if (length > 0x7FFFFFFF) _ZPRaiseAbsurd(this, "componentsJoinedByString:"_sel, "count", unsigned(length));
-        struct Block {
-            unichar *units;
-            ~Block() {
-                if (units) ZPZoneFree(nullptr, units);
-            }
-        } block{static_cast<unichar *>(ZPZoneMalloc(nullptr, length * sizeof(unichar) + 1))};
-        if (!block.units)
-            ZPException::raise_format(ZPMallocException, "*** out of memory for a string of %u characters"_zp,
-                                      unsigned(length));
-        unichar *at = block.units, *end = at + length;
+        _ZPBlock block(_ZPAllocate<unichar>(length, nullptr, "a string of %u characters", unsigned(length)));
+        unichar *units = block.memory, *at = units, *end = at + length;
         for (unsigned i = 0; i < elements.count; ++i) {
             ZPString *text = texts.items[i];
             // A text that changes its length meanwhile does not run past the buffer.
@@ -265,8 +258,7 @@ struct ZPArrayMethods : ZPArray {
             if (i) put(separator);
             put(text);
         }
-        unichar *units = block.units;
-        block.units = nullptr;
+        block.take();
         return ZPString::alloc()
             ->initWithCharactersNoCopy_length_freeWhenDone(units, unsigned(at - units), YES)
             ->autorelease();
@@ -290,8 +282,7 @@ struct ZPArrayMethods : ZPArray {
                 ->initWithObjects_count_target_reverse_freeWhenDone(items, count, this, reverse, NO)
                 ->autorelease();
         count = ZPArray::count();
-        auto *list = static_cast<id *>(ZPZoneCalloc(nullptr, count ? count : 1, sizeof(id)));
-        if (!list) ZPException::raise_format(ZPMallocException, "*** out of memory for a list of objects"_zp);
+        id *list = _ZPAllocateCleared<id>(count, nullptr, "a list of objects");
         ZPIdEnumerator *e = ZPIdEnumerator::alloc()
                                 ->initWithObjects_count_target_reverse_freeWhenDone(list, count, this, reverse, YES)
                                 ->autorelease();

@@ -36,7 +36,7 @@ struct SideTable {
     bool resize(unsigned newCapacity) ZP_REQUIRES(mutex) {
         Word *old = buckets, *larger = static_cast<Word *>(std::calloc(newCapacity, sizeof(Word)));
         if (!larger && newCapacity < capacity) return false;  // too large a table does its work too
-        if (!larger) ZPException::raise_format(ZPMallocException, "*** out of memory for reference counts"_zp);
+        if (!larger) _ZPRaiseOutOfMemory("reference counts");
         unsigned oldCapacity = capacity, moved = 0;
         buckets = larger;
         capacity = newCapacity;

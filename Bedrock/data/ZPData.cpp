@@ -106,7 +106,7 @@ struct DataMethods : ZPData {
         static const char digits[] = "0123456789abcdef";
         ZPDataView view = _ZPViewOfData(this);
         std::uint64_t room = 2 * std::uint64_t(view.length) + view.length / 4 + 2;
-        char *text = room < 0x7FFFFFFF ? static_cast<char *>(ZPZoneMalloc(nullptr, room)) : nullptr;
+        char *text = room < 0x7FFFFFFF ? _ZPTryAllocate<char>(room) : nullptr;
         if (!text) _ZPRaiseDataMemory(unsigned(room));
         char *at = text;
         *at++ = '<';
@@ -265,6 +265,4 @@ void _ZPRaiseDataRange(id receiver, SEL selector, ZPRange range, unsigned length
                               length);
 }
 
-void _ZPRaiseDataMemory(unsigned bytes) {
-    ZPException::raise_format(ZPMallocException, "*** out of memory for %u bytes of data"_zp, bytes);
-}
+void _ZPRaiseDataMemory(unsigned bytes) { _ZPRaiseOutOfMemory("%u bytes of data", bytes); }

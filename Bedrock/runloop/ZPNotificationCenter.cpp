@@ -16,7 +16,7 @@
 #include <Bedrock/runloop/ZPNotificationCenter.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
@@ -80,9 +80,7 @@ class ZP_SCOPED_LOCK Locked {
 };
 
 template <class T> void resize(T *&block, unsigned count) {
-    auto *moved = static_cast<T *>(ZPZoneRealloc(nullptr, block, count * sizeof(T)));
-    if (!moved) ZPException::raise_format(ZPMallocException, "*** out of memory for a notification center"_zp);
-    block = moved;
+    block = _ZPReallocate(block, count, nullptr, "a notification center");
 }
 
 void sendNotification(objc_object *observer, SEL selector, ZPNotification *notification) {

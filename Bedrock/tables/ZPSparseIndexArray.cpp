@@ -25,7 +25,7 @@ BOOL store(unsigned *to, unsigned index) {
 }  // namespace
 
 ZPSparseIndexArray *ZPCreateSparseIndexArrayWithZone(unsigned capacity, ZPZone *zone) {
-    auto *array = static_cast<ZPSparseIndexArray *>(_ZPRangeMemory(1, sizeof(ZPSparseIndexArray), zone));
+    auto *array = _ZPRangeMemory<ZPSparseIndexArray>(1, zone);
     try {
         _ZPStartRangeList(&array->list, capacity, zone);
     } catch (...) {

@@ -47,30 +47,20 @@ class Text {
     char *_bytes = nullptr;
     unichar *_units = nullptr;
     std::size_t _length = 0, _capacity = 0;
+    static constexpr const char *what = "a property list of %u characters";
 
     ZP_COLD void grow(std::size_t more) {
         std::size_t size = std::max<std::size_t>(256, std::max(_capacity * 2, _length + more));
         if (size > 0x7FFFFFFF) {
             size = _length + more;
-            if (size > 0x7FFFFFFF)
-                ZPException::raise_format(ZPMallocException, "*** a property list of more than %d characters"_zp,
-                                          0x7FFFFFFF);
+            if (size > 0x7FFFFFFF) _ZPRaiseTooMuch("a property list of more than %d characters", 0x7FFFFFFF);
         }
-        void *block =
-            _units ? ZPZoneRealloc(nullptr, _units, size * sizeof(unichar)) : ZPZoneRealloc(nullptr, _bytes, size);
-        if (!block)
-            ZPException::raise_format(ZPMallocException, "*** out of memory for a property list of %u characters"_zp,
-                                      unsigned(size));
-        if (_units) _units = static_cast<unichar *>(block);
-        else _bytes = static_cast<char *>(block);
+        if (_units) _units = _ZPReallocate(_units, size, nullptr, what, unsigned(size));
+        else _bytes = _ZPReallocate(_bytes, size, nullptr, what, unsigned(size));
         _capacity = size;
     }
     ZP_COLD void widen() {
-        auto *units =
-            static_cast<unichar *>(ZPZoneMalloc(nullptr, std::max<std::size_t>(1, _capacity) * sizeof(unichar)));
-        if (!units)
-            ZPException::raise_format(ZPMallocException, "*** out of memory for a property list of %u characters"_zp,
-                                      unsigned(_capacity));
+        unichar *units = _ZPAllocate<unichar>(_capacity, nullptr, what, unsigned(_capacity));
         std::copy_n(_bytes, _length, units);
         if (_bytes) ZPZoneFree(nullptr, _bytes);
         _bytes = nullptr;

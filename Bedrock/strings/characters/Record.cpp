@@ -31,8 +31,7 @@ template <class F> void eachRun(const unsigned char *bits, F f) {
 }
 
 ZPCharacterSetRecord *newRecord(ZPZone *zone, std::size_t size) {
-    auto *record = static_cast<ZPCharacterSetRecord *>(ZPZoneMalloc(zone, size));
-    if (!record) ZPException::raise_format(ZPMallocException, "*** out of memory for a character set"_zp);
+    auto *record = reinterpret_cast<ZPCharacterSetRecord *>(_ZPAllocate<char>(size, zone, "a character set"));
     return record;
 }
 

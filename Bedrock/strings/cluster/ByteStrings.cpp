@@ -229,7 +229,7 @@ ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) 
             ->initWithCString_length(bytes, length);
     auto *s = static_cast<ZPInlineCString *>(_zoneAllocBare(ZPInlineCString::class_(), length + 1, zone));
     if (!s) [[unlikely]]
-        ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+        _ZPRaiseOutOfMemory("a string");
     s->_flags = {0, 0, 0, length & 0xFFFF};
     char *contents = s->contents();
     std::memcpy(contents, bytes, length);

@@ -131,7 +131,7 @@ struct CStringMethods : ZPString {
                 else out = writeEscaped(out, u);
             }
             std::size_t written = out - block.memory;
-            if (written > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+            if (written > 0xFFFFFFFF) _ZPRaiseOutOfMemory("a string");
             return _ZPPlaceholderStringFromZone(nullptr)
                 ->initWithCStringNoCopy_length_freeWhenDone(block.takeShrunk(written), unsigned(written), YES)
                 ->autorelease();

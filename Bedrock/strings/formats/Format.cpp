@@ -17,12 +17,10 @@ void ZPFormatText::grow(unsigned more) {
     std::uint64_t need = std::uint64_t(_length) + more,
                   capacity = std::max(need, std::min<std::uint64_t>(2 * std::uint64_t(_capacity), _ZPLongestString));
     unsigned width = _wide ? 2 : 1;
-    if (need > _ZPLongestString)
-        ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp,
-                                  static_cast<unsigned long long>(need));
+    if (need > _ZPLongestString) _ZPRaiseTooLong(need);
     void *larger =
         _buffer == _local ? ZPZoneMalloc(nullptr, capacity * width) : ZPZoneRealloc(nullptr, _buffer, capacity * width);
-    if (!larger) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    if (!larger) _ZPRaiseOutOfMemory("a string");
     if (_buffer == _local) std::memcpy(larger, _local, std::size_t(_length) * width);
     _buffer = larger;
     _capacity = unsigned(capacity);
