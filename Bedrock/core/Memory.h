@@ -13,6 +13,12 @@
 /// Raises ZPMallocException with "*** " and the text, for what no memory could hold.
 [[noreturn]] ZP_COLD void _ZPRaiseTooMuch(const char *text, ...) __attribute__((format(printf, 1, 2)));
 
+/// The same for a text that comes from elsewhere.
+template <class... A> [[noreturn]] ZP_INLINE void _ZPRaiseOutOfMemoryFor(const char *what, A... of) {
+    if constexpr (sizeof...(of) == 0) _ZPRaiseOutOfMemory("%s", what);
+    else _ZPRaiseOutOfMemory(what, of...);
+}
+
 /// Room for `count` elements of T, its bytes as they come; null without memory.
 template <class T> ZP_INLINE T *_ZPTryAllocate(std::size_t count, ZPZone *zone = nullptr) {
     std::size_t bytes;
@@ -32,21 +38,21 @@ template <class T> ZP_INLINE T *_ZPTryReallocate(T *block, std::size_t count, ZP
 template <class T, class... A> ZP_INLINE T *_ZPAllocate(std::size_t count, ZPZone *zone, const char *what, A... of) {
     T *block = _ZPTryAllocate<T>(count, zone);
     if (!block) [[unlikely]]
-        _ZPRaiseOutOfMemory(what, of...);
+        _ZPRaiseOutOfMemoryFor(what, of...);
     return block;
 }
 template <class T, class... A>
 ZP_INLINE T *_ZPAllocateCleared(std::size_t count, ZPZone *zone, const char *what, A... of) {
     auto *block = static_cast<T *>(ZPZoneCalloc(zone, count ? count : 1, sizeof(T)));
     if (!block) [[unlikely]]
-        _ZPRaiseOutOfMemory(what, of...);
+        _ZPRaiseOutOfMemoryFor(what, of...);
     return block;
 }
 template <class T, class... A>
 ZP_INLINE T *_ZPReallocate(T *block, std::size_t count, ZPZone *zone, const char *what, A... of) {
     T *moved = _ZPTryReallocate(block, count, zone);
     if (!moved) [[unlikely]]
-        _ZPRaiseOutOfMemory(what, of...);
+        _ZPRaiseOutOfMemoryFor(what, of...);
     return moved;
 }
 

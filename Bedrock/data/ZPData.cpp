@@ -2,6 +2,8 @@
 // What every data object does on the primitives.
 #include <Bedrock/data/ZPData+Internal.h>
 
+#include <Bedrock/core/Digits.h>
+
 ZP_FORWARD(ZPCoder);
 
 namespace {
@@ -103,7 +105,6 @@ struct DataMethods : ZPData {
         return h;
     }
     ZPString *description() {
-        static const char digits[] = "0123456789abcdef";
         ZPDataView view = _ZPViewOfData(this);
         std::uint64_t room = 2 * std::uint64_t(view.length) + view.length / 4 + 2;
         char *text = room < 0x7FFFFFFF ? _ZPTryAllocate<char>(room) : nullptr;
@@ -111,8 +112,7 @@ struct DataMethods : ZPData {
         char *at = text;
         *at++ = '<';
         for (unsigned i = 0; i < view.length; ++i) {
-            *at++ = digits[view.bytes[i] >> 4];
-            *at++ = digits[view.bytes[i] & 15];
+            at = _ZPPutHexByte(at, view.bytes[i]);
             if (i % 4 == 3) *at++ = ' ';
         }
         *at++ = '>';

@@ -4,6 +4,7 @@
 #include <Bedrock/archiving/grammar/Grammar.h>
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/collections/ZPDictionary+Internal.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/data/ZPData+Internal.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/cluster/Cluster.h>
@@ -23,8 +24,8 @@ struct Classes {
     char escape[128];
     constexpr Classes() : of(), escape() {
         for (unsigned c = 0; c < 128; ++c) {
-            bool bare = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-                        c == '$' || c == '.';
+            bool bare =
+                (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || _ZPIsDigit(c) || c == '_' || c == '$' || c == '.';
             of[c] = bare ? Bare : c == '/' ? Slash : c >= 32 && c < 127 ? Quoted : Octal;
         }
         for (auto [c, e] : {std::pair('\n', 'n'),
@@ -178,22 +179,15 @@ char *putEscaped(char *at, unsigned c) {
         *at++ = static_cast<char>(c);
         return at;
     }
-    *at++ = '\\';
     if (c < 128 && classes.of[c] == Escape) {
+        *at++ = '\\';
         *at++ = classes.escape[c];
         return at;
     }
     unsigned char byte;
     // The paragraph separator has a byte, the line feed's, that does not come back as it.
-    if (c != 0x2029 && ZPPrecompUnicodeToKESTREL(static_cast<unichar>(c), &byte)) {
-        *at++ = static_cast<char>('0' + (byte >> 6));
-        *at++ = static_cast<char>('0' + (byte >> 3 & 7));
-        *at++ = static_cast<char>('0' + (byte & 7));
-        return at;
-    }
-    *at++ = 'U';
-    for (int shift = 12; shift >= 0; shift -= 4) *at++ = "0123456789abcdef"[c >> shift & 15];
-    return at;
+    if (c != 0x2029 && ZPPrecompUnicodeToKESTREL(static_cast<unichar>(c), &byte)) return _ZPPutByteEscape(at, byte);
+    return _ZPPutUnitEscape(at, c);
 }
 
 // Quoted text, a block of it at a time.
@@ -271,8 +265,9 @@ struct Writer {
     void data(ZPDataView view) {
         text.put('<');
         for (unsigned i = 0; i < view.length; ++i) {
-            text.put("0123456789abcdef"[view.bytes[i] >> 4]);
-            text.put("0123456789abcdef"[view.bytes[i] & 15]);
+            char pair[2];
+            _ZPPutHexByte(pair, view.bytes[i]);
+            text.put(pair, sizeof pair);
             if (i % 4 == 3) text.put(' ');
         }
         text.put('>');

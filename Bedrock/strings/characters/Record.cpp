@@ -2,6 +2,7 @@
 // Bitmaps, records and their dumps.
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/cluster/Cluster.h>
@@ -224,10 +225,9 @@ unsigned ZPParseIntegerFromString(ZPString *string) {
             base = 16;
         }
         for (; at < length; ++at) {
-            unichar u = units[at], letter = u | 0x20;
-            if (u >= '0' && u <= '9') value = value * base + (u - '0');
-            else if (letter >= 'a' && letter <= 'f') value = value * base + (letter - 'a' + 10u);
-            else break;
+            int digit = _ZPHexValue(units[at]);
+            if (digit < 0) break;
+            value = value * base + unsigned(digit);
         }
         return value;
     });

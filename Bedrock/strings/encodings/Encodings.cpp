@@ -2,6 +2,7 @@
 // Whole texts from bytes to units, and the converters of single characters in both directions.
 #include <Bedrock/strings/encodings/Encodings.h>
 
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
@@ -30,7 +31,7 @@ struct Block : _ZPBlock<unsigned char> {
     unichar *units() { return reinterpret_cast<unichar *>(memory); }
 };
 
-int upperHexDigit(unsigned char c) { return c >= '0' && c <= '9' ? c - '0' : c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1; }
+int upperHexDigit(unsigned char c) { return c >= 'a' ? -1 : _ZPHexValue(c); }
 
 long long decodeNonLossyASCII(const unsigned char *in, const unsigned char *end, unichar *out) {
     unichar *start = out;

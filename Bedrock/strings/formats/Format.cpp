@@ -6,6 +6,7 @@
 // any other format the arguments are taken in order. A directive that is cut short, is no directive of C, or does
 // not fit the mode of its format stands for itself and takes no argument.
 #include <Bedrock/strings/formats/Formats.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
 #include <algorithm>
@@ -135,7 +136,7 @@ struct Cursor {
         return unit <= 0x7F ? char(unit) : 0;
     }
     char next() const { return *Cursor{format, at + 1, end}; }
-    bool isDigit() const { return **this >= '0' && **this <= '9'; }
+    bool isDigit() const { return _ZPIsDigit(**this); }
     bool atPosition() const { return **this >= '1' && **this <= '9' && next() == '$'; }
     bool take(char c) {
         if (**this != c) return false;
