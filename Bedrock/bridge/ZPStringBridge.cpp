@@ -33,7 +33,7 @@ ZPString *ZPMakeString(std::string_view utf8) {
 }
 
 ZPString *ZPMakeString(std::u16string_view utf16) {
-    if (utf16.size() > longest) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    if (utf16.size() > longest) _ZPRaiseOutOfMemory("a string");
     return ZPString::stringWithCharacters_length(utf16.data(), unsigned(utf16.size()));
 }
 

@@ -3,6 +3,7 @@
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/core/ZPScope.h>
 #include <Bedrock/core/ZPRef.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/strings/ZPString.h>
 
 #include <algorithm>
@@ -258,10 +259,7 @@ struct ZPArrayMethods : ZPArray {
             length += text->length();
         }
         if (length > 0x7FFFFFFF) _ZPRaiseAbsurd(this, "componentsJoinedByString:"_sel, "count", unsigned(length));
-        ZPOwnedMemory<unichar> block(static_cast<unichar *>(ZPZoneMalloc(nullptr, length * sizeof(unichar) + 1)));
-        if (!block)
-            ZPException::raise_format(ZPMallocException, "*** out of memory for a string of %u characters"_zp,
-                                      unsigned(length));
+        _ZPBlock block(_ZPAllocate<unichar>(length, nullptr, "a string of %u characters", unsigned(length)));
         unichar *at = block, *end = at + length;
         for (unsigned i = 0; i < elements.count; ++i) {
             ZPString *text = texts.items[i];
@@ -301,8 +299,7 @@ struct ZPArrayMethods : ZPArray {
                 ->initWithObjects_count_target_reverse_freeWhenDone(items, count, this, reverse, NO)
                 ->autorelease();
         count = ZPArray::count();
-        auto *list = static_cast<id *>(ZPZoneCalloc(nullptr, count ? count : 1, sizeof(id)));
-        if (!list) ZPException::raise_format(ZPMallocException, "*** out of memory for a list of objects"_zp);
+        id *list = _ZPAllocateCleared<id>(count, nullptr, "a list of objects");
         ZPIdEnumerator *e = ZPIdEnumerator::alloc()
                                 ->initWithObjects_count_target_reverse_freeWhenDone(list, count, this, reverse, YES)
                                 ->autorelease();

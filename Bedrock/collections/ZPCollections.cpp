@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/collections/ZPCollections+Internal.h>
+#include <Bedrock/core/Memory.h>
 
 #include <cstring>
 
 id *_ZPObjectsOnHeap(std::size_t count) {
-    void *memory = std::malloc(count * sizeof(id));
-    if (!memory) ZPException::raise_format(ZPMallocException, "*** out of memory for a list of objects"_zp);
+    void *memory = count > SIZE_MAX / sizeof(id) ? nullptr : std::malloc(count * sizeof(id));
+    if (!memory) _ZPRaiseOutOfMemory("a list of objects");
     return static_cast<id *>(memory);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/platform/objects/Slabs.h>
+#include <Bedrock/core/Memory.h>
 
 #include <algorithm>
 #include <cstring>
@@ -97,17 +98,17 @@ void ZPConcreteMutableArray::dealloc() {
 void ZPConcreteMutableArray::makeRoom(unsigned more) {
     if (more >= _ZPCollectionLimit - _info) _ZPRaiseAbsurd(this, "addObject:"_sel, "count", _info + more);
     unsigned size;
-    void *block;
+    id *block;
     if (!_items) {
         size = std::max({_size, 4u, more});
-        block = ZPZoneMalloc(zone(), size * sizeof(id));
+        block = _ZPTryAllocate<id>(size, zone());
     } else {
         if (_info + more <= _size) return;
         size = std::max(2 * _size, _info + more);
-        block = ZPZoneRealloc(ZPZoneFromPointer(_items), _items, size * sizeof(id));
+        block = _ZPTryReallocate(_items, size, ZPZoneFromPointer(_items));
     }
-    if (!block) ZPException::raise_format(ZPMallocException, "*** out of memory for an array of %u elements"_zp, size);
-    _items = static_cast<id *>(block);
+    if (!block) _ZPRaiseOutOfMemory("an array of %u elements", size);
+    _items = block;
     _size = size;
 }
 

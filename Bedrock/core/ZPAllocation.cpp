@@ -2,6 +2,7 @@
 // Instances, zones and pages, and the library's start-up.
 #include <Bedrock/core/ZPCore+Internal.h>
 
+#include <cstdarg>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -32,8 +33,37 @@ void _ZPStartUp() {
 
 static objc_object *orRaise(objc_object *made, Class cls) {
     if (!made) [[unlikely]]
-        ZPException::raise_format(ZPMallocException, "*** out of memory for an instance of class %s"_zp, cls->name);
+        _ZPRaiseOutOfMemory("an instance of class %s", cls->name);
     return made;
+}
+
+namespace {
+
+struct Arguments {
+    std::va_list list;
+    ~Arguments() { va_end(list); }
+};
+
+}  // namespace
+
+void _ZPRaiseTooMuch(const char *text, ...) {
+    Arguments arguments;
+    va_start(arguments.list, text);
+    ZPException::raise_format_arguments(ZPMallocException, _ZPStringWithCText("*** %s", text), arguments.list);
+}
+
+void _ZPRaiseOutOfMemory(const char *what, ...) {
+    Arguments arguments;
+    va_start(arguments.list, what);
+    ZPException::raise_format_arguments(ZPMallocException, _ZPStringWithCText("*** out of memory for %s", what),
+                                        arguments.list);
+}
+
+void _ZPRaiseOutOfMemoryIn(const char *function, const char *what, ...) {
+    Arguments arguments;
+    va_start(arguments.list, what);
+    ZPException::raise_format_arguments(
+        ZPMallocException, _ZPStringWithCText("*** %s(): out of memory for %s", function, what), arguments.list);
 }
 
 id ZPAllocateObject(Class cls, unsigned extraBytes, ZPZone *zone) {

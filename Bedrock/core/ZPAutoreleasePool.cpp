@@ -70,7 +70,7 @@ void popOnThreadExit(ZPThreadData *) {
 
 Record *makeRecord() {
     auto *r = static_cast<Record *>(ZPZoneCalloc(nullptr, 1, sizeOfRecord(8)));
-    if (!r) ZPException::raise_format(ZPMallocException, "*** out of memory for an autorelease pool"_zp);
+    if (!r) _ZPRaiseOutOfMemory("an autorelease pool");
     r->settings = initialSettings;
     r->slotsPerPage = slotsPerPage();
     r->capacity = 8;
@@ -87,7 +87,7 @@ Record *record() {
 Record *growLevels(Record *r) {
     unsigned larger = r->capacity * 2;
     auto *moved = static_cast<Record *>(ZPZoneRealloc(nullptr, r, sizeOfRecord(larger)));
-    if (!moved) ZPException::raise_format(ZPMallocException, "*** out of memory for an autorelease pool"_zp);
+    if (!moved) _ZPRaiseOutOfMemory("an autorelease pool");
     std::memset(moved->levels + moved->capacity, 0, (larger - moved->capacity) * sizeof(Level));
     moved->capacity = larger;
     slotOfThread() = moved;

@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 
 namespace {
 
@@ -51,6 +50,8 @@ class Line {
     std::size_t length() const { return _length; }
 };
 
+constinit mutex writing;  // keeps the lines of several threads apart
+
 void writeLine(const char *bytes, unsigned length, BOOL withBanner) {
     if (!bytes || length >= 0x40000000) return;
     Line line(length + std::size_t(512));
@@ -63,8 +64,7 @@ void writeLine(const char *bytes, unsigned length, BOOL withBanner) {
     line.add(bytes, length);
     line.endLine();
 
-    static std::mutex &mutex = *new std::mutex;
-    std::lock_guard lock(mutex);
+    ZPHolding hold(writing);
     constexpr std::size_t piece = 30000;
     for (std::size_t at = 0; at < line.length(); at += piece)
         if (!ZPHostWriteStandardError(line.bytes() + at, std::min(piece, line.length() - at))) break;

@@ -5,7 +5,6 @@
 
 #include <Bedrock/core/ZPCore+Internal.h>
 
-#include <mutex>
 #include <string>
 #include <unordered_map>
 
@@ -155,10 +154,10 @@ struct _ZPZombie : ZPProxy {
     ZP_PRIVATE_CLASS(_ZPZombie)
 };
 
-// A freed object's class -> its zombie class. Guarded by the mutex.
+// A freed object's class -> its zombie class.
 struct Zombies {
-    std::mutex mutex;
-    std::unordered_map<Class, Class> classes;
+    struct mutex mutex;
+    std::unordered_map<Class, Class> classes ZP_GUARDED_BY(mutex);
 };
 Zombies &zombies() {
     static Zombies &z = *new Zombies;
@@ -168,8 +167,9 @@ Zombies &zombies() {
 [[noreturn]] void report(objc_object *zombie, SEL sent, SEL caught) {
     const char *former = "(unknown)";
     {
-        std::lock_guard lock(zombies().mutex);
-        for (auto &[cls, trap] : zombies().classes)
+        Zombies &z = zombies();
+        ZPHolding hold(z.mutex);
+        for (auto &[cls, trap] : z.classes)
             if (trap == zombie->isa) former = cls->name;
     }
     ZPString *text = _ZPStringWithCText(
@@ -218,8 +218,9 @@ BOOL _ZPIsZombie(objc_object *object) {
 BOOL _ZPMakeZombie(objc_object *object) {
     Class trap;
     {
-        std::lock_guard lock(zombies().mutex);
-        Class &entry = zombies().classes[object->isa];
+        Zombies &z = zombies();
+        ZPHolding hold(z.mutex);
+        Class &entry = z.classes[object->isa];
         if (!entry) {
             objc_msgSend<id>(_ZPZombie::class_(), "self"_sel);  // initialize the template before it is copied
             std::string name = std::string("ZPZombie_") + object->isa->name;

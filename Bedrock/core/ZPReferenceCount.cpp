@@ -12,7 +12,6 @@
 #include <Bedrock/core/ZPCore+Internal.h>
 
 #include <cstdlib>
-#include <mutex>
 #include <unordered_map>
 
 namespace {
@@ -20,24 +19,24 @@ namespace {
 using Word = std::uintptr_t;
 
 struct SideTable {
-    std::mutex mutex;
-    unsigned count = 0, capacity = 16, mask = 15;
-    Word *buckets = static_cast<Word *>(std::calloc(16, sizeof(Word)));
-    std::unordered_map<Word, unsigned> overflow{42};
+    struct mutex mutex;
+    unsigned count ZP_GUARDED_BY(mutex) = 0, capacity ZP_GUARDED_BY(mutex) = 16, mask ZP_GUARDED_BY(mutex) = 15;
+    Word *buckets ZP_GUARDED_BY(mutex) = static_cast<Word *>(std::calloc(16, sizeof(Word)));
+    std::unordered_map<Word, unsigned> overflow ZP_GUARDED_BY(mutex){42};
 
     static unsigned homeOf(Word address, unsigned mask) { return unsigned(address >> 2) & mask; }
 
-    unsigned find(Word address) const {
+    unsigned find(Word address) const ZP_REQUIRES(mutex) {
         unsigned i = homeOf(address, mask);
         while (buckets[i] && buckets[i] >> 2 != address >> 2) i = (i + 1) & mask;
         return i;
     }
 
     // Answers NO when the table stays as it is.
-    bool resize(unsigned newCapacity) {
+    bool resize(unsigned newCapacity) ZP_REQUIRES(mutex) {
         Word *old = buckets, *larger = static_cast<Word *>(std::calloc(newCapacity, sizeof(Word)));
         if (!larger && newCapacity < capacity) return false;  // too large a table does its work too
-        if (!larger) ZPException::raise_format(ZPMallocException, "*** out of memory for reference counts"_zp);
+        if (!larger) _ZPRaiseOutOfMemory("reference counts");
         unsigned oldCapacity = capacity, moved = 0;
         buckets = larger;
         capacity = newCapacity;
@@ -56,7 +55,7 @@ struct SideTable {
 
     // Answers whether the count was already at its limit.
     bool increment(Word address) {
-        std::lock_guard lock(mutex);
+        ZPHolding hold(mutex);
         unsigned i = find(address);
         if (!buckets[i]) {
             if (capacity < 2 * count) {
@@ -83,7 +82,7 @@ struct SideTable {
     }
 
     bool decrementWasZero(Word address) {
-        std::lock_guard lock(mutex);
+        ZPHolding hold(mutex);
         unsigned i = find(address);
         if (!buckets[i]) return true;
         switch (buckets[i] & 3) {
@@ -112,7 +111,7 @@ struct SideTable {
     }
 
     unsigned extra(Word address) {
-        std::lock_guard lock(mutex);
+        ZPHolding hold(mutex);
         Word word = buckets[find(address)];
         if ((word & 3) != 3) return unsigned(word & 3);
         return overflow[address];
@@ -131,14 +130,12 @@ void logOverflow(id object) {
 
 Word addressOf(id object) { return reinterpret_cast<Word>(object.pointer()); }
 
-struct Holding {
-    id lock;
-    explicit Holding(id l) : lock(l) {
-        if (lock) objc_msgSend(lock, "lock"_sel);
-    }
-    ~Holding() {
-        if (lock) objc_msgSend(lock, "unlock"_sel);
-    }
+/// A lock object of any class, or none.
+struct ZP_LOCKABLE LockObject {
+    id object;
+
+    void lock() ZP_ACQUIRES() { objc_msgSend(object, "lock"_sel); }
+    void unlock() ZP_RELEASES() { objc_msgSend(object, "unlock"_sel); }
 };
 
 }  // namespace
@@ -174,7 +171,8 @@ unsigned ZPExtraRefCount(id object) {
 }
 
 void _ZPIncrementInternalRefCount(id object, unsigned *counter, unsigned mask, id lock) {
-    Holding holding(lock);
+    LockObject given{lock};
+    ZPHolding hold(given);
     unsigned now = __atomic_load_n(counter, __ATOMIC_RELAXED);
     do {
         if ((now & mask) == mask) {
@@ -185,7 +183,8 @@ void _ZPIncrementInternalRefCount(id object, unsigned *counter, unsigned mask, i
 }
 
 BOOL _ZPDecrementInternalRefCountWasZero(id object, unsigned *counter, unsigned mask, id lock) {
-    Holding holding(lock);
+    LockObject given{lock};
+    ZPHolding hold(given);
     unsigned now = __atomic_load_n(counter, __ATOMIC_ACQUIRE);
     do {
         if ((now & mask) == 0) return YES;

@@ -16,6 +16,7 @@
 // bits of `_flags` stay zero.
 #pragma once
 
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPException.h>

@@ -3,6 +3,8 @@
 #include <Bedrock/data/ZPData+Internal.h>
 #include <Bedrock/core/ZPRef.h>
 
+#include <Bedrock/core/Digits.h>
+
 ZP_FORWARD(ZPCoder);
 
 namespace {
@@ -104,16 +106,14 @@ struct DataMethods : ZPData {
         return h;
     }
     ZPString *description() {
-        static const char digits[] = "0123456789abcdef";
         ZPDataView view = _ZPViewOfData(this);
         std::uint64_t room = 2 * std::uint64_t(view.length) + view.length / 4 + 2;
-        char *text = room < 0x7FFFFFFF ? static_cast<char *>(ZPZoneMalloc(nullptr, room)) : nullptr;
+        char *text = room < 0x7FFFFFFF ? _ZPTryAllocate<char>(room) : nullptr;
         if (!text) _ZPRaiseDataMemory(unsigned(room));
         char *at = text;
         *at++ = '<';
         for (unsigned i = 0; i < view.length; ++i) {
-            *at++ = digits[view.bytes[i] >> 4];
-            *at++ = digits[view.bytes[i] & 15];
+            at = _ZPPutHexByte(at, view.bytes[i]);
             if (i % 4 == 3) *at++ = ' ';
         }
         *at++ = '>';
@@ -266,6 +266,4 @@ void _ZPRaiseDataRange(id receiver, SEL selector, ZPRange range, unsigned length
                               length);
 }
 
-void _ZPRaiseDataMemory(unsigned bytes) {
-    ZPException::raise_format(ZPMallocException, "*** out of memory for %u bytes of data"_zp, bytes);
-}
+void _ZPRaiseDataMemory(unsigned bytes) { _ZPRaiseOutOfMemory("%u bytes of data", bytes); }

@@ -17,11 +17,12 @@
 #include <Bedrock/core/ZPRef.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
+#include <Bedrock/platform/kernel/Lock.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/threads/ZPLock.h>
@@ -52,31 +53,35 @@ constexpr int empty = -1, deleted = 0x40000000;
 constexpr unsigned mostDeleted = 25;  // slots, before a rebuild
 
 ZPNotificationCenter *centerOfAll;
-ZPMutableDictionary *centersOfSubclasses;
+// What the locks guard, for clang's analysis: it cannot follow locks that are made late.
+struct ZP_LOCKABLE Guarded {
+} tables, defaults;
+
+ZPMutableDictionary *centersOfSubclasses ZP_GUARDED_BY(defaults);
 ZPLock *defaultCenterLock;
 
 ZPLock *lockIn(ZPLock *&slot) {
     return ZPMakeOnce(slot, [] { return (ZPLock *)ZPLock::new_(); });
 }
 
-class Locked {
+/// Holds the lock in a slot to the end of the block; none while the process has one thread and no lock was made.
+class ZP_SCOPED_LOCK Locked {
     ZPLock *_lock;
 
   public:
-    explicit Locked(ZPLock *&slot) : _lock(__atomic_load_n(&slot, __ATOMIC_ACQUIRE)) {
+    Locked(ZPLock *&slot, [[maybe_unused]] Guarded &what) ZP_ACQUIRES(what)
+        : _lock(__atomic_load_n(&slot, __ATOMIC_ACQUIRE)) {
         if (!_lock && !__libc_single_threaded) _lock = lockIn(slot);
         if (_lock) _lock->lock();
     }
-    ~Locked() {
+    ~Locked() ZP_RELEASES() {
         if (_lock) _lock->unlock();
     }
     Locked(const Locked &) = delete;
 };
 
 template <class T> void resize(T *&block, unsigned count) {
-    auto *moved = static_cast<T *>(ZPZoneRealloc(nullptr, block, count * sizeof(T)));
-    if (!moved) ZPException::raise_format(ZPMallocException, "*** out of memory for a notification center"_zp);
-    block = moved;
+    block = _ZPReallocate(block, count, nullptr, "a notification center");
 }
 
 void sendNotification(objc_object *observer, SEL selector, ZPNotification *notification) {
@@ -120,7 +125,7 @@ struct Snapshot {
 struct CenterMethods : ZPNotificationCenter {
     // ---- the tables
 
-    void insert(unsigned place) {
+    void insert(unsigned place) ZP_REQUIRES(tables) {
         const ZPObserverRecord &r = _registry[place];
         if (!r.name) {
             if (_niltable_size <= _niltable_count + 1) {
@@ -140,7 +145,7 @@ struct CenterMethods : ZPNotificationCenter {
         _hashtable[slot] = int(place);
     }
 
-    void rebuild() {
+    void rebuild() ZP_REQUIRES(tables) {
         unsigned slots = 128;
         while (slots < 4 * (_registry_count + 16)) slots *= 2;
         resize(_hashtable, slots + 10);
@@ -154,7 +159,7 @@ struct CenterMethods : ZPNotificationCenter {
     }
 
     // Writes another value over the record's own entry in its index.
-    void mark(unsigned place, int value) {
+    void mark(unsigned place, int value) ZP_REQUIRES(tables) {
         const ZPObserverRecord &r = _registry[place];
         int *entry = r.name ? _hashtable + (r.hash & _hashtable_count) : _niltable;
         while (*entry != int(place)) {
@@ -172,7 +177,7 @@ struct CenterMethods : ZPNotificationCenter {
     // ---- adding and removing
 
     void enter(const ZPObserverRecord &r) {
-        Locked hold(_lock);
+        Locked hold(_lock, tables);
         if (_registry_count == _registry_size) {
             resize(_observers, _registry_size + 64);
             resize(_registry, _registry_size + 64);
@@ -204,7 +209,7 @@ struct CenterMethods : ZPNotificationCenter {
     }
 
     // The observer's next record; past `high` when there is none.
-    long placeOf(const objc_object *observer, long low, long high) const {
+    long placeOf(const objc_object *observer, long low, long high) const ZP_REQUIRES(tables) {
         constexpr int stride = 16;
         for (; low + stride <= high + 1; low += stride) {
             unsigned found = 0;
@@ -223,14 +228,14 @@ struct CenterMethods : ZPNotificationCenter {
         if (!observer) return;
         std::vector<ZPString *> names;  // released when the lock is free: a release may run a client's code
         {
-            Locked hold(_lock);
+            Locked hold(_lock, tables);
             if (!_registry_count) return;
             auto matches = [&](long place) {
                 if (_observers[place] != observer.pointer()) return false;
                 const ZPObserverRecord &r = _registry[place];
                 return (!object || r.object == object) && (!name || (r.name && isNamed(r, name)));
             };
-            auto remove = [&](unsigned place) {
+            auto remove = [&](unsigned place) ZP_REQUIRES(tables) {
                 mark(place, deleted);
                 if (_registry[place].name) names.push_back(_registry[place].name);
                 setCount(_registry_count - 1);
@@ -258,7 +263,7 @@ struct CenterMethods : ZPNotificationCenter {
 
     void collect(Snapshot &calls, ZPString *name, id object) {
         unsigned hash = name ? name->hash() : 0;
-        Locked hold(_lock);
+        Locked hold(_lock, tables);
         if (!_registry_count) return;
         for (unsigned i = 0; i < _niltable_count; ++i) {
             if (_niltable[i] == deleted) continue;
@@ -300,7 +305,7 @@ struct CenterMethods : ZPNotificationCenter {
     }
 
     // A post to a center without observers looks at the count alone.
-    void setCount(unsigned count) { __atomic_store_n(&_registry_count, count, __ATOMIC_RELAXED); }
+    void setCount(unsigned count) ZP_REQUIRES(tables) { __atomic_store_n(&_registry_count, count, __ATOMIC_RELAXED); }
     BOOL hasObservers() { return __atomic_load_n(&_registry_count, __ATOMIC_RELAXED) != 0; }
 
     void postNotification(ZPNotification *notification) {
@@ -339,7 +344,7 @@ struct CenterMethods : ZPNotificationCenter {
         bool isFront = self == ZPNotificationCenter::class_();
         if (isFront)
             if (ZPNotificationCenter *center = __atomic_load_n(&centerOfAll, __ATOMIC_ACQUIRE)) return center;
-        Locked hold(defaultCenterLock);
+        Locked hold(defaultCenterLock, defaults);
         if (isFront) {
             if (centerOfAll) return centerOfAll;
         } else if (centersOfSubclasses) {
@@ -368,7 +373,7 @@ struct CenterMethods : ZPNotificationCenter {
                                       _ZPMethodExceptionProem(id(self), "setDefaultCenter:forClass:"_sel));
         ZPRef<ZPNotificationCenter> old;  // released when the lock is free
         {
-            Locked hold(defaultCenterLock);
+            Locked hold(defaultCenterLock, defaults);
             if (cls == ZPNotificationCenter::class_()) {
                 if (centerOfAll) ignoreBundles(centerOfAll);
                 old = ZPAdopt(centerOfAll);
@@ -402,7 +407,7 @@ struct CenterMethods : ZPNotificationCenter {
     // A bundle's categories may have replaced methods.
     void bundleLoaded(ZPNotification *notification) {
         if (notification->userInfo()) return;
-        Locked hold(_lock);
+        Locked hold(_lock, tables);
         for (unsigned i = 0; i < _registry_count; ++i)
             _registry[i].implementation = implementationFor(_registry[i].observer, _registry[i].selector);
     }
@@ -416,7 +421,7 @@ struct CenterMethods : ZPNotificationCenter {
         } copy;
         unsigned capacity;
         {
-            Locked hold(_lock);
+            Locked hold(_lock, tables);
             copy.records.assign(_registry, _registry + _registry_count);
             capacity = _registry_size;
             for (auto &r : copy.records) r.name->retain();

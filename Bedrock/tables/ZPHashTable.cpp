@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/tables/ZPHashTable.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/tables/ZPTables+Internal.h>
 
 #include <cstring>
@@ -74,10 +75,10 @@ static void add(ZPHashTable *table, ZPSimpleSetBucket *place, const void *item, 
 
 ZPHashTable *ZPCreateHashTableWithZone(ZPHashCallBacks callBacks, unsigned capacity, ZPZone *zone) {
     ZPSimpleSet *set = ZPCreateSimpleSet(capacity, callBacks.isEqual ? isEqual : nullptr, zone);
-    auto *table = static_cast<ZPHashTable *>(ZPZoneMalloc(zone, sizeof(ZPHashTable)));
+    auto *table = _ZPTryAllocate<ZPHashTable>(1, zone);
     if (!table) {
         ZPFreeSimpleSet(set);
-        ZPException::raise_format(ZPMallocException, "*** ZPCreateHashTableWithZone(): out of memory"_zp);
+        _ZPRaiseTooMuch("ZPCreateHashTableWithZone(): out of memory");
     }
     *table = {set, callBacks};
     return table;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/tables/ZPMapTable.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/tables/ZPTables+Internal.h>
 
 using T = ZPMapTable;
@@ -56,10 +57,10 @@ static void add(ZPMapTable *table, ZPSimpleDictionaryBucket *place, const void *
 ZPMapTable *ZPCreateMapTableWithZone(ZPMapKeyCallBacks keyCallBacks, ZPMapValueCallBacks valueCallBacks,
                                      unsigned capacity, ZPZone *zone) {
     ZPSimpleDictionary *dictionary = ZPCreateSimpleDictionary(capacity, keyCallBacks.isEqual ? isEqual : nullptr, zone);
-    auto *table = static_cast<ZPMapTable *>(ZPZoneMalloc(zone, sizeof(ZPMapTable)));
+    auto *table = _ZPTryAllocate<ZPMapTable>(1, zone);
     if (!table) {
         ZPFreeSimpleDictionary(dictionary);
-        ZPException::raise_format(ZPMallocException, "*** ZPCreateMapTableWithZone(): out of memory"_zp);
+        _ZPRaiseTooMuch("ZPCreateMapTableWithZone(): out of memory");
     }
     *table = {dictionary, keyCallBacks, valueCallBacks};
     return table;

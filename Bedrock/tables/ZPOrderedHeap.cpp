@@ -8,6 +8,7 @@
 // A comparison may raise: the element on its way is then put into the gap that it left, so the heap stays whole.
 #include <Bedrock/tables/ZPOrderedHeap.h>
 
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
 
@@ -102,31 +103,25 @@ void makeRoom(ZPOrderedHeap *heap, unsigned more) {
     std::uint64_t needed = std::uint64_t(heap->count) + more, capacity = heap->capacity;
     if (needed <= capacity) return;
     while (capacity < needed) capacity = 2 * capacity + 1;
-    void *storage = nullptr;
+    ZPHeapElement *storage = nullptr;
     if (capacity <= 0xFFFFFFFF) {
         ZPZone *zone = ZPZoneFromPointer(heap);
-        std::size_t bytes = capacity * sizeof(ZPHeapElement);
-        storage = heap->storage ? ZPZoneRealloc(zone, heap->storage, bytes) : ZPZoneMalloc(zone, bytes);
+        storage = heap->storage ? _ZPTryReallocate(heap->storage, capacity, zone)
+                                : _ZPTryAllocate<ZPHeapElement>(capacity, zone);
     }
-    if (!storage)
-        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %llu elements"_zp,
-                                  "ZPAddToOrderedHeap", needed);
-    heap->storage = static_cast<ZPHeapElement *>(storage);
+    if (!storage) _ZPRaiseOutOfMemoryIn("ZPAddToOrderedHeap", "%llu elements", static_cast<unsigned long long>(needed));
+    heap->storage = storage;
     heap->capacity = unsigned(capacity);
 }
 
 }  // namespace
 
 ZPOrderedHeap *ZPCreateOrderedHeapFromZone(ZPHeapComparison comparison, unsigned capacity, ZPZone *zone) {
-    auto *heap = static_cast<ZPOrderedHeap *>(ZPZoneMalloc(zone, sizeof(ZPOrderedHeap)));
-    void *storage = heap && capacity ? ZPZoneMalloc(zone, capacity * sizeof(ZPHeapElement)) : nullptr;
-    if (!heap || (capacity && !storage)) {
-        if (heap) ZPZoneFree(zone, heap);
-        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u elements"_zp,
-                                  "ZPCreateOrderedHeap", capacity);
-    }
-    *heap = {comparison ? comparison : compareWords, 0, capacity, static_cast<ZPHeapElement *>(storage)};
-    return heap;
+    _ZPBlock heap(_ZPTryAllocate<ZPOrderedHeap>(1, zone), zone);
+    auto *storage = heap.memory && capacity ? _ZPTryAllocate<ZPHeapElement>(capacity, zone) : nullptr;
+    if (!heap.memory || (capacity && !storage)) _ZPRaiseOutOfMemoryIn("ZPCreateOrderedHeap", "%u elements", capacity);
+    *heap.memory = {comparison ? comparison : compareWords, 0, capacity, storage};
+    return heap.take();
 }
 
 ZPOrderedHeap *ZPCreateOrderedHeap(ZPHeapComparison comparison, unsigned capacity) {

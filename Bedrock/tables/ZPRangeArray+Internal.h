@@ -3,6 +3,7 @@
 #pragma once
 
 #include <Bedrock/core/ZPException.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/tables/ZPRangeArray.h>
 #include <Bedrock/tables/ZPTables+Internal.h>
 
@@ -59,7 +60,9 @@ inline unsigned _ZPPositionOfLocation(const ZPRangeArray *list, unsigned locatio
 // ---- memory ----
 
 /// Cleared memory of a zone; raises ZPMallocException.
-void *_ZPRangeMemory(std::size_t count, std::size_t size, ZPZone *zone);
+template <class T> T *_ZPRangeMemory(std::size_t count, ZPZone *zone) {
+    return _ZPAllocateCleared<T>(count, zone, "%lu ranges", static_cast<unsigned long>(count));
+}
 /// Capacity for a request.
 unsigned _ZPRangeCapacity(unsigned request);
 /// Readies a list that lies in a record of the zone.

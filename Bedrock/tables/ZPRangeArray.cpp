@@ -3,6 +3,7 @@
 // doubles; a removal from a list that is less than half full first halves an even capacity above 4.
 #include <Bedrock/tables/ZPRangeArray+Internal.h>
 #include <Bedrock/core/ZPScope.h>
+#include <Bedrock/core/Memory.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -10,37 +11,27 @@
 namespace {
 
 void resize(ZPRangeArray *list, unsigned capacity) {
-    void *ranges = ZPZoneRealloc(ZPZoneFromPointer(list->ranges), list->ranges, capacity * sizeof(ZPRange));
+    ZPRange *ranges = _ZPTryReallocate(list->ranges, capacity, ZPZoneFromPointer(list->ranges));
     if (!ranges) {
         // Room that cannot be given back is kept.
         if (capacity < list->capacity) return;
-        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u ranges"_zp,
-                                  "ZPRangeArrayInsertRangeAtIndex", capacity);
+        _ZPRaiseOutOfMemoryIn("ZPRangeArrayInsertRangeAtIndex", "%u ranges", capacity);
     }
-    list->ranges = static_cast<ZPRange *>(ranges);
+    list->ranges = ranges;
     if (capacity > list->capacity) std::fill(list->ranges + list->capacity, list->ranges + capacity, ZPRange{});
     list->capacity = capacity;
 }
 
 }  // namespace
 
-void *_ZPRangeMemory(std::size_t count, std::size_t size, ZPZone *zone) {
-    void *memory = ZPZoneCalloc(zone, count, size);
-    if (!memory)
-        ZPException::raise_format(ZPMallocException, "*** out of memory for %lu ranges"_zp,
-                                  static_cast<unsigned long>(count));
-    return memory;
-}
-
 unsigned _ZPRangeCapacity(unsigned request) {
-    if (request > 0xFFFFFFFBu)
-        ZPException::raise_format(ZPMallocException, "*** out of memory for %u ranges"_zp, request);
+    if (request > 0xFFFFFFFBu) _ZPRaiseOutOfMemory("%u ranges", request);
     return (request & ~3u) + 4;
 }
 
 void _ZPStartRangeList(ZPRangeArray *list, unsigned capacity, ZPZone *zone) {
     unsigned slots = _ZPRangeCapacity(capacity);
-    *list = {static_cast<ZPRange *>(_ZPRangeMemory(slots, sizeof(ZPRange), zone)), 0, slots};
+    *list = {_ZPRangeMemory<ZPRange>(slots, zone), 0, slots};
 }
 
 void _ZPEndRangeList(ZPRangeArray *list) {
@@ -50,8 +41,7 @@ void _ZPEndRangeList(ZPRangeArray *list) {
 
 unsigned _ZPGrownRangeCapacity(const ZPRangeArray *list) {
     if (list->count < list->capacity) return list->capacity;
-    if (list->capacity > 0x7FFFFFFF)
-        ZPException::raise_format(ZPMallocException, "*** out of memory for %u ranges"_zp, list->capacity);
+    if (list->capacity > 0x7FFFFFFF) _ZPRaiseOutOfMemory("%u ranges", list->capacity);
     return list->capacity * 2;
 }
 
@@ -110,7 +100,7 @@ void _ZPRangeText::flush() {
 // ---- the exported functions ----
 
 ZPRangeArray *ZPCreateRangeArrayWithZone(unsigned capacity, ZPZone *zone) {
-    ZPOwnedBlock array(static_cast<ZPRangeArray *>(_ZPRangeMemory(1, sizeof(ZPRangeArray), zone)));
+    _ZPBlock array(_ZPRangeMemory<ZPRangeArray>(1, zone), zone);
     _ZPStartRangeList(array, capacity, zone);
     return array.take();
 }

@@ -5,6 +5,7 @@
 #include <Bedrock/tables/ZPRangeValueArray.h>
 #include <Bedrock/core/ZPScope.h>
 
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/tables/ZPRangeArray+Internal.h>
 
@@ -45,9 +46,7 @@ void checkIndex(unsigned index, unsigned limit) {
 void growValues(ZPRangeValueArray *array) {
     unsigned capacity = _ZPGrownRangeCapacity(&array->list), former = array->list.capacity;
     if (capacity == former) return;
-    void *values = ZPZoneRealloc(ZPZoneFromPointer(array->values), array->values, capacity * sizeof(void *));
-    if (!values) ZPException::raise_format(ZPMallocException, "*** out of memory for %u ranges"_zp, capacity);
-    array->values = static_cast<void **>(values);
+    array->values = _ZPReallocate(array->values, capacity, ZPZoneFromPointer(array->values), "%u ranges", capacity);
     std::fill(array->values + former, array->values + capacity, nullptr);
 }
 
@@ -88,10 +87,10 @@ void removeRun(ZPRangeValueArray *array, unsigned index, unsigned run) {
 
 ZPRangeValueArray *ZPCreateRangeValueArrayWithZone(ZPRangeValueCallBacks callBacks, unsigned capacity, BOOL sorted,
                                                    ZPZone *zone) {
-    ZPOwnedBlock array(static_cast<ZPRangeValueArray *>(_ZPRangeMemory(1, sizeof(ZPRangeValueArray), zone)));
+    _ZPBlock array(_ZPRangeMemory<ZPRangeValueArray>(1, zone), zone);
     _ZPStartRangeList(&array->list, capacity, zone);
     ZPScope list{&array->list, _ZPEndRangeList};
-    array->values = static_cast<void **>(_ZPRangeMemory(array->list.capacity, sizeof(void *), zone));
+    array->values = _ZPRangeMemory<void *>(array->list.capacity, zone);
     (void)list.take();
     array->callBacks = callBacks;
     array->sorted = sorted ? YES : NO;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The plain functions of the hashing engine.
 #include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/tables/ZPHashingEngine.h>
 
@@ -16,8 +17,7 @@ template <class S> S *create(unsigned capacity, ZPSimpleEqualFunction *isEqual, 
     std::size_t bytes = ZPSimpleSize<S>(sizeClass);
     // The heap's own zero-filled blocks cost nothing until they are touched.
     void *memory = !zone || zone == ZPDefaultMallocZone() ? std::calloc(1, bytes) : ZPZoneCalloc(zone, 1, bytes);
-    if (!memory)
-        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u items"_zp, function, capacity);
+    if (!memory) _ZPRaiseOutOfMemoryIn(function, "%u items", capacity);
     S *s = static_cast<S *>(memory);
     s->info = sizeClass << 27;
     s->isEqual = isEqual;
@@ -33,8 +33,7 @@ template <class S>
 void addGrowing(S **reference, ZPSimpleBucketOf<S> *place, ZPSimpleBucketOf<S> entry, const char *function) {
     S *old = *reference;
     unsigned count = ZPSimpleCount(old) + 1;
-    if (count > ZPSimpleMaximumCount)
-        ZPException::raise_format(ZPMallocException, "*** %s(): more than %u items"_zp, function, ZPSimpleMaximumCount);
+    if (count > ZPSimpleMaximumCount) _ZPRaiseTooMuch("%s(): more than %u items", function, ZPSimpleMaximumCount);
     S *s = create<S>(count, old->isEqual, ZPZoneFromPointer(old), function);
     *place = entry;
     old->info++;
@@ -82,9 +81,7 @@ template <class S> void sweep(S *s) {
 template <class S> S *copy(S *source, ZPZone *zone, const char *function) {
     std::size_t bytes = ZPSimpleSize<S>(ZPSimpleClass(source));
     void *memory = ZPZoneMalloc(zone, bytes);
-    if (!memory)
-        ZPException::raise_format(ZPMallocException, "*** %s(): out of memory for %u items"_zp, function,
-                                  ZPSimpleCount(source));
+    if (!memory) _ZPRaiseOutOfMemoryIn(function, "%u items", ZPSimpleCount(source));
     S *s = static_cast<S *>(std::memcpy(memory, static_cast<void *>(source), bytes));
     s->retainCount = 0;
     return s;

@@ -26,7 +26,7 @@ BOOL store(unsigned *to, unsigned index) {
 }  // namespace
 
 ZPSparseIndexArray *ZPCreateSparseIndexArrayWithZone(unsigned capacity, ZPZone *zone) {
-    ZPOwnedBlock array(static_cast<ZPSparseIndexArray *>(_ZPRangeMemory(1, sizeof(ZPSparseIndexArray), zone)));
+    _ZPBlock array(_ZPRangeMemory<ZPSparseIndexArray>(1, zone), zone);
     _ZPStartRangeList(&array->list, capacity, zone);
     return array.take();
 }

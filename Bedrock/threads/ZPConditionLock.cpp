@@ -21,21 +21,15 @@ struct Pair {
 };
 
 struct State : Pair {
-    BOOL locked = NO;
-    int value = 0;
-};
-
-struct Holding {
-    struct mutex &mutex;
-    explicit Holding(struct mutex &m) : mutex(m) { mutex_lock(&m); }
-    ~Holding() { mutex_unlock(&mutex); }
+    BOOL locked ZP_GUARDED_BY(mutex) = NO;
+    int value ZP_GUARDED_BY(mutex) = 0;  // read without it by `condition`
 };
 
 constexpr double unlimited = 1e20;
 
 struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
     id initWithCondition(int condition) {
-        part().value = condition;
+        __atomic_store_n(&part().value, condition, __ATOMIC_RELAXED);
         return objc_super<ZPConditionLock>(this).send<id>("init"_sel);
     }
     int condition() { return __atomic_load_n(&part().value, __ATOMIC_RELAXED); }
@@ -43,7 +37,7 @@ struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
     // Takes the lock once `fits` and it is free; an unlimited wait has no time-out.
     template <class F> BOOL takeWhen(F fits, double limit) {
         State &s = part();
-        Holding hold(s.mutex);
+        ZPHolding hold(s.mutex);
         while (s.locked || !fits(s.value)) {
             double remaining = limit == unlimited ? unlimited : limit - cthread_time();
             if (remaining < 0 || !condition_wait_timeout(&s.condition, &s.mutex, remaining)) return NO;
@@ -68,7 +62,7 @@ struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
     void free(const int *condition) {
         // Waking under the mutex: whoever takes the lock next may deallocate it.
         State &s = part();
-        Holding hold(s.mutex);
+        ZPHolding hold(s.mutex);
         if (condition) __atomic_store_n(&s.value, *condition, __ATOMIC_RELAXED);
         s.locked = NO;
         condition_broadcast(&s.condition);
@@ -78,7 +72,7 @@ struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
         BOOL locked;
         int value;
         {
-            Holding hold(s.mutex);
+            ZPHolding hold(s.mutex);
             locked = s.locked;
             value = s.value;
         }
@@ -86,11 +80,12 @@ struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
     }
 };
 
+// The mutex is held from one message to another, which no analysis follows.
 struct ConditionMethods : _ZPLockMethods<ZPCondition, Pair> {
-    void lock() { mutex_lock(&part().mutex); }
-    void unlock() { mutex_unlock(&part().mutex); }
-    void wait() { condition_wait_timeout(&part().condition, &part().mutex, unlimited); }
-    BOOL waitUntilDate(ZPDate *limit) {
+    void lock() ZP_UNCHECKED_LOCKING { mutex_lock(&part().mutex); }
+    void unlock() ZP_UNCHECKED_LOCKING { mutex_unlock(&part().mutex); }
+    void wait() ZP_UNCHECKED_LOCKING { condition_wait_timeout(&part().condition, &part().mutex, unlimited); }
+    BOOL waitUntilDate(ZPDate *limit) ZP_UNCHECKED_LOCKING {
         double seconds = objc_msgSend<double>(id(reinterpret_cast<objc_object *>(limit)), "timeIntervalSinceNow"_sel);
         return seconds >= 0 && condition_wait_timeout(&part().condition, &part().mutex, seconds);
     }

@@ -15,7 +15,6 @@
 #include <Bedrock/platform/kernel/Kernel.h>
 
 #include <memory>
-#include <mutex>
 #include <utility>
 
 extern "C" {
@@ -38,10 +37,10 @@ void post(ZPString *name, id object) {
 
 // Several foreign threads may come here at once: the first takes the step and the others wait for its hooks. The
 // notification goes out without the lock, so that an observer may start a thread and wait for it.
+constinit recursive_mutex becoming;  // a class's hook may start a thread itself
 void becomeMultiThreaded() {
-    static std::recursive_mutex &mutex = *new std::recursive_mutex;  // a class's hook may start a thread itself
     {
-        std::lock_guard lock(mutex);
+        ZPHolding hold(becoming);
         if (multiThreaded) return;
         __atomic_store_n(&multiThreaded, YES, __ATOMIC_RELEASE);
         objc_msgSend(classNamed("ZPObject"), "_taskNowMultiThreaded"_sel);

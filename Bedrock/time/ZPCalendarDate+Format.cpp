@@ -5,6 +5,7 @@
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/core/ZPLogTimeStamp.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/time/ZPLocale.h>
@@ -114,10 +115,10 @@ struct Formatter {
             while (at < length && units[at] != '%') ++at;
             output.add(units + plain, at - plain);
             if (at++ >= length) return;
-            bool hasWidth = at < length && units[at] >= '0' && units[at] <= '9';
+            bool hasWidth = at < length && _ZPIsDigit(units[at]);
             char fill = hasWidth && units[at] == '0' ? '0' : ' ';
             unsigned width = 0;
-            for (; at < length && units[at] >= '0' && units[at] <= '9'; ++at)
+            for (; at < length && _ZPIsDigit(units[at]); ++at)
                 width = std::min(mostWidth, width * 10 + (units[at] - '0'));
             if (at >= length) return;
             auto number = [&](long long value, unsigned ownWidth) {

@@ -2,6 +2,7 @@
 // Text to dates.
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
 
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
@@ -45,8 +46,7 @@ struct Text : _ZPUnitsOf {
     bool digits(unsigned most, int &value) {
         unsigned from = at;
         int sum = 0;
-        for (; at < length && at - from < most && units[at] >= '0' && units[at] <= '9'; ++at)
-            sum = sum * 10 + (units[at] - '0');
+        for (; at < length && at - from < most && _ZPIsDigit(units[at]); ++at) sum = sum * 10 + (units[at] - '0');
         if (at == from) return false;
         value = sum;
         return true;
@@ -193,7 +193,7 @@ BOOL _ZPParseFixedDate(ZPString *string, double *time, int *offset) {
     auto digits = [&](long long &value) {
         unsigned from = text.at;
         value = 0;
-        for (; text.at < text.length && text.units[text.at] >= '0' && text.units[text.at] <= '9'; ++text.at)
+        for (; text.at < text.length && _ZPIsDigit(text.units[text.at]); ++text.at)
             value = std::min(value * 10 + (text.units[text.at] - '0'), 2147483647LL);
         return text.at > from;
     };

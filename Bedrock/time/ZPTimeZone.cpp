@@ -10,6 +10,7 @@
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/host/Host.h>
+#include <Bedrock/platform/kernel/Lock.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/strings/ZPStringEncoding.h>
@@ -19,7 +20,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 #include <unordered_map>
 
 ZP_FORWARD(ZPCoder);
@@ -30,12 +30,13 @@ namespace {
 // ---- the caches ----
 
 struct Caches {
-    std::mutex mutex;
-    ZPMutableDictionary *byAbbreviation = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(16);
-    std::unordered_map<int, ZPTimeZoneDetail *> fixed;  // by minutes, those west of GMT less one
+    struct mutex mutex;
+    ZPMutableDictionary *byAbbreviation ZP_PT_GUARDED_BY(mutex) =
+        (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(16);
+    std::unordered_map<int, ZPTimeZoneDetail *> fixed ZP_GUARDED_BY(mutex);  // by minutes, those west of GMT less one
     ZPTimeZoneDetail *standard = nullptr;  // the default zone, retained
 
-    void enter(ZPString *abbreviation, ZPTimeZoneDetail *detail) {
+    void enter(ZPString *abbreviation, ZPTimeZoneDetail *detail) ZP_REQUIRES(mutex) {
         byAbbreviation->setObject_forKey(detail, abbreviation);
     }
 };
@@ -50,7 +51,7 @@ BOOL isGMT(ZPString *name) { return name->isEqualToString("GMT"_zp) || name->isE
 
 ZPTimeZoneDetail *namedGMT(ZPString *name) {
     Caches &c = caches();
-    std::lock_guard lock(c.mutex);
+    ZPHolding hold(c.mutex);
     auto *known = (ZPTimeZoneDetail *)c.byAbbreviation->objectForKey(name).pointer();
     if (!known) {
         known = ZPConcreteTimeZone::alloc()->initWithName_abbreviation_secondsFromGMT(name, name, 0);
@@ -63,7 +64,7 @@ ZPTimeZoneDetail *fixedDetail(int seconds) {
     long long distance = seconds < 0 ? -static_cast<long long>(seconds) : seconds;
     int key = int(seconds < 0 ? -(distance / 60) - 1 : distance / 60);
     Caches &c = caches();
-    std::lock_guard lock(c.mutex);
+    ZPHolding hold(c.mutex);
     ZPTimeZoneDetail *&known = c.fixed[key];
     if (!known) {
         ZPAutoreleasePoolScope pool;
@@ -106,7 +107,7 @@ ZPHostTimeZoneDetail *hostDetail(const ZPHostZoneKind *kind, BOOL isKept) {
     if (ZPHostTimeZoneDetail *found = findHostDetail(kind)) return found;
     ZPAutoreleasePoolScope pool;
     Caches &c = caches();
-    std::lock_guard lock(c.mutex);
+    ZPHolding hold(c.mutex);
     if (ZPHostTimeZoneDetail *found = findHostDetail(kind)) return found;
     char zone[256];
     ZPString *shown = textOfHost(kind->abbreviation),
@@ -151,7 +152,7 @@ struct ZoneMethods : ZPTimeZone {
         (void)known;
         Caches &c = caches();
         {
-            std::lock_guard lock(c.mutex);
+            ZPHolding hold(c.mutex);
             if (id found = c.byAbbreviation->objectForKey(abbreviation)) return (ZPTimeZoneDetail *)found.pointer();
         }
         return nullptr;

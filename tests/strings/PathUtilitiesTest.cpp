@@ -150,7 +150,8 @@ TEST_F(Paths, AreTakenToPiecesAndPutTogether) {
                                  {u"/\u4e2d", {u"/", u"\u4e2d"}},
                                  {u"c:x", {u"c:", u"x"}},
                                  {u"", {}}})
-        inEveryForm(path, [&](const Form &, ZPString *s) { EXPECT_EQ(listOf(s->pathComponents()), wanted); });
+        inEveryForm(path,
+                    [&, &parts = wanted](const Form &, ZPString *s) { EXPECT_EQ(listOf(s->pathComponents()), parts); });
     auto joined = [](std::initializer_list<ZPString *> parts) {
         ZPMutableArray *list = ZPMutableArray::array();
         for (ZPString *p : parts) list->addObject(p);

@@ -3,6 +3,8 @@
 #include <Bedrock/archiving/grammar/Grammar.h>
 #include <Bedrock/core/ZPRef.h>
 
+#include <Bedrock/core/Digits.h>
+
 namespace {
 
 using Node = _ZPParserSyntaxNode;
@@ -207,7 +209,7 @@ struct Rules : ZPParser {
             for (unsigned i = 0; i < count; ++i) {
                 unichar c = digits->characterAtIndex(i);
                 if (c >= 'A' && c <= 'Z') c |= 0x20;
-                int digit = c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+                int digit = _ZPHexValue(c);
                 if (digit < 0) ZPParser::parseError("Incorrect hex digit: %c"_zp, int(c));
                 byte = byte << 4 | unsigned(digit);
                 if (i % 2) bytes.push_back(static_cast<unsigned char>(byte));

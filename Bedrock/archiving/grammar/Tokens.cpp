@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The tokenizer.
 #include <Bedrock/archiving/grammar/Grammar.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
 namespace {
-
-int hexDigit(unsigned c) {
-    if (c >= '0' && c <= '9') return int(c - '0');
-    c |= 0x20;
-    return c >= 'a' && c <= 'f' ? int(c - 'a' + 10) : -1;
-}
-bool isDigit(unsigned c) { return c >= '0' && c <= '9'; }
-bool isOctal(unsigned c) { return c >= '0' && c <= '7'; }
 
 struct Tokenizer : ZPParser {
     _ZPParserState &s() { return *_state; }
@@ -74,25 +67,19 @@ struct Tokenizer : ZPParser {
         unsigned c = s().read();
         switch (c) {
         case 0: return unterminated();
-        case 'a': return s().store(7);
-        case 'b': return s().store(8);
-        case 'f': return s().store(12);
-        case 'n': return s().store(10);
-        case 'r': return s().store(13);
-        case 't': return s().store(9);
-        case 'v': return s().store(11);
         case 'U': {
             unsigned value = 0;
-            for (int i = 0, digit; i < 4 && (digit = hexDigit(s().peek())) >= 0; ++i) {
+            for (int i = 0, digit; i < 4 && (digit = _ZPHexValue(s().peek())) >= 0; ++i) {
                 value = value << 4 | unsigned(digit);
                 s().read();
             }
             return s().store(value);
         }
         default:
-            if (isOctal(c)) {
+            if (unsigned control = _ZPControlOfEscape(c)) return s().store(control);
+            if (_ZPIsOctalDigit(c)) {
                 unsigned value = c - '0';
-                for (int i = 0; i < 2 && isOctal(s().peek()); ++i) value = value << 3 | (s().read() - '0');
+                for (int i = 0; i < 2 && _ZPIsOctalDigit(s().peek()); ++i) value = value << 3 | (s().read() - '0');
                 return s().store(ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(value)));
             }
             if (c >= 0x80 && s().inputIsNarrow) return narrowCharacter(c);
@@ -101,7 +88,7 @@ struct Tokenizer : ZPParser {
     }
 
     unsigned digitsFrom(unsigned i) {
-        while (i < s().length && isDigit(s().at(i))) ++i;
+        while (i < s().length && _ZPIsDigit(s().at(i))) ++i;
         return i;
     }
     // Answers the token's kind, 0 when there is no number.
@@ -176,7 +163,7 @@ struct Tokenizer : ZPParser {
             quoted(c);
             return ZPQuotedToken;
         }
-        if ((isDigit(c) && (s().integers || s().floats)) || (c == '.' && s().floats))
+        if ((_ZPIsDigit(c) && (s().integers || s().floats)) || (c == '.' && s().floats))
             if (unsigned kind = number()) return kind;
         bool starts = _ZPParserState::in(s().unquotedStart, c);
         if (starts && c < 0x80) {

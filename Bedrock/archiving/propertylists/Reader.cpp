@@ -6,6 +6,7 @@
 #include <Bedrock/collections/ZPElements.h>
 #include <Bedrock/collections/ZPMakers.h>
 #include <Bedrock/data/ZPData.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/platform/objects/Slabs.h>
 #include <Bedrock/strings/cluster/Keys.h>
 
@@ -19,7 +20,7 @@ struct Classes {
     unsigned char of[256];
     constexpr Classes() : of() {
         for (unsigned c = 0; c < 256; ++c) {
-            bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'), digit = c >= '0' && c <= '9';
+            bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'), digit = _ZPIsDigit(c);
             if (letter || digit || c == '_' || c == '$' || c == '/' || c == ':' || c == '.') of[c] |= Unquoted;
             if ((c >= 9 && c <= 13) || c == ' ') of[c] |= Blank;
             if (digit || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F')) of[c] |= Hex;
@@ -34,12 +35,7 @@ ZP_INLINE bool is(unsigned c, unsigned char cls) { return c < 256 && classes.of[
 struct HexDigits {
     unsigned char of[256];
     constexpr HexDigits() : of() {
-        for (unsigned c = 0; c < 256; ++c) {
-            unsigned low = c | 0x20;
-            of[c] = static_cast<unsigned char>(c >= '0' && c <= '9'       ? c - '0'
-                                               : low >= 'a' && low <= 'f' ? low - 'a' + 10
-                                                                          : 0xFF);
-        }
+        for (unsigned c = 0; c < 256; ++c) of[c] = static_cast<unsigned char>(_ZPHexValue(c));
     }
 };
 constexpr HexDigits hexDigits;
@@ -321,14 +317,11 @@ template <class U> struct Reader {
     bool escaped(unsigned &c) {
         if (p == end) return false;
         c = *p++;
+        if (unsigned control = _ZPControlOfEscape(c)) {
+            c = control;
+            return true;
+        }
         switch (c) {
-        case 'a': c = 7; break;
-        case 'b': c = 8; break;
-        case 'f': c = 12; break;
-        case 'n': c = 10; break;
-        case 'r': c = 13; break;
-        case 't': c = 9; break;
-        case 'v': c = 11; break;
         case 'U':
             c = 0;
             for (int i = 0; i < 4 && p != end && is(*p, Hex); ++i) c = c << 4 | hexDigit(*p++);
@@ -342,7 +335,7 @@ template <class U> struct Reader {
         case '6':
         case '7':
             c -= '0';
-            for (int i = 0; i < 2 && p != end && *p >= '0' && *p <= '7'; ++i) c = c << 3 | unsigned(*p++ - '0');
+            for (int i = 0; i < 2 && p != end && _ZPIsOctalDigit(*p); ++i) c = c << 3 | unsigned(*p++ - '0');
             c = ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(c));
             break;
         default:

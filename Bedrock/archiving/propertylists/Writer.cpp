@@ -6,6 +6,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/data/ZPDataView.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
@@ -24,8 +25,8 @@ struct Classes {
     char escape[128];
     constexpr Classes() : of(), escape() {
         for (unsigned c = 0; c < 128; ++c) {
-            bool bare = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-                        c == '$' || c == '.';
+            bool bare =
+                (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || _ZPIsDigit(c) || c == '_' || c == '$' || c == '.';
             of[c] = bare ? Bare : c == '/' ? Slash : c >= 32 && c < 127 ? Quoted : Octal;
         }
         for (auto [c, e] : {std::pair('\n', 'n'),
@@ -48,30 +49,20 @@ class Text {
     char *_bytes = nullptr;
     unichar *_units = nullptr;
     std::size_t _length = 0, _capacity = 0;
+    static constexpr const char *what = "a property list of %u characters";
 
     ZP_COLD void grow(std::size_t more) {
         std::size_t size = std::max<std::size_t>(256, std::max(_capacity * 2, _length + more));
         if (size > 0x7FFFFFFF) {
             size = _length + more;
-            if (size > 0x7FFFFFFF)
-                ZPException::raise_format(ZPMallocException, "*** a property list of more than %d characters"_zp,
-                                          0x7FFFFFFF);
+            if (size > 0x7FFFFFFF) _ZPRaiseTooMuch("a property list of more than %d characters", 0x7FFFFFFF);
         }
-        void *block =
-            _units ? ZPZoneRealloc(nullptr, _units, size * sizeof(unichar)) : ZPZoneRealloc(nullptr, _bytes, size);
-        if (!block)
-            ZPException::raise_format(ZPMallocException, "*** out of memory for a property list of %u characters"_zp,
-                                      unsigned(size));
-        if (_units) _units = static_cast<unichar *>(block);
-        else _bytes = static_cast<char *>(block);
+        if (_units) _units = _ZPReallocate(_units, size, nullptr, what, unsigned(size));
+        else _bytes = _ZPReallocate(_bytes, size, nullptr, what, unsigned(size));
         _capacity = size;
     }
     ZP_COLD void widen() {
-        auto *units =
-            static_cast<unichar *>(ZPZoneMalloc(nullptr, std::max<std::size_t>(1, _capacity) * sizeof(unichar)));
-        if (!units)
-            ZPException::raise_format(ZPMallocException, "*** out of memory for a property list of %u characters"_zp,
-                                      unsigned(_capacity));
+        unichar *units = _ZPAllocate<unichar>(_capacity, nullptr, what, unsigned(_capacity));
         std::copy_n(_bytes, _length, units);
         if (_bytes) ZPZoneFree(nullptr, _bytes);
         _bytes = nullptr;
@@ -189,22 +180,15 @@ char *putEscaped(char *at, unsigned c) {
         *at++ = static_cast<char>(c);
         return at;
     }
-    *at++ = '\\';
     if (c < 128 && classes.of[c] == Escape) {
+        *at++ = '\\';
         *at++ = classes.escape[c];
         return at;
     }
     unsigned char byte;
     // The paragraph separator has a byte, the line feed's, that does not come back as it.
-    if (c != 0x2029 && ZPPrecompUnicodeToKESTREL(static_cast<unichar>(c), &byte)) {
-        *at++ = static_cast<char>('0' + (byte >> 6));
-        *at++ = static_cast<char>('0' + (byte >> 3 & 7));
-        *at++ = static_cast<char>('0' + (byte & 7));
-        return at;
-    }
-    *at++ = 'U';
-    for (int shift = 12; shift >= 0; shift -= 4) *at++ = "0123456789abcdef"[c >> shift & 15];
-    return at;
+    if (c != 0x2029 && ZPPrecompUnicodeToKESTREL(static_cast<unichar>(c), &byte)) return _ZPPutByteEscape(at, byte);
+    return _ZPPutUnitEscape(at, c);
 }
 
 // Quoted text, a block of it at a time.
@@ -282,8 +266,9 @@ struct Writer {
     void data(ZPDataView view) {
         text.put('<');
         for (unsigned i = 0; i < view.length; ++i) {
-            text.put("0123456789abcdef"[view.bytes[i] >> 4]);
-            text.put("0123456789abcdef"[view.bytes[i] & 15]);
+            char pair[2];
+            _ZPPutHexByte(pair, view.bytes[i]);
+            text.put(pair, sizeof pair);
             if (i % 4 == 3) text.put(' ');
         }
         text.put('>');

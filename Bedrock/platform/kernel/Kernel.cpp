@@ -5,13 +5,14 @@
 #include <cmath>
 #include <ctime>
 #include <linux/futex.h>
+#include <new>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-void mutex_init(mutex *m) { pthread_mutex_init(&m->native, nullptr); }
+void mutex_init(mutex *m) { new (m) mutex; }
 void mutex_clear(mutex *m) { pthread_mutex_destroy(&m->native); }
-void mutex_lock(mutex *m) { pthread_mutex_lock(&m->native); }
-void mutex_unlock(mutex *m) { pthread_mutex_unlock(&m->native); }
+void mutex_lock(mutex *m) { m->lock(); }
+void mutex_unlock(mutex *m) { m->unlock(); }
 
 void condition_init(condition *c) {
     pthread_condattr_t attributes;

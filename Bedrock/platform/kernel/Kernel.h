@@ -4,13 +4,9 @@
 // may use them. Read this first.
 #pragma once
 
+#include <Bedrock/platform/kernel/Lock.h>
 #include <Bedrock/platform/ZPTypes.h>
 
-#include <pthread.h>
-
-struct mutex {
-    pthread_mutex_t native;
-};
 struct condition {
     pthread_cond_t native;
 };
@@ -18,13 +14,13 @@ struct condition {
 extern "C" {
 void mutex_init(mutex *m);
 void mutex_clear(mutex *m);
-void mutex_lock(mutex *m);
-void mutex_unlock(mutex *m);
+void mutex_lock(mutex *m) ZP_ACQUIRES(m);
+void mutex_unlock(mutex *m) ZP_RELEASES(m);
 void condition_init(condition *c);
 void condition_clear(condition *c);
 /// Waits until woken or until `seconds` have passed on the monotonic clock; releases the mutex while it
 /// waits. Non-zero when woken, zero on time-out. Times beyond what the clock holds wait without limit.
-int condition_wait_timeout(condition *c, mutex *m, double seconds);
+int condition_wait_timeout(condition *c, mutex *m, double seconds) ZP_REQUIRES(m);
 void condition_signal(condition *c);
 void condition_broadcast(condition *c);
 

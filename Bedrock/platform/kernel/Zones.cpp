@@ -9,10 +9,11 @@
 // the other is taken, except that a zone enters an arena into the map while it holds its own.
 #include <Bedrock/platform/ZPZone.h>
 
+#include <Bedrock/platform/kernel/Lock.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <new>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -29,12 +30,12 @@ struct Head {
 };
 
 struct ChildZone : ZPZone {
-    std::mutex mutex;
+    struct mutex mutex;
     std::size_t granularity;
     bool canFree;
     bool merged;
-    char *next, *end;
-    Head *freeBlocks[classCount];
+    char *next ZP_GUARDED_BY(mutex), *end ZP_GUARDED_BY(mutex);
+    Head *freeBlocks[classCount] ZP_GUARDED_BY(mutex);
 };
 
 struct Arena {
@@ -43,8 +44,8 @@ struct Arena {
 };
 
 struct Map {
-    std::mutex mutex;
-    std::vector<Arena> arenas;
+    struct mutex mutex;
+    std::vector<Arena> arenas ZP_GUARDED_BY(mutex);
 };
 Map &map() {
     alignas(Map) static char room[sizeof(Map)];
@@ -57,7 +58,7 @@ ChildZone *childZoneOf(const void *pointer) {
     if (__atomic_load_n(&arenaCount, __ATOMIC_ACQUIRE) == 0) return nullptr;
     auto address = reinterpret_cast<std::uintptr_t>(pointer);
     Map &m = map();
-    std::lock_guard lock(m.mutex);
+    ZPHolding hold(m.mutex);
     auto at = std::upper_bound(m.arenas.begin(), m.arenas.end(), address,
                                [](std::uintptr_t a, const Arena &r) { return a < r.begin; });
     if (at == m.arenas.begin()) return nullptr;
@@ -71,14 +72,14 @@ unsigned classOf(std::size_t size) {
     return c;
 }
 
-bool addArena(ChildZone *zone, std::size_t atLeast) {
+bool addArena(ChildZone *zone, std::size_t atLeast) ZP_REQUIRES(zone->mutex) {
     std::size_t page = vm_page_size(), bytes = std::max(zone->granularity, atLeast);
     bytes = (bytes + page - 1) / page * page;
     void *pages;
     if (!vm_allocate(&pages, bytes)) return false;
     auto begin = reinterpret_cast<std::uintptr_t>(pages);
     Map &m = map();
-    std::lock_guard lock(m.mutex);
+    ZPHolding hold(m.mutex);
     Arena arena{begin, begin + bytes, zone};
     try {
         m.arenas.insert(std::upper_bound(m.arenas.begin(), m.arenas.end(), arena,
@@ -99,7 +100,7 @@ void *allocateInChild(ZPZone *z, std::size_t size) {
     if (size > (std::size_t(1) << (classCount - 2))) return nullptr;
     unsigned c = classOf(size);
     std::size_t room = std::size_t(1) << c;
-    std::lock_guard lock(zone->mutex);
+    ZPHolding hold(zone->mutex);
     if (Head *head = zone->freeBlocks[c]) {
         zone->freeBlocks[c] = head->nextFree;
         return reinterpret_cast<char *>(head) + headSize;
@@ -117,7 +118,7 @@ void freeInChild(ZPZone *z, void *pointer) {
     auto *zone = static_cast<ChildZone *>(z);
     if (!pointer || !zone->canFree) return;
     Head *head = headOf(pointer);
-    std::lock_guard lock(zone->mutex);
+    ZPHolding hold(zone->mutex);
     unsigned c = classOf(head->size);
     head->nextFree = zone->freeBlocks[c];
     zone->freeBlocks[c] = head;
@@ -156,11 +157,12 @@ ZPZone *QLCreateChildZone(ZPZone *, std::size_t startSize, std::size_t granulari
     static_cast<ZPZone &>(*zone) = {reallocateInChild, allocateInChild, freeInChild, QLMergeZone, nullptr};
     zone->granularity = std::max<std::size_t>(granularity, vm_page_size());
     zone->canFree = canFree;
-    if (!addArena(zone, std::max<std::size_t>(startSize, headSize + 16))) {
-        delete zone;
-        return nullptr;
-    }
-    return zone;
+    zone->mutex.lock();  // nobody else knows the zone yet
+    bool made = addArena(zone, std::max<std::size_t>(startSize, headSize + 16));
+    zone->mutex.unlock();
+    if (made) return zone;
+    delete zone;
+    return nullptr;
 }
 
 void QLMergeZone(ZPZone *zone) {

@@ -57,7 +57,7 @@ unichar turkishCase(unichar u, bool lower) {
 using Convert = unsigned (*)(unichar, unichar *, unsigned);
 
 ZPString *adopted(ZPZoneBlock<unichar> &block, std::size_t written) {
-    if (written > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    if (written > 0xFFFFFFFF) _ZPRaiseOutOfMemory("a string");
     return _ZPNewStringAdoptingUnits(block.takeShrunk(written), unsigned(written), YES, nullptr)->autorelease();
 }
 

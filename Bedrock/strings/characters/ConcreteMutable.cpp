@@ -11,8 +11,7 @@
 namespace {
 
 unsigned char *newBits(ZPZone *zone) {
-    auto *bits = static_cast<unsigned char *>(ZPZoneCalloc(zone, 1, _ZPBitmapBytes));
-    if (!bits) ZPException::raise_format(ZPMallocException, "*** out of memory for a character set"_zp);
+    auto *bits = _ZPAllocateCleared<unsigned char>(_ZPBitmapBytes, zone, "a character set");
     return bits;
 }
 

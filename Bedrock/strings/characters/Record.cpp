@@ -2,6 +2,7 @@
 // Bitmaps, records and their dumps.
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/cluster/Cluster.h>
@@ -31,8 +32,7 @@ template <class F> void eachRun(const unsigned char *bits, F f) {
 }
 
 ZPCharacterSetRecord *newRecord(ZPZone *zone, std::size_t size) {
-    auto *record = static_cast<ZPCharacterSetRecord *>(ZPZoneMalloc(zone, size));
-    if (!record) ZPException::raise_format(ZPMallocException, "*** out of memory for a character set"_zp);
+    auto *record = reinterpret_cast<ZPCharacterSetRecord *>(_ZPAllocate<char>(size, zone, "a character set"));
     return record;
 }
 
@@ -225,10 +225,9 @@ unsigned ZPParseIntegerFromString(ZPString *string) {
             base = 16;
         }
         for (; at < length; ++at) {
-            unichar u = units[at], letter = u | 0x20;
-            if (u >= '0' && u <= '9') value = value * base + (u - '0');
-            else if (letter >= 'a' && letter <= 'f') value = value * base + (letter - 'a' + 10u);
-            else break;
+            int digit = _ZPHexValue(units[at]);
+            if (digit < 0) break;
+            value = value * base + unsigned(digit);
         }
         return value;
     });

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The standard sets. Below U+0100 they answer from tables; the full sets are published once, with release order,
 // and read with acquire, so that any number of threads may be the first to ask.
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/data/ZPData.h>
@@ -18,8 +19,8 @@ namespace {
 // Hexadecimal units and runs of them: "41-5A 5E".
 consteval void add(unsigned char (&row)[32], const char *text) {
     for (unsigned first = 0, value = 0, run = 0;; ++text) {
-        if (*text >= '0' && *text <= '9') value = value * 16 + unsigned(*text - '0');
-        else if (*text >= 'A' && *text <= 'F') value = value * 16 + unsigned(*text - 'A' + 10);
+        if (int digit = _ZPHexValue(static_cast<unsigned char>(*text)); digit >= 0)
+            value = value * 16 + unsigned(digit);
         else if (*text == '-') first = value, value = 0, run = 1;
         else {
             for (unsigned u = run ? first : value; u <= value; ++u)

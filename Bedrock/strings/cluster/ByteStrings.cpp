@@ -11,11 +11,11 @@
 // it at once are kept apart by `detaching`.
 #include <Bedrock/strings/cluster/Substring+Internal.h>
 
-#include <mutex>
+#include <Bedrock/platform/kernel/Lock.h>
 
 namespace {
 
-std::mutex detaching;
+constinit mutex detaching;
 
 unsigned countOf(ZPSimpleCString *s) { return s->numBytes; }
 unsigned countOf(ZPInlineCString *s) { return s->_flags.numBytes; }
@@ -125,7 +125,7 @@ struct CSubstringMethods : ZPSubstringMethods<ZPCSubstring> {
         ZPZone *own = zone();
         ZPString *parent;
         {
-            std::lock_guard lock(detaching);
+            ZPHolding hold(detaching);
             parent = _referenceString;
             if (!parent) return;
             char *copy = nullptr;
@@ -231,7 +231,7 @@ ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) 
             ->initWithCString_length(bytes, length);
     auto *s = static_cast<ZPInlineCString *>(_zoneAllocBare(ZPInlineCString::class_(), length + 1, zone));
     if (!s) [[unlikely]]
-        ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+        _ZPRaiseOutOfMemory("a string");
     s->_flags = {0, 0, 0, length & 0xFFFF};
     char *contents = s->contents();
     std::memcpy(contents, bytes, length);

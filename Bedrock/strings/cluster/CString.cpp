@@ -2,6 +2,7 @@
 // C strings, the scratch memory they live in, and the displayable form.
 #include <Bedrock/strings/cluster/Cluster.h>
 
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 
 namespace {
@@ -72,17 +73,6 @@ bool isDisplayable(unichar u, unsigned char *byte, bool kestrel) {
     return kestrel && ZPPrecompUnicodeToKESTREL(u, byte);
 }
 
-char *writeEscaped(char *out, unichar u) {
-    *out++ = '\\';
-    if (u < 0x80) {
-        for (int shift = 6; shift >= 0; shift -= 3) *out++ = char('0' + (u >> shift & 7));
-        return out;
-    }
-    *out++ = 'U';
-    for (int shift = 12; shift >= 0; shift -= 4) *out++ = "0123456789abcdef"[u >> shift & 15];
-    return out;
-}
-
 struct CStringMethods : ZPString {
     bool convert(void *buffer, unsigned maxLength, unsigned *filled, BOOL lossy, ZPRange range, ZPRange *remaining) {
         return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
@@ -128,10 +118,10 @@ struct CStringMethods : ZPString {
             for (unsigned i = 0; i < length; ++i) {
                 unichar u = units[i];
                 if (isDisplayable(u, &byte, kestrel)) *out++ = char(byte);
-                else out = writeEscaped(out, u);
+                else out = u < 0x80 ? _ZPPutByteEscape(out, static_cast<unsigned char>(u)) : _ZPPutUnitEscape(out, u);
             }
             std::size_t written = out - block.memory;
-            if (written > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+            if (written > 0xFFFFFFFF) _ZPRaiseOutOfMemory("a string");
             return _ZPPlaceholderStringFromZone(nullptr)
                 ->initWithCStringNoCopy_length_freeWhenDone(block.takeShrunk(written), unsigned(written), YES)
                 ->autorelease();

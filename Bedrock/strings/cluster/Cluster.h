@@ -21,6 +21,7 @@
 #pragma once
 
 #include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
@@ -240,6 +241,8 @@ unichar _ZPDecimalSeparator(id locale);
 /// "[Class selector]: Out of bounds".
 [[noreturn]] ZP_COLD void _ZPRaiseOutOfBounds(id receiver, SEL selector);
 [[noreturn]] ZP_COLD void _ZPRaiseNullCString(id receiver, SEL selector);
+/// ZPMallocException: more units than a string can have.
+[[noreturn]] ZP_COLD void _ZPRaiseTooLong(std::uint64_t length);
 
 inline void _ZPCheckRange(id receiver, SEL selector, ZPRange range, unsigned length) {
     if (range.location > length || range.length > length - range.location) [[unlikely]]
@@ -249,28 +252,9 @@ inline void _ZPCheckRange(id receiver, SEL selector, ZPRange range, unsigned len
 // ---- temporary memory ----
 
 /// A block of the default zone (or of another), freed at the end unless taken out.
-template <class T> struct ZPZoneBlock {
-    T *memory;
-    ZPZone *zone;
-    explicit ZPZoneBlock(std::size_t count, ZPZone *z = nullptr)
-        : memory(static_cast<T *>(ZPZoneMalloc(z, count ? count * sizeof(T) : 1))), zone(z) {
-        if (!memory) [[unlikely]]
-            ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
-    }
-    ZPZoneBlock(const ZPZoneBlock &) = delete;
-    ~ZPZoneBlock() {
-        if (memory) ZPZoneFree(zone, memory);
-    }
-    T *take() {
-        T *m = memory;
-        memory = nullptr;
-        return m;
-    }
-    /// Shrinks the block and gives it away.
-    T *takeShrunk(std::size_t count) {
-        T *m = take(), *smaller = static_cast<T *>(ZPZoneRealloc(zone, m, count * sizeof(T)));
-        return smaller ? smaller : m;
-    }
+template <class T> struct ZPZoneBlock : _ZPBlock<T> {
+    explicit ZPZoneBlock(std::size_t count, ZPZone *zone = nullptr)
+        : _ZPBlock<T>(_ZPAllocate<T>(count, zone, "a string"), zone) {}
 };
 
 /// A stack buffer that moves to the default zone when it is too small.
@@ -278,10 +262,7 @@ template <class T, unsigned N> struct ZPStackBuffer {
     T local[N];
     T *memory;
     explicit ZPStackBuffer(std::size_t count)
-        : memory(count <= N ? local : static_cast<T *>(ZPZoneMalloc(nullptr, count * sizeof(T)))) {
-        if (!memory) [[unlikely]]
-            ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
-    }
+        : memory(count <= N ? local : _ZPAllocate<T>(count, nullptr, "a string")) {}
     ZPStackBuffer(const ZPStackBuffer &) = delete;
     ~ZPStackBuffer() {
         if (memory != local) ZPZoneFree(nullptr, memory);

@@ -117,8 +117,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     static unsigned newLength(unsigned length, unsigned removed, unsigned added) {
         std::uint64_t n = std::uint64_t(length) - removed + added;
         if (n > _ZPLongestString) [[unlikely]]
-            ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp,
-                                      static_cast<unsigned long long>(n));
+            _ZPRaiseTooLong(n);
         return unsigned(n);
     }
 

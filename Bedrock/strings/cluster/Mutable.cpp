@@ -165,9 +165,7 @@ ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
         if (view.length) bytes = bytes && view.bytes;
     }
     if (total == 0) return ""_zp;
-    if (total > _ZPLongestString)
-        ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp,
-                                  static_cast<unsigned long long>(total));
+    if (total > _ZPLongestString) _ZPRaiseTooLong(total);
     if (bytes) return _ZPNewStringJoiningBytes(views.of, count, unsigned(total), zone);
     ZPZoneBlock<unichar> block(total, zone);
     unichar *at = block.memory;

@@ -83,7 +83,7 @@ struct PieceMethods : ZPString {
         if (family == Family::other)
             return _ZPNewStringByAppendingStrings(zone(), this, other, static_cast<ZPString *>(nullptr))->autorelease();
         std::uint64_t sum = std::uint64_t(mine.length) + its.length;
-        if (sum > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+        if (sum > 0xFFFFFFFF) _ZPRaiseOutOfMemory("a string");
         unsigned length = unsigned(sum);
         ZPZone *zone = QLZoneFromPtr(this);
         if (mine.bytes && its.bytes) {
@@ -182,7 +182,7 @@ struct PieceMethods : ZPString {
         if (n == 0) return ""_zp;
         unsigned group = frequency > 0 ? unsigned(frequency) : n;
         std::size_t total = std::size_t(n) + (n - 1) / group;
-        if (total > 0xFFFFFFFF) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+        if (total > 0xFFFFFFFF) _ZPRaiseOutOfMemory("a string");
         ZPZoneBlock<unichar> block(total);
         _ZPWithUnits(this, [&](auto &&units, unsigned length) {
             unichar *out = block.memory + total;

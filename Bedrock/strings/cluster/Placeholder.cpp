@@ -2,17 +2,21 @@
 // What `alloc` answers for ZPString: one object a zone, whose initialisers pick the storage class.
 //
 //   defaultPlaceholder   that of the default zone, made once
-//   placeholders         those of other zones, with the one answered last in front; under a mutex
+//   placeholdersOfZones  those of other zones, with the one answered last in front; under a mutex
 //
 // A zone that is recycled leaves its placeholder behind, so that another zone at the same address finds it.
 #include <Bedrock/strings/cluster/Mutable.h>
 
-#include <mutex>
+#include <Bedrock/platform/kernel/Lock.h>
+
 #include <vector>
 
 namespace {
 
 ZPPlaceholderString *defaultPlaceholder;
+
+constinit mutex placeholdersMutex;
+std::vector<ZPPlaceholderString *> *placeholdersOfZones ZP_GUARDED_BY(placeholdersMutex);
 
 ZPPlaceholderString *makePlaceholder(ZPZone *zone) {
     // The object itself lives in the default zone: a recycled zone must not take it along.
@@ -124,9 +128,9 @@ ZPString *_ZPPlaceholderStringFromZone(ZPZone *zone) {
         __atomic_store_n(&defaultPlaceholder, made, __ATOMIC_RELEASE);
         return made;
     }
-    static std::mutex &mutex = *new std::mutex;
-    static auto &placeholders = *new std::vector<ZPPlaceholderString *>;
-    std::lock_guard lock(mutex);
+    ZPHolding hold(placeholdersMutex);
+    if (!placeholdersOfZones) placeholdersOfZones = new std::vector<ZPPlaceholderString *>;
+    auto &placeholders = *placeholdersOfZones;
     for (std::size_t i = placeholders.size(); i-- > 0;)
         if (placeholders[i]->zoneForString == zone) {
             std::swap(placeholders[i], placeholders.back());

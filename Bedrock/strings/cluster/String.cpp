@@ -243,6 +243,10 @@ ZPDictionary *_ZPUserLocale() {
     return objc_msgSend<ZPDictionary *>(defaults, "dictionaryRepresentation"_sel);
 }
 
+void _ZPRaiseTooLong(std::uint64_t length) {
+    _ZPRaiseTooMuch("a string of %llu characters is too long", static_cast<unsigned long long>(length));
+}
+
 void _ZPRaiseOutOfBounds(id receiver, SEL selector) {
     ZPException::raise_format(ZPRangeException, "[%s %s]: Out of bounds"_zp, receiver.pointer()->isa->name,
                               sel_getName(selector));

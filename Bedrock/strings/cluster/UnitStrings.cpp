@@ -11,13 +11,14 @@
 #include <Bedrock/strings/cluster/Substring+Internal.h>
 #include <Bedrock/core/ZPRef.h>
 
+#include <Bedrock/platform/kernel/Lock.h>
+
 #include <algorithm>
-#include <mutex>
 
 namespace {
 
 // Taken again where a part's parent is itself a part.
-std::recursive_mutex detaching;
+constinit recursive_mutex detaching;
 
 struct SimpleStringMethods : ZPSimpleString {
     ZPString *init() { return initWithCharactersNoCopy(nullptr, 0, NO); }
@@ -70,7 +71,7 @@ struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
         ZPZone *own = zone();
         ZPString *parent;
         {
-            std::lock_guard lock(detaching);
+            ZPHolding hold(detaching);
             parent = _referenceString;
             if (!parent) return;
             unsigned whole = parent->length();
@@ -90,7 +91,7 @@ struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
         auto s = ZPAdopt<ZPUnicodeSubstring>(ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, zone()));
         {
             // The units and who owns them must belong together while another thread retains the receiver.
-            std::lock_guard lock(detaching);
+            ZPHolding hold(detaching);
             ZPString *outer = _referenceString ? _referenceString : this;
             s->_referenceString = outer->copyWithZone(outer->zone());
             s->characters = characters + range.location;

@@ -2,6 +2,8 @@
 // Whole texts from bytes to units, and the converters of single characters in both directions.
 #include <Bedrock/strings/encodings/Encodings.h>
 
+#include <Bedrock/core/Digits.h>
+#include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/strings/ZPString.h>
@@ -19,29 +21,17 @@ BOOL _ZPEncodingIsKnown(ZPStringEncoding e) {
 namespace {
 
 // A zone block that is freed unless it is taken.
-struct Block {
-    ZPZone *zone;
-    void *p = nullptr;
-    ~Block() {
-        if (p) ZPZoneFree(zone, p);
-    }
+struct Block : _ZPBlock<unsigned char> {
+    explicit Block(ZPZone *zone) : _ZPBlock(nullptr, zone) {}
     void resize(std::size_t bytes) {
-        void *q = p ? ZPZoneRealloc(zone, p, bytes) : ZPZoneMalloc(zone, bytes);
-        if (!q)
-            ZPException::raise_format(ZPMallocException,
-                                      "*** _ZPConvertToASCIIorUnicode: out of memory for %lu bytes"_zp, bytes);
-        p = q;
+        auto *moved = memory ? _ZPTryReallocate(memory, bytes, zone) : _ZPTryAllocate<unsigned char>(bytes, zone);
+        if (!moved) _ZPRaiseTooMuch("_ZPConvertToASCIIorUnicode: out of memory for %lu bytes", bytes);
+        memory = moved;
     }
-    unichar *units() { return static_cast<unichar *>(p); }
-    unsigned char *bytes() { return static_cast<unsigned char *>(p); }
-    void *take() {
-        void *q = p;
-        p = nullptr;
-        return q;
-    }
+    unichar *units() { return reinterpret_cast<unichar *>(memory); }
 };
 
-int upperHexDigit(unsigned char c) { return c >= '0' && c <= '9' ? c - '0' : c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1; }
+int upperHexDigit(unsigned char c) { return c >= 'a' ? -1 : _ZPHexValue(c); }
 
 long long decodeNonLossyASCII(const unsigned char *in, const unsigned char *end, unichar *out) {
     unichar *start = out;
@@ -91,13 +81,13 @@ BOOL _ZPConvertToASCIIorUnicode(const void *bytes, unsigned length, ZPStringEnco
     if (length && !_ZPEncodingIsKnown(encoding)) return NO;
     auto *in = static_cast<const unsigned char *>(bytes);
     bool japanese = encoding == ZPJapaneseEUCStringEncoding || encoding == ZPShiftJISStringEncoding;
-    Block block{zone};
+    Block block(zone);
     if (_ZPEncodingHasASCIIHalf(encoding) || japanese || length == 0) {
         // Most texts that begin with a page of ASCII are ASCII.
         unsigned run = length ? _ZPLengthOfASCII(in, std::min(length, 4096u)) : 0;
         if (run == length || run == 4096) {
             if (length) block.resize(length);
-            if (_ZPCopyASCII(in, length, block.p) == length) {
+            if (_ZPCopyASCII(in, length, block.memory) == length) {
                 *buffer = block.take();
                 *count = length;
                 *isASCII = YES;

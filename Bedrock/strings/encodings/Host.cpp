@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the host says about text: the encoding of C strings, and bytes of the host that need not be text.
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
@@ -10,7 +11,7 @@
 unsigned _ZPEncodingNumberInResource(const char *name) {
     ZPHostResource file(name);
     unsigned number = 0;
-    for (std::size_t i = 0; i < 2 && i < file.length && file.bytes[i] >= '0' && file.bytes[i] <= '9'; ++i)
+    for (std::size_t i = 0; i < 2 && i < file.length && _ZPIsDigit(file.bytes[i]); ++i)
         number = number * 10 + (file.bytes[i] - '0');
     // An encoding that cannot be converted would leave the process without C strings or file names at all.
     return _ZPEncodingIsKnown(number) ? number : 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // From strings to bytes: one conversion for every encoding, over a view of the text where it shows one run
 // and over blocks of units where it does not.
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
@@ -145,7 +146,6 @@ Outcome encodeJIS(Conversion &c, const unichar *units, unsigned count, bool, uns
 }
 
 Outcome encodeNonLossyASCII(Conversion &c, const unichar *units, unsigned count, bool, unsigned *taken) {
-    static const char digits[] = "0123456789ABCDEF";
     for (unsigned i = 0; i < count; ++i) {
         *taken = i;
         unsigned u = units[i], n;
@@ -153,12 +153,9 @@ Outcome encodeNonLossyASCII(Conversion &c, const unichar *units, unsigned count,
         if (u == '\\') n = 2;
         else if (u == '\t' || u == '\n' || u == '\r' || (u >= 0x20 && u <= 0x7E)) text[0] = char(u), n = 1;
         else if (u < 0x100) {
-            for (int k = 0; k < 3; ++k) text[1 + k] = digits[u >> (6 - 3 * k) & 7];
-            n = 4;
+            n = unsigned(_ZPPutByteEscape(text, static_cast<unsigned char>(u)) - text);
         } else {
-            text[1] = 'U';
-            for (int k = 0; k < 4; ++k) text[2 + k] = digits[u >> (12 - 4 * k) & 15];
-            n = 6;
+            n = unsigned(_ZPPutUnitEscape(text, u, _ZPCapitalHexDigits) - text);
         }
         if (!c.sink.put(text, n)) return Outcome::full;
     }

@@ -8,6 +8,7 @@
 #include <Bedrock/strings/formats/Formats+Internal.h>
 #include <Bedrock/core/ZPScope.h>
 #include <Bedrock/core/ZPRef.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
 #include <algorithm>
@@ -19,12 +20,10 @@ void ZPFormatText::grow(unsigned more) {
     std::uint64_t need = std::uint64_t(_length) + more,
                   capacity = std::max(need, std::min<std::uint64_t>(2 * std::uint64_t(_capacity), _ZPLongestString));
     unsigned width = _wide ? 2 : 1;
-    if (need > _ZPLongestString)
-        ZPException::raise_format(ZPMallocException, "*** a string of %llu characters is too long"_zp,
-                                  static_cast<unsigned long long>(need));
+    if (need > _ZPLongestString) _ZPRaiseTooLong(need);
     void *larger =
         _buffer == _local ? ZPZoneMalloc(nullptr, capacity * width) : ZPZoneRealloc(nullptr, _buffer, capacity * width);
-    if (!larger) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+    if (!larger) _ZPRaiseOutOfMemory("a string");
     if (_buffer == _local) std::memcpy(larger, _local, std::size_t(_length) * width);
     _buffer = larger;
     _capacity = unsigned(capacity);
@@ -135,7 +134,7 @@ struct Cursor {
         return unit <= 0x7F ? char(unit) : 0;
     }
     char next() const { return *Cursor{format, at + 1, end}; }
-    bool isDigit() const { return **this >= '0' && **this <= '9'; }
+    bool isDigit() const { return _ZPIsDigit(**this); }
     bool atPosition() const { return **this >= '1' && **this <= '9' && next() == '$'; }
     bool take(char c) {
         if (**this != c) return false;

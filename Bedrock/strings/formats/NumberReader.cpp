@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/strings/ZPNumberReader.h>
 
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
@@ -24,9 +25,7 @@ template <class T, class Wide> BOOL scanInteger(ZPString *string, ZPCharacterSet
             negative = units[at] == '-';
             at = skipMembers(units, at + 1, length, skip);
         }
-        auto isDigit = [](unichar u) {
-            return u < 0x80 ? u >= '0' && u <= '9' : _ZPIsInStandardSet(_ZPDecimalDigitSet, u);
-        };
+        auto isDigit = [](unichar u) { return u < 0x80 ? _ZPIsDigit(u) : _ZPIsInStandardSet(_ZPDecimalDigitSet, u); };
         if (at >= length || !isDigit(units[at])) return NO;
         const Wide limit = Wide(std::numeric_limits<T>::max()) + negative;
         Wide value = 0;
@@ -51,7 +50,7 @@ bool isHuge(const char *text, const char *end) {
     bool point = false, significant = false;
     for (; text < end && *text != 'e' && *text != 'E'; ++text) {
         if (*text == '.') point = true;
-        else if (*text >= '0' && *text <= '9') {
+        else if (_ZPIsDigit(static_cast<unsigned char>(*text))) {
             significant = significant || *text != '0';
             if (significant && !point) ++exponent;
             if (!significant && point) --exponent;
@@ -138,7 +137,7 @@ BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *res
         for (unsigned at = start; at < length; ++at) {
             unichar u = units[at];
             char c;
-            if (u >= '0' && u <= '9') c = char(u);
+            if (_ZPIsDigit(u)) c = char(u);
             else if (u == '+' || u == '-') {
                 if (gathered && last != 'e' && last != 'E') break;
                 c = char(u);

@@ -3,6 +3,7 @@
 // instance.
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPRef.h>
+#include <Bedrock/core/Digits.h>
 #include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/strings/characters/Characters.h>
@@ -25,16 +26,10 @@ unsigned skip(ZPString *string, unsigned from, ZPCharacterSet *set) {
     return set ? find(string, from, set, false) : from;
 }
 
-int hexDigit(unichar u) {
-    if (u >= '0' && u <= '9') return u - '0';
-    u |= 0x20;
-    return u >= 'a' && u <= 'f' ? u - 'a' + 10 : -1;
-}
-
 bool readHex(ZPString *string, ZPCharacterSet *skipped, unsigned &result, unsigned &location) {
     unsigned at = skip(string, location, skipped);
     return _ZPWithUnits(string, [&](auto &&units, unsigned length) {
-        auto digitAt = [&](unsigned i) { return i < length ? hexDigit(units[i]) : -1; };
+        auto digitAt = [&](unsigned i) { return i < length ? _ZPHexValue(units[i]) : -1; };
         if (digitAt(at) < 0) return false;
         result = 0;
         if (digitAt(at) == 0) {
@@ -164,7 +159,7 @@ struct ScannerMethods : ZPScanner {
     BOOL scanDigits(unsigned count, int *value) {
         unsigned start = ZPScanner::scanLocation(), at = start, read = 0;
         _ZPWithUnits(ZPScanner::string(), [&](auto &&units, unsigned length) {
-            for (; at < length && at - start < count && units[at] >= '0' && units[at] <= '9'; ++at)
+            for (; at < length && at - start < count && _ZPIsDigit(units[at]); ++at)
                 read = read * 10 + (units[at] - '0');
         });
         if (at == start) return NO;

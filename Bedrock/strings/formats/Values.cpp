@@ -3,6 +3,8 @@
 // locale is.
 #include <Bedrock/strings/formats/Formats+Internal.h>
 
+#include <Bedrock/core/Digits.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -40,12 +42,11 @@ void integer(ZPFormatText &text, const ZPFormatDirective &d, std::uint64_t magni
         break;
     case 'x':
     case 'X': {
-        const char *set = d.conversion == 'x' ? "0123456789abcdef" : "0123456789ABCDEF";
+        const char *set = d.conversion == 'x' ? _ZPHexDigits : _ZPCapitalHexDigits;
         for (std::uint64_t v = magnitude; v; v >>= 4) *--p = set[v & 15];
         break;
     }
-    default:
-        for (std::uint64_t v = magnitude; v; v /= 10) *--p = char('0' + v % 10);
+    default: p = _ZPPutDecimalBefore(p, magnitude);
     }
     unsigned length = unsigned(end - p), least = d.precision < 0 ? 1 : unsigned(d.precision),
              zeros = least > length ? least - length : 0;

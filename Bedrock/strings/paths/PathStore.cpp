@@ -11,7 +11,7 @@
 ZPPathStore2 *_ZPNewPathStore(const unichar *units, unsigned length, ZPZone *zone) {
     auto *store = static_cast<ZPPathStore2 *>(_zoneAllocBare(ZPPathStore2::class_(), length * sizeof(unichar), zone));
     if (!store) [[unlikely]]
-        ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
+        _ZPRaiseOutOfMemory("a string");
     std::copy_n(units, length, _ZPUnitsOfPathStore(store));
     _ZPStripTrailingPathSlashes(_ZPUnitsOfPathStore(store), &length);
     store->_lengthAndRefCount = length;
@@ -58,10 +58,8 @@ struct PathStore : ZPPathStore2 {
             std::uint64_t needed = std::uint64_t(path.length) + 1 + part.length;
             if (needed > path.capacity) {
                 std::uint64_t capacity = std::max<std::uint64_t>(2 * needed, 256);
-                void *units =
-                    capacity > 0x7FFFFFFF ? nullptr : ZPZoneRealloc(nullptr, path.units, capacity * sizeof(unichar));
-                if (!units) ZPException::raise_format(ZPMallocException, "*** out of memory for a string"_zp);
-                path.units = static_cast<unichar *>(units);
+                if (capacity > 0x7FFFFFFF) _ZPRaiseOutOfMemory("a string");
+                path.units = _ZPReallocate(path.units, capacity, nullptr, "a string");
                 path.capacity = unsigned(capacity);
             }
             if (!_ZPAppendPathComponent(path.units, &path.length, path.capacity, part.units, part.length))
