@@ -95,7 +95,7 @@ ZP_INLINE id find(Table *table, id key) {
         return nullptr;
     unsigned hash;
     if (key.pointer()->isa != ZPInlineCString::class_() || ZPSimpleIsLinear(table)) return findAny(table, key);
-    auto *probe = reinterpret_cast<ZPInlineCString *>(key.pointer());
+    auto *probe = key.unchecked<ZPInlineCString>();
     unsigned length = probe->_flags.numBytes;
     if (!_ZPHashShortBytes(probe->contents(), length, hash)) [[unlikely]]
         return findAny(table, key);
@@ -236,8 +236,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     id copyWithZone(ZPZone *zone) {
         if (!_table || !ZPSimpleCount(_table)) return _ZPEmptyDictionary()->retain();
         OwnedTable copied{copyTable(this, _table, zone, true)};
-        auto *copy = static_cast<ZPConcreteDictionary *>(
-            static_cast<ZPDictionary *>(ZPAllocateObject(ZPConcreteDictionary::class_(), 0, zone)));
+        auto *copy = ZPAllocateObject(ZPConcreteDictionary::class_(), 0, zone).unchecked<ZPConcreteDictionary>();
         copy->_table = copied.take();
         return copy;
     }
@@ -292,8 +291,7 @@ struct EnumeratorMethods : _ZPDictionaryEnumerator {
 }  // namespace
 
 ZPEnumerator *_ZPDictionaryEnumerator::over(ZPSimpleDictionary *table, id target, BOOL objects) {
-    auto *e =
-        static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    auto *e = ZPAllocateObject(class_(), 0, nullptr).unchecked<_ZPDictionaryEnumerator>();
     e->_fastObjects = e->_enumerateObjects = objects;
     if (table && ZPSimpleCount(table)) {
         e->_target = target->retain();
@@ -304,8 +302,7 @@ ZPEnumerator *_ZPDictionaryEnumerator::over(ZPSimpleDictionary *table, id target
 }
 
 ZPEnumerator *_ZPDictionaryEnumerator::overValues(ZPDictionary *dictionary) {
-    auto *e =
-        static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    auto *e = ZPAllocateObject(class_(), 0, nullptr).unchecked<_ZPDictionaryEnumerator>();
     e->autorelease();
     e->_enumerateObjects = YES;
     e->_keyEnumerator = dictionary->keyEnumerator()->retain();

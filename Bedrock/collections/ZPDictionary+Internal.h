@@ -52,7 +52,7 @@ ZP_INLINE bool _ZPSameShortBytes(const char *a, const char *b, unsigned length) 
 
 ZP_INLINE unsigned _ZPHashOfObject(id object) {
     if (object.pointer()->isa == ZPInlineCString::class_()) {
-        auto *string = reinterpret_cast<ZPInlineCString *>(object.pointer());
+        auto *string = object.unchecked<ZPInlineCString>();
         unsigned hash, length = string->_flags.numBytes;
         if (_ZPHashShortBytes(string->contents(), length, hash)) [[likely]]
             return hash;
@@ -135,10 +135,9 @@ ZPDictionary *_ZPEmptyDictionary();
 /// an entry.
 ZP_INLINE bool _ZPConcreteTable(id dictionary, ZPSimpleDictionary *&table) {
     Class isa = dictionary.pointer()->isa;
-    if (isa == ZPConcreteDictionary::class_())
-        table = reinterpret_cast<ZPConcreteDictionary *>(dictionary.pointer())->_table;
+    if (isa == ZPConcreteDictionary::class_()) table = dictionary.unchecked<ZPConcreteDictionary>()->_table;
     else if (isa == ZPConcreteMutableDictionary::class_())
-        table = reinterpret_cast<ZPConcreteMutableDictionary *>(dictionary.pointer())->_table;
+        table = dictionary.unchecked<ZPConcreteMutableDictionary>()->_table;
     else return false;
     return true;
 }

@@ -200,7 +200,7 @@ struct CenterMethods : ZPNotificationCenter {
     void addObserver(id observer, SEL selector, ZPString *name, id object) {
         if (!observer) return;
         // Copying, hashing and looking up may run a client's code: not under the lock.
-        auto *own = (ZPString *)name->copyWithZone(nullptr).pointer();
+        auto *own = name->copyWithZone(nullptr).as<ZPString>();
         try {
             enter({own, own ? own->hash() : 0, object, observer, selector, implementationFor(observer, selector)});
         } catch (...) {
@@ -353,11 +353,10 @@ struct CenterMethods : ZPNotificationCenter {
         if (isFront) {
             if (centerOfAll) return centerOfAll;
         } else if (centersOfSubclasses) {
-            if (id center = centersOfSubclasses->objectForKey(id(self)))
-                return (ZPNotificationCenter *)center.pointer();
+            if (id center = centersOfSubclasses->objectForKey(id(self))) return center.as<ZPNotificationCenter>();
         }
         id made = objc_msgSend<id>(objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr), "init"_sel);
-        auto *center = (ZPNotificationCenter *)made.pointer();
+        auto *center = made.as<ZPNotificationCenter>();
         if (!center) return nullptr;
         if (!isFront) {
             if (!centersOfSubclasses)
@@ -386,7 +385,7 @@ struct CenterMethods : ZPNotificationCenter {
                 __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
                 if (center) watchBundles(center);
             } else {
-                old = centersOfSubclasses ? (ZPNotificationCenter *)centersOfSubclasses->objectForKey(id(cls)).pointer()
+                old = centersOfSubclasses ? centersOfSubclasses->objectForKey(id(cls)).as<ZPNotificationCenter>()
                                           : nullptr;
                 if (old == center) return;
                 if (old) {
