@@ -16,8 +16,7 @@ struct ZPConcreteArray : ZPArray {
     id *_items;
 
     static ZPConcreteArray *allocate(unsigned room, ZPZone *zone) {
-        auto *array = static_cast<ZPConcreteArray *>(
-            static_cast<ZPArray *>(ZPAllocateObject(class_(), room * unsigned(sizeof(id)), zone)));
+        auto *array = ZPAllocateObject(class_(), room * unsigned(sizeof(id)), zone).unchecked<ZPConcreteArray>();
         array->_items = reinterpret_cast<id *>(array + 1);
         return array;
     }
@@ -42,7 +41,7 @@ struct ZPConcreteMutableArray : ZPMutableArray {
 
     /// An empty array that the caller owns.
     static ZPConcreteMutableArray *allocate(ZPZone *zone) {
-        return static_cast<ZPConcreteMutableArray *>(static_cast<ZPArray *>(ZPAllocateObject(class_(), 0, zone)));
+        return ZPAllocateObject(class_(), 0, zone).unchecked<ZPConcreteMutableArray>();
     }
     id init() { return this; }
     id initWithCapacity(unsigned capacity);
@@ -84,12 +83,12 @@ struct ZPConcreteMutableArray : ZPMutableArray {
 ZP_INLINE id *_ZPConcreteItems(id array, unsigned &count) {
     Class isa = array.pointer()->isa;
     if (isa == ZPConcreteArray::class_()) {
-        auto *a = reinterpret_cast<ZPConcreteArray *>(array.pointer());
+        auto *a = array.unchecked<ZPConcreteArray>();
         count = a->_info;
         return a->_items;
     }
     if (isa == ZPConcreteMutableArray::class_()) {
-        auto *a = reinterpret_cast<ZPConcreteMutableArray *>(array.pointer());
+        auto *a = array.unchecked<ZPConcreteMutableArray>();
         count = a->_info;
         return a->_items ? a->_items : reinterpret_cast<id *>(a);  // never read: the count is 0
     }

@@ -89,7 +89,7 @@ ZP_INLINE id find(Table *table, id key) {
         return nullptr;
     unsigned hash;
     if (key.pointer()->isa != ZPInlineCString::class_() || ZPSimpleIsLinear(table)) return findAny(table, key);
-    auto *probe = reinterpret_cast<ZPInlineCString *>(key.pointer());
+    auto *probe = key.unchecked<ZPInlineCString>();
     unsigned length = probe->byteCount();
     if (!_ZPHashShortBytes(probe->contents(), length, hash)) [[unlikely]]
         return findAny(table, key);
@@ -227,8 +227,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     id copyWithZone(ZPZone *zone) {
         if (!_table || !ZPSimpleCount(_table)) return _ZPEmptyDictionary()->retain();
         ZPScope copied{copyTable(this, _table, zone, true), [](Table *t) { destroyTable(t); }};
-        auto *copy = static_cast<ZPConcreteDictionary *>(
-            static_cast<ZPDictionary *>(ZPAllocateObject(ZPConcreteDictionary::class_(), 0, zone)));
+        auto *copy = ZPAllocateObject(ZPConcreteDictionary::class_(), 0, zone).unchecked<ZPConcreteDictionary>();
         copy->_table = copied.take();
         return copy;
     }
@@ -294,8 +293,7 @@ ZPDictionary *_ZPNewDictionaryToFill(unsigned count, objc_slabs &slabs, ZPSimple
 }
 
 ZPEnumerator *_ZPDictionaryEnumerator::over(ZPSimpleDictionary *table, id target, BOOL objects) {
-    auto *e =
-        static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    auto *e = ZPAllocateObject(class_(), 0, nullptr).unchecked<_ZPDictionaryEnumerator>();
     e->_fastObjects = e->_enumerateObjects = objects;
     if (table && ZPSimpleCount(table)) {
         e->_target = target->retain();
@@ -306,8 +304,7 @@ ZPEnumerator *_ZPDictionaryEnumerator::over(ZPSimpleDictionary *table, id target
 }
 
 ZPEnumerator *_ZPDictionaryEnumerator::overValues(ZPDictionary *dictionary) {
-    auto *e =
-        static_cast<_ZPDictionaryEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    auto *e = ZPAllocateObject(class_(), 0, nullptr).unchecked<_ZPDictionaryEnumerator>();
     e->autorelease();
     e->_enumerateObjects = YES;
     e->_keyEnumerator = dictionary->keyEnumerator()->retain();

@@ -145,8 +145,7 @@ struct ZPConcreteMutableSetMethods : ZPConcreteMutableSet {
     ZPEnumerator *objectEnumerator() { return _ZPSetEnumerator::over(_table, this); }
     id copyWithZone(ZPZone *zone) {
         if (!_table || !ZPSimpleCount(_table)) return _ZPEmptySet()->retain();
-        auto *copy =
-            static_cast<ZPConcreteSet *>(static_cast<ZPSet *>(ZPAllocateObject(ZPConcreteSet::class_(), 0, zone)));
+        auto *copy = ZPAllocateObject(ZPConcreteSet::class_(), 0, zone).unchecked<ZPConcreteSet>();
         copy->_table = copyTable(_table, zone);
         return copy;
     }
@@ -288,7 +287,7 @@ struct EnumeratorMethods : _ZPSetEnumerator {
 }  // namespace
 
 ZPEnumerator *_ZPSetEnumerator::over(void *table, id target, BOOL counted, unsigned count, unsigned buckets) {
-    auto *e = static_cast<_ZPSetEnumerator *>(static_cast<ZPEnumerator *>(ZPAllocateObject(class_(), 0, nullptr)));
+    auto *e = ZPAllocateObject(class_(), 0, nullptr).unchecked<_ZPSetEnumerator>();
     if (count) {
         e->_target = target->retain();
         e->_table = table;

@@ -77,10 +77,9 @@ struct _ZPDictionaryEnumerator : ZPEnumerator {
 /// an entry.
 ZP_INLINE bool _ZPConcreteTable(id dictionary, ZPSimpleDictionary *&table) {
     Class isa = dictionary.pointer()->isa;
-    if (isa == ZPConcreteDictionary::class_())
-        table = reinterpret_cast<ZPConcreteDictionary *>(dictionary.pointer())->_table;
+    if (isa == ZPConcreteDictionary::class_()) table = dictionary.unchecked<ZPConcreteDictionary>()->_table;
     else if (isa == ZPConcreteMutableDictionary::class_())
-        table = reinterpret_cast<ZPConcreteMutableDictionary *>(dictionary.pointer())->_table;
+        table = dictionary.unchecked<ZPConcreteMutableDictionary>()->_table;
     else return false;
     return true;
 }

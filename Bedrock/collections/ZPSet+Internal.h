@@ -47,9 +47,8 @@ ZPSet *_ZPEmptySet();
 /// Whether a set is of a concrete class, and its table.
 ZP_INLINE bool _ZPConcreteTable(id set, ZPSimpleSet *&table) {
     Class isa = set.pointer()->isa;
-    if (isa == ZPConcreteSet::class_()) table = reinterpret_cast<ZPConcreteSet *>(set.pointer())->_table;
-    else if (isa == ZPConcreteMutableSet::class_())
-        table = reinterpret_cast<ZPConcreteMutableSet *>(set.pointer())->_table;
+    if (isa == ZPConcreteSet::class_()) table = set.unchecked<ZPConcreteSet>()->_table;
+    else if (isa == ZPConcreteMutableSet::class_()) table = set.unchecked<ZPConcreteMutableSet>()->_table;
     else return false;
     return true;
 }

@@ -202,14 +202,12 @@ struct ZPMutableSetMethods : ZPMutableSet {
     }
     // The library's own classes need no message for each time.
     void addTimes(id object, unsigned times) {
-        if (isa == ZPCountedSet::class_())
-            return _ZPCountMore(static_cast<ZPCountedSet *>(static_cast<ZPMutableSet *>(this)), object, times);
+        if (isa == ZPCountedSet::class_()) return _ZPCountMore(id(this).unchecked<ZPCountedSet>(), object, times);
         if (isa == ZPConcreteMutableSet::class_()) times = 1;
         for (; times; --times) ZPMutableSet::addObject(object);
     }
     void removeTimes(id object, unsigned times) {
-        if (isa == ZPCountedSet::class_())
-            return _ZPCountLess(static_cast<ZPCountedSet *>(static_cast<ZPMutableSet *>(this)), object, times);
+        if (isa == ZPCountedSet::class_()) return _ZPCountLess(id(this).unchecked<ZPCountedSet>(), object, times);
         if (isa == ZPConcreteMutableSet::class_()) times = 1;
         for (; times; --times) ZPMutableSet::removeObject(object);
     }

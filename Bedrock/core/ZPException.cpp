@@ -93,13 +93,12 @@ struct ExceptionMethods : ZPException {
     }
     ZPException *initWithName(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
         auto copy = [](ZPString *s) {
-            return (ZPString *)objc_msgSend<id>(id((objc_object *)s), "copyWithZone:"_sel,
-                                                static_cast<ZPZone *>(nullptr))
-                .pointer();
+            return objc_msgSend<id>(id((objc_object *)s), "copyWithZone:"_sel, static_cast<ZPZone *>(nullptr))
+                .as<ZPString>();
         };
         _name = copy(name);
         _reason = copy(reason);
-        _userInfo = (ZPDictionary *)objc_msgSend<id>(id((objc_object *)userInfo), "retain"_sel).pointer();
+        _userInfo = objc_msgSend<id>(id((objc_object *)userInfo), "retain"_sel).as<ZPDictionary>();
         return this;
     }
     void dealloc() {
@@ -143,7 +142,7 @@ struct ExceptionClassMethods {
         id string = objc_msgSend<id>(objc_getClass("ZPString"), "alloc"_sel);
         string = objc_msgSend<id>(string, "initWithFormat:arguments:"_sel, format, arguments);
         objc_msgSend<id>(string, "autorelease"_sel);
-        objc_msgSend<ZPException *>(self, "exceptionWithName:reason:userInfo:"_sel, name, (ZPString *)string.pointer(),
+        objc_msgSend<ZPException *>(self, "exceptionWithName:reason:userInfo:"_sel, name, string.as<ZPString>(),
                                     static_cast<ZPDictionary *>(nullptr))
             ->raise();
     }
@@ -159,9 +158,9 @@ ZPDictionary *oldStyleInfo(const QLError &e) {
     };
     id objects[] = {objc_msgSend<id>(numbers, "numberWithInt:"_sel, e.code), pointer(e.data1), pointer(e.data2)};
     id keys[] = {id("OldCode"_zp), id("OldData1"_zp), id("OldData2"_zp)};
-    return (ZPDictionary *)objc_msgSend<id>(dictionaries, "dictionaryWithObjects:forKeys:count:"_sel,
-                                            static_cast<const id *>(objects), static_cast<const id *>(keys), 3u)
-        .pointer();
+    return objc_msgSend<id>(dictionaries, "dictionaryWithObjects:forKeys:count:"_sel, static_cast<const id *>(objects),
+                            static_cast<const id *>(keys), 3u)
+        .as<ZPDictionary>();
 }
 
 }  // namespace

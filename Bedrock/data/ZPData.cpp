@@ -67,16 +67,14 @@ struct DataMethods : ZPData {
         ZPZone *zone = ZPData::zone();
         if (range.length == 0) return _ZPNewImmutableData(nullptr, 0, zone)->autorelease();
         bool concrete = isa == ZPConcreteData::class_();
-        unsigned length =
-            concrete ? static_cast<ZPConcreteData *>(static_cast<ZPData *>(this))->_length : ZPData::length();
+        unsigned length = concrete ? id(this).unchecked<ZPConcreteData>()->_length : ZPData::length();
         if (range.location > length || range.length > length - range.location)
             _ZPRaiseDataRange(this, "subdataWithRange:"_sel, range, length);
         if (range.length == length) return ZPObject::copyWithZone(nullptr)->autorelease();
         if (range.length >= (concrete ? worthSharing : worthSharingAnywhere)) {
             auto part = ZPAdopt<ZPSubrangeData>(ZPAllocateObject(ZPSubrangeData::class_(), 0, zone));
             // A part of a part looks at the whole, so that parts of parts of parts do not make a chain.
-            auto *outer =
-                isa == ZPSubrangeData::class_() ? static_cast<ZPSubrangeData *>(static_cast<ZPData *>(this)) : nullptr;
+            auto *outer = isa == ZPSubrangeData::class_() ? id(this).unchecked<ZPSubrangeData>() : nullptr;
             part->_data = outer ? static_cast<ZPData *>(outer->_data->retain())
                                 : static_cast<ZPData *>(ZPObject::copyWithZone(nullptr));
             part->_location = range.location + (outer ? outer->_location : 0);

@@ -122,6 +122,11 @@ class id {
 #endif
         return (T *)_object;
     }
+    /// The same by name, for where no type asks for the conversion.
+    template <objc_ObjectClass T> T *as() const { return *this; }
+    /// The object as a T, null for none, without a look in any build: for an object whose class was just tested, one
+    /// that is still being made, and a stand-in that is no T and answers for one.
+    template <objc_ObjectClass T> T *unchecked() const { return (T *)_object; }
     /// The plain pointer; null for none.
     constexpr objc_object *pointer() const { return _object; }
     /// Whether it refers to an object.

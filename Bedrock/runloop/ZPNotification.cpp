@@ -23,7 +23,7 @@ struct ZPConcreteNotification : ZPNotification {
             dealloc();
             return nullptr;
         }
-        _name = (ZPString *)name->copyWithZone(nullptr).pointer();
+        _name = name->copyWithZone(nullptr).as<ZPString>();
         _object = object->retain();
         _userInfo = userInfo;
         userInfo->retain();
@@ -45,8 +45,8 @@ struct NotificationMethods : ZPNotification {
         return ZPAllocateObject(self == ZPNotification::class_() ? ZPConcreteNotification::class_() : self, 0, zone);
     }
     static ZPNotification *make(Class self, ZPString *name, id object, ZPDictionary *userInfo) {
-        auto *made = (ZPNotification *)objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer();
-        return (ZPNotification *)made->initWithName_object_userInfo(name, object, userInfo)->autorelease().pointer();
+        auto *made = objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPNotification>();
+        return made->initWithName_object_userInfo(name, object, userInfo)->autorelease().as<ZPNotification>();
     }
     static ZPNotification *makePlain(Class self, ZPString *name, id object) {
         return make(self, name, object, nullptr);
@@ -67,7 +67,7 @@ struct NotificationMethods : ZPNotification {
     BOOL isEqual(id other) {
         if (other == this) return YES;
         if (!other || !other->isKindOfClass(ZPNotification::class_())) return NO;
-        auto *o = (ZPNotification *)other.pointer();
+        auto *o = other.as<ZPNotification>();
         return ZPNotification::name()->isEqualToString(o->name()) && ZPNotification::object() == o->object() &&
                ZPNotification::userInfo()->isEqualToDictionary(o->userInfo());
     }
@@ -85,9 +85,8 @@ struct NotificationMethods : ZPNotification {
         Class cls = objectClass();
         ZPZone *zone = this->zone();
         dealloc();
-        auto *made = (ZPNotification *)objc_msgSend<id>(id(cls), "allocWithZone:"_sel, zone).pointer();
-        return made->initWithName_object_userInfo((ZPString *)parts[0].pointer(), parts[1],
-                                                  (ZPDictionary *)parts[2].pointer());
+        auto *made = objc_msgSend<id>(id(cls), "allocWithZone:"_sel, zone).unchecked<ZPNotification>();
+        return made->initWithName_object_userInfo(parts[0].as<ZPString>(), parts[1], parts[2].as<ZPDictionary>());
     }
     Class classForCoder() { return ZPNotification::class_(); }
     id replacementObjectForPortCoder(ZPPortCoder *) { return this; }

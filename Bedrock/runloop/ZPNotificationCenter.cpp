@@ -348,8 +348,7 @@ struct CenterMethods : ZPNotificationCenter {
         if (isFront) {
             if (centerOfAll) return centerOfAll;
         } else if (centersOfSubclasses) {
-            if (id center = centersOfSubclasses->objectForKey(id(self)))
-                return (ZPNotificationCenter *)center.pointer();
+            if (id center = centersOfSubclasses->objectForKey(id(self))) return center.as<ZPNotificationCenter>();
         }
         id made = objc_msgSend<id>(objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr), "init"_sel);
         ZPRef<ZPNotificationCenter> center = ZPAdopt<ZPNotificationCenter>(made);
@@ -381,7 +380,7 @@ struct CenterMethods : ZPNotificationCenter {
                 __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
                 if (center) watchBundles(center);
             } else {
-                old = centersOfSubclasses ? (ZPNotificationCenter *)centersOfSubclasses->objectForKey(id(cls)).pointer()
+                old = centersOfSubclasses ? centersOfSubclasses->objectForKey(id(cls)).as<ZPNotificationCenter>()
                                           : nullptr;
                 if (old == center) return;
                 if (old) {

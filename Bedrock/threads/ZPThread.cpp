@@ -120,8 +120,7 @@ struct ThreadMethods : ZPThread {
     ZPMutableDictionary *threadDictionary() {
         if (!_threadDictionary) {
             id dictionary = objc_msgSend<id>(classNamed("ZPMutableDictionary"), "allocWithZone:"_sel, zone());
-            _threadDictionary =
-                (ZPMutableDictionary *)objc_msgSend<id>(dictionary, "initWithCapacity:"_sel, 3u).pointer();
+            _threadDictionary = objc_msgSend<id>(dictionary, "initWithCapacity:"_sel, 3u).as<ZPMutableDictionary>();
         }
         return _threadDictionary;
     }

@@ -19,16 +19,16 @@
 ZPString *_ZPLocaleName(ZPDictionary *locale, ZPString *key, unsigned index, unsigned count) {
     for (ZPDictionary *names : {locale, _ZPDefaultEnglishLanguageDict()}) {
         id list = names->objectForKey(key);
-        if (!list || !list->isKindOfClass(ZPArray::class_()) || ((ZPArray *)list.pointer())->count() < count) continue;
-        id name = ((ZPArray *)list.pointer())->objectAtIndex(index);
-        if (name->isKindOfClass(ZPString::class_())) return (ZPString *)name.pointer();
+        if (!list || !list->isKindOfClass(ZPArray::class_()) || list.as<ZPArray>()->count() < count) continue;
+        id name = list.as<ZPArray>()->objectAtIndex(index);
+        if (name->isKindOfClass(ZPString::class_())) return name.as<ZPString>();
     }
     return ZPString::string();
 }
 
 ZPString *_ZPLocaleFormat(ZPDictionary *locale) {
     id format = locale->objectForKey(ZPTimeDateFormatString);
-    return format && format->isKindOfClass(ZPString::class_()) ? (ZPString *)format.pointer() : nullptr;
+    return format && format->isKindOfClass(ZPString::class_()) ? format.as<ZPString>() : nullptr;
 }
 
 namespace {

@@ -21,7 +21,7 @@ BOOL splitsCenturies() {
         id defaults = objc_msgSend<id>(id(objc_getClass("ZPUserDefaults")), "standardUserDefaults"_sel);
         id key("ZPUseExcelTwoDigitYearSemantics"_zp);
         return !objc_msgSend<id>(defaults, "objectForKey:"_sel, key) ||
-                       objc_msgSend<BOOL>(defaults, "boolForKey:"_sel, (ZPString *)key.pointer())
+                       objc_msgSend<BOOL>(defaults, "boolForKey:"_sel, key.as<ZPString>())
                    ? YES
                    : NO;
     }();

@@ -54,29 +54,26 @@ struct Counts {
 
 struct CalendarMethods : ZPCalendarDate {
     static ZPCalendarDate *make(Class self) {
-        return (ZPCalendarDate *)objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer();
+        return objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPCalendarDate>();
     }
     static ZPCalendarDate *calendarDate(Class self) {
-        return (ZPCalendarDate *)make(self)
-            ->initWithTimeIntervalSinceReferenceDate(cthread_time())
-            ->autorelease()
-            .pointer();
+        return make(self)->initWithTimeIntervalSinceReferenceDate(cthread_time())->autorelease().as<ZPCalendarDate>();
     }
     static ZPCalendarDate *withFields(Class self, int year, unsigned month, unsigned day, unsigned hour,
                                       unsigned minute, unsigned second, ZPTimeZone *zone) {
-        return (ZPCalendarDate *)make(self)
+        return make(self)
             ->initWithYear_month_day_hour_minute_second_timeZone(year, month, day, hour, minute, second, zone)
             ->autorelease()
-            .pointer();
+            .as<ZPCalendarDate>();
     }
     static ZPCalendarDate *withString(Class self, ZPString *text, ZPString *format) {
         return withStringLocale(self, text, format, nullptr);
     }
     static ZPCalendarDate *withStringLocale(Class self, ZPString *text, ZPString *format, ZPDictionary *locale) {
-        return (ZPCalendarDate *)make(self)
+        return make(self)
             ->initWithString_calendarFormat_locale(text, format, locale)
             ->autorelease()
-            .pointer();
+            .as<ZPCalendarDate>();
     }
 
     id initWithTime(double seconds) {
@@ -109,7 +106,7 @@ struct CalendarMethods : ZPCalendarDate {
     ZPString *calendarFormat() { return _formatString; }
     void setCalendarFormat(ZPString *format) {
         ZPString *old = _formatString;
-        _formatString = format ? (ZPString *)format->copyWithZone(nullptr).pointer() : _ZPDefaultCalendarFormat();
+        _formatString = format ? format->copyWithZone(nullptr).as<ZPString>() : _ZPDefaultCalendarFormat();
         old->release();
     }
 
@@ -144,7 +141,7 @@ struct CalendarMethods : ZPCalendarDate {
         sum->_timeIntervalSinceReferenceDate +=
             _timeIntervalSinceReferenceDate - std::floor(_timeIntervalSinceReferenceDate);
         sum->setCalendarFormat(_formatString);
-        return (ZPCalendarDate *)sum->autorelease().pointer();
+        return sum->autorelease().as<ZPCalendarDate>();
     }
 
     // For each unit asked for, the greatest count with which the other date does not pass this one.
@@ -210,7 +207,7 @@ struct CalendarMethods : ZPCalendarDate {
     // ---- the object ----
 
     id copyWithZone(ZPZone *zone) {
-        auto *copy = (ZPCalendarDate *)objc_msgSend<id>(id(objectClass()), "allocWithZone:"_sel, zone).pointer();
+        auto *copy = objc_msgSend<id>(id(objectClass()), "allocWithZone:"_sel, zone).unchecked<ZPCalendarDate>();
         ZPReplaceField(copy->_timeZone, _timeZone);
         copy->_timeIntervalSinceReferenceDate = _timeIntervalSinceReferenceDate;
         copy->setCalendarFormat(_formatString);

@@ -49,26 +49,26 @@ struct ZPDistantDate : ZPDate {
     ZPDate *addTimeInterval(double) { return this; }
     BOOL isPast() { return _timeInterval < 0; }
     int compare(ZPDate *other) { return other == this ? 0 : isPast() ? -1 : 1; }
-    ZPDate *choose(ZPDate *other, BOOL mine) { return mine ? this : (ZPDate *)other->copy()->autorelease().pointer(); }
+    ZPDate *choose(ZPDate *other, BOOL mine) { return mine ? this : other->copy()->autorelease().as<ZPDate>(); }
     ZPDate *earlierDate(ZPDate *other) { return choose(other, isPast()); }
     ZPDate *laterDate(ZPDate *other) { return choose(other, !isPast()); }
     BOOL isEqualToDate(ZPDate *other) { return other == this; }
 };
 
 ZPDistantDate *makeDistant(double time) {
-    auto *date = (ZPDistantDate *)ZPAllocateObject(ZPDistantDate::class_(), 0, nullptr).pointer();
+    auto *date = ZPAllocateObject(ZPDistantDate::class_(), 0, nullptr).as<ZPDistantDate>();
     date->_timeInterval = time;
     return date;
 }
 
 ZPDate *make(Class cls, double time) {
     if (cls == ZPDate::class_() || cls == ZPConcreteDate::class_()) {
-        auto *date = (ZPConcreteDate *)ZPAllocateObject(ZPConcreteDate::class_(), 0, nullptr).pointer();
+        auto *date = ZPAllocateObject(ZPConcreteDate::class_(), 0, nullptr).as<ZPConcreteDate>();
         date->_time = time;
-        return (ZPDate *)date->autorelease().pointer();
+        return date->autorelease().as<ZPDate>();
     }
-    auto *date = (ZPDate *)objc_msgSend<id>(id(cls), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer();
-    return (ZPDate *)date->initWithTimeIntervalSinceReferenceDate(time)->autorelease().pointer();
+    auto *date = objc_msgSend<id>(id(cls), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPDate>();
+    return date->initWithTimeIntervalSinceReferenceDate(time)->autorelease().as<ZPDate>();
 }
 
 struct Clock {
@@ -88,9 +88,9 @@ struct DateMethods : ZPDate {
         return make(self, date->timeIntervalSinceReferenceDate() + seconds);
     }
     static ZPDate *withString(Class self, ZPString *text) {
-        auto *date = (ZPDate *)objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).pointer();
+        auto *date = objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPDate>();
         date = date->initWithString(text);
-        return (ZPDate *)date->autorelease().pointer();
+        return date->autorelease().as<ZPDate>();
     }
     static ZPDate *distantFuture(Class) {
         static ZPDistantDate *const future = makeDistant(63113990400.0);
@@ -127,12 +127,10 @@ struct DateMethods : ZPDate {
         return timeIntervalSinceReferenceDate() == other->timeIntervalSinceReferenceDate();
     }
     BOOL equals(id other) {
-        return other == this || (other->isKindOfClass(ZPDate::class_()) && isEqualToDate((ZPDate *)other.pointer()));
+        return other == this || (other->isKindOfClass(ZPDate::class_()) && isEqualToDate(other.as<ZPDate>()));
     }
     unsigned hash() { return unsigned(_ZPWholeSeconds(timeIntervalSinceReferenceDate())); }
-    ZPDate *choose(ZPDate *other, BOOL mine) {
-        return (ZPDate *)(mine ? this : other)->copy()->autorelease().pointer();
-    }
+    ZPDate *choose(ZPDate *other, BOOL mine) { return (mine ? this : other)->copy()->autorelease().as<ZPDate>(); }
     ZPDate *earlier(ZPDate *other) { return choose(other, compare(other) < 0); }
     ZPDate *later(ZPDate *other) { return choose(other, compare(other) > 0); }
     id copyWithZone(ZPZone *zone) {

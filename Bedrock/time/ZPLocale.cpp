@@ -63,7 +63,7 @@ ZPDictionary *_ZPDefaultEnglishLanguageDict() {
             ZPDateTimeOrdering = MDYH;
             ZPPositiveCurrencyFormatString = "$9,999.00"; ZPNegativeCurrencyFormatString = "-$9,999.00";
         })"_zp;
-        return (ZPDictionary *)text->propertyList()->copy().pointer();
+        return text->propertyList()->copy().as<ZPDictionary>();
     }();
     return english;
 }

@@ -52,7 +52,7 @@ BOOL isGMT(ZPString *name) { return name->isEqualToString("GMT"_zp) || name->isE
 ZPTimeZoneDetail *namedGMT(ZPString *name) {
     Caches &c = caches();
     ZPHolding hold(c.mutex);
-    auto *known = (ZPTimeZoneDetail *)c.byAbbreviation->objectForKey(name).pointer();
+    auto *known = c.byAbbreviation->objectForKey(name).as<ZPTimeZoneDetail>();
     if (!known) {
         known = ZPConcreteTimeZone::alloc()->initWithName_abbreviation_secondsFromGMT(name, name, 0);
         c.enter(name, known);
@@ -123,7 +123,7 @@ ZPHostTimeZoneDetail *hostDetail(const ZPHostZoneKind *kind, BOOL isKept) {
 
 ZPTimeZoneDetail *defaultDetail() {
     return ZPMakeOnce(caches().standard,
-                      [] { return (ZPTimeZoneDetail *)_ZPHostDetailAt(_ZPCurrentTime())->retain().pointer(); });
+                      [] { return _ZPHostDetailAt(_ZPCurrentTime())->retain().as<ZPTimeZoneDetail>(); });
 }
 
 // ---- the classes ----
@@ -153,7 +153,7 @@ struct ZoneMethods : ZPTimeZone {
         Caches &c = caches();
         {
             ZPHolding hold(c.mutex);
-            if (id found = c.byAbbreviation->objectForKey(abbreviation)) return (ZPTimeZoneDetail *)found.pointer();
+            if (id found = c.byAbbreviation->objectForKey(abbreviation)) return found.as<ZPTimeZoneDetail>();
         }
         return nullptr;
     }
@@ -171,11 +171,11 @@ struct ZoneMethods : ZPTimeZone {
 
     ZPString *name() { ZPRequestConcreteImplementation(this, "timeZoneName"_sel, ZPTimeZone::class_()); }
     ZPArray *details() { return ZPArray::arrayWithObject(this); }
-    ZPTimeZoneDetail *forDate(ZPDate *) { return (ZPTimeZoneDetail *)(ZPObject *)this; }
+    ZPTimeZoneDetail *forDate(ZPDate *) { return id(this).unchecked<ZPTimeZoneDetail>(); }
     BOOL equals(id other) {
         if (other == this) return YES;
         return other->isKindOfClass(ZPTimeZone::class_()) &&
-               timeZoneName()->isEqualToString(((ZPTimeZone *)other.pointer())->timeZoneName());
+               timeZoneName()->isEqualToString(other.as<ZPTimeZone>()->timeZoneName());
     }
     unsigned hash() { return timeZoneName()->hash(); }
     id copyWithZone(ZPZone *) { return retain(); }
@@ -188,7 +188,7 @@ struct ZoneMethods : ZPTimeZone {
         objc_msgSend(id((objc_object *)coder), "encodeObject:"_sel, id(timeZoneName()));
     }
     id initWithCoder(ZPCoder *coder) {
-        auto *name = (ZPString *)objc_msgSend<id>(id((objc_object *)coder), "decodeObject"_sel).pointer();
+        auto *name = objc_msgSend<id>(id((objc_object *)coder), "decodeObject"_sel).as<ZPString>();
         release();
         return ZPTimeZone::timeZoneForKey(name)->retain();
     }
@@ -211,7 +211,7 @@ struct DetailMethods : ZPTimeZoneDetail {
     BOOL equals(id other) {
         if (other == this) return YES;
         if (!other->isKindOfClass(ZPTimeZoneDetail::class_())) return NO;
-        auto *o = (ZPTimeZoneDetail *)other.pointer();
+        auto *o = other.as<ZPTimeZoneDetail>();
         return timeZoneSecondsFromGMT() == o->timeZoneSecondsFromGMT() && same(timeZoneName(), o->timeZoneName()) &&
                same(timeZoneAbbreviation(), o->timeZoneAbbreviation());
     }
@@ -228,14 +228,14 @@ struct DetailMethods : ZPTimeZoneDetail {
     }
     id initWithCoder(ZPCoder *coder) {
         id from((objc_object *)coder);
-        auto *name = (ZPString *)objc_msgSend<id>(from, "decodeObject"_sel).pointer();
-        auto *abbreviation = (ZPString *)objc_msgSend<id>(from, "decodeObject"_sel).pointer();
+        auto *name = objc_msgSend<id>(from, "decodeObject"_sel).as<ZPString>();
+        auto *abbreviation = objc_msgSend<id>(from, "decodeObject"_sel).as<ZPString>();
         int offset = 0;
         objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"i", (void *)&offset);
         release();
         ZPArray *details = ZPTimeZone::timeZoneWithName(name)->timeZoneDetailArray();
         for (unsigned i = details->count(); i--;) {
-            auto *d = (ZPTimeZoneDetail *)details->objectAtIndex(i).pointer();
+            auto *d = details->objectAtIndex(i).as<ZPTimeZoneDetail>();
             if (d->timeZoneSecondsFromGMT() == offset && same(d->timeZoneName(), name) &&
                 same(d->timeZoneAbbreviation(), abbreviation))
                 return d->retain();
@@ -247,8 +247,8 @@ struct DetailMethods : ZPTimeZoneDetail {
 
 struct ConcreteMethods : ZPConcreteTimeZone {
     id initWithName(ZPString *name, ZPString *abbreviation, int seconds) {
-        _timeZoneName = (ZPString *)name->copyWithZone(nullptr).pointer();
-        _abbreviation = (ZPString *)abbreviation->copyWithZone(nullptr).pointer();
+        _timeZoneName = name->copyWithZone(nullptr).as<ZPString>();
+        _abbreviation = abbreviation->copyWithZone(nullptr).as<ZPString>();
         _timeZoneSecondsFromGMT = seconds;
         return this;
     }
@@ -289,7 +289,7 @@ struct ZPLocalTimeZone : ZPTimeZoneDetail {
 };
 
 ZPTimeZoneDetail *ZoneMethods::local(Class) {
-    static auto *const zone = (ZPTimeZoneDetail *)ZPAllocateObject(ZPLocalTimeZone::class_(), 0, nullptr).pointer();
+    static auto *const zone = ZPAllocateObject(ZPLocalTimeZone::class_(), 0, nullptr).unchecked<ZPTimeZoneDetail>();
     return zone;
 }
 
