@@ -110,8 +110,8 @@ struct PlainMutableSet : ZPMutableSet {
     }
 };
 
-inline std::vector<ZPRef<ZPObject>> itemsOf(std::initializer_list<int> values) {
-    std::vector<ZPRef<ZPObject>> items;
+inline std::vector<id> itemsOf(std::initializer_list<int> values) {
+    std::vector<id> items;
     for (int value : values) items.push_back(TestItem::with(value));
     return items;
 }
