@@ -355,3 +355,25 @@ TEST(AllocationFailure, PagesOfZones) {
             ZPRecycleZone(b->zone);
         });
 }
+
+TEST(AllocationFailure, ZonesAnswerNullAndRaiseNothing) {
+    emptyShelves();
+    for (long n = 1;; ++n) {
+        ASSERT_LT(n, 100);
+        failed = 0;
+        left = n;
+        armed = true;
+        ZPZone *zone = nullptr;
+        int taken = 0;
+        EXPECT_NO_THROW({
+            zone = ZPCreateZone(0, 0, YES);
+            while (zone && taken < 300 && ZPZoneMalloc(zone, 200)) ++taken;
+        });
+        armed = false;
+        EXPECT_EQ(zone && taken == 300, failed == 0) << n;
+        if (!failed) {
+            EXPECT_GT(n, 3);
+            break;
+        }
+    }
+}
