@@ -67,6 +67,7 @@ TEST(PropertyListWriting, NestedListsAreIndented) {
     EXPECT_EQ(text(ZPMakeArray({w})->descriptionWithLocale_indent(nullptr, 2)),
               "(\n            " + wide + "\n        )");
     EXPECT_EQ(text(ZPMakeArray({"x"_zp})->descriptionWithLocale(nullptr)), "(x)");
+    EXPECT_EQ(text(_ZPIndentSpace(3)), std::string(12, ' '));
 }
 
 // Objects that describe themselves in one of three ways.

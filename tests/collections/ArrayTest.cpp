@@ -105,6 +105,7 @@ TEST_P(Array, SearchReachesBeyondOneBlock) {
     EXPECT_EQ(array->indexOfObject(TestItem::with(999)), 999u);
     EXPECT_EQ(array->indexOfObjectIdenticalTo(items[500]), 500u);
     EXPECT_EQ(array->firstObjectCommonWithArray(make({5000, 300, 200})), items[200]);
+    EXPECT_EQ(array->firstObjectCommonWithArray(make({5000})), nullptr);
 }
 
 TEST_P(Array, Equality) {
@@ -131,6 +132,7 @@ TEST_P(Array, DerivedArrays) {
     EXPECT_EQ(make({})->sortedArrayUsingSelector("compare:"_sel), empty);
     EXPECT_NE(raised([&] { array->arrayByAddingObject(nullptr); }), "");
     EXPECT_EQ(ZPArray::arrayWithObjects(), empty);
+    EXPECT_EQ(ZPArray::alloc()->initWithObjects(), empty);
     EXPECT_EQ(ZPArray::alloc()->init(), id(empty));
     EXPECT_EQ(ZPArray::arrayWithArray(nullptr), empty);
 }
@@ -273,6 +275,7 @@ TEST_F(ConcreteArray, SortsWithAHint) {
     ZPArray *again = changed->sortedArrayUsingFunction_context_hint(compare, &calls, hint);
     EXPECT_LT(calls, 450);
     EXPECT_TRUE(again->isEqual(changed->sortedArrayUsingFunction_context(compare, &calls)));
+    EXPECT_TRUE(again->isEqual(changed->sortedArrayUsingSelector_hint("compare:"_sel, nullptr)));
 }
 
 TEST(MergeSort, AnswersOneOfItsLists) {

@@ -115,6 +115,8 @@ TEST_P(Dictionary, KeysAndValues) {
     EXPECT_EQ(valuesOf(dictionary->allKeysForObject(TestItem::with(10))->sortedArrayUsingSelector("compare:"_sel)),
               (Values{1, 3}));
     EXPECT_EQ(dictionary->countForObject(TestItem::with(10)), 2u);
+    EXPECT_TRUE(dictionary->containsObject(TestItem::with(20)));
+    EXPECT_FALSE(dictionary->containsObject(TestItem::with(30)));
     EXPECT_EQ(valuesOf(dictionary->objectsForKeys_notFoundMarker(
                   ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(9)), TestItem::with(-5))),
               (Values{20, -5}));

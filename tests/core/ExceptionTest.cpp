@@ -59,6 +59,7 @@ TEST_F(Errors, RaisesUnwindAndArriveWhole) {
         EXPECT_EQ(cleaned, 1);
         EXPECT_TRUE(e->name()->isEqual(ZPRangeException));
         EXPECT_STREQ(e->reason()->cString(), "5");
+        EXPECT_STREQ(e->description()->cString(), "5");
         EXPECT_EQ(e->copy(), e);
         EXPECT_TRUE(e->isEqual(ZPException::exceptionWithName_reason_userInfo(ZPRangeException, "6"_zp, nullptr)));
         EXPECT_FALSE(e->isEqual(ZPException::exceptionWithName_reason_userInfo(ZPGenericException, "5"_zp, nullptr)));
@@ -167,6 +168,7 @@ TEST_F(Errors, AnExceptionOutlivesTheLogThatMetIt) {
 TEST_F(Errors, NamesBothWays) {
     EXPECT_EQ(ZPClassFromString("Partial"_zp), Partial::class_());
     EXPECT_EQ(ZPClassFromString("Nowhere"_zp), nullptr);
+    EXPECT_STREQ(ZPStringFromSelector(ZPSelectorFromString("a:b:"_zp))->cString(), "a:b:");
     _ZPAltClassNameFromString = [](ZPString *) { return Abstract::class_(); };
     EXPECT_EQ(ZPClassFromString("Nowhere"_zp), Abstract::class_());
     _ZPAltClassNameFromString = nullptr;

@@ -260,6 +260,12 @@ TEST(DefaultCenter, OneForEachClass) {
     EXPECT_EQ(objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel), mine.get());
     ZPNotificationCenter::setDefaultCenter_forClass(nullptr, OtherCenter::class_());
     EXPECT_EQ(mine->retainCount(), 1u);
+    center->retain();
+    ZPNotificationCenter::setDefaultCenter_forClass(mine.get(), ZPNotificationCenter::class_());
+    EXPECT_EQ(ZPNotificationCenter::defaultCenter(), mine.get());
+    EXPECT_EQ(center->retainCount(), 1u);
+    ZPNotificationCenter::setDefaultCenter_forClass(center, ZPNotificationCenter::class_());
+    center->release();
     EXPECT_EQ(
         reasonOf([&] { ZPNotificationCenter::setDefaultCenter_forClass(center, ZPString::class_()); }),
         "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the ZPNotificationCenter class or subclass");

@@ -167,7 +167,10 @@ TEST(CharacterSet, combinesWithAClientsSet) {
     set->formUnionWithCharacterSet(OddSet::new_()->autorelease());
     EXPECT_TRUE(set->characterIsMember(0x4E01) && !set->characterIsMember(0x4E02) && set->characterIsMember('b'));
     set->formIntersectionWithCharacterSet(ZPCharacterSet::letterCharacterSet()->invertedSet());
-    EXPECT_TRUE(!set->characterIsMember('a') && set->characterIsMember('1'));
+    set->removeCharactersInString("13"_zp);
+    EXPECT_TRUE(!set->characterIsMember('a') && !set->characterIsMember('1') && set->characterIsMember('5'));
+    EXPECT_TRUE(ZPMutableCharacterSet::characterSetWithRange({0, 0x10000})->invertedSet()->isEmpty());
+    EXPECT_TRUE(ZPMutableCharacterSet::characterSetWithBitmapRepresentation(ZPData::data())->isMutable());
 }
 
 TEST(CharacterSet, immutableSetsRefuseChanges) {

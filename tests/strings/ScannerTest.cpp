@@ -57,7 +57,7 @@ template <class T> struct Case {
     T value;
     unsigned location;
 };
-template <class T> void check(BOOL (ZPScanner::*scan)(T *), std::initializer_list<Case<T>> cases) {
+template <class T, std::size_t n> void check(BOOL (ZPScanner::*scan)(T *), const Case<T> (&cases)[n]) {
     for (auto &c : cases)
         scanning(c.text, [&](ZPScanner *scanner) {
             SCOPED_TRACE(std::string(c.text.begin(), c.text.end()));
@@ -74,47 +74,51 @@ template <class T> void check(BOOL (ZPScanner::*scan)(T *), std::initializer_lis
 }  // namespace
 
 TEST(Scanner, integers) {
-    check<int>(&ZPScanner::scanInt, {{u"  42abc", 42, 4},
-                                     {u"- 5", -5, 3},
-                                     {u"+\n\t7 ", 7, 4},
-                                     {u"-x"},
-                                     {u""},
-                                     {u"   "},
-                                     {u"--5"},
-                                     {u"007", 7, 3},
-                                     {u"99999999999", INT_MAX, 11},
-                                     {u"-99999999999", INT_MIN, 12},
-                                     {u"2147483647", INT_MAX, 10},
-                                     {u"2147483648", INT_MAX, 10},
-                                     {u"-2147483648", INT_MIN, 11},
-                                     {u"-2147483649", INT_MIN, 11},
-                                     {u"2147483646.", 2147483646, 10},
-                                     {u"\uffff1"},
-                                     {u"4\u0663x", 39, 2}});  // digits of other scripts belong to it, each counting -1
-    check<long long>(&ZPScanner::scanLongLong, {{u" 9223372036854775807", LLONG_MAX, 20},
-                                                {u"9223372036854775808", LLONG_MAX, 19},
-                                                {u"-9223372036854775808", LLONG_MIN, 20},
-                                                {u"-9223372036854775809", LLONG_MIN, 20},
-                                                {u"-9223372036854775807", -LLONG_MAX, 20},
-                                                {u"9223372036854775806x", LLONG_MAX - 1, 19},
-                                                {u"10000000000", 10000000000, 11},
-                                                {u"1" + std::u16string(500, u'0') + u" ", LLONG_MAX, 501},
-                                                {u"x"}});
-    check<unsigned>(&ZPScanner::scanHexInt, {{u"0x1F", 31, 4},
-                                             {u"0xZ", 0, 1},
-                                             {u"ffffffffff", 0xFFFFFFFF, 10},
-                                             {u"g"},
-                                             {u"0", 0, 1},
-                                             {u"0x", 0, 1},
-                                             {u" 0Xab", 0xAB, 5},
-                                             {u"0fx", 15, 2},
-                                             {u"00x1", 0, 2},
-                                             {u""},
-                                             {u"DEADBEEF", 0xDEADBEEF, 8},
-                                             {u"x1"},
-                                             {u"0100000000", 0xFFFFFFFF, 10},
-                                             {u"\u0661"},
-                                             {u"0\u01781", 0, 1}});
+    // Digits of other scripts belong to a number, each counting -1.
+    const Case<int> scanInts[] = {{u"  42abc", 42, 4},
+                                  {u"- 5", -5, 3},
+                                  {u"+\n\t7 ", 7, 4},
+                                  {u"-x", 0, 0},
+                                  {u"", 0, 0},
+                                  {u"   ", 0, 0},
+                                  {u"--5", 0, 0},
+                                  {u"007", 7, 3},
+                                  {u"99999999999", INT_MAX, 11},
+                                  {u"-99999999999", INT_MIN, 12},
+                                  {u"2147483647", INT_MAX, 10},
+                                  {u"2147483648", INT_MAX, 10},
+                                  {u"-2147483648", INT_MIN, 11},
+                                  {u"-2147483649", INT_MIN, 11},
+                                  {u"2147483646.", 2147483646, 10},
+                                  {u"\uffff1", 0, 0},
+                                  {u"4\u0663x", 39, 2}};
+    check(&ZPScanner::scanInt, scanInts);
+    const Case<long long> scanLongLongs[] = {{u" 9223372036854775807", LLONG_MAX, 20},
+                                             {u"9223372036854775808", LLONG_MAX, 19},
+                                             {u"-9223372036854775808", LLONG_MIN, 20},
+                                             {u"-9223372036854775809", LLONG_MIN, 20},
+                                             {u"-9223372036854775807", -LLONG_MAX, 20},
+                                             {u"9223372036854775806x", LLONG_MAX - 1, 19},
+                                             {u"10000000000", 10000000000, 11},
+                                             {u"1" + std::u16string(500, u'0') + u" ", LLONG_MAX, 501},
+                                             {u"x", 0, 0}};
+    check(&ZPScanner::scanLongLong, scanLongLongs);
+    const Case<unsigned> scanHexInts[] = {{u"0x1F", 31, 4},
+                                          {u"0xZ", 0, 1},
+                                          {u"ffffffffff", 0xFFFFFFFF, 10},
+                                          {u"g", 0, 0},
+                                          {u"0", 0, 1},
+                                          {u"0x", 0, 1},
+                                          {u" 0Xab", 0xAB, 5},
+                                          {u"0fx", 15, 2},
+                                          {u"00x1", 0, 2},
+                                          {u"", 0, 0},
+                                          {u"DEADBEEF", 0xDEADBEEF, 8},
+                                          {u"x1", 0, 0},
+                                          {u"0100000000", 0xFFFFFFFF, 10},
+                                          {u"\u0661", 0, 0},
+                                          {u"0\u01781", 0, 1}};
+    check(&ZPScanner::scanHexInt, scanHexInts);
 }
 
 // The C library's reading of the same text is the standard; this process runs in its "C" locale.
@@ -157,9 +161,11 @@ TEST(Scanner, doublesAreTheCLibrarys) {
 }
 
 TEST(Scanner, doubles) {
-    check<double>(&ZPScanner::scanDouble,
-                  {{u" 1.5 ", 1.5, 4}, {u"1,5", 1, 1}, {u"inf"}, {u"nan"}, {u"0x1F", 0, 1}, {u"-1e999", -HUGE_VAL, 6}});
-    check<float>(&ZPScanner::scanFloat, {{u" 0.1 ", 0.1f, 4}, {u"-1e999", -HUGE_VALF, 6}, {u"x"}});
+    const Case<double> doubles[] = {{u" 1.5 ", 1.5, 4}, {u"1,5", 1, 1},  {u"inf", 0, 0},
+                                    {u"nan", 0, 0},     {u"0x1F", 0, 1}, {u"-1e999", -HUGE_VAL, 6}};
+    check(&ZPScanner::scanDouble, doubles);
+    const Case<float> floats[] = {{u" 0.1 ", 0.1f, 4}, {u"-1e999", -HUGE_VALF, 6}, {u"x", 0, 0}};
+    check(&ZPScanner::scanFloat, floats);
     ZPScanner *scanner = ZPScanner::scannerWithString("1,5 2.5"_zp);
     scanner->setLocale(ZPDictionary::dictionaryWithObject_forKey(","_zp, "ZPDecimalSeparator"_zp));
     double value;

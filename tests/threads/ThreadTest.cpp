@@ -107,7 +107,6 @@ TEST(Thread, EveryThreadHasItsOwnObjectAndDictionary) {
 
 TEST(Thread, StringsCollectionsAndClassesFromManyThreads) {
     // Placeholders, literals, caches of classes seen for the first time, shared immutable objects.
-    ZPAutoreleasePoolScope pool;
     ZPRef<ZPArray> shared = ZPArray::arrayWithObjects("one"_zp, ZPString::stringWithFormat("%d"_zp, 2),
                                                       "drei und mehr Zeichen als in ein kleines Stück passen"_zp);
     std::atomic<int> wrong{0};
