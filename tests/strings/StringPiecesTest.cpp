@@ -74,6 +74,9 @@ TEST(StringPieces, groupsAndBuffers) {
         int length = -1;
         s->_copyToUnicharBuffer_saveLength(&buffer, &length);
         EXPECT_EQ(std::u16string(buffer, length), u"1234567");
+        ""_zp->_copyToUnicharBuffer_saveLength(&buffer, &length);
+        EXPECT_EQ(buffer, nullptr);
+        EXPECT_EQ(length, 0);
     });
 }
 
