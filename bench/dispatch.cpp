@@ -13,7 +13,7 @@ namespace {
 struct Tally : ZPObject {
     ZP_CLASS(Tally)
     long _total;
-    void add(int v) { objc_msgSend(this, "add:"_sel, v); }
+    void add(int v) ZP_TELLS(v);
 };
 struct TallyMethods : Tally {
     void add(int v) { _total += v + 1; }
@@ -36,10 +36,10 @@ struct Tally3Methods : Tally {
 struct Tally4Methods : Tally {
     void add(int v) { _total += v + 4; }
 };
-ZP_IMPLEMENT(Tally).method<&TallyMethods::add>("add:");
-ZP_IMPLEMENT(Tally2).method<&Tally2Methods::add>("add:");
-ZP_IMPLEMENT(Tally3).method<&Tally3Methods::add>("add:");
-ZP_IMPLEMENT(Tally4).method<&Tally4Methods::add>("add:");
+ZP_IMPLEMENT_WITH(Tally, TallyMethods, add);
+ZP_IMPLEMENT_WITH(Tally2, Tally2Methods, add);
+ZP_IMPLEMENT_WITH(Tally3, Tally3Methods, add);
+ZP_IMPLEMENT_WITH(Tally4, Tally4Methods, add);
 
 struct Shape {
     virtual ~Shape() = default;

@@ -14,7 +14,7 @@ struct Receiver : ZPObject {
     ZP_CLASS(Receiver)
     void changed(ZPNotification *) { ++total; }
 };
-ZP_IMPLEMENT(Receiver).method<&Receiver::changed>("changed:");
+ZP_IMPLEMENT(Receiver, changed);
 
 void post(State &s) {
     if (s.range(1)) startOneThread();

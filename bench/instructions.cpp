@@ -15,7 +15,7 @@ struct Counter : ZPObject {
     void step() { ++_value; }
     void heard(ZPNotification *) { ++_value; }
 };
-ZP_IMPLEMENT(Counter).method<&Counter::step>("step").method<&Counter::heard>("heard:");
+ZP_IMPLEMENT(Counter, step, heard);
 
 struct Operation {
     const char *name;

@@ -20,7 +20,7 @@ struct Node {
 struct Small : ZPObject {
     ZP_CLASS(Small)
     long _value;
-    Small *initWithValue(long v) { return objc_msgSend<Small *>(this, "initWithValue:"_sel, v); }
+    Small *initWithValue(long v) ZP_ASKS(v);
 };
 struct SmallMethods : Small {
     Small *initWithValue(long v) {
@@ -28,7 +28,7 @@ struct SmallMethods : Small {
         return this;
     }
 };
-ZP_IMPLEMENT(Small).method<&SmallMethods::initWithValue>("initWithValue:");
+ZP_IMPLEMENT_WITH(Small, SmallMethods, initWithValue);
 
 }  // namespace
 

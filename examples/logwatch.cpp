@@ -38,7 +38,7 @@ struct Entry : ZPObject {
     ZPString *hour() { return _date->descriptionWithCalendarFormat("%Y-%m-%d %H:00"_zp); }
     int compare(Entry *other) { return _date->compare(other->_date); }
 };
-ZP_IMPLEMENT(Entry).method<&Entry::hour>("hour").method<&Entry::compare>("compare:");
+ZP_IMPLEMENT(Entry, hour, compare);
 
 int main(int argc, char **argv) {
     ZPAutoreleasePoolScope pool;

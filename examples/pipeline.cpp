@@ -79,7 +79,7 @@ struct Worker : ZPObject {
         }
     }
 };
-ZP_IMPLEMENT(Worker).method<&Worker::work>("work:");
+ZP_IMPLEMENT(Worker, work);
 
 /// Collects results from every thread. The lock's condition is the number of files still to come.
 struct Report : ZPObject {
@@ -102,7 +102,7 @@ struct Report : ZPObject {
         objc_super<Report>(this).send("dealloc"_sel);
     }
 };
-ZP_IMPLEMENT(Report).method<&Report::fileDone>("fileDone:").method<&Report::dealloc>("dealloc");
+ZP_IMPLEMENT(Report, fileDone, dealloc);
 
 int main(int argc, char **argv) {
     ZPAutoreleasePoolScope pool;

@@ -36,7 +36,7 @@ struct Profiler : ZPProxy {
         record.time += std::chrono::steady_clock::now() - start;
     }
 };
-ZP_IMPLEMENT(Profiler).method<&Profiler::forward>("forward::");
+ZP_IMPLEMENT(Profiler, named(forward, "forward::"));
 
 /// Every word of the text with the numbers of the lines that hold it.
 static void buildIndex(ZPString *text, ZPMutableDictionary *index) {

@@ -15,15 +15,13 @@ struct Settings : ZPObject {
     ZPRef<ZPDictionary> _defaults;
     ZPRef<ZPMutableDictionary> _values;
 
-    Settings *initWithPath_defaults(ZPString *path, ZPDictionary *defaults) {
-        return objc_msgSend<Settings *>(this, "initWithPath:defaults:"_sel, path, defaults);
-    }
-    ZPString *stringForKey(ZPString *key) { return objc_msgSend<ZPString *>(this, "stringForKey:"_sel, key); }
+    Settings *initWithPath_defaults(ZPString *path, ZPDictionary *defaults) ZP_ASKS(path, defaults);
+    ZPString *stringForKey(ZPString *key) ZP_ASKS(key);
     int intForKey(ZPString *key) { return stringForKey(key)->intValue(); }
     bool boolForKey(ZPString *key) { return stringForKey(key)->caseInsensitiveCompare("yes"_zp) == ZPOrderedSame; }
     /// Posts SettingChanged, with old and new value, when the value is another. Null goes back to the default.
-    void setString_forKey(ZPString *value, ZPString *key) { objc_msgSend(this, "setString:forKey:"_sel, value, key); }
-    BOOL save() { return objc_msgSend<BOOL>(this, "save"_sel); }
+    void setString_forKey(ZPString *value, ZPString *key) ZP_TELLS(value, key);
+    BOOL save() ZP_ASKS();
 };
 
 struct SettingsMethods : Settings {
@@ -52,11 +50,7 @@ struct SettingsMethods : Settings {
     }
     BOOL save() { return _values->writeToFile_atomically(_path, YES); }
 };
-ZP_IMPLEMENT(Settings)
-    .method<&SettingsMethods::initWithPath_defaults>("initWithPath:defaults:")
-    .method<&SettingsMethods::stringForKey>("stringForKey:")
-    .method<&SettingsMethods::setString_forKey>("setString:forKey:")
-    .method<&SettingsMethods::save>("save");
+ZP_IMPLEMENT_WITH(Settings, SettingsMethods, initWithPath_defaults, stringForKey, setString_forKey, save);
 
 /// Something that follows the settings.
 struct Window : ZPObject {
@@ -70,7 +64,7 @@ struct Window : ZPObject {
                   << (settings->boolForKey("fullscreen"_zp) ? " and fills the screen\n" : "\n");
     }
 };
-ZP_IMPLEMENT(Window).method<&Window::settingChanged>("settingChanged:");
+ZP_IMPLEMENT(Window, settingChanged);
 
 int main(int argc, char **argv) {
     ZPAutoreleasePoolScope pool;

@@ -65,7 +65,7 @@ struct Document : ZPObject {
         _undoManager->record(this, "deleteLine:ignored:"_sel, line, nullptr);
         return this;
     }
-    id deleteLine(ZPString *line, id) {
+    id deleteLine_ignored(ZPString *line, id) {
         unsigned index = unsigned(line->intValue()) - 1;
         ZPRef<ZPString> text = _lines->objectAtIndex(index);
         _lines->removeObjectAtIndex(index);
@@ -73,9 +73,7 @@ struct Document : ZPObject {
         return this;
     }
 };
-ZP_IMPLEMENT(Document)
-    .method<&Document::insert_atLine>("insert:atLine:")
-    .method<&Document::deleteLine>("deleteLine:ignored:");
+ZP_IMPLEMENT(Document, insert_atLine, deleteLine_ignored);
 
 int main() {
     ZPAutoreleasePoolScope pool;
@@ -91,7 +89,7 @@ int main() {
         std::getline(words >> std::ws, text);
         try {
             if (command == "insert") document->insert_atLine(ZPMakeString(text), ZPMakeString(number));
-            else if (command == "delete") document->deleteLine(ZPMakeString(number), nullptr);
+            else if (command == "delete") document->deleteLine_ignored(ZPMakeString(number), nullptr);
             else if (command == "undo" && !manager->undo()) std::cout << "nothing to undo\n";
             else if (command == "redo" && !manager->redo()) std::cout << "nothing to redo\n";
             else if (command == "print") std::cout << document->_lines->componentsJoinedByString(" / "_zp) << "\n";

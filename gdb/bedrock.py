@@ -19,11 +19,12 @@ MOST_BUCKETS = 65536  # looked at in a table
 MOST_BYTES = 200  # of data
 MOST_DEPTH = 4
 MOST_SUPERCLASSES = 100
+CLASS_RECORD = 192  # bytes
 
 # Class or structure: its fields, each with its place in bytes and the format of its value (P pointer, I unsigned, i int,
 # d double, * not read as a value). tests/gdb holds them against the library's debug information.
 FIELDS = {
-    "objc_class": {"superclass": (16, "P"), "info": (24, "I"), "name": (32, "P"), "instanceSize": (40, "I"), "counterpart": (72, "P")},
+    "objc_class": {"superclass": (24, "P"), "info": (32, "I"), "name": (40, "P"), "instanceSize": (48, "I")},
     "objc_header": {"extraReferences": (0, "I")},
     "SideTable": {"capacity": (44, "I"), "mask": (48, "I"), "buckets": (56, "P"), "overflow": (64, "*")},
     "ZPSimpleCString": {"bytes": (8, "P"), "numBytes": (16, "I")},
@@ -168,11 +169,12 @@ def c_text(address, most):
 
 class ClassRecord:
     def __init__(self, address):
-        if address == 0 or address % 8:
+        if address == 0 or address % 64:
             raise Broken("isa is no class")
         self.address = address
-        other = field(address, "objc_class", "counterpart")
-        if other == 0 or field(other, "objc_class", "counterpart") != address:
+        # A class and its metaclass lie side by side; which of the two this is stands in the record.
+        meta = address if field(address, "objc_class", "info") & IS_METACLASS else address + CLASS_RECORD
+        if number(meta - CLASS_RECORD, "P") != meta:
             raise Broken("isa is no class")
         name = c_text(field(address, "objc_class", "name"), 256)
         if not re.fullmatch(rb"[A-Za-z_%(][ -~]*", name):

@@ -44,117 +44,85 @@ struct ZPParser : ZPObject {
     _ZPParserState *_state;
 
     /// The grammar that a text describes; raises ZPParseErrorException.
-    static ZPDictionary *parsedGrammarForString(ZPString *text) {
-        return objc_msgSend<ZPDictionary *>(class_(), "parsedGrammarForString:"_sel, text);
-    }
+    static ZPDictionary *parsedGrammarForString(ZPString *text) ZP_CLASS_ASKS(text);
     /// Copies the grammar (null: none). Unquoted strings are of letters, digits and `_$/:.`, ASCII punctuation
     /// separates, double quotes quote, and numbers are not told apart.
-    ZPParser *initWithGrammar(ZPDictionary *grammar) {
-        return objc_msgSend<ZPParser *>(this, "initWithGrammar:"_sel, grammar);
-    }
+    ZPParser *initWithGrammar(ZPDictionary *grammar) ZP_ASKS(grammar);
 
     // ---- what tokens are made of; each takes the place of what was set before ----
 
     /// What unquoted strings begin with: the characters, and the kinds that are YES.
     void setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower,
-                                                                                   BOOL upper, BOOL digits) {
-        objc_msgSend(this, "setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters,
-                     lower, upper, digits);
-    }
+                                                                                   BOOL upper, BOOL digits)
+        ZP_TELLS(characters, lower, upper, digits);
     /// What unquoted strings hold behind their first character, by the same means.
     void setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower,
-                                                                              BOOL upper, BOOL digits) {
-        objc_msgSend(this, "setUnquotedStringCharacters:lowerCaseLetters:upperCaseLetters:digits:"_sel, characters,
-                     lower, upper, digits);
-    }
+                                                                              BOOL upper, BOOL digits)
+        ZP_TELLS(characters, lower, upper, digits);
     /// What stands for itself as a token: the characters, and ASCII punctuation when `punctuation`.
-    void setMonoCharacterSeparatorCharacters_usualPunctuation(ZPString *characters, BOOL punctuation) {
-        objc_msgSend(this, "setMonoCharacterSeparatorCharacters:usualPunctuation:"_sel, characters, punctuation);
-    }
+    void setMonoCharacterSeparatorCharacters_usualPunctuation(ZPString *characters, BOOL punctuation)
+        ZP_TELLS(characters, punctuation);
     /// Separators of two or more characters, else ZPInvalidArgumentException. The longest that fits is taken.
-    void setMultipleCharacterSeparators(ZPArray *separators) {
-        objc_msgSend(this, "setMultipleCharacterSeparators:"_sel, separators);
-    }
+    void setMultipleCharacterSeparators(ZPArray *separators) ZP_TELLS(separators);
     /// Which quotes quote.
-    void setQuotingWithSingleQuote_double(BOOL single, BOOL twofold) {
-        objc_msgSend(this, "setQuotingWithSingleQuote:double:"_sel, single, twofold);
-    }
+    void setQuotingWithSingleQuote_double(BOOL single, BOOL twofold) ZP_TELLS(single, twofold);
     /// Whether runs of digits are tokens of their own kind.
-    void setEnableIntegerParsing(BOOL flag) { objc_msgSend(this, "setEnableIntegerParsing:"_sel, flag); }
+    void setEnableIntegerParsing(BOOL flag) ZP_TELLS(flag);
     /// Whether numbers with a point or an exponent are tokens of their own kind.
-    void setEnableFloatParsing(BOOL flag) { objc_msgSend(this, "setEnableFloatParsing:"_sel, flag); }
+    void setEnableFloatParsing(BOOL flag) ZP_TELLS(flag);
 
     // ---- tokens ----
 
     /// The text to parse from now on, copied.
-    void setString(ZPString *string) { objc_msgSend(this, "setString:"_sel, string); }
+    void setString(ZPString *string) ZP_TELLS(string);
     /// Reads a token, whatever is pending.
-    void nextToken() { objc_msgSend(this, "nextToken"_sel); }
+    void nextToken() ZP_TELLS();
     /// The kind of the pending token, which is read when there is none.
-    unsigned peekTokenType() { return objc_msgSend<unsigned>(this, "peekTokenType"_sel); }
+    unsigned peekTokenType() ZP_ASKS();
     /// The pending token's text, not consumed, when its kind is in the mask.
-    ZPString *peekTokenWithMask(unsigned mask) {
-        return objc_msgSend<ZPString *>(this, "peekTokenWithMask:"_sel, mask);
-    }
+    ZPString *peekTokenWithMask(unsigned mask) ZP_ASKS(mask);
     /// Consumes a token whose kind is in the mask.
-    ZPString *parseTokenWithMask(unsigned mask) {
-        return objc_msgSend<ZPString *>(this, "parseTokenWithMask:"_sel, mask);
-    }
+    ZPString *parseTokenWithMask(unsigned mask) ZP_ASKS(mask);
     /// Consumes an unquoted string.
-    ZPString *parseUnquotedString() { return objc_msgSend<ZPString *>(this, "parseUnquotedString"_sel); }
+    ZPString *parseUnquotedString() ZP_ASKS();
     /// Consumes a quoted string, of which it answers the inside.
-    ZPString *parseQuotedString() { return objc_msgSend<ZPString *>(this, "parseQuotedString"_sel); }
+    ZPString *parseQuotedString() ZP_ASKS();
     /// Consumes an unquoted or a quoted string.
-    ZPString *parseString() { return objc_msgSend<ZPString *>(this, "parseString"_sel); }
+    ZPString *parseString() ZP_ASKS();
     /// Consumes a number, whose text it answers; where numbers are told apart.
-    ZPString *parseNumber() { return objc_msgSend<ZPString *>(this, "parseNumber"_sel); }
+    ZPString *parseNumber() ZP_ASKS();
     /// Consumes a separator.
-    ZPString *parseSeparator() { return objc_msgSend<ZPString *>(this, "parseSeparator"_sel); }
+    ZPString *parseSeparator() ZP_ASKS();
     /// Consumes a token of those kinds with the literal's text, and answers the literal.
-    ZPString *parseTokenEqualTo_mask(ZPString *literal, unsigned mask) {
-        return objc_msgSend<ZPString *>(this, "parseTokenEqualTo:mask:"_sel, literal, mask);
-    }
+    ZPString *parseTokenEqualTo_mask(ZPString *literal, unsigned mask) ZP_ASKS(literal, mask);
     /// Consumes that separator, and answers it.
-    ZPString *parseSeparatorEqualTo(ZPString *literal) {
-        return objc_msgSend<ZPString *>(this, "parseSeparatorEqualTo:"_sel, literal);
-    }
+    ZPString *parseSeparatorEqualTo(ZPString *literal) ZP_ASKS(literal);
     /// The same, or raises.
-    ZPString *expectSeparatorEqualTo(ZPString *literal) {
-        return objc_msgSend<ZPString *>(this, "expectSeparatorEqualTo:"_sel, literal);
-    }
+    ZPString *expectSeparatorEqualTo(ZPString *literal) ZP_ASKS(literal);
     /// As `parseTokenEqualTo_mask`, or raises.
-    ZPString *expectTokenEqualTo_mask(ZPString *literal, unsigned mask) {
-        return objc_msgSend<ZPString *>(this, "expectTokenEqualTo:mask:"_sel, literal, mask);
-    }
+    ZPString *expectTokenEqualTo_mask(ZPString *literal, unsigned mask) ZP_ASKS(literal, mask);
     /// Raises unless nothing but white space and comments is left.
-    void expectEndOfInput() { objc_msgSend(this, "expectEndOfInput"_sel); }
+    void expectEndOfInput() ZP_TELLS();
 
     // ---- rules ----
 
     /// Runs a rule, or the method of that name when the grammar has no such rule; a name of neither kind is logged,
     /// and nothing found.
-    id parse(ZPString *rule) { return objc_msgSend<id>(this, "parse:"_sel, rule); }
+    id parse(ZPString *rule) ZP_ASKS(rule);
     /// The same, or raises "... expected".
-    id expect(ZPString *rule) { return objc_msgSend<id>(this, "expect:"_sel, rule); }
+    id expect(ZPString *rule) ZP_ASKS(rule);
     /// A rule any number of times. Without a separator (null) the elements follow each other; else a separator
     /// follows each element, where `omitLast` allows the last element to end without one.
-    ZPArray *parseSuite_separator_allowOmitLastSeparator(ZPString *rule, ZPString *separator, BOOL omitLast) {
-        return objc_msgSend<ZPArray *>(this, "parseSuite:separator:allowOmitLastSeparator:"_sel, rule, separator,
-                                       omitLast);
-    }
+    ZPArray *parseSuite_separator_allowOmitLastSeparator(ZPString *rule, ZPString *separator, BOOL omitLast)
+        ZP_ASKS(rule, separator, omitLast);
     /// Pairs of a key and a value, by the same rules; of equal keys the last one counts.
     ZPDictionary *parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
-        ZPString *key, ZPString *keySeparator, ZPString *value, ZPString *separator, BOOL omitLast) {
-        return objc_msgSend<ZPDictionary *>(
-            this, "parseSuiteOfPairsKey:separator:value:separator:allowOmitLastSeparator:"_sel, key, keySeparator,
-            value, separator, omitLast);
-    }
+        ZPString *key, ZPString *keySeparator, ZPString *value, ZPString *separator, BOOL omitLast)
+        ZP_ASKS(key, keySeparator, value, separator, omitLast);
     /// The same in braces, `{ key = value; ... }`.
-    ZPDictionary *parseDictionaryOfKey_value(ZPString *key, ZPString *value) {
-        return objc_msgSend<ZPDictionary *>(this, "parseDictionaryOfKey:value:"_sel, key, value);
-    }
+    ZPDictionary *parseDictionaryOfKey_value(ZPString *key, ZPString *value) ZP_ASKS(key, value);
     /// Hexadecimal digits in angle brackets; an odd number of them raises.
-    ZPData *parseData() { return objc_msgSend<ZPData *>(this, "parseData"_sel); }
+    ZPData *parseData() ZP_ASKS();
     /// Raises ZPParseErrorException with a formatted message, line, position, rules and next token.
     template <class... A> void parseError(ZPString *format, A... arguments) {
         objc_sendVariadic<void, ZPString *>::send(this, "parseError:"_sel, format, arguments...);
@@ -164,11 +132,9 @@ struct ZPParser : ZPObject {
 
     /// One element of a sequence, and whether its result counts. Answers the node it makes; null when the text
     /// begins with none.
-    id parseMetaSyntaxLeafResultShouldBeSkipped(BOOL *skipped) {
-        return objc_msgSend<id>(this, "parseMetaSyntaxLeafResultShouldBeSkipped:"_sel, skipped);
-    }
+    id parseMetaSyntaxLeafResultShouldBeSkipped(BOOL *skipped) ZP_ASKS(skipped);
     /// A sequence, as the above.
-    id parseMetaSyntaxSequence() { return objc_msgSend<id>(this, "parseMetaSyntaxSequence"_sel); }
+    id parseMetaSyntaxSequence() ZP_ASKS();
     /// What a rule says, as the above.
-    id parseMetaRuleBody() { return objc_msgSend<id>(this, "parseMetaRuleBody"_sel); }
+    id parseMetaRuleBody() ZP_ASKS();
 };

@@ -13,13 +13,11 @@
 struct ZPPropertyListParser : ZPParser {
     ZP_CLASS(ZPPropertyListParser)
     /// Prepares to read the string, which the parser retains.
-    ZPPropertyListParser *initWithString(ZPString *string) {
-        return objc_msgSend<ZPPropertyListParser *>(this, "initWithString:"_sel, string);
-    }
+    ZPPropertyListParser *initWithString(ZPString *string) ZP_ASKS(string);
     /// An array in parentheses. Null when the text does not begin with one; raises for an error inside.
-    ZPArray *parseArray() { return objc_msgSend<ZPArray *>(this, "parseArray"_sel); }
+    ZPArray *parseArray() ZP_ASKS();
     /// A dictionary in braces. Null when the text does not begin with one; raises for an error inside.
-    ZPDictionary *parseDictionary() { return objc_msgSend<ZPDictionary *>(this, "parseDictionary"_sel); }
+    ZPDictionary *parseDictionary() ZP_ASKS();
 };
 
 /// The parser of strings files: a key without a value stands for itself, and the whole text is the inside of a
@@ -27,9 +25,7 @@ struct ZPPropertyListParser : ZPParser {
 struct _ZPPListParserOldStyle : ZPPropertyListParser {
     ZP_CLASS(_ZPPListParserOldStyle)
     /// The entries of a dictionary without its brackets, as strings files have them.
-    ZPDictionary *parseDictionaryBracketLess() {
-        return objc_msgSend<ZPDictionary *>(this, "parseDictionaryBracketLess"_sel);
-    }
+    ZPDictionary *parseDictionaryBracketLess() ZP_ASKS();
 };
 
 extern "C" {

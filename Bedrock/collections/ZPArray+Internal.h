@@ -30,7 +30,7 @@ struct ZPConcreteArray : ZPArray {
             _ZPRaiseBounds(this, "objectAtIndex:"_sel, index, _info);
         return _items[index];
     }
-    id copyWithZone(ZPZone *) { return retain(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
 };
 
 struct ZPConcreteMutableArray : ZPMutableArray {

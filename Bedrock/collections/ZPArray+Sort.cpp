@@ -75,22 +75,22 @@ struct Sorted {
 };
 
 struct ZPArraySorting : ZPArray {
-    ZPArray *usingFunction(ZPSortFunction *compare, void *context) {
-        unsigned count = ZPArray::count();
+    ZPArray *sortedArrayUsingFunction_context(ZPSortFunction *compare, void *context) {
+        unsigned count = self()->count();
         if (count == 0) return _ZPEmptyArray();
         if (count == 1) {
-            id only = ZPArray::objectAtIndex(0);
+            id only = self()->objectAtIndex(0);
             return _ZPMakeArray(&only, 1);
         }
         Sorted sorted(this, count, compare, context);
         return _ZPMakeArray(sorted.items, count);
     }
-    ZPArray *usingSelector(SEL selector) {
-        return ZPArray::sortedArrayUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector));
+    ZPArray *sortedArrayUsingSelector(SEL selector) {
+        return self()->sortedArrayUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector));
     }
 
     // A hint holds the hash of each element in element order, as little-endian 32-bit words.
-    ZPData *hint() {
+    ZPData *sortedArrayHint() {
         _ZPElements elements(this);
         ZPMutableData *data = ZPMutableData::dataWithCapacity(4 * elements.count);
         for (id element : elements) {
@@ -103,12 +103,12 @@ struct ZPArraySorting : ZPArray {
     }
     // Puts the elements that the hint knows into its order first; what it does not know follows, then, at
     // the end, the elements whose hashes cannot be told apart.
-    ZPArray *usingFunctionHint(ZPSortFunction *compare, void *context, ZPData *hint) {
-        unsigned count = ZPArray::count();
-        if (count < 4) return ZPArray::sortedArrayUsingFunction_context(compare, context);
+    ZPArray *sortedArrayUsingFunction_context_hint(ZPSortFunction *compare, void *context, ZPData *sortedArrayHint) {
+        unsigned count = self()->count();
+        if (count < 4) return self()->sortedArrayUsingFunction_context(compare, context);
         _ZPObjectBufferOf<4 * 128> buffer(4 * std::size_t(count));
         id *work = buffer.items, *gathered = work + count;
-        ZPArray::getObjects_range(gathered, {0, count});
+        self()->getObjects_range(gathered, {0, count});
         unsigned front = 0, back = count;
         ZPScope map{ZPCreateMapTable(ZPIntMapKeyCallBacks, ZPNonOwnedPointerMapValueCallBacks, 3 * count),
                     ZPFreeMapTable};
@@ -118,8 +118,8 @@ struct ZPArraySorting : ZPArray {
             if (hash == ZPNotAnIntMapKey || ZPMapMember(map, hash, nullptr, nullptr)) work[--back] = gathered[i];
             else ZPMapInsertKnownAbsent(map, hash, gathered[i].pointer());
         }
-        auto *bytes = static_cast<const unsigned char *>(hint->bytes());
-        for (unsigned words = hint->length() / 4; words; --words, bytes += 4) {
+        auto *bytes = static_cast<const unsigned char *>(sortedArrayHint->bytes());
+        for (unsigned words = sortedArrayHint->length() / 4; words; --words, bytes += 4) {
             const void *hash = key(bytes[0] | bytes[1] << 8 | bytes[2] << 16 | unsigned(bytes[3]) << 24);
             if (hash == ZPNotAnIntMapKey) continue;
             if (void *element = ZPMapGet(map, hash)) {
@@ -136,15 +136,15 @@ struct ZPArraySorting : ZPArray {
         return _ZPMakeArray(
             _ZPMergeSort(count, work, work + count, work + 2 * std::size_t(count), compare, context, YES), count);
     }
-    ZPArray *usingSelectorHint(SEL selector, ZPData *hint) {
-        return ZPArray::sortedArrayUsingFunction_context_hint(_ZPCompareBySelector,
-                                                              const_cast<objc_selector *>(selector), hint);
+    ZPArray *sortedArrayUsingSelector_hint(SEL selector, ZPData *sortedArrayHint) {
+        return self()->sortedArrayUsingFunction_context_hint(_ZPCompareBySelector,
+                                                             const_cast<objc_selector *>(selector), sortedArrayHint);
     }
 };
 
 struct ZPMutableArraySorting : ZPMutableArray {
-    void usingFunction(ZPSortFunction *compare, void *context) {
-        unsigned count = ZPArray::count();
+    void sortUsingFunction_context(ZPSortFunction *compare, void *context) {
+        unsigned count = self()->count();
         if (count < 2) return;
         Sorted sorted(this, count, compare, context);
         unsigned now;
@@ -155,22 +155,16 @@ struct ZPMutableArraySorting : ZPMutableArray {
         }
         _ZPReleaser releaser{sorted.items, 0};
         for (; releaser.count < count; ++releaser.count) sorted.items[releaser.count]->retain();
-        for (unsigned i = 0; i < count; ++i) ZPMutableArray::replaceObjectAtIndex_withObject(i, sorted.items[i]);
+        for (unsigned i = 0; i < count; ++i) self()->replaceObjectAtIndex_withObject(i, sorted.items[i]);
     }
-    void usingSelector(SEL selector) {
-        ZPMutableArray::sortUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector));
+    void sortUsingSelector(SEL selector) {
+        self()->sortUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector));
     }
 };
 
 }  // namespace
 
-ZP_CATEGORY(ZPArray, ZPSorting)
-    .method<&ZPArraySorting::usingFunction>("sortedArrayUsingFunction:context:")
-    .method<&ZPArraySorting::usingSelector>("sortedArrayUsingSelector:")
-    .method<&ZPArraySorting::hint>("sortedArrayHint")
-    .method<&ZPArraySorting::usingFunctionHint>("sortedArrayUsingFunction:context:hint:")
-    .method<&ZPArraySorting::usingSelectorHint>("sortedArrayUsingSelector:hint:");
+ZP_CATEGORY(ZPArray, ZPArraySorting, sortedArrayUsingFunction_context, sortedArrayUsingSelector, sortedArrayHint,
+            sortedArrayUsingFunction_context_hint, sortedArrayUsingSelector_hint);
 
-ZP_CATEGORY(ZPMutableArray, ZPSorting)
-    .method<&ZPMutableArraySorting::usingFunction>("sortUsingFunction:context:")
-    .method<&ZPMutableArraySorting::usingSelector>("sortUsingSelector:");
+ZP_CATEGORY(ZPMutableArray, ZPMutableArraySorting, sortUsingFunction_context, sortUsingSelector);

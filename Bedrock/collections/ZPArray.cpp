@@ -76,38 +76,40 @@ struct ZPArrayClassMethods {
     }
     // A failed initialisation answers null.
     static id finished(id array) { return array ? array->autorelease() : array; }
-    static id withArray(Class self, ZPArray *array) { return finished(alloc(self)->initWithArray(array)); }
-    static id withArrayCopy(Class self, ZPArray *array, BOOL copyItems) {
+    static id arrayWithArray(Class self, ZPArray *array) { return finished(alloc(self)->initWithArray(array)); }
+    static id arrayWithArray_copyItems(Class self, ZPArray *array, BOOL copyItems) {
         return finished(alloc(self)->initWithArray_copyItems(array, copyItems));
     }
-    static id withFile(Class self, ZPString *path) { return finished(alloc(self)->initWithContentsOfFile(path)); }
-    static id withObjectsCount(Class self, const id *objects, unsigned count) {
+    static id arrayWithContentsOfFile(Class self, ZPString *path) {
+        return finished(alloc(self)->initWithContentsOfFile(path));
+    }
+    static id arrayWithObjects_count(Class self, const id *objects, unsigned count) {
         if (self == ZPArray::class_()) return _ZPMakeArray(objects, count);
         return finished(alloc(self)->initWithObjects_count(objects, count));
     }
-    static id withObject(Class self, id object) { return withObjectsCount(self, &object, 1); }
-    static id withObjects(Class self, id first, std::va_list rest) {
+    static id arrayWithObject(Class self, id object) { return arrayWithObjects_count(self, &object, 1); }
+    static id arrayWithObjects(Class self, id first, std::va_list rest) {
         _ZPObjectList list;
         _ZPGatherList(list, first, rest);
-        return withObjectsCount(self, list.items, list.count);
+        return arrayWithObjects_count(self, list.items, list.count);
     }
 };
 
 struct ZPArrayMethods : ZPArray {
     // ---- initialisers ----
-    id initWithObjectsCount(const id *, unsigned) { _ZPRequestConcreteObject(this, "initWithObjects:count:"_sel); }
-    id initWithObjectList(id first, std::va_list rest) {
+    id initWithObjects_count(const id *, unsigned) { _ZPRequestConcreteObject(this, "initWithObjects:count:"_sel); }
+    id initWithObjects(id first, std::va_list rest) {
         _ZPObjectList list;
         _ZPGatherList(list, first, rest);
-        return ZPArray::initWithObjects_count(list.items, list.count);
+        return self()->initWithObjects_count(list.items, list.count);
     }
-    id initWithArray(ZPArray *array) { return ZPArray::initWithArray_copyItems(array, NO); }
+    id initWithArray(ZPArray *array) { return self()->initWithArray_copyItems(array, NO); }
     id initWithArray_copyItems(ZPArray *array, BOOL copyItems) {
         _ZPElements elements(array);
-        if (!copyItems) return ZPArray::initWithObjects_count(elements.items, elements.count);
+        if (!copyItems) return self()->initWithObjects_count(elements.items, elements.count);
         _ZPObjectBuffer copies(elements.count);
         _ZPReleaser releaser{copies.items, 0};
-        ZPZone *zone = this->zone();
+        ZPZone *zone = self()->zone();
         ZPRef<ZPArray> self = ZPAdopt<ZPArray>(static_cast<ZPArray *>(this));
         for (id element : elements) copies.items[releaser.count++] = element->copyWithZone(zone);
         return self.detach()->initWithObjects_count(copies.items, elements.count);
@@ -120,26 +122,26 @@ struct ZPArrayMethods : ZPArray {
     // ---- elements ----
     unsigned size() {
         unsigned count;
-        return _ZPConcreteItems(this, count) ? count : ZPArray::count();
+        return _ZPConcreteItems(this, count) ? count : self()->count();
     }
     id lastObject() {
         unsigned count;
         if (id *items = _ZPConcreteItems(this, count)) return count ? items[count - 1] : id();
-        count = ZPArray::count();
-        return count ? ZPArray::objectAtIndex(count - 1) : id();
+        count = self()->count();
+        return count ? self()->objectAtIndex(count - 1) : id();
     }
-    void getObjects(id *objects) { ZPArray::getObjects_range(objects, {0, size()}); }
+    void getObjects(id *objects) { self()->getObjects_range(objects, {0, size()}); }
     void getObjects_range(id *objects, ZPRange range) {
         unsigned count;
         id *items = _ZPConcreteItems(this, count);
-        if (!items) count = ZPArray::count();
+        if (!items) count = self()->count();
         _ZPCheckElements(this, "getObjects:range:"_sel, range, count);
         if (!range.length) return;
         if (items)
             std::memcpy(static_cast<void *>(objects), static_cast<void *>(items + range.location),
                         range.length * sizeof(id));
         else
-            for (unsigned i = 0; i < range.length; ++i) objects[i] = ZPArray::objectAtIndex(range.location + i);
+            for (unsigned i = 0; i < range.length; ++i) objects[i] = self()->objectAtIndex(range.location + i);
     }
 
     // ---- searching ----
@@ -173,7 +175,7 @@ struct ZPArrayMethods : ZPArray {
         unsigned found = _ZPIndexOf(object, elements.items, elements.count, false, forward);
         return found == ZPNotFound ? found : first + found;
     }
-    unsigned indexOfAttribute(SEL selector, id object) {
+    unsigned indexOfAttributeBySelector_equalToObject(SEL selector, id object) {
         _ZPElements elements(this);
         for (unsigned i = 0; i < elements.count; ++i)
             if (object->isEqual(elements.items[i]->performSelector(selector))) return i;
@@ -190,7 +192,7 @@ struct ZPArrayMethods : ZPArray {
         if (!other) return NO;
         unsigned count;
         if (!_ZPConcreteItems(other, count) && !other->isKindOfClass(ZPArray::class_())) return NO;
-        return ZPArray::isEqualToArray(other);
+        return self()->isEqualToArray(other);
     }
     BOOL isEqualToArray(ZPArray *array) {
         if (array == this) return YES;
@@ -206,19 +208,19 @@ struct ZPArrayMethods : ZPArray {
     unsigned hash() { return size(); }
 
     // ---- derived arrays ----
-    ZPArray *arrayByAddingObject(id object) { return ZPArray::arrayByAddingObjects_count(&object, 1); }
+    ZPArray *arrayByAddingObject(id object) { return self()->arrayByAddingObjects_count(&object, 1); }
     ZPArray *arrayByAddingObjects_count(const id *objects, unsigned count) {
         unsigned ours = size();
         if (count >= _ZPCollectionLimit - ours)
             _ZPRaiseAbsurd(this, "arrayByAddingObjects:count:"_sel, "count", ours + count);
         _ZPObjectBuffer all(ours + count);
-        if (ours) ZPArray::getObjects_range(all.items, {0, ours});
+        if (ours) self()->getObjects_range(all.items, {0, ours});
         std::copy_n(objects, count, all.items + ours);
         return _ZPMakeArray(all.items, ours + count);
     }
     ZPArray *arrayByAddingObjectsFromArray(ZPArray *array) {
         _ZPElements others(array);
-        return ZPArray::arrayByAddingObjects_count(others.items, others.count);
+        return self()->arrayByAddingObjects_count(others.items, others.count);
     }
     ZPArray *arrayByApplyingSelector(SEL selector) {
         _ZPElements elements(this);
@@ -227,14 +229,16 @@ struct ZPArrayMethods : ZPArray {
             if (id result = element->performSelector(selector)) results.add(result);
         return _ZPMakeArray(results.items, results.count);
     }
-    ZPArray *arrayByExcluding(ZPArray *array) { return ZPArray::arrayByExcludingObjectsInArray_identical(array, NO); }
-    ZPArray *arrayByExcludingIdentical(ZPArray *array) {
-        return ZPArray::arrayByExcludingObjectsInArray_identical(array, YES);
+    ZPArray *arrayByExcludingObjectsInArray(ZPArray *array) {
+        return self()->arrayByExcludingObjectsInArray_identical(array, NO);
+    }
+    ZPArray *arrayByExcludingIdenticalObjectsInArray(ZPArray *array) {
+        return self()->arrayByExcludingObjectsInArray_identical(array, YES);
     }
     ZPArray *arrayByExcludingObjectsInArray_identical(ZPArray *array, BOOL identical) {
         _ZPElements elements(this), others(array);
         if (!elements.count) return _ZPEmptyArray();
-        if (!others.count) return ZPArray::copy()->autorelease();
+        if (!others.count) return self()->copy()->autorelease();
         _ZPObjectList kept;
         for (id element : elements)
             if (_ZPIndexOf(element, others.items, others.count, identical) == ZPNotFound) kept.add(element);
@@ -280,14 +284,16 @@ struct ZPArrayMethods : ZPArray {
     }
 
     // ---- messages to all ----
-    void perform(SEL selector) { performWith(selector, nullptr); }
-    void makeObjectsPerformSelector(SEL selector) { performWith(selector, nullptr); }
-    void makeObjectsPerformSelector_withObject(SEL selector, id object) { performWith(selector, object); }
-    void performWith(SEL selector, id object) {
+    void makeObjectsPerform(SEL selector) { makeObjectsPerform_withObject(selector, nullptr); }
+    void makeObjectsPerformSelector(SEL selector) { makeObjectsPerform_withObject(selector, nullptr); }
+    void makeObjectsPerformSelector_withObject(SEL selector, id object) {
+        makeObjectsPerform_withObject(selector, object);
+    }
+    void makeObjectsPerform_withObject(SEL selector, id object) {
         for (unsigned i = 0; i < size(); ++i) {
             unsigned count;
             id *items = _ZPConcreteItems(this, count);
-            (items ? items[i] : ZPArray::objectAtIndex(i))->performSelector_withObject(selector, object);
+            (items ? items[i] : self()->objectAtIndex(i))->performSelector_withObject(selector, object);
         }
     }
 
@@ -298,12 +304,12 @@ struct ZPArrayMethods : ZPArray {
             return ZPIdEnumerator::alloc()
                 ->initWithObjects_count_target_reverse_freeWhenDone(items, count, this, reverse, NO)
                 ->autorelease();
-        count = ZPArray::count();
+        count = self()->count();
         id *list = _ZPAllocateCleared<id>(count, nullptr, "a list of objects");
         ZPIdEnumerator *e = ZPIdEnumerator::alloc()
                                 ->initWithObjects_count_target_reverse_freeWhenDone(list, count, this, reverse, YES)
                                 ->autorelease();
-        if (count) ZPArray::getObjects_range(list, {0, count});
+        if (count) self()->getObjects_range(list, {0, count});
         return e;
     }
     ZPEnumerator *objectEnumerator() { return enumerator(NO); }
@@ -319,53 +325,17 @@ struct ZPArrayMethods : ZPArray {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPArray)
-    .adopts<ZPCopying, ZPMutableCopying>()
-    .classMethod<&ZPArrayClassMethods::initialize>("initialize")
-    .classMethod<&ZPArrayClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&ZPArrayClassMethods::array>("array")
-    .classMethod<&ZPArrayClassMethods::withArray>("arrayWithArray:")
-    .classMethod<&ZPArrayClassMethods::withArrayCopy>("arrayWithArray:copyItems:")
-    .classMethod<&ZPArrayClassMethods::withFile>("arrayWithContentsOfFile:")
-    .classMethod<&ZPArrayClassMethods::withObject>("arrayWithObject:")
-    .classMethod<&ZPArrayClassMethods::withObjectsCount>("arrayWithObjects:count:")
-    .variadicClassMethod<&ZPArrayClassMethods::withObjects>("arrayWithObjects:")
-    .method<&ZPArrayMethods::initWithObjectsCount>("initWithObjects:count:")
-    .variadic<&ZPArrayMethods::initWithObjectList>("initWithObjects:")
-    .method<&ZPArrayMethods::initWithArray>("initWithArray:")
-    .method<&ZPArrayMethods::initWithArray_copyItems>("initWithArray:copyItems:")
-    .method<&ZPArrayMethods::count>("count")
-    .method<&ZPArrayMethods::objectAtIndex>("objectAtIndex:")
-    .method<&ZPArrayMethods::lastObject>("lastObject")
-    .method<&ZPArrayMethods::getObjects>("getObjects:")
-    .method<&ZPArrayMethods::getObjects_range>("getObjects:range:")
-    .method<&ZPArrayMethods::containsObject>("containsObject:")
-    .method<&ZPArrayMethods::indexOfObject>("indexOfObject:")
-    .method<&ZPArrayMethods::indexOfObject_inRange>("indexOfObject:inRange:")
-    .method<&ZPArrayMethods::indexOfObjectIdenticalTo>("indexOfObjectIdenticalTo:")
-    .method<&ZPArrayMethods::indexOfObjectIdenticalTo_inRange>("indexOfObjectIdenticalTo:inRange:")
-    .method<&ZPArrayMethods::indexOfObject_range_identical>("indexOfObject:range:identical:")
-    .method<&ZPArrayMethods::indexOf>("indexOf:::")
-    .method<&ZPArrayMethods::indexOfAttribute>("indexOfAttributeBySelector:equalToObject:")
-    .method<&ZPArrayMethods::firstObjectCommonWithArray>("firstObjectCommonWithArray:")
-    .method<&ZPArrayMethods::isEqual>("isEqual:")
-    .method<&ZPArrayMethods::isEqualToArray>("isEqualToArray:")
-    .method<&ZPArrayMethods::hash>("hash")
-    .method<&ZPArrayMethods::arrayByAddingObject>("arrayByAddingObject:")
-    .method<&ZPArrayMethods::arrayByAddingObjects_count>("arrayByAddingObjects:count:")
-    .method<&ZPArrayMethods::arrayByAddingObjectsFromArray>("arrayByAddingObjectsFromArray:")
-    .method<&ZPArrayMethods::arrayByApplyingSelector>("arrayByApplyingSelector:")
-    .method<&ZPArrayMethods::arrayByExcluding>("arrayByExcludingObjectsInArray:")
-    .method<&ZPArrayMethods::arrayByExcludingIdentical>("arrayByExcludingIdenticalObjectsInArray:")
-    .method<&ZPArrayMethods::arrayByExcludingObjectsInArray_identical>("arrayByExcludingObjectsInArray:identical:")
-    .method<&ZPArrayMethods::subarrayWithRange>("subarrayWithRange:")
-    .method<&ZPArrayMethods::componentsJoinedByString>("componentsJoinedByString:")
-    .method<&ZPArrayMethods::perform>("makeObjectsPerform:")
-    .method<&ZPArrayMethods::performWith>("makeObjectsPerform:withObject:")
-    .method<&ZPArrayMethods::makeObjectsPerformSelector>("makeObjectsPerformSelector:")
-    .method<&ZPArrayMethods::makeObjectsPerformSelector_withObject>("makeObjectsPerformSelector:withObject:")
-    .method<&ZPArrayMethods::objectEnumerator>("objectEnumerator")
-    .method<&ZPArrayMethods::reverseObjectEnumerator>("reverseObjectEnumerator")
-    .method<&ZPArrayMethods::copyWithZone>("copyWithZone:")
-    .method<&ZPArrayMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&ZPArrayMethods::classForCoder>("classForCoder");
+ZP_IMPLEMENT_WITH(ZPArray, ZPArrayMethods, adopts(ZPCopying, ZPMutableCopying), initWithObjects_count,
+                  variadic(initWithObjects), initWithArray, initWithArray_copyItems, count, objectAtIndex, lastObject,
+                  getObjects, getObjects_range, containsObject, indexOfObject, indexOfObject_inRange,
+                  indexOfObjectIdenticalTo, indexOfObjectIdenticalTo_inRange, indexOfObject_range_identical,
+                  named(indexOf, "indexOf:::"), indexOfAttributeBySelector_equalToObject, firstObjectCommonWithArray,
+                  isEqual, isEqualToArray, hash, arrayByAddingObject, arrayByAddingObjects_count,
+                  arrayByAddingObjectsFromArray, arrayByApplyingSelector, arrayByExcludingObjectsInArray,
+                  arrayByExcludingIdenticalObjectsInArray, arrayByExcludingObjectsInArray_identical, subarrayWithRange,
+                  componentsJoinedByString, makeObjectsPerform, makeObjectsPerform_withObject,
+                  makeObjectsPerformSelector, makeObjectsPerformSelector_withObject, objectEnumerator,
+                  reverseObjectEnumerator, copyWithZone, mutableCopyWithZone, classForCoder,
+                  classMethodsOf(ZPArrayClassMethods, initialize, allocWithZone, array, arrayWithArray,
+                                 arrayWithArray_copyItems, arrayWithContentsOfFile, arrayWithObject,
+                                 arrayWithObjects_count, variadic(arrayWithObjects)));

@@ -29,188 +29,123 @@ struct ZPArray : ZPObject {
     ZP_CLASS(ZPArray)
 
     /// The empty array: one shared object.
-    static ZPArray *array() { return objc_msgSend<ZPArray *>(class_(), "array"_sel); }
+    static ZPArray *array() ZP_CLASS_ASKS();
     /// The elements of another array.
-    static ZPArray *arrayWithArray(ZPArray *array) {
-        return objc_msgSend<ZPArray *>(class_(), "arrayWithArray:"_sel, array);
-    }
+    static ZPArray *arrayWithArray(ZPArray *array) ZP_CLASS_ASKS(array);
     /// The elements of another array; with `copyItems` their copies, which `copyWithZone:` makes.
-    static ZPArray *arrayWithArray_copyItems(ZPArray *array, BOOL copyItems) {
-        return objc_msgSend<ZPArray *>(class_(), "arrayWithArray:copyItems:"_sel, array, copyItems);
-    }
+    static ZPArray *arrayWithArray_copyItems(ZPArray *array, BOOL copyItems) ZP_CLASS_ASKS(array, copyItems);
     /// Reads a property list; null when the file cannot be read or holds no array.
-    static ZPArray *arrayWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPArray *>(class_(), "arrayWithContentsOfFile:"_sel, path);
-    }
+    static ZPArray *arrayWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
     /// One element.
-    static ZPArray *arrayWithObject(id object) {
-        return objc_msgSend<ZPArray *>(class_(), "arrayWithObject:"_sel, object);
-    }
+    static ZPArray *arrayWithObject(id object) ZP_CLASS_ASKS(object);
     /// `count` elements from `objects` on.
-    static ZPArray *arrayWithObjects_count(const id *objects, unsigned count) {
-        return objc_msgSend<ZPArray *>(class_(), "arrayWithObjects:count:"_sel, objects, count);
-    }
+    static ZPArray *arrayWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
     /// The arguments as elements, up to the first null.
     template <class... A> static ZPArray *arrayWithObjects(A... objects) {
         return objc_sendObjectList<ZPArray *>(class_(), "arrayWithObjects:"_sel, objects...);
     }
 
     /// `count` elements from `objects` on: the initialiser that a subclass supplies.
-    ZPArray *initWithObjects_count(const id *objects, unsigned count) {
-        return objc_msgSend<ZPArray *>(this, "initWithObjects:count:"_sel, objects, count);
-    }
+    ZPArray *initWithObjects_count(const id *objects, unsigned count) ZP_ASKS(objects, count);
     /// The arguments as elements, up to the first null.
     template <class... A> ZPArray *initWithObjects(A... objects) {
         return objc_sendObjectList<ZPArray *>(this, "initWithObjects:"_sel, objects...);
     }
     /// The elements of another array.
-    ZPArray *initWithArray(ZPArray *array) { return objc_msgSend<ZPArray *>(this, "initWithArray:"_sel, array); }
+    ZPArray *initWithArray(ZPArray *array) ZP_ASKS(array);
     /// The same; with `copyItems` the elements' copies.
-    ZPArray *initWithArray_copyItems(ZPArray *array, BOOL copyItems) {
-        return objc_msgSend<ZPArray *>(this, "initWithArray:copyItems:"_sel, array, copyItems);
-    }
+    ZPArray *initWithArray_copyItems(ZPArray *array, BOOL copyItems) ZP_ASKS(array, copyItems);
     /// Null when the file cannot be read or holds no array.
-    ZPArray *initWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPArray *>(this, "initWithContentsOfFile:"_sel, path);
-    }
+    ZPArray *initWithContentsOfFile(ZPString *path) ZP_ASKS(path);
 
     /// The number of elements.
-    unsigned count() { return objc_msgSend<unsigned>(this, "count"_sel); }
+    unsigned count() ZP_ASKS();
     /// The element at an index.
-    id objectAtIndex(unsigned index) { return objc_msgSend<id>(this, "objectAtIndex:"_sel, index); }
+    id objectAtIndex(unsigned index) ZP_ASKS(index);
     /// Null when there is none.
-    id lastObject() { return objc_msgSend<id>(this, "lastObject"_sel); }
+    id lastObject() ZP_ASKS();
     /// Stores the elements, not retained, at `objects`, which has room for them.
-    void getObjects(id *objects) { objc_msgSend(this, "getObjects:"_sel, objects); }
+    void getObjects(id *objects) ZP_TELLS(objects);
     /// The same for a range.
-    void getObjects_range(id *objects, ZPRange range) { objc_msgSend(this, "getObjects:range:"_sel, objects, range); }
+    void getObjects_range(id *objects, ZPRange range) ZP_TELLS(objects, range);
 
     /// Whether an element is identical or equal to the object.
-    BOOL containsObject(id object) { return objc_msgSend<BOOL>(this, "containsObject:"_sel, object); }
+    BOOL containsObject(id object) ZP_ASKS(object);
     /// The first index of the identical object, else the first of an equal one.
-    unsigned indexOfObject(id object) { return objc_msgSend<unsigned>(this, "indexOfObject:"_sel, object); }
+    unsigned indexOfObject(id object) ZP_ASKS(object);
     /// The same within a range; the answer counts from the array's beginning.
-    unsigned indexOfObject_inRange(id object, ZPRange range) {
-        return objc_msgSend<unsigned>(this, "indexOfObject:inRange:"_sel, object, range);
-    }
+    unsigned indexOfObject_inRange(id object, ZPRange range) ZP_ASKS(object, range);
     /// The first index of the very object.
-    unsigned indexOfObjectIdenticalTo(id object) {
-        return objc_msgSend<unsigned>(this, "indexOfObjectIdenticalTo:"_sel, object);
-    }
+    unsigned indexOfObjectIdenticalTo(id object) ZP_ASKS(object);
     /// The same within a range.
-    unsigned indexOfObjectIdenticalTo_inRange(id object, ZPRange range) {
-        return objc_msgSend<unsigned>(this, "indexOfObjectIdenticalTo:inRange:"_sel, object, range);
-    }
+    unsigned indexOfObjectIdenticalTo_inRange(id object, ZPRange range) ZP_ASKS(object, range);
     /// The search within a range for the very object, or also for an equal one.
-    unsigned indexOfObject_range_identical(id object, ZPRange range, BOOL identical) {
-        return objc_msgSend<unsigned>(this, "indexOfObject:range:identical:"_sel, object, range, identical);
-    }
+    unsigned indexOfObject_range_identical(id object, ZPRange range, BOOL identical) ZP_ASKS(object, range, identical);
     /// Searches from `index` to the end, or back to 0; `indexOf:::`.
     unsigned indexOf(id object, int index, BOOL forward) {
         return objc_msgSend<unsigned>(this, "indexOf:::"_sel, object, index, forward);
     }
     /// The first index whose element answers the selector with something that `object` finds equal.
-    unsigned indexOfAttributeBySelector_equalToObject(SEL selector, id object) {
-        return objc_msgSend<unsigned>(this, "indexOfAttributeBySelector:equalToObject:"_sel, selector, object);
-    }
+    unsigned indexOfAttributeBySelector_equalToObject(SEL selector, id object) ZP_ASKS(selector, object);
     /// The first element that the other array contains too, or null.
-    id firstObjectCommonWithArray(ZPArray *array) {
-        return objc_msgSend<id>(this, "firstObjectCommonWithArray:"_sel, array);
-    }
+    id firstObjectCommonWithArray(ZPArray *array) ZP_ASKS(array);
     /// Equal elements in the same order.
-    BOOL isEqualToArray(ZPArray *array) { return objc_msgSend<BOOL>(this, "isEqualToArray:"_sel, array); }
+    BOOL isEqualToArray(ZPArray *array) ZP_ASKS(array);
 
     /// The elements with one more behind them.
-    ZPArray *arrayByAddingObject(id object) {
-        return objc_msgSend<ZPArray *>(this, "arrayByAddingObject:"_sel, object);
-    }
+    ZPArray *arrayByAddingObject(id object) ZP_ASKS(object);
     /// The elements with `count` more behind them.
-    ZPArray *arrayByAddingObjects_count(const id *objects, unsigned count) {
-        return objc_msgSend<ZPArray *>(this, "arrayByAddingObjects:count:"_sel, objects, count);
-    }
+    ZPArray *arrayByAddingObjects_count(const id *objects, unsigned count) ZP_ASKS(objects, count);
     /// The elements with those of another array behind them.
-    ZPArray *arrayByAddingObjectsFromArray(ZPArray *array) {
-        return objc_msgSend<ZPArray *>(this, "arrayByAddingObjectsFromArray:"_sel, array);
-    }
+    ZPArray *arrayByAddingObjectsFromArray(ZPArray *array) ZP_ASKS(array);
     /// What the elements answer the selector with, nulls left out.
-    ZPArray *arrayByApplyingSelector(SEL selector) {
-        return objc_msgSend<ZPArray *>(this, "arrayByApplyingSelector:"_sel, selector);
-    }
+    ZPArray *arrayByApplyingSelector(SEL selector) ZP_ASKS(selector);
     /// The elements to which no element of the other array is equal.
-    ZPArray *arrayByExcludingObjectsInArray(ZPArray *array) {
-        return objc_msgSend<ZPArray *>(this, "arrayByExcludingObjectsInArray:"_sel, array);
-    }
+    ZPArray *arrayByExcludingObjectsInArray(ZPArray *array) ZP_ASKS(array);
     /// The elements that are not themselves in the other array.
-    ZPArray *arrayByExcludingIdenticalObjectsInArray(ZPArray *array) {
-        return objc_msgSend<ZPArray *>(this, "arrayByExcludingIdenticalObjectsInArray:"_sel, array);
-    }
+    ZPArray *arrayByExcludingIdenticalObjectsInArray(ZPArray *array) ZP_ASKS(array);
     /// The one or the other.
-    ZPArray *arrayByExcludingObjectsInArray_identical(ZPArray *array, BOOL identical) {
-        return objc_msgSend<ZPArray *>(this, "arrayByExcludingObjectsInArray:identical:"_sel, array, identical);
-    }
+    ZPArray *arrayByExcludingObjectsInArray_identical(ZPArray *array, BOOL identical) ZP_ASKS(array, identical);
     /// The elements of a range.
-    ZPArray *subarrayWithRange(ZPRange range) { return objc_msgSend<ZPArray *>(this, "subarrayWithRange:"_sel, range); }
+    ZPArray *subarrayWithRange(ZPRange range) ZP_ASKS(range);
     /// The descriptions of the elements with the separator (null: nothing) between them.
-    ZPString *componentsJoinedByString(ZPString *separator) {
-        return objc_msgSend<ZPString *>(this, "componentsJoinedByString:"_sel, separator);
-    }
+    ZPString *componentsJoinedByString(ZPString *separator) ZP_ASKS(separator);
     /// ZPArrayPathExtensions: the paths whose extension is among the given ones, in order.
-    ZPArray *pathsMatchingExtensions(ZPArray *extensions) {
-        return objc_msgSend<ZPArray *>(this, "pathsMatchingExtensions:"_sel, extensions);
-    }
+    ZPArray *pathsMatchingExtensions(ZPArray *extensions) ZP_ASKS(extensions);
 
     /// Sends a selector without arguments to every element in index order.
-    void makeObjectsPerform(SEL selector) { objc_msgSend(this, "makeObjectsPerform:"_sel, selector); }
+    void makeObjectsPerform(SEL selector) ZP_TELLS(selector);
     /// Sends a selector with one argument to every element in index order.
-    void makeObjectsPerform_withObject(SEL selector, id object) {
-        objc_msgSend(this, "makeObjectsPerform:withObject:"_sel, selector, object);
-    }
+    void makeObjectsPerform_withObject(SEL selector, id object) ZP_TELLS(selector, object);
     /// As `makeObjectsPerform`.
-    void makeObjectsPerformSelector(SEL selector) { objc_msgSend(this, "makeObjectsPerformSelector:"_sel, selector); }
+    void makeObjectsPerformSelector(SEL selector) ZP_TELLS(selector);
     /// As `makeObjectsPerform_withObject`.
-    void makeObjectsPerformSelector_withObject(SEL selector, id object) {
-        objc_msgSend(this, "makeObjectsPerformSelector:withObject:"_sel, selector, object);
-    }
+    void makeObjectsPerformSelector_withObject(SEL selector, id object) ZP_TELLS(selector, object);
 
     /// Enumerates the elements in index order; autoreleased.
-    ZPEnumerator *objectEnumerator() { return objc_msgSend<ZPEnumerator *>(this, "objectEnumerator"_sel); }
+    ZPEnumerator *objectEnumerator() ZP_ASKS();
     /// Enumerates from the last element to the first; autoreleased.
-    ZPEnumerator *reverseObjectEnumerator() {
-        return objc_msgSend<ZPEnumerator *>(this, "reverseObjectEnumerator"_sel);
-    }
+    ZPEnumerator *reverseObjectEnumerator() ZP_ASKS();
 
     /// The elements in ascending order; equal elements keep their order.
-    ZPArray *sortedArrayUsingFunction_context(ZPSortFunction *function, void *context) {
-        return objc_msgSend<ZPArray *>(this, "sortedArrayUsingFunction:context:"_sel, function, context);
-    }
+    ZPArray *sortedArrayUsingFunction_context(ZPSortFunction *function, void *context) ZP_ASKS(function, context);
     /// The elements in ascending order, equal ones in theirs; the selector is sent to one element with another and
     /// answers a comparison result.
-    ZPArray *sortedArrayUsingSelector(SEL selector) {
-        return objc_msgSend<ZPArray *>(this, "sortedArrayUsingSelector:"_sel, selector);
-    }
+    ZPArray *sortedArrayUsingSelector(SEL selector) ZP_ASKS(selector);
     /// A memory of the receiver's order that speeds up sorting a similar array: the elements' hashes.
-    ZPData *sortedArrayHint() { return objc_msgSend<ZPData *>(this, "sortedArrayHint"_sel); }
+    ZPData *sortedArrayHint() ZP_ASKS();
     /// Sorts with such a memory, which may be null.
-    ZPArray *sortedArrayUsingFunction_context_hint(ZPSortFunction *function, void *context, ZPData *hint) {
-        return objc_msgSend<ZPArray *>(this, "sortedArrayUsingFunction:context:hint:"_sel, function, context, hint);
-    }
+    ZPArray *sortedArrayUsingFunction_context_hint(ZPSortFunction *function, void *context, ZPData *hint)
+        ZP_ASKS(function, context, hint);
     /// The same by a selector.
-    ZPArray *sortedArrayUsingSelector_hint(SEL selector, ZPData *hint) {
-        return objc_msgSend<ZPArray *>(this, "sortedArrayUsingSelector:hint:"_sel, selector, hint);
-    }
+    ZPArray *sortedArrayUsingSelector_hint(SEL selector, ZPData *hint) ZP_ASKS(selector, hint);
 
     /// Property-list text; numbers and dates take the locale (may be null).
-    ZPString *descriptionWithLocale(ZPDictionary *locale) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale);
-    }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) ZP_ASKS(locale);
     /// The same for an array that lies `level` levels deep.
-    ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:indent:"_sel, locale, level);
-    }
+    ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) ZP_ASKS(locale, level);
     /// Writes the description; with `atomically` the file is there whole or not at all. NO when it fails.
-    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
-        return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically);
-    }
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) ZP_ASKS(path, atomically);
 };
 
 /// An array that can change. A subclass supplies the array's primitives and `addObject:`, `insertObject:atIndex:`,
@@ -220,105 +155,72 @@ struct ZPMutableArray : ZPArray {
     ZP_CLASS(ZPMutableArray)
 
     /// A new, empty array.
-    static ZPMutableArray *array() { return objc_msgSend<ZPMutableArray *>(class_(), "array"_sel); }
+    static ZPMutableArray *array() ZP_CLASS_ASKS();
     /// Empty, with room for `capacity` elements; more fit as well. A capacity above 134,217,727 raises
     /// ZPInvalidArgumentException.
-    static ZPMutableArray *arrayWithCapacity(unsigned capacity) {
-        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithCapacity:"_sel, capacity);
-    }
+    static ZPMutableArray *arrayWithCapacity(unsigned capacity) ZP_CLASS_ASKS(capacity);
     ///@{
     /// As ZPArray makes them, but to be changed.
-    static ZPMutableArray *arrayWithArray(ZPArray *array) {
-        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithArray:"_sel, array);
-    }
-    static ZPMutableArray *arrayWithArray_copyItems(ZPArray *array, BOOL copyItems) {
-        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithArray:copyItems:"_sel, array, copyItems);
-    }
-    static ZPMutableArray *arrayWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithContentsOfFile:"_sel, path);
-    }
-    static ZPMutableArray *arrayWithObject(id object) {
-        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithObject:"_sel, object);
-    }
-    static ZPMutableArray *arrayWithObjects_count(const id *objects, unsigned count) {
-        return objc_msgSend<ZPMutableArray *>(class_(), "arrayWithObjects:count:"_sel, objects, count);
-    }
+    static ZPMutableArray *arrayWithArray(ZPArray *array) ZP_CLASS_ASKS(array);
+    static ZPMutableArray *arrayWithArray_copyItems(ZPArray *array, BOOL copyItems) ZP_CLASS_ASKS(array, copyItems);
+    static ZPMutableArray *arrayWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
+    static ZPMutableArray *arrayWithObject(id object) ZP_CLASS_ASKS(object);
+    static ZPMutableArray *arrayWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
     template <class... A> static ZPMutableArray *arrayWithObjects(A... objects) {
         return objc_sendObjectList<ZPMutableArray *>(class_(), "arrayWithObjects:"_sel, objects...);
     }
     ///@}
 
     /// Empty, with room for `capacity` elements: the second initialiser that a subclass supplies.
-    ZPMutableArray *initWithCapacity(unsigned capacity) {
-        return objc_msgSend<ZPMutableArray *>(this, "initWithCapacity:"_sel, capacity);
-    }
+    ZPMutableArray *initWithCapacity(unsigned capacity) ZP_ASKS(capacity);
 
     /// Adds behind the last element.
-    void addObject(id object) { objc_msgSend(this, "addObject:"_sel, object); }
+    void addObject(id object) ZP_TELLS(object);
     /// Inserts before an index, which may be the count.
-    void insertObject_atIndex(id object, unsigned index) {
-        objc_msgSend(this, "insertObject:atIndex:"_sel, object, index);
-    }
+    void insertObject_atIndex(id object, unsigned index) ZP_TELLS(object, index);
     /// Puts an object in the place of an element, which is released.
-    void replaceObjectAtIndex_withObject(unsigned index, id object) {
-        objc_msgSend(this, "replaceObjectAtIndex:withObject:"_sel, index, object);
-    }
+    void replaceObjectAtIndex_withObject(unsigned index, id object) ZP_TELLS(index, object);
     /// Removes the last element; an empty array raises ZPRangeException.
-    void removeLastObject() { objc_msgSend(this, "removeLastObject"_sel); }
+    void removeLastObject() ZP_TELLS();
     /// Removes the element at an index.
-    void removeObjectAtIndex(unsigned index) { objc_msgSend(this, "removeObjectAtIndex:"_sel, index); }
+    void removeObjectAtIndex(unsigned index) ZP_TELLS(index);
     /// Removes every element, the last one first; the room for them stays.
-    void removeAllObjects() { objc_msgSend(this, "removeAllObjects"_sel); }
+    void removeAllObjects() ZP_TELLS();
     /// Adds the elements of an array, also of the receiver, behind the last one.
-    void addObjectsFromArray(ZPArray *array) { objc_msgSend(this, "addObjectsFromArray:"_sel, array); }
+    void addObjectsFromArray(ZPArray *array) ZP_TELLS(array);
     /// Has two elements change places.
-    void exchangeObjectAtIndex_withObjectAtIndex(unsigned index1, unsigned index2) {
-        objc_msgSend(this, "exchangeObjectAtIndex:withObjectAtIndex:"_sel, index1, index2);
-    }
+    void exchangeObjectAtIndex_withObjectAtIndex(unsigned index1, unsigned index2) ZP_TELLS(index1, index2);
     /// Puts the elements of the other array, which may be more or fewer, in the place of the range.
-    void replaceObjectsInRange_withObjectsFromArray(ZPRange range, ZPArray *array) {
-        objc_msgSend(this, "replaceObjectsInRange:withObjectsFromArray:"_sel, range, array);
-    }
+    void replaceObjectsInRange_withObjectsFromArray(ZPRange range, ZPArray *array) ZP_TELLS(range, array);
     /// The same with the elements of a range of the other array.
-    void replaceObjectsInRange_withObjectsFromArray_range(ZPRange range, ZPArray *array, ZPRange arrayRange) {
-        objc_msgSend(this, "replaceObjectsInRange:withObjectsFromArray:range:"_sel, range, array, arrayRange);
-    }
+    void replaceObjectsInRange_withObjectsFromArray_range(ZPRange range, ZPArray *array, ZPRange arrayRange)
+        ZP_TELLS(range, array, arrayRange);
     /// Removes every element that is identical or equal to the object; nothing when there is none. Ends when the
     /// object has lost its last reference by that.
-    void removeObject(id object) { objc_msgSend(this, "removeObject:"_sel, object); }
+    void removeObject(id object) ZP_TELLS(object);
     /// The same within a range.
-    void removeObject_inRange(id object, ZPRange range) {
-        objc_msgSend(this, "removeObject:inRange:"_sel, object, range);
-    }
+    void removeObject_inRange(id object, ZPRange range) ZP_TELLS(object, range);
     /// Removes the very object wherever it is.
-    void removeObjectIdenticalTo(id object) { objc_msgSend(this, "removeObjectIdenticalTo:"_sel, object); }
+    void removeObjectIdenticalTo(id object) ZP_TELLS(object);
     /// The same within a range.
-    void removeObjectIdenticalTo_inRange(id object, ZPRange range) {
-        objc_msgSend(this, "removeObjectIdenticalTo:inRange:"_sel, object, range);
-    }
+    void removeObjectIdenticalTo_inRange(id object, ZPRange range) ZP_TELLS(object, range);
     /// The removal within a range of the very object, or also of equal ones.
-    void removeObject_range_identical(id object, ZPRange range, BOOL identical) {
-        objc_msgSend(this, "removeObject:range:identical:"_sel, object, range, identical);
-    }
+    void removeObject_range_identical(id object, ZPRange range, BOOL identical) ZP_TELLS(object, range, identical);
     /// Removes the elements of a range, the last one first.
-    void removeObjectsInRange(ZPRange range) { objc_msgSend(this, "removeObjectsInRange:"_sel, range); }
+    void removeObjectsInRange(ZPRange range) ZP_TELLS(range);
     /// Removes by `count` indexes. Ascending ones are removed from the last to the first, an equal one as often as
     /// it is there; others, once each, from the greatest to the least. An index beyond the elements raises
     /// ZPRangeException.
-    void removeObjectsFromIndices_numIndices(const unsigned *indices, unsigned count) {
-        objc_msgSend(this, "removeObjectsFromIndices:numIndices:"_sel, indices, count);
-    }
+    void removeObjectsFromIndices_numIndices(const unsigned *indices, unsigned count) ZP_TELLS(indices, count);
     /// Removes every element that is equal to one of the other array.
-    void removeObjectsInArray(ZPArray *array) { objc_msgSend(this, "removeObjectsInArray:"_sel, array); }
+    void removeObjectsInArray(ZPArray *array) ZP_TELLS(array);
     /// Takes the elements of an array in the place of its own.
-    void setArray(ZPArray *array) { objc_msgSend(this, "setArray:"_sel, array); }
+    void setArray(ZPArray *array) ZP_TELLS(array);
 
     /// Sorts in place; equal elements keep their order. What the function raises leaves the order as it was.
-    void sortUsingFunction_context(ZPSortFunction *function, void *context) {
-        objc_msgSend(this, "sortUsingFunction:context:"_sel, function, context);
-    }
+    void sortUsingFunction_context(ZPSortFunction *function, void *context) ZP_TELLS(function, context);
     /// The same by a selector, which is sent to one element with another and answers a comparison result.
-    void sortUsingSelector(SEL selector) { objc_msgSend(this, "sortUsingSelector:"_sel, selector); }
+    void sortUsingSelector(SEL selector) ZP_TELLS(selector);
 };
 
 extern "C" {

@@ -49,8 +49,8 @@ id ZPConcreteArray::init() { return initWithObjects_count(nullptr, 0); }
 id ZPConcreteArray::initWithObjects_count(const id *objects, unsigned count) {
     if (count >= _ZPCollectionLimit) _ZPDestroyAndRaiseAbsurd(this, "initWithObjects:count:"_sel, "count", count);
     if (count == 0 || count > 4) {
-        ZPZone *zone = this->zone();
-        release();
+        ZPZone *zone = self()->zone();
+        self()->release();
         return _ZPNewArray(objects, count, zone);
     }
     fill(this, objects, count);
@@ -81,7 +81,7 @@ id ZPConcreteMutableArray::initWithObjects_count(const id *objects, unsigned cou
     for (unsigned i = 0; i < count; ++i) {
         if (!objects[i]) [[unlikely]] {
             ZPString *proem = _ZPMethodExceptionProem(this, "initWithObjects:count:"_sel);
-            release();
+            self()->release();
             ZPException::raise_format(ZPInvalidArgumentException, "%@: attempt to insert nil object"_zp, proem);
         }
         _items[_info++] = objects[i]->retain();
@@ -101,7 +101,7 @@ void ZPConcreteMutableArray::makeRoom(unsigned more) {
     id *block;
     if (!_items) {
         size = std::max({_size, 4u, more});
-        block = _ZPTryAllocate<id>(size, zone());
+        block = _ZPTryAllocate<id>(size, self()->zone());
     } else {
         if (_info + more <= _size) return;
         size = std::max(2 * _size, _info + more);
@@ -189,27 +189,8 @@ void ZPConcreteMutableArray::exchangeObjectAtIndex_withObjectAtIndex(unsigned in
     std::swap(_items[index1], _items[index2]);
 }
 
-ZP_IMPLEMENT(ZPConcreteArray)
-    .method<&ZPConcreteArray::init>("init")
-    .method<&ZPConcreteArray::initWithObjects_count>("initWithObjects:count:")
-    .method<&ZPConcreteArray::dealloc>("dealloc")
-    .method<&ZPConcreteArray::count>("count")
-    .method<&ZPConcreteArray::objectAtIndex>("objectAtIndex:")
-    .method<&ZPConcreteArray::copyWithZone>("copyWithZone:");
+ZP_IMPLEMENT(ZPConcreteArray, init, initWithObjects_count, dealloc, count, objectAtIndex, copyWithZone);
 
-ZP_IMPLEMENT(ZPConcreteMutableArray)
-    .method<&ZPConcreteMutableArray::init>("init")
-    .method<&ZPConcreteMutableArray::initWithCapacity>("initWithCapacity:")
-    .method<&ZPConcreteMutableArray::initWithObjects_count>("initWithObjects:count:")
-    .method<&ZPConcreteMutableArray::dealloc>("dealloc")
-    .method<&ZPConcreteMutableArray::count>("count")
-    .method<&ZPConcreteMutableArray::objectAtIndex>("objectAtIndex:")
-    .method<&ZPConcreteMutableArray::addObject>("addObject:")
-    .method<&ZPConcreteMutableArray::insertObject_atIndex>("insertObject:atIndex:")
-    .method<&ZPConcreteMutableArray::replaceObjectAtIndex_withObject>("replaceObjectAtIndex:withObject:")
-    .method<&ZPConcreteMutableArray::removeLastObject>("removeLastObject")
-    .method<&ZPConcreteMutableArray::removeObjectAtIndex>("removeObjectAtIndex:")
-    .method<&ZPConcreteMutableArray::removeAllObjects>("removeAllObjects")
-    .method<&ZPConcreteMutableArray::addObjectsFromArray>("addObjectsFromArray:")
-    .method<&ZPConcreteMutableArray::exchangeObjectAtIndex_withObjectAtIndex>(
-        "exchangeObjectAtIndex:withObjectAtIndex:");
+ZP_IMPLEMENT(ZPConcreteMutableArray, init, initWithCapacity, initWithObjects_count, dealloc, count, objectAtIndex,
+             addObject, insertObject_atIndex, replaceObjectAtIndex_withObject, removeLastObject, removeObjectAtIndex,
+             removeAllObjects, addObjectsFromArray, exchangeObjectAtIndex_withObjectAtIndex);

@@ -152,25 +152,25 @@ Table *copyTable(id receiver, Table *source, ZPZone *zone, bool copyValues) {
 }
 
 struct ZPConcreteDictionaryMethods : ZPConcreteDictionary {
-    id init() { return initWithObjects(nullptr, nullptr, 0); }
-    id initWithObjects(const id *objects, const id *keys, unsigned count) {
+    id init() { return initWithObjects_forKeys_count(nullptr, nullptr, 0); }
+    id initWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count) {
         if (count >= _ZPCollectionLimit) _ZPRaiseAbsurd(this, "initWithObjects:forKeys:count:"_sel, "count", count);
         if (!count) {
-            release();
+            self()->release();
             return _ZPEmptyDictionary()->retain();
         }
-        ZPZone *zone = this->zone();
+        ZPZone *zone = self()->zone();
         _table = newTable(count, zone);
         setEntries(this, &_table, zone, objects, keys, count);
         return this;
     }
-    id initWithDictionary(ZPDictionary *other, BOOL copyItems) {
+    id initWithDictionary_copyItems(ZPDictionary *other, BOOL copyItems) {
         Table *table;
         if (!other || !_ZPConcreteTable(other, table))
             return objc_super<ZPConcreteDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other,
                                                                    copyItems);
         if (!table || !ZPSimpleCount(table)) return init();
-        _table = copyTable(this, table, zone(), copyItems);
+        _table = copyTable(this, table, self()->zone(), copyItems);
         return this;
     }
     void dealloc() {
@@ -182,8 +182,8 @@ struct ZPConcreteDictionaryMethods : ZPConcreteDictionary {
     id objectForKey(id key) { return find(_table, key); }
     ZPEnumerator *keyEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, NO); }
     ZPEnumerator *objectEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, YES); }
-    void getObjects(id *objects, id *keys) { getEntries(_table, objects, keys); }
-    id copyWithZone(ZPZone *) { return retain(); }
+    void getObjects_forKeys(id *objects, id *keys) { getEntries(_table, objects, keys); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
 };
 
 struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
@@ -197,22 +197,22 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     }
     id initWithCapacity(unsigned capacity) {
         if (capacity >= _ZPCollectionLimit) _ZPRaiseAbsurd(this, "initWithCapacity:"_sel, "capacity", capacity);
-        _table = newTable(capacity, zone());
+        _table = newTable(capacity, self()->zone());
         return this;
     }
-    id initWithObjects(const id *objects, const id *keys, unsigned count) {
+    id initWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count) {
         if (count >= _ZPCollectionLimit) _ZPRaiseAbsurd(this, "initWithObjects:forKeys:count:"_sel, "count", count);
-        ZPZone *zone = this->zone();
+        ZPZone *zone = self()->zone();
         _table = newTable(count, zone);
         setEntries(this, &_table, zone, objects, keys, count);
         return this;
     }
-    id initWithDictionary(ZPDictionary *other, BOOL copyItems) {
+    id initWithDictionary_copyItems(ZPDictionary *other, BOOL copyItems) {
         Table *table;
         if (!other || !_ZPConcreteTable(other, table))
             return objc_super<ZPConcreteMutableDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other,
                                                                           copyItems);
-        if (table) _table = copyTable(this, table, zone(), copyItems);
+        if (table) _table = copyTable(this, table, self()->zone(), copyItems);
         return this;
     }
     void dealloc() {
@@ -223,7 +223,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     id objectForKey(id key) { return find(_table, key); }
     ZPEnumerator *keyEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, NO); }
     ZPEnumerator *objectEnumerator() { return _ZPDictionaryEnumerator::over(_table, this, YES); }
-    void getObjects(id *objects, id *keys) { getEntries(_table, objects, keys); }
+    void getObjects_forKeys(id *objects, id *keys) { getEntries(_table, objects, keys); }
     id copyWithZone(ZPZone *zone) {
         if (!_table || !ZPSimpleCount(_table)) return _ZPEmptyDictionary()->retain();
         ZPScope copied{copyTable(this, _table, zone, true), [](Table *t) { destroyTable(t); }};
@@ -232,12 +232,12 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
         return copy;
     }
 
-    void setObject(id object, id key) {
+    void setObject_forKey(id object, id key) {
         checkEntry(this, "setObject:forKey:"_sel, object, key);
         makeTable();
         setEntry(&_table, _ZPZoneOf(this), object, key);
     }
-    void removeObject(id key) {
+    void removeObjectForKey(id key) {
         if (!key) raise(this, "removeObjectForKey:"_sel, "%@: attempt to remove nil key"_zp);
         if (!_table || !ZPSimpleCount(_table)) return;
         Bucket *b = ZPSimpleFind(_table, key.pointer(), _ZPHashOfObject(key), _ZPObjectEquality());
@@ -312,34 +312,13 @@ ZPEnumerator *_ZPDictionaryEnumerator::overValues(ZPDictionary *dictionary) {
     return e;
 }
 
-ZP_IMPLEMENT(ZPConcreteDictionary)
-    .method<&ZPConcreteDictionaryMethods::init>("init")
-    .method<&ZPConcreteDictionaryMethods::initWithObjects>("initWithObjects:forKeys:count:")
-    .method<&ZPConcreteDictionaryMethods::initWithDictionary>("initWithDictionary:copyItems:")
-    .method<&ZPConcreteDictionaryMethods::dealloc>("dealloc")
-    .method<&ZPConcreteDictionaryMethods::count>("count")
-    .method<&ZPConcreteDictionaryMethods::objectForKey>("objectForKey:")
-    .method<&ZPConcreteDictionaryMethods::keyEnumerator>("keyEnumerator")
-    .method<&ZPConcreteDictionaryMethods::objectEnumerator>("objectEnumerator")
-    .method<&ZPConcreteDictionaryMethods::getObjects>("getObjects:forKeys:")
-    .method<&ZPConcreteDictionaryMethods::copyWithZone>("copyWithZone:");
+ZP_IMPLEMENT_WITH(ZPConcreteDictionary, ZPConcreteDictionaryMethods, init, initWithObjects_forKeys_count,
+                  initWithDictionary_copyItems, dealloc, count, objectForKey, keyEnumerator, objectEnumerator,
+                  getObjects_forKeys, copyWithZone);
 
-ZP_IMPLEMENT(ZPConcreteMutableDictionary)
-    .method<&ZPConcreteMutableDictionaryMethods::init>("init")
-    .method<&ZPConcreteMutableDictionaryMethods::initWithCapacity>("initWithCapacity:")
-    .method<&ZPConcreteMutableDictionaryMethods::initWithObjects>("initWithObjects:forKeys:count:")
-    .method<&ZPConcreteMutableDictionaryMethods::initWithDictionary>("initWithDictionary:copyItems:")
-    .method<&ZPConcreteMutableDictionaryMethods::dealloc>("dealloc")
-    .method<&ZPConcreteMutableDictionaryMethods::count>("count")
-    .method<&ZPConcreteMutableDictionaryMethods::objectForKey>("objectForKey:")
-    .method<&ZPConcreteMutableDictionaryMethods::keyEnumerator>("keyEnumerator")
-    .method<&ZPConcreteMutableDictionaryMethods::objectEnumerator>("objectEnumerator")
-    .method<&ZPConcreteMutableDictionaryMethods::getObjects>("getObjects:forKeys:")
-    .method<&ZPConcreteMutableDictionaryMethods::copyWithZone>("copyWithZone:")
-    .method<&ZPConcreteMutableDictionaryMethods::setObject>("setObject:forKey:")
-    .method<&ZPConcreteMutableDictionaryMethods::removeObject>("removeObjectForKey:")
-    .method<&ZPConcreteMutableDictionaryMethods::removeAllObjects>("removeAllObjects");
+ZP_IMPLEMENT_WITH(ZPConcreteMutableDictionary, ZPConcreteMutableDictionaryMethods, init, initWithCapacity,
+                  initWithObjects_forKeys_count, initWithDictionary_copyItems, dealloc, count, objectForKey,
+                  keyEnumerator, objectEnumerator, getObjects_forKeys, copyWithZone, setObject_forKey,
+                  removeObjectForKey, removeAllObjects);
 
-ZP_IMPLEMENT(_ZPDictionaryEnumerator)
-    .method<&EnumeratorMethods::nextObject>("nextObject")
-    .method<&EnumeratorMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(_ZPDictionaryEnumerator, EnumeratorMethods, nextObject, dealloc);

@@ -83,18 +83,18 @@ template <class S, class R, class F> void emptyTable(S *&held, void (*reset)(S *
 // ---- concrete sets -------------------------------------------------------------------------------
 
 struct ZPConcreteSetMethods : ZPConcreteSet {
-    id init() { return initWithObjects(nullptr, 0); }
-    id initWithObjects(const id *objects, unsigned count) {
+    id init() { return initWithObjects_count(nullptr, 0); }
+    id initWithObjects_count(const id *objects, unsigned count) {
         checkLimit(this, "initWithObjects:count:"_sel, "count", count);
         if (!count) {
-            release();
+            self()->release();
             return _ZPEmptySet()->retain();
         }
         _table = newTable(count, _ZPZoneOf(this));
         addMembers(this, &_table, objects, count);
         return this;
     }
-    id initWithSet(ZPSet *other, BOOL copyItems) {
+    id initWithSet_copyItems(ZPSet *other, BOOL copyItems) {
         ZPSimpleSet *table;
         if (copyItems || !other || !_ZPConcreteTable(other, table))
             return objc_super<ZPConcreteSet>(this).send<id>("initWithSet:copyItems:"_sel, other, copyItems);
@@ -109,7 +109,7 @@ struct ZPConcreteSetMethods : ZPConcreteSet {
     unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
     id member(id object) { return memberOf(_table, object); }
     ZPEnumerator *objectEnumerator() { return _ZPSetEnumerator::over(_table, this); }
-    id copyWithZone(ZPZone *) { return retain(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
 };
 
 struct ZPConcreteMutableSetMethods : ZPConcreteMutableSet {
@@ -123,13 +123,13 @@ struct ZPConcreteMutableSetMethods : ZPConcreteMutableSet {
         _table = newTable(capacity, _ZPZoneOf(this));
         return this;
     }
-    id initWithObjects(const id *objects, unsigned count) {
+    id initWithObjects_count(const id *objects, unsigned count) {
         checkLimit(this, "initWithObjects:count:"_sel, "count", count);
         _table = newTable(count, _ZPZoneOf(this));
         addMembers(this, &_table, objects, count);
         return this;
     }
-    id initWithSet(ZPSet *other, BOOL copyItems) {
+    id initWithSet_copyItems(ZPSet *other, BOOL copyItems) {
         ZPSimpleSet *table;
         if (copyItems || !other || !_ZPConcreteTable(other, table))
             return objc_super<ZPConcreteMutableSet>(this).send<id>("initWithSet:copyItems:"_sel, other, copyItems);
@@ -177,7 +177,7 @@ struct ZPCountedSetMethods : ZPCountedSet {
         makeTable(capacity);
         return this;
     }
-    id initWithObjects(const id *objects, unsigned count) {
+    id initWithObjects_count(const id *objects, unsigned count) {
         checkLimit(this, "initWithObjects:count:"_sel, "count", count);
         makeTable(count);
         for (unsigned i = 0; i < count; ++i) {
@@ -186,7 +186,7 @@ struct ZPCountedSetMethods : ZPCountedSet {
         }
         return this;
     }
-    id initWithSet(ZPSet *other, BOOL copyItems) {
+    id initWithSet_copyItems(ZPSet *other, BOOL copyItems) {
         ZPZone *zone = _ZPZoneOf(this);
         makeTable(other ? other->count() : 0);
         _ZPForEachMember(other, [&](id member, unsigned count) {
@@ -304,47 +304,15 @@ void _ZPCountLess(ZPCountedSet *set, id object, unsigned times) {
     static_cast<ZPCountedSetMethods *>(set)->remove(object, times);
 }
 
-ZP_IMPLEMENT(ZPConcreteSet)
-    .method<&ZPConcreteSetMethods::init>("init")
-    .method<&ZPConcreteSetMethods::initWithObjects>("initWithObjects:count:")
-    .method<&ZPConcreteSetMethods::initWithSet>("initWithSet:copyItems:")
-    .method<&ZPConcreteSetMethods::dealloc>("dealloc")
-    .method<&ZPConcreteSetMethods::count>("count")
-    .method<&ZPConcreteSetMethods::member>("member:")
-    .method<&ZPConcreteSetMethods::objectEnumerator>("objectEnumerator")
-    .method<&ZPConcreteSetMethods::copyWithZone>("copyWithZone:");
+ZP_IMPLEMENT_WITH(ZPConcreteSet, ZPConcreteSetMethods, init, initWithObjects_count, initWithSet_copyItems, dealloc,
+                  count, member, objectEnumerator, copyWithZone);
 
-ZP_IMPLEMENT(ZPConcreteMutableSet)
-    .method<&ZPConcreteMutableSetMethods::init>("init")
-    .method<&ZPConcreteMutableSetMethods::initWithCapacity>("initWithCapacity:")
-    .method<&ZPConcreteMutableSetMethods::initWithObjects>("initWithObjects:count:")
-    .method<&ZPConcreteMutableSetMethods::initWithSet>("initWithSet:copyItems:")
-    .method<&ZPConcreteMutableSetMethods::dealloc>("dealloc")
-    .method<&ZPConcreteMutableSetMethods::count>("count")
-    .method<&ZPConcreteMutableSetMethods::member>("member:")
-    .method<&ZPConcreteMutableSetMethods::objectEnumerator>("objectEnumerator")
-    .method<&ZPConcreteMutableSetMethods::copyWithZone>("copyWithZone:")
-    .method<&ZPConcreteMutableSetMethods::addObject>("addObject:")
-    .method<&ZPConcreteMutableSetMethods::removeObject>("removeObject:")
-    .method<&ZPConcreteMutableSetMethods::removeAllObjects>("removeAllObjects");
+ZP_IMPLEMENT_WITH(ZPConcreteMutableSet, ZPConcreteMutableSetMethods, init, initWithCapacity, initWithObjects_count,
+                  initWithSet_copyItems, dealloc, count, member, objectEnumerator, copyWithZone, addObject,
+                  removeObject, removeAllObjects);
 
-ZP_IMPLEMENT(ZPCountedSet)
-    .version(1)
-    .method<&ZPCountedSetMethods::initWithCapacity>("initWithCapacity:")
-    .method<&ZPCountedSetMethods::initWithObjects>("initWithObjects:count:")
-    .method<&ZPCountedSetMethods::initWithSet>("initWithSet:copyItems:")
-    .method<&ZPCountedSetMethods::dealloc>("dealloc")
-    .method<&ZPCountedSetMethods::count>("count")
-    .method<&ZPCountedSetMethods::member>("member:")
-    .method<&ZPCountedSetMethods::countForObject>("countForObject:")
-    .method<&ZPCountedSetMethods::objectEnumerator>("objectEnumerator")
-    .method<&ZPCountedSetMethods::addObject>("addObject:")
-    .method<&ZPCountedSetMethods::removeObject>("removeObject:")
-    .method<&ZPCountedSetMethods::removeAllObjects>("removeAllObjects")
-    .method<&ZPCountedSetMethods::copyWithZone>("copyWithZone:")
-    .method<&ZPCountedSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&ZPCountedSetMethods::classForCoder>("classForCoder");
+ZP_IMPLEMENT_WITH(ZPCountedSet, ZPCountedSetMethods, version(1), initWithCapacity, initWithObjects_count,
+                  initWithSet_copyItems, dealloc, count, member, countForObject, objectEnumerator, addObject,
+                  removeObject, removeAllObjects, copyWithZone, mutableCopyWithZone, classForCoder);
 
-ZP_IMPLEMENT(_ZPSetEnumerator)
-    .method<&EnumeratorMethods::nextObject>("nextObject")
-    .method<&EnumeratorMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(_ZPSetEnumerator, EnumeratorMethods, nextObject, dealloc);

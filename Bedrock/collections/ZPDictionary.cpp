@@ -63,30 +63,30 @@ struct ZPDictionaryClassMethods {
         New made(self);
         return made.finish(made->init());
     }
-    static id withObjectsForKeysCount(Class self, const id *objects, const id *keys, unsigned count) {
+    static id dictionaryWithObjects_forKeys_count(Class self, const id *objects, const id *keys, unsigned count) {
         New made(self);
         return made.finish(made->initWithObjects_forKeys_count(objects, keys, count));
     }
-    static id withObjectForKey(Class self, id object, id key) {
-        return withObjectsForKeysCount(self, &object, &key, 1);
+    static id dictionaryWithObject_forKey(Class self, id object, id key) {
+        return dictionaryWithObjects_forKeys_count(self, &object, &key, 1);
     }
-    static id withObjectsForKeys(Class self, ZPArray *objects, ZPArray *keys) {
+    static id dictionaryWithObjects_forKeys(Class self, ZPArray *objects, ZPArray *keys) {
         New made(self);
         return made.finish(made->initWithObjects_forKeys(objects, keys));
     }
-    static id withObjectsAndKeys(Class self, id first, std::va_list rest) {
+    static id dictionaryWithObjectsAndKeys(Class self, id first, std::va_list rest) {
         Pairs pairs(self, "dictionaryWithObjectsAndKeys:"_sel, first, rest);
-        return withObjectsForKeysCount(self, pairs.objects.items, pairs.keys.items, pairs.keys.count);
+        return dictionaryWithObjects_forKeys_count(self, pairs.objects.items, pairs.keys.items, pairs.keys.count);
     }
-    static id withFile(Class self, ZPString *path) {
+    static id dictionaryWithContentsOfFile(Class self, ZPString *path) {
         New made(self);
         return made.finish(made->initWithContentsOfFile(path));
     }
-    static id withDictionary(Class self, ZPDictionary *other) {
+    static id dictionaryWithDictionary(Class self, ZPDictionary *other) {
         New made(self);
         return made.finish(made->initWithDictionary(other));
     }
-    static id withCapacity(Class self, unsigned capacity) {
+    static id dictionaryWithCapacity(Class self, unsigned capacity) {
         New made(self);
         return made.finish(static_cast<ZPMutableDictionary *>(made.dictionary)->initWithCapacity(capacity));
     }
@@ -99,7 +99,7 @@ struct ZPDictionaryMethods : ZPDictionary {
     }
     id initWithObjectsAndKeys(id first, std::va_list rest) {
         Pairs pairs(this, "initWithObjectsAndKeys:"_sel, first, rest);
-        return ZPDictionary::initWithObjects_forKeys_count(pairs.objects.items, pairs.keys.items, pairs.keys.count);
+        return self()->initWithObjects_forKeys_count(pairs.objects.items, pairs.keys.items, pairs.keys.count);
     }
     id initWithObjects_forKeys(ZPArray *objects, ZPArray *keys) {
         _ZPElements o(objects), k(keys);
@@ -107,20 +107,19 @@ struct ZPDictionaryMethods : ZPDictionary {
             ZPException::raise_format(ZPInvalidArgumentException,
                                       "%@: number of objects (%d) not equal to number of keys (%d)"_zp,
                                       _ZPMethodExceptionProem(this, "initWithObjects:forKeys:"_sel), o.count, k.count);
-        return ZPDictionary::initWithObjects_forKeys_count(o.items, k.items, o.count);
+        return self()->initWithObjects_forKeys_count(o.items, k.items, o.count);
     }
-    id initWithDictionary(ZPDictionary *other) { return ZPDictionary::initWithDictionary_copyItems(other, NO); }
+    id initWithDictionary(ZPDictionary *other) { return self()->initWithDictionary_copyItems(other, NO); }
     id initWithDictionary_copyItems(ZPDictionary *other, BOOL copyItems) {
         Entries entries(other);
         unsigned count = entries.keys.count;
-        if (!copyItems)
-            return ZPDictionary::initWithObjects_forKeys_count(entries.objects.items, entries.keys.items, count);
+        if (!copyItems) return self()->initWithObjects_forKeys_count(entries.objects.items, entries.keys.items, count);
         _ZPObjectBuffer copies(count);
         _ZPReleaser releaser{copies.items, 0};
-        ZPZone *zone = this->zone();
+        ZPZone *zone = self()->zone();
         for (; releaser.count < count; ++releaser.count)
             copies.items[releaser.count] = entries.objects.items[releaser.count]->copyWithZone(zone);
-        return ZPDictionary::initWithObjects_forKeys_count(copies.items, entries.keys.items, count);
+        return self()->initWithObjects_forKeys_count(copies.items, entries.keys.items, count);
     }
 
     // ---- primitives ----
@@ -149,7 +148,7 @@ struct ZPDictionaryMethods : ZPDictionary {
     ZPArray *allKeysForObject(id object) {
         return gather([=](id key, id value) { return object && _ZPSameOrEqual(value, object) ? key : id(); });
     }
-    BOOL containsKey(id key) { return ZPDictionary::objectForKey(key) != nullptr; }
+    BOOL containsKey(id key) { return self()->objectForKey(key) != nullptr; }
     BOOL containsObject(id object) {
         BOOL found = NO;
         if (object)
@@ -168,11 +167,11 @@ struct ZPDictionaryMethods : ZPDictionary {
             });
         return count;
     }
-    ZPArray *objectsForKeys(ZPArray *keys, id marker) {
+    ZPArray *objectsForKeys_notFoundMarker(ZPArray *keys, id marker) {
         _ZPElements k(keys);
         _ZPObjectBuffer objects(k.count);
         for (unsigned i = 0; i < k.count; ++i) {
-            id object = ZPDictionary::objectForKey(k.items[i]);
+            id object = self()->objectForKey(k.items[i]);
             objects.items[i] = object ? object : marker;
         }
         return _ZPMakeArray(objects.items, k.count);
@@ -184,12 +183,12 @@ struct ZPDictionaryMethods : ZPDictionary {
             return true;
         });
     }
-    ZPArray *keysSortedByValue(SEL selector) {
+    ZPArray *keysSortedByValueUsingSelector(SEL selector) {
         struct Context {
             ZPDictionary *dictionary;
             SEL selector;
         } context{this, selector};
-        return ZPDictionary::allKeys()->sortedArrayUsingFunction_context(
+        return self()->allKeys()->sortedArrayUsingFunction_context(
             [](id a, id b, void *c) {
                 auto *context = static_cast<Context *>(c);
                 return _ZPCompareBySelector(context->dictionary->objectForKey(a), context->dictionary->objectForKey(b),
@@ -207,11 +206,11 @@ struct ZPDictionaryMethods : ZPDictionary {
     BOOL isEqual(id other) {
         if (other.pointer() == this) return YES;
         if (!other || !other->isKindOfClass(ZPDictionary::class_())) return NO;
-        return ZPDictionary::isEqualToDictionary(other);
+        return self()->isEqualToDictionary(other);
     }
     BOOL isEqualToDictionary(ZPDictionary *other) {
         if (other == this) return YES;
-        if (!other || ZPDictionary::count() != other->count()) return NO;
+        if (!other || self()->count() != other->count()) return NO;
         ZPSimpleDictionary *ours, *theirs;
         BOOL equal = YES;
         // Two tables compare by the hashes they have stored.
@@ -231,7 +230,7 @@ struct ZPDictionaryMethods : ZPDictionary {
         });
         return equal;
     }
-    unsigned hash() { return ZPDictionary::count(); }
+    unsigned hash() { return self()->count(); }
 
     // ---- copies ----
     id copyWithZone(ZPZone *zone) { return ZPDictionary::allocWithZone(zone)->initWithDictionary_copyItems(this, YES); }
@@ -250,19 +249,18 @@ struct ZPMutableDictionaryMethods : ZPMutableDictionary {
         ZPRequestConcreteImplementation(this, "removeObjectForKey:"_sel, ZPMutableDictionary::class_());
     }
     void setDictionary(ZPDictionary *other) {
-        ZPMutableDictionary::removeAllObjects();
-        ZPMutableDictionary::addEntriesFromDictionary(other);
+        self()->removeAllObjects();
+        self()->addEntriesFromDictionary(other);
     }
     void addEntriesFromDictionary(ZPDictionary *other) {
         _ZPForEachEntry(other, [this](id key, id object) {
-            ZPMutableDictionary::setObject_forKey(object, key);
+            self()->setObject_forKey(object, key);
             return true;
         });
     }
-    void removeAllObjects() { ZPMutableDictionary::removeObjectsForKeys(ZPDictionary::allKeys()); }
+    void removeAllObjects() { self()->removeObjectsForKeys(self()->allKeys()); }
     void removeObjectsForKeys(ZPArray *keys) {
-        for (unsigned i = keys ? keys->count() : 0; i-- > 0;)
-            ZPMutableDictionary::removeObjectForKey(keys->objectAtIndex(i));
+        for (unsigned i = keys ? keys->count() : 0; i-- > 0;) self()->removeObjectForKey(keys->objectAtIndex(i));
     }
     void removeKeysForObject(id object) {
         _ZPObjectList keys;
@@ -270,64 +268,31 @@ struct ZPMutableDictionaryMethods : ZPMutableDictionary {
             if (value == object) keys.add(key);
             return true;
         });
-        ZPMutableDictionary::removeObjectsForKeys(_ZPMakeArray(keys.items, keys.count));
+        self()->removeObjectsForKeys(_ZPMakeArray(keys.items, keys.count));
     }
     void invert() {
-        ZPArray *keys = ZPDictionary::allKeys(), *values = ZPDictionary::objectsForKeys_notFoundMarker(keys, nullptr);
-        ZPMutableDictionary::removeObjectsForKeys(keys);
+        ZPArray *keys = self()->allKeys(), *values = self()->objectsForKeys_notFoundMarker(keys, nullptr);
+        self()->removeObjectsForKeys(keys);
         for (unsigned i = 0, count = keys->count(); i < count; ++i)
-            ZPMutableDictionary::setObject_forKey(keys->objectAtIndex(i), values->objectAtIndex(i));
+            self()->setObject_forKey(keys->objectAtIndex(i), values->objectAtIndex(i));
     }
     Class classForCoder() { return ZPMutableDictionary::class_(); }
 };
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPDictionary)
-    .adopts<ZPCopying, ZPMutableCopying>()
-    .classMethod<&ZPDictionaryClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&ZPDictionaryClassMethods::dictionary>("dictionary")
-    .classMethod<&ZPDictionaryClassMethods::withObjectsForKeysCount>("dictionaryWithObjects:forKeys:count:")
-    .classMethod<&ZPDictionaryClassMethods::withObjectForKey>("dictionaryWithObject:forKey:")
-    .classMethod<&ZPDictionaryClassMethods::withObjectsForKeys>("dictionaryWithObjects:forKeys:")
-    .variadicClassMethod<&ZPDictionaryClassMethods::withObjectsAndKeys>("dictionaryWithObjectsAndKeys:")
-    .classMethod<&ZPDictionaryClassMethods::withFile>("dictionaryWithContentsOfFile:")
-    .classMethod<&ZPDictionaryClassMethods::withDictionary>("dictionaryWithDictionary:")
-    .method<&ZPDictionaryMethods::initWithObjects_forKeys_count>("initWithObjects:forKeys:count:")
-    .variadic<&ZPDictionaryMethods::initWithObjectsAndKeys>("initWithObjectsAndKeys:")
-    .method<&ZPDictionaryMethods::initWithObjects_forKeys>("initWithObjects:forKeys:")
-    .method<&ZPDictionaryMethods::initWithDictionary>("initWithDictionary:")
-    .method<&ZPDictionaryMethods::initWithDictionary_copyItems>("initWithDictionary:copyItems:")
-    .method<&ZPDictionaryMethods::count>("count")
-    .method<&ZPDictionaryMethods::objectForKey>("objectForKey:")
-    .method<&ZPDictionaryMethods::keyEnumerator>("keyEnumerator")
-    .method<&ZPDictionaryMethods::objectEnumerator>("objectEnumerator")
-    .method<&ZPDictionaryMethods::allKeys>("allKeys")
-    .method<&ZPDictionaryMethods::allValues>("allValues")
-    .method<&ZPDictionaryMethods::allKeysForObject>("allKeysForObject:")
-    .method<&ZPDictionaryMethods::containsKey>("containsKey:")
-    .method<&ZPDictionaryMethods::containsObject>("containsObject:")
-    .method<&ZPDictionaryMethods::countForObject>("countForObject:")
-    .method<&ZPDictionaryMethods::objectsForKeys>("objectsForKeys:notFoundMarker:")
-    .method<&ZPDictionaryMethods::getObjects_forKeys>("getObjects:forKeys:")
-    .method<&ZPDictionaryMethods::keysSortedByValue>("keysSortedByValueUsingSelector:")
-    .method<&ZPDictionaryMethods::invertedDictionary>("invertedDictionary")
-    .method<&ZPDictionaryMethods::isEqual>("isEqual:")
-    .method<&ZPDictionaryMethods::isEqualToDictionary>("isEqualToDictionary:")
-    .method<&ZPDictionaryMethods::hash>("hash")
-    .method<&ZPDictionaryMethods::copyWithZone>("copyWithZone:")
-    .method<&ZPDictionaryMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&ZPDictionaryMethods::classForCoder>("classForCoder");
+ZP_IMPLEMENT_WITH(ZPDictionary, ZPDictionaryMethods, adopts(ZPCopying, ZPMutableCopying), initWithObjects_forKeys_count,
+                  variadic(initWithObjectsAndKeys), initWithObjects_forKeys, initWithDictionary,
+                  initWithDictionary_copyItems, count, objectForKey, keyEnumerator, objectEnumerator, allKeys,
+                  allValues, allKeysForObject, containsKey, containsObject, countForObject,
+                  objectsForKeys_notFoundMarker, getObjects_forKeys, keysSortedByValueUsingSelector, invertedDictionary,
+                  isEqual, isEqualToDictionary, hash, copyWithZone, mutableCopyWithZone, classForCoder,
+                  classMethodsOf(ZPDictionaryClassMethods, allocWithZone, dictionary,
+                                 dictionaryWithObjects_forKeys_count, dictionaryWithObject_forKey,
+                                 dictionaryWithObjects_forKeys, variadic(dictionaryWithObjectsAndKeys),
+                                 dictionaryWithContentsOfFile, dictionaryWithDictionary));
 
-ZP_IMPLEMENT(ZPMutableDictionary)
-    .classMethod<&ZPDictionaryClassMethods::withCapacity>("dictionaryWithCapacity:")
-    .method<&ZPMutableDictionaryMethods::initWithCapacity>("initWithCapacity:")
-    .method<&ZPMutableDictionaryMethods::setObject_forKey>("setObject:forKey:")
-    .method<&ZPMutableDictionaryMethods::removeObjectForKey>("removeObjectForKey:")
-    .method<&ZPMutableDictionaryMethods::setDictionary>("setDictionary:")
-    .method<&ZPMutableDictionaryMethods::addEntriesFromDictionary>("addEntriesFromDictionary:")
-    .method<&ZPMutableDictionaryMethods::removeAllObjects>("removeAllObjects")
-    .method<&ZPMutableDictionaryMethods::removeObjectsForKeys>("removeObjectsForKeys:")
-    .method<&ZPMutableDictionaryMethods::removeKeysForObject>("removeKeysForObject:")
-    .method<&ZPMutableDictionaryMethods::invert>("invert")
-    .method<&ZPMutableDictionaryMethods::classForCoder>("classForCoder");
+ZP_IMPLEMENT_WITH(ZPMutableDictionary, ZPMutableDictionaryMethods, initWithCapacity, setObject_forKey,
+                  removeObjectForKey, setDictionary, addEntriesFromDictionary, removeAllObjects, removeObjectsForKeys,
+                  removeKeysForObject, invert, classForCoder,
+                  classMethodsOf(ZPDictionaryClassMethods, dictionaryWithCapacity));

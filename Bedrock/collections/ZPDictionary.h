@@ -19,112 +19,80 @@ struct ZPDictionary : ZPObject {
     ZP_CLASS(ZPDictionary)
 
     /// The empty dictionary: one shared object.
-    static ZPDictionary *dictionary() { return objc_msgSend<ZPDictionary *>(class_(), "dictionary"_sel); }
+    static ZPDictionary *dictionary() ZP_CLASS_ASKS();
     /// `count` values with their keys; a later value of an equal key takes the place of an earlier one.
-    static ZPDictionary *dictionaryWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count) {
-        return objc_msgSend<ZPDictionary *>(class_(), "dictionaryWithObjects:forKeys:count:"_sel, objects, keys, count);
-    }
+    static ZPDictionary *dictionaryWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count)
+        ZP_CLASS_ASKS(objects, keys, count);
     /// One entry.
-    static ZPDictionary *dictionaryWithObject_forKey(id object, id key) {
-        return objc_msgSend<ZPDictionary *>(class_(), "dictionaryWithObject:forKey:"_sel, object, key);
-    }
+    static ZPDictionary *dictionaryWithObject_forKey(id object, id key) ZP_CLASS_ASKS(object, key);
     /// Values and keys from two arrays of equal counts, else ZPInvalidArgumentException.
-    static ZPDictionary *dictionaryWithObjects_forKeys(ZPArray *objects, ZPArray *keys) {
-        return objc_msgSend<ZPDictionary *>(class_(), "dictionaryWithObjects:forKeys:"_sel, objects, keys);
-    }
+    static ZPDictionary *dictionaryWithObjects_forKeys(ZPArray *objects, ZPArray *keys) ZP_CLASS_ASKS(objects, keys);
     /// Value, key, value, key ..., up to the first null; an odd number of arguments raises
     /// ZPInvalidArgumentException.
     template <class... A> static ZPDictionary *dictionaryWithObjectsAndKeys(A... objectsAndKeys) {
         return objc_sendObjectList<ZPDictionary *>(class_(), "dictionaryWithObjectsAndKeys:"_sel, objectsAndKeys...);
     }
     /// Reads a property list; null when the file cannot be read or holds no dictionary.
-    static ZPDictionary *dictionaryWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPDictionary *>(class_(), "dictionaryWithContentsOfFile:"_sel, path);
-    }
+    static ZPDictionary *dictionaryWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
     /// The entries of another dictionary.
-    static ZPDictionary *dictionaryWithDictionary(ZPDictionary *other) {
-        return objc_msgSend<ZPDictionary *>(class_(), "dictionaryWithDictionary:"_sel, other);
-    }
+    static ZPDictionary *dictionaryWithDictionary(ZPDictionary *other) ZP_CLASS_ASKS(other);
 
     /// `count` values with their keys, where a later value of an equal key takes the place of an earlier one: the
     /// initialiser that a subclass supplies.
-    ZPDictionary *initWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count) {
-        return objc_msgSend<ZPDictionary *>(this, "initWithObjects:forKeys:count:"_sel, objects, keys, count);
-    }
+    ZPDictionary *initWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count)
+        ZP_ASKS(objects, keys, count);
     /// As `dictionaryWithObjectsAndKeys`.
     template <class... A> ZPDictionary *initWithObjectsAndKeys(A... objectsAndKeys) {
         return objc_sendObjectList<ZPDictionary *>(this, "initWithObjectsAndKeys:"_sel, objectsAndKeys...);
     }
     /// As `dictionaryWithObjects_forKeys`.
-    ZPDictionary *initWithObjects_forKeys(ZPArray *objects, ZPArray *keys) {
-        return objc_msgSend<ZPDictionary *>(this, "initWithObjects:forKeys:"_sel, objects, keys);
-    }
+    ZPDictionary *initWithObjects_forKeys(ZPArray *objects, ZPArray *keys) ZP_ASKS(objects, keys);
     /// The entries of another dictionary.
-    ZPDictionary *initWithDictionary(ZPDictionary *other) {
-        return objc_msgSend<ZPDictionary *>(this, "initWithDictionary:"_sel, other);
-    }
+    ZPDictionary *initWithDictionary(ZPDictionary *other) ZP_ASKS(other);
     /// With `copyItems` the values are copies of the other dictionary's.
-    ZPDictionary *initWithDictionary_copyItems(ZPDictionary *other, BOOL copyItems) {
-        return objc_msgSend<ZPDictionary *>(this, "initWithDictionary:copyItems:"_sel, other, copyItems);
-    }
+    ZPDictionary *initWithDictionary_copyItems(ZPDictionary *other, BOOL copyItems) ZP_ASKS(other, copyItems);
     /// Null when the file cannot be read or holds no dictionary.
-    ZPDictionary *initWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPDictionary *>(this, "initWithContentsOfFile:"_sel, path);
-    }
+    ZPDictionary *initWithContentsOfFile(ZPString *path) ZP_ASKS(path);
 
     /// The number of entries.
-    unsigned count() { return objc_msgSend<unsigned>(this, "count"_sel); }
+    unsigned count() ZP_ASKS();
     /// The value of the key; null when the key is absent or null.
-    id objectForKey(id key) { return objc_msgSend<id>(this, "objectForKey:"_sel, key); }
+    id objectForKey(id key) ZP_ASKS(key);
     /// Enumerates the keys; autoreleased.
-    ZPEnumerator *keyEnumerator() { return objc_msgSend<ZPEnumerator *>(this, "keyEnumerator"_sel); }
+    ZPEnumerator *keyEnumerator() ZP_ASKS();
     /// Enumerates the values in the order of their keys; autoreleased.
-    ZPEnumerator *objectEnumerator() { return objc_msgSend<ZPEnumerator *>(this, "objectEnumerator"_sel); }
+    ZPEnumerator *objectEnumerator() ZP_ASKS();
     /// The keys, in enumeration order.
-    ZPArray *allKeys() { return objc_msgSend<ZPArray *>(this, "allKeys"_sel); }
+    ZPArray *allKeys() ZP_ASKS();
     /// The values, in the order of their keys.
-    ZPArray *allValues() { return objc_msgSend<ZPArray *>(this, "allValues"_sel); }
+    ZPArray *allValues() ZP_ASKS();
     /// The keys of the values that are identical or equal to the object.
-    ZPArray *allKeysForObject(id object) { return objc_msgSend<ZPArray *>(this, "allKeysForObject:"_sel, object); }
+    ZPArray *allKeysForObject(id object) ZP_ASKS(object);
     /// Whether the key is there; NO for null.
-    BOOL containsKey(id key) { return objc_msgSend<BOOL>(this, "containsKey:"_sel, key); }
+    BOOL containsKey(id key) ZP_ASKS(key);
     /// Whether a value is identical or equal to the object; NO for null.
-    BOOL containsObject(id object) { return objc_msgSend<BOOL>(this, "containsObject:"_sel, object); }
+    BOOL containsObject(id object) ZP_ASKS(object);
     /// The number of values that are identical or equal to the object.
-    unsigned countForObject(id object) { return objc_msgSend<unsigned>(this, "countForObject:"_sel, object); }
+    unsigned countForObject(id object) ZP_ASKS(object);
     /// The values of an array of keys, the marker for a key that is absent.
-    ZPArray *objectsForKeys_notFoundMarker(ZPArray *keys, id marker) {
-        return objc_msgSend<ZPArray *>(this, "objectsForKeys:notFoundMarker:"_sel, keys, marker);
-    }
+    ZPArray *objectsForKeys_notFoundMarker(ZPArray *keys, id marker) ZP_ASKS(keys, marker);
     /// Stores every value and its key, not retained, into two buffers with room for all; either may be null.
-    void getObjects_forKeys(id *objects, id *keys) { objc_msgSend(this, "getObjects:forKeys:"_sel, objects, keys); }
+    void getObjects_forKeys(id *objects, id *keys) ZP_TELLS(objects, keys);
     /// The keys in the order of their values: the selector compares a value with another.
-    ZPArray *keysSortedByValueUsingSelector(SEL selector) {
-        return objc_msgSend<ZPArray *>(this, "keysSortedByValueUsingSelector:"_sel, selector);
-    }
+    ZPArray *keysSortedByValueUsingSelector(SEL selector) ZP_ASKS(selector);
     /// The values as keys of the keys; of keys with equal values one is left.
-    ZPDictionary *invertedDictionary() { return objc_msgSend<ZPDictionary *>(this, "invertedDictionary"_sel); }
+    ZPDictionary *invertedDictionary() ZP_ASKS();
     /// Whether both have equal keys with equal values; NO for null.
-    BOOL isEqualToDictionary(ZPDictionary *other) {
-        return objc_msgSend<BOOL>(this, "isEqualToDictionary:"_sel, other);
-    }
+    BOOL isEqualToDictionary(ZPDictionary *other) ZP_ASKS(other);
 
     /// Property-list text; numbers and dates take the locale (may be null).
-    ZPString *descriptionWithLocale(ZPDictionary *locale) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale);
-    }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) ZP_ASKS(locale);
     /// The same for a dictionary that lies `level` levels deep.
-    ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:indent:"_sel, locale, level);
-    }
+    ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) ZP_ASKS(locale, level);
     /// The text of a strings file: `"key" = "value";` line by line.
-    ZPString *descriptionInStringsFileFormat() {
-        return objc_msgSend<ZPString *>(this, "descriptionInStringsFileFormat"_sel);
-    }
+    ZPString *descriptionInStringsFileFormat() ZP_ASKS();
     /// Writes the description; with `atomically` the file is there whole or not at all. NO when it fails.
-    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
-        return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically);
-    }
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) ZP_ASKS(path, atomically);
 };
 
 /// A dictionary that can change. A subclass supplies the dictionary's primitives, `setObject:forKey:` and
@@ -133,56 +101,43 @@ struct ZPMutableDictionary : ZPDictionary {
     ZP_CLASS(ZPMutableDictionary)
 
     /// A new, empty dictionary.
-    static ZPMutableDictionary *dictionary() { return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionary"_sel); }
+    static ZPMutableDictionary *dictionary() ZP_CLASS_ASKS();
     /// Empty, with room for `capacity` entries; more fit as well. A capacity above 134,217,727 raises
     /// ZPInvalidArgumentException.
-    static ZPMutableDictionary *dictionaryWithCapacity(unsigned capacity) {
-        return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithCapacity:"_sel, capacity);
-    }
+    static ZPMutableDictionary *dictionaryWithCapacity(unsigned capacity) ZP_CLASS_ASKS(capacity);
     ///@{
     /// As ZPDictionary makes them, but to be changed.
-    static ZPMutableDictionary *dictionaryWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count) {
-        return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithObjects:forKeys:count:"_sel, objects, keys,
-                                                   count);
-    }
-    static ZPMutableDictionary *dictionaryWithObject_forKey(id object, id key) {
-        return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithObject:forKey:"_sel, object, key);
-    }
-    static ZPMutableDictionary *dictionaryWithObjects_forKeys(ZPArray *objects, ZPArray *keys) {
-        return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithObjects:forKeys:"_sel, objects, keys);
-    }
+    static ZPMutableDictionary *dictionaryWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count)
+        ZP_CLASS_ASKS(objects, keys, count);
+    static ZPMutableDictionary *dictionaryWithObject_forKey(id object, id key) ZP_CLASS_ASKS(object, key);
+    static ZPMutableDictionary *dictionaryWithObjects_forKeys(ZPArray *objects, ZPArray *keys)
+        ZP_CLASS_ASKS(objects, keys);
     template <class... A> static ZPMutableDictionary *dictionaryWithObjectsAndKeys(A... objectsAndKeys) {
         return objc_sendObjectList<ZPMutableDictionary *>(class_(), "dictionaryWithObjectsAndKeys:"_sel,
                                                           objectsAndKeys...);
     }
-    static ZPMutableDictionary *dictionaryWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithContentsOfFile:"_sel, path);
-    }
-    static ZPMutableDictionary *dictionaryWithDictionary(ZPDictionary *other) {
-        return objc_msgSend<ZPMutableDictionary *>(class_(), "dictionaryWithDictionary:"_sel, other);
-    }
+    static ZPMutableDictionary *dictionaryWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
+    static ZPMutableDictionary *dictionaryWithDictionary(ZPDictionary *other) ZP_CLASS_ASKS(other);
     ///@}
 
     /// Empty, with room for `capacity` entries: the second initialiser that a subclass supplies.
-    ZPMutableDictionary *initWithCapacity(unsigned capacity) {
-        return objc_msgSend<ZPMutableDictionary *>(this, "initWithCapacity:"_sel, capacity);
-    }
+    ZPMutableDictionary *initWithCapacity(unsigned capacity) ZP_ASKS(capacity);
 
     /// Sets the value of a key, and releases the former one. A new key is copied; of a present one the stored key
     /// stays.
-    void setObject_forKey(id object, id key) { objc_msgSend(this, "setObject:forKey:"_sel, object, key); }
+    void setObject_forKey(id object, id key) ZP_TELLS(object, key);
     /// Removes the entry of a key; nothing happens when the key is absent, null raises ZPInvalidArgumentException.
-    void removeObjectForKey(id key) { objc_msgSend(this, "removeObjectForKey:"_sel, key); }
+    void removeObjectForKey(id key) ZP_TELLS(key);
     /// Takes another dictionary's entries in the place of its own.
-    void setDictionary(ZPDictionary *other) { objc_msgSend(this, "setDictionary:"_sel, other); }
+    void setDictionary(ZPDictionary *other) ZP_TELLS(other);
     /// Sets another dictionary's entries; their values take the place of those with equal keys.
-    void addEntriesFromDictionary(ZPDictionary *other) { objc_msgSend(this, "addEntriesFromDictionary:"_sel, other); }
+    void addEntriesFromDictionary(ZPDictionary *other) ZP_TELLS(other);
     /// Removes every entry; the room for them stays.
-    void removeAllObjects() { objc_msgSend(this, "removeAllObjects"_sel); }
+    void removeAllObjects() ZP_TELLS();
     /// Removes the entries of an array of keys, those that are there.
-    void removeObjectsForKeys(ZPArray *keys) { objc_msgSend(this, "removeObjectsForKeys:"_sel, keys); }
+    void removeObjectsForKeys(ZPArray *keys) ZP_TELLS(keys);
     /// Removes the entries whose value is the identical object.
-    void removeKeysForObject(id object) { objc_msgSend(this, "removeKeysForObject:"_sel, object); }
+    void removeKeysForObject(id object) ZP_TELLS(object);
     /// Makes the values the keys of their keys; of keys with equal values one is left.
-    void invert() { objc_msgSend(this, "invert"_sel); }
+    void invert() ZP_TELLS();
 };

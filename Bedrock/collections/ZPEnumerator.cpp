@@ -7,13 +7,13 @@ struct ZPEnumeratorMethods : ZPEnumerator {
     id nextObject() { ZPRequestConcreteImplementation(this, "nextObject"_sel, ZPEnumerator::class_()); }
     ZPArray *allObjects() {
         _ZPObjectList list;
-        while (id object = ZPEnumerator::nextObject()) list.add(object);
+        while (id object = self()->nextObject()) list.add(object);
         return _ZPMakeArray(list.items, list.count);
     }
 };
 
 struct ZPIdEnumeratorMethods : ZPIdEnumerator {
-    id initWithList(id *list, unsigned count, id target, BOOL reverse, BOOL free) {
+    id initWithObjects_count_target_reverse_freeWhenDone(id *list, unsigned count, id target, BOOL reverse, BOOL free) {
         _list = list;
         _free = free;
         _slot = reverse ? count : 0;
@@ -58,13 +58,7 @@ struct ZPIdEnumeratorMethods : ZPIdEnumerator {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPEnumerator)
-    .method<&ZPEnumeratorMethods::nextObject>("nextObject")
-    .method<&ZPEnumeratorMethods::allObjects>("allObjects");
+ZP_IMPLEMENT_WITH(ZPEnumerator, ZPEnumeratorMethods, nextObject, allObjects);
 
-ZP_IMPLEMENT(ZPIdEnumerator)
-    .method<&ZPIdEnumeratorMethods::initWithList>("initWithObjects:count:target:reverse:freeWhenDone:")
-    .method<&ZPIdEnumeratorMethods::dealloc>("dealloc")
-    .method<&ZPIdEnumeratorMethods::nextObject>("nextObject")
-    .method<&ZPIdEnumeratorMethods::allObjects>("allObjects")
-    .method<&ZPIdEnumeratorMethods::invalidate>("invalidate");
+ZP_IMPLEMENT_WITH(ZPIdEnumerator, ZPIdEnumeratorMethods, initWithObjects_count_target_reverse_freeWhenDone, dealloc,
+                  nextObject, allObjects, invalidate);

@@ -13,9 +13,9 @@ struct ZPEnumerator : ZPObject {
     ZP_CLASS(ZPEnumerator)
 
     /// The next element, borrowed; null when there is none left.
-    id nextObject() { return objc_msgSend<id>(this, "nextObject"_sel); }
+    id nextObject() ZP_ASKS();
     /// The elements not answered yet, in enumeration order, in an autoreleased array; leaves nothing to enumerate.
-    ZPArray *allObjects() { return objc_msgSend<ZPArray *>(this, "allObjects"_sel); }
+    ZPArray *allObjects() ZP_ASKS();
 };
 
 /// An enumerator over a list of objects in memory.
@@ -31,10 +31,8 @@ struct ZPIdEnumerator : ZPEnumerator {
     /// end is reached; the list must last as long. With `free` the list is a block of a zone, which the
     /// enumerator frees at the end.
     ZPIdEnumerator *initWithObjects_count_target_reverse_freeWhenDone(id *list, unsigned count, id target, BOOL reverse,
-                                                                      BOOL free) {
-        return objc_msgSend<ZPIdEnumerator *>(this, "initWithObjects:count:target:reverse:freeWhenDone:"_sel, list,
-                                              count, target, reverse, free);
-    }
+                                                                      BOOL free)
+        ZP_ASKS(list, count, target, reverse, free);
     /// Ends the enumeration: gives up the target and a list that it owns.
-    void invalidate() { objc_msgSend(this, "invalidate"_sel); }
+    void invalidate() ZP_TELLS();
 };

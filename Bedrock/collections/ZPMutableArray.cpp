@@ -15,7 +15,7 @@ ZPConcreteMutableArray *concrete(ZPMutableArray *array) {
 }
 
 struct ZPMutableArrayClassMethods {
-    static id withCapacity(Class self, unsigned capacity) {
+    static id arrayWithCapacity(Class self, unsigned capacity) {
         ZPMutableArray *array = objc_msgSend<id>(self, "alloc"_sel);
         return array->initWithCapacity(capacity)->autorelease();
     }
@@ -60,28 +60,28 @@ struct ZPMutableArrayMethods : ZPMutableArray {
     // ---- adding ----
     void addObjectsFromArray(ZPArray *array) {
         unsigned count = array ? array->count() : 0;
-        for (unsigned i = 0; i < count; ++i) ZPMutableArray::addObject(array->objectAtIndex(i));
+        for (unsigned i = 0; i < count; ++i) self()->addObject(array->objectAtIndex(i));
     }
     void setArray(ZPArray *array) {
-        ZPMutableArray::removeAllObjects();
-        ZPMutableArray::addObjectsFromArray(array);
+        self()->removeAllObjects();
+        self()->addObjectsFromArray(array);
     }
 
     // ---- replacing ----
-    void exchange(unsigned index1, unsigned index2) {
-        unsigned count = ZPArray::count();
+    void exchangeObjectAtIndex_withObjectAtIndex(unsigned index1, unsigned index2) {
+        unsigned count = self()->count();
         for (unsigned index : {index1, index2})
             if (index >= count) _ZPRaiseBounds(this, "exchangeObjectAtIndex:withObjectAtIndex:"_sel, index, count);
-        ZPOwnedObject first(ZPArray::objectAtIndex(index1)->retain().pointer());
-        ZPMutableArray::replaceObjectAtIndex_withObject(index1, ZPArray::objectAtIndex(index2));
-        ZPMutableArray::replaceObjectAtIndex_withObject(index2, first.get());
+        ZPOwnedObject first(self()->objectAtIndex(index1)->retain().pointer());
+        self()->replaceObjectAtIndex_withObject(index1, self()->objectAtIndex(index2));
+        self()->replaceObjectAtIndex_withObject(index2, first.get());
     }
-    void replaceInRange(ZPRange range, ZPArray *array) {
-        ZPMutableArray::replaceObjectsInRange_withObjectsFromArray_range(range, array, {0, array ? array->count() : 0});
+    void replaceObjectsInRange_withObjectsFromArray(ZPRange range, ZPArray *array) {
+        self()->replaceObjectsInRange_withObjectsFromArray_range(range, array, {0, array ? array->count() : 0});
     }
-    void replaceInRangeFromRange(ZPRange range, ZPArray *array, ZPRange arrayRange) {
+    void replaceObjectsInRange_withObjectsFromArray_range(ZPRange range, ZPArray *array, ZPRange arrayRange) {
         SEL selector = "replaceObjectsInRange:withObjectsFromArray:range:"_sel;
-        _ZPCheckElements(this, selector, range, ZPArray::count());
+        _ZPCheckElements(this, selector, range, self()->count());
         _ZPCheckElements(this, selector, arrayRange, array ? array->count() : 0);
         // A list of its own, retained: the array may be the receiver, or go away with what is replaced.
         _ZPObjectBuffer added(arrayRange.length);
@@ -103,21 +103,21 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         }
         unsigned at = range.location, taken = 0;
         for (; range.length && taken < arrayRange.length; --range.length)
-            ZPMutableArray::replaceObjectAtIndex_withObject(at++, added.items[taken++]);
-        for (; range.length; --range.length) ZPMutableArray::removeObjectAtIndex(at);
-        for (; taken < arrayRange.length;) ZPMutableArray::insertObject_atIndex(added.items[taken++], at++);
+            self()->replaceObjectAtIndex_withObject(at++, added.items[taken++]);
+        for (; range.length; --range.length) self()->removeObjectAtIndex(at);
+        for (; taken < arrayRange.length;) self()->insertObject_atIndex(added.items[taken++], at++);
     }
 
     // ---- removing ----
     void removeAllObjects() {
-        for (unsigned count = ZPArray::count(); count; --count) ZPMutableArray::removeLastObject();
+        for (unsigned count = self()->count(); count; --count) self()->removeLastObject();
     }
-    void removeObject(id object) { removeMatching("removeObject:"_sel, object, {0, ZPArray::count()}, false); }
+    void removeObject(id object) { removeMatching("removeObject:"_sel, object, {0, self()->count()}, false); }
     void removeObject_inRange(id object, ZPRange range) {
         removeMatching("removeObject:inRange:"_sel, object, range, false);
     }
     void removeObjectIdenticalTo(id object) {
-        removeMatching("removeObjectIdenticalTo:"_sel, object, {0, ZPArray::count()}, true);
+        removeMatching("removeObjectIdenticalTo:"_sel, object, {0, self()->count()}, true);
     }
     void removeObjectIdenticalTo_inRange(id object, ZPRange range) {
         removeMatching("removeObjectIdenticalTo:inRange:"_sel, object, range, true);
@@ -128,7 +128,7 @@ struct ZPMutableArrayMethods : ZPMutableArray {
     // The object may be kept alive by the receiver alone: the scan ends when as many references to it as it
     // had have been given up.
     void removeMatching(SEL selector, id object, ZPRange range, bool identical) {
-        _ZPCheckElements(this, selector, range, ZPArray::count());
+        _ZPCheckElements(this, selector, range, self()->count());
         if (!object || !range.length) return;
         unsigned references = object->retainCount();
         _ZPEqualTo equals(object);
@@ -151,11 +151,11 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         while (range.length && references) {
             unsigned n = std::min(range.length, 128u), marked = 0, marks[128];
             id elements[128];
-            ZPArray::getObjects_range(elements, {range.location, n});
+            self()->getObjects_range(elements, {range.location, n});
             for (unsigned i = 0; i < n && references; ++i)
                 if (matches(elements[i])) marks[marked++] = range.location + i;
             range = {range.location + n - marked, range.length - n};
-            while (marked) ZPMutableArray::removeObjectAtIndex(marks[--marked]);
+            while (marked) self()->removeObjectAtIndex(marks[--marked]);
         }
     }
     void removeObjectsInRange(ZPRange range) {
@@ -167,11 +167,11 @@ struct ZPMutableArrayMethods : ZPMutableArray {
             return;
         }
         if (range.length && range.location + range.length - 1 < range.location)
-            _ZPRaiseBounds(this, "removeObjectsInRange:"_sel, range.location + range.length - 1, ZPArray::count());
-        while (range.length) ZPMutableArray::removeObjectAtIndex(range.location + --range.length);
+            _ZPRaiseBounds(this, "removeObjectsInRange:"_sel, range.location + range.length - 1, self()->count());
+        while (range.length) self()->removeObjectAtIndex(range.location + --range.length);
     }
-    void removeObjectsFromIndices(const unsigned *indices, unsigned count) {
-        unsigned size = ZPArray::count();
+    void removeObjectsFromIndices_numIndices(const unsigned *indices, unsigned count) {
+        unsigned size = self()->count();
         bool ascending = std::is_sorted(indices, indices + count);
         auto *c = concrete(this);
         if (ascending && c && count && indices[count - 1] < size &&
@@ -187,7 +187,7 @@ struct ZPMutableArrayMethods : ZPMutableArray {
             return;
         }
         if (ascending) {
-            while (count) ZPMutableArray::removeObjectAtIndex(indices[--count]);
+            while (count) self()->removeObjectAtIndex(indices[--count]);
             return;
         }
         ZPScope heap{ZPCreateOrderedHeap(nullptr, count), ZPFreeOrderedHeap};
@@ -201,12 +201,12 @@ struct ZPMutableArrayMethods : ZPMutableArray {
             auto index = unsigned(ZPRemoveMinimumOfOrderedHeap(heap));
             if (sorted.empty() || sorted.back() != index) sorted.push_back(index);
         }
-        ZPMutableArray::removeObjectsFromIndices_numIndices(sorted.data(), unsigned(sorted.size()));
+        self()->removeObjectsFromIndices_numIndices(sorted.data(), unsigned(sorted.size()));
     }
     void removeObjectsInArray(ZPArray *array) {
         _ZPElements others(array);
         if (!others.count) return;
-        if (others.count == 1) return ZPMutableArray::removeObject(others.items[0]);
+        if (others.count == 1) return self()->removeObject(others.items[0]);
         std::vector<unsigned> indices;
         {
             ZPScope known{ZPCreateHashTable(ZPNonRetainedObjectHashCallBacks, others.count), ZPFreeHashTable};
@@ -215,33 +215,17 @@ struct ZPMutableArrayMethods : ZPMutableArray {
             for (unsigned i = 0; i < elements.count; ++i)
                 if (ZPHashGet(known, elements.items[i].pointer())) indices.push_back(i);
         }
-        ZPMutableArray::removeObjectsFromIndices_numIndices(indices.data(), unsigned(indices.size()));
+        self()->removeObjectsFromIndices_numIndices(indices.data(), unsigned(indices.size()));
     }
     Class classForCoder() { return ZPMutableArray::class_(); }
 };
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPMutableArray)
-    .classMethod<&ZPMutableArrayClassMethods::withCapacity>("arrayWithCapacity:")
-    .method<&ZPMutableArrayMethods::initWithCapacity>("initWithCapacity:")
-    .method<&ZPMutableArrayMethods::addObject>("addObject:")
-    .method<&ZPMutableArrayMethods::insertObject_atIndex>("insertObject:atIndex:")
-    .method<&ZPMutableArrayMethods::removeLastObject>("removeLastObject")
-    .method<&ZPMutableArrayMethods::removeObjectAtIndex>("removeObjectAtIndex:")
-    .method<&ZPMutableArrayMethods::replaceObjectAtIndex_withObject>("replaceObjectAtIndex:withObject:")
-    .method<&ZPMutableArrayMethods::addObjectsFromArray>("addObjectsFromArray:")
-    .method<&ZPMutableArrayMethods::setArray>("setArray:")
-    .method<&ZPMutableArrayMethods::exchange>("exchangeObjectAtIndex:withObjectAtIndex:")
-    .method<&ZPMutableArrayMethods::replaceInRange>("replaceObjectsInRange:withObjectsFromArray:")
-    .method<&ZPMutableArrayMethods::replaceInRangeFromRange>("replaceObjectsInRange:withObjectsFromArray:range:")
-    .method<&ZPMutableArrayMethods::removeAllObjects>("removeAllObjects")
-    .method<&ZPMutableArrayMethods::removeObject>("removeObject:")
-    .method<&ZPMutableArrayMethods::removeObject_inRange>("removeObject:inRange:")
-    .method<&ZPMutableArrayMethods::removeObjectIdenticalTo>("removeObjectIdenticalTo:")
-    .method<&ZPMutableArrayMethods::removeObjectIdenticalTo_inRange>("removeObjectIdenticalTo:inRange:")
-    .method<&ZPMutableArrayMethods::removeObject_range_identical>("removeObject:range:identical:")
-    .method<&ZPMutableArrayMethods::removeObjectsInRange>("removeObjectsInRange:")
-    .method<&ZPMutableArrayMethods::removeObjectsFromIndices>("removeObjectsFromIndices:numIndices:")
-    .method<&ZPMutableArrayMethods::removeObjectsInArray>("removeObjectsInArray:")
-    .method<&ZPMutableArrayMethods::classForCoder>("classForCoder");
+ZP_IMPLEMENT_WITH(ZPMutableArray, ZPMutableArrayMethods, initWithCapacity, addObject, insertObject_atIndex,
+                  removeLastObject, removeObjectAtIndex, replaceObjectAtIndex_withObject, addObjectsFromArray, setArray,
+                  exchangeObjectAtIndex_withObjectAtIndex, replaceObjectsInRange_withObjectsFromArray,
+                  replaceObjectsInRange_withObjectsFromArray_range, removeAllObjects, removeObject,
+                  removeObject_inRange, removeObjectIdenticalTo, removeObjectIdenticalTo_inRange,
+                  removeObject_range_identical, removeObjectsInRange, removeObjectsFromIndices_numIndices,
+                  removeObjectsInArray, classForCoder, classMethodsOf(ZPMutableArrayClassMethods, arrayWithCapacity));

@@ -35,25 +35,25 @@ struct ZPSetClassMethods {
         New made(self);
         return made.finish(made->init());
     }
-    static id withObjectsCount(Class self, const id *objects, unsigned count) {
+    static id setWithObjects_count(Class self, const id *objects, unsigned count) {
         New made(self);
         return made.finish(made->initWithObjects_count(objects, count));
     }
-    static id withObject(Class self, id object) { return withObjectsCount(self, &object, 1); }
-    static id withObjects(Class self, id first, std::va_list rest) {
+    static id setWithObject(Class self, id object) { return setWithObjects_count(self, &object, 1); }
+    static id setWithObjects(Class self, id first, std::va_list rest) {
         _ZPObjectList list;
         _ZPGatherList(list, first, rest);
-        return withObjectsCount(self, list.items, list.count);
+        return setWithObjects_count(self, list.items, list.count);
     }
-    static id withArray(Class self, ZPArray *array) {
+    static id setWithArray(Class self, ZPArray *array) {
         New made(self);
         return made.finish(made->initWithArray(array));
     }
-    static id withSet(Class self, ZPSet *other) {
+    static id setWithSet(Class self, ZPSet *other) {
         New made(self);
         return made.finish(made->initWithSet(other));
     }
-    static id withCapacity(Class self, unsigned capacity) {
+    static id setWithCapacity(Class self, unsigned capacity) {
         New made(self);
         return made.finish(static_cast<ZPMutableSet *>(made.set)->initWithCapacity(capacity));
     }
@@ -61,30 +61,31 @@ struct ZPSetClassMethods {
 
 struct ZPSetMethods : ZPSet {
     // ---- initialisers ----
-    id initWithObjectsCount(const id *, unsigned) { _ZPRequestConcreteObject(this, "initWithObjects:count:"_sel); }
-    id initWithObjectList(id first, std::va_list rest) {
+    id initWithObjects_count(const id *, unsigned) { _ZPRequestConcreteObject(this, "initWithObjects:count:"_sel); }
+    id initWithObjects(id first, std::va_list rest) {
         _ZPObjectList list;
         _ZPGatherList(list, first, rest);
-        return ZPSet::initWithObjects_count(list.items, list.count);
+        return self()->initWithObjects_count(list.items, list.count);
     }
     id initWithArray(ZPArray *array) {
         _ZPElements elements(array);
-        return ZPSet::initWithObjects_count(elements.items, elements.count);
+        return self()->initWithObjects_count(elements.items, elements.count);
     }
-    id initWithSet(ZPSet *other) { return ZPSet::initWithSet_copyItems(other, NO); }
+    id initWithSet(ZPSet *other) { return self()->initWithSet_copyItems(other, NO); }
     id initWithSet_copyItems(ZPSet *other, BOOL copyItems) {
-        _ZPObjectList members;
+        _ZPObjectList members_notFoundMarker;
         _ZPForEachMember(other, [&](id member, unsigned) {
-            members.add(member);
+            members_notFoundMarker.add(member);
             return true;
         });
-        if (!copyItems) return ZPSet::initWithObjects_count(members.items, members.count);
-        _ZPObjectBuffer copies(members.count);
+        if (!copyItems)
+            return self()->initWithObjects_count(members_notFoundMarker.items, members_notFoundMarker.count);
+        _ZPObjectBuffer copies(members_notFoundMarker.count);
         _ZPReleaser releaser{copies.items, 0};
-        ZPZone *zone = this->zone();
-        for (; releaser.count < members.count; ++releaser.count)
-            copies.items[releaser.count] = members.items[releaser.count]->copyWithZone(zone);
-        return ZPSet::initWithObjects_count(copies.items, members.count);
+        ZPZone *zone = self()->zone();
+        for (; releaser.count < members_notFoundMarker.count; ++releaser.count)
+            copies.items[releaser.count] = members_notFoundMarker.items[releaser.count]->copyWithZone(zone);
+        return self()->initWithObjects_count(copies.items, members_notFoundMarker.count);
     }
 
     // ---- primitives ----
@@ -109,13 +110,13 @@ struct ZPSetMethods : ZPSet {
         });
         return any;
     }
-    BOOL containsObject(id object) { return object && ZPSet::member(object); }
-    unsigned countForObject(id object) { return object && ZPSet::member(object) ? 1 : 0; }
-    ZPArray *members(ZPArray *objects, id marker) {
+    BOOL containsObject(id object) { return object && self()->member(object); }
+    unsigned countForObject(id object) { return object && self()->member(object) ? 1 : 0; }
+    ZPArray *members_notFoundMarker(ZPArray *objects, id marker) {
         _ZPElements o(objects);
         _ZPObjectBuffer found(o.count);
         for (unsigned i = 0; i < o.count; ++i) {
-            id member = ZPSet::member(o.items[i]);
+            id member = self()->member(o.items[i]);
             found.items[i] = member ? member : marker;
         }
         return _ZPMakeArray(found.items, o.count);
@@ -133,7 +134,7 @@ struct ZPSetMethods : ZPSet {
     }
     BOOL isEqualToSet(ZPSet *other) {
         if (other == this) return YES;
-        if (!other || ZPSet::count() != other->count()) return NO;
+        if (!other || self()->count() != other->count()) return NO;
         BOOL equal = YES;
         _ZPForEachMember(this, [&](id member, unsigned count) {
             equal = other->countForObject(member) == count;
@@ -143,7 +144,7 @@ struct ZPSetMethods : ZPSet {
     }
     BOOL isSubsetOfSet(ZPSet *other) {
         if (other == this) return YES;
-        if (ZPSet::count() > (other ? other->count() : 0)) return NO;
+        if (self()->count() > (other ? other->count() : 0)) return NO;
         BOOL within = YES;
         _ZPForEachMember(this, [&](id member, unsigned count) {
             within = count <= other->countForObject(member);
@@ -154,23 +155,25 @@ struct ZPSetMethods : ZPSet {
     BOOL isEqual(id other) {
         if (other.pointer() == this) return YES;
         if (!other || !other->isKindOfClass(ZPSet::class_())) return NO;
-        return ZPSet::isEqualToSet(other);
+        return self()->isEqualToSet(other);
     }
-    unsigned hash() { return ZPSet::count(); }
+    unsigned hash() { return self()->count(); }
 
     // ---- messages to all ----
-    void perform(SEL selector) { performWith(selector, nullptr); }
-    void makeObjectsPerformSelector(SEL selector) { performWith(selector, nullptr); }
-    void makeObjectsPerformSelector_withObject(SEL selector, id object) { performWith(selector, object); }
-    void performWith(SEL selector, id object) {
-        _ZPMembers members(this);
-        for (auto &member : members.list) member.object->performSelector_withObject(selector, object);
+    void makeObjectsPerform(SEL selector) { makeObjectsPerform_withObject(selector, nullptr); }
+    void makeObjectsPerformSelector(SEL selector) { makeObjectsPerform_withObject(selector, nullptr); }
+    void makeObjectsPerformSelector_withObject(SEL selector, id object) {
+        makeObjectsPerform_withObject(selector, object);
+    }
+    void makeObjectsPerform_withObject(SEL selector, id object) {
+        _ZPMembers members_notFoundMarker(this);
+        for (auto &member : members_notFoundMarker.list) member.object->performSelector_withObject(selector, object);
     }
 
     // ---- description ----
-    ZPString *description() { return ZPSet::descriptionWithLocale(nullptr); }
+    ZPString *description() { return self()->descriptionWithLocale(nullptr); }
     ZPString *descriptionWithLocale(ZPDictionary *locale) {
-        bool counted = ZPObject::isKindOfClass(ZPCountedSet::class_());
+        bool counted = self()->isKindOfClass(ZPCountedSet::class_());
         ZPMutableString *text =
             ZPMutableString::stringWithFormat("<%s: 0x%lx> ("_zp, isa->name, reinterpret_cast<unsigned long>(this));
         bool first = true;
@@ -198,29 +201,29 @@ struct ZPMutableSetMethods : ZPMutableSet {
     void addObject(id) { ZPRequestConcreteImplementation(this, "addObject:"_sel, ZPMutableSet::class_()); }
     void removeObject(id) { ZPRequestConcreteImplementation(this, "removeObject:"_sel, ZPMutableSet::class_()); }
     void addObjectsFromArray(ZPArray *array) {
-        for (unsigned i = array ? array->count() : 0; i-- > 0;) ZPMutableSet::addObject(array->objectAtIndex(i));
+        for (unsigned i = array ? array->count() : 0; i-- > 0;) self()->addObject(array->objectAtIndex(i));
     }
     // The library's own classes need no message for each time.
     void addTimes(id object, unsigned times) {
         if (isa == ZPCountedSet::class_()) return _ZPCountMore(id(this).unchecked<ZPCountedSet>(), object, times);
         if (isa == ZPConcreteMutableSet::class_()) times = 1;
-        for (; times; --times) ZPMutableSet::addObject(object);
+        for (; times; --times) self()->addObject(object);
     }
     void removeTimes(id object, unsigned times) {
         if (isa == ZPCountedSet::class_()) return _ZPCountLess(id(this).unchecked<ZPCountedSet>(), object, times);
         if (isa == ZPConcreteMutableSet::class_()) times = 1;
-        for (; times; --times) ZPMutableSet::removeObject(object);
+        for (; times; --times) self()->removeObject(object);
     }
     void unionSet(ZPSet *other) {
         for (auto &member : _ZPMembers(other).list) addTimes(member.object, member.count);
     }
     void minusSet(ZPSet *other) {
-        if (other == this) return ZPMutableSet::removeAllObjects();
+        if (other == this) return self()->removeAllObjects();
         for (auto &member : _ZPMembers(other).list) removeTimes(member.object, member.count);
     }
     void intersectSet(ZPSet *other) {
         if (other == this) return;
-        if (!other || !other->count()) return ZPMutableSet::removeAllObjects();
+        if (!other || !other->count()) return self()->removeAllObjects();
         std::vector<_ZPMembers::Member> excess;
         _ZPForEachMember(this, [&](id member, unsigned count) {
             unsigned there = other->countForObject(member);
@@ -231,8 +234,8 @@ struct ZPMutableSetMethods : ZPMutableSet {
     }
     void setSet(ZPSet *other) {
         if (!other || other == this) return;
-        ZPMutableSet::removeAllObjects();
-        ZPMutableSet::unionSet(other);
+        self()->removeAllObjects();
+        self()->unionSet(other);
     }
     void removeAllObjects() {
         _ZPMembers members(this);
@@ -243,52 +246,15 @@ struct ZPMutableSetMethods : ZPMutableSet {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPSet)
-    .adopts<ZPCopying, ZPMutableCopying>()
-    .classMethod<&ZPSetClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&ZPSetClassMethods::set>("set")
-    .classMethod<&ZPSetClassMethods::withObject>("setWithObject:")
-    .classMethod<&ZPSetClassMethods::withObjectsCount>("setWithObjects:count:")
-    .variadicClassMethod<&ZPSetClassMethods::withObjects>("setWithObjects:")
-    .classMethod<&ZPSetClassMethods::withArray>("setWithArray:")
-    .classMethod<&ZPSetClassMethods::withSet>("setWithSet:")
-    .method<&ZPSetMethods::initWithObjectsCount>("initWithObjects:count:")
-    .variadic<&ZPSetMethods::initWithObjectList>("initWithObjects:")
-    .method<&ZPSetMethods::initWithArray>("initWithArray:")
-    .method<&ZPSetMethods::initWithSet>("initWithSet:")
-    .method<&ZPSetMethods::initWithSet_copyItems>("initWithSet:copyItems:")
-    .method<&ZPSetMethods::count>("count")
-    .method<&ZPSetMethods::member>("member:")
-    .method<&ZPSetMethods::objectEnumerator>("objectEnumerator")
-    .method<&ZPSetMethods::allObjects>("allObjects")
-    .method<&ZPSetMethods::anyObject>("anyObject")
-    .method<&ZPSetMethods::containsObject>("containsObject:")
-    .method<&ZPSetMethods::countForObject>("countForObject:")
-    .method<&ZPSetMethods::members>("members:notFoundMarker:")
-    .method<&ZPSetMethods::intersectsSet>("intersectsSet:")
-    .method<&ZPSetMethods::isEqualToSet>("isEqualToSet:")
-    .method<&ZPSetMethods::isSubsetOfSet>("isSubsetOfSet:")
-    .method<&ZPSetMethods::isEqual>("isEqual:")
-    .method<&ZPSetMethods::hash>("hash")
-    .method<&ZPSetMethods::perform>("makeObjectsPerform:")
-    .method<&ZPSetMethods::performWith>("makeObjectsPerform:withObject:")
-    .method<&ZPSetMethods::makeObjectsPerformSelector>("makeObjectsPerformSelector:")
-    .method<&ZPSetMethods::makeObjectsPerformSelector_withObject>("makeObjectsPerformSelector:withObject:")
-    .method<&ZPSetMethods::description>("description")
-    .method<&ZPSetMethods::descriptionWithLocale>("descriptionWithLocale:")
-    .method<&ZPSetMethods::copyWithZone>("copyWithZone:")
-    .method<&ZPSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&ZPSetMethods::classForCoder>("classForCoder");
+ZP_IMPLEMENT_WITH(ZPSet, ZPSetMethods, adopts(ZPCopying, ZPMutableCopying), initWithObjects_count,
+                  variadic(initWithObjects), initWithArray, initWithSet, initWithSet_copyItems, count, member,
+                  objectEnumerator, allObjects, anyObject, containsObject, countForObject, members_notFoundMarker,
+                  intersectsSet, isEqualToSet, isSubsetOfSet, isEqual, hash, makeObjectsPerform,
+                  makeObjectsPerform_withObject, makeObjectsPerformSelector, makeObjectsPerformSelector_withObject,
+                  description, descriptionWithLocale, copyWithZone, mutableCopyWithZone, classForCoder,
+                  classMethodsOf(ZPSetClassMethods, allocWithZone, set, setWithObject, setWithObjects_count,
+                                 variadic(setWithObjects), setWithArray, setWithSet));
 
-ZP_IMPLEMENT(ZPMutableSet)
-    .classMethod<&ZPSetClassMethods::withCapacity>("setWithCapacity:")
-    .method<&ZPMutableSetMethods::initWithCapacity>("initWithCapacity:")
-    .method<&ZPMutableSetMethods::addObject>("addObject:")
-    .method<&ZPMutableSetMethods::removeObject>("removeObject:")
-    .method<&ZPMutableSetMethods::addObjectsFromArray>("addObjectsFromArray:")
-    .method<&ZPMutableSetMethods::unionSet>("unionSet:")
-    .method<&ZPMutableSetMethods::minusSet>("minusSet:")
-    .method<&ZPMutableSetMethods::intersectSet>("intersectSet:")
-    .method<&ZPMutableSetMethods::setSet>("setSet:")
-    .method<&ZPMutableSetMethods::removeAllObjects>("removeAllObjects")
-    .method<&ZPMutableSetMethods::classForCoder>("classForCoder");
+ZP_IMPLEMENT_WITH(ZPMutableSet, ZPMutableSetMethods, initWithCapacity, addObject, removeObject, addObjectsFromArray,
+                  unionSet, minusSet, intersectSet, setSet, removeAllObjects, classForCoder,
+                  classMethodsOf(ZPSetClassMethods, setWithCapacity));

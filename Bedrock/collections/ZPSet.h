@@ -20,80 +20,66 @@ struct ZPSet : ZPObject {
     ZP_CLASS(ZPSet)
 
     /// The empty set: one shared object.
-    static ZPSet *set() { return objc_msgSend<ZPSet *>(class_(), "set"_sel); }
+    static ZPSet *set() ZP_CLASS_ASKS();
     /// One member.
-    static ZPSet *setWithObject(id object) { return objc_msgSend<ZPSet *>(class_(), "setWithObject:"_sel, object); }
+    static ZPSet *setWithObject(id object) ZP_CLASS_ASKS(object);
     /// `count` objects; the first of equal ones is the member, here and below.
-    static ZPSet *setWithObjects_count(const id *objects, unsigned count) {
-        return objc_msgSend<ZPSet *>(class_(), "setWithObjects:count:"_sel, objects, count);
-    }
+    static ZPSet *setWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
     /// The arguments, up to the first null.
     template <class... A> static ZPSet *setWithObjects(A... objects) {
         return objc_sendObjectList<ZPSet *>(class_(), "setWithObjects:"_sel, objects...);
     }
     /// The elements of an array.
-    static ZPSet *setWithArray(ZPArray *array) { return objc_msgSend<ZPSet *>(class_(), "setWithArray:"_sel, array); }
+    static ZPSet *setWithArray(ZPArray *array) ZP_CLASS_ASKS(array);
     /// The members of another set.
-    static ZPSet *setWithSet(ZPSet *set) { return objc_msgSend<ZPSet *>(class_(), "setWithSet:"_sel, set); }
+    static ZPSet *setWithSet(ZPSet *set) ZP_CLASS_ASKS(set);
 
     /// `count` objects, the first of equal ones the member: the initialiser that a subclass supplies.
-    ZPSet *initWithObjects_count(const id *objects, unsigned count) {
-        return objc_msgSend<ZPSet *>(this, "initWithObjects:count:"_sel, objects, count);
-    }
+    ZPSet *initWithObjects_count(const id *objects, unsigned count) ZP_ASKS(objects, count);
     /// The arguments, up to the first null.
     template <class... A> ZPSet *initWithObjects(A... objects) {
         return objc_sendObjectList<ZPSet *>(this, "initWithObjects:"_sel, objects...);
     }
     /// The elements of an array.
-    ZPSet *initWithArray(ZPArray *array) { return objc_msgSend<ZPSet *>(this, "initWithArray:"_sel, array); }
+    ZPSet *initWithArray(ZPArray *array) ZP_ASKS(array);
     /// The members of another set; a counted set takes its counts as well.
-    ZPSet *initWithSet(ZPSet *set) { return objc_msgSend<ZPSet *>(this, "initWithSet:"_sel, set); }
+    ZPSet *initWithSet(ZPSet *set) ZP_ASKS(set);
     /// With `copyItems` the members are copies of the other set's.
-    ZPSet *initWithSet_copyItems(ZPSet *set, BOOL copyItems) {
-        return objc_msgSend<ZPSet *>(this, "initWithSet:copyItems:"_sel, set, copyItems);
-    }
+    ZPSet *initWithSet_copyItems(ZPSet *set, BOOL copyItems) ZP_ASKS(set, copyItems);
 
     /// The number of distinct members.
-    unsigned count() { return objc_msgSend<unsigned>(this, "count"_sel); }
+    unsigned count() ZP_ASKS();
     /// The member that is identical or equal to the object, or null, also for null.
-    id member(id object) { return objc_msgSend<id>(this, "member:"_sel, object); }
+    id member(id object) ZP_ASKS(object);
     /// Enumerates the members, each once; autoreleased.
-    ZPEnumerator *objectEnumerator() { return objc_msgSend<ZPEnumerator *>(this, "objectEnumerator"_sel); }
+    ZPEnumerator *objectEnumerator() ZP_ASKS();
     /// The members, each once, in enumeration order.
-    ZPArray *allObjects() { return objc_msgSend<ZPArray *>(this, "allObjects"_sel); }
+    ZPArray *allObjects() ZP_ASKS();
     /// Some member; null when there is none.
-    id anyObject() { return objc_msgSend<id>(this, "anyObject"_sel); }
+    id anyObject() ZP_ASKS();
     /// Whether a member is identical or equal to the object; NO for null.
-    BOOL containsObject(id object) { return objc_msgSend<BOOL>(this, "containsObject:"_sel, object); }
+    BOOL containsObject(id object) ZP_ASKS(object);
     /// How often the object is a member: 0 or 1, more in a counted set.
-    unsigned countForObject(id object) { return objc_msgSend<unsigned>(this, "countForObject:"_sel, object); }
+    unsigned countForObject(id object) ZP_ASKS(object);
     /// For an array of objects the equal members, the marker for an object that is none.
-    ZPArray *members_notFoundMarker(ZPArray *objects, id marker) {
-        return objc_msgSend<ZPArray *>(this, "members:notFoundMarker:"_sel, objects, marker);
-    }
+    ZPArray *members_notFoundMarker(ZPArray *objects, id marker) ZP_ASKS(objects, marker);
     /// Whether some member is one of the other set too.
-    BOOL intersectsSet(ZPSet *other) { return objc_msgSend<BOOL>(this, "intersectsSet:"_sel, other); }
+    BOOL intersectsSet(ZPSet *other) ZP_ASKS(other);
     /// Whether both have the same members, equally often; NO for null.
-    BOOL isEqualToSet(ZPSet *other) { return objc_msgSend<BOOL>(this, "isEqualToSet:"_sel, other); }
+    BOOL isEqualToSet(ZPSet *other) ZP_ASKS(other);
     /// Whether every member lies in the other set at least as often.
-    BOOL isSubsetOfSet(ZPSet *other) { return objc_msgSend<BOOL>(this, "isSubsetOfSet:"_sel, other); }
+    BOOL isSubsetOfSet(ZPSet *other) ZP_ASKS(other);
 
     /// Sends a selector without arguments to every member.
-    void makeObjectsPerform(SEL selector) { objc_msgSend(this, "makeObjectsPerform:"_sel, selector); }
+    void makeObjectsPerform(SEL selector) ZP_TELLS(selector);
     /// Sends a selector with one argument to every member.
-    void makeObjectsPerform_withObject(SEL selector, id object) {
-        objc_msgSend(this, "makeObjectsPerform:withObject:"_sel, selector, object);
-    }
+    void makeObjectsPerform_withObject(SEL selector, id object) ZP_TELLS(selector, object);
     /// As `makeObjectsPerform`.
-    void makeObjectsPerformSelector(SEL selector) { objc_msgSend(this, "makeObjectsPerformSelector:"_sel, selector); }
+    void makeObjectsPerformSelector(SEL selector) ZP_TELLS(selector);
     /// As `makeObjectsPerform_withObject`.
-    void makeObjectsPerformSelector_withObject(SEL selector, id object) {
-        objc_msgSend(this, "makeObjectsPerformSelector:withObject:"_sel, selector, object);
-    }
+    void makeObjectsPerformSelector_withObject(SEL selector, id object) ZP_TELLS(selector, object);
     /// Class, address and the members' descriptions.
-    ZPString *descriptionWithLocale(ZPDictionary *locale) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale);
-    }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) ZP_ASKS(locale);
 };
 
 /// A set that can change. A subclass supplies the set's primitives, `addObject:` and `removeObject:`. Growing
@@ -102,53 +88,41 @@ struct ZPMutableSet : ZPSet {
     ZP_CLASS(ZPMutableSet)
 
     /// A new, empty set.
-    static ZPMutableSet *set() { return objc_msgSend<ZPMutableSet *>(class_(), "set"_sel); }
+    static ZPMutableSet *set() ZP_CLASS_ASKS();
     /// Empty, with room for `capacity` members; more fit as well. A capacity above 268,435,455 raises
     /// ZPInvalidArgumentException.
-    static ZPMutableSet *setWithCapacity(unsigned capacity) {
-        return objc_msgSend<ZPMutableSet *>(class_(), "setWithCapacity:"_sel, capacity);
-    }
+    static ZPMutableSet *setWithCapacity(unsigned capacity) ZP_CLASS_ASKS(capacity);
     ///@{
     /// As ZPSet makes them, but to be changed.
-    static ZPMutableSet *setWithObject(id object) {
-        return objc_msgSend<ZPMutableSet *>(class_(), "setWithObject:"_sel, object);
-    }
-    static ZPMutableSet *setWithObjects_count(const id *objects, unsigned count) {
-        return objc_msgSend<ZPMutableSet *>(class_(), "setWithObjects:count:"_sel, objects, count);
-    }
+    static ZPMutableSet *setWithObject(id object) ZP_CLASS_ASKS(object);
+    static ZPMutableSet *setWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
     template <class... A> static ZPMutableSet *setWithObjects(A... objects) {
         return objc_sendObjectList<ZPMutableSet *>(class_(), "setWithObjects:"_sel, objects...);
     }
-    static ZPMutableSet *setWithArray(ZPArray *array) {
-        return objc_msgSend<ZPMutableSet *>(class_(), "setWithArray:"_sel, array);
-    }
-    static ZPMutableSet *setWithSet(ZPSet *set) {
-        return objc_msgSend<ZPMutableSet *>(class_(), "setWithSet:"_sel, set);
-    }
+    static ZPMutableSet *setWithArray(ZPArray *array) ZP_CLASS_ASKS(array);
+    static ZPMutableSet *setWithSet(ZPSet *set) ZP_CLASS_ASKS(set);
     ///@}
 
     /// Empty, with room for `capacity` members: the second initialiser that a subclass supplies.
-    ZPMutableSet *initWithCapacity(unsigned capacity) {
-        return objc_msgSend<ZPMutableSet *>(this, "initWithCapacity:"_sel, capacity);
-    }
+    ZPMutableSet *initWithCapacity(unsigned capacity) ZP_ASKS(capacity);
 
     /// Adds an object; nothing happens when an equal one is a member, but a counted set counts it once more.
-    void addObject(id object) { objc_msgSend(this, "addObject:"_sel, object); }
+    void addObject(id object) ZP_TELLS(object);
     /// Removes the equal member; nothing happens when there is none. A counted set counts it once less, and removes
     /// it at 0.
-    void removeObject(id object) { objc_msgSend(this, "removeObject:"_sel, object); }
+    void removeObject(id object) ZP_TELLS(object);
     /// Adds the elements of an array, the last one first.
-    void addObjectsFromArray(ZPArray *array) { objc_msgSend(this, "addObjectsFromArray:"_sel, array); }
+    void addObjectsFromArray(ZPArray *array) ZP_TELLS(array);
     /// Adds the other set's members, as often as it counts them.
-    void unionSet(ZPSet *other) { objc_msgSend(this, "unionSet:"_sel, other); }
+    void unionSet(ZPSet *other) ZP_TELLS(other);
     /// Removes the other set's members, as often as it counts them.
-    void minusSet(ZPSet *other) { objc_msgSend(this, "minusSet:"_sel, other); }
+    void minusSet(ZPSet *other) ZP_TELLS(other);
     /// Keeps what lies in the other set too, at most as often as there.
-    void intersectSet(ZPSet *other) { objc_msgSend(this, "intersectSet:"_sel, other); }
+    void intersectSet(ZPSet *other) ZP_TELLS(other);
     /// Takes another set's members in the place of its own; nothing for null.
-    void setSet(ZPSet *other) { objc_msgSend(this, "setSet:"_sel, other); }
+    void setSet(ZPSet *other) ZP_TELLS(other);
     /// Removes every member; the room for them stays.
-    void removeAllObjects() { objc_msgSend(this, "removeAllObjects"_sel); }
+    void removeAllObjects() ZP_TELLS();
 };
 
 /// A set that counts how often each member was added.
@@ -159,24 +133,14 @@ struct ZPCountedSet : ZPMutableSet {
 
     ///@{
     /// As ZPMutableSet makes them; an object given twice is counted twice.
-    static ZPCountedSet *set() { return objc_msgSend<ZPCountedSet *>(class_(), "set"_sel); }
-    static ZPCountedSet *setWithCapacity(unsigned capacity) {
-        return objc_msgSend<ZPCountedSet *>(class_(), "setWithCapacity:"_sel, capacity);
-    }
-    static ZPCountedSet *setWithObject(id object) {
-        return objc_msgSend<ZPCountedSet *>(class_(), "setWithObject:"_sel, object);
-    }
-    static ZPCountedSet *setWithObjects_count(const id *objects, unsigned count) {
-        return objc_msgSend<ZPCountedSet *>(class_(), "setWithObjects:count:"_sel, objects, count);
-    }
+    static ZPCountedSet *set() ZP_CLASS_ASKS();
+    static ZPCountedSet *setWithCapacity(unsigned capacity) ZP_CLASS_ASKS(capacity);
+    static ZPCountedSet *setWithObject(id object) ZP_CLASS_ASKS(object);
+    static ZPCountedSet *setWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
     template <class... A> static ZPCountedSet *setWithObjects(A... objects) {
         return objc_sendObjectList<ZPCountedSet *>(class_(), "setWithObjects:"_sel, objects...);
     }
-    static ZPCountedSet *setWithArray(ZPArray *array) {
-        return objc_msgSend<ZPCountedSet *>(class_(), "setWithArray:"_sel, array);
-    }
-    static ZPCountedSet *setWithSet(ZPSet *set) {
-        return objc_msgSend<ZPCountedSet *>(class_(), "setWithSet:"_sel, set);
-    }
+    static ZPCountedSet *setWithArray(ZPArray *array) ZP_CLASS_ASKS(array);
+    static ZPCountedSet *setWithSet(ZPSet *set) ZP_CLASS_ASKS(set);
     ///@}
 };

@@ -8,11 +8,13 @@ ZPString *_ZPAssertionText(const char *text) { return _ZPStringWithCText("%s", t
 namespace {
 
 struct HandlerMethods : ZPAssertionHandler {
-    void failureInMethod(SEL method, id object, ZPString *file, int line, ZPString *format, std::va_list arguments) {
+    void handleFailureInMethod_object_file_lineNumber_description(SEL method, id object, ZPString *file, int line,
+                                                                  ZPString *format, std::va_list arguments) {
         ZPLog("*** Assertion failure in %@, %@:%d"_zp, _ZPFullMethodName(object, method), file, line);
         ZPException::raise_format_arguments(ZPInternalInconsistencyException, format, arguments);
     }
-    void failureInFunction(ZPString *function, ZPString *file, int line, ZPString *format, std::va_list arguments) {
+    void handleFailureInFunction_file_lineNumber_description(ZPString *function, ZPString *file, int line,
+                                                             ZPString *format, std::va_list arguments) {
         ZPLog("*** Assertion failure in %@(), %@:%d"_zp, function, file, line);
         ZPException::raise_format_arguments(ZPInternalInconsistencyException, format, arguments);
     }
@@ -32,7 +34,6 @@ struct HandlerMethods : ZPAssertionHandler {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPAssertionHandler)
-    .variadic<&HandlerMethods::failureInMethod>("handleFailureInMethod:object:file:lineNumber:description:")
-    .variadic<&HandlerMethods::failureInFunction>("handleFailureInFunction:file:lineNumber:description:")
-    .classMethod<&HandlerMethods::currentHandler>("currentHandler");
+ZP_IMPLEMENT_WITH(ZPAssertionHandler, HandlerMethods,
+                  variadic(handleFailureInMethod_object_file_lineNumber_description),
+                  variadic(handleFailureInFunction_file_lineNumber_description), classMethods(currentHandler));

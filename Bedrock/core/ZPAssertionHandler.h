@@ -11,9 +11,7 @@ struct ZPAssertionHandler : ZPObject {
     void *_reserved;
 
     /// The calling thread's handler, made on first request.
-    static ZPAssertionHandler *currentHandler() {
-        return objc_msgSend<ZPAssertionHandler *>(class_(), "currentHandler"_sel);
-    }
+    static ZPAssertionHandler *currentHandler() ZP_CLASS_ASKS();
     /// Logs the method's full name, the file and the line, and raises ZPInternalInconsistencyException with the
     /// formatted description as reason.
     template <class... A>

@@ -372,7 +372,7 @@ void _ZPReadAutoreleaseSwitches() {
 namespace {
 
 struct PoolMethods : ZPAutoreleasePool {
-    id init() { return ZPAutoreleasePool::initWithCapacity(0); }
+    id init() { return self()->initWithCapacity(0); }
     ZPAutoreleasePool *initWithCapacity(unsigned capacity) {
         unsigned token = ZPPushAutoreleasePool(capacity);
         _token = token;
@@ -438,46 +438,32 @@ struct PoolClassMethods {
     static void addObject(id object) { ZPAutoreleaseObject(object); }
     static void releaseAllPools() { ZPPopAutoreleasePool(0); }
     static void showPools() { ZPPrintAutoreleasePools(); }
-    static void showPoolsWith(id) { ZPPrintAutoreleasePools(); }
-    static unsigned count() { return ZPAutoreleasePoolCount(); }
-    static unsigned topCount() { return ZPTopAutoreleasePoolCount(); }
+    static void showPoolsWithObjectIdenticalTo(id) { ZPPrintAutoreleasePools(); }
+    static unsigned autoreleasedObjectCount() { return ZPAutoreleasePoolCount(); }
+    static unsigned topAutoreleasePoolCount() { return ZPTopAutoreleasePoolCount(); }
     static void enableRelease(BOOL enable) { record()->settings.releaseEnabled = enable; }
     static void enableFreedObjectCheck(BOOL enable) { record()->settings.freedCheck = enable; }
     static void enableDoubleReleaseCheck(BOOL enable) { record()->settings.freedCheck = enable; }
-    static unsigned mark() { return slotOfThread() ? slotOfThread()->settings.mark : 0; }
-    static void setMark(unsigned mark) { record()->settings.mark = mark; }
-    static unsigned resolution() { return slotOfThread() ? slotOfThread()->settings.resolution : 0; }
-    static void setResolution(unsigned step) { record()->settings.resolution = step; }
-    static void setThreshold(unsigned value) { record()->settings.mark = record()->settings.resolution = value; }
-    static unsigned total() { return __atomic_load_n(&totalCount, __ATOMIC_RELAXED); }
-    static void resetTotal() { __atomic_store_n(&totalCount, 0, __ATOMIC_RELAXED); }
+    static unsigned poolCountHighWaterMark() { return slotOfThread() ? slotOfThread()->settings.mark : 0; }
+    static void setPoolCountHighWaterMark(unsigned poolCountHighWaterMark) {
+        record()->settings.mark = poolCountHighWaterMark;
+    }
+    static unsigned poolCountHighWaterResolution() { return slotOfThread() ? slotOfThread()->settings.resolution : 0; }
+    static void setPoolCountHighWaterResolution(unsigned step) { record()->settings.resolution = step; }
+    static void setPoolCountThreshold(unsigned value) {
+        record()->settings.mark = record()->settings.resolution = value;
+    }
+    static unsigned totalAutoreleasedObjects() { return __atomic_load_n(&totalCount, __ATOMIC_RELAXED); }
+    static void resetTotalAutoreleasedObjects() { __atomic_store_n(&totalCount, 0, __ATOMIC_RELAXED); }
 };
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPAutoreleasePool)
-    .method<&PoolMethods::init>("init")
-    .method<&PoolMethods::initWithCapacity>("initWithCapacity:")
-    .method<&PoolMethods::addObject>("addObject:")
-    .method<&PoolMethods::release>("release")
-    .method<&PoolMethods::retain>("retain")
-    .method<&PoolMethods::autorelease>("autorelease")
-    .method<&PoolMethods::retainCount>("retainCount")
-    .method<&PoolMethods::dealloc>("dealloc")
-    .classMethod<&PoolClassMethods::allocWithZone>("allocWithZone:")
-    .plainClassMethod<&PoolClassMethods::addObject>("addObject:")
-    .plainClassMethod<&PoolClassMethods::releaseAllPools>("releaseAllPools")
-    .plainClassMethod<&PoolClassMethods::showPools>("showPools")
-    .plainClassMethod<&PoolClassMethods::showPoolsWith>("showPoolsWithObjectIdenticalTo:")
-    .plainClassMethod<&PoolClassMethods::count>("autoreleasedObjectCount")
-    .plainClassMethod<&PoolClassMethods::topCount>("topAutoreleasePoolCount")
-    .plainClassMethod<&PoolClassMethods::enableRelease>("enableRelease:")
-    .plainClassMethod<&PoolClassMethods::enableFreedObjectCheck>("enableFreedObjectCheck:")
-    .plainClassMethod<&PoolClassMethods::enableDoubleReleaseCheck>("enableDoubleReleaseCheck:")
-    .plainClassMethod<&PoolClassMethods::mark>("poolCountHighWaterMark")
-    .plainClassMethod<&PoolClassMethods::setMark>("setPoolCountHighWaterMark:")
-    .plainClassMethod<&PoolClassMethods::resolution>("poolCountHighWaterResolution")
-    .plainClassMethod<&PoolClassMethods::setResolution>("setPoolCountHighWaterResolution:")
-    .plainClassMethod<&PoolClassMethods::setThreshold>("setPoolCountThreshold:")
-    .plainClassMethod<&PoolClassMethods::total>("totalAutoreleasedObjects")
-    .plainClassMethod<&PoolClassMethods::resetTotal>("resetTotalAutoreleasedObjects");
+ZP_IMPLEMENT_WITH(ZPAutoreleasePool, PoolMethods, init, initWithCapacity, addObject, release, retain, autorelease,
+                  retainCount, dealloc,
+                  classMethodsOf(PoolClassMethods, allocWithZone, addObject, releaseAllPools, showPools,
+                                 showPoolsWithObjectIdenticalTo, autoreleasedObjectCount, topAutoreleasePoolCount,
+                                 enableRelease, enableFreedObjectCheck, enableDoubleReleaseCheck,
+                                 poolCountHighWaterMark, setPoolCountHighWaterMark, poolCountHighWaterResolution,
+                                 setPoolCountHighWaterResolution, setPoolCountThreshold, totalAutoreleasedObjects,
+                                 resetTotalAutoreleasedObjects));

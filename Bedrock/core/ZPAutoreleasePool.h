@@ -17,54 +17,40 @@ struct ZPAutoreleasePool : ZPObject {
     void *_reserved;
 
     /// Opens a new innermost pool; the hint is not used.
-    ZPAutoreleasePool *initWithCapacity(unsigned capacity) {
-        return objc_msgSend<ZPAutoreleasePool *>(this, "initWithCapacity:"_sel, capacity);
-    }
+    ZPAutoreleasePool *initWithCapacity(unsigned capacity) ZP_ASKS(capacity);
     /// Adds an object to this pool, also when it is not the innermost; null is ignored.
-    void addObject(id object) { objc_msgSend(this, "addObject:"_sel, object); }
+    void addObject(id object) ZP_TELLS(object);
 
     /// Adds an object to the innermost pool, as `ZPAutoreleaseObject`.
     static void addObjectToInnermost(id object) { objc_msgSend(class_(), "addObject:"_sel, object); }
     /// Closes every pool of the calling thread.
-    static void releaseAllPools() { objc_msgSend(class_(), "releaseAllPools"_sel); }
+    static void releaseAllPools() ZP_CLASS_TELLS();
     /// Writes the calling thread's pools to standard error.
-    static void showPools() { objc_msgSend(class_(), "showPools"_sel); }
+    static void showPools() ZP_CLASS_TELLS();
     /// The objects in all pools of the calling thread; one that is there twice counts twice.
-    static unsigned autoreleasedObjectCount() {
-        return objc_msgSend<unsigned>(class_(), "autoreleasedObjectCount"_sel);
-    }
+    static unsigned autoreleasedObjectCount() ZP_CLASS_ASKS();
     /// The objects in its innermost pool.
-    static unsigned topAutoreleasePoolCount() {
-        return objc_msgSend<unsigned>(class_(), "topAutoreleasePoolCount"_sel);
-    }
+    static unsigned topAutoreleasePoolCount() ZP_CLASS_ASKS();
     /// For the calling thread; NO: closing a pool drops the objects without releasing them.
-    static void enableRelease(BOOL enable) { objc_msgSend(class_(), "enableRelease:"_sel, enable); }
+    static void enableRelease(BOOL enable) ZP_CLASS_TELLS(enable);
     /// For the calling thread; YES: a freed object that a pool holds is reported, where it can be told, instead of
     /// released.
-    static void enableFreedObjectCheck(BOOL enable) { objc_msgSend(class_(), "enableFreedObjectCheck:"_sel, enable); }
+    static void enableFreedObjectCheck(BOOL enable) ZP_CLASS_TELLS(enable);
     /// The number of objects in the calling thread's pools from which on it is reported; 0, as at first: never.
-    static unsigned poolCountHighWaterMark() { return objc_msgSend<unsigned>(class_(), "poolCountHighWaterMark"_sel); }
+    static unsigned poolCountHighWaterMark() ZP_CLASS_ASKS();
     /// Sets the mark for the calling thread.
-    static void setPoolCountHighWaterMark(unsigned mark) {
-        objc_msgSend(class_(), "setPoolCountHighWaterMark:"_sel, mark);
-    }
+    static void setPoolCountHighWaterMark(unsigned mark) ZP_CLASS_TELLS(mark);
     /// The step between reports above the mark; 0: one report, at the mark.
-    static unsigned poolCountHighWaterResolution() {
-        return objc_msgSend<unsigned>(class_(), "poolCountHighWaterResolution"_sel);
-    }
+    static unsigned poolCountHighWaterResolution() ZP_CLASS_ASKS();
     /// Sets the step for the calling thread.
-    static void setPoolCountHighWaterResolution(unsigned step) {
-        objc_msgSend(class_(), "setPoolCountHighWaterResolution:"_sel, step);
-    }
+    static void setPoolCountHighWaterResolution(unsigned step) ZP_CLASS_TELLS(step);
     /// Sets mark and step both.
-    static void setPoolCountThreshold(unsigned value) { objc_msgSend(class_(), "setPoolCountThreshold:"_sel, value); }
+    static void setPoolCountThreshold(unsigned value) ZP_CLASS_TELLS(value);
     /// Objects autoreleased in the process since start or reset, modulo 4,294,967,296; an estimate when threads
     /// run.
-    static unsigned totalAutoreleasedObjects() {
-        return objc_msgSend<unsigned>(class_(), "totalAutoreleasedObjects"_sel);
-    }
+    static unsigned totalAutoreleasedObjects() ZP_CLASS_ASKS();
     /// Begins that count again.
-    static void resetTotalAutoreleasedObjects() { objc_msgSend(class_(), "resetTotalAutoreleasedObjects"_sel); }
+    static void resetTotalAutoreleasedObjects() ZP_CLASS_TELLS();
 };
 
 extern "C" {

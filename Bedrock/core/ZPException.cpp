@@ -91,7 +91,7 @@ struct ExceptionMethods : ZPException {
         objc_super<ZPException>(this).send("dealloc"_sel);
         return nullptr;
     }
-    ZPException *initWithName(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
+    ZPException *initWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
         auto copy = [](ZPString *s) {
             return objc_msgSend<id>(id((objc_object *)s), "copyWithZone:"_sel, static_cast<ZPZone *>(nullptr))
                 .as<ZPString>();
@@ -117,7 +117,7 @@ struct ExceptionMethods : ZPException {
                                   id((objc_object *)_name));
     }
     unsigned hash() { return objc_msgSend<unsigned>(id((objc_object *)_name), "hash"_sel); }
-    id copyWithZone(ZPZone *) { return ZPObject::retain(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
     id replacementObjectForPortCoder(id) { return this; }
 };
 
@@ -129,16 +129,17 @@ struct ExceptionClassMethods {
         __atomic_compare_exchange_n(&uncaughtHandler, &none, &topLevelHandler, false, __ATOMIC_ACQ_REL,
                                     __ATOMIC_ACQUIRE);
     }
-    static ZPException *make(Class self, ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
+    static ZPException *exceptionWithName_reason_userInfo(Class self, ZPString *name, ZPString *reason,
+                                                          ZPDictionary *userInfo) {
         id exception = objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr));
         return objc_msgSend<id>(objc_msgSend<ZPException *>(exception, "initWithName:reason:userInfo:"_sel, name,
                                                             reason, userInfo),
                                 "autorelease"_sel);
     }
-    static void raiseFormat(Class self, ZPString *name, ZPString *format, std::va_list arguments) {
+    static void raise_format(Class self, ZPString *name, ZPString *format, std::va_list arguments) {
         objc_msgSend(self, "raise:format:arguments:"_sel, name, format, arguments);
     }
-    static void raiseFormatArguments(Class self, ZPString *name, ZPString *format, std::va_list arguments) {
+    static void raise_format_arguments(Class self, ZPString *name, ZPString *format, std::va_list arguments) {
         id string = objc_msgSend<id>(objc_getClass("ZPString"), "alloc"_sel);
         string = objc_msgSend<id>(string, "initWithFormat:arguments:"_sel, format, arguments);
         objc_msgSend<id>(string, "autorelease"_sel);
@@ -165,23 +166,10 @@ ZPDictionary *oldStyleInfo(const QLError &e) {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPException)
-    .method<&ExceptionMethods::init>("init")
-    .method<&ExceptionMethods::initWithName>("initWithName:reason:userInfo:")
-    .method<&ExceptionMethods::dealloc>("dealloc")
-    .method<&ExceptionMethods::name>("name")
-    .method<&ExceptionMethods::reason>("reason")
-    .method<&ExceptionMethods::userInfo>("userInfo")
-    .method<&ExceptionMethods::description>("description")
-    .method<&ExceptionMethods::raise>("raise")
-    .method<&ExceptionMethods::isEqual>("isEqual:")
-    .method<&ExceptionMethods::hash>("hash")
-    .method<&ExceptionMethods::copyWithZone>("copyWithZone:")
-    .method<&ExceptionMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
-    .classMethod<&ExceptionClassMethods::initialize>("initialize")
-    .classMethod<&ExceptionClassMethods::make>("exceptionWithName:reason:userInfo:")
-    .variadicClassMethod<&ExceptionClassMethods::raiseFormat>("raise:format:")
-    .classMethod<&ExceptionClassMethods::raiseFormatArguments>("raise:format:arguments:");
+ZP_IMPLEMENT_WITH(ZPException, ExceptionMethods, init, initWithName_reason_userInfo, dealloc, name, reason, userInfo,
+                  description, raise, isEqual, hash, copyWithZone, replacementObjectForPortCoder,
+                  classMethodsOf(ExceptionClassMethods, initialize, exceptionWithName_reason_userInfo,
+                                 variadic(raise_format), raise_format_arguments));
 
 void _ZPAddHandler(ZPHandlerRecord *handler) {
     handler->enclosing = chain();

@@ -23,9 +23,8 @@ struct ZPException : ZPObject {
     void *_reserved;
 
     /// An autoreleased exception; copies name and reason, retains the information; each may be null.
-    static ZPException *exceptionWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
-        return objc_msgSend<ZPException *>(class_(), "exceptionWithName:reason:userInfo:"_sel, name, reason, userInfo);
-    }
+    static ZPException *exceptionWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo)
+        ZP_CLASS_ASKS(name, reason, userInfo);
     /// Raises an exception whose reason is the formatted text: printf conventions, `%@` for objects. Does not
     /// return.
     template <class... A> [[noreturn]] static void raise_format(ZPString *name, ZPString *format, A... arguments) {
@@ -39,15 +38,14 @@ struct ZPException : ZPObject {
         __builtin_unreachable();
     }
     /// Copies name and reason and retains the user information. The only initialiser: `init` answers null.
-    ZPException *initWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
-        return objc_msgSend<ZPException *>(this, "initWithName:reason:userInfo:"_sel, name, reason, userInfo);
-    }
+    ZPException *initWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo)
+        ZP_ASKS(name, reason, userInfo);
     /// What kind of error it is: one of the names below, or the raiser's own. Borrowed, as the two others.
-    ZPString *name() { return objc_msgSend<ZPString *>(this, "name"_sel); }
+    ZPString *name() ZP_ASKS();
     /// What went wrong, for people.
-    ZPString *reason() { return objc_msgSend<ZPString *>(this, "reason"_sel); }
+    ZPString *reason() ZP_ASKS();
     /// What the raiser gave along; null when that is nothing.
-    ZPDictionary *userInfo() { return objc_msgSend<ZPDictionary *>(this, "userInfo"_sel); }
+    ZPDictionary *userInfo() ZP_ASKS();
     /// Throws the receiver, which is not retained: it should be autoreleased. Does not return.
     [[noreturn]] void raise() {
         objc_msgSend(this, "raise"_sel);

@@ -37,22 +37,22 @@ struct ZPObjectMethods : ZPObject {
         return this;
     }
     void release() {
-        if (ZPDecrementExtraRefCountWasZero(this)) ZPObject::dealloc();
+        if (ZPDecrementExtraRefCountWasZero(this)) self()->dealloc();
     }
     unsigned retainCount() { return ZPExtraRefCount(this) + 1; }
     id autorelease() {
         ZPAutoreleaseObject(this);
         return this;
     }
-    id copy() { return ZPObject::copyWithZone(nullptr); }
-    id mutableCopy() { return ZPObject::mutableCopyWithZone(nullptr); }
+    id copy() { return self()->copyWithZone(nullptr); }
+    id mutableCopy() { return self()->mutableCopyWithZone(nullptr); }
     ZPZone *zone() {
         if (objc_countsInItsHeader(this) && objc_headerOf(this)->origin != objc_fromChildZone)
             return QLDefaultMallocZone();
         ZPZone *zone = QLZoneFromPtr(this);
         return zone ? zone : QLDefaultMallocZone();
     }
-    Class ownClass() { return isa; }
+    Class class_() { return isa; }
     Class classForCoder() { return isa; }
     Class superclass() { return isa->superclass; }
     id self() { return this; }
@@ -66,30 +66,30 @@ struct ZPObjectMethods : ZPObject {
     ZPString *description() {
         return _ZPStringWithCText("<%s: 0x%lx>", isa->name, reinterpret_cast<unsigned long>(this));
     }
-    ZPString *debugDescription() { return ZPObject::description(); }
+    ZPString *debugDescription() { return self()->description(); }
 
     id performSelector(SEL selector) {
         if (!selector) raiseNullSelector(this, "performSelector:"_sel);
         return perform(this, selector);
     }
-    id performWith(SEL selector, id object) {
+    id performSelector_withObject(SEL selector, id object) {
         if (!selector) raiseNullSelector(this, "performSelector:withObject:"_sel);
         return perform(this, selector, object);
     }
-    id performWithTwo(SEL selector, id object1, id object2) {
+    id performSelector_withObject_withObject(SEL selector, id object1, id object2) {
         if (!selector) raiseNullSelector(this, "performSelector:withObject:withObject:"_sel);
         return perform(this, selector, object1, object2);
     }
-    void performWithEach(SEL selector, ZPArray *array) {
+    void perform_withEachObjectInArray(SEL selector, ZPArray *array) {
         unsigned count = objc_msgSend<unsigned>(id((objc_object *)array), "count"_sel);
         if (!selector) raiseNullSelector(this, "perform:withEachObjectInArray:"_sel);
         for (unsigned i = 0; i < count; ++i)
             perform(this, selector, objc_msgSend<id>(id((objc_object *)array), "objectAtIndex:"_sel, i));
     }
     id performv(SEL selector, void *arguments) {
-        unsigned size = ZPObject::methodArgSize(selector);
+        unsigned size = self()->methodArgSize(selector);
         if (size == 0) {
-            ZPObject::doesNotRecognizeSelector(selector);
+            self()->doesNotRecognizeSelector(selector);
             return nullptr;
         }
         return objc_msgSendv<id>(this, selector, size, arguments);
@@ -101,15 +101,15 @@ struct ZPObjectMethods : ZPObject {
         return _ZPDescribeMethod(isa, selector);
     }
     ZPMethodSignature *methodSignatureForSelector(SEL selector) {
-        return signatureOf(ZPObject::methodDescriptionForSelector(selector));
+        return signatureOf(self()->methodDescriptionForSelector(selector));
     }
     void forward(SEL selector, objc_frame *) {
         // Without the machinery that makes invocations of messages, nothing is recognized.
         objc_msgSend<ZPMethodSignature *>(this, "methodSignatureForSelector:"_sel, selector);
-        ZPObject::doesNotRecognizeSelector(selector);
+        self()->doesNotRecognizeSelector(selector);
     }
     void forwardInvocation(ZPInvocation *invocation) {
-        ZPObject::doesNotRecognizeSelector(objc_msgSend<SEL>(id((objc_object *)invocation), "selector"_sel));
+        self()->doesNotRecognizeSelector(objc_msgSend<SEL>(id((objc_object *)invocation), "selector"_sel));
     }
     id awakeAfterUsingCoder(id) { return this; }
     id replacementObjectForCoder(id) { return this; }
@@ -133,7 +133,7 @@ struct ZPClassMethods {
     static id autorelease(Class self) { return self; }
     static id copy(Class self) { return self; }
     static id mutableCopy(Class self) { return self; }
-    static Class ownClass(Class self) { return self; }
+    static Class class_(Class self) { return self; }
     static id copyWithZone(Class self, ZPZone *) { return self; }
     static id mutableCopyWithZone(Class self, ZPZone *) { return self; }
     static void release(Class) {}
@@ -144,25 +144,27 @@ struct ZPClassMethods {
     static BOOL conformsToProtocol(Class self, Protocol *protocol) { return _ZPConforms(self, protocol); }
     static ZPString *description(Class self) { return ZPStringFromClass(self); }
     static ZPString *debugDescription(Class self) { return objc_msgSend<ZPString *>(self, "description"_sel); }
-    static BOOL instancesRespond(Class self, SEL selector) { return class_respondsToMethod(self, selector); }
-    static IMP instanceMethod(Class self, SEL selector) { return class_lookupMethod(self, selector); }
-    static BOOL instancesImplement(Class self, SEL selector) {
+    static BOOL instancesRespondToSelector(Class self, SEL selector) { return class_respondsToMethod(self, selector); }
+    static IMP instanceMethodForSelector(Class self, SEL selector) { return class_lookupMethod(self, selector); }
+    static BOOL instancesImplementSelector(Class self, SEL selector) {
         return class_lookupMethod(self, selector) != &_objc_msgForward;
     }
-    static const objc_methodDescription *describe(Class self, SEL selector) {
+    static const objc_methodDescription *instanceMethodDescriptionForSelector(Class self, SEL selector) {
         return _ZPDescribeMethod(self, selector);
     }
-    static ZPMethodSignature *signature(Class self, SEL selector) {
+    static ZPMethodSignature *instanceMethodSignatureForSelector(Class self, SEL selector) {
         return signatureOf(_ZPDescribeMethod(self, selector));
     }
     static id poseAsClass(Class self, Class other) { return class_poseAs(self, other); }
     static int version(Class self) { return self->version; }
     static void setVersion(Class self, int version) { self->version = version; }
-    static BOOL isAncestor(Class self, id object) { return object ? class_inherits(object.pointer()->isa, self) : NO; }
-    static void taskNowMultiThreaded(Class self);
+    static BOOL isAncestorOfObject(Class self, id object) {
+        return object ? class_inherits(object.pointer()->isa, self) : NO;
+    }
+    static void _taskNowMultiThreaded(Class self);
 };
 
-void ZPClassMethods::taskNowMultiThreaded(Class) {
+void ZPClassMethods::_taskNowMultiThreaded(Class) {
     // Counts are atomic, so the lock guards only what its other users put under it.
     if (!_ZPGlobalRetainLock)
         if (Class lock = objc_getClass("ZPLock")) _ZPGlobalRetainLock = objc_msgSend<id>(lock, "new"_sel).pointer();
@@ -170,87 +172,31 @@ void ZPClassMethods::taskNowMultiThreaded(Class) {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPObject)
-    .defaultCounting()
-    .method<&ZPObjectMethods::init>("init")
-    .method<&ZPObjectMethods::dealloc>("dealloc")
-    .method<&ZPObjectMethods::retain>("retain")
-    .method<&ZPObjectMethods::release>("release")
-    .method<&ZPObjectMethods::retainCount>("retainCount")
-    .method<&ZPObjectMethods::autorelease>("autorelease")
-    .method<&ZPObjectMethods::copy>("copy")
-    .method<&ZPObjectMethods::mutableCopy>("mutableCopy")
-    .method<&ZPObjectMethods::zone>("zone")
-    .method<&ZPObjectMethods::ownClass>("class")
-    .method<&ZPObjectMethods::superclass>("superclass")
-    .method<&ZPObjectMethods::self>("self")
-    .method<&ZPObjectMethods::hash>("hash")
-    .method<&ZPObjectMethods::isEqual>("isEqual:")
-    .method<&ZPObjectMethods::isKindOfClass>("isKindOfClass:")
-    .method<&ZPObjectMethods::isMemberOfClass>("isMemberOfClass:")
-    .method<&ZPObjectMethods::isProxy>("isProxy")
-    .method<&ZPObjectMethods::respondsToSelector>("respondsToSelector:")
-    .method<&ZPObjectMethods::conformsToProtocol>("conformsToProtocol:")
-    .method<&ZPObjectMethods::description>("description")
-    .method<&ZPObjectMethods::debugDescription>("debugDescription")
-    .method<&ZPObjectMethods::performSelector>("performSelector:")
-    .method<&ZPObjectMethods::performWith>("performSelector:withObject:")
-    .method<&ZPObjectMethods::performWithTwo>("performSelector:withObject:withObject:")
-    .method<&ZPObjectMethods::performWithEach>("perform:withEachObjectInArray:")
-    .method<&ZPObjectMethods::performv>("performv::")
-    .method<&ZPObjectMethods::methodArgSize>("methodArgSize:")
-    .method<&ZPObjectMethods::methodForSelector>("methodForSelector:")
-    .method<&ZPObjectMethods::implementsSelector>("implementsSelector:")
-    .method<&ZPObjectMethods::methodDescriptionForSelector>("methodDescriptionForSelector:")
-    .method<&ZPObjectMethods::methodSignatureForSelector>("methodSignatureForSelector:")
-    .method<&ZPObjectMethods::forward>("forward::")
-    .method<&ZPObjectMethods::forwardInvocation>("forwardInvocation:")
-    .method<&ZPObjectMethods::awakeAfterUsingCoder>("awakeAfterUsingCoder:")
-    .method<&ZPObjectMethods::replacementObjectForCoder>("replacementObjectForCoder:")
-    .method<&ZPObjectMethods::classForCoder>("classForCoder")
-    .method<&ZPObjectMethods::doesNotRecognizeSelector>("doesNotRecognizeSelector:")
-    .classMethod<&ZPClassMethods::initialize>("initialize")
-    .classMethod<&ZPClassMethods::load>("load")
-    .classMethod<&ZPClassMethods::alloc>("alloc")
-    .classMethod<&ZPClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&ZPClassMethods::new_>("new")
-    .classMethod<&ZPClassMethods::init>("init")
-    .classMethod<&ZPClassMethods::self>("self")
-    .classMethod<&ZPClassMethods::ownClass>("class")
-    .classMethod<&ZPClassMethods::retain>("retain")
-    .classMethod<&ZPClassMethods::autorelease>("autorelease")
-    .classMethod<&ZPClassMethods::copy>("copy")
-    .classMethod<&ZPClassMethods::copyWithZone>("copyWithZone:")
-    .classMethod<&ZPClassMethods::mutableCopy>("mutableCopy")
-    .classMethod<&ZPClassMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .classMethod<&ZPClassMethods::release>("release")
-    .classMethod<&ZPClassMethods::dealloc>("dealloc")
-    .classMethod<&ZPClassMethods::retainCount>("retainCount")
-    .classMethod<&ZPClassMethods::zone>("zone")
-    .classMethod<&ZPClassMethods::superclass>("superclass")
-    .classMethod<&ZPClassMethods::conformsToProtocol>("conformsToProtocol:")
-    .classMethod<&ZPClassMethods::description>("description")
-    .classMethod<&ZPClassMethods::debugDescription>("debugDescription")
-    .classMethod<&ZPClassMethods::instancesRespond>("instancesRespondToSelector:")
-    .classMethod<&ZPClassMethods::instanceMethod>("instanceMethodForSelector:")
-    .classMethod<&ZPClassMethods::instancesImplement>("instancesImplementSelector:")
-    .classMethod<&ZPClassMethods::describe>("instanceMethodDescriptionForSelector:")
-    .classMethod<&ZPClassMethods::signature>("instanceMethodSignatureForSelector:")
-    .classMethod<&ZPClassMethods::poseAsClass>("poseAsClass:")
-    .classMethod<&ZPClassMethods::version>("version")
-    .classMethod<&ZPClassMethods::setVersion>("setVersion:")
-    .classMethod<&ZPClassMethods::isAncestor>("isAncestorOfObject:")
-    .classMethod<&ZPClassMethods::taskNowMultiThreaded>("_taskNowMultiThreaded");
+ZP_IMPLEMENT_WITH(ZPObject, ZPObjectMethods, rootCounting(), init, dealloc, retain, release, retainCount, autorelease,
+                  copy, mutableCopy, zone, class_, superclass, self, hash, isEqual, isKindOfClass, isMemberOfClass,
+                  isProxy, respondsToSelector, conformsToProtocol, description, debugDescription, performSelector,
+                  performSelector_withObject, performSelector_withObject_withObject, perform_withEachObjectInArray,
+                  named(performv, "performv::"), methodArgSize, methodForSelector, implementsSelector,
+                  methodDescriptionForSelector, methodSignatureForSelector, named(forward, "forward::"),
+                  forwardInvocation, awakeAfterUsingCoder, replacementObjectForCoder, classForCoder,
+                  doesNotRecognizeSelector,
+                  classMethodsOf(ZPClassMethods, initialize, load, alloc, allocWithZone, new_, init, self, class_,
+                                 retain, autorelease, copy, copyWithZone, mutableCopy, mutableCopyWithZone, release,
+                                 dealloc, retainCount, zone, superclass, conformsToProtocol, description,
+                                 debugDescription, instancesRespondToSelector, instanceMethodForSelector,
+                                 instancesImplementSelector, instanceMethodDescriptionForSelector,
+                                 instanceMethodSignatureForSelector, poseAsClass, version, setVersion,
+                                 isAncestorOfObject, _taskNowMultiThreaded));
 
-ZP_DEFINE_PROTOCOL(ZPCopying).method<id(ZPZone *)>("copyWithZone:");
-ZP_DEFINE_PROTOCOL(ZPMutableCopying).method<id(ZPZone *)>("mutableCopyWithZone:");
+ZP_DEFINE_PROTOCOL(ZPCopying, copyWithZone);
+ZP_DEFINE_PROTOCOL(ZPMutableCopying, mutableCopyWithZone);
 
 const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector) {
     if (!selector) return nullptr;
     for (Class c = cls; c; c = c->superclass) {
         // The root class follows the metaclasses: what it promises of its instances, class objects answer too.
         bool isMeta = __atomic_load_n(&c->info, __ATOMIC_RELAXED) & objc_isMetaclass;
-        Class record = isMeta ? c->counterpart : c;
+        Class record = isMeta ? objc_counterpart(c) : c;
         for (auto *p = record->protocols; p; p = p->next)
             if (auto *d = isMeta ? p->protocol->descriptionForClassMethod(selector)
                                  : p->protocol->descriptionForInstanceMethod(selector))
@@ -262,7 +208,7 @@ const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector) {
 
 BOOL _ZPConforms(Class cls, Protocol *protocol) {
     for (Class c = cls; c; c = c->superclass) {
-        Class record = (c->info & objc_isMetaclass) ? c->counterpart : c;
+        Class record = (c->info & objc_isMetaclass) ? objc_counterpart(c) : c;
         for (auto *p = record->protocols; p; p = p->next)
             if (p->protocol->conformsTo(protocol)) return YES;
     }

@@ -17,7 +17,7 @@ struct ZPProxyMethods : ZPProxy {
         return this;
     }
     void release() {
-        if (ZPDecrementExtraRefCountWasZero(this)) ZPProxy::dealloc();
+        if (ZPDecrementExtraRefCountWasZero(this)) self()->dealloc();
     }
     unsigned retainCount() { return ZPExtraRefCount(this) + 1; }
     id autorelease() {
@@ -25,19 +25,19 @@ struct ZPProxyMethods : ZPProxy {
         return this;
     }
     ZPZone *zone() { return ZPZoneFromPointer(this); }
-    Class ownClass() { return isa; }
+    Class class_() { return isa; }
     Class superclass() { return isa->superclass; }
     id self() { return this; }
     unsigned hash() { return unsigned(reinterpret_cast<std::uintptr_t>(this) >> 2); }
     BOOL isEqual(id other) { return other.pointer() == this; }
     BOOL isProxy() { return YES; }
     ZPString *description() {
-        return _ZPStringWithCText("<%s: 0x%lx>", ZPProxy::objectClass()->name, reinterpret_cast<unsigned long>(this));
+        return _ZPStringWithCText("<%s: 0x%lx>", self()->objectClass()->name, reinterpret_cast<unsigned long>(this));
     }
-    ZPString *debugDescription() { return ZPProxy::description(); }
+    ZPString *debugDescription() { return self()->description(); }
     id performSelector(SEL selector) { return objc_msgSendUnchecked<id>(this, selector); }
-    id performWith(SEL selector, id object) { return objc_msgSendUnchecked<id>(this, selector, object); }
-    id performWithTwo(SEL selector, id object1, id object2) {
+    id performSelector_withObject(SEL selector, id object) { return objc_msgSendUnchecked<id>(this, selector, object); }
+    id performSelector_withObject_withObject(SEL selector, id object1, id object2) {
         return objc_msgSendUnchecked<id>(this, selector, object1, object2);
     }
 
@@ -77,7 +77,7 @@ struct ZPProxyClassMethods {
     static id self(Class self) { return self; }
     static id retain(Class self) { return self; }
     static id autorelease(Class self) { return self; }
-    static Class ownClass(Class self) { return self; }
+    static Class class_(Class self) { return self; }
     static id copyWithZone(Class self, ZPZone *) { return self; }
     static id mutableCopyWithZone(Class self, ZPZone *) { return self; }
     static void release(Class) {}
@@ -87,7 +87,9 @@ struct ZPProxyClassMethods {
     static BOOL isKindOfClass(Class self, Class cls) { return class_inherits(self->isa, cls); }
     static BOOL isMemberOfClass(Class self, Class cls) { return self->isa == cls; }
     static BOOL conformsToProtocol(Class self, Protocol *protocol) { return _ZPConforms(self, protocol); }
-    static BOOL isAncestor(Class self, id object) { return object ? class_inherits(object.pointer()->isa, self) : NO; }
+    static BOOL isAncestorOfObject(Class self, id object) {
+        return object ? class_inherits(object.pointer()->isa, self) : NO;
+    }
     static BOOL isProxy(Class) { return NO; }
     static ZPString *description(Class self) { return ZPStringFromClass(self); }
     static ZPString *debugDescription(Class self) { return ZPStringFromClass(self); }
@@ -96,55 +98,15 @@ struct ZPProxyClassMethods {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPProxy)
-    .defaultCounting()
-    .method<&ZPProxyMethods::dealloc>("dealloc")
-    .method<&ZPProxyMethods::retain>("retain")
-    .method<&ZPProxyMethods::release>("release")
-    .method<&ZPProxyMethods::retainCount>("retainCount")
-    .method<&ZPProxyMethods::autorelease>("autorelease")
-    .method<&ZPProxyMethods::zone>("zone")
-    .method<&ZPProxyMethods::ownClass>("class")
-    .method<&ZPProxyMethods::superclass>("superclass")
-    .method<&ZPProxyMethods::self>("self")
-    .method<&ZPProxyMethods::hash>("hash")
-    .method<&ZPProxyMethods::isEqual>("isEqual:")
-    .method<&ZPProxyMethods::isProxy>("isProxy")
-    .method<&ZPProxyMethods::description>("description")
-    .method<&ZPProxyMethods::debugDescription>("debugDescription")
-    .method<&ZPProxyMethods::performSelector>("performSelector:")
-    .method<&ZPProxyMethods::performWith>("performSelector:withObject:")
-    .method<&ZPProxyMethods::performWithTwo>("performSelector:withObject:withObject:")
-    .method<&ZPProxyMethods::isKindOfClass>("isKindOfClass:")
-    .method<&ZPProxyMethods::isMemberOfClass>("isMemberOfClass:")
-    .method<&ZPProxyMethods::conformsToProtocol>("conformsToProtocol:")
-    .method<&ZPProxyMethods::respondsToSelector>("respondsToSelector:")
-    .method<&ZPProxyMethods::willForwardSelector>("willForwardSelector:")
-    .method<&ZPProxyMethods::methodSignatureForSelector>("methodSignatureForSelector:")
-    .method<&ZPProxyMethods::forwardInvocation>("forwardInvocation:")
-    .method<&ZPProxyMethods::doesNotRecognizeSelector>("doesNotRecognizeSelector:")
-    .classMethod<&ZPProxyClassMethods::initialize>("initialize")
-    .classMethod<&ZPProxyClassMethods::load>("load")
-    .classMethod<&ZPProxyClassMethods::alloc>("alloc")
-    .classMethod<&ZPProxyClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&ZPProxyClassMethods::self>("self")
-    .classMethod<&ZPProxyClassMethods::ownClass>("class")
-    .classMethod<&ZPProxyClassMethods::retain>("retain")
-    .classMethod<&ZPProxyClassMethods::autorelease>("autorelease")
-    .classMethod<&ZPProxyClassMethods::copyWithZone>("copyWithZone:")
-    .classMethod<&ZPProxyClassMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .classMethod<&ZPProxyClassMethods::release>("release")
-    .classMethod<&ZPProxyClassMethods::dealloc>("dealloc")
-    .classMethod<&ZPProxyClassMethods::retainCount>("retainCount")
-    .classMethod<&ZPProxyClassMethods::respondsToSelector>("respondsToSelector:")
-    .classMethod<&ZPProxyClassMethods::isKindOfClass>("isKindOfClass:")
-    .classMethod<&ZPProxyClassMethods::isMemberOfClass>("isMemberOfClass:")
-    .classMethod<&ZPProxyClassMethods::conformsToProtocol>("conformsToProtocol:")
-    .classMethod<&ZPProxyClassMethods::isAncestor>("isAncestorOfObject:")
-    .classMethod<&ZPProxyClassMethods::isProxy>("isProxy")
-    .classMethod<&ZPProxyClassMethods::description>("description")
-    .classMethod<&ZPProxyClassMethods::debugDescription>("debugDescription")
-    .classMethod<&ZPProxyClassMethods::superclass>("superclass");
+ZP_IMPLEMENT_WITH(ZPProxy, ZPProxyMethods, rootCounting(), dealloc, retain, release, retainCount, autorelease, zone,
+                  class_, superclass, self, hash, isEqual, isProxy, description, debugDescription, performSelector,
+                  performSelector_withObject, performSelector_withObject_withObject, isKindOfClass, isMemberOfClass,
+                  conformsToProtocol, respondsToSelector, willForwardSelector, methodSignatureForSelector,
+                  forwardInvocation, doesNotRecognizeSelector,
+                  classMethodsOf(ZPProxyClassMethods, initialize, load, alloc, allocWithZone, self, class_, retain,
+                                 autorelease, copyWithZone, mutableCopyWithZone, release, dealloc, retainCount,
+                                 respondsToSelector, isKindOfClass, isMemberOfClass, conformsToProtocol,
+                                 isAncestorOfObject, isProxy, description, debugDescription, superclass));
 
 // ---- zombies -----------------------------------------------------------------------------------
 
@@ -197,16 +159,8 @@ struct ZombieMethods : _ZPZombie {
     void appendFormat(ZPString *, std::va_list) { report(this, "appendFormat:"_sel, "appendFormat:"_sel); }
 };
 
-ZP_IMPLEMENT(_ZPZombie)
-    .method<&ZombieMethods::methodSignatureForSelector>("methodSignatureForSelector:")
-    .method<&ZombieMethods::forwardInvocation>("forwardInvocation:")
-    .method<&ZombieMethods::retain>("retain")
-    .method<&ZombieMethods::retainCount>("retainCount")
-    .method<&ZombieMethods::release>("release")
-    .method<&ZombieMethods::autorelease>("autorelease")
-    .method<&ZombieMethods::dealloc>("dealloc")
-    .variadic<&ZombieMethods::stringByAppendingFormat>("stringByAppendingFormat:")
-    .variadic<&ZombieMethods::appendFormat>("appendFormat:");
+ZP_IMPLEMENT_WITH(_ZPZombie, ZombieMethods, methodSignatureForSelector, forwardInvocation, retain, retainCount, release,
+                  autorelease, dealloc, variadic(stringByAppendingFormat), variadic(appendFormat));
 
 }  // namespace
 

@@ -11,34 +11,32 @@ struct ZPProxy : objc_object {
 
     ///@{
     /// As the root class's of these names.
-    void dealloc() { objc_msgSend(this, "dealloc"_sel); }
-    id retain() { return objc_msgSend<id>(this, "retain"_sel); }
-    void release() { objc_msgSend(this, "release"_sel); }
-    id autorelease() { return objc_msgSend<id>(this, "autorelease"_sel); }
-    unsigned retainCount() { return objc_msgSend<unsigned>(this, "retainCount"_sel); }
+    void dealloc() ZP_TELLS();
+    id retain() ZP_ASKS();
+    void release() ZP_TELLS();
+    id autorelease() ZP_ASKS();
+    unsigned retainCount() ZP_ASKS();
     ///@}
     /// The zone of the receiver's memory.
-    ZPZone *zone() { return objc_msgSend<ZPZone *>(this, "zone"_sel); }
+    ZPZone *zone() ZP_ASKS();
     /// The proxy's own class.
     Class objectClass() { return objc_msgSend<Class>(this, "class"_sel); }
     /// From the proxy's own address.
-    unsigned hash() { return objc_msgSend<unsigned>(this, "hash"_sel); }
+    unsigned hash() ZP_ASKS();
     /// Identity with the proxy.
-    BOOL isEqual(id other) { return objc_msgSend<BOOL>(this, "isEqual:"_sel, other); }
+    BOOL isEqual(id other) ZP_ASKS(other);
     /// YES.
-    BOOL isProxy() { return objc_msgSend<BOOL>(this, "isProxy"_sel); }
+    BOOL isProxy() ZP_ASKS();
     /// Asks the object behind the proxy, through `forward::`.
-    BOOL isKindOfClass(Class cls) { return objc_msgSend<BOOL>(this, "isKindOfClass:"_sel, cls); }
+    BOOL isKindOfClass(Class cls) ZP_ASKS(cls);
     /// "<Class: 0xaddress>" of the proxy itself.
-    ZPString *description() { return objc_msgSend<ZPString *>(this, "description"_sel); }
+    ZPString *description() ZP_ASKS();
     /// YES when the receiver's class does not itself respond to the selector.
-    BOOL willForwardSelector(SEL selector) { return objc_msgSend<BOOL>(this, "willForwardSelector:"_sel, selector); }
+    BOOL willForwardSelector(SEL selector) ZP_ASKS(selector);
     /// Override: the signature of a message to be forwarded. This one raises ZPInvalidArgumentException.
-    ZPMethodSignature *methodSignatureForSelector(SEL selector) {
-        return objc_msgSend<ZPMethodSignature *>(this, "methodSignatureForSelector:"_sel, selector);
-    }
+    ZPMethodSignature *methodSignatureForSelector(SEL selector) ZP_ASKS(selector);
     /// Override: receives what is forwarded. This one raises ZPInvalidArgumentException.
-    void forwardInvocation(ZPInvocation *invocation) { objc_msgSend(this, "forwardInvocation:"_sel, invocation); }
+    void forwardInvocation(ZPInvocation *invocation) ZP_TELLS(invocation);
     /// Raises ZPInvalidArgumentException.
-    void doesNotRecognizeSelector(SEL selector) { objc_msgSend(this, "doesNotRecognizeSelector:"_sel, selector); }
+    void doesNotRecognizeSelector(SEL selector) ZP_TELLS(selector);
 };

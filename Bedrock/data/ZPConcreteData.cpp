@@ -11,7 +11,7 @@ struct ConcreteDataMethods : ZPConcreteData {
         ZPConcreteData *data = this;
         if (length > sizeof _bytes) {
             Class cls = isa;
-            ZPZone *zone = ZPData::zone();
+            ZPZone *zone = self()->zone();
             ZPDeallocateObject(this);
             data = ZPAllocateObject(cls, length - unsigned(sizeof _bytes), zone);
         }
@@ -26,11 +26,12 @@ struct ConcreteDataMethods : ZPConcreteData {
         std::memcpy(to, bytes, length);
     }
     ZPConcreteData *giveUp() {
-        release();
+        self()->release();
         return nullptr;
     }
 
-    ZPData *initDesignated(void *bytes, unsigned length, BOOL copy, BOOL freeWhenDone, BOOL pages) {
+    ZPData *initWithBytes_length_copy_freeWhenDone_bytesAreVM(void *bytes, unsigned length, BOOL copy,
+                                                              BOOL freeWhenDone, BOOL pages) {
         _ZPCheckInitialDataSize(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, "length", length);
         if (length == 0) {
             _flags = 0;
@@ -47,7 +48,7 @@ struct ConcreteDataMethods : ZPConcreteData {
         }
         if (length < ZPPageSize()) return fillInline(bytes, length);
         if (length < _ZPWorthMapping) {
-            _bytes = ZPZoneMalloc(zone(), length);
+            _bytes = ZPZoneMalloc(self()->zone(), length);
             if (!_bytes) return giveUp();
             _flags = _ZPDataFreeWhenDone;
             _capacity = length;
@@ -67,16 +68,18 @@ struct ConcreteDataMethods : ZPConcreteData {
         _length = length;
         return this;
     }
-    ZPData *initWithBytes(const void *bytes, unsigned length) {
-        return ConcreteDataMethods::initDesignated(const_cast<void *>(bytes), length, YES, NO, NO);
+    ZPData *initWithBytes_length(const void *bytes, unsigned length) {
+        return ConcreteDataMethods::initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<void *>(bytes), length,
+                                                                                      YES, NO, NO);
     }
-    ZPData *initWithFileMapper(ZPFileMapper *mapper, unsigned length) {
-        if (!mapper || length == 0) return initWithBytes_length_copy_freeWhenDone_bytesAreVM(nullptr, 0, NO, NO, NO);
+    ZPData *initWithFileMapper_length(ZPFileMapper *mapper, unsigned length) {
+        if (!mapper || length == 0)
+            return self()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(nullptr, 0, NO, NO, NO);
         _ZPCheckInitialDataSize(this, "initWithFileMapper:length:"_sel, "length", length);
         void *view = mapper->newReadOnlyMappingOfLength(length);
         if (!view) return giveUp();
         _mapper = static_cast<ZPFileMapper *>(mapper->retain());
-        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(view, length, NO, YES, YES);
+        return self()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(view, length, NO, YES, YES);
     }
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
         ZPRef<ZPFileMapper> mapper;
@@ -85,7 +88,7 @@ struct ConcreteDataMethods : ZPConcreteData {
             mapper = ZPFileMapper::fileMapperForPath(path);
         }
         if (!mapper) return giveUp();
-        return initWithFileMapper_length(mapper, mapper->length());
+        return self()->initWithFileMapper_length(mapper, mapper->length());
     }
     void dealloc() {
         if (_flags & _ZPDataFreeWhenDone && _bytes) {
@@ -99,9 +102,9 @@ struct ConcreteDataMethods : ZPConcreteData {
 
     unsigned length() { return _length; }
     const void *bytes() { return contents(); }
-    BOOL bytesAreVM() { return _flags & _ZPDataPages ? YES : NO; }
+    BOOL _bytesAreVM() { return _flags & _ZPDataPages ? YES : NO; }
     ZPFileMapper *fileMapper() { return _mapper; }
-    id copyWithZone(ZPZone *) { return retain(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
 };
 
 }  // namespace
@@ -112,17 +115,9 @@ bool _ZPViewOfOwnData(id object, ZPDataView &view) {
     return true;
 }
 
-ZP_IMPLEMENT(ZPConcreteData)
-    .method<&ConcreteDataMethods::initDesignated>("initWithBytes:length:copy:freeWhenDone:bytesAreVM:")
-    .method<&ConcreteDataMethods::initWithBytes>("initWithBytes:length:")
-    .method<&ConcreteDataMethods::initWithFileMapper>("initWithFileMapper:length:")
-    .method<&ConcreteDataMethods::initWithContentsOfMappedFile>("initWithContentsOfMappedFile:")
-    .method<&ConcreteDataMethods::dealloc>("dealloc")
-    .method<&ConcreteDataMethods::length>("length")
-    .method<&ConcreteDataMethods::bytes>("bytes")
-    .method<&ConcreteDataMethods::bytesAreVM>("_bytesAreVM")
-    .method<&ConcreteDataMethods::fileMapper>("fileMapper")
-    .method<&ConcreteDataMethods::copyWithZone>("copyWithZone:");
+ZP_IMPLEMENT_WITH(ZPConcreteData, ConcreteDataMethods, initWithBytes_length_copy_freeWhenDone_bytesAreVM,
+                  initWithBytes_length, initWithFileMapper_length, initWithContentsOfMappedFile, dealloc, length, bytes,
+                  _bytesAreVM, fileMapper, copyWithZone);
 
 ZPData *_ZPNewImmutableData(const void *bytes, unsigned length, ZPZone *zone) {
     if (length == 0 || length >= ZPPageSize())

@@ -96,7 +96,7 @@ struct BitVectorMethods : ZPData {
         return unsigned(n);
     }
 
-    ZPData *compressIfNeeded() {
+    ZPData *_compressIfNeeded() {
         ZPDataView v = _ZPViewOfData(this);
         unsigned length = v.length;
         while (length && v.bytes[length - 1] == 0) --length;
@@ -144,7 +144,7 @@ struct BitVectorMethods : ZPData {
         *table++ = 0;
         return block.takeAsData(unsigned(table - block.memory));
     }
-    ZPData *decompressIfNeeded() {
+    ZPData *_decompressIfNeeded() {
         ZPDataView v = _ZPViewOfData(this);
         if (!isCompressed(v)) return this;
         ZPMutableData *plain = ZPMutableData::dataWithCapacity(
@@ -157,7 +157,7 @@ struct BitVectorMethods : ZPData {
         plain->setLength(unsigned(length));
         return plain;
     }
-    BOOL intersectsMaybeCompressed(ZPData *other) {
+    BOOL _intersectsBitVectorMaybeCompressed(ZPData *other) {
         ZPDataView a = _ZPViewOfData(this), b = _ZPViewOfData(other);
         if (!isCompressed(b)) return shareBits(a.bytes, b.bytes, std::min(a.length, b.length));
         bool common = false;
@@ -173,14 +173,14 @@ struct BitVectorMethods : ZPData {
 struct MutableBitVectorMethods : ZPMutableData {
     void intersectBitVector(ZPData *other) {
         ZPDataView b = _ZPViewOfData(other);
-        if (b.length < length()) setLength(b.length);
-        unsigned n = length();
-        auto *a = static_cast<unsigned char *>(mutableBytes());
+        if (b.length < self()->length()) self()->setLength(b.length);
+        unsigned n = self()->length();
+        auto *a = static_cast<unsigned char *>(self()->mutableBytes());
         for (unsigned i = 0; i < n; ++i) a[i] &= b.bytes[i];
     }
     void unite(const unsigned char *bytes, unsigned n, unsigned offset) {
-        if (offset + n > length()) setLength(offset + n);
-        auto *a = static_cast<unsigned char *>(mutableBytes()) + offset;
+        if (offset + n > self()->length()) self()->setLength(offset + n);
+        auto *a = static_cast<unsigned char *>(self()->mutableBytes()) + offset;
         for (unsigned i = 0; i < n; ++i) a[i] |= bytes[i];
     }
     void unionBitVector(ZPData *other) {
@@ -188,7 +188,7 @@ struct MutableBitVectorMethods : ZPMutableData {
         ZPDataView b = _ZPViewOfData(other);
         unite(b.bytes, b.length, 0);
     }
-    void unionMaybeCompressed(ZPData *other) {
+    void _unionBitVectorMaybeCompressed(ZPData *other) {
         if (other == this) return;
         ZPDataView b = _ZPViewOfData(other);
         if (!isCompressed(b)) {
@@ -199,23 +199,14 @@ struct MutableBitVectorMethods : ZPMutableData {
             unite(bytes, n, unsigned(offset));
             return true;
         });
-        if (plain > length()) setLength(unsigned(plain));
+        if (plain > self()->length()) self()->setLength(unsigned(plain));
     }
 };
 
 }  // namespace
 
-ZP_CATEGORY(ZPData, ZPBitVector)
-    .method<&BitVectorMethods::isEqualToBitVector>("isEqualToBitVector:")
-    .method<&BitVectorMethods::intersectsBitVector>("intersectsBitVector:")
-    .method<&BitVectorMethods::intersectionWithBitVector>("intersectionWithBitVector:")
-    .method<&BitVectorMethods::unionWithBitVector>("unionWithBitVector:")
-    .method<&BitVectorMethods::numberOfSetBits>("numberOfSetBits")
-    .method<&BitVectorMethods::compressIfNeeded>("_compressIfNeeded")
-    .method<&BitVectorMethods::decompressIfNeeded>("_decompressIfNeeded")
-    .method<&BitVectorMethods::intersectsMaybeCompressed>("_intersectsBitVectorMaybeCompressed:");
+ZP_CATEGORY(ZPData, BitVectorMethods, isEqualToBitVector, intersectsBitVector, intersectionWithBitVector,
+            unionWithBitVector, numberOfSetBits, _compressIfNeeded, _decompressIfNeeded,
+            _intersectsBitVectorMaybeCompressed);
 
-ZP_CATEGORY(ZPMutableData, ZPBitVector)
-    .method<&MutableBitVectorMethods::intersectBitVector>("intersectBitVector:")
-    .method<&MutableBitVectorMethods::unionBitVector>("unionBitVector:")
-    .method<&MutableBitVectorMethods::unionMaybeCompressed>("_unionBitVectorMaybeCompressed:");
+ZP_CATEGORY(ZPMutableData, MutableBitVectorMethods, intersectBitVector, unionBitVector, _unionBitVectorMaybeCompressed);

@@ -12,36 +12,37 @@ namespace {
 struct DataMethods : ZPData {
     // ---- initialisers ----
 
-    id init() { return initWithBytes_length_copy_freeWhenDone_bytesAreVM(nullptr, 0, NO, NO, NO); }
-    ZPData *initDesignated(void *, unsigned, BOOL, BOOL, BOOL) {
+    id init() { return self()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(nullptr, 0, NO, NO, NO); }
+    ZPData *initWithBytes_length_copy_freeWhenDone_bytesAreVM(void *, unsigned, BOOL, BOOL, BOOL) {
         ZPRequestConcreteImplementation(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel,
                                         ZPData::class_());
     }
-    ZPData *initWithBytes(const void *bytes, unsigned length) {
-        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<void *>(bytes), length, YES, NO, NO);
+    ZPData *initWithBytes_length(const void *bytes, unsigned length) {
+        return self()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<void *>(bytes), length, YES, NO,
+                                                                         NO);
     }
-    ZPData *initWithBytesNoCopy(void *bytes, unsigned length) {
-        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(bytes, length, NO, YES, NO);
+    ZPData *initWithBytesNoCopy_length(void *bytes, unsigned length) {
+        return self()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(bytes, length, NO, YES, NO);
     }
     ZPData *initWithData(ZPData *other) {
         ZPDataView view = _ZPViewOfData(other);
         if (view.length == 0) return DataMethods::init();
-        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<unsigned char *>(view.bytes), view.length,
-                                                                 YES, NO, other->_bytesAreVM());
+        return self()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(const_cast<unsigned char *>(view.bytes),
+                                                                         view.length, YES, NO, other->_bytesAreVM());
     }
     ZPData *initWithContentsOfFile(ZPString *path) {
         char own[4096];
         void *bytes;
         unsigned length;
-        ZPZone *zone = ZPData::zone();
+        ZPZone *zone = self()->zone();
         if (!path || !path->getFileSystemRepresentation_maxLength(own, sizeof own) ||
             !_ZPReadBytesFromFile(own, &bytes, &length, zone)) {
-            release();
+            self()->release();
             return nullptr;
         }
-        return initWithBytes_length_copy_freeWhenDone_bytesAreVM(length ? bytes : nullptr, length, NO, YES, NO);
+        return self()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(length ? bytes : nullptr, length, NO, YES, NO);
     }
-    ZPData *initWithContentsOfMappedFile(ZPString *path) { return ZPData::initWithContentsOfFile(path); }
+    ZPData *initWithContentsOfMappedFile(ZPString *path) { return self()->initWithContentsOfFile(path); }
 
     // ---- reading ----
 
@@ -51,32 +52,32 @@ struct DataMethods : ZPData {
         ZPDataView view = _ZPViewOfData(this);
         if (view.length) std::memmove(buffer, view.bytes, view.length);
     }
-    void getBytesLength(void *buffer, unsigned length) {
+    void getBytes_length(void *buffer, unsigned length) {
         ZPDataView view = _ZPViewOfData(this);
         if (unsigned n = std::min(length, view.length)) std::memmove(buffer, view.bytes, n);
     }
-    void getBytesRange(void *buffer, ZPRange range) {
+    void getBytes_range(void *buffer, ZPRange range) {
         if (range.length == 0) return;
         ZPDataView view = _ZPViewOfData(this);
         if (range.location >= view.length)
             _ZPRaiseDataLocation(this, "getBytes:range:"_sel, range.location, view.length);
         std::memmove(buffer, view.bytes + range.location, std::min(range.length, view.length - range.location));
     }
-    ZPData *subdata(ZPRange range) {
+    ZPData *subdataWithRange(ZPRange range) {
         constexpr unsigned worthSharing = 64, worthSharingAnywhere = 32768;
-        ZPZone *zone = ZPData::zone();
+        ZPZone *zone = self()->zone();
         if (range.length == 0) return _ZPNewImmutableData(nullptr, 0, zone)->autorelease();
         bool concrete = isa == ZPConcreteData::class_();
-        unsigned length = concrete ? id(this).unchecked<ZPConcreteData>()->_length : ZPData::length();
+        unsigned length = concrete ? id(this).unchecked<ZPConcreteData>()->_length : self()->length();
         if (range.location > length || range.length > length - range.location)
             _ZPRaiseDataRange(this, "subdataWithRange:"_sel, range, length);
-        if (range.length == length) return ZPObject::copyWithZone(nullptr)->autorelease();
+        if (range.length == length) return self()->copyWithZone(nullptr)->autorelease();
         if (range.length >= (concrete ? worthSharing : worthSharingAnywhere)) {
             auto part = ZPAdopt<ZPSubrangeData>(ZPAllocateObject(ZPSubrangeData::class_(), 0, zone));
             // A part of a part looks at the whole, so that parts of parts of parts do not make a chain.
             auto *outer = isa == ZPSubrangeData::class_() ? id(this).unchecked<ZPSubrangeData>() : nullptr;
             part->_data = outer ? static_cast<ZPData *>(outer->_data->retain())
-                                : static_cast<ZPData *>(ZPObject::copyWithZone(nullptr));
+                                : static_cast<ZPData *>(self()->copyWithZone(nullptr));
             part->_location = range.location + (outer ? outer->_location : 0);
             part->_length = range.length;
             return std::move(part).autoreleased();
@@ -92,7 +93,7 @@ struct DataMethods : ZPData {
     BOOL isEqual(id other) {
         if (other == this) return YES;
         if (!other || !other->isKindOfClass(ZPData::class_())) return NO;
-        return ZPData::isEqualToData(other);
+        return self()->isEqualToData(other);
     }
     unsigned hash() {
         ZPDataView view = _ZPViewOfData(this);
@@ -119,11 +120,11 @@ struct DataMethods : ZPData {
             ->initWithCStringNoCopy_length_freeWhenDone(text, unsigned(at - text), YES)
             ->autorelease();
     }
-    BOOL writeToFile(ZPString *path, BOOL atomically) {
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
         ZPDataView view = _ZPViewOfData(this);
         return _ZPWriteBytesToFile(path, view.bytes, view.length, atomically);
     }
-    BOOL bytesAreVM() { return NO; }
+    BOOL _bytesAreVM() { return NO; }
     ZPFileMapper *fileMapper() { return nullptr; }
 
     id copyWithZone(ZPZone *zone) {
@@ -138,7 +139,7 @@ struct DataMethods : ZPData {
         objc_msgSend(id((objc_object *)coder), "encodeDataObject:"_sel, static_cast<ZPData *>(this));
     }
     id initWithCoder(ZPCoder *coder) {
-        release();
+        self()->release();
         ZPData *data = objc_msgSend<ZPData *>(id((objc_object *)coder), "decodeDataObject"_sel);
         return data ? data->retain() : id();
     }
@@ -152,21 +153,21 @@ struct DataClassMethods {
         return ZPAllocateObject(self == ZPData::class_() ? ZPConcreteData::class_() : self, 0, zone);
     }
     static id alloc(Class self) { return made(self); }
-    static ZPData *data(Class self) { return autoreleased(made(self)->init()); }
-    static ZPData *withBytes(Class self, const void *bytes, unsigned length) {
+    static ZPData *data(Class self) { return autoreleased(static_cast<ZPData *>(made(self))->init()); }
+    static ZPData *dataWithBytes_length(Class self, const void *bytes, unsigned length) {
         if (self == ZPData::class_()) return autoreleased(_ZPNewImmutableData(bytes, length, nullptr));
         return autoreleased(static_cast<ZPData *>(made(self))->initWithBytes_length(bytes, length));
     }
-    static ZPData *withBytesNoCopy(Class self, void *bytes, unsigned length) {
+    static ZPData *dataWithBytesNoCopy_length(Class self, void *bytes, unsigned length) {
         return autoreleased(static_cast<ZPData *>(made(self))->initWithBytesNoCopy_length(bytes, length));
     }
-    static ZPData *withData(Class self, ZPData *other) {
+    static ZPData *dataWithData(Class self, ZPData *other) {
         return autoreleased(static_cast<ZPData *>(made(self))->initWithData(other));
     }
-    static ZPData *withContentsOfFile(Class self, ZPString *path) {
+    static ZPData *dataWithContentsOfFile(Class self, ZPString *path) {
         return autoreleased(static_cast<ZPData *>(made(self))->initWithContentsOfFile(path));
     }
-    static ZPData *withContentsOfMappedFile(Class self, ZPString *path) {
+    static ZPData *dataWithContentsOfMappedFile(Class self, ZPString *path) {
         return autoreleased(static_cast<ZPData *>(made(self))->initWithContentsOfMappedFile(path));
     }
 };
@@ -174,14 +175,14 @@ struct DataClassMethods {
 struct SubrangeMethods : ZPSubrangeData {
     id init() {
         ZPString *proem = _ZPMethodExceptionProem(this, "init"_sel);
-        release();
+        self()->release();
         ZPException::raise_format(ZPGenericException, "%@: should never be called"_zp, proem);
     }
-    ZPData *initWithDataRange(ZPData *data, ZPRange range) {
+    ZPData *initWithData_range(ZPData *data, ZPRange range) {
         SEL selector = "initWithData:range:"_sel;
         unsigned length = data ? data->length() : 0;
         bool outside = range.location > length || range.length > length - range.location;
-        if (outside) autorelease();
+        if (outside) self()->autorelease();
         if (range.length == 0 && outside) _ZPRaiseDataLocation(this, selector, range.location, length);
         if (outside) _ZPRaiseDataRange(this, selector, range, length);
         _data = static_cast<ZPData *>(id(data)->copyWithZone(nullptr));
@@ -191,8 +192,8 @@ struct SubrangeMethods : ZPSubrangeData {
     }
     unsigned length() { return _length; }
     const void *bytes() { return _ZPViewOfData(_data).bytes + _location; }
-    BOOL bytesAreVM() { return _data->_bytesAreVM(); }
-    id copyWithZone(ZPZone *) { return retain(); }
+    BOOL _bytesAreVM() { return _data->_bytesAreVM(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
     void dealloc() {
         if (_data) _data->release();
         objc_super<ZPSubrangeData>(this).send("dealloc"_sel);
@@ -201,51 +202,18 @@ struct SubrangeMethods : ZPSubrangeData {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPData)
-    .adopts<ZPCopying, ZPMutableCopying>()
-    .classMethod<&DataClassMethods::alloc>("alloc")
-    .classMethod<&DataClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&DataClassMethods::data>("data")
-    .classMethod<&DataClassMethods::withBytes>("dataWithBytes:length:")
-    .classMethod<&DataClassMethods::withBytesNoCopy>("dataWithBytesNoCopy:length:")
-    .classMethod<&DataClassMethods::withData>("dataWithData:")
-    .classMethod<&DataClassMethods::withContentsOfFile>("dataWithContentsOfFile:")
-    .classMethod<&DataClassMethods::withContentsOfMappedFile>("dataWithContentsOfMappedFile:")
-    .method<&DataMethods::init>("init")
-    .method<&DataMethods::initDesignated>("initWithBytes:length:copy:freeWhenDone:bytesAreVM:")
-    .method<&DataMethods::initWithBytes>("initWithBytes:length:")
-    .method<&DataMethods::initWithBytesNoCopy>("initWithBytesNoCopy:length:")
-    .method<&DataMethods::initWithData>("initWithData:")
-    .method<&DataMethods::initWithContentsOfFile>("initWithContentsOfFile:")
-    .method<&DataMethods::initWithContentsOfMappedFile>("initWithContentsOfMappedFile:")
-    .method<&DataMethods::length>("length")
-    .method<&DataMethods::bytes>("bytes")
-    .method<&DataMethods::getBytes>("getBytes:")
-    .method<&DataMethods::getBytesLength>("getBytes:length:")
-    .method<&DataMethods::getBytesRange>("getBytes:range:")
-    .method<&DataMethods::subdata>("subdataWithRange:")
-    .method<&DataMethods::isEqualToData>("isEqualToData:")
-    .method<&DataMethods::isEqual>("isEqual:")
-    .method<&DataMethods::hash>("hash")
-    .method<&DataMethods::description>("description")
-    .method<&DataMethods::writeToFile>("writeToFile:atomically:")
-    .method<&DataMethods::bytesAreVM>("_bytesAreVM")
-    .method<&DataMethods::fileMapper>("fileMapper")
-    .method<&DataMethods::copyWithZone>("copyWithZone:")
-    .method<&DataMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&DataMethods::classForCoder>("classForCoder")
-    .method<&DataMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
-    .method<&DataMethods::encodeWithCoder>("encodeWithCoder:")
-    .method<&DataMethods::initWithCoder>("initWithCoder:");
+ZP_IMPLEMENT_WITH(ZPData, DataMethods, adopts(ZPCopying, ZPMutableCopying), init,
+                  initWithBytes_length_copy_freeWhenDone_bytesAreVM, initWithBytes_length, initWithBytesNoCopy_length,
+                  initWithData, initWithContentsOfFile, initWithContentsOfMappedFile, length, bytes, getBytes,
+                  getBytes_length, getBytes_range, subdataWithRange, isEqualToData, isEqual, hash, description,
+                  writeToFile_atomically, _bytesAreVM, fileMapper, copyWithZone, mutableCopyWithZone, classForCoder,
+                  replacementObjectForPortCoder, encodeWithCoder, initWithCoder,
+                  classMethodsOf(DataClassMethods, alloc, allocWithZone, data, dataWithBytes_length,
+                                 dataWithBytesNoCopy_length, dataWithData, dataWithContentsOfFile,
+                                 dataWithContentsOfMappedFile));
 
-ZP_IMPLEMENT(ZPSubrangeData)
-    .method<&SubrangeMethods::init>("init")
-    .method<&SubrangeMethods::initWithDataRange>("initWithData:range:")
-    .method<&SubrangeMethods::length>("length")
-    .method<&SubrangeMethods::bytes>("bytes")
-    .method<&SubrangeMethods::bytesAreVM>("_bytesAreVM")
-    .method<&SubrangeMethods::copyWithZone>("copyWithZone:")
-    .method<&SubrangeMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPSubrangeData, SubrangeMethods, init, initWithData_range, length, bytes, _bytesAreVM, copyWithZone,
+                  dealloc);
 
 void _ZPRaiseDataSize(ZPData *receiver, SEL selector, const char *what, unsigned value, bool releases) {
     ZPString *proem = _ZPMethodExceptionProem(receiver, selector);

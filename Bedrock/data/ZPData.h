@@ -18,113 +18,87 @@ struct ZPData : ZPObject {
     // ---- making data: autoreleased ----
 
     /// Autoreleased data without bytes.
-    static ZPData *data() { return objc_msgSend<ZPData *>(class_(), "data"_sel); }
+    static ZPData *data() ZP_CLASS_ASKS();
     /// Copies the bytes. Without memory for them it answers null, or raises ZPMallocException for less than a page.
-    static ZPData *dataWithBytes_length(const void *bytes, unsigned length) {
-        return objc_msgSend<ZPData *>(class_(), "dataWithBytes:length:"_sel, bytes, length);
-    }
+    static ZPData *dataWithBytes_length(const void *bytes, unsigned length) ZP_CLASS_ASKS(bytes, length);
     /// Takes over a zone's block, which is freed with the data.
-    static ZPData *dataWithBytesNoCopy_length(void *bytes, unsigned length) {
-        return objc_msgSend<ZPData *>(class_(), "dataWithBytesNoCopy:length:"_sel, bytes, length);
-    }
+    static ZPData *dataWithBytesNoCopy_length(void *bytes, unsigned length) ZP_CLASS_ASKS(bytes, length);
     /// A copy of the bytes of another data object (null: none).
-    static ZPData *dataWithData(ZPData *other) { return objc_msgSend<ZPData *>(class_(), "dataWithData:"_sel, other); }
+    static ZPData *dataWithData(ZPData *other) ZP_CLASS_ASKS(other);
     /// A regular file read whole; null, with the reason in `errno`, when it cannot be read.
-    static ZPData *dataWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfFile:"_sel, path);
-    }
+    static ZPData *dataWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
     /// A regular file's bytes without reading them first; null, with the reason in `errno`, when it cannot be
     /// mapped. The file must not become shorter while the data lives.
-    static ZPData *dataWithContentsOfMappedFile(ZPString *path) {
-        return objc_msgSend<ZPData *>(class_(), "dataWithContentsOfMappedFile:"_sel, path);
-    }
+    static ZPData *dataWithContentsOfMappedFile(ZPString *path) ZP_CLASS_ASKS(path);
 
     // ---- initialisers: each may answer another object than the receiver ----
 
     /// As the class message: copies the bytes.
-    ZPData *initWithBytes_length(const void *bytes, unsigned length) {
-        return objc_msgSend<ZPData *>(this, "initWithBytes:length:"_sel, bytes, length);
-    }
+    ZPData *initWithBytes_length(const void *bytes, unsigned length) ZP_ASKS(bytes, length);
     /// As the class message: takes over a zone's block.
-    ZPData *initWithBytesNoCopy_length(void *bytes, unsigned length) {
-        return objc_msgSend<ZPData *>(this, "initWithBytesNoCopy:length:"_sel, bytes, length);
-    }
+    ZPData *initWithBytesNoCopy_length(void *bytes, unsigned length) ZP_ASKS(bytes, length);
     /// As the class message.
-    ZPData *initWithData(ZPData *other) { return objc_msgSend<ZPData *>(this, "initWithData:"_sel, other); }
+    ZPData *initWithData(ZPData *other) ZP_ASKS(other);
     /// As the class message, null when the file cannot be read.
-    ZPData *initWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPData *>(this, "initWithContentsOfFile:"_sel, path);
-    }
+    ZPData *initWithContentsOfFile(ZPString *path) ZP_ASKS(path);
     /// As the class message, null when the file cannot be mapped.
-    ZPData *initWithContentsOfMappedFile(ZPString *path) {
-        return objc_msgSend<ZPData *>(this, "initWithContentsOfMappedFile:"_sel, path);
-    }
+    ZPData *initWithContentsOfMappedFile(ZPString *path) ZP_ASKS(path);
     /// The others end here. Bytes that are not copied outlive the object, or with `freeWhenDone` are its own: a
     /// zone's block, or whole pages when `bytesAreVM`.
     ZPData *initWithBytes_length_copy_freeWhenDone_bytesAreVM(void *bytes, unsigned length, BOOL copy,
-                                                              BOOL freeWhenDone, BOOL bytesAreVM) {
-        return objc_msgSend<ZPData *>(this, "initWithBytes:length:copy:freeWhenDone:bytesAreVM:"_sel, bytes, length,
-                                      copy, freeWhenDone, bytesAreVM);
-    }
+                                                              BOOL freeWhenDone, BOOL bytesAreVM)
+        ZP_ASKS(bytes, length, copy, freeWhenDone, bytesAreVM);
     /// A view of the mapper's first `length` bytes. Null when there can be none.
-    ZPData *initWithFileMapper_length(ZPFileMapper *mapper, unsigned length) {
-        return objc_msgSend<ZPData *>(this, "initWithFileMapper:length:"_sel, mapper, length);
-    }
+    ZPData *initWithFileMapper_length(ZPFileMapper *mapper, unsigned length) ZP_ASKS(mapper, length);
 
     // ---- reading ----
 
     /// The number of bytes.
-    unsigned length() { return objc_msgSend<unsigned>(this, "length"_sel); }
+    unsigned length() ZP_ASKS();
     /// Valid while the receiver lives and its length does not change; may be null when it is empty.
-    const void *bytes() { return objc_msgSend<const void *>(this, "bytes"_sel); }
+    const void *bytes() ZP_ASKS();
     /// Copies all bytes; the buffer holds `length()` of them.
-    void getBytes(void *buffer) { objc_msgSend(this, "getBytes:"_sel, buffer); }
+    void getBytes(void *buffer) ZP_TELLS(buffer);
     /// Copies the first `length` bytes, or all when there are fewer.
-    void getBytes_length(void *buffer, unsigned length) { objc_msgSend(this, "getBytes:length:"_sel, buffer, length); }
+    void getBytes_length(void *buffer, unsigned length) ZP_TELLS(buffer, length);
     /// Copies what exists of the range; one that is not empty and begins at or past the end raises
     /// ZPRangeException.
-    void getBytes_range(void *buffer, ZPRange range) { objc_msgSend(this, "getBytes:range:"_sel, buffer, range); }
+    void getBytes_range(void *buffer, ZPRange range) ZP_TELLS(buffer, range);
     /// The bytes of a range, shared with the receiver where they are many. A range that is not empty and reaches
     /// past the end raises ZPRangeException.
-    ZPData *subdataWithRange(ZPRange range) { return objc_msgSend<ZPData *>(this, "subdataWithRange:"_sel, range); }
+    ZPData *subdataWithRange(ZPRange range) ZP_ASKS(range);
     /// Whether both have the same bytes; NO for null.
-    BOOL isEqualToData(ZPData *other) { return objc_msgSend<BOOL>(this, "isEqualToData:"_sel, other); }
+    BOOL isEqualToData(ZPData *other) ZP_ASKS(other);
     /// Written to a file, through a temporary one beside it when `atomically`. NO, with the reason in `errno`,
     /// and an existing file unchanged in the atomic case, when that fails.
-    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
-        return objc_msgSend<BOOL>(this, "writeToFile:atomically:"_sel, path, atomically);
-    }
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) ZP_ASKS(path, atomically);
     /// Whether the bytes are whole pages.
-    BOOL _bytesAreVM() { return objc_msgSend<BOOL>(this, "_bytesAreVM"_sel); }
+    BOOL _bytesAreVM() ZP_ASKS();
     /// The mapper whose view the bytes are, or null.
-    ZPFileMapper *fileMapper() { return objc_msgSend<ZPFileMapper *>(this, "fileMapper"_sel); }
+    ZPFileMapper *fileMapper() ZP_ASKS();
     /// The class that archives name: ZPData.
-    Class classForCoder() { return objc_msgSend<Class>(this, "classForCoder"_sel); }
+    Class classForCoder() ZP_ASKS();
 
     // ---- bit vectors: byte 0 first; bytes behind the end count as zero ----
 
     /// Whether the same bits are set in both.
-    BOOL isEqualToBitVector(ZPData *other) { return objc_msgSend<BOOL>(this, "isEqualToBitVector:"_sel, other); }
+    BOOL isEqualToBitVector(ZPData *other) ZP_ASKS(other);
     /// Whether any bit is set in both.
-    BOOL intersectsBitVector(ZPData *other) { return objc_msgSend<BOOL>(this, "intersectsBitVector:"_sel, other); }
+    BOOL intersectsBitVector(ZPData *other) ZP_ASKS(other);
     /// The bits that are set in both; ends with the last byte that is not zero.
-    ZPData *intersectionWithBitVector(ZPData *other) {
-        return objc_msgSend<ZPData *>(this, "intersectionWithBitVector:"_sel, other);
-    }
+    ZPData *intersectionWithBitVector(ZPData *other) ZP_ASKS(other);
     /// The bits that are set in either, as long as the longer one.
-    ZPData *unionWithBitVector(ZPData *other) { return objc_msgSend<ZPData *>(this, "unionWithBitVector:"_sel, other); }
+    ZPData *unionWithBitVector(ZPData *other) ZP_ASKS(other);
     /// The number of set bits.
-    unsigned numberOfSetBits() { return objc_msgSend<unsigned>(this, "numberOfSetBits"_sel); }
+    unsigned numberOfSetBits() ZP_ASKS();
     // Compressed vectors, which end in a zero byte as a plain one does not; long runs of zeros are taken out.
     /// The vector in compressed form where it has runs of six zero bytes or more, else as it is; without zero bytes at
     /// its end.
-    ZPData *_compressIfNeeded() { return objc_msgSend<ZPData *>(this, "_compressIfNeeded"_sel); }
+    ZPData *_compressIfNeeded() ZP_ASKS();
     /// The plain form of a vector in either.
-    ZPData *_decompressIfNeeded() { return objc_msgSend<ZPData *>(this, "_decompressIfNeeded"_sel); }
+    ZPData *_decompressIfNeeded() ZP_ASKS();
     /// Whether any bit is set in both, of which each may be compressed.
-    BOOL _intersectsBitVectorMaybeCompressed(ZPData *other) {
-        return objc_msgSend<BOOL>(this, "_intersectsBitVectorMaybeCompressed:"_sel, other);
-    }
+    BOOL _intersectsBitVectorMaybeCompressed(ZPData *other) ZP_ASKS(other);
 };
 
 /// Bytes that can be changed. A subclass supplies `mutableBytes` and `setLength:` beside the primitives of ZPData.
@@ -133,67 +107,49 @@ struct ZPMutableData : ZPData {
     ZP_CLASS(ZPMutableData)
 
     /// A new data object without bytes.
-    static ZPMutableData *data() { return objc_msgSend<id>(class_(), "data"_sel); }
+    static ZPMutableData *data() ZP_CLASS_ASKS();
     /// Copies the bytes.
-    static ZPMutableData *dataWithBytes_length(const void *bytes, unsigned length) {
-        return objc_msgSend<id>(class_(), "dataWithBytes:length:"_sel, bytes, length);
-    }
+    static ZPMutableData *dataWithBytes_length(const void *bytes, unsigned length) ZP_CLASS_ASKS(bytes, length);
     /// The bytes of another data object (null: none), shared where they are many until they are changed.
-    static ZPMutableData *dataWithData(ZPData *other) { return objc_msgSend<id>(class_(), "dataWithData:"_sel, other); }
+    static ZPMutableData *dataWithData(ZPData *other) ZP_CLASS_ASKS(other);
     /// A regular file read whole; null, with the reason in `errno`, when it cannot be read.
-    static ZPMutableData *dataWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<id>(class_(), "dataWithContentsOfFile:"_sel, path);
-    }
+    static ZPMutableData *dataWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
     /// A regular file's bytes without reading them first; null, with the reason in `errno`, when it cannot be
     /// mapped. Changes stay in memory: the file keeps its bytes.
-    static ZPMutableData *dataWithContentsOfMappedFile(ZPString *path) {
-        return objc_msgSend<id>(class_(), "dataWithContentsOfMappedFile:"_sel, path);
-    }
+    static ZPMutableData *dataWithContentsOfMappedFile(ZPString *path) ZP_CLASS_ASKS(path);
     /// Empty, with room for `capacity` bytes.
-    static ZPMutableData *dataWithCapacity(unsigned capacity) {
-        return objc_msgSend<id>(class_(), "dataWithCapacity:"_sel, capacity);
-    }
+    static ZPMutableData *dataWithCapacity(unsigned capacity) ZP_CLASS_ASKS(capacity);
     /// `length` zero bytes.
-    static ZPMutableData *dataWithLength(unsigned length) {
-        return objc_msgSend<id>(class_(), "dataWithLength:"_sel, length);
-    }
+    static ZPMutableData *dataWithLength(unsigned length) ZP_CLASS_ASKS(length);
     /// Empty, with room for `capacity` bytes.
-    ZPMutableData *initWithCapacity(unsigned capacity) {
-        return objc_msgSend<id>(this, "initWithCapacity:"_sel, capacity);
-    }
+    ZPMutableData *initWithCapacity(unsigned capacity) ZP_ASKS(capacity);
     /// `length` zero bytes.
-    ZPMutableData *initWithLength(unsigned length) { return objc_msgSend<id>(this, "initWithLength:"_sel, length); }
+    ZPMutableData *initWithLength(unsigned length) ZP_ASKS(length);
 
     /// The bytes, to be changed in place; valid until the length changes.
-    void *mutableBytes() { return objc_msgSend<void *>(this, "mutableBytes"_sel); }
+    void *mutableBytes() ZP_ASKS();
     /// Cuts off, or adds zero bytes.
-    void setLength(unsigned length) { objc_msgSend(this, "setLength:"_sel, length); }
+    void setLength(unsigned length) ZP_TELLS(length);
     /// Adds zero bytes.
-    void increaseLengthBy(unsigned extra) { objc_msgSend(this, "increaseLengthBy:"_sel, extra); }
+    void increaseLengthBy(unsigned extra) ZP_TELLS(extra);
     /// Copies bytes to the end; they may lie in the receiver.
-    void appendBytes_length(const void *bytes, unsigned length) {
-        objc_msgSend(this, "appendBytes:length:"_sel, bytes, length);
-    }
+    void appendBytes_length(const void *bytes, unsigned length) ZP_TELLS(bytes, length);
     /// Adds the bytes of another data object, also of the receiver, at the end.
-    void appendData(ZPData *other) { objc_msgSend(this, "appendData:"_sel, other); }
+    void appendData(ZPData *other) ZP_TELLS(other);
     /// Overwrites the range, which may reach past the end but not begin there, with as many bytes; a location past
     /// the end raises ZPRangeException. What lies behind stays in its place.
-    void replaceBytesInRange_withBytes(ZPRange range, const void *bytes) {
-        objc_msgSend(this, "replaceBytesInRange:withBytes:"_sel, range, bytes);
-    }
+    void replaceBytesInRange_withBytes(ZPRange range, const void *bytes) ZP_TELLS(range, bytes);
     /// Overwrites the range with zeros, by the same rules.
-    void resetBytesInRange(ZPRange range) { objc_msgSend(this, "resetBytesInRange:"_sel, range); }
+    void resetBytesInRange(ZPRange range) ZP_TELLS(range);
     /// Takes the bytes of another data object in the place of its own.
-    void setData(ZPData *other) { objc_msgSend(this, "setData:"_sel, other); }
+    void setData(ZPData *other) ZP_TELLS(other);
 
     /// Keeps the bits that are set in both, and at most the other's length.
-    void intersectBitVector(ZPData *other) { objc_msgSend(this, "intersectBitVector:"_sel, other); }
+    void intersectBitVector(ZPData *other) ZP_TELLS(other);
     /// Sets the bits of the other vector too, growing to its length.
-    void unionBitVector(ZPData *other) { objc_msgSend(this, "unionBitVector:"_sel, other); }
+    void unionBitVector(ZPData *other) ZP_TELLS(other);
     /// The same with a vector that may be compressed.
-    void _unionBitVectorMaybeCompressed(ZPData *other) {
-        objc_msgSend(this, "_unionBitVectorMaybeCompressed:"_sel, other);
-    }
+    void _unionBitVectorMaybeCompressed(ZPData *other) ZP_TELLS(other);
 };
 
 extern "C" {

@@ -9,10 +9,10 @@ namespace {
 struct FileMapperMethods : ZPFileMapper {
     id init() {
         _mapping = -1;
-        release();
+        self()->release();
         return nullptr;
     }
-    ZPFileMapper *initWithHandle(int handle, unsigned length, BOOL releaseHandle) {
+    ZPFileMapper *initWithNativeFileHandle_length_releaseHandle(int handle, unsigned length, BOOL releaseHandle) {
         _mapping = handle < 0 ? ZPHostMakeAnonymousFile(length) : ZPHostDuplicateFile(handle);
         _length = length;
         ZPHostStatus status;
@@ -22,7 +22,7 @@ struct FileMapperMethods : ZPFileMapper {
             if (usable && status.size < length) usable = false, errno = EINVAL;
         }
         if (!usable) {
-            release();
+            self()->release();
             return nullptr;
         }
         if (handle >= 0 && releaseHandle) ZPHostCloseFile(handle);
@@ -32,17 +32,19 @@ struct FileMapperMethods : ZPFileMapper {
     void *view(unsigned length, ZPHostView kind, void *at = nullptr) {
         return length == 0 || length > _length ? nullptr : ZPHostMapView(_mapping, length, kind, at);
     }
-    void *readOnly(unsigned length) { return view(length, ZPHostViewReadOnly); }
-    void *readWrite(unsigned length) { return view(length, ZPHostViewReadWrite); }
-    void *copyOnWrite(unsigned length) { return view(length, ZPHostViewCopyOnWrite); }
-    BOOL copyMapping(void *mapped, unsigned length) { return view(length, ZPHostViewCopyOnWrite, mapped) ? YES : NO; }
-    void removeMapping(void *mapped, unsigned length) { ZPHostUnmapView(mapped, length); }
+    void *newReadOnlyMappingOfLength(unsigned length) { return view(length, ZPHostViewReadOnly); }
+    void *newReadWriteMappingOfLength(unsigned length) { return view(length, ZPHostViewReadWrite); }
+    void *newCopyOnWriteMappingOfLength(unsigned length) { return view(length, ZPHostViewCopyOnWrite); }
+    BOOL copyMapping_length(void *mapped, unsigned length) {
+        return view(length, ZPHostViewCopyOnWrite, mapped) ? YES : NO;
+    }
+    void removeMapping_length(void *mapped, unsigned length) { ZPHostUnmapView(mapped, length); }
     void dealloc() {
         if (_mapping >= 0) ZPHostCloseFile(_mapping);
         objc_super<ZPFileMapper>(this).send("dealloc"_sel);
     }
 
-    static ZPFileMapper *forPath(Class, ZPString *path) {
+    static ZPFileMapper *fileMapperForPath(Class, ZPString *path) {
         char host[4096];
         if (!_ZPHostPathOfString(path, host, sizeof host)) return nullptr;
         int file = ZPHostOpenFile(host, ZPHostOpenToRead, 0);
@@ -60,7 +62,7 @@ struct FileMapperMethods : ZPFileMapper {
         ZPHostCloseFile(file);
         return nullptr;
     }
-    static ZPFileMapper *empty(Class, unsigned length) {
+    static ZPFileMapper *emptyFileMapperWithLength(Class, unsigned length) {
         ZPFileMapper *mapper = ZPFileMapper::alloc()->initWithNativeFileHandle_length_releaseHandle(-1, length, NO);
         return mapper ? static_cast<ZPFileMapper *>(mapper->autorelease()) : nullptr;
     }
@@ -68,15 +70,7 @@ struct FileMapperMethods : ZPFileMapper {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPFileMapper)
-    .method<&FileMapperMethods::init>("init")
-    .method<&FileMapperMethods::initWithHandle>("initWithNativeFileHandle:length:releaseHandle:")
-    .method<&FileMapperMethods::length>("length")
-    .method<&FileMapperMethods::readOnly>("newReadOnlyMappingOfLength:")
-    .method<&FileMapperMethods::readWrite>("newReadWriteMappingOfLength:")
-    .method<&FileMapperMethods::copyOnWrite>("newCopyOnWriteMappingOfLength:")
-    .method<&FileMapperMethods::copyMapping>("copyMapping:length:")
-    .method<&FileMapperMethods::removeMapping>("removeMapping:length:")
-    .method<&FileMapperMethods::dealloc>("dealloc")
-    .classMethod<&FileMapperMethods::forPath>("fileMapperForPath:")
-    .classMethod<&FileMapperMethods::empty>("emptyFileMapperWithLength:");
+ZP_IMPLEMENT_WITH(ZPFileMapper, FileMapperMethods, init, initWithNativeFileHandle_length_releaseHandle, length,
+                  newReadOnlyMappingOfLength, newReadWriteMappingOfLength, newCopyOnWriteMappingOfLength,
+                  copyMapping_length, removeMapping_length, dealloc,
+                  classMethods(fileMapperForPath, emptyFileMapperWithLength));

@@ -15,40 +15,24 @@ struct ZPFileMapper : ZPObject {
 
     /// A mapper of the whole of a file that can be read, autoreleased; null, with the reason in `errno`, when there
     /// is none.
-    static ZPFileMapper *fileMapperForPath(ZPString *path) {
-        return objc_msgSend<ZPFileMapper *>(class_(), "fileMapperForPath:"_sel, path);
-    }
+    static ZPFileMapper *fileMapperForPath(ZPString *path) ZP_CLASS_ASKS(path);
     /// A mapper of anonymous, zero-filled pages, autoreleased; null when there can be none.
-    static ZPFileMapper *emptyFileMapperWithLength(unsigned length) {
-        return objc_msgSend<ZPFileMapper *>(class_(), "emptyFileMapperWithLength:"_sel, length);
-    }
+    static ZPFileMapper *emptyFileMapperWithLength(unsigned length) ZP_CLASS_ASKS(length);
     /// A mapper of an open file, at least `length` bytes long, or of anonymous pages for the handle -1; null, with
     /// the reason in `errno`, when there can be none. With `releaseHandle` the handle is closed.
-    ZPFileMapper *initWithNativeFileHandle_length_releaseHandle(int handle, unsigned length, BOOL releaseHandle) {
-        return objc_msgSend<ZPFileMapper *>(this, "initWithNativeFileHandle:length:releaseHandle:"_sel, handle, length,
-                                            releaseHandle);
-    }
+    ZPFileMapper *initWithNativeFileHandle_length_releaseHandle(int handle, unsigned length, BOOL releaseHandle)
+        ZP_ASKS(handle, length, releaseHandle);
     /// The bytes that can be viewed.
-    unsigned length() { return objc_msgSend<unsigned>(this, "length"_sel); }
+    unsigned length() ZP_ASKS();
     // Views; null for a length of 0 or beyond the mapper's.
     /// A view that cannot be written to. Null for a length of 0 or beyond the mapper's, as for all views.
-    void *newReadOnlyMappingOfLength(unsigned length) {
-        return objc_msgSend<void *>(this, "newReadOnlyMappingOfLength:"_sel, length);
-    }
+    void *newReadOnlyMappingOfLength(unsigned length) ZP_ASKS(length);
     /// A view of which what is written shows in the mapper's other views.
-    void *newReadWriteMappingOfLength(unsigned length) {
-        return objc_msgSend<void *>(this, "newReadWriteMappingOfLength:"_sel, length);
-    }
+    void *newReadWriteMappingOfLength(unsigned length) ZP_ASKS(length);
     /// A view of which what is written stays in it.
-    void *newCopyOnWriteMappingOfLength(unsigned length) {
-        return objc_msgSend<void *>(this, "newCopyOnWriteMappingOfLength:"_sel, length);
-    }
+    void *newCopyOnWriteMappingOfLength(unsigned length) ZP_ASKS(length);
     /// Turns an existing view into a copy-on-write one at the same address; NO when that fails.
-    BOOL copyMapping_length(void *view, unsigned length) {
-        return objc_msgSend<BOOL>(this, "copyMapping:length:"_sel, view, length);
-    }
+    BOOL copyMapping_length(void *view, unsigned length) ZP_ASKS(view, length);
     /// Takes a view of that length away; nobody may use it any more.
-    void removeMapping_length(void *view, unsigned length) {
-        objc_msgSend(this, "removeMapping:length:"_sel, view, length);
-    }
+    void removeMapping_length(void *view, unsigned length) ZP_TELLS(view, length);
 };

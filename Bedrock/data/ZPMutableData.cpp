@@ -15,46 +15,46 @@ struct MutableDataMethods : ZPMutableData {
     void setLength(unsigned) { abstract("setLength:"_sel); }
 
     ZPMutableData *initWithLength(unsigned length) {
-        ZPMutableData *data = ZPMutableData::initWithCapacity(length);
+        ZPMutableData *data = self()->initWithCapacity(length);
         data->setLength(length);
         return data;
     }
-    void increaseLength(unsigned extra) {
+    void increaseLengthBy(unsigned extra) {
         if (extra == 0) return;
         _ZPCheckDataSize(this, "increaseLengthBy:"_sel, "extra length", extra);
-        ZPMutableData::setLength(length() + extra);
+        self()->setLength(self()->length() + extra);
     }
-    void appendBytes(const void *bytes, unsigned count) {
-        if (count) replaceBytesInRange_withBytes({length(), count}, bytes);
+    void appendBytes_length(const void *bytes, unsigned count) {
+        if (count) self()->replaceBytesInRange_withBytes({self()->length(), count}, bytes);
     }
     void appendData(ZPData *other) {
         ZPDataView view = _ZPViewOfData(other);
-        if (view.length) appendBytes_length(view.bytes, view.length);
+        if (view.length) self()->appendBytes_length(view.bytes, view.length);
     }
     unsigned char *overwrite(SEL selector, ZPRange range) {
-        unsigned length = ZPData::length();
+        unsigned length = self()->length();
         if (range.location > length) _ZPRaiseDataLocation(this, selector, range.location, length);
         _ZPCheckDataSize(this, selector, "length", range.length);
-        if (range.length > length - range.location) ZPMutableData::setLength(range.location + range.length);
-        return static_cast<unsigned char *>(ZPMutableData::mutableBytes()) + range.location;
+        if (range.length > length - range.location) self()->setLength(range.location + range.length);
+        return static_cast<unsigned char *>(self()->mutableBytes()) + range.location;
     }
-    void replaceBytes(ZPRange range, const void *bytes) {
+    void replaceBytesInRange_withBytes(ZPRange range, const void *bytes) {
         if (range.length == 0) return;
         // The bytes may lie in storage that growth moves.
         auto *own = static_cast<const unsigned char *>(bytes),
-             *storage = static_cast<const unsigned char *>(this->bytes());
-        bool inside = storage && own >= storage && own < storage + length();
+             *storage = static_cast<const unsigned char *>(self()->bytes());
+        bool inside = storage && own >= storage && own < storage + self()->length();
         unsigned char *to = overwrite("replaceBytesInRange:withBytes:"_sel, range);
         if (inside) own = to - range.location + (own - storage);
         std::memmove(to, own, range.length);
     }
-    void resetBytes(ZPRange range) {
+    void resetBytesInRange(ZPRange range) {
         if (range.length) std::memset(overwrite("resetBytesInRange:"_sel, range), 0, range.length);
     }
     void setData(ZPData *other) {
         ZPDataView view = _ZPViewOfData(other);
-        replaceBytesInRange_withBytes({0, view.length}, view.bytes);
-        ZPMutableData::setLength(view.length);
+        self()->replaceBytesInRange_withBytes({0, view.length}, view.bytes);
+        self()->setLength(view.length);
     }
     Class classForCoder() { return ZPMutableData::class_(); }
 };
@@ -64,10 +64,10 @@ struct MutableDataClassMethods {
         return ZPAllocateObject(self == ZPMutableData::class_() ? ZPConcreteMutableData::class_() : self, 0, zone);
     }
     static id made(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
-    static id withCapacity(Class self, unsigned capacity) {
+    static id dataWithCapacity(Class self, unsigned capacity) {
         return static_cast<ZPMutableData *>(made(self))->initWithCapacity(capacity)->autorelease();
     }
-    static id withLength(Class self, unsigned length) {
+    static id dataWithLength(Class self, unsigned length) {
         return static_cast<ZPMutableData *>(made(self))->initWithLength(length)->autorelease();
     }
 };
@@ -96,7 +96,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
             mapper->release();
             mapper = nullptr;
         }
-        if (!storage) storage = ZPZoneMalloc(zone(), capacity ? capacity : 4);
+        if (!storage) storage = ZPZoneMalloc(self()->zone(), capacity ? capacity : 4);
         if (!storage) return false;
         _mapper = mapper;
         _bytes = storage;
@@ -149,10 +149,11 @@ struct ConcreteMutableData : ZPConcreteMutableData {
         return this;
     }
     id init() { return ConcreteMutableData::initWithCapacity(0); }
-    ZPData *initDesignated(void *bytes, unsigned length, BOOL, BOOL freeWhenDone, BOOL pages) {
+    ZPData *initWithBytes_length_copy_freeWhenDone_bytesAreVM(void *bytes, unsigned length, BOOL, BOOL freeWhenDone,
+                                                              BOOL pages) {
         ConcreteMutableData::initWithCapacity(length);
         if (!setUp(_capacity)) {
-            release();
+            self()->release();
             return nullptr;
         }
         if (length) std::memcpy(_bytes, bytes, length);
@@ -163,12 +164,12 @@ struct ConcreteMutableData : ZPConcreteMutableData {
         }
         return this;
     }
-    ZPData *initWithFileMapper(ZPFileMapper *mapper, unsigned length) {
+    ZPData *initWithFileMapper_length(ZPFileMapper *mapper, unsigned length) {
         if (!mapper || length == 0) return ConcreteMutableData::init();
         _ZPCheckInitialDataSize(this, "initWithFileMapper:length:"_sel, "capacity", length);
         void *view = mapper->newCopyOnWriteMappingOfLength(length);
         if (!view) {
-            release();
+            self()->release();
             return nullptr;
         }
         _mapper = static_cast<ZPFileMapper *>(mapper->retain());
@@ -185,10 +186,10 @@ struct ConcreteMutableData : ZPConcreteMutableData {
             mapper = ZPFileMapper::fileMapperForPath(path);
         }
         if (!mapper) {
-            release();
+            self()->release();
             return nullptr;
         }
-        return initWithFileMapper_length(mapper, mapper->length());
+        return self()->initWithFileMapper_length(mapper, mapper->length());
     }
     ZPData *initWithData(ZPData *other) {
         ZPFileMapper *mapper = nullptr;
@@ -234,7 +235,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
         setUpIfNeeded();
         return _bytes;
     }
-    BOOL bytesAreVM() { return _flags & _ZPDataPages ? YES : NO; }
+    BOOL _bytesAreVM() { return _flags & _ZPDataPages ? YES : NO; }
     ZPFileMapper *fileMapper() { return _mapper; }
     void setLength(unsigned length) {
         _ZPCheckDataSize(this, "setLength:"_sel, "length", length);
@@ -246,7 +247,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
         extend(length);
         std::memset(at(old), 0, length - old);
     }
-    void increaseLength(unsigned extra) {
+    void increaseLengthBy(unsigned extra) {
         if (extra == 0) return;
         _ZPCheckDataSize(this, "increaseLengthBy:"_sel, "extra length", extra);
         ConcreteMutableData::setLength(_length + extra);
@@ -259,7 +260,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
         if (location + count > _length) extend(location + count);
         std::memmove(at(location), inside ? at(0) + offset : from, count);
     }
-    void appendBytes(const void *bytes, unsigned count) {
+    void appendBytes_length(const void *bytes, unsigned count) {
         if (count == 0) return;
         _ZPCheckDataSize(this, "appendBytes:length:"_sel, "length", count);
         _ZPCheckDataSize(this, "appendBytes:length:"_sel, "length", _length + count);
@@ -267,19 +268,19 @@ struct ConcreteMutableData : ZPConcreteMutableData {
     }
     void appendData(ZPData *other) {
         ZPDataView view = _ZPViewOfData(other);
-        if (view.length) ConcreteMutableData::appendBytes(view.bytes, view.length);
+        if (view.length) ConcreteMutableData::appendBytes_length(view.bytes, view.length);
     }
     void checkRange(SEL selector, ZPRange range) {
         if (range.location > _length) _ZPRaiseDataLocation(this, selector, range.location, _length);
         _ZPCheckDataSize(this, selector, "length", range.length);
         _ZPCheckDataSize(this, selector, "length", range.location + range.length);
     }
-    void replaceBytes(ZPRange range, const void *bytes) {
+    void replaceBytesInRange_withBytes(ZPRange range, const void *bytes) {
         if (range.length == 0) return;
         checkRange("replaceBytesInRange:withBytes:"_sel, range);
         put(range.location, bytes, range.length);
     }
-    void resetBytes(ZPRange range) {
+    void resetBytesInRange(ZPRange range) {
         if (range.length == 0) return;
         checkRange("resetBytesInRange:"_sel, range);
         if (range.location + range.length > _length) extend(range.location + range.length);
@@ -289,41 +290,16 @@ struct ConcreteMutableData : ZPConcreteMutableData {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPMutableData)
-    .classMethod<&MutableDataClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&MutableDataClassMethods::withCapacity>("dataWithCapacity:")
-    .classMethod<&MutableDataClassMethods::withLength>("dataWithLength:")
-    .method<&MutableDataMethods::initWithCapacity>("initWithCapacity:")
-    .method<&MutableDataMethods::initWithLength>("initWithLength:")
-    .method<&MutableDataMethods::mutableBytes>("mutableBytes")
-    .method<&MutableDataMethods::setLength>("setLength:")
-    .method<&MutableDataMethods::increaseLength>("increaseLengthBy:")
-    .method<&MutableDataMethods::appendBytes>("appendBytes:length:")
-    .method<&MutableDataMethods::appendData>("appendData:")
-    .method<&MutableDataMethods::replaceBytes>("replaceBytesInRange:withBytes:")
-    .method<&MutableDataMethods::resetBytes>("resetBytesInRange:")
-    .method<&MutableDataMethods::setData>("setData:")
-    .method<&MutableDataMethods::classForCoder>("classForCoder");
+ZP_IMPLEMENT_WITH(ZPMutableData, MutableDataMethods, initWithCapacity, initWithLength, mutableBytes, setLength,
+                  increaseLengthBy, appendBytes_length, appendData, replaceBytesInRange_withBytes, resetBytesInRange,
+                  setData, classForCoder,
+                  classMethodsOf(MutableDataClassMethods, allocWithZone, dataWithCapacity, dataWithLength));
 
-ZP_IMPLEMENT(ZPConcreteMutableData)
-    .method<&ConcreteMutableData::init>("init")
-    .method<&ConcreteMutableData::initWithCapacity>("initWithCapacity:")
-    .method<&ConcreteMutableData::initDesignated>("initWithBytes:length:copy:freeWhenDone:bytesAreVM:")
-    .method<&ConcreteMutableData::initWithFileMapper>("initWithFileMapper:length:")
-    .method<&ConcreteMutableData::initWithContentsOfMappedFile>("initWithContentsOfMappedFile:")
-    .method<&ConcreteMutableData::initWithData>("initWithData:")
-    .method<&ConcreteMutableData::dealloc>("dealloc")
-    .method<&ConcreteMutableData::length>("length")
-    .method<&ConcreteMutableData::bytes>("bytes")
-    .method<&ConcreteMutableData::mutableBytes>("mutableBytes")
-    .method<&ConcreteMutableData::bytesAreVM>("_bytesAreVM")
-    .method<&ConcreteMutableData::fileMapper>("fileMapper")
-    .method<&ConcreteMutableData::setLength>("setLength:")
-    .method<&ConcreteMutableData::increaseLength>("increaseLengthBy:")
-    .method<&ConcreteMutableData::appendBytes>("appendBytes:length:")
-    .method<&ConcreteMutableData::appendData>("appendData:")
-    .method<&ConcreteMutableData::replaceBytes>("replaceBytesInRange:withBytes:")
-    .method<&ConcreteMutableData::resetBytes>("resetBytesInRange:");
+ZP_IMPLEMENT_WITH(ZPConcreteMutableData, ConcreteMutableData, init, initWithCapacity,
+                  initWithBytes_length_copy_freeWhenDone_bytesAreVM, initWithFileMapper_length,
+                  initWithContentsOfMappedFile, initWithData, dealloc, length, bytes, mutableBytes, _bytesAreVM,
+                  fileMapper, setLength, increaseLengthBy, appendBytes_length, appendData,
+                  replaceBytesInRange_withBytes, resetBytesInRange);
 
 ZPMutableData *_ZPNewMutableDataNoCopy(void *bytes, unsigned length, unsigned capacity, ZPZone *zone) {
     ZPConcreteMutableData *data = ZPAllocateObject(ZPConcreteMutableData::class_(), 0, zone);

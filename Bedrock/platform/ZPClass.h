@@ -2,15 +2,20 @@
 // Class records, method records and the operations of the object runtime on them.
 //
 // A class record is a constant-initialised object with a stable address, followed by its
-// metaclass's record. Its life: declared (loaded, its method entries queued) -> realized (method
-// table built, superclass first) -> initialized (`+initialize` has run, superclass first). Only an
-// initialized class fills its method cache.
+// metaclass's record. Its life: declared (nothing has run) -> realized (its methods entered from the
+// list of its file and from the categories, superclass first) -> initialized (`+initialize` has run,
+// superclass first). Only an initialized class fills its caches.
 //
-//   isa         the metaclass; of a metaclass, the root's metaclass
-//   cache       selector -> implementation, read without a lock; its entries never change once they
-//               are published, and it is replaced whole when it grows or when methods change
-//   info        flag bits below, changed under the runtime lock, read freely
+//   isa             the metaclass; of a metaclass, the root's metaclass, once the class is realized
+//   first           a few selectors and their implementations inside the record: a send that finds its
+//                   selector here reads nothing of the class but one line
+//   buckets, mask   every other selector that was looked up. The table only grows: readers load the mask
+//                   before the buckets, the runtime stores them in the other order, so that a mask never
+//                   reaches beyond the buckets that are read with it
+//   info            flag bits below, changed under the runtime lock, read freely
 //   everything else is written before the class is published or under the runtime lock
+//
+// A bucket's selector never changes once it is published; its implementation does when methods change.
 #pragma once
 
 #include <Bedrock/platform/ZPTypeEncoding.h>
@@ -50,20 +55,16 @@ struct objc_protocolList {
     Protocol *protocol;
 };
 
-struct objc_cacheBucket {
-    SEL selector;
-    IMP implementation;
+/// What a free bucket holds: no selector has this address, and null would match a send of the null selector.
+inline constexpr std::uintptr_t objc_noSelector = ~std::uintptr_t(0);
+
+struct objc_bucket {
+    std::uintptr_t selector = objc_noSelector;
+    IMP implementation = nullptr;
 };
 
-struct objc_cache {
-    std::uintptr_t mask;  ///< byte offset mask: (buckets - 1) * sizeof(objc_cacheBucket)
-    unsigned count;
-    objc_cache *retired;  ///< the cache that was replaced before this one, of any class
-    objc_cacheBucket buckets[1];
-};
-
-/// What a class's cache is until it answers its first message; never filled.
-extern "C" ZP_EXPORT objc_cache objc_emptyCache;
+/// What `buckets` points to while a class has none; each library has its own, and nobody writes to it.
+ZP_HIDDEN inline constinit objc_bucket objc_noBuckets;
 
 /// How the C++ fields of an instance come to life and end; null where nothing is to do.
 struct objc_fieldHooks {
@@ -89,21 +90,25 @@ enum objc_classInfo : unsigned {
     objc_allocatesPlainly = 2048,  ///< initialized, and alloc does nothing but allocate
 };
 
+struct objc_registration;
+
 /// The record of a class or of its metaclass. Read `superclass`, `name`, `version` and `instanceSize`; the runtime
 /// alone changes a record, by the functions below.
-struct objc_class : objc_object {
-    objc_cache *cache;  ///< selectors already looked up
+struct alignas(64) objc_class : objc_object {
+    objc_bucket *buckets;  ///< selectors already looked up, beyond those in `first`
+    std::uintptr_t mask;  ///< byte offset mask of `buckets`: (how many - 1) * sizeof(objc_bucket)
     Class superclass;  ///< null for a root class
     unsigned info;  ///< bits of `objc_classInfo`
     int version;  ///< what `version` was given at registration, else 0; archives record it
     const char *name;  ///< the class's name, UTF-8
     unsigned instanceSize;  ///< in bytes, `isa` included
-    unsigned reserved;  ///< 0
+    unsigned cached;  ///< how many selectors `buckets` holds
     const objc_fieldHooks *fields;  ///< the C++ fields' construction and destruction; null when there is nothing to do
+    objc_bucket first[4];  ///< selectors already looked up, by the low bits of their hash
+    const objc_registration *registration;  ///< the list of its methods; null for a class made at run time
     const objc_methodList *methodLists;  ///< newest category first
     const objc_protocolList *protocols;  ///< what the class itself adopts
-    Class counterpart;  ///< the metaclass of a class, the class of a metaclass
-    void *state;  ///< the runtime's own: method index, queued entries, subclasses
+    void *state;  ///< the runtime's own: method index, categories, subclasses
 };
 
 /// A class record and its metaclass's, as ZP_IMPLEMENT defines them: static, at a stable address.
@@ -111,6 +116,22 @@ struct objc_classPair {
     objc_class cls;  ///< the class
     objc_class meta;  ///< its metaclass
 };
+
+/// The metaclass of a class, the class of a metaclass: they lie side by side.
+inline Class objc_counterpart(Class cls) { return cls->info & objc_isMetaclass ? cls - 1 : cls + 1; }
+
+/// @cond machinery
+/// Gathers what a registration lists; the runtime's own.
+struct objc_lister;
+
+/// What a ZP_IMPLEMENT, ZP_CATEGORY or ZP_DEFINE_PROTOCOL says: constant data, read when the class or the protocol is
+/// first used.
+struct objc_registration {
+    const char *name;  ///< of the class, the category or the protocol
+    objc_object *record;  ///< the class that gets the methods, or the protocol
+    void (*list)(objc_lister &lister);  ///< enters the methods or the promises
+};
+/// @endcond
 
 extern "C" {
 // Selectors. A selector lives as long as the process; any thread may call these.
@@ -190,18 +211,30 @@ ZP_EXPORT BOOL objc_typesMatch(const char *a, const char *b);
 /// Writes a printf text to standard error and stops the process.
 [[noreturn]] ZP_EXPORT void objc_fatal(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
-// Registration, run by the static initialisers that ZP_IMPLEMENT, ZP_CATEGORY and
-// ZP_DEFINE_PROTOCOL write.
-/// Fills a method record; called when the class is first used.
-using objc_methodDescriber = void (*)(objc_method *method);
-/// Queues a class record, which becomes known by its name with the next look-up.
-ZP_EXPORT void objc_loadClass(Class cls);
-/// Marks where the methods of a category begin.
-ZP_EXPORT void objc_loadCategory(Class cls, const char *category);
-/// Queues a method of a class, or of its metaclass. `name` must live as long as the process.
-ZP_EXPORT void objc_loadMethod(Class cls, const char *name, objc_methodDescriber describe);
-/// Notes that a class adopts a protocol.
-ZP_EXPORT void objc_loadProtocol(Class cls, Protocol *protocol);
+/// @cond machinery
+// Registration. A library's registrations lie in two sections of it: classes and protocols, and categories.
+/// Makes a library's classes and protocols known by name, and adds its categories to their classes. Once a library, by
+/// what ZPImplement.h has in every file; a second time does nothing.
+ZP_EXPORT void objc_loadLibrary(const objc_registration *const *records, const objc_registration *const *endOfRecords,
+                                const objc_registration *const *categories,
+                                const objc_registration *const *endOfCategories);
+/// Enters a method while its class is realized, or a promise of a protocol. `bits` holds `objc_listing` flags, the
+/// number of arguments and the size of the frame.
+ZP_EXPORT void objc_enterMethod(objc_lister &lister, const char *name, unsigned long bits, const char *types,
+                                IMP implementation, objc_frameInvoker invoker);
+/// Enters a protocol that a class adopts, or that a protocol includes.
+ZP_EXPORT void objc_enterProtocol(objc_lister &lister, Protocol *protocol);
+/// The selector of a front's member by its name, also stored in `slot`.
+ZP_EXPORT SEL objc_registerFront(SEL *slot, const char *name, unsigned arguments);
+
+/// What `bits` of `objc_enterMethod` are made of.
+enum objc_listing : unsigned long {
+    objc_listsClassMethod = 1,  ///< it belongs to the class object
+    objc_listsSelector = 2,  ///< the name is the selector's text
+    objc_listsArguments = 8,  ///< the number of arguments begins at this bit
+    objc_listsFrame = 16,  ///< the bytes of the frame begin at this bit
+};
+/// @endcond
 
 /// A new instance on the heap, zero-filled but for its C++ fields, with retain count 1; null when there is no
 /// memory.

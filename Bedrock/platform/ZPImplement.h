@@ -1,34 +1,36 @@
 // SPDX-License-Identifier: MIT
 // Declaring and implementing classes, categories and protocols.
 //
-//     struct Counter : ZPObject {                       // in the header
+//     struct Counter : ZPObject {                       // the front, in a header: what others may send
 //         ZP_CLASS(Counter)
 //         int _value;
-//         void add(int amount) { _value += amount; }
-//         static Counter *counterWithValue(Class self, int value);
+//         void add(int amount) ZP_TELLS(amount);
+//         int value() ZP_ASKS();
+//         static Counter *counterWithValue(int value) ZP_CLASS_ASKS(value);
 //     };
 //
-//     ZP_IMPLEMENT(Counter)                             // once, in a source file
-//         .method<&Counter::add>("add:")
-//         .classMethod<&Counter::counterWithValue>("counterWithValue:");
+//     struct CounterMethods : Counter {                 // the code, in a source file: what the messages reach
+//         void add(int amount) { _value += amount; }
+//         int value() { return _value; }
+//         static Counter *counterWithValue(Class, int value) { ... }
+//     };
+//     ZP_IMPLEMENT_WITH(Counter, CounterMethods, add, value, classMethods(counterWithValue));
 //
-// The methods may live in another struct derived from the class's front, which is how a class whose
-// front sends messages keeps its code: `.method<&CounterMethods::add>("add:")`.
+// The list is of names: the selector, the type string and whether it is a member for the class follow from them, and
+// a method whose C++ types differ from those of the front's member does not compile. In the code a bare name is the
+// class's own function, called directly; a message to oneself is `self()->add(1)`.
+//
+// A class that nothing overrides may keep its code in the front: ZP_IMPLEMENT(Counter, add, value). A class whose
+// front is to be made from its code needs neither: ZP_MAKE_CLASS(Counter, CounterMethods, add, value).
 #pragma once
 
+#include <Bedrock/platform/ZPList.h>
 #include <Bedrock/platform/ZPMessage.h>
 
 // g++ warns of va_list's own attributes wherever it is a template argument.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wignored-attributes"
 #pragma GCC diagnostic ignored "-Wattributes"
-
-/// Joins two tokens as they stand; ZP_JOIN is the one to use.
-#define ZP_JOIN2(a, b) a##b
-/// Joins two tokens after expanding them.
-#define ZP_JOIN(a, b) ZP_JOIN2(a, b)
-/// A name that no other use in the file has.
-#define ZP_UNIQUE(prefix) ZP_JOIN(prefix, __COUNTER__)
 
 /// @cond machinery
 template <class X> std::type_identity<void> objc_nearest(X *, const objc_object *);
@@ -38,27 +40,38 @@ template <class X> std::type_identity<void> objc_nearest(X *, const objc_object 
 template <class T> using objc_superclassOf =
     typename decltype(objc_nearest(static_cast<T *>(nullptr), static_cast<T *>(nullptr)))::type;
 
-/// What ZP_CLASS and ZP_PRIVATE_CLASS declare, with the record's visibility.
-#define ZP_CLASS_MEMBERS(T, VISIBILITY)                                                                           \
-    VISIBILITY static ::objc_classPair classRecord_that_ZP_IMPLEMENT_defines;                                     \
-    /** The class object. */                                                                                      \
-    static ::Class class_() { return &classRecord_that_ZP_IMPLEMENT_defines.cls; }                                \
-    /** A new instance that the caller owns; initialise it before use. */                                         \
-    static T *alloc() { return ::objc_allocate<T>(class_()); }                                                    \
-    /** A new instance in a zone (null: the default zone) that the caller owns. */                                \
-    static T *allocWithZone(::ZPZone *zone) { return ::objc_msgSend<T *>(class_(), "allocWithZone:"_sel, zone); } \
-    /** A new, initialised instance that the caller owns. */                                                      \
-    static T *new_() { return ::objc_msgSend<T *>(class_(), "new"_sel); }                                         \
-    static void *operator new(::std::size_t) = delete;                                                            \
-    template <class X>                                                                                            \
-        requires(!::std::is_same_v<X, T>)                                                                         \
+/// @cond machinery
+#define OBJC_CLASS_MEMBERS(T, RECORD)                                                                                                                                            \
+    RECORD;                                                                                                                                                                      \
+    /** The class object. */                                                                                                                                                     \
+    static ::Class class_() { return &classRecord_that_ZP_IMPLEMENT_defines.cls; }                                                                                               \
+    /** A new instance that the caller owns; initialise it before use. */                                                                                                        \
+    static T *alloc() { return ::objc_allocate<T>(class_()); }                                                                                                                   \
+    /** A new instance in a zone (null: the default zone) that the caller owns. */                                                                                               \
+    static T *allocWithZone(::ZPZone *zone)                                                                                                                                      \
+        ZP_CLASS_ASKS(zone) /** A new, initialised instance that the caller owns. */                                                                                             \
+        static T *                                                                                                                                                               \
+        new_()                                                                                                                                                                   \
+            ZP_CLASS_ASKS() /** Prepares a new instance, and is sent to nothing else; answers the receiver, or another object in its */ /** place, which alone is to be used. */ \
+        template <class = void>                                                                                                                                                  \
+        T *init() ZP_ASKS() static void *operator new(::std::size_t) = delete;                                                                                                   \
+    template <class X>                                                                                                                                                           \
+        requires(!::std::is_same_v<X, T>)                                                                                                                                        \
     friend ::std::type_identity<T> objc_nearest(X *, const T *) { return {}; }
+/// @endcond
 
-/// Declares a struct to be a class: write it first in a struct that derives from another class. ZP_IMPLEMENT
-/// defines it; without that the program does not link.
-#define ZP_CLASS(T) ZP_CLASS_MEMBERS(T, ZP_EXPORT)
-/// The same for a class that only its own library names.
-#define ZP_PRIVATE_CLASS(T) ZP_CLASS_MEMBERS(T, )
+/// Declares a struct to be a class: write it first in a struct that derives from another class. ZP_IMPLEMENT or
+/// ZP_IMPLEMENT_WITH defines it; without that the program does not link.
+#define ZP_CLASS(T)                                                                                               \
+    OBJC_CLASS_MEMBERS(T, ZP_EXPORT static ::objc_classPair classRecord_that_ZP_IMPLEMENT_defines)                \
+    /** The receiver. In a class's code it is how a message to oneself is told from a call: `self()->count()`. */ \
+    T *self() { return this; }
+
+/// The same for a class that only its own library names, and whose code is in the struct itself: `self()` answers the
+/// receiver as its superclass's front, so that a message through it is one.
+#define ZP_PRIVATE_CLASS(T)                                                              \
+    OBJC_CLASS_MEMBERS(T, static ::objc_classPair classRecord_that_ZP_IMPLEMENT_defines) \
+    auto *self() { return static_cast<::objc_superclassOf<T> *>(this); }
 
 /// @cond machinery
 // A class that allocates as the root does is spared the message.
@@ -70,51 +83,80 @@ template <class T> ZP_INLINE T *objc_allocate(Class cls) {
 
 // ---- what a method's C++ type says -------------------------------------------------------------
 
-template <class F> struct objc_function;
-template <class C, class R, class... A> struct objc_member { static constexpr unsigned count = sizeof...(A); };
-template <class R, class... A> struct objc_function<R (*)(A...)> { static constexpr unsigned count = sizeof...(A); };
+// A function as a method: its result and its arguments without the receiver. `TakesClass` tells whether a static
+// function begins with the receiving class.
+template <class F> struct objc_function { static constexpr bool isFunction = false; };
+template <class R, class... A> struct objc_signature {
+    static constexpr bool isFunction = true, takesClass = false;
+    static constexpr unsigned count = sizeof...(A);
+    using type = R(A...);
+};
+template <class R, class... A> struct objc_function<R (*)(A...)> : objc_signature<R, A...> {};
+template <class R, class... A> struct objc_function<R (*)(Class, A...)> : objc_signature<R, A...> {
+    static constexpr bool takesClass = true;
+};
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...)> : objc_signature<R, A...> {};
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const> : objc_signature<R, A...> {};
 template <class R, class... A> struct objc_function<R (*)(A...) noexcept> : objc_function<R (*)(A...)> {};
-template <class C, class R, class... A> struct objc_function<R (C::*)(A...)> : objc_member<C, R, A...> {};
-template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const> : objc_member<C, R, A...> {};
-template <class C, class R, class... A> struct objc_function<R (C::*)(A...) noexcept> : objc_member<C, R, A...> {};
-template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const noexcept> : objc_member<C, R, A...> {
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...) noexcept> : objc_signature<R, A...> {};
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const noexcept> : objc_signature<R, A...> {
 };
 
-constexpr int objc_colonCount(const char *s) {
-    int n = 0;
-    for (; *s; ++s) n += *s == ':';
-    return n;
+// Object references may differ in what they are declared to refer to; everything else is the same type.
+template <class T> inline constexpr bool objc_isReference = std::is_same_v<T, id>;
+template <class T> inline constexpr bool objc_isReference<T *> =
+    std::is_class_v<T> &&decltype(objc_objectTest(static_cast<T *>(nullptr)))::value;
+template <class A, class B> inline constexpr bool objc_typesAgree = std::is_same_v<A, B> ||
+                                                                    (objc_isReference<A> && objc_isReference<B>);
+
+template <class Method, class Front> struct the_method_has_other_types_than_the_front;
+template <class R, class... A, class S, class... B> struct the_method_has_other_types_than_the_front<R(A...), S(B...)> {
+    static constexpr bool agree() {
+        if constexpr (sizeof...(A) != sizeof...(B)) return false;
+        else return (objc_typesAgree<R, S> && ... && objc_typesAgree<A, B>);
+    }
+    static_assert(agree(),
+                  "the method's C++ types are not those of the front's member: both stand in the lines around");
+    static constexpr bool checked = true;
+};
+
+// Whether an expression names one function, which `&` answers the address of.
+template <class F> void objc_oneFunction(F);
+
+// Not constexpr: reaching it is the compile error that names the mistake. A front's member as the method of its own
+// message would send it for ever.
+void the_name_is_a_sending_member_of_the_front_and_no_method();
+
+template <class Method, class Front> consteval void objc_compareWithFront(Method method, Front front) {
+    if constexpr (objc_function<Front>::isFunction)
+        static_assert(the_method_has_other_types_than_the_front<typename objc_function<Method>::type,
+                                                                typename objc_function<Front>::type>::checked);
+    if constexpr (std::is_same_v<Method, Front>)
+        if (method == front) the_name_is_a_sending_member_of_the_front_and_no_method();
 }
 
-// Not constexpr: reaching it while a selector is checked is the compile error that names the mistake.
+// Not constexpr: reaching it while a name is checked is the compile error that names the mistake.
+void the_name_must_have_one_word_for_each_argument();
 void the_selector_must_have_one_colon_for_each_argument();
-void a_selector_must_not_be_empty();
 
-/// A selector's text, checked at compile time to have `Colons` colons, or one less when the function
-/// may take its receiver as a parameter.
-template <unsigned Colons, unsigned OrColons = Colons> struct objc_selectorText {
+/// A method's name, checked at compile time to fit the number of arguments.
+template <unsigned Arguments> struct objc_methodName {
+    const char *text;
+    consteval objc_methodName(const char *name) : text(name) {
+        if (!objc_nameFits(name, Arguments)) the_name_must_have_one_word_for_each_argument();
+    }
+};
+/// A selector's text, checked in the same way.
+template <unsigned Arguments> struct objc_selectorText {
     const char *text;
     consteval objc_selectorText(const char *s) : text(s) {
-        if (!*s) a_selector_must_not_be_empty();
-        unsigned n = objc_colonCount(s);
-        if (n != Colons && n != OrColons) the_selector_must_have_one_colon_for_each_argument();
+        unsigned colons = 0;
+        for (const char *p = s; *p; ++p) colons += *p == ':';
+        if (!*s || colons != Arguments) the_selector_must_have_one_colon_for_each_argument();
     }
 };
 
 // ---- implementations and frame invokers --------------------------------------------------------
-
-template <class T> ZP_INLINE T objc_takeSlot(char *&slot) {
-    using S = objc_stored<T>;
-    union Value {
-        char none;
-        S value;
-        Value() : none() {}
-    } v;
-    std::memcpy(static_cast<void *>(&v), slot, sizeof(S));
-    slot += objc_slotSize<S>;
-    if constexpr (std::is_reference_v<T>) return static_cast<T>(*v.value);
-    else return v.value;
-}
 
 template <class R, class... A>
 void *objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void *arguments, void *result) {
@@ -164,44 +206,51 @@ void *objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void
     }
 }
 
-template <class R, class... A> void objc_describe(objc_method *m, IMP implementation) {
-    m->types = objc_methodTypes<R, A...>();
-    m->implementation = implementation;
-    m->invoker = &objc_invokeFrame<R, A...>;
-    m->argumentSize = objc_frameLength<R, A...>;
+// ---- listing -----------------------------------------------------------------------------------
+
+template <class R, class... A> ZP_INLINE void objc_enter(objc_lister &lister, const char *name, unsigned long bits,
+                                                         IMP implementation, bool hasFrame = true) {
+    objc_enterMethod(lister, name,
+                     bits | sizeof...(A) << objc_listsArguments |
+                         static_cast<unsigned long>(objc_frameLength<R, A...>) << objc_listsFrame,
+                     objc_methodTypes<R, A...>(), implementation, hasFrame ? &objc_invokeFrame<R, A...> : nullptr);
 }
 
-/// Writes the record of method M: a member function, or a function that takes its receiver first.
-template <auto M, bool TakesSelf, class F = decltype(M)> struct objc_describer;
+// The method of a listed function M. F, its type, is a parameter so that what is made for a class of an unnamed
+// namespace stays in its file: g++ gives what depends on M alone external linkage.
+template <auto M, class F = decltype(M)> struct objc_listed;
 
-template <auto M, class C, class R, class... A> struct objc_memberDescriber {
+template <auto M, class C, class R, class... A> struct objc_listedMember {
     static R implementation(objc_object *self, SEL, A... arguments) {
         return (static_cast<C *>(self)->*M)(std::forward<A>(arguments)...);
     }
-    static void describe(objc_method *m) { objc_describe<R, A...>(m, reinterpret_cast<IMP>(&implementation)); }
-};
-template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...)>
-    : objc_memberDescriber<M, C, R, A...> {};
-template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...) const>
-    : objc_memberDescriber<M, C, R, A...> {};
-template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...) noexcept>
-    : objc_memberDescriber<M, C, R, A...> {};
-template <auto M, class C, class R, class... A> struct objc_describer<M, false, R (C::*)(A...) const noexcept>
-    : objc_memberDescriber<M, C, R, A...> {};
-template <auto M, class S, class R, class... A> struct objc_describer<M, true, R (*)(S, A...)> {
-    static R implementation(objc_object *self, SEL, A... arguments) {
-        return M((S)self, std::forward<A>(arguments)...);
+    static void enter(objc_lister &lister, const char *name, unsigned long bits) {
+        objc_enter<R, A...>(lister, name, bits, reinterpret_cast<IMP>(&implementation));
     }
-    static void describe(objc_method *m) { objc_describe<R, A...>(m, reinterpret_cast<IMP>(&implementation)); }
 };
-template <auto M, class S, class R, class... A> struct objc_describer<M, true, R (*)(S, A...) noexcept>
-    : objc_describer<M, true, R (*)(S, A...)> {};
-template <auto M, class R, class... A> struct objc_describer<M, false, R (*)(A...)> {
+template <auto M, class C, class R, class... A> struct objc_listed<M, R (C::*)(A...)>
+    : objc_listedMember<M, C, R, A...> {};
+template <auto M, class C, class R, class... A> struct objc_listed<M, R (C::*)(A...) const>
+    : objc_listedMember<M, C, R, A...> {};
+template <auto M, class C, class R, class... A> struct objc_listed<M, R (C::*)(A...) noexcept>
+    : objc_listedMember<M, C, R, A...> {};
+template <auto M, class C, class R, class... A> struct objc_listed<M, R (C::*)(A...) const noexcept>
+    : objc_listedMember<M, C, R, A...> {};
+template <auto M, class R, class... A> struct objc_listed<M, R (*)(A...)> {
     static R implementation(objc_object *, SEL, A... arguments) { return M(std::forward<A>(arguments)...); }
-    static void describe(objc_method *m) { objc_describe<R, A...>(m, reinterpret_cast<IMP>(&implementation)); }
+    static void enter(objc_lister &lister, const char *name, unsigned long bits) {
+        objc_enter<R, A...>(lister, name, bits, reinterpret_cast<IMP>(&implementation));
+    }
 };
-template <auto M, class R, class... A> struct objc_describer<M, false, R (*)(A...) noexcept>
-    : objc_describer<M, false, R (*)(A...)> {};
+template <auto M, class R, class... A> struct objc_listed<M, R (*)(Class, A...)> {
+    static R implementation(objc_object *self, SEL, A... arguments) {
+        return M((Class)self, std::forward<A>(arguments)...);
+    }
+    static void enter(objc_lister &lister, const char *name, unsigned long bits) {
+        objc_enter<R, A...>(lister, name, bits, reinterpret_cast<IMP>(&implementation));
+    }
+};
+template <auto M, class R, class... A> struct objc_listed<M, R (*)(A...) noexcept> : objc_listed<M, R (*)(A...)> {};
 
 template <class... T> struct objc_typeList {};
 template <class Done, class... Rest> struct objc_dropLast;
@@ -216,9 +265,10 @@ struct objc_dropLast<objc_typeList<D...>, First, Second, Rest...>
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wvarargs"
-/// A variadic method: M takes the named arguments and the rest as a `va_list`.
-template <auto M, class C, class R, class Named> struct objc_variadicImplementation;
-template <auto M, class C, class R, class... N> struct objc_variadicImplementation<M, C, R, objc_typeList<N...>> {
+// A variadic method: M takes the named arguments and the rest as a `va_list`; a static one takes the class first.
+template <auto M, class C, class R, class Named> struct objc_listedVariadic;
+template <auto M, class C, class R, class... N> struct objc_listedVariadic<M, C, R, objc_typeList<N...>> {
+    static constexpr unsigned named = sizeof...(N);
     static R implementation(objc_object *self, SEL selector, N... named, ...) {
         struct Rest {
             std::va_list list;
@@ -229,108 +279,86 @@ template <auto M, class C, class R, class... N> struct objc_variadicImplementati
             return (static_cast<C *>(self)->*M)(named..., rest.list);
         else return M((C)self, named..., rest.list);
     }
-    static void describe(objc_method *m) {
-        objc_describe<R, N...>(m, reinterpret_cast<IMP>(&implementation));
-        m->invoker = nullptr;  // what follows the named arguments is in no frame
+    static void enter(objc_lister &lister, const char *name, unsigned long bits) {
+        // What follows the named arguments is in no frame.
+        objc_enter<R, N...>(lister, name, bits, reinterpret_cast<IMP>(&implementation), false);
     }
 };
 #pragma GCC diagnostic pop
-template <auto M, class F = decltype(M)> struct objc_variadicDescriber;
-template <auto M, class C, class R, class... A> struct objc_variadicDescriber<M, R (C::*)(A...)>
-    : objc_variadicImplementation<M, C, R, typename objc_dropLast<objc_typeList<>, A...>::type> {};
-template <auto M, class S, class R, class... A> struct objc_variadicDescriber<M, R (*)(S, A...)>
-    : objc_variadicImplementation<M, S, R, typename objc_dropLast<objc_typeList<>, A...>::type> {};
+template <auto M, class F = decltype(M)> struct objc_variadic;
+template <auto M, class C, class R, class... A> struct objc_variadic<M, R (C::*)(A...)>
+    : objc_listedVariadic<M, C, R, typename objc_dropLast<objc_typeList<>, A...>::type> {};
+template <auto M, class R, class... A> struct objc_variadic<M, R (*)(Class, A...)>
+    : objc_listedVariadic<M, Class, R, typename objc_dropLast<objc_typeList<>, A...>::type> {};
+
+template <auto M, class F = decltype(M)>
+ZP_INLINE void objc_listMember(objc_lister &lister, objc_methodName<objc_function<F>::count> name) {
+    static_assert(std::is_member_function_pointer_v<F>, "a static function is listed within classMethods");
+    objc_listed<M>::enter(lister, name.text, 0);
+}
+template <auto M, class F = decltype(M)>
+ZP_INLINE void objc_listStatic(objc_lister &lister, objc_methodName<objc_function<F>::count> name) {
+    static_assert(!std::is_member_function_pointer_v<F>, "what classMethods lists is a static function");
+    objc_listed<M>::enter(lister, name.text, objc_listsClassMethod);
+}
+template <auto M, class F = decltype(M)>
+ZP_INLINE void objc_listMemberAs(objc_lister &lister, objc_selectorText<objc_function<F>::count> selector) {
+    static_assert(std::is_member_function_pointer_v<F>, "a static function is listed within classMethods");
+    objc_listed<M>::enter(lister, selector.text, objc_listsSelector);
+}
+template <auto M, class F = decltype(M)>
+ZP_INLINE void objc_listStaticAs(objc_lister &lister, objc_selectorText<objc_function<F>::count> selector) {
+    static_assert(!std::is_member_function_pointer_v<F>, "what classMethods lists is a static function");
+    objc_listed<M>::enter(lister, selector.text, objc_listsSelector | objc_listsClassMethod);
+}
+template <auto M>
+ZP_INLINE void objc_listVariadicMember(objc_lister &lister, objc_methodName<objc_variadic<M>::named> name) {
+    objc_variadic<M>::enter(lister, name.text, 0);
+}
+template <auto M>
+ZP_INLINE void objc_listVariadicStatic(objc_lister &lister, objc_methodName<objc_variadic<M>::named> name) {
+    objc_variadic<M>::enter(lister, name.text, objc_listsClassMethod);
+}
+
+// `init` of a struct that also has the one of ZP_CLASS.
+template <class S> consteval auto objc_initOf() {
+    if constexpr (requires { objc_oneFunction(&S::init); }) return &S::init;
+    else if constexpr (requires { static_cast<id (S::*)()>(&S::init); }) return static_cast<id (S::*)()>(&S::init);
+    else return static_cast<S *(S::*)()>(&S::init);
+}
 
 struct objc_immortal : objc_object {
-    id same() { return this; }
-    void nothing() {}
-    unsigned forEver() { return 0xFFFFFFFF; }
+    id retain() { return this; }
+    id autorelease() { return this; }
+    void release() {}
+    unsigned retainCount() { return 0xFFFFFFFF; }
 };
-/// @endcond
 
-// ---- registration ------------------------------------------------------------------------------
+// ---- class records -----------------------------------------------------------------------------
 
-/// Registers methods with a class or a category; made by ZP_IMPLEMENT and ZP_CATEGORY, before `main`. A selector
-/// whose colons do not fit the function's arguments is a compile error; a method that is registered twice stops the
-/// process when the class is first used. Its templates are always inlined: g++ gives their instances external
-/// linkage even when M belongs to an unnamed namespace, so methods of two files' local classes with the same names
-/// would be taken for each other.
-struct objc_implementer {
-    Class cls;  ///< the class that gets the methods
-
-    /// An instance method: a member function of the class or of a struct derived from its front.
-    template <auto M>
-        requires(std::is_member_function_pointer_v<decltype(M)>)
-    ZP_INLINE const objc_implementer &method(objc_selectorText<objc_function<decltype(M)>::count> name) const {
-        objc_loadMethod(cls, name.text, &objc_describer<M, false>::describe);
-        return *this;
-    }
-    /// An instance method: a function whose first parameter is the receiver.
-    template <auto M>
-        requires(!std::is_member_function_pointer_v<decltype(M)>)
-    ZP_INLINE const objc_implementer &method(objc_selectorText<objc_function<decltype(+M)>::count - 1> name) const {
-        objc_loadMethod(cls, name.text, &objc_describer<+M, true>::describe);
-        return *this;
-    }
-    /// A class method: a static function whose first parameter is the receiving `Class`.
-    template <auto M> ZP_INLINE const objc_implementer &classMethod(
-        objc_selectorText<objc_function<decltype(+M)>::count - 1> name) const {
-        objc_loadMethod(cls->counterpart, name.text, &objc_describer<+M, true>::describe);
-        return *this;
-    }
-    /// A class method that has no use for its receiver: a static function of the arguments alone.
-    template <auto M> ZP_INLINE const objc_implementer &plainClassMethod(
-        objc_selectorText<objc_function<decltype(+M)>::count> name) const {
-        objc_loadMethod(cls->counterpart, name.text, &objc_describer<+M, false>::describe);
-        return *this;
-    }
-    /// An instance method with unnamed arguments behind the named ones, which M takes as a `va_list`.
-    template <auto M>
-    ZP_INLINE const objc_implementer &variadic(objc_selectorText<objc_function<decltype(M)>::count - 1> name) const {
-        objc_loadMethod(cls, name.text, &objc_variadicDescriber<M>::describe);
-        return *this;
-    }
-    /// A class method of that kind: M takes the receiving class first.
-    template <auto M> ZP_INLINE const objc_implementer &variadicClassMethod(
-        objc_selectorText<objc_function<decltype(+M)>::count - 2> name) const {
-        objc_loadMethod(cls->counterpart, name.text, &objc_variadicDescriber<+M>::describe);
-        return *this;
-    }
-    /// The class adopts the protocols P, which `conformsToProtocol:` then answers; whether it has their methods is
-    /// not checked.
-    template <class... P> const objc_implementer &adopts() const {
-        (objc_loadProtocol(cls, P::protocol()), ...);
-        return *this;
-    }
-    /// A root class whose retain, release and retainCount count in the header, and whose alloc and
-    /// allocWithZone: only allocate.
-    const objc_implementer &defaultCounting() const {
-        cls->info |= objc_defaultCounting | objc_defaultDealloc;
-        cls->counterpart->info |= objc_defaultAllocation;
-        return *this;
-    }
-    /// The class version that archives record; 0 when not said.
-    const objc_implementer &version(int number) const {
-        cls->version = number;
-        return *this;
-    }
-    /// Instances may live outside the allocator (static objects): their extra references are kept in
-    /// the side table instead of beside the instance.
-    const objc_implementer &staticInstances() const {
-        cls->info &= ~objc_countsInHeader;
-        return *this;
-    }
-    /// Instances live as long as the process: `retain`, `autorelease` and `release` do nothing, and `retainCount`
-    /// answers 0xFFFFFFFF.
-    const objc_implementer &immortal() const {
-        return method<&objc_immortal::same>("retain")
-            .method<&objc_immortal::same>("autorelease")
-            .method<&objc_immortal::nothing>("release")
-            .method<&objc_immortal::forEver>("retainCount");
+// What the words of a list that are no methods say of the class.
+struct objc_traits {
+    unsigned set = 0, clear = 0, metaSet = 0;
+    int version = 0;
+    constexpr objc_traits operator|(objc_traits other) const {
+        return {set | other.set, clear | other.clear, metaSet | other.metaSet, version | other.version};
     }
 };
 
-/// @cond machinery
+inline constexpr objc_traits objc_rootTraits = {
+    .set = objc_defaultCounting | objc_defaultDealloc,
+    .metaSet = objc_defaultAllocation,
+};
+
+// What the member of a made front answers: an initialiser answers an instance of the class.
+consteval bool objc_isInitialiser(const char *name) {
+    return name[0] == 'i' && name[1] == 'n' && name[2] == 'i' && name[3] == 't';
+}
+template <class R, class T, bool IsInitialiser> using objc_madeResult =
+    std::conditional_t<IsInitialiser && objc_isReference<R>, T *, R>;
+// T, once something else is known: it may be incomplete where it is named.
+template <class T, class Later> struct objc_late { using type = T; };
+
 template <class T> inline constexpr objc_fieldHooks objc_hooksOf = {
     std::is_trivially_default_constructible_v<T> ? nullptr : +[](void *p) {
         if constexpr (!std::is_trivially_default_constructible_v<T>) ::new (p) T;
@@ -344,12 +372,8 @@ template <class T> inline constexpr objc_fieldHooks objc_hooksOf = {
     },
 };
 
-template <class T> constexpr objc_class *objc_rootMetaclass() {
-    if constexpr (std::is_void_v<objc_superclassOf<T>>) return &T::classRecord_that_ZP_IMPLEMENT_defines.meta;
-    else return objc_rootMetaclass<objc_superclassOf<T>>();
-}
-
-template <class T> constexpr objc_classPair objc_classRecord(const char *name) {
+template <class T>
+constexpr objc_classPair objc_classRecord(const objc_registration *registration, const char *name, objc_traits traits) {
     using Super = objc_superclassOf<T>;
     static_assert(!std::is_polymorphic_v<T>,
                   "a class has no virtual functions: its methods are what subclasses override");
@@ -358,83 +382,147 @@ template <class T> constexpr objc_classPair objc_classRecord(const char *name) {
     constexpr bool plain = std::is_trivially_default_constructible_v<T> && std::is_trivially_copyable_v<T> &&
                            std::is_trivially_destructible_v<T>;
     objc_classPair &self = T::classRecord_that_ZP_IMPLEMENT_defines;
-    Class superclass = nullptr, superMeta = &self.cls;
-    if constexpr (!root) {
-        superclass = &Super::classRecord_that_ZP_IMPLEMENT_defines.cls;
-        superMeta = &Super::classRecord_that_ZP_IMPLEMENT_defines.meta;
-    }
+    // What leads from one record to another is kept to what is needed before the class is realized: each such
+    // address is found by the dynamic linker at start-up.
+    Class superclass = nullptr;
+    if constexpr (!root) superclass = &Super::classRecord_that_ZP_IMPLEMENT_defines.cls;
     unsigned info = objc_countsInHeader | (root ? unsigned(objc_isRoot) : 0u) |
                     (alignof(T) > 8 ? unsigned(objc_hasWideAlignment) : 0u);
+    info = (info | traits.set) & ~traits.clear;
+    unsigned metaInfo = objc_isMetaclass | (root ? unsigned(objc_isRoot) : 0u) | traits.metaSet;
+    const objc_fieldHooks *fields = nullptr;
+    if constexpr (!plain) fields = &objc_hooksOf<T>;
     return {
         {{&self.meta},
-         &objc_emptyCache,
+         &objc_noBuckets,
+         0,
          superclass,
          info,
-         0,
+         traits.version,
          name,
          sizeof(T),
          0,
-         plain ? nullptr : &objc_hooksOf<T>,
+         fields,
+         {},
+         registration,
          nullptr,
          nullptr,
-         &self.meta,
          nullptr},
-        {{objc_rootMetaclass<T>()},
-         &objc_emptyCache,
-         superMeta,
-         objc_isMetaclass | (root ? unsigned(objc_isRoot) : 0u),
+        {{nullptr},
+         &objc_noBuckets,
+         0,
+         nullptr,
+         metaInfo,
          0,
          name,
          sizeof(objc_class),
          0,
          nullptr,
+         {},
+         registration,
          nullptr,
          nullptr,
-         &self.cls,
          nullptr},
     };
 }
 
-template <class T> objc_implementer objc_implement() {
-    objc_loadClass(&T::classRecord_that_ZP_IMPLEMENT_defines.cls);
-    return {&T::classRecord_that_ZP_IMPLEMENT_defines.cls};
+// The front against which a method's types are compared: the class's own where the code has a struct of its own, else
+// the superclass's.
+template <class T, class Code> using objc_frontOf =
+    std::conditional_t<std::is_same_v<T, Code>, objc_superclassOf<T>, T>;
+
+// ---- a library's registrations -----------------------------------------------------------------
+
+extern "C" {
+// The linker's names for the two sections; null in a library that has none.
+extern ZP_HIDDEN const objc_registration *const __start_zp_records[] __attribute__((weak));
+extern ZP_HIDDEN const objc_registration *const __stop_zp_records[] __attribute__((weak));
+extern ZP_HIDDEN const objc_registration *const __start_zp_categories[] __attribute__((weak));
+extern ZP_HIDDEN const objc_registration *const __stop_zp_categories[] __attribute__((weak));
+}
+ZP_HIDDEN inline constinit bool objc_isLoaded = false;
+
+// Runs before the library's other initialisers. Every file that has the function calls it; the first call counts.
+#ifndef BEDROCK_LOADS_ITSELF
+__attribute__((constructor(101)))
+#endif
+ZP_HIDDEN inline void
+objc_loadThisLibrary() {
+    if (objc_isLoaded) return;
+    objc_isLoaded = true;
+    objc_loadLibrary(__start_zp_records, __stop_zp_records, __start_zp_categories, __stop_zp_categories);
 }
 /// @endcond
 
-/// Defines a class that ZP_CLASS declared and begins the list of its methods; once, in a source file.
-#define ZP_IMPLEMENT(...)                                                           \
-    constinit ::objc_classPair __VA_ARGS__::classRecord_that_ZP_IMPLEMENT_defines = \
-        ::objc_classRecord<__VA_ARGS__>(#__VA_ARGS__);                              \
-    [[maybe_unused]] static const ::objc_implementer ZP_UNIQUE(objc_methodsOf_) = ::objc_implement<__VA_ARGS__>()
+/// Defines a class that ZP_CLASS declared, whose code is the struct itself, and lists its methods by their names; once,
+/// in a source file:
+///
+///     ZP_IMPLEMENT(Counter, add, value, classMethods(counterWithValue));
+///
+/// The selector follows from the name as it does for a front. What is no plain method is said with a word:
+///
+/// - `classMethods(a, b)`: static functions that answer messages to the class. They may take the receiving `Class` first.
+/// - `classMethodsOf(S, a, b)`, `methodsOf(S, a, b)`: the same, and instance methods, as members of another struct.
+/// - `named(a, "a:::")`: a method whose selector is not what its name says.
+/// - `variadic(a)`: a method with unnamed arguments behind the named ones, which it takes as a `va_list`, last.
+/// - `adopts(P, Q)`: the class adopts these protocols; whether it has their methods is not checked.
+/// - `version(2)`: the class version that archives record; 0 when not said.
+/// - `staticInstances()`: instances may live outside the allocator (static objects): their extra references are kept in
+///   the side table instead of beside the instance.
+/// - `immortal()`: instances live as long as the process: `retain`, `autorelease` and `release` do nothing, and
+///   `retainCount` answers 0xFFFFFFFF.
+/// - `rootCounting()`: a root class whose retain, release and retainCount count in the header, and whose alloc and
+///   allocWithZone: only allocate.
+///
+/// A name that does not fit the function's arguments and a method whose C++ types differ from those of the front's
+/// member are compile errors; a method that is listed twice stops the process when the class is first used.
+#define ZP_IMPLEMENT(T, ...) OBJC_IMPLEMENT(, T, T, __COUNTER__ __VA_OPT__(, ) __VA_ARGS__)
 
-/// The same for one instance of a class template: ZP_IMPLEMENT_INSTANCE(Box<int>), before its first use.
-#define ZP_IMPLEMENT_INSTANCE(...)                                                              \
-    template <> constinit ::objc_classPair __VA_ARGS__::classRecord_that_ZP_IMPLEMENT_defines = \
-        ::objc_classRecord<__VA_ARGS__>(#__VA_ARGS__);                                          \
-    [[maybe_unused]] static const ::objc_implementer ZP_UNIQUE(objc_methodsOf_) = ::objc_implement<__VA_ARGS__>()
+/// The same for a class whose code is in a struct of its own, derived from the front T.
+#define ZP_IMPLEMENT_WITH(T, Methods, ...) OBJC_IMPLEMENT(, T, Methods, __COUNTER__ __VA_OPT__(, ) __VA_ARGS__)
 
-/// @cond machinery
-inline objc_implementer objc_category(Class cls, const char *name) {
-    objc_loadCategory(cls, name);
-    return {cls};
-}
-/// @endcond
+/// The same as ZP_IMPLEMENT for one instance of a class template: ZP_IMPLEMENT_INSTANCE(Box<int>, value), before its
+/// first use.
+#define ZP_IMPLEMENT_INSTANCE(T, ...) OBJC_IMPLEMENT(instance, T, T, __COUNTER__ __VA_OPT__(, ) __VA_ARGS__)
 
-/// Begins a list of methods that a file adds to a class of another file. A category's methods take the place of the
-/// class's own of the same selector; of two categories with one selector, those of the file whose initialisers run
-/// later.
-#define ZP_CATEGORY(T, Name) \
-    [[maybe_unused]] static const ::objc_implementer ZP_UNIQUE(objc_category_) = ::objc_category(T::class_(), #Name)
+/// Lists methods that a file adds to a class of another file: members of a struct `Methods` derived from the class's
+/// front, whose name is the category's. A category's methods take the place of the class's own of the same selector; of
+/// two categories with one selector in one library, either may win.
+#define ZP_CATEGORY(T, Methods, ...) OBJC_CATEGORY(T, Methods, __COUNTER__ __VA_OPT__(, ) __VA_ARGS__)
+
+/// Makes a class T of its code alone: a struct `Methods` that derives from the superclass, has the fields, and is no
+/// class by itself. T gets the fields, a front's member for each method listed, and the methods. In a header or in a
+/// source file. Only what is listed by plain name, and in `classMethods` of `Methods`, becomes a member.
+#define ZP_MAKE_CLASS(T, Methods, ...)                                                                 \
+    struct T;                                                                                          \
+    OBJC_EACH(OBJC_SENDER, T, Methods __VA_OPT__(, ) __VA_ARGS__)                                      \
+    struct T : Methods OBJC_EACH(OBJC_BASE, T, Methods __VA_OPT__(, ) __VA_ARGS__) {                   \
+        OBJC_CLASS_MEMBERS(T, ZP_EXPORT static ::objc_classPair classRecord_that_ZP_IMPLEMENT_defines) \
+        T *self() { return this; }                                                                     \
+        OBJC_EACH(OBJC_USE, T, Methods __VA_OPT__(, ) __VA_ARGS__)                                     \
+    };                                                                                                 \
+    OBJC_IMPLEMENT(inline, T, Methods, _##T __VA_OPT__(, ) __VA_ARGS__)
 
 /// Sends to the superclass of T's implementation: `objc_super<T>(this).send<void>("dealloc"_sel)`. T is the class
-/// whose method sends.
+/// whose method sends; in a class method its receiver is a `Class`.
 template <class T> struct objc_super {
     objc_object *self;  ///< the receiver
+    Class superclass;  ///< whose method is looked for
     /// The receiver of the messages, which must not be null and is not retained.
-    explicit objc_super(objc_object *receiver) : self(receiver) {}
+    explicit objc_super(objc_object *receiver) : self(receiver), superclass(of()) {}
+    /// The same in a class method.
+    explicit objc_super(Class receiver) : self(receiver), superclass(objc_counterpart(of())) {}
     /// Sends the message to the superclass's method; the types must be the method's own.
     template <class R = void, class... A> R send(SEL selector, A... arguments) const {
-        return objc_msgSendSuper<R>(self, T::class_()->superclass, selector, arguments...);
+        return objc_msgSendSuper<R>(self, superclass, selector, arguments...);
+    }
+
+  private:
+    // The superclass that T was written with; T's record has another once a class poses as T. A class that poses
+    // itself sends to what its superclass was before.
+    static Class of() {
+        if (__atomic_load_n(&T::class_()->info, __ATOMIC_ACQUIRE) & objc_isPosing) return T::class_()->superclass;
+        return objc_superclassOf<T>::class_();
     }
 };
 

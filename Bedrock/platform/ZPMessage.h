@@ -1,10 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Sending messages.
 //
-// A send reads the receiver's class, its method cache and one bucket, compares the selector and
-// calls through the method's exact C++ type. A miss goes to a cold function of the same signature,
-// which looks the method up (filling the cache), or gathers the arguments into a frame and sends
-// `forward::`.
+// A send reads one bucket of the receiver's class record, or else one of the class's table, compares the
+// selector and calls through the method's exact C++ type. A miss goes to a cold function of the same
+// signature, which looks the method up (and remembers what it found), or gathers the arguments into a
+// frame and sends `forward::`.
+//
+// A front's member is declared as any C++ function and says with one word that it sends:
+//
+//     unsigned count() ZP_ASKS();                          // answers what the message answers
+//     void addObject(id object) ZP_TELLS(object);          // answers nothing
+//     static ZPArray *array() ZP_CLASS_ASKS();             // sent to the class
+//
+// The selector follows from the member's name: its words, joined with `_`, each with a colon when there are
+// arguments. A trailing `_` keeps a name from being a keyword and does not count.
 #pragma once
 
 #include <Bedrock/platform/ZPClass.h>
@@ -134,10 +143,16 @@ ZP_HIDDEN ZP_COLD R objc_sendSlowly(objc_object *receiver, SEL selector, A... ar
                                                                              std::forward<A>(arguments)...);
 }
 
-ZP_INLINE objc_cacheBucket *objc_cachedMethod(objc_object *receiver, SEL selector) {
-    objc_cache *cache = __atomic_load_n(&receiver->isa->cache, __ATOMIC_ACQUIRE);
-    return reinterpret_cast<objc_cacheBucket *>(reinterpret_cast<char *>(cache->buckets) +
-                                                ((reinterpret_cast<std::uintptr_t>(selector) >> 1) & cache->mask));
+// The bucket of a class that a send looks at: of the few in the record, then of the table. One that holds another
+// selector says nothing about whether the class has a method.
+ZP_INLINE const objc_bucket *objc_recordBucket(Class cls, std::uintptr_t selector) {
+    return reinterpret_cast<const objc_bucket *>(reinterpret_cast<const char *>(cls->first) +
+                                                 ((selector >> 1) & (sizeof cls->first - sizeof(objc_bucket))));
+}
+ZP_INLINE const objc_bucket *objc_tableBucket(Class cls, std::uintptr_t selector) {
+    std::uintptr_t mask = __atomic_load_n(&cls->mask, __ATOMIC_ACQUIRE);  // before the buckets
+    const objc_bucket *buckets = __atomic_load_n(&cls->buckets, __ATOMIC_ACQUIRE);
+    return reinterpret_cast<const objc_bucket *>(reinterpret_cast<const char *>(buckets) + ((selector >> 1) & mask));
 }
 /// @endcond
 
@@ -150,11 +165,16 @@ ZP_INLINE R objc_msgSendUnchecked(objc_object *receiver, SEL selector, A... argu
             objc_fatal("%s: answers a reference and was sent to null", sel_getName(selector));
         else return R{};
     }
-    objc_cacheBucket *bucket = objc_cachedMethod(receiver, selector);
-    if (__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != selector) [[unlikely]]
-        return objc_sendSlowly<R, A...>(receiver, selector, std::forward<A>(arguments)...);
-    return reinterpret_cast<R (*)(objc_object *, SEL, A...)>(bucket->implementation)(receiver, selector,
-                                                                                     std::forward<A>(arguments)...);
+    auto wanted = reinterpret_cast<std::uintptr_t>(selector);
+    const objc_bucket *bucket = objc_recordBucket(receiver->isa, wanted);
+    if (__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted) {
+        bucket = objc_tableBucket(receiver->isa, wanted);
+        if (__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted) [[unlikely]]
+            return objc_sendSlowly<R, A...>(receiver, selector, std::forward<A>(arguments)...);
+    }
+    IMP implementation = __atomic_load_n(&bucket->implementation, __ATOMIC_RELAXED);
+    return reinterpret_cast<R (*)(objc_object *, SEL, A...)>(implementation)(receiver, selector,
+                                                                             std::forward<A>(arguments)...);
 }
 
 /// Sends a message and answers its result. A message to null answers a zero of the result type; one that the
@@ -227,5 +247,74 @@ template <class R = id> R objc_msgSendv(id receiver, SEL selector, unsigned leng
         return answer.value;
     }
 }
+
+// ---- fronts ------------------------------------------------------------------------------------
+
+/// @cond machinery
+// The words of a name, 0 when it is no word: what a name must have as many of as there are arguments, or one when
+// there are none.
+consteval unsigned objc_wordCount(const char *name) {
+    while (*name == '_') ++name;
+    if (!*name) return 0;
+    unsigned words = 1;
+    for (; *name; ++name)
+        if (*name == '_' && name[1]) ++words;
+    return words;
+}
+consteval bool objc_nameFits(const char *name, unsigned arguments) {
+    return objc_wordCount(name) == (arguments ? arguments : 1);
+}
+
+template <class... A> char (&objc_argumentCount(A &&...))[sizeof...(A) + 1];
+
+// One for each front's member, hidden as what is made for a selector's literal is.
+template <class Member> ZP_HIDDEN inline constinit SEL objc_frontSlot = nullptr;
+
+ZP_INLINE SEL objc_frontSelector(SEL &slot, const char *name, unsigned arguments) {
+    SEL selector = __atomic_load_n(&slot, __ATOMIC_ACQUIRE);
+    if (selector) [[likely]]
+        return selector;
+    return objc_registerFront(&slot, name, arguments);
+}
+
+// A message about to be sent: what it is converted to is its result type.
+template <class Send> struct objc_asking {
+    Send send;
+    template <class R> ZP_INLINE R as() const { return send.template operator()<R>(); }
+    template <class R> ZP_INLINE operator R() const { return as<R>(); }
+};
+
+template <class Send> objc_asking(Send) -> objc_asking<Send>;
+
+template <class... A> ZP_INLINE auto objc_ask(id receiver, SEL &slot, const char *name, A &...arguments) {
+    return objc_asking{
+        [receiver, &slot, name, &arguments...]<class R>() __attribute__((always_inline))
+            ->R{return objc_msgSend<R, A...>(receiver, objc_frontSelector(slot, name, sizeof...(A)), arguments...);
+}
+}
+;
+}
+template <class... A> ZP_INLINE void objc_tell(id receiver, SEL &slot, const char *name, A &...arguments) {
+    objc_msgSend<void, A...>(receiver, objc_frontSelector(slot, name, sizeof...(A)), arguments...);
+}
+
+#define OBJC_FRONT(RETURN, SEND, RECEIVER, ...)                                                    \
+    {                                                                                              \
+        struct objc_member;                                                                        \
+        static_assert(::objc_nameFits(__func__, sizeof(::objc_argumentCount(__VA_ARGS__)) - 1),    \
+                      "a front's name has one word for each argument, joined with _");             \
+        RETURN SEND(RECEIVER, ::objc_frontSlot<objc_member>, __func__ __VA_OPT__(, ) __VA_ARGS__); \
+    }
+/// @endcond
+
+/// The body of a front's member that answers: sends the message that the member is named for, with these arguments,
+/// and answers its result.
+#define ZP_ASKS(...) OBJC_FRONT(return, ::objc_ask, this __VA_OPT__(, ) __VA_ARGS__)
+/// The same for a member that answers nothing.
+#define ZP_TELLS(...) OBJC_FRONT(, ::objc_tell, this __VA_OPT__(, ) __VA_ARGS__)
+/// The same for a static member, which sends to the class.
+#define ZP_CLASS_ASKS(...) OBJC_FRONT(return, ::objc_ask, class_() __VA_OPT__(, ) __VA_ARGS__)
+/// The same for a static member that answers nothing.
+#define ZP_CLASS_TELLS(...) OBJC_FRONT(, ::objc_tell, class_() __VA_OPT__(, ) __VA_ARGS__)
 
 #pragma GCC diagnostic pop

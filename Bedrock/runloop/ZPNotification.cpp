@@ -18,7 +18,7 @@ struct ZPConcreteNotification : ZPNotification {
     id _object;
     ZPDictionary *_userInfo;
 
-    id initWithNameObjectUserInfo(ZPString *name, id object, ZPDictionary *userInfo) {
+    id initWithName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo) {
         if (!name) {
             dealloc();
             return nullptr;
@@ -44,12 +44,13 @@ struct NotificationMethods : ZPNotification {
     static id allocWithZone(Class self, ZPZone *zone) {
         return ZPAllocateObject(self == ZPNotification::class_() ? ZPConcreteNotification::class_() : self, 0, zone);
     }
-    static ZPNotification *make(Class self, ZPString *name, id object, ZPDictionary *userInfo) {
+    static ZPNotification *notificationWithName_object_userInfo(Class self, ZPString *name, id object,
+                                                                ZPDictionary *userInfo) {
         auto *made = objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPNotification>();
         return made->initWithName_object_userInfo(name, object, userInfo)->autorelease().as<ZPNotification>();
     }
-    static ZPNotification *makePlain(Class self, ZPString *name, id object) {
-        return make(self, name, object, nullptr);
+    static ZPNotification *notificationWithName_object(Class self, ZPString *name, id object) {
+        return notificationWithName_object_userInfo(self, name, object, nullptr);
     }
 
     id init() {
@@ -63,28 +64,28 @@ struct NotificationMethods : ZPNotification {
     id object() { abstract("object"_sel); }
     ZPDictionary *userInfo() { abstract("userInfo"_sel); }
 
-    unsigned hash() { return ZPNotification::name()->hash(); }
+    unsigned hash() { return self()->name()->hash(); }
     BOOL isEqual(id other) {
         if (other == this) return YES;
         if (!other || !other->isKindOfClass(ZPNotification::class_())) return NO;
         auto *o = other.as<ZPNotification>();
-        return ZPNotification::name()->isEqualToString(o->name()) && ZPNotification::object() == o->object() &&
-               ZPNotification::userInfo()->isEqualToDictionary(o->userInfo());
+        return self()->name()->isEqualToString(o->name()) && self()->object() == o->object() &&
+               self()->userInfo()->isEqualToDictionary(o->userInfo());
     }
-    id copyWithZone(ZPZone *) { return retain(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
 
     void encodeWithCoder(ZPCoder *coder) {
         id to((objc_object *)coder);
-        for (id part : {id(ZPNotification::name()), ZPNotification::object(), id(ZPNotification::userInfo())})
+        for (id part : {id(self()->name()), self()->object(), id(self()->userInfo())})
             objc_msgSend(to, "encodeObject:"_sel, part);
     }
     id initWithCoder(ZPCoder *coder) {
         id from((objc_object *)coder);
         id parts[3];
         for (id &part : parts) part = objc_msgSend<id>(from, "decodeObject"_sel);
-        Class cls = objectClass();
-        ZPZone *zone = this->zone();
-        dealloc();
+        Class cls = self()->objectClass();
+        ZPZone *zone = self()->zone();
+        self()->dealloc();
         auto *made = objc_msgSend<id>(id(cls), "allocWithZone:"_sel, zone).unchecked<ZPNotification>();
         return made->initWithName_object_userInfo(parts[0].as<ZPString>(), parts[1], parts[2].as<ZPDictionary>());
     }
@@ -92,11 +93,10 @@ struct NotificationMethods : ZPNotification {
     id replacementObjectForPortCoder(ZPPortCoder *) { return this; }
 
     ZPString *description() {
-        id object = ZPNotification::object();
-        ZPDictionary *userInfo = ZPNotification::userInfo();
+        id object = self()->object();
+        ZPDictionary *userInfo = self()->userInfo();
         ZPMutableString *text = ZPMutableString::stringWithCapacity(256);
-        text->appendFormat("%@ %lx {name = %@"_zp, id(isa), reinterpret_cast<unsigned long>(this),
-                           ZPNotification::name());
+        text->appendFormat("%@ %lx {name = %@"_zp, id(isa), reinterpret_cast<unsigned long>(this), self()->name());
         if (object) text->appendFormat("; object = %@"_zp, object);
         if (userInfo) text->appendFormat("; userInfo = %@"_zp, userInfo);
         text->appendString("}"_zp);
@@ -106,27 +106,9 @@ struct NotificationMethods : ZPNotification {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPNotification)
-    .adopts<ZPCopying>()
-    .classMethod<&NotificationMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&NotificationMethods::makePlain>("notificationWithName:object:")
-    .classMethod<&NotificationMethods::make>("notificationWithName:object:userInfo:")
-    .method<&NotificationMethods::init>("init")
-    .method<&NotificationMethods::name>("name")
-    .method<&NotificationMethods::object>("object")
-    .method<&NotificationMethods::userInfo>("userInfo")
-    .method<&NotificationMethods::hash>("hash")
-    .method<&NotificationMethods::isEqual>("isEqual:")
-    .method<&NotificationMethods::copyWithZone>("copyWithZone:")
-    .method<&NotificationMethods::encodeWithCoder>("encodeWithCoder:")
-    .method<&NotificationMethods::initWithCoder>("initWithCoder:")
-    .method<&NotificationMethods::classForCoder>("classForCoder")
-    .method<&NotificationMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
-    .method<&NotificationMethods::description>("description");
+ZP_IMPLEMENT_WITH(ZPNotification, NotificationMethods, adopts(ZPCopying), init, name, object, userInfo, hash, isEqual,
+                  copyWithZone, encodeWithCoder, initWithCoder, classForCoder, replacementObjectForPortCoder,
+                  description,
+                  classMethods(allocWithZone, notificationWithName_object, notificationWithName_object_userInfo));
 
-ZP_IMPLEMENT(ZPConcreteNotification)
-    .method<&ZPConcreteNotification::initWithNameObjectUserInfo>("initWithName:object:userInfo:")
-    .method<&ZPConcreteNotification::name>("name")
-    .method<&ZPConcreteNotification::object>("object")
-    .method<&ZPConcreteNotification::userInfo>("userInfo")
-    .method<&ZPConcreteNotification::dealloc>("dealloc");
+ZP_IMPLEMENT(ZPConcreteNotification, initWithName_object_userInfo, name, object, userInfo, dealloc);

@@ -13,23 +13,18 @@ struct ZPNotification : ZPObject {
 
     /// An autoreleased notification, which copies the name and retains the object, which may be null. Null for a
     /// null name.
-    static ZPNotification *notificationWithName_object(ZPString *name, id object) {
-        return objc_msgSend<ZPNotification *>(class_(), "notificationWithName:object:"_sel, name, object);
-    }
+    static ZPNotification *notificationWithName_object(ZPString *name, id object) ZP_CLASS_ASKS(name, object);
     /// The same with information, which it retains and which may be null.
-    static ZPNotification *notificationWithName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo) {
-        return objc_msgSend<ZPNotification *>(class_(), "notificationWithName:object:userInfo:"_sel, name, object,
-                                              userInfo);
-    }
+    static ZPNotification *notificationWithName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo)
+        ZP_CLASS_ASKS(name, object, userInfo);
     /// As the class message.
-    ZPNotification *initWithName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo) {
-        return objc_msgSend<ZPNotification *>(this, "initWithName:object:userInfo:"_sel, name, object, userInfo);
-    }
+    ZPNotification *initWithName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo)
+        ZP_ASKS(name, object, userInfo);
 
     /// The name it was made with; borrowed, as the two others.
-    ZPString *name() { return objc_msgSend<ZPString *>(this, "name"_sel); }
+    ZPString *name() ZP_ASKS();
     /// The object, mostly the sender; may be null.
-    id object() { return objc_msgSend<id>(this, "object"_sel); }
+    id object() ZP_ASKS();
     /// What the sender gave along; may be null.
-    ZPDictionary *userInfo() { return objc_msgSend<ZPDictionary *>(this, "userInfo"_sel); }
+    ZPDictionary *userInfo() ZP_ASKS();
 };

@@ -198,7 +198,7 @@ struct CenterMethods : ZPNotificationCenter {
         }
     }
 
-    void addObserver(id observer, SEL selector, ZPString *name, id object) {
+    void addObserver_selector_name_object(id observer, SEL selector, ZPString *name, id object) {
         if (!observer) return;
         // Copying, hashing and looking up may run a client's code: not under the lock.
         ZPRef<ZPString> own = ZPAdopt<ZPString>(name->copyWithZone(nullptr));
@@ -220,9 +220,7 @@ struct CenterMethods : ZPNotificationCenter {
         return low;
     }
 
-    void removeObserverAltogether(id observer) {
-        ZPNotificationCenter::removeObserver_name_object(observer, nullptr, nullptr);
-    }
+    void removeObserver(id observer) { self()->removeObserver_name_object(observer, nullptr, nullptr); }
 
     void removeObserver_name_object(id observer, ZPString *name, id object) {
         if (!observer) return;
@@ -315,11 +313,11 @@ struct CenterMethods : ZPNotificationCenter {
         if (calls.count) deliver(calls, notification);
     }
 
-    void postPlain(ZPString *name, id object) {
-        ZPNotificationCenter::postNotificationName_object_userInfo(name, object, nullptr);
+    void postNotificationName_object(ZPString *name, id object) {
+        self()->postNotificationName_object_userInfo(name, object, nullptr);
     }
 
-    void post(ZPString *name, id object, ZPDictionary *userInfo) {
+    void postNotificationName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo) {
         if (!hasObservers()) return;
         Snapshot calls;
         collect(calls, name, object);
@@ -332,15 +330,14 @@ struct CenterMethods : ZPNotificationCenter {
     // ---- default centers
 
     void watchBundles() {
-        ZPNotificationCenter::addObserver_selector_name_object(this, "_bundleLoaded:"_sel, ZPBundleDidLoadNotification,
-                                                               nullptr);
+        self()->addObserver_selector_name_object(this, "_bundleLoaded:"_sel, ZPBundleDidLoadNotification, nullptr);
     }
     static void ignoreBundles(ZPNotificationCenter *center) {
         center->removeObserver_name_object(center, ZPBundleDidLoadNotification, nullptr);
     }
     static void watchBundles(ZPNotificationCenter *center) { static_cast<CenterMethods *>(center)->watchBundles(); }
 
-    static ZPNotificationCenter *defaultOf(Class self) {
+    static ZPNotificationCenter *defaultCenter(Class self) {
         bool isFront = self == ZPNotificationCenter::class_();
         if (isFront)
             if (ZPNotificationCenter *center = __atomic_load_n(&centerOfAll, __ATOMIC_ACQUIRE)) return center;
@@ -364,7 +361,7 @@ struct CenterMethods : ZPNotificationCenter {
         return center.detach();
     }
 
-    static void setDefault(Class self, ZPNotificationCenter *center, Class cls) {
+    static void setDefaultCenter_forClass(Class self, ZPNotificationCenter *center, Class cls) {
         if (cls != ZPNotificationCenter::class_() &&
             !ZPClassObject(cls)->isKindOfClass(ZPNotificationCenter::class_()->isa))
             ZPException::raise_format(ZPInvalidArgumentException,
@@ -398,13 +395,13 @@ struct CenterMethods : ZPNotificationCenter {
 
     // ---- the rest
 
-    void taskNowMultiThreaded() {
+    void _taskNowMultiThreaded() {
         lockIn(_lock);
         lockIn(defaultCenterLock);
     }
 
     // A bundle's categories may have replaced methods.
-    void bundleLoaded(ZPNotification *notification) {
+    void _bundleLoaded(ZPNotification *notification) {
         if (notification->userInfo()) return;
         Locked hold(_lock, tables);
         for (unsigned i = 0; i < _registry_count; ++i)
@@ -455,16 +452,7 @@ struct CenterMethods : ZPNotificationCenter {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPNotificationCenter)
-    .classMethod<&CenterMethods::defaultOf>("defaultCenter")
-    .classMethod<&CenterMethods::setDefault>("setDefaultCenter:forClass:")
-    .method<&CenterMethods::addObserver>("addObserver:selector:name:object:")
-    .method<&CenterMethods::removeObserverAltogether>("removeObserver:")
-    .method<&CenterMethods::removeObserver_name_object>("removeObserver:name:object:")
-    .method<&CenterMethods::postNotification>("postNotification:")
-    .method<&CenterMethods::postPlain>("postNotificationName:object:")
-    .method<&CenterMethods::post>("postNotificationName:object:userInfo:")
-    .method<&CenterMethods::taskNowMultiThreaded>("_taskNowMultiThreaded")
-    .method<&CenterMethods::bundleLoaded>("_bundleLoaded:")
-    .method<&CenterMethods::description>("description")
-    .method<&CenterMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPNotificationCenter, CenterMethods, addObserver_selector_name_object, removeObserver,
+                  removeObserver_name_object, postNotification, postNotificationName_object,
+                  postNotificationName_object_userInfo, _taskNowMultiThreaded, _bundleLoaded, description, dealloc,
+                  classMethods(defaultCenter, setDefaultCenter_forClass));

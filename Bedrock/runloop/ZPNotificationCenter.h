@@ -24,39 +24,29 @@ struct ZPNotificationCenter : ZPObject {
     objc_object **_observers;
 
     /// The process's center, or a subclass's own; made on first use, never deallocated.
-    static ZPNotificationCenter *defaultCenter() {
-        return objc_msgSend<ZPNotificationCenter *>(class_(), "defaultCenter"_sel);
-    }
+    static ZPNotificationCenter *defaultCenter() ZP_CLASS_ASKS();
     /// Replaces the default center of this class or of a subclass; null for a subclass drops its center. Any other
     /// class raises ZPInvalidArgumentException.
-    static void setDefaultCenter_forClass(ZPNotificationCenter *center, Class cls) {
-        objc_msgSend(class_(), "setDefaultCenter:forClass:"_sel, center, cls);
-    }
+    static void setDefaultCenter_forClass(ZPNotificationCenter *center, Class cls) ZP_CLASS_TELLS(center, cls);
 
     /// Has the observer sent the selector, with the notification as its argument, for every post of the name (null: of
     /// any) by the object (null: by any). Registered twice, it is called twice. A null observer does nothing. The
     /// method is looked up now: one that a category replaces later is not seen before a bundle is loaded.
-    void addObserver_selector_name_object(id observer, SEL selector, ZPString *name, id object) {
-        objc_msgSend(this, "addObserver:selector:name:object:"_sel, observer, selector, name, object);
-    }
+    void addObserver_selector_name_object(id observer, SEL selector, ZPString *name, id object)
+        ZP_TELLS(observer, selector, name, object);
     /// Removes the observer altogether.
-    void removeObserver(id observer) { objc_msgSend(this, "removeObserver:"_sel, observer); }
+    void removeObserver(id observer) ZP_TELLS(observer);
     /// Removes the observer's registrations for that name (null: all of them) and that object (null: all of them).
-    void removeObserver_name_object(id observer, ZPString *name, id object) {
-        objc_msgSend(this, "removeObserver:name:object:"_sel, observer, name, object);
-    }
+    void removeObserver_name_object(id observer, ZPString *name, id object) ZP_TELLS(observer, name, object);
 
     /// Calls the matching observers: first those for any name, then those for this one. When observers raise, the
     /// others are called all the same, and then the first exception is raised again.
-    void postNotification(ZPNotification *notification) { objc_msgSend(this, "postNotification:"_sel, notification); }
+    void postNotification(ZPNotification *notification) ZP_TELLS(notification);
     /// The same with a notification of that name and object, made only when an observer matches.
-    void postNotificationName_object(ZPString *name, id object) {
-        objc_msgSend(this, "postNotificationName:object:"_sel, name, object);
-    }
+    void postNotificationName_object(ZPString *name, id object) ZP_TELLS(name, object);
     /// The same with information.
-    void postNotificationName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo) {
-        objc_msgSend(this, "postNotificationName:object:userInfo:"_sel, name, object, userInfo);
-    }
+    void postNotificationName_object_userInfo(ZPString *name, id object, ZPDictionary *userInfo)
+        ZP_TELLS(name, object, userInfo);
 };
 
 extern "C" {

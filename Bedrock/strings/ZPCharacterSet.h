@@ -20,119 +20,75 @@ struct ZPCharacterSet : ZPObject {
     // from U+0100 up is read from the library's resources when it is first asked for.
 
     /// U+0000 to U+001F, U+007F to U+009F, and the others of their kind.
-    static ZPCharacterSet *controlCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "controlCharacterSet"_sel);
-    }
+    static ZPCharacterSet *controlCharacterSet() ZP_CLASS_ASKS();
     /// Space, TAB, U+00A0 and the other spaces; no line ends.
-    static ZPCharacterSet *whitespaceCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "whitespaceCharacterSet"_sel);
-    }
+    static ZPCharacterSet *whitespaceCharacterSet() ZP_CLASS_ASKS();
     /// The white space of `whitespaceCharacterSet` with LF, U+2028 and U+2029; not CR.
-    static ZPCharacterSet *whitespaceAndNewlineCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "whitespaceAndNewlineCharacterSet"_sel);
-    }
+    static ZPCharacterSet *whitespaceAndNewlineCharacterSet() ZP_CLASS_ASKS();
     /// The digits of all scripts that count in tens.
-    static ZPCharacterSet *decimalDigitCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "decimalDigitCharacterSet"_sel);
-    }
+    static ZPCharacterSet *decimalDigitCharacterSet() ZP_CLASS_ASKS();
     /// Letters, marks and modifier symbols.
-    static ZPCharacterSet *letterCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "letterCharacterSet"_sel);
-    }
+    static ZPCharacterSet *letterCharacterSet() ZP_CLASS_ASKS();
     /// Small letters.
-    static ZPCharacterSet *lowercaseLetterCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "lowercaseLetterCharacterSet"_sel);
-    }
+    static ZPCharacterSet *lowercaseLetterCharacterSet() ZP_CLASS_ASKS();
     /// Capital letters, and those that are so at the beginning of a word.
-    static ZPCharacterSet *uppercaseLetterCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "uppercaseLetterCharacterSet"_sel);
-    }
+    static ZPCharacterSet *uppercaseLetterCharacterSet() ZP_CLASS_ASKS();
     /// Letters, marks, modifier symbols and numbers, also those above the line and fractions.
-    static ZPCharacterSet *alphanumericCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "alphanumericCharacterSet"_sel);
-    }
+    static ZPCharacterSet *alphanumericCharacterSet() ZP_CLASS_ASKS();
     /// Combining marks.
-    static ZPCharacterSet *nonBaseCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "nonBaseCharacterSet"_sel);
-    }
+    static ZPCharacterSet *nonBaseCharacterSet() ZP_CLASS_ASKS();
     /// Units that stand for a base character with what combines with it.
-    static ZPCharacterSet *decomposableCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "decomposableCharacterSet"_sel);
-    }
+    static ZPCharacterSet *decomposableCharacterSet() ZP_CLASS_ASKS();
     /// Units that Unicode assigns to no character.
-    static ZPCharacterSet *illegalCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "illegalCharacterSet"_sel);
-    }
+    static ZPCharacterSet *illegalCharacterSet() ZP_CLASS_ASKS();
     /// Punctuation; no symbols.
-    static ZPCharacterSet *punctuationCharacterSet() {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "punctuationCharacterSet"_sel);
-    }
+    static ZPCharacterSet *punctuationCharacterSet() ZP_CLASS_ASKS();
 
     /// The units of a range, as far as U+FFFF; none for a location of ZPNotFound.
-    static ZPCharacterSet *characterSetWithRange(ZPRange range) {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithRange:"_sel, range);
-    }
+    static ZPCharacterSet *characterSetWithRange(ZPRange range) ZP_CLASS_ASKS(range);
     /// The string's units; none for null.
-    static ZPCharacterSet *characterSetWithCharactersInString(ZPString *string) {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithCharactersInString:"_sel, string);
-    }
+    static ZPCharacterSet *characterSetWithCharactersInString(ZPString *string) ZP_CLASS_ASKS(string);
     /// Copies 8,192 bytes: unit u is bit u mod 8 (least significant first) of byte u / 8; missing bytes count as 0.
-    static ZPCharacterSet *characterSetWithBitmapRepresentation(ZPData *data) {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithBitmapRepresentation:"_sel, data);
-    }
+    static ZPCharacterSet *characterSetWithBitmapRepresentation(ZPData *data) ZP_CLASS_ASKS(data);
     /// Reads a file whose name ends in ".bitmap" and which holds such bytes, or a property list whose name ends in
     /// ".dict": nsingles, nranges, singles, and ranges as first, last, first, last. A name that ends in ".builtin" is
     /// that of a set in the library's "SystemCharacterSetAux.dict". Null when that cannot be done.
-    static ZPCharacterSet *characterSetWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPCharacterSet *>(class_(), "characterSetWithContentsOfFile:"_sel, path);
-    }
+    static ZPCharacterSet *characterSetWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
 
     // Initialisers of the sets that `alloc` makes.
 
     /// As the class message; of the mutable class, for a set to be changed, here and below.
-    ZPCharacterSet *initWithRange(ZPRange range) {
-        return objc_msgSend<ZPCharacterSet *>(this, "initWithRange:"_sel, range);
-    }
+    ZPCharacterSet *initWithRange(ZPRange range) ZP_ASKS(range);
     /// As the class message.
-    ZPCharacterSet *initWithCharactersInString(ZPString *string) {
-        return objc_msgSend<ZPCharacterSet *>(this, "initWithCharactersInString:"_sel, string);
-    }
+    ZPCharacterSet *initWithCharactersInString(ZPString *string) ZP_ASKS(string);
     /// As the class message.
-    ZPCharacterSet *initWithBitmapRepresentation(ZPData *data) {
-        return objc_msgSend<ZPCharacterSet *>(this, "initWithBitmapRepresentation:"_sel, data);
-    }
+    ZPCharacterSet *initWithBitmapRepresentation(ZPData *data) ZP_ASKS(data);
     /// The set of a ".bitmap" or ".dict" file, as the class message reads it; the empty set when that cannot be
     /// done.
-    ZPCharacterSet *initWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<ZPCharacterSet *>(this, "initWithContentsOfFile:"_sel, path);
-    }
+    ZPCharacterSet *initWithContentsOfFile(ZPString *path) ZP_ASKS(path);
 
     /// Whether the unit belongs to the set.
-    BOOL characterIsMember(unichar unit) { return objc_msgSend<BOOL>(this, "characterIsMember:"_sel, unit); }
+    BOOL characterIsMember(unichar unit) ZP_ASKS(unit);
     /// The set of all other units; autoreleased. A later change of the receiver does not reach it.
-    ZPCharacterSet *invertedSet() { return objc_msgSend<ZPCharacterSet *>(this, "invertedSet"_sel); }
+    ZPCharacterSet *invertedSet() ZP_ASKS();
     /// 8,192 bytes as `characterSetWithBitmapRepresentation` takes them, autoreleased; a later change of the set
     /// does not reach them.
-    ZPData *bitmapRepresentation() { return objc_msgSend<ZPData *>(this, "bitmapRepresentation"_sel); }
+    ZPData *bitmapRepresentation() ZP_ASKS();
     /// Whether it has no member.
-    BOOL isEmpty() { return objc_msgSend<BOOL>(this, "isEmpty"_sel); }
+    BOOL isEmpty() ZP_ASKS();
     /// The number of members, at most 65,536.
-    unsigned count() { return objc_msgSend<unsigned>(this, "count"_sel); }
+    unsigned count() ZP_ASKS();
     /// Whether it can be changed.
-    BOOL isMutable() { return objc_msgSend<BOOL>(this, "isMutable"_sel); }
+    BOOL isMutable() ZP_ASKS();
     /// Takes back for good that a set may be changed; nothing for one that cannot.
-    void makeImmutable() { objc_msgSend(this, "makeImmutable"_sel); }
+    void makeImmutable() ZP_TELLS();
 
     // For debugging; "<NIL>" for null.
 
     /// A PostScript page that draws a bitmap.
-    static ZPString *_dumpBitmapRepresentation(const void *bitmap) {
-        return objc_msgSend<ZPString *>(class_(), "_dumpBitmapRepresentation:"_sel, bitmap);
-    }
+    static ZPString *_dumpBitmapRepresentation(const void *bitmap) ZP_CLASS_ASKS(bitmap);
     /// A record as the property list of a ".dict" file.
-    static ZPString *_dumpSetRepresentation(const void *record) {
-        return objc_msgSend<ZPString *>(class_(), "_dumpSetRepresentation:"_sel, record);
-    }
+    static ZPString *_dumpSetRepresentation(const void *record) ZP_CLASS_ASKS(record);
 };
 
 /// A set that can be changed, by one thread at a time. Ranges end at U+FFFF. A change raises
@@ -141,33 +97,25 @@ struct ZPMutableCharacterSet : ZPCharacterSet {
     ZP_CLASS(ZPMutableCharacterSet)
 
     /// As ZPCharacterSet makes them, but to be changed.
-    static ZPMutableCharacterSet *characterSetWithBitmapRepresentation(ZPData *data) {
-        return objc_msgSend<id>(class_(), "characterSetWithBitmapRepresentation:"_sel, data);
-    }
+    static ZPMutableCharacterSet *characterSetWithBitmapRepresentation(ZPData *data) ZP_CLASS_ASKS(data);
     /// As ZPCharacterSet makes them, but to be changed.
-    static ZPMutableCharacterSet *characterSetWithRange(ZPRange range) {
-        return objc_msgSend<id>(class_(), "characterSetWithRange:"_sel, range);
-    }
+    static ZPMutableCharacterSet *characterSetWithRange(ZPRange range) ZP_CLASS_ASKS(range);
     /// As ZPCharacterSet makes them, but to be changed.
-    static ZPMutableCharacterSet *characterSetWithCharactersInString(ZPString *string) {
-        return objc_msgSend<id>(class_(), "characterSetWithCharactersInString:"_sel, string);
-    }
+    static ZPMutableCharacterSet *characterSetWithCharactersInString(ZPString *string) ZP_CLASS_ASKS(string);
     /// Adds the units of a range.
-    void addCharactersInRange(ZPRange range) { objc_msgSend(this, "addCharactersInRange:"_sel, range); }
+    void addCharactersInRange(ZPRange range) ZP_TELLS(range);
     /// Removes the units of a range.
-    void removeCharactersInRange(ZPRange range) { objc_msgSend(this, "removeCharactersInRange:"_sel, range); }
+    void removeCharactersInRange(ZPRange range) ZP_TELLS(range);
     /// Adds a string's units.
-    void addCharactersInString(ZPString *string) { objc_msgSend(this, "addCharactersInString:"_sel, string); }
+    void addCharactersInString(ZPString *string) ZP_TELLS(string);
     /// Removes a string's units.
-    void removeCharactersInString(ZPString *string) { objc_msgSend(this, "removeCharactersInString:"_sel, string); }
+    void removeCharactersInString(ZPString *string) ZP_TELLS(string);
     /// Adds the members of another set.
-    void formUnionWithCharacterSet(ZPCharacterSet *set) { objc_msgSend(this, "formUnionWithCharacterSet:"_sel, set); }
+    void formUnionWithCharacterSet(ZPCharacterSet *set) ZP_TELLS(set);
     /// Keeps what is a member of the other set too.
-    void formIntersectionWithCharacterSet(ZPCharacterSet *set) {
-        objc_msgSend(this, "formIntersectionWithCharacterSet:"_sel, set);
-    }
+    void formIntersectionWithCharacterSet(ZPCharacterSet *set) ZP_TELLS(set);
     /// Makes what was no member one, and the other way round.
-    void invert() { objc_msgSend(this, "invert"_sel); }
+    void invert() ZP_TELLS();
 };
 
 // The compact form of sets: single units and ranges. Any thread; the caller owns a record, a block of its zone.

@@ -15,28 +15,19 @@ struct ZPMutableString : ZPString {
     ZP_CLASS(ZPMutableString)
 
     /// A new, empty string.
-    static ZPMutableString *string() { return objc_msgSend<id>(class_(), "string"_sel); }
+    static ZPMutableString *string() ZP_CLASS_ASKS();
     /// A new string with the text of another, which it shares until it is changed.
-    static ZPMutableString *stringWithString(ZPString *string) {
-        return objc_msgSend<id>(class_(), "stringWithString:"_sel, string);
-    }
+    static ZPMutableString *stringWithString(ZPString *string) ZP_CLASS_ASKS(string);
     /// A new, empty string whose first buffer has room for `capacity` units.
-    static ZPMutableString *stringWithCapacity(unsigned capacity) {
-        return objc_msgSend<id>(class_(), "stringWithCapacity:"_sel, capacity);
-    }
+    static ZPMutableString *stringWithCapacity(unsigned capacity) ZP_CLASS_ASKS(capacity);
     /// Copies the units.
-    static ZPMutableString *stringWithCharacters_length(const unichar *characters, unsigned length) {
-        return objc_msgSend<id>(class_(), "stringWithCharacters:length:"_sel, characters, length);
-    }
+    static ZPMutableString *stringWithCharacters_length(const unichar *characters, unsigned length)
+        ZP_CLASS_ASKS(characters, length);
     /// A NUL-terminated text in the default C-string encoding, copied. Null raises
     /// ZPInvalidArgumentException; bytes that the encoding does not allow answer null.
-    static ZPMutableString *stringWithCString(const char *bytes) {
-        return objc_msgSend<id>(class_(), "stringWithCString:"_sel, bytes);
-    }
+    static ZPMutableString *stringWithCString(const char *bytes) ZP_CLASS_ASKS(bytes);
     /// The same with the number of bytes given.
-    static ZPMutableString *stringWithCString_length(const char *bytes, unsigned length) {
-        return objc_msgSend<id>(class_(), "stringWithCString:length:"_sel, bytes, length);
-    }
+    static ZPMutableString *stringWithCString_length(const char *bytes, unsigned length) ZP_CLASS_ASKS(bytes, length);
     /// The formatted text: the conversions of printf, and `%@` for an object's description.
     template <class... A> static ZPMutableString *stringWithFormat(ZPString *format, A... arguments) {
         return objc_sendVariadic<id, ZPString *>::send(class_(), "stringWithFormat:"_sel, format, arguments...);
@@ -47,60 +38,45 @@ struct ZPMutableString : ZPString {
                                                        arguments...);
     }
     /// The text of a file, decoded as `ZPString` does it; null when it cannot be read.
-    static ZPMutableString *stringWithContentsOfFile(ZPString *path) {
-        return objc_msgSend<id>(class_(), "stringWithContentsOfFile:"_sel, path);
-    }
+    static ZPMutableString *stringWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
 
     /// An empty string whose first buffer has room for `capacity` units (kept in steps of 256 above 32,767).
-    ZPMutableString *initWithCapacity(unsigned capacity) {
-        return objc_msgSend<id>(this, "initWithCapacity:"_sel, capacity);
-    }
+    ZPMutableString *initWithCapacity(unsigned capacity) ZP_ASKS(capacity);
 
     /// Replaces the units of the range with the text of `string`, which may be the receiver.
-    void replaceCharactersInRange_withString(ZPRange range, ZPString *string) {
-        objc_msgSend(this, "replaceCharactersInRange:withString:"_sel, range, string);
-    }
+    void replaceCharactersInRange_withString(ZPRange range, ZPString *string) ZP_TELLS(range, string);
     /// Replaces the units of the range with bytes in the default C-string encoding; ZPCharacterConversionException
     /// when they are no text in it.
-    void replaceCharactersInRange_withCString_length(ZPRange range, const char *bytes, unsigned length) {
-        objc_msgSend(this, "replaceCharactersInRange:withCString:length:"_sel, range, bytes, length);
-    }
+    void replaceCharactersInRange_withCString_length(ZPRange range, const char *bytes, unsigned length)
+        ZP_TELLS(range, bytes, length);
     /// Replaces the units of the range with a copy of others.
-    void replaceCharactersInRange_withCharacters_length(ZPRange range, const unichar *characters, unsigned length) {
-        objc_msgSend(this, "replaceCharactersInRange:withCharacters:length:"_sel, range, characters, length);
-    }
+    void replaceCharactersInRange_withCharacters_length(ZPRange range, const unichar *characters, unsigned length)
+        ZP_TELLS(range, characters, length);
     /// Inserts before an index, which may be the length.
-    void insertString_atIndex(ZPString *string, unsigned index) {
-        objc_msgSend(this, "insertString:atIndex:"_sel, string, index);
-    }
+    void insertString_atIndex(ZPString *string, unsigned index) ZP_TELLS(string, index);
     /// Adds the text at the end.
-    void appendString(ZPString *string) { objc_msgSend(this, "appendString:"_sel, string); }
+    void appendString(ZPString *string) ZP_TELLS(string);
     /// Removes the units of the range.
-    void deleteCharactersInRange(ZPRange range) { objc_msgSend(this, "deleteCharactersInRange:"_sel, range); }
+    void deleteCharactersInRange(ZPRange range) ZP_TELLS(range);
     /// Replaces the whole text.
-    void setString(ZPString *string) { objc_msgSend(this, "setString:"_sel, string); }
+    void setString(ZPString *string) ZP_TELLS(string);
     /// Adds the formatted text at the end: the conversions of printf, and `%@` for an object's description.
     template <class... A> void appendFormat(ZPString *format, A... arguments) {
         objc_sendVariadic<void, ZPString *>::send(this, "appendFormat:"_sel, format, arguments...);
     }
 
     /// Removes every unit that is a member of the set.
-    void _deleteAllCharactersFromSet(ZPCharacterSet *set) {
-        objc_msgSend(this, "_deleteAllCharactersFromSet:"_sel, set);
-    }
+    void _deleteAllCharactersFromSet(ZPCharacterSet *set) ZP_TELLS(set);
     /// Replaces the first occurrence, if there is one; an empty target has none.
-    void _replaceFirstAppearanceOfString_withString(ZPString *target, ZPString *replacement) {
-        objc_msgSend(this, "_replaceFirstAppearanceOfString:withString:"_sel, target, replacement);
-    }
+    void _replaceFirstAppearanceOfString_withString(ZPString *target, ZPString *replacement)
+        ZP_TELLS(target, replacement);
     /// Replaces the last occurrence, if there is one.
-    void _replaceLastAppearanceOfString_withString(ZPString *target, ZPString *replacement) {
-        objc_msgSend(this, "_replaceLastAppearanceOfString:withString:"_sel, target, replacement);
-    }
+    void _replaceLastAppearanceOfString_withString(ZPString *target, ZPString *replacement)
+        ZP_TELLS(target, replacement);
     /// Replaces every occurrence, left to right and without overlap; text that a replacement brings in is
     /// not searched. An empty target changes nothing.
-    void _replaceAllAppearancesOfString_withString(ZPString *target, ZPString *replacement) {
-        objc_msgSend(this, "_replaceAllAppearancesOfString:withString:"_sel, target, replacement);
-    }
+    void _replaceAllAppearancesOfString_withString(ZPString *target, ZPString *replacement)
+        ZP_TELLS(target, replacement);
 };
 
 /// The mutable string that the library makes: its contents are another string, shared until changed.
@@ -117,9 +93,8 @@ struct ZPConcreteMutableString : ZPMutableString {
     ZPString *_contents;
 
     /// Replaces the whole text with the formatted text. `locale` answers `objectForKey:` or is null.
-    void setStringWithFormat_locale_arguments(ZPString *format, id locale, std::va_list arguments) {
-        objc_msgSend(this, "setStringWithFormat:locale:arguments:"_sel, format, locale, arguments);
-    }
+    void setStringWithFormat_locale_arguments(ZPString *format, id locale, std::va_list arguments)
+        ZP_TELLS(format, locale, arguments);
 };
 
 /// A string over a buffer of the caller's, without copying and without mapping bytes to units. Indexes
@@ -134,10 +109,8 @@ struct ZPCheapMutableString : ZPMutableString {
     /// `length` bytes, which a NUL must follow where C strings are asked for, or `length` units when
     /// `isUnicode`. With `freeWhenDone` the buffer is a zone's block and becomes the receiver's.
     void setContentsNoCopy_length_freeWhenDone_isUnicode(void *contents, unsigned length, BOOL freeWhenDone,
-                                                         BOOL isUnicode) {
-        objc_msgSend(this, "setContentsNoCopy:length:freeWhenDone:isUnicode:"_sel, contents, length, freeWhenDone,
-                     isUnicode);
-    }
+                                                         BOOL isUnicode)
+        ZP_TELLS(contents, length, freeWhenDone, isUnicode);
 };
 
 extern "C" {

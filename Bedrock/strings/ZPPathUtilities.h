@@ -15,13 +15,10 @@ struct ZPPathStore2 : ZPString {
     unsigned _lengthAndRefCount;  ///< the length; references are counted beside the instance
 
     /// Copies the units; autoreleased.
-    static ZPPathStore2 *pathStoreWithCharacters_length(const unichar *characters, unsigned length) {
-        return objc_msgSend<ZPPathStore2 *>(class_(), "pathStoreWithCharacters:length:"_sel, characters, length);
-    }
+    static ZPPathStore2 *pathStoreWithCharacters_length(const unichar *characters, unsigned length)
+        ZP_CLASS_ASKS(characters, length);
     /// From bytes in the default C-string encoding; null when they are not text in it. Autoreleased.
-    static ZPPathStore2 *pathStoreWithCString(const char *bytes) {
-        return objc_msgSend<ZPPathStore2 *>(class_(), "pathStoreWithCString:"_sel, bytes);
-    }
+    static ZPPathStore2 *pathStoreWithCString(const char *bytes) ZP_CLASS_ASKS(bytes);
 };
 
 extern "C" {

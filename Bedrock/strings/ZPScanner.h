@@ -18,88 +18,70 @@ struct ZPScanner : ZPObject {
     ZP_CLASS(ZPScanner)
 
     /// At location 0, without regard to case in literal strings, without a locale. Autoreleased.
-    static ZPScanner *scannerWithString(ZPString *string) {
-        return objc_msgSend<ZPScanner *>(class_(), "scannerWithString:"_sel, string);
-    }
+    static ZPScanner *scannerWithString(ZPString *string) ZP_CLASS_ASKS(string);
     /// The same with the user defaults as its locale.
-    static ZPScanner *localizedScannerWithString(ZPString *string) {
-        return objc_msgSend<ZPScanner *>(class_(), "localizedScannerWithString:"_sel, string);
-    }
+    static ZPScanner *localizedScannerWithString(ZPString *string) ZP_CLASS_ASKS(string);
     /// Copies the string, which must not be null.
-    ZPScanner *initWithString(ZPString *string) {
-        return objc_msgSend<ZPScanner *>(this, "initWithString:"_sel, string);
-    }
+    ZPScanner *initWithString(ZPString *string) ZP_ASKS(string);
 
     // ---- what is scanned, and how ----
 
     /// What is scanned; borrowed.
-    ZPString *string() { return objc_msgSend<ZPString *>(this, "string"_sel); }
+    ZPString *string() ZP_ASKS();
     /// The index of the next unit to read; the length of the string at its end. At first 0.
-    unsigned scanLocation() { return objc_msgSend<unsigned>(this, "scanLocation"_sel); }
+    unsigned scanLocation() ZP_ASKS();
     /// A location past the length raises ZPRangeException and changes nothing.
-    void setScanLocation(unsigned location) { objc_msgSend(this, "setScanLocation:"_sel, location); }
+    void setScanLocation(unsigned location) ZP_TELLS(location);
     /// The skip set; null when nothing is skipped.
-    ZPCharacterSet *charactersToBeSkipped() {
-        return objc_msgSend<ZPCharacterSet *>(this, "charactersToBeSkipped"_sel);
-    }
+    ZPCharacterSet *charactersToBeSkipped() ZP_ASKS();
     /// Copies the set; null skips nothing.
-    void setCharactersToBeSkipped(ZPCharacterSet *set) { objc_msgSend(this, "setCharactersToBeSkipped:"_sel, set); }
+    void setCharactersToBeSkipped(ZPCharacterSet *set) ZP_TELLS(set);
     /// Whether literal strings must agree in case; at first NO.
-    BOOL caseSensitive() { return objc_msgSend<BOOL>(this, "caseSensitive"_sel); }
+    BOOL caseSensitive() ZP_ASKS();
     /// Sets that.
-    void setCaseSensitive(BOOL flag) { objc_msgSend(this, "setCaseSensitive:"_sel, flag); }
+    void setCaseSensitive(BOOL flag) ZP_TELLS(flag);
     /// What says which decimal separator numbers have; null, as at first: a point.
-    ZPDictionary *locale() { return objc_msgSend<ZPDictionary *>(this, "locale"_sel); }
+    ZPDictionary *locale() ZP_ASKS();
     /// Retains the locale; the first unit of its ZPDecimalSeparator is the decimal separator, a point without one.
-    void setLocale(ZPDictionary *locale) { objc_msgSend(this, "setLocale:"_sel, locale); }
+    void setLocale(ZPDictionary *locale) ZP_TELLS(locale);
 
     // ---- numbers ----
 
     /// A sign, more to be skipped, decimal digits. What does not fit gives the nearest int, and all digits are
     /// read.
-    BOOL scanInt(int *value) { return objc_msgSend<BOOL>(this, "scanInt:"_sel, value); }
+    BOOL scanInt(int *value) ZP_ASKS(value);
     /// The same with the nearest long long.
-    BOOL scanLongLong(long long *value) { return objc_msgSend<BOOL>(this, "scanLongLong:"_sel, value); }
+    BOOL scanLongLong(long long *value) ZP_ASKS(value);
     /// Hexadecimal digits, with or without "0x" before them. What does not fit gives 0xFFFFFFFF.
-    BOOL scanHexInt(unsigned *value) { return objc_msgSend<BOOL>(this, "scanHexInt:"_sel, value); }
+    BOOL scanHexInt(unsigned *value) ZP_ASKS(value);
     /// The double that `scanDouble` reads, as a float: infinite beyond the range.
-    BOOL scanFloat(float *value) { return objc_msgSend<BOOL>(this, "scanFloat:"_sel, value); }
+    BOOL scanFloat(float *value) ZP_ASKS(value);
     /// A sign, digits with or without the decimal separator, an exponent; the nearest double, infinite beyond the
     /// range.
-    BOOL scanDouble(double *value) { return objc_msgSend<BOOL>(this, "scanDouble:"_sel, value); }
+    BOOL scanDouble(double *value) ZP_ASKS(value);
 
     // ---- strings ----
 
     /// The longest run of members. Members of the skip set before the run are passed over, also those that belong
     /// to `set`: with white space skipped, as at first, white space alone is never found. Within and behind the run
     /// nothing is skipped.
-    BOOL scanCharactersFromSet_intoString(ZPCharacterSet *set, ZPString **value) {
-        return objc_msgSend<BOOL>(this, "scanCharactersFromSet:intoString:"_sel, set, value);
-    }
+    BOOL scanCharactersFromSet_intoString(ZPCharacterSet *set, ZPString **value) ZP_ASKS(set, value);
     /// The run before the first member, or before the end; NO when a member stands right behind what is skipped.
     /// The run may end in members of the skip set.
-    BOOL scanUpToCharactersFromSet_intoString(ZPCharacterSet *set, ZPString **value) {
-        return objc_msgSend<BOOL>(this, "scanUpToCharactersFromSet:intoString:"_sel, set, value);
-    }
+    BOOL scanUpToCharactersFromSet_intoString(ZPCharacterSet *set, ZPString **value) ZP_ASKS(set, value);
     /// This very text, by unit, with or without regard to case; stored is the receiver's spelling of it. Like every
     /// scan it passes over what is skipped first, so a target that begins with such a unit is never found. NO for
     /// an empty target, and null.
-    BOOL scanString_intoString(ZPString *target, ZPString **value) {
-        return objc_msgSend<BOOL>(this, "scanString:intoString:"_sel, target, value);
-    }
+    BOOL scanString_intoString(ZPString *target, ZPString **value) ZP_ASKS(target, value);
     /// What stands before the text, or before the end; NO when the text stands right behind what is skipped.
-    BOOL scanUpToString_intoString(ZPString *target, ZPString **value) {
-        return objc_msgSend<BOOL>(this, "scanUpToString:intoString:"_sel, target, value);
-    }
+    BOOL scanUpToString_intoString(ZPString *target, ZPString **value) ZP_ASKS(target, value);
     /// Whether nothing remains but what is skipped. Moves nothing.
-    BOOL isAtEnd() { return objc_msgSend<BOOL>(this, "isAtEnd"_sel); }
+    BOOL isAtEnd() ZP_ASKS();
 
     // ---- ZPRemainingString ----
 
     /// The text from the location on, nothing skipped; autoreleased.
-    ZPString *_remainingString() { return objc_msgSend<ZPString *>(this, "_remainingString"_sel); }
+    ZPString *_remainingString() ZP_ASKS();
     /// Up to `count` digits "0" to "9" right at the location; nothing is skipped.
-    BOOL _scanDecimal_into(unsigned count, int *value) {
-        return objc_msgSend<BOOL>(this, "_scanDecimal:into:"_sel, count, value);
-    }
+    BOOL _scanDecimal_into(unsigned count, int *value) ZP_ASKS(count, value);
 };

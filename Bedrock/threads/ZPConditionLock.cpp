@@ -53,7 +53,7 @@ struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
     void lock() { takeWhen(always, unlimited); }
     BOOL lockBeforeDate(ZPDate *limit) { return takeWhen(always, _ZPTimeOf(limit)); }
     void lockWhenCondition(int wanted) { takeWhen(equals(wanted), unlimited); }
-    BOOL lockWhenConditionBeforeDate(int wanted, ZPDate *limit) { return takeWhen(equals(wanted), _ZPTimeOf(limit)); }
+    BOOL lockWhenCondition_beforeDate(int wanted, ZPDate *limit) { return takeWhen(equals(wanted), _ZPTimeOf(limit)); }
     BOOL tryLock() { return takeWhen(always, -unlimited); }
     BOOL tryLockWhenCondition(int wanted) { return takeWhen(equals(wanted), -unlimited); }
 
@@ -95,29 +95,9 @@ struct ConditionMethods : _ZPLockMethods<ZPCondition, Pair> {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPConditionLock)
-    .adopts<ZPLocking>()
-    .classMethod<&ConditionLockMethods::allocWithZone>("allocWithZone:")
-    .method<&ConditionLockMethods::initWithCondition>("initWithCondition:")
-    .method<&ConditionLockMethods::condition>("condition")
-    .method<&ConditionLockMethods::lock>("lock")
-    .method<&ConditionLockMethods::tryLock>("tryLock")
-    .method<&ConditionLockMethods::lockBeforeDate>("lockBeforeDate:")
-    .method<&ConditionLockMethods::lockWhenCondition>("lockWhenCondition:")
-    .method<&ConditionLockMethods::lockWhenConditionBeforeDate>("lockWhenCondition:beforeDate:")
-    .method<&ConditionLockMethods::tryLockWhenCondition>("tryLockWhenCondition:")
-    .method<&ConditionLockMethods::unlock>("unlock")
-    .method<&ConditionLockMethods::unlockWithCondition>("unlockWithCondition:")
-    .method<&ConditionLockMethods::description>("description")
-    .method<&ConditionLockMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPConditionLock, ConditionLockMethods, adopts(ZPLocking), initWithCondition, condition, lock, tryLock,
+                  lockBeforeDate, lockWhenCondition, lockWhenCondition_beforeDate, tryLockWhenCondition, unlock,
+                  unlockWithCondition, description, dealloc, classMethods(allocWithZone));
 
-ZP_IMPLEMENT(ZPCondition)
-    .adopts<ZPLocking>()
-    .classMethod<&ConditionMethods::allocWithZone>("allocWithZone:")
-    .method<&ConditionMethods::lock>("lock")
-    .method<&ConditionMethods::unlock>("unlock")
-    .method<&ConditionMethods::wait>("wait")
-    .method<&ConditionMethods::waitUntilDate>("waitUntilDate:")
-    .method<&ConditionMethods::signal>("signal")
-    .method<&ConditionMethods::broadcast>("broadcast")
-    .method<&ConditionMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPCondition, ConditionMethods, adopts(ZPLocking), lock, unlock, wait, waitUntilDate, signal,
+                  broadcast, dealloc, classMethods(allocWithZone));

@@ -121,22 +121,10 @@ struct RecursiveLockMethods : _ZPLockMethods<ZPRecursiveLock, RecursiveWord> {
 
 }  // namespace
 
-ZP_DEFINE_PROTOCOL(ZPLocking).method<void()>("lock").method<void()>("unlock");
+ZP_DEFINE_PROTOCOL(ZPLocking, lock, unlock);
 
-ZP_IMPLEMENT(ZPLock)
-    .adopts<ZPLocking>()
-    .classMethod<&LockMethods::allocWithZone>("allocWithZone:")
-    .method<&LockMethods::lock>("lock")
-    .method<&LockMethods::unlock>("unlock")
-    .method<&LockMethods::tryLock>("tryLock")
-    .method<&LockMethods::lockBeforeDate>("lockBeforeDate:")
-    .method<&LockMethods::description>("description");
+ZP_IMPLEMENT_WITH(ZPLock, LockMethods, adopts(ZPLocking), lock, unlock, tryLock, lockBeforeDate, description,
+                  classMethods(allocWithZone));
 
-ZP_IMPLEMENT(ZPRecursiveLock)
-    .adopts<ZPLocking>()
-    .classMethod<&RecursiveLockMethods::allocWithZone>("allocWithZone:")
-    .method<&RecursiveLockMethods::lock>("lock")
-    .method<&RecursiveLockMethods::unlock>("unlock")
-    .method<&RecursiveLockMethods::tryLock>("tryLock")
-    .method<&RecursiveLockMethods::lockBeforeDate>("lockBeforeDate:")
-    .method<&RecursiveLockMethods::description>("description");
+ZP_IMPLEMENT_WITH(ZPRecursiveLock, RecursiveLockMethods, adopts(ZPLocking), lock, unlock, tryLock, lockBeforeDate,
+                  description, classMethods(allocWithZone));

@@ -11,6 +11,10 @@ ZP_FORWARD(ZPDate);
 /// What every lock answers: `lock` and `unlock`.
 struct ZPLocking {
     ZP_PROTOCOL(ZPLocking)
+    /// Waits until the lock is free, and takes it.
+    void lock();
+    /// Gives the lock up.
+    void unlock();
 };
 
 /// A lock without an owner: any thread may unlock it, and a thread that locks it twice waits until another unlocks it.
@@ -20,14 +24,14 @@ struct ZPLock : ZPObject {
     void *_priv;
 
     /// Waits until the lock is free and takes it.
-    void lock() { objc_msgSend(this, "lock"_sel); }
+    void lock() ZP_TELLS();
     /// Frees the lock and wakes one waiter. Unlocking a free lock leaves it free.
-    void unlock() { objc_msgSend(this, "unlock"_sel); }
+    void unlock() ZP_TELLS();
     /// Takes the lock if it is free; answers whether it did.
-    BOOL tryLock() { return objc_msgSend<BOOL>(this, "tryLock"_sel); }
+    BOOL tryLock() ZP_ASKS();
     /// Waits until the limit date at most, by the clock of the host; answers whether it took the lock. A limit in
     /// the past still takes a free lock.
-    BOOL lockBeforeDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "lockBeforeDate:"_sel, limit); }
+    BOOL lockBeforeDate(ZPDate *limit) ZP_ASKS(limit);
 };
 
 /// A lock without an owner that carries a number, its condition, for which a thread can wait. Any thread may use it;
@@ -37,31 +41,25 @@ struct ZPConditionLock : ZPObject {
     void *_priv;
 
     /// A free lock with the condition; `init` gives 0.
-    ZPConditionLock *initWithCondition(int condition) {
-        return objc_msgSend<ZPConditionLock *>(this, "initWithCondition:"_sel, condition);
-    }
+    ZPConditionLock *initWithCondition(int condition) ZP_ASKS(condition);
     /// The condition as it is now; only the holder knows that it stays so.
-    int condition() { return objc_msgSend<int>(this, "condition"_sel); }
+    int condition() ZP_ASKS();
     /// Waits until the lock is free and takes it, whatever its condition.
-    void lock() { objc_msgSend(this, "lock"_sel); }
+    void lock() ZP_TELLS();
     /// Takes the lock if it is free, whatever its condition; answers whether it did.
-    BOOL tryLock() { return objc_msgSend<BOOL>(this, "tryLock"_sel); }
+    BOOL tryLock() ZP_ASKS();
     /// Waits until the limit date at most, whatever the condition; answers whether it took the lock.
-    BOOL lockBeforeDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "lockBeforeDate:"_sel, limit); }
+    BOOL lockBeforeDate(ZPDate *limit) ZP_ASKS(limit);
     /// Waits until the lock is free and has the condition, and takes it.
-    void lockWhenCondition(int condition) { objc_msgSend(this, "lockWhenCondition:"_sel, condition); }
+    void lockWhenCondition(int condition) ZP_TELLS(condition);
     /// The same until the limit date at most; answers whether it took the lock.
-    BOOL lockWhenCondition_beforeDate(int condition, ZPDate *limit) {
-        return objc_msgSend<BOOL>(this, "lockWhenCondition:beforeDate:"_sel, condition, limit);
-    }
+    BOOL lockWhenCondition_beforeDate(int condition, ZPDate *limit) ZP_ASKS(condition, limit);
     /// Takes the lock if it is free and has the condition; answers whether it did.
-    BOOL tryLockWhenCondition(int condition) {
-        return objc_msgSend<BOOL>(this, "tryLockWhenCondition:"_sel, condition);
-    }
+    BOOL tryLockWhenCondition(int condition) ZP_ASKS(condition);
     /// Frees the lock, with its condition as it is, and wakes every waiter.
-    void unlock() { objc_msgSend(this, "unlock"_sel); }
+    void unlock() ZP_TELLS();
     /// The same with a new condition.
-    void unlockWithCondition(int condition) { objc_msgSend(this, "unlockWithCondition:"_sel, condition); }
+    void unlockWithCondition(int condition) ZP_TELLS(condition);
 };
 
 /// A lock that the thread holding it may take again; it is free when it has been unlocked as often. Any thread may use
@@ -71,14 +69,14 @@ struct ZPRecursiveLock : ZPObject {
     void *_priv;
 
     /// Takes the lock, once more when the calling thread holds it.
-    void lock() { objc_msgSend(this, "lock"_sel); }
+    void lock() ZP_TELLS();
     /// Gives back one taking; only the thread that holds the lock may send it.
-    void unlock() { objc_msgSend(this, "unlock"_sel); }
+    void unlock() ZP_TELLS();
     /// Takes the lock if nobody holds it; NO also for the thread that does.
-    BOOL tryLock() { return objc_msgSend<BOOL>(this, "tryLock"_sel); }
+    BOOL tryLock() ZP_ASKS();
     /// Waits until the limit date at most; answers whether it took the lock, once more when the calling thread
     /// holds it.
-    BOOL lockBeforeDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "lockBeforeDate:"_sel, limit); }
+    BOOL lockBeforeDate(ZPDate *limit) ZP_ASKS(limit);
 };
 
 /// A mutex and the condition that its holder can wait for. A waiter holds the lock, tests what it waits for, and
@@ -89,15 +87,15 @@ struct ZPCondition : ZPObject {
     void *_priv;
 
     /// Waits until the mutex is free and takes it.
-    void lock() { objc_msgSend(this, "lock"_sel); }
+    void lock() ZP_TELLS();
     /// Frees the mutex; only the thread that holds it may send it.
-    void unlock() { objc_msgSend(this, "unlock"_sel); }
+    void unlock() ZP_TELLS();
     /// Frees the mutex, waits for a signal, and takes the mutex again; the caller holds it.
-    void wait() { objc_msgSend(this, "wait"_sel); }
+    void wait() ZP_TELLS();
     /// The same until the limit date at most; NO when that has passed.
-    BOOL waitUntilDate(ZPDate *limit) { return objc_msgSend<BOOL>(this, "waitUntilDate:"_sel, limit); }
+    BOOL waitUntilDate(ZPDate *limit) ZP_ASKS(limit);
     /// Wakes one waiter, if there is one.
-    void signal() { objc_msgSend(this, "signal"_sel); }
+    void signal() ZP_TELLS();
     /// Wakes all waiters.
-    void broadcast() { objc_msgSend(this, "broadcast"_sel); }
+    void broadcast() ZP_TELLS();
 };

@@ -78,7 +78,7 @@ void body(void *given) {
 }
 
 struct ThreadMethods : ZPThread {
-    static ZPThread *current(Class) {
+    static ZPThread *currentThread(Class) {
         ZPThreadData *data = ZPCurrentThreadData();
         if (!data->thread) [[unlikely]] {
             ZPThread *thread = ZPThread::alloc()->init();
@@ -88,10 +88,10 @@ struct ThreadMethods : ZPThread {
         }
         return static_cast<ZPThread *>(data->thread);
     }
-    static BOOL isMulti(Class) { return __atomic_load_n(&multiThreaded, __ATOMIC_ACQUIRE); }
-    static void enableSetObjcMultiThread(Class, BOOL flag) { __atomic_store_n(&tellsRuntime, flag, __ATOMIC_RELAXED); }
+    static BOOL isMultiThreaded(Class) { return __atomic_load_n(&multiThreaded, __ATOMIC_ACQUIRE); }
+    static void _enableSetObjcMultiThread(Class, BOOL flag) { __atomic_store_n(&tellsRuntime, flag, __ATOMIC_RELAXED); }
 
-    static void detach(Class self, SEL selector, id target, id argument) {
+    static void detachNewThreadSelector_toTarget_withObject(Class self, SEL selector, id target, id argument) {
         auto start = std::make_unique<Start>(target, selector, argument);
         if (__atomic_load_n(&tellsRuntime, __ATOMIC_RELAXED)) objc_setMultithreaded(1);
         becomeMultiThreaded();
@@ -104,7 +104,7 @@ struct ThreadMethods : ZPThread {
         cthread_detach(thread);
     }
 
-    static void exitCurrent(Class) { objc_msgSend(current(nullptr), "_exit"_sel); }
+    static void exit(Class) { objc_msgSend(currentThread(nullptr), "_exit"_sel); }
     void _exit() {
         post(ZPThreadWillExitNotification, this);
         endThread(ZPCurrentThreadData());
@@ -119,7 +119,7 @@ struct ThreadMethods : ZPThread {
 
     ZPMutableDictionary *threadDictionary() {
         if (!_threadDictionary) {
-            id dictionary = objc_msgSend<id>(classNamed("ZPMutableDictionary"), "allocWithZone:"_sel, zone());
+            id dictionary = objc_msgSend<id>(classNamed("ZPMutableDictionary"), "allocWithZone:"_sel, self()->zone());
             _threadDictionary = objc_msgSend<id>(dictionary, "initWithCapacity:"_sel, 3u).as<ZPMutableDictionary>();
         }
         return _threadDictionary;
@@ -128,8 +128,8 @@ struct ThreadMethods : ZPThread {
     void setRunLoop(ZPRunLoop *runLoop) { ZPReplaceField(_runLoop, runLoop); }
     ZPNotificationQueue *notificationQueue() { return _noteQueue; }
     void setNotificationQueue(ZPNotificationQueue *queue) { ZPReplaceField(_noteQueue, queue); }
-    void setThreadName(ZPString *) {}
-    ZPString *threadName() { return nullptr; }
+    void _setThreadName(ZPString *) {}
+    ZPString *_threadName() { return nullptr; }
 
     ZPString *description() {
         return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel,
@@ -177,20 +177,7 @@ struct ThreadMethods : ZPThread {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPThread)
-    .classMethod<&ThreadMethods::current>("currentThread")
-    .classMethod<&ThreadMethods::isMulti>("isMultiThreaded")
-    .classMethod<&ThreadMethods::enableSetObjcMultiThread>("_enableSetObjcMultiThread:")
-    .classMethod<&ThreadMethods::detach>("detachNewThreadSelector:toTarget:withObject:")
-    .classMethod<&ThreadMethods::exitCurrent>("exit")
-    .classMethod<&ThreadMethods::sleepUntilDate>("sleepUntilDate:")
-    .method<&ThreadMethods::_exit>("_exit")
-    .method<&ThreadMethods::threadDictionary>("threadDictionary")
-    .method<&ThreadMethods::runLoop>("runLoop")
-    .method<&ThreadMethods::setRunLoop>("setRunLoop:")
-    .method<&ThreadMethods::notificationQueue>("notificationQueue")
-    .method<&ThreadMethods::setNotificationQueue>("setNotificationQueue:")
-    .method<&ThreadMethods::setThreadName>("_setThreadName:")
-    .method<&ThreadMethods::threadName>("_threadName")
-    .method<&ThreadMethods::description>("description")
-    .method<&ThreadMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPThread, ThreadMethods, _exit, threadDictionary, runLoop, setRunLoop, notificationQueue,
+                  setNotificationQueue, _setThreadName, _threadName, description, dealloc,
+                  classMethods(currentThread, isMultiThreaded, _enableSetObjcMultiThread,
+                               detachNewThreadSelector_toTarget_withObject, exit, sleepUntilDate));

@@ -24,41 +24,36 @@ struct ZPThread : ZPObject {
     id _doConversationRequest;
 
     /// The calling thread's object.
-    static ZPThread *currentThread() { return objc_msgSend<ZPThread *>(class_(), "currentThread"_sel); }
+    static ZPThread *currentThread() ZP_CLASS_ASKS();
     /// NO until the first `detachNewThreadSelector`, then YES for good. Threads started outside the library do not
     /// count; the library's own state is safe with them as well.
-    static BOOL isMultiThreaded() { return objc_msgSend<BOOL>(class_(), "isMultiThreaded"_sel); }
+    static BOOL isMultiThreaded() ZP_CLASS_ASKS();
     /// Starts a thread that sends the selector to the target with the argument (which may be null) and then ends. The
     /// method makes its own autorelease pool. Target and argument are retained until it returns. The first call makes
     /// the process multithreaded before the new thread exists, and posts `ZPWillBecomeMultiThreadedNotification`.
     /// Raises ZPGenericException when the system gives no further thread.
-    static void detachNewThreadSelector_toTarget_withObject(SEL selector, id target, id argument) {
-        objc_msgSend(class_(), "detachNewThreadSelector:toTarget:withObject:"_sel, selector, target, argument);
-    }
+    static void detachNewThreadSelector_toTarget_withObject(SEL selector, id target, id argument)
+        ZP_CLASS_TELLS(selector, target, argument);
     /// Ends the calling thread: posts `ZPThreadWillExitNotification`, releases the thread's object with all that
     /// hangs on it and its autorelease pools, and unwinds its frames. Does not return. Code between may not swallow
     /// that unwinding, and no destructor that cannot be left by it may send this: not that of a
     /// ZPAutoreleasePoolScope, and with it no `dealloc` that it runs, which ends the process.
-    static void exit() { objc_msgSend(class_(), "exit"_sel); }
+    static void exit() ZP_CLASS_TELLS();
     /// Blocks the calling thread for the whole milliseconds that are left until the date, so that up to one may be
     /// left after it; returns at once when the date has passed. A date more than 4,294,967,295 milliseconds away
     /// blocks for ever.
-    static void sleepUntilDate(ZPDate *date) { objc_msgSend(class_(), "sleepUntilDate:"_sel, date); }
+    static void sleepUntilDate(ZPDate *date) ZP_CLASS_TELLS(date);
 
     /// A dictionary for the application's own use on this thread, made on first request; borrowed.
-    ZPMutableDictionary *threadDictionary() {
-        return objc_msgSend<ZPMutableDictionary *>(this, "threadDictionary"_sel);
-    }
+    ZPMutableDictionary *threadDictionary() ZP_ASKS();
     /// The thread's run loop, null until it has one; borrowed.
-    ZPRunLoop *runLoop() { return objc_msgSend<ZPRunLoop *>(this, "runLoop"_sel); }
+    ZPRunLoop *runLoop() ZP_ASKS();
     /// Retains the run loop and releases the former one.
-    void setRunLoop(ZPRunLoop *runLoop) { objc_msgSend(this, "setRunLoop:"_sel, runLoop); }
+    void setRunLoop(ZPRunLoop *runLoop) ZP_TELLS(runLoop);
     /// The thread's default notification queue, null until it has one; borrowed.
-    ZPNotificationQueue *notificationQueue() {
-        return objc_msgSend<ZPNotificationQueue *>(this, "notificationQueue"_sel);
-    }
+    ZPNotificationQueue *notificationQueue() ZP_ASKS();
     /// Retains the queue and releases the former one.
-    void setNotificationQueue(ZPNotificationQueue *queue) { objc_msgSend(this, "setNotificationQueue:"_sel, queue); }
+    void setNotificationQueue(ZPNotificationQueue *queue) ZP_TELLS(queue);
 };
 
 extern "C" {

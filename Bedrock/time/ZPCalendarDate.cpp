@@ -59,45 +59,53 @@ struct CalendarMethods : ZPCalendarDate {
     static ZPCalendarDate *calendarDate(Class self) {
         return make(self)->initWithTimeIntervalSinceReferenceDate(cthread_time())->autorelease().as<ZPCalendarDate>();
     }
-    static ZPCalendarDate *withFields(Class self, int year, unsigned month, unsigned day, unsigned hour,
-                                      unsigned minute, unsigned second, ZPTimeZone *zone) {
+    static ZPCalendarDate *dateWithYear_month_day_hour_minute_second_timeZone(Class self, int yearOfCommonEra,
+                                                                              unsigned monthOfYear, unsigned dayOfMonth,
+                                                                              unsigned hourOfDay, unsigned minuteOfHour,
+                                                                              unsigned secondOfMinute,
+                                                                              ZPTimeZone *zone) {
         return make(self)
-            ->initWithYear_month_day_hour_minute_second_timeZone(year, month, day, hour, minute, second, zone)
+            ->initWithYear_month_day_hour_minute_second_timeZone(yearOfCommonEra, monthOfYear, dayOfMonth, hourOfDay,
+                                                                 minuteOfHour, secondOfMinute, zone)
             ->autorelease()
             .as<ZPCalendarDate>();
     }
-    static ZPCalendarDate *withString(Class self, ZPString *text, ZPString *format) {
-        return withStringLocale(self, text, format, nullptr);
+    static ZPCalendarDate *dateWithString_calendarFormat(Class self, ZPString *text, ZPString *format) {
+        return dateWithString_calendarFormat_locale(self, text, format, nullptr);
     }
-    static ZPCalendarDate *withStringLocale(Class self, ZPString *text, ZPString *format, ZPDictionary *locale) {
+    static ZPCalendarDate *dateWithString_calendarFormat_locale(Class self, ZPString *text, ZPString *format,
+                                                                ZPDictionary *locale) {
         return make(self)
             ->initWithString_calendarFormat_locale(text, format, locale)
             ->autorelease()
             .as<ZPCalendarDate>();
     }
 
-    id initWithTime(double seconds) {
+    id initWithTimeIntervalSinceReferenceDate(double seconds) {
         _timeIntervalSinceReferenceDate = seconds;
         _fields = 0;
         if (!_timeZone) setTimeZone(nullptr);
         if (!_formatString) _formatString = _ZPDefaultCalendarFormat();
         return this;
     }
-    id initWithFields(int year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second,
-                      ZPTimeZone *zone) {
-        _ZPSetDateFields(this, year, month & 0xFF, day & 0xFF, hour * 3600.0 + minute * 60.0 + second, zone);
+    id initWithYear_month_day_hour_minute_second_timeZone(int yearOfCommonEra, unsigned monthOfYear,
+                                                          unsigned dayOfMonth, unsigned hourOfDay,
+                                                          unsigned minuteOfHour, unsigned secondOfMinute,
+                                                          ZPTimeZone *zone) {
+        _ZPSetDateFields(this, yearOfCommonEra, monthOfYear & 0xFF, dayOfMonth & 0xFF,
+                         hourOfDay * 3600.0 + minuteOfHour * 60.0 + secondOfMinute, zone);
         return this;
     }
-    id initWithString(ZPString *text, ZPString *format) {
-        return initWithString_calendarFormat_locale(text, format, nullptr);
+    id initWithString_calendarFormat(ZPString *text, ZPString *format) {
+        return self()->initWithString_calendarFormat_locale(text, format, nullptr);
     }
-    id initWithStringLocale(ZPString *text, ZPString *format, ZPDictionary *locale) {
+    id initWithString_calendarFormat_locale(ZPString *text, ZPString *format, ZPDictionary *locale) {
         if (_ZPParseDate(this, text, format, locale)) return this;
-        release();
+        self()->release();
         return nullptr;
     }
 
-    double time() { return _timeIntervalSinceReferenceDate; }
+    double timeIntervalSinceReferenceDate() { return _timeIntervalSinceReferenceDate; }
     ZPTimeZoneDetail *timeZoneDetail() { return _timeZone; }
     void setTimeZone(ZPTimeZone *zone) {
         ZPReplaceField(_timeZone, _ZPDetailAt(zone, _timeIntervalSinceReferenceDate, this));
@@ -113,31 +121,34 @@ struct CalendarMethods : ZPCalendarDate {
     // ---- fields ----
 
     int dayOfCommonEra() {
-        double day = (_timeIntervalSinceReferenceDate + _ZPOffsetOf(_timeZone)) / double(_ZPSecondsPerDay) +
-                     double(_ZPReferenceDay);
-        return day >= 1 && day < 2147483647.0 ? int(dayOf(this)) : clampedInt(day);
+        double dayOfMonth = (_timeIntervalSinceReferenceDate + _ZPOffsetOf(_timeZone)) / double(_ZPSecondsPerDay) +
+                            double(_ZPReferenceDay);
+        return dayOfMonth >= 1 && dayOfMonth < 2147483647.0 ? int(dayOf(this)) : clampedInt(dayOfMonth);
     }
-    int year() { return int(Packed(this).bits & 0xFFFFFF); }
-    int month() { return Packed(this).field(24); }
-    int day() { return Packed(this).field(32); }
+    int yearOfCommonEra() { return int(Packed(this).bits & 0xFFFFFF); }
+    int monthOfYear() { return Packed(this).field(24); }
+    int dayOfMonth() { return Packed(this).field(32); }
     int dayOfWeek() { return int(dayOf(this) % 7); }
     int dayOfYear() { return _gregorian_from_absolute(dayOf(this)).dayOfYear; }
-    int hour() { return Packed(this).field(40); }
-    int minute() { return Packed(this).field(48); }
-    int second() { return Packed(this).field(56); }
+    int hourOfDay() { return Packed(this).field(40); }
+    int minuteOfHour() { return Packed(this).field(48); }
+    int secondOfMinute() { return Packed(this).field(56); }
 
     // ---- arithmetic ----
 
-    ZPCalendarDate *adding(int years, int months, int days, int hours, int minutes, int seconds) {
+    ZPCalendarDate *dateByAddingYears_months_days_hours_minutes_seconds(int years, int months, int days, int hours,
+                                                                        int minutes, int seconds) {
         _ZPDateFields f = _ZPFieldsOf(this);
-        long long month = f.month - 1LL + months, year = f.year + years + _ZPFloorDivide(month, 12);
-        auto ofYear = unsigned(_ZPFloorModulo(month, 12) + 1);
-        long long day = std::min(f.day, _last_day_of_gregorian_month(ofYear, year)) + static_cast<long long>(days);
-        long long second = (f.hour + static_cast<long long>(hours)) * 3600 +
-                           (f.minute + static_cast<long long>(minutes)) * 60 + f.second + seconds;
-        ZPCalendarDate *sum = make(objectClass());
-        _ZPSetDateFields(sum, year, ofYear, day + _ZPFloorDivide(second, _ZPSecondsPerDay),
-                         double(_ZPFloorModulo(second, 86400)), _timeZone);
+        long long monthOfYear = f.month - 1LL + months,
+                  yearOfCommonEra = f.year + years + _ZPFloorDivide(monthOfYear, 12);
+        auto ofYear = unsigned(_ZPFloorModulo(monthOfYear, 12) + 1);
+        long long dayOfMonth =
+            std::min(f.day, _last_day_of_gregorian_month(ofYear, yearOfCommonEra)) + static_cast<long long>(days);
+        long long secondOfMinute = (f.hour + static_cast<long long>(hours)) * 3600 +
+                                   (f.minute + static_cast<long long>(minutes)) * 60 + f.second + seconds;
+        ZPCalendarDate *sum = make(self()->objectClass());
+        _ZPSetDateFields(sum, yearOfCommonEra, ofYear, dayOfMonth + _ZPFloorDivide(secondOfMinute, _ZPSecondsPerDay),
+                         double(_ZPFloorModulo(secondOfMinute, 86400)), _timeZone);
         sum->_timeIntervalSinceReferenceDate +=
             _timeIntervalSinceReferenceDate - std::floor(_timeIntervalSinceReferenceDate);
         sum->setCalendarFormat(_formatString);
@@ -145,7 +156,8 @@ struct CalendarMethods : ZPCalendarDate {
     }
 
     // For each unit asked for, the greatest count with which the other date does not pass this one.
-    void difference(int *years, int *months, int *days, int *hours, int *minutes, int *seconds, ZPDate *other) {
+    void years_months_days_hours_minutes_seconds_sinceDate(int *years, int *months, int *days, int *hours, int *minutes,
+                                                           int *seconds, ZPDate *other) {
         int *outputs[6] = {years, months, days, hours, minutes, seconds};
         constexpr double lengths[5] = {31556952, 2629746, 86400, 3600, 60};
         for (int *output : outputs)
@@ -168,22 +180,25 @@ struct CalendarMethods : ZPCalendarDate {
                 count = n;
                 return counts.addedTo(from)->_timeIntervalSinceReferenceDate;
             };
-            auto passes = [&](double time) { return step > 0 ? time > mine : time < mine; };
+            auto passes = [&](double timeIntervalSinceReferenceDate) {
+                return step > 0 ? timeIntervalSinceReferenceDate > mine : timeIntervalSinceReferenceDate < mine;
+            };
             // The mean length leads near the answer; no unit strays from it by more than a few of its own.
             constexpr double most = 2147483000.0;
             int n = int(std::clamp((mine - base) / lengths[unit], -most, most));
-            double time = timeAt(n);
-            for (int tries = 0; tries < 64 && passes(time) && n != 0; ++tries) time = timeAt(n -= step);
+            double timeIntervalSinceReferenceDate = timeAt(n);
+            for (int tries = 0; tries < 64 && passes(timeIntervalSinceReferenceDate) && n != 0; ++tries)
+                timeIntervalSinceReferenceDate = timeAt(n -= step);
             for (int tries = 0; tries < 64; ++tries) {
                 if (std::abs(double(n)) >= most) break;
                 double next = timeAt(n + step);
                 if (passes(next)) break;
                 n += step;
-                time = next;
+                timeIntervalSinceReferenceDate = next;
             }
             count = n;
             *outputs[unit] = n;
-            base = time;
+            base = timeIntervalSinceReferenceDate;
         }
         if (seconds) *seconds = clampedInt(mine - base);
     }
@@ -199,15 +214,18 @@ struct CalendarMethods : ZPCalendarDate {
 
     ZPString *description() { return _ZPFormatDate(this, _formatString, nullptr); }
     ZPString *descriptionWithLocale(ZPDictionary *locale) { return _ZPFormatDate(this, _formatString, locale); }
-    ZPString *descriptionWithFormat(ZPString *format) { return descriptionWithCalendarFormat_locale(format, nullptr); }
-    ZPString *descriptionWithFormatLocale(ZPString *format, ZPDictionary *locale) {
+    ZPString *descriptionWithCalendarFormat(ZPString *format) {
+        return self()->descriptionWithCalendarFormat_locale(format, nullptr);
+    }
+    ZPString *descriptionWithCalendarFormat_locale(ZPString *format, ZPDictionary *locale) {
         return _ZPFormatDate(this, format, locale);
     }
 
     // ---- the object ----
 
     id copyWithZone(ZPZone *zone) {
-        auto *copy = objc_msgSend<id>(id(objectClass()), "allocWithZone:"_sel, zone).unchecked<ZPCalendarDate>();
+        auto *copy =
+            objc_msgSend<id>(id(self()->objectClass()), "allocWithZone:"_sel, zone).unchecked<ZPCalendarDate>();
         ZPReplaceField(copy->_timeZone, _timeZone);
         copy->_timeIntervalSinceReferenceDate = _timeIntervalSinceReferenceDate;
         copy->setCalendarFormat(_formatString);
@@ -222,11 +240,11 @@ struct CalendarMethods : ZPCalendarDate {
     }
     id initWithCoder(ZPCoder *coder) {
         id from((objc_object *)coder);
-        double time = 0;
-        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"d", (void *)&time);
+        double timeIntervalSinceReferenceDate = 0;
+        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"d", (void *)&timeIntervalSinceReferenceDate);
         objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"@", (void *)&_timeZone);
         objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"@", (void *)&_formatString);
-        return initWithTimeIntervalSinceReferenceDate(time);
+        return self()->initWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate);
     }
     Class classForCoder() { return ZPCalendarDate::class_(); }
     id replacementObjectForPortCoder(ZPPortCoder *coder) {
@@ -244,28 +262,28 @@ struct CalendarMethods : ZPCalendarDate {
 
 // What every date does by way of a calendar date.
 struct DateExtras : ZPDate {
-    ZPCalendarDate *dated(ZPString *format, ZPTimeZone *zone) {
-        double time = timeIntervalSinceReferenceDate();
+    ZPCalendarDate *dateWithCalendarFormat_timeZone(ZPString *format, ZPTimeZone *zone) {
+        double time = self()->timeIntervalSinceReferenceDate();
         auto date = ZPAdopt<ZPCalendarDate>(ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(time));
         if (zone) date->setTimeZone(zone);
         if (format) date->setCalendarFormat(format);
         return std::move(date).autoreleased();
     }
-    ZPString *describe(ZPDictionary *locale) {
-        ZPCalendarDate *date = dated(nullptr, nullptr);
+    ZPString *descriptionWithLocale(ZPDictionary *locale) {
+        ZPCalendarDate *date = dateWithCalendarFormat_timeZone(nullptr, nullptr);
         return locale ? date->descriptionWithCalendarFormat_locale("%c"_zp, locale) : date->description();
     }
-    ZPString *describeWith(ZPString *format, ZPTimeZone *zone, ZPDictionary *locale) {
-        return dated(format, zone)->descriptionWithLocale(locale);
+    ZPString *descriptionWithCalendarFormat_timeZone_locale(ZPString *format, ZPTimeZone *zone, ZPDictionary *locale) {
+        return dateWithCalendarFormat_timeZone(format, zone)->descriptionWithLocale(locale);
     }
     id initWithString(ZPString *text) {
         double time;
         int offset;
         if (!_ZPParseFixedDate(text, &time, &offset)) {
-            release();
+            self()->release();
             return nullptr;
         }
-        ZPDate *date = initWithTimeIntervalSinceReferenceDate(time);
+        ZPDate *date = self()->initWithTimeIntervalSinceReferenceDate(time);
         if (date->respondsToSelector("setTimeZone:"_sel))
             objc_msgSend(date, "setTimeZone:"_sel, (ZPTimeZone *)ZPTimeZone::timeZoneForSecondsFromGMT(offset));
         return date;
@@ -310,45 +328,17 @@ void _ZPSetDateFields(ZPCalendarDate *date, long long year, unsigned month, long
     if (!date->_formatString) date->_formatString = _ZPDefaultCalendarFormat();
 }
 
-ZP_IMPLEMENT(ZPCalendarDate)
-    .classMethod<&CalendarMethods::calendarDate>("calendarDate")
-    .classMethod<&CalendarMethods::withFields>("dateWithYear:month:day:hour:minute:second:timeZone:")
-    .classMethod<&CalendarMethods::withString>("dateWithString:calendarFormat:")
-    .classMethod<&CalendarMethods::withStringLocale>("dateWithString:calendarFormat:locale:")
-    .method<&CalendarMethods::initWithTime>("initWithTimeIntervalSinceReferenceDate:")
-    .method<&CalendarMethods::initWithFields>("initWithYear:month:day:hour:minute:second:timeZone:")
-    .method<&CalendarMethods::initWithString>("initWithString:calendarFormat:")
-    .method<&CalendarMethods::initWithStringLocale>("initWithString:calendarFormat:locale:")
-    .method<&CalendarMethods::time>("timeIntervalSinceReferenceDate")
-    .method<&CalendarMethods::timeZoneDetail>("timeZoneDetail")
-    .method<&CalendarMethods::setTimeZone>("setTimeZone:")
-    .method<&CalendarMethods::calendarFormat>("calendarFormat")
-    .method<&CalendarMethods::setCalendarFormat>("setCalendarFormat:")
-    .method<&CalendarMethods::dayOfCommonEra>("dayOfCommonEra")
-    .method<&CalendarMethods::year>("yearOfCommonEra")
-    .method<&CalendarMethods::month>("monthOfYear")
-    .method<&CalendarMethods::day>("dayOfMonth")
-    .method<&CalendarMethods::dayOfWeek>("dayOfWeek")
-    .method<&CalendarMethods::dayOfYear>("dayOfYear")
-    .method<&CalendarMethods::hour>("hourOfDay")
-    .method<&CalendarMethods::minute>("minuteOfHour")
-    .method<&CalendarMethods::second>("secondOfMinute")
-    .method<&CalendarMethods::adding>("dateByAddingYears:months:days:hours:minutes:seconds:")
-    .method<&CalendarMethods::difference>("years:months:days:hours:minutes:seconds:sinceDate:")
-    .method<&CalendarMethods::addTimeInterval>("addTimeInterval:")
-    .method<&CalendarMethods::description>("description")
-    .method<&CalendarMethods::descriptionWithLocale>("descriptionWithLocale:")
-    .method<&CalendarMethods::descriptionWithFormat>("descriptionWithCalendarFormat:")
-    .method<&CalendarMethods::descriptionWithFormatLocale>("descriptionWithCalendarFormat:locale:")
-    .method<&CalendarMethods::copyWithZone>("copyWithZone:")
-    .method<&CalendarMethods::encodeWithCoder>("encodeWithCoder:")
-    .method<&CalendarMethods::initWithCoder>("initWithCoder:")
-    .method<&CalendarMethods::classForCoder>("classForCoder")
-    .method<&CalendarMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
-    .method<&CalendarMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPCalendarDate, CalendarMethods, initWithTimeIntervalSinceReferenceDate,
+                  initWithYear_month_day_hour_minute_second_timeZone, initWithString_calendarFormat,
+                  initWithString_calendarFormat_locale, timeIntervalSinceReferenceDate, timeZoneDetail, setTimeZone,
+                  calendarFormat, setCalendarFormat, dayOfCommonEra, yearOfCommonEra, monthOfYear, dayOfMonth,
+                  dayOfWeek, dayOfYear, hourOfDay, minuteOfHour, secondOfMinute,
+                  dateByAddingYears_months_days_hours_minutes_seconds,
+                  years_months_days_hours_minutes_seconds_sinceDate, addTimeInterval, description,
+                  descriptionWithLocale, descriptionWithCalendarFormat, descriptionWithCalendarFormat_locale,
+                  copyWithZone, encodeWithCoder, initWithCoder, classForCoder, replacementObjectForPortCoder, dealloc,
+                  classMethods(calendarDate, dateWithYear_month_day_hour_minute_second_timeZone,
+                               dateWithString_calendarFormat, dateWithString_calendarFormat_locale));
 
-ZP_CATEGORY(ZPDate, ZPCalendarExtras)
-    .method<&DateExtras::describe>("descriptionWithLocale:")
-    .method<&DateExtras::describeWith>("descriptionWithCalendarFormat:timeZone:locale:")
-    .method<&DateExtras::dated>("dateWithCalendarFormat:timeZone:")
-    .method<&DateExtras::initWithString>("initWithString:");
+ZP_CATEGORY(ZPDate, DateExtras, descriptionWithLocale, descriptionWithCalendarFormat_timeZone_locale,
+            dateWithCalendarFormat_timeZone, initWithString);

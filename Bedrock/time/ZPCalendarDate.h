@@ -31,74 +31,62 @@ struct ZPCalendarDate : ZPDate {
     unsigned long long _fields;
 
     /// Now, autoreleased, as are the dates of all class messages.
-    static ZPCalendarDate *calendarDate() { return objc_msgSend<ZPCalendarDate *>(class_(), "calendarDate"_sel); }
+    static ZPCalendarDate *calendarDate() ZP_CLASS_ASKS();
     /// A date by the calendar of a zone. Months and days count from 1. Nothing is checked: a day past the month's end
     /// is one of the next month, hour 25 is 1 of the next day. For changes of the zone's clocks see above.
     static ZPCalendarDate *dateWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day,
                                                                               unsigned hour, unsigned minute,
-                                                                              unsigned second, ZPTimeZone *zone) {
-        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithYear:month:day:hour:minute:second:timeZone:"_sel, year,
-                                              month, day, hour, minute, second, zone);
-    }
+                                                                              unsigned second, ZPTimeZone *zone)
+        ZP_CLASS_ASKS(year, month, day, hour, minute, second, zone);
     /// As the class message.
     ZPCalendarDate *initWithYear_month_day_hour_minute_second_timeZone(int year, unsigned month, unsigned day,
                                                                        unsigned hour, unsigned minute, unsigned second,
-                                                                       ZPTimeZone *zone) {
-        return objc_msgSend<ZPCalendarDate *>(this, "initWithYear:month:day:hour:minute:second:timeZone:"_sel, year,
-                                              month, day, hour, minute, second, zone);
-    }
+                                                                       ZPTimeZone *zone)
+        ZP_ASKS(year, month, day, hour, minute, second, zone);
     /// Reads a text by a format. White space before a token is passed over, names are read in either case, what
     /// follows the format's end is ignored. What the text does not say: this year, January, the first, midnight, the
     /// default zone. Null when the text does not match. Numbers are not checked against the calendar, but for a day of
     /// the year that contradicts a month or day: "32/01/2024" is February 1.
-    static ZPCalendarDate *dateWithString_calendarFormat(ZPString *text, ZPString *format) {
-        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithString:calendarFormat:"_sel, text, format);
-    }
+    static ZPCalendarDate *dateWithString_calendarFormat(ZPString *text, ZPString *format) ZP_CLASS_ASKS(text, format);
     /// The same with the names of a locale.
-    static ZPCalendarDate *dateWithString_calendarFormat_locale(ZPString *text, ZPString *format,
-                                                                ZPDictionary *locale) {
-        return objc_msgSend<ZPCalendarDate *>(class_(), "dateWithString:calendarFormat:locale:"_sel, text, format,
-                                              locale);
-    }
+    static ZPCalendarDate *dateWithString_calendarFormat_locale(ZPString *text, ZPString *format, ZPDictionary *locale)
+        ZP_CLASS_ASKS(text, format, locale);
     /// As the class message.
-    ZPCalendarDate *initWithString_calendarFormat(ZPString *text, ZPString *format) {
-        return objc_msgSend<ZPCalendarDate *>(this, "initWithString:calendarFormat:"_sel, text, format);
-    }
+    ZPCalendarDate *initWithString_calendarFormat(ZPString *text, ZPString *format) ZP_ASKS(text, format);
     /// As the class message.
-    ZPCalendarDate *initWithString_calendarFormat_locale(ZPString *text, ZPString *format, ZPDictionary *locale) {
-        return objc_msgSend<ZPCalendarDate *>(this, "initWithString:calendarFormat:locale:"_sel, text, format, locale);
-    }
+    ZPCalendarDate *initWithString_calendarFormat_locale(ZPString *text, ZPString *format, ZPDictionary *locale)
+        ZP_ASKS(text, format, locale);
 
     /// The detail of the date's zone that is in force at it; borrowed.
-    ZPTimeZoneDetail *timeZoneDetail() { return objc_msgSend<ZPTimeZoneDetail *>(this, "timeZoneDetail"_sel); }
+    ZPTimeZoneDetail *timeZoneDetail() ZP_ASKS();
     /// Takes the zone's detail for this date, which stays the same point in time; retained.
-    void setTimeZone(ZPTimeZone *zone) { objc_msgSend(this, "setTimeZone:"_sel, zone); }
+    void setTimeZone(ZPTimeZone *zone) ZP_TELLS(zone);
     /// The format of its description; borrowed.
-    ZPString *calendarFormat() { return objc_msgSend<ZPString *>(this, "calendarFormat"_sel); }
+    ZPString *calendarFormat() ZP_ASKS();
     /// Keeps a copy of the format.
-    void setCalendarFormat(ZPString *format) { objc_msgSend(this, "setCalendarFormat:"_sel, format); }
+    void setCalendarFormat(ZPString *format) ZP_TELLS(format);
 
     // ---- the calendar, in the date's zone. Of a date before year 1 the fields are those of January 1 of year 1, of
     // one beyond day 2,147,483,647 those of 4001-01-02; the time of the day is its own ----
 
     /// The number of the day; 1 is January 1 of year 1, a Monday, and the days before it are 0 and negative.
-    int dayOfCommonEra() { return objc_msgSend<int>(this, "dayOfCommonEra"_sel); }
+    int dayOfCommonEra() ZP_ASKS();
     /// The year, from 1: also a date before year 1 answers 1.
-    int yearOfCommonEra() { return objc_msgSend<int>(this, "yearOfCommonEra"_sel); }
+    int yearOfCommonEra() ZP_ASKS();
     /// From 1 to 12.
-    int monthOfYear() { return objc_msgSend<int>(this, "monthOfYear"_sel); }
+    int monthOfYear() ZP_ASKS();
     /// From 1 to 31.
-    int dayOfMonth() { return objc_msgSend<int>(this, "dayOfMonth"_sel); }
+    int dayOfMonth() ZP_ASKS();
     /// From 0, Sunday, to 6.
-    int dayOfWeek() { return objc_msgSend<int>(this, "dayOfWeek"_sel); }
+    int dayOfWeek() ZP_ASKS();
     /// From 1 to 366.
-    int dayOfYear() { return objc_msgSend<int>(this, "dayOfYear"_sel); }
+    int dayOfYear() ZP_ASKS();
     /// From 0 to 23.
-    int hourOfDay() { return objc_msgSend<int>(this, "hourOfDay"_sel); }
+    int hourOfDay() ZP_ASKS();
     /// From 0 to 59.
-    int minuteOfHour() { return objc_msgSend<int>(this, "minuteOfHour"_sel); }
+    int minuteOfHour() ZP_ASKS();
     /// From 0 to 59; the fraction is cut off.
-    int secondOfMinute() { return objc_msgSend<int>(this, "secondOfMinute"_sel); }
+    int secondOfMinute() ZP_ASKS();
 
     /// An autoreleased date: years and months are added first, and the day cut to the length of the month that gives;
     /// then days, then the rest. Each may be negative. All of it happens to the fields of the date's zone, which are
@@ -106,25 +94,17 @@ struct ZPCalendarDate : ZPDate {
     /// an hour of time. In Berlin 2024-03-31 01:59 +0100 and 60 seconds give 02:00 +0200, 3,540 seconds earlier. What
     /// is meant as time is added by `addTimeInterval`.
     ZPCalendarDate *dateByAddingYears_months_days_hours_minutes_seconds(int years, int months, int days, int hours,
-                                                                        int minutes, int seconds) {
-        return objc_msgSend<ZPCalendarDate *>(this, "dateByAddingYears:months:days:hours:minutes:seconds:"_sel, years,
-                                              months, days, hours, minutes, seconds);
-    }
+                                                                        int minutes, int seconds)
+        ZP_ASKS(years, months, days, hours, minutes, seconds);
     /// What must be added to the other date, by the message above and in its zone, to come to this one, in the units
     /// whose pointers are not null. Hours and minutes are therefore those of the clock: a day has 24 hours also when
     /// the clocks change in it. `timeIntervalSinceDate` measures time.
     void years_months_days_hours_minutes_seconds_sinceDate(int *years, int *months, int *days, int *hours, int *minutes,
-                                                           int *seconds, ZPDate *date) {
-        objc_msgSend(this, "years:months:days:hours:minutes:seconds:sinceDate:"_sel, years, months, days, hours,
-                     minutes, seconds, date);
-    }
+                                                           int *seconds, ZPDate *date)
+        ZP_TELLS(years, months, days, hours, minutes, seconds, date);
 
     /// The date in another format than its own; autoreleased.
-    ZPString *descriptionWithCalendarFormat(ZPString *format) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:"_sel, format);
-    }
+    ZPString *descriptionWithCalendarFormat(ZPString *format) ZP_ASKS(format);
     /// The same with the names of a locale.
-    ZPString *descriptionWithCalendarFormat_locale(ZPString *format, ZPDictionary *locale) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:locale:"_sel, format, locale);
-    }
+    ZPString *descriptionWithCalendarFormat_locale(ZPString *format, ZPDictionary *locale) ZP_ASKS(format, locale);
 };

@@ -25,12 +25,12 @@ struct ZPConcreteDate : ZPDate {
         _time = cthread_time();
         return this;
     }
-    id initWithTime(double seconds) {
+    id initWithTimeIntervalSinceReferenceDate(double seconds) {
         _time = seconds;
         return this;
     }
-    double time() { return _time; }
-    id copyWithZone(ZPZone *) { return retain(); }
+    double timeIntervalSinceReferenceDate() { return _time; }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
 };
 
 struct ZPDistantDate : ZPDate {
@@ -44,7 +44,7 @@ struct ZPDistantDate : ZPDate {
     double timeIntervalSinceReferenceDate() { return _timeInterval; }
     double timeIntervalSinceNow() { return _timeInterval; }
     double timeIntervalSince1970() { return _timeInterval; }
-    double timeSinceDate(ZPDate *) { return _timeInterval; }
+    double timeIntervalSinceDate(ZPDate *) { return _timeInterval; }
     id copyWithZone(ZPZone *) { return this; }
     ZPDate *addTimeInterval(double) { return this; }
     BOOL isPast() { return _timeInterval < 0; }
@@ -80,14 +80,18 @@ struct DateMethods : ZPDate {
         return ZPAllocateObject(self == ZPDate::class_() ? ZPConcreteDate::class_() : self, 0, zone);
     }
     static ZPDate *date(Class self) { return make(self, cthread_time()); }
-    static ZPDate *withReference(Class self, double seconds) { return make(self, seconds); }
-    static ZPDate *withNow(Class self, double seconds) { return make(self, cthread_time() + seconds); }
-    static ZPDate *with1970(Class self, double seconds) { return make(self, seconds - ZPTimeIntervalSince1970); }
-    static ZPDate *withDate(Class self, ZPDate *date) { return make(self, date->timeIntervalSinceReferenceDate()); }
-    static ZPDate *withInterval(Class self, double seconds, ZPDate *date) {
+    static ZPDate *dateWithTimeIntervalSinceReferenceDate(Class self, double seconds) { return make(self, seconds); }
+    static ZPDate *dateWithTimeIntervalSinceNow(Class self, double seconds) {
+        return make(self, cthread_time() + seconds);
+    }
+    static ZPDate *dateWithTimeIntervalSince1970(Class self, double seconds) {
+        return make(self, seconds - ZPTimeIntervalSince1970);
+    }
+    static ZPDate *dateWithDate(Class self, ZPDate *date) { return make(self, date->timeIntervalSinceReferenceDate()); }
+    static ZPDate *dateWithTimeInterval_sinceDate(Class self, double seconds, ZPDate *date) {
         return make(self, date->timeIntervalSinceReferenceDate() + seconds);
     }
-    static ZPDate *withString(Class self, ZPString *text) {
+    static ZPDate *dateWithString(Class self, ZPString *text) {
         auto *date = objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPDate>();
         date = date->initWithString(text);
         return date->autorelease().as<ZPDate>();
@@ -102,110 +106,80 @@ struct DateMethods : ZPDate {
     }
 
     [[noreturn]] void abstract(SEL selector) { ZPRequestConcreteImplementation(this, selector, ZPDate::class_()); }
-    double time() { abstract("timeIntervalSinceReferenceDate"_sel); }
-    ZPDate *initWithTime(double) { abstract("initWithTimeIntervalSinceReferenceDate:"_sel); }
+    double timeIntervalSinceReferenceDate() { abstract("timeIntervalSinceReferenceDate"_sel); }
+    ZPDate *initWithTimeIntervalSinceReferenceDate(double) { abstract("initWithTimeIntervalSinceReferenceDate:"_sel); }
 
-    ZPDate *initWithNow(double seconds) { return initWithTimeIntervalSinceReferenceDate(cthread_time() + seconds); }
-    ZPDate *initWith1970(double seconds) {
-        return initWithTimeIntervalSinceReferenceDate(seconds - ZPTimeIntervalSince1970);
+    ZPDate *initWithTimeIntervalSinceNow(double seconds) {
+        return self()->initWithTimeIntervalSinceReferenceDate(cthread_time() + seconds);
     }
-    ZPDate *initWithInterval(double seconds, ZPDate *date) {
-        return initWithTimeIntervalSinceReferenceDate(date->timeIntervalSinceReferenceDate() + seconds);
+    ZPDate *initWithTimeIntervalSince1970(double seconds) {
+        return self()->initWithTimeIntervalSinceReferenceDate(seconds - ZPTimeIntervalSince1970);
     }
-    id init() { return initWithTimeIntervalSinceReferenceDate(cthread_time()); }
+    ZPDate *initWithTimeInterval_sinceDate(double seconds, ZPDate *date) {
+        return self()->initWithTimeIntervalSinceReferenceDate(date->timeIntervalSinceReferenceDate() + seconds);
+    }
+    id init() { return self()->initWithTimeIntervalSinceReferenceDate(cthread_time()); }
 
-    double since(ZPDate *other) { return timeIntervalSinceReferenceDate() - other->timeIntervalSinceReferenceDate(); }
-    double sinceNow() { return timeIntervalSinceReferenceDate() - cthread_time(); }
-    double since1970() { return timeIntervalSinceReferenceDate() + ZPTimeIntervalSince1970; }
-    ZPDate *adding(double seconds) { return make(objectClass(), timeIntervalSinceReferenceDate() + seconds); }
+    double timeIntervalSinceDate(ZPDate *other) {
+        return self()->timeIntervalSinceReferenceDate() - other->timeIntervalSinceReferenceDate();
+    }
+    double timeIntervalSinceNow() { return self()->timeIntervalSinceReferenceDate() - cthread_time(); }
+    double timeIntervalSince1970() { return self()->timeIntervalSinceReferenceDate() + ZPTimeIntervalSince1970; }
+    ZPDate *addTimeInterval(double seconds) {
+        return make(self()->objectClass(), self()->timeIntervalSinceReferenceDate() + seconds);
+    }
 
-    int compareTo(ZPDate *other) {
-        double mine = timeIntervalSinceReferenceDate(), its = other->timeIntervalSinceReferenceDate();
+    int compare(ZPDate *other) {
+        double mine = self()->timeIntervalSinceReferenceDate(), its = other->timeIntervalSinceReferenceDate();
         return mine < its ? -1 : mine > its;
     }
-    BOOL equalsDate(ZPDate *other) {
-        return timeIntervalSinceReferenceDate() == other->timeIntervalSinceReferenceDate();
+    BOOL isEqualToDate(ZPDate *other) {
+        return self()->timeIntervalSinceReferenceDate() == other->timeIntervalSinceReferenceDate();
     }
-    BOOL equals(id other) {
-        return other == this || (other->isKindOfClass(ZPDate::class_()) && isEqualToDate(other.as<ZPDate>()));
+    BOOL isEqual(id other) {
+        return other == this || (other->isKindOfClass(ZPDate::class_()) && self()->isEqualToDate(other.as<ZPDate>()));
     }
-    unsigned hash() { return unsigned(_ZPWholeSeconds(timeIntervalSinceReferenceDate())); }
+    unsigned hash() { return unsigned(_ZPWholeSeconds(self()->timeIntervalSinceReferenceDate())); }
     ZPDate *choose(ZPDate *other, BOOL mine) { return (mine ? this : other)->copy()->autorelease().as<ZPDate>(); }
-    ZPDate *earlier(ZPDate *other) { return choose(other, compare(other) < 0); }
-    ZPDate *later(ZPDate *other) { return choose(other, compare(other) > 0); }
+    ZPDate *earlierDate(ZPDate *other) { return choose(other, self()->compare(other) < 0); }
+    ZPDate *laterDate(ZPDate *other) { return choose(other, self()->compare(other) > 0); }
     id copyWithZone(ZPZone *zone) {
         return ((ZPDate *)ZPConcreteDate::allocWithZone(zone))
-            ->initWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate());
+            ->initWithTimeIntervalSinceReferenceDate(self()->timeIntervalSinceReferenceDate());
     }
 
     void encodeWithCoder(ZPCoder *coder) {
-        double time = timeIntervalSinceReferenceDate();
-        objc_msgSend(id((objc_object *)coder), "encodeValueOfObjCType:at:"_sel, (const char *)"d", (const void *)&time);
+        double timeIntervalSinceReferenceDate = self()->timeIntervalSinceReferenceDate();
+        objc_msgSend(id((objc_object *)coder), "encodeValueOfObjCType:at:"_sel, (const char *)"d",
+                     (const void *)&timeIntervalSinceReferenceDate);
     }
     id initWithCoder(ZPCoder *coder) {
-        double time = 0;
-        objc_msgSend(id((objc_object *)coder), "decodeValueOfObjCType:at:"_sel, (const char *)"d", (void *)&time);
-        return initWithTimeIntervalSinceReferenceDate(time);
+        double timeIntervalSinceReferenceDate = 0;
+        objc_msgSend(id((objc_object *)coder), "decodeValueOfObjCType:at:"_sel, (const char *)"d",
+                     (void *)&timeIntervalSinceReferenceDate);
+        return self()->initWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate);
     }
     Class classForCoder() { return ZPDate::class_(); }
     id replacementObjectForPortCoder(ZPPortCoder *) { return this; }
-    ZPString *description() { return descriptionWithLocale(nullptr); }
+    ZPString *description() { return self()->descriptionWithLocale(nullptr); }
 };
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPDate)
-    .adopts<ZPCopying>()
-    .classMethod<&DateMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&DateMethods::date>("date")
-    .classMethod<&DateMethods::withReference>("dateWithTimeIntervalSinceReferenceDate:")
-    .classMethod<&DateMethods::withNow>("dateWithTimeIntervalSinceNow:")
-    .classMethod<&DateMethods::with1970>("dateWithTimeIntervalSince1970:")
-    .classMethod<&DateMethods::withInterval>("dateWithTimeInterval:sinceDate:")
-    .classMethod<&DateMethods::withDate>("dateWithDate:")
-    .classMethod<&DateMethods::withString>("dateWithString:")
-    .classMethod<&Clock::timeIntervalSinceReferenceDate>("timeIntervalSinceReferenceDate")
-    .classMethod<&DateMethods::distantFuture>("distantFuture")
-    .classMethod<&DateMethods::distantPast>("distantPast")
-    .method<&DateMethods::time>("timeIntervalSinceReferenceDate")
-    .method<&DateMethods::init>("init")
-    .method<&DateMethods::initWithTime>("initWithTimeIntervalSinceReferenceDate:")
-    .method<&DateMethods::initWithNow>("initWithTimeIntervalSinceNow:")
-    .method<&DateMethods::initWith1970>("initWithTimeIntervalSince1970:")
-    .method<&DateMethods::initWithInterval>("initWithTimeInterval:sinceDate:")
-    .method<&DateMethods::since>("timeIntervalSinceDate:")
-    .method<&DateMethods::sinceNow>("timeIntervalSinceNow")
-    .method<&DateMethods::since1970>("timeIntervalSince1970")
-    .method<&DateMethods::adding>("addTimeInterval:")
-    .method<&DateMethods::compareTo>("compare:")
-    .method<&DateMethods::equalsDate>("isEqualToDate:")
-    .method<&DateMethods::equals>("isEqual:")
-    .method<&DateMethods::hash>("hash")
-    .method<&DateMethods::earlier>("earlierDate:")
-    .method<&DateMethods::later>("laterDate:")
-    .method<&DateMethods::copyWithZone>("copyWithZone:")
-    .method<&DateMethods::encodeWithCoder>("encodeWithCoder:")
-    .method<&DateMethods::initWithCoder>("initWithCoder:")
-    .method<&DateMethods::classForCoder>("classForCoder")
-    .method<&DateMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
-    .method<&DateMethods::description>("description");
+ZP_IMPLEMENT_WITH(ZPDate, DateMethods, adopts(ZPCopying), timeIntervalSinceReferenceDate, init,
+                  initWithTimeIntervalSinceReferenceDate, initWithTimeIntervalSinceNow, initWithTimeIntervalSince1970,
+                  initWithTimeInterval_sinceDate, timeIntervalSinceDate, timeIntervalSinceNow, timeIntervalSince1970,
+                  addTimeInterval, compare, isEqualToDate, isEqual, hash, earlierDate, laterDate, copyWithZone,
+                  encodeWithCoder, initWithCoder, classForCoder, replacementObjectForPortCoder, description,
+                  classMethods(allocWithZone, date, dateWithTimeIntervalSinceReferenceDate,
+                               dateWithTimeIntervalSinceNow, dateWithTimeIntervalSince1970,
+                               dateWithTimeInterval_sinceDate, dateWithDate, dateWithString, distantFuture,
+                               distantPast),
+                  classMethodsOf(Clock, timeIntervalSinceReferenceDate));
 
-ZP_IMPLEMENT(ZPConcreteDate)
-    .method<&ZPConcreteDate::init>("init")
-    .method<&ZPConcreteDate::initWithTime>("initWithTimeIntervalSinceReferenceDate:")
-    .method<&ZPConcreteDate::time>("timeIntervalSinceReferenceDate")
-    .method<&ZPConcreteDate::copyWithZone>("copyWithZone:");
+ZP_IMPLEMENT(ZPConcreteDate, init, initWithTimeIntervalSinceReferenceDate, timeIntervalSinceReferenceDate,
+             copyWithZone);
 
-ZP_IMPLEMENT(ZPDistantDate)
-    .method<&ZPDistantDate::init>("init")
-    .method<&ZPDistantDate::timeIntervalSinceReferenceDate>("timeIntervalSinceReferenceDate")
-    .method<&ZPDistantDate::timeIntervalSinceNow>("timeIntervalSinceNow")
-    .method<&ZPDistantDate::timeIntervalSince1970>("timeIntervalSince1970")
-    .method<&ZPDistantDate::timeSinceDate>("timeIntervalSinceDate:")
-    .immortal()
-    .method<&ZPDistantDate::copyWithZone>("copyWithZone:")
-    .method<&ZPDistantDate::addTimeInterval>("addTimeInterval:")
-    .method<&ZPDistantDate::compare>("compare:")
-    .method<&ZPDistantDate::earlierDate>("earlierDate:")
-    .method<&ZPDistantDate::laterDate>("laterDate:")
-    .method<&ZPDistantDate::isEqualToDate>("isEqualToDate:");
+ZP_IMPLEMENT(ZPDistantDate, immortal(), init, timeIntervalSinceReferenceDate, timeIntervalSinceNow,
+             timeIntervalSince1970, timeIntervalSinceDate, copyWithZone, addTimeInterval, compare, earlierDate,
+             laterDate, isEqualToDate);

@@ -17,97 +17,71 @@ struct ZPDate : ZPObject {
     ZP_CLASS(ZPDate)
 
     /// Now.
-    static ZPDate *date() { return objc_msgSend<ZPDate *>(class_(), "date"_sel); }
+    static ZPDate *date() ZP_CLASS_ASKS();
     /// So many seconds after the reference date.
-    static ZPDate *dateWithTimeIntervalSinceReferenceDate(double seconds) {
-        return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSinceReferenceDate:"_sel, seconds);
-    }
+    static ZPDate *dateWithTimeIntervalSinceReferenceDate(double seconds) ZP_CLASS_ASKS(seconds);
     /// So many seconds from now.
-    static ZPDate *dateWithTimeIntervalSinceNow(double seconds) {
-        return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSinceNow:"_sel, seconds);
-    }
+    static ZPDate *dateWithTimeIntervalSinceNow(double seconds) ZP_CLASS_ASKS(seconds);
     /// So many seconds after 1970-01-01 00:00:00 UTC.
-    static ZPDate *dateWithTimeIntervalSince1970(double seconds) {
-        return objc_msgSend<ZPDate *>(class_(), "dateWithTimeIntervalSince1970:"_sel, seconds);
-    }
+    static ZPDate *dateWithTimeIntervalSince1970(double seconds) ZP_CLASS_ASKS(seconds);
     /// So many seconds after another date.
-    static ZPDate *dateWithTimeInterval_sinceDate(double seconds, ZPDate *date) {
-        return objc_msgSend<ZPDate *>(class_(), "dateWithTimeInterval:sinceDate:"_sel, seconds, date);
-    }
+    static ZPDate *dateWithTimeInterval_sinceDate(double seconds, ZPDate *date) ZP_CLASS_ASKS(seconds, date);
     /// The same point in time as another date.
-    static ZPDate *dateWithDate(ZPDate *date) { return objc_msgSend<ZPDate *>(class_(), "dateWithDate:"_sel, date); }
+    static ZPDate *dateWithDate(ZPDate *date) ZP_CLASS_ASKS(date);
     /// A date as `description` writes it without a locale, "2001-01-01 10:00:00 +0100"; any single characters may
     /// separate the numbers. Null when the text has another form. Numbers are not checked: hour 25 is 1 of the next
     /// day.
-    static ZPDate *dateWithString(ZPString *text) {
-        return objc_msgSend<ZPDate *>(class_(), "dateWithString:"_sel, text);
-    }
+    static ZPDate *dateWithString(ZPString *text) ZP_CLASS_ASKS(text);
     /// Later than every date that matters, 4001-01-02. Always the same object, whose distance from any date is that
     /// from the reference date; it ignores counting.
-    static ZPDate *distantFuture() { return objc_msgSend<ZPDate *>(class_(), "distantFuture"_sel); }
+    static ZPDate *distantFuture() ZP_CLASS_ASKS();
     /// Earlier than every date that matters, January 2 of year 1, which `description` writes as "1-01-02"; likewise.
-    static ZPDate *distantPast() { return objc_msgSend<ZPDate *>(class_(), "distantPast"_sel); }
+    static ZPDate *distantPast() ZP_CLASS_ASKS();
     /// Seconds from the reference date to now.
     static double currentTimeIntervalSinceReferenceDate() {
         return objc_msgSend<double>(class_(), "timeIntervalSinceReferenceDate"_sel);
     }
 
     /// So many seconds after the reference date: the designated initialiser. `init` takes the current time.
-    ZPDate *initWithTimeIntervalSinceReferenceDate(double seconds) {
-        return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSinceReferenceDate:"_sel, seconds);
-    }
+    ZPDate *initWithTimeIntervalSinceReferenceDate(double seconds) ZP_ASKS(seconds);
     /// So many seconds from now.
-    ZPDate *initWithTimeIntervalSinceNow(double seconds) {
-        return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSinceNow:"_sel, seconds);
-    }
+    ZPDate *initWithTimeIntervalSinceNow(double seconds) ZP_ASKS(seconds);
     /// So many seconds after 1970-01-01 00:00:00 UTC.
-    ZPDate *initWithTimeIntervalSince1970(double seconds) {
-        return objc_msgSend<ZPDate *>(this, "initWithTimeIntervalSince1970:"_sel, seconds);
-    }
+    ZPDate *initWithTimeIntervalSince1970(double seconds) ZP_ASKS(seconds);
     /// So many seconds after another date.
-    ZPDate *initWithTimeInterval_sinceDate(double seconds, ZPDate *date) {
-        return objc_msgSend<ZPDate *>(this, "initWithTimeInterval:sinceDate:"_sel, seconds, date);
-    }
+    ZPDate *initWithTimeInterval_sinceDate(double seconds, ZPDate *date) ZP_ASKS(seconds, date);
     /// As `dateWithString`.
-    ZPDate *initWithString(ZPString *text) { return objc_msgSend<ZPDate *>(this, "initWithString:"_sel, text); }
+    ZPDate *initWithString(ZPString *text) ZP_ASKS(text);
 
     /// Seconds from the reference date to the receiver.
-    double timeIntervalSinceReferenceDate() { return objc_msgSend<double>(this, "timeIntervalSinceReferenceDate"_sel); }
+    double timeIntervalSinceReferenceDate() ZP_ASKS();
     /// Seconds from the other date to the receiver: positive when the receiver is the later one.
-    double timeIntervalSinceDate(ZPDate *other) {
-        return objc_msgSend<double>(this, "timeIntervalSinceDate:"_sel, other);
-    }
+    double timeIntervalSinceDate(ZPDate *other) ZP_ASKS(other);
     /// Seconds from now to the receiver.
-    double timeIntervalSinceNow() { return objc_msgSend<double>(this, "timeIntervalSinceNow"_sel); }
+    double timeIntervalSinceNow() ZP_ASKS();
     /// Seconds from 1970-01-01 00:00:00 UTC to the receiver.
-    double timeIntervalSince1970() { return objc_msgSend<double>(this, "timeIntervalSince1970"_sel); }
+    double timeIntervalSince1970() ZP_ASKS();
 
     /// An autoreleased date of the receiver's class, that many seconds later.
-    ZPDate *addTimeInterval(double seconds) { return objc_msgSend<ZPDate *>(this, "addTimeInterval:"_sel, seconds); }
+    ZPDate *addTimeInterval(double seconds) ZP_ASKS(seconds);
     /// -1 when the receiver is earlier, 0 when both are equal, 1 when it is later.
-    int compare(ZPDate *other) { return objc_msgSend<int>(this, "compare:"_sel, other); }
+    int compare(ZPDate *other) ZP_ASKS(other);
     /// Whether both are the same point in time, to the last bit.
-    BOOL isEqualToDate(ZPDate *other) { return objc_msgSend<BOOL>(this, "isEqualToDate:"_sel, other); }
+    BOOL isEqualToDate(ZPDate *other) ZP_ASKS(other);
     /// An autoreleased copy of the earlier of the two; of the argument when they are equal.
-    ZPDate *earlierDate(ZPDate *other) { return objc_msgSend<ZPDate *>(this, "earlierDate:"_sel, other); }
+    ZPDate *earlierDate(ZPDate *other) ZP_ASKS(other);
     /// An autoreleased copy of the later of the two; of the argument when they are equal.
-    ZPDate *laterDate(ZPDate *other) { return objc_msgSend<ZPDate *>(this, "laterDate:"_sel, other); }
+    ZPDate *laterDate(ZPDate *other) ZP_ASKS(other);
 
     // ---- by the calendar; see ZPCalendarDate.h ----
 
     /// The date in the default zone: "%Y-%m-%d %H:%M:%S %z" without a locale, "%c" with one.
-    ZPString *descriptionWithLocale(ZPDictionary *locale) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithLocale:"_sel, locale);
-    }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) ZP_ASKS(locale);
     /// The date in a zone (null: the default one) and format (null: the one above).
-    ZPString *descriptionWithCalendarFormat_timeZone_locale(ZPString *format, ZPTimeZone *zone, ZPDictionary *locale) {
-        return objc_msgSend<ZPString *>(this, "descriptionWithCalendarFormat:timeZone:locale:"_sel, format, zone,
-                                        locale);
-    }
+    ZPString *descriptionWithCalendarFormat_timeZone_locale(ZPString *format, ZPTimeZone *zone, ZPDictionary *locale)
+        ZP_ASKS(format, zone, locale);
     /// An autoreleased calendar date of the same time.
-    ZPCalendarDate *dateWithCalendarFormat_timeZone(ZPString *format, ZPTimeZone *zone) {
-        return objc_msgSend<ZPCalendarDate *>(this, "dateWithCalendarFormat:timeZone:"_sel, format, zone);
-    }
+    ZPCalendarDate *dateWithCalendarFormat_timeZone(ZPString *format, ZPTimeZone *zone) ZP_ASKS(format, zone);
 };
 
 /// Seconds from 1970-01-01 to 2001-01-01.

@@ -129,23 +129,23 @@ ZPTimeZoneDetail *defaultDetail() {
 // ---- the classes ----
 
 struct ZoneMethods : ZPTimeZone {
-    static ZPTimeZoneDetail *defaultZone(Class) { return defaultDetail(); }
-    static void setDefault(Class, ZPTimeZone *zone) {
+    static ZPTimeZoneDetail *defaultTimeZone(Class) { return defaultDetail(); }
+    static void setDefaultTimeZone(Class, ZPTimeZone *zone) {
         Caches &c = caches();
         ZPTimeZoneDetail *detail = zone->timeZoneDetailForDate(ZPDate::date());
         detail->retain();
         ZPTimeZoneDetail *old = __atomic_exchange_n(&c.standard, detail, __ATOMIC_ACQ_REL);
         old->release();
     }
-    static ZPTimeZoneDetail *local(Class);
-    static ZPTimeZone *withName(Class, ZPString *name) {
-        if (!name) return nullptr;
-        if (name->isEqualToString("ZPLocalTimeZone"_zp)) return ZPTimeZone::localTimeZone();
-        if (isGMT(name)) return namedGMT(name);
+    static ZPTimeZoneDetail *localTimeZone(Class);
+    static ZPTimeZone *timeZoneWithName(Class, ZPString *timeZoneName) {
+        if (!timeZoneName) return nullptr;
+        if (timeZoneName->isEqualToString("ZPLocalTimeZone"_zp)) return ZPTimeZone::localTimeZone();
+        if (isGMT(timeZoneName)) return namedGMT(timeZoneName);
         ZPTimeZoneDetail *host = _ZPHostDetailAt(_ZPCurrentTime());
-        return name->isEqualToString(host->timeZoneName()) ? host : nullptr;
+        return timeZoneName->isEqualToString(host->timeZoneName()) ? host : nullptr;
     }
-    static ZPTimeZoneDetail *withAbbreviation(Class, ZPString *abbreviation) {
+    static ZPTimeZoneDetail *timeZoneWithAbbreviation(Class, ZPString *abbreviation) {
         if (!abbreviation) return nullptr;
         if (isGMT(abbreviation)) return namedGMT(abbreviation);
         static const BOOL known = learnHostAbbreviations();
@@ -163,34 +163,34 @@ struct ZoneMethods : ZPTimeZone {
         for (int month = -12; month <= 12; ++month) _ZPHostDetailAt(now + month * 2629746.0);
         return YES;
     }
-    static ZPTimeZoneDetail *forSeconds(Class, int seconds) { return fixedDetail(seconds); }
-    static ZPTimeZone *forKey(Class, ZPString *key) {
+    static ZPTimeZoneDetail *timeZoneForSecondsFromGMT(Class, int seconds) { return fixedDetail(seconds); }
+    static ZPTimeZone *timeZoneForKey(Class, ZPString *key) {
         ZPTimeZone *zone = ZPTimeZone::timeZoneWithAbbreviation(key);
         return zone ? zone : ZPTimeZone::timeZoneWithName(key);
     }
 
-    ZPString *name() { ZPRequestConcreteImplementation(this, "timeZoneName"_sel, ZPTimeZone::class_()); }
-    ZPArray *details() { return ZPArray::arrayWithObject(this); }
-    ZPTimeZoneDetail *forDate(ZPDate *) { return id(this).unchecked<ZPTimeZoneDetail>(); }
-    BOOL equals(id other) {
+    ZPString *timeZoneName() { ZPRequestConcreteImplementation(this, "timeZoneName"_sel, ZPTimeZone::class_()); }
+    ZPArray *timeZoneDetailArray() { return ZPArray::arrayWithObject(this); }
+    ZPTimeZoneDetail *timeZoneDetailForDate(ZPDate *) { return id(this).unchecked<ZPTimeZoneDetail>(); }
+    BOOL isEqual(id other) {
         if (other == this) return YES;
         return other->isKindOfClass(ZPTimeZone::class_()) &&
-               timeZoneName()->isEqualToString(other.as<ZPTimeZone>()->timeZoneName());
+               self()->timeZoneName()->isEqualToString(other.as<ZPTimeZone>()->timeZoneName());
     }
-    unsigned hash() { return timeZoneName()->hash(); }
-    id copyWithZone(ZPZone *) { return retain(); }
+    unsigned hash() { return self()->timeZoneName()->hash(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
     id init() {
-        release();
+        self()->release();
         return nullptr;
     }
 
     void encodeWithCoder(ZPCoder *coder) {
-        objc_msgSend(id((objc_object *)coder), "encodeObject:"_sel, id(timeZoneName()));
+        objc_msgSend(id((objc_object *)coder), "encodeObject:"_sel, id(self()->timeZoneName()));
     }
     id initWithCoder(ZPCoder *coder) {
-        auto *name = objc_msgSend<id>(id((objc_object *)coder), "decodeObject"_sel).as<ZPString>();
-        release();
-        return ZPTimeZone::timeZoneForKey(name)->retain();
+        auto *timeZoneName = objc_msgSend<id>(id((objc_object *)coder), "decodeObject"_sel).as<ZPString>();
+        self()->release();
+        return ZPTimeZone::timeZoneForKey(timeZoneName)->retain();
     }
     Class classForCoder() { return ZPTimeZone::class_(); }
     id replacementObjectForPortCoder(ZPPortCoder *) { return this; }
@@ -200,61 +200,65 @@ struct DetailMethods : ZPTimeZoneDetail {
     static id allocWithZone(Class self, ZPZone *zone) {
         return ZPAllocateObject(self == ZPTimeZoneDetail::class_() ? ZPConcreteTimeZone::class_() : self, 0, zone);
     }
-    id initWithName(ZPString *, ZPString *, int) { return this; }
-    int offset() { ZPRequestConcreteImplementation(this, "timeZoneSecondsFromGMT"_sel, ZPTimeZoneDetail::class_()); }
-    ZPString *abbreviation() {
+    id initWithName_abbreviation_secondsFromGMT(ZPString *, ZPString *, int) { return this; }
+    int timeZoneSecondsFromGMT() {
+        ZPRequestConcreteImplementation(this, "timeZoneSecondsFromGMT"_sel, ZPTimeZoneDetail::class_());
+    }
+    ZPString *timeZoneAbbreviation() {
         ZPRequestConcreteImplementation(this, "timeZoneAbbreviation"_sel, ZPTimeZoneDetail::class_());
     }
-    BOOL isDaylight() { return NO; }
-    unsigned hash() { return unsigned(timeZoneSecondsFromGMT()); }
+    BOOL isDaylightSavingTimeZone() { return NO; }
+    unsigned hash() { return unsigned(self()->timeZoneSecondsFromGMT()); }
     static BOOL same(ZPString *a, ZPString *b) { return a == b || a->isEqualToString(b); }
-    BOOL equals(id other) {
+    BOOL isEqual(id other) {
         if (other == this) return YES;
         if (!other->isKindOfClass(ZPTimeZoneDetail::class_())) return NO;
         auto *o = other.as<ZPTimeZoneDetail>();
-        return timeZoneSecondsFromGMT() == o->timeZoneSecondsFromGMT() && same(timeZoneName(), o->timeZoneName()) &&
-               same(timeZoneAbbreviation(), o->timeZoneAbbreviation());
+        return self()->timeZoneSecondsFromGMT() == o->timeZoneSecondsFromGMT() &&
+               same(self()->timeZoneName(), o->timeZoneName()) &&
+               same(self()->timeZoneAbbreviation(), o->timeZoneAbbreviation());
     }
     ZPString *description() {
-        return ZPString::stringWithFormat("%@ offset %d%s"_zp, timeZoneAbbreviation(), timeZoneSecondsFromGMT(),
-                                          isDaylightSavingTimeZone() ? " (Daylight)" : "");
+        return ZPString::stringWithFormat("%@ offset %d%s"_zp, self()->timeZoneAbbreviation(),
+                                          self()->timeZoneSecondsFromGMT(),
+                                          self()->isDaylightSavingTimeZone() ? " (Daylight)" : "");
     }
     void encodeWithCoder(ZPCoder *coder) {
         id to((objc_object *)coder);
-        int offset = timeZoneSecondsFromGMT();
-        objc_msgSend(to, "encodeObject:"_sel, id(timeZoneName()));
-        objc_msgSend(to, "encodeObject:"_sel, id(timeZoneAbbreviation()));
-        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"i", (const void *)&offset);
+        int timeZoneSecondsFromGMT = self()->timeZoneSecondsFromGMT();
+        objc_msgSend(to, "encodeObject:"_sel, id(self()->timeZoneName()));
+        objc_msgSend(to, "encodeObject:"_sel, id(self()->timeZoneAbbreviation()));
+        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"i", (const void *)&timeZoneSecondsFromGMT);
     }
     id initWithCoder(ZPCoder *coder) {
         id from((objc_object *)coder);
         auto *name = objc_msgSend<id>(from, "decodeObject"_sel).as<ZPString>();
-        auto *abbreviation = objc_msgSend<id>(from, "decodeObject"_sel).as<ZPString>();
-        int offset = 0;
-        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"i", (void *)&offset);
-        release();
+        auto *timeZoneAbbreviation = objc_msgSend<id>(from, "decodeObject"_sel).as<ZPString>();
+        int timeZoneSecondsFromGMT = 0;
+        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"i", (void *)&timeZoneSecondsFromGMT);
+        self()->release();
         ZPArray *details = ZPTimeZone::timeZoneWithName(name)->timeZoneDetailArray();
         for (unsigned i = details->count(); i--;) {
             auto *d = details->objectAtIndex(i).as<ZPTimeZoneDetail>();
-            if (d->timeZoneSecondsFromGMT() == offset && same(d->timeZoneName(), name) &&
-                same(d->timeZoneAbbreviation(), abbreviation))
+            if (d->timeZoneSecondsFromGMT() == timeZoneSecondsFromGMT && same(d->timeZoneName(), name) &&
+                same(d->timeZoneAbbreviation(), timeZoneAbbreviation))
                 return d->retain();
         }
-        return ZPTimeZone::timeZoneForSecondsFromGMT(offset)->retain();
+        return ZPTimeZone::timeZoneForSecondsFromGMT(timeZoneSecondsFromGMT)->retain();
     }
     Class classForCoder() { return ZPTimeZoneDetail::class_(); }
 };
 
 struct ConcreteMethods : ZPConcreteTimeZone {
-    id initWithName(ZPString *name, ZPString *abbreviation, int seconds) {
-        _timeZoneName = name->copyWithZone(nullptr).as<ZPString>();
-        _abbreviation = abbreviation->copyWithZone(nullptr).as<ZPString>();
+    id initWithName_abbreviation_secondsFromGMT(ZPString *timeZoneName, ZPString *timeZoneAbbreviation, int seconds) {
+        _timeZoneName = timeZoneName->copyWithZone(nullptr).as<ZPString>();
+        _abbreviation = timeZoneAbbreviation->copyWithZone(nullptr).as<ZPString>();
         _timeZoneSecondsFromGMT = seconds;
         return this;
     }
-    ZPString *name() { return _timeZoneName; }
-    ZPString *abbreviation() { return _abbreviation; }
-    int offset() { return _timeZoneSecondsFromGMT; }
+    ZPString *timeZoneName() { return _timeZoneName; }
+    ZPString *timeZoneAbbreviation() { return _abbreviation; }
+    int timeZoneSecondsFromGMT() { return _timeZoneSecondsFromGMT; }
     void dealloc() {
         _timeZoneName->release();
         _abbreviation->release();
@@ -263,9 +267,11 @@ struct ConcreteMethods : ZPConcreteTimeZone {
 };
 
 struct HostMethods : ZPHostTimeZoneDetail {
-    ZPTimeZoneDetail *forDate(ZPDate *date) { return _ZPHostDetailAt(date->timeIntervalSinceReferenceDate()); }
-    BOOL isDaylight() { return _isDaylight; }
-    ZPArray *details() {
+    ZPTimeZoneDetail *timeZoneDetailForDate(ZPDate *date) {
+        return _ZPHostDetailAt(date->timeIntervalSinceReferenceDate());
+    }
+    BOOL isDaylightSavingTimeZone() { return _isDaylight; }
+    ZPArray *timeZoneDetailArray() {
         ZPMutableArray *all = ZPMutableArray::array();
         for (HostDetail *d = __atomic_load_n(&hostDetails, __ATOMIC_ACQUIRE); d; d = d->next) all->addObject(d->detail);
         return all;
@@ -276,19 +282,19 @@ struct HostMethods : ZPHostTimeZoneDetail {
 struct ZPLocalTimeZone : ZPTimeZoneDetail {
     ZP_PRIVATE_CLASS(ZPLocalTimeZone)
 
-    ZPString *name() { return "ZPLocalTimeZone"_zp; }
-    int offset() { return defaultDetail()->timeZoneSecondsFromGMT(); }
-    ZPString *abbreviation() { return defaultDetail()->timeZoneAbbreviation(); }
-    ZPTimeZoneDetail *forDate(ZPDate *date) { return defaultDetail()->timeZoneDetailForDate(date); }
-    ZPArray *details() { return defaultDetail()->timeZoneDetailArray(); }
+    ZPString *timeZoneName() { return "ZPLocalTimeZone"_zp; }
+    int timeZoneSecondsFromGMT() { return defaultDetail()->timeZoneSecondsFromGMT(); }
+    ZPString *timeZoneAbbreviation() { return defaultDetail()->timeZoneAbbreviation(); }
+    ZPTimeZoneDetail *timeZoneDetailForDate(ZPDate *date) { return defaultDetail()->timeZoneDetailForDate(date); }
+    ZPArray *timeZoneDetailArray() { return defaultDetail()->timeZoneDetailArray(); }
     ZPString *description() { return defaultDetail()->description(); }
-    BOOL isDaylight() { return defaultDetail()->isDaylightSavingTimeZone(); }
+    BOOL isDaylightSavingTimeZone() { return defaultDetail()->isDaylightSavingTimeZone(); }
     void encodeWithCoder(ZPCoder *) {}
     id initWithCoder(ZPCoder *) { return ZPTimeZone::localTimeZone(); }
     Class classForCoder() { return class_(); }
 };
 
-ZPTimeZoneDetail *ZoneMethods::local(Class) {
+ZPTimeZoneDetail *ZoneMethods::localTimeZone(Class) {
     static auto *const zone = ZPAllocateObject(ZPLocalTimeZone::class_(), 0, nullptr).unchecked<ZPTimeZoneDetail>();
     return zone;
 }
@@ -309,62 +315,22 @@ ZPTimeZoneDetail *_ZPDetailAt(ZPTimeZone *zone, double time, ZPDate *holder) {
     return zone->timeZoneDetailForDate(holder);
 }
 
-ZP_IMPLEMENT(ZPTimeZone)
-    .adopts<ZPCopying>()
-    .classMethod<&ZoneMethods::defaultZone>("defaultTimeZone")
-    .classMethod<&ZoneMethods::setDefault>("setDefaultTimeZone:")
-    .classMethod<&ZoneMethods::local>("localTimeZone")
-    .classMethod<&ZoneMethods::withName>("timeZoneWithName:")
-    .classMethod<&ZoneMethods::withAbbreviation>("timeZoneWithAbbreviation:")
-    .classMethod<&ZoneMethods::forSeconds>("timeZoneForSecondsFromGMT:")
-    .classMethod<&ZoneMethods::forKey>("timeZoneForKey:")
-    .method<&ZoneMethods::init>("init")
-    .method<&ZoneMethods::name>("timeZoneName")
-    .method<&ZoneMethods::details>("timeZoneDetailArray")
-    .method<&ZoneMethods::forDate>("timeZoneDetailForDate:")
-    .method<&ZoneMethods::equals>("isEqual:")
-    .method<&ZoneMethods::hash>("hash")
-    .method<&ZoneMethods::copyWithZone>("copyWithZone:")
-    .method<&ZoneMethods::encodeWithCoder>("encodeWithCoder:")
-    .method<&ZoneMethods::initWithCoder>("initWithCoder:")
-    .method<&ZoneMethods::classForCoder>("classForCoder")
-    .method<&ZoneMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:");
+ZP_IMPLEMENT_WITH(ZPTimeZone, ZoneMethods, adopts(ZPCopying), init, timeZoneName, timeZoneDetailArray,
+                  timeZoneDetailForDate, isEqual, hash, copyWithZone, encodeWithCoder, initWithCoder, classForCoder,
+                  replacementObjectForPortCoder,
+                  classMethods(defaultTimeZone, setDefaultTimeZone, localTimeZone, timeZoneWithName,
+                               timeZoneWithAbbreviation, timeZoneForSecondsFromGMT, timeZoneForKey));
 
-ZP_IMPLEMENT(ZPTimeZoneDetail)
-    .classMethod<&DetailMethods::allocWithZone>("allocWithZone:")
-    .method<&DetailMethods::initWithName>("initWithName:abbreviation:secondsFromGMT:")
-    .method<&DetailMethods::offset>("timeZoneSecondsFromGMT")
-    .method<&DetailMethods::abbreviation>("timeZoneAbbreviation")
-    .method<&DetailMethods::isDaylight>("isDaylightSavingTimeZone")
-    .method<&DetailMethods::hash>("hash")
-    .method<&DetailMethods::equals>("isEqual:")
-    .method<&DetailMethods::description>("description")
-    .method<&DetailMethods::encodeWithCoder>("encodeWithCoder:")
-    .method<&DetailMethods::initWithCoder>("initWithCoder:")
-    .method<&DetailMethods::classForCoder>("classForCoder");
+ZP_IMPLEMENT_WITH(ZPTimeZoneDetail, DetailMethods, initWithName_abbreviation_secondsFromGMT, timeZoneSecondsFromGMT,
+                  timeZoneAbbreviation, isDaylightSavingTimeZone, hash, isEqual, description, encodeWithCoder,
+                  initWithCoder, classForCoder, classMethods(allocWithZone));
 
-ZP_IMPLEMENT(ZPConcreteTimeZone)
-    .method<&ConcreteMethods::initWithName>("initWithName:abbreviation:secondsFromGMT:")
-    .method<&ConcreteMethods::name>("timeZoneName")
-    .method<&ConcreteMethods::abbreviation>("timeZoneAbbreviation")
-    .method<&ConcreteMethods::offset>("timeZoneSecondsFromGMT")
-    .method<&ConcreteMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPConcreteTimeZone, ConcreteMethods, initWithName_abbreviation_secondsFromGMT, timeZoneName,
+                  timeZoneAbbreviation, timeZoneSecondsFromGMT, dealloc);
 
-ZP_IMPLEMENT(ZPHostTimeZoneDetail)
-    .immortal()
-    .method<&HostMethods::forDate>("timeZoneDetailForDate:")
-    .method<&HostMethods::isDaylight>("isDaylightSavingTimeZone")
-    .method<&HostMethods::details>("timeZoneDetailArray");
+ZP_IMPLEMENT_WITH(ZPHostTimeZoneDetail, HostMethods, immortal(), timeZoneDetailForDate, isDaylightSavingTimeZone,
+                  timeZoneDetailArray);
 
-ZP_IMPLEMENT(ZPLocalTimeZone)
-    .immortal()
-    .method<&ZPLocalTimeZone::name>("timeZoneName")
-    .method<&ZPLocalTimeZone::offset>("timeZoneSecondsFromGMT")
-    .method<&ZPLocalTimeZone::abbreviation>("timeZoneAbbreviation")
-    .method<&ZPLocalTimeZone::forDate>("timeZoneDetailForDate:")
-    .method<&ZPLocalTimeZone::details>("timeZoneDetailArray")
-    .method<&ZPLocalTimeZone::description>("description")
-    .method<&ZPLocalTimeZone::isDaylight>("isDaylightSavingTimeZone")
-    .method<&ZPLocalTimeZone::encodeWithCoder>("encodeWithCoder:")
-    .method<&ZPLocalTimeZone::initWithCoder>("initWithCoder:")
-    .method<&ZPLocalTimeZone::classForCoder>("classForCoder");
+ZP_IMPLEMENT(ZPLocalTimeZone, immortal(), timeZoneName, timeZoneSecondsFromGMT, timeZoneAbbreviation,
+             timeZoneDetailForDate, timeZoneDetailArray, description, isDaylightSavingTimeZone, encodeWithCoder,
+             initWithCoder, classForCoder);

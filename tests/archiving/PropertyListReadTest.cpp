@@ -8,6 +8,7 @@
 #include <chrono>
 #include <map>
 #include <random>
+#include <sstream>
 #include <thread>
 
 namespace {
@@ -52,23 +53,12 @@ void dump(id node, std::string &out, std::map<objc_object *, unsigned> &seen) {
     } else out += text(node->description());
 }
 
-template <class F> std::string outcome(F read) {
-    std::string out;
-    out = raised([&] {
-        std::map<objc_object *, unsigned> seen;
-        id tree = read();
-        dump(tree, out, seen);
-        throw out;  // so that a raise and a result both come out as the text
-    });
-    return out;
-}
-
 template <class F> std::string resultOf(F read) {
-    try {
-        return outcome(read);
-    } catch (std::string &tree) {
-        return tree;
-    }
+    std::string out, error = raised([&] {
+                         std::map<objc_object *, unsigned> seen;
+                         dump(read(), out, seen);
+                     });
+    return error.empty() ? out : error;
 }
 
 // Both readers give the same on a text, also when it is kept in units.
@@ -78,11 +68,7 @@ void expectAgreement(ZPString *text) {
         << ::text(text->quotedStringRepresentation());
 }
 
-struct PropertyListReading : testing::Test {
-    ZPAutoreleasePoolScope pool;
-};
-
-TEST_F(PropertyListReading, Trees) {
+TEST(PropertyListReading, Trees) {
     ZPDictionary *tree = "{k = v; w = (1, 2, <0a0b>);}"_zp->propertyList();
     ZPArray *list = tree->objectForKey("w"_zp);
     EXPECT_EQ(text(tree->objectForKey("k"_zp)->description()), "v");
@@ -93,12 +79,11 @@ TEST_F(PropertyListReading, Trees) {
     EXPECT_TRUE("( )"_zp->propertyList()->isEqual(ZPArray::array()));
     EXPECT_TRUE("{ }"_zp->propertyList()->isEqual(ZPDictionary::dictionary()));
     EXPECT_TRUE("<>"_zp->propertyList()->isEqual(ZPData::data()));
-    EXPECT_TRUE("12"_zp->propertyList()->isEqual("12"_zp));
     EXPECT_TRUE(
         "{a = 1; b = 2; a = 3;}"_zp->propertyList()->isEqual(ZPMakeDictionary({{"a"_zp, "3"_zp}, {"b"_zp, "2"_zp}})));
 }
 
-TEST_F(PropertyListReading, Strings) {
+TEST(PropertyListReading, Strings) {
     auto read = [](const char *bytes) { return static_cast<ZPString *>(textOf(bytes)->propertyList()); };
     EXPECT_TRUE(read("\"\\101\\U00e9\"")->isEqual("A\u00e9"_zp));
     EXPECT_TRUE(read("\"\\a\\b\\f\\n\\r\\t\\v\\\"\\\\\\'\\q\"")->isEqual("\a\b\f\n\r\t\v\"\\'q"_zp));
@@ -107,19 +92,19 @@ TEST_F(PropertyListReading, Strings) {
     EXPECT_TRUE(read("\"\\777\"")->isEqual(read("\"\\377\"")));
     EXPECT_TRUE(read("\"\\U41g\\U20AC1\"")->isEqual("Ag\u20ac1"_zp));
     EXPECT_TRUE("\"\u3042\u00e9\""_zp->propertyList()->isEqual("\u3042\u00e9"_zp));
-    EXPECT_TRUE("\"caf\u00e9\""_zp->propertyList()->isEqual("caf\u00e9"_zp));
     EXPECT_TRUE(read("x//y")->isEqual("x//y"_zp)) << "a comment begins only where a token may";
     EXPECT_TRUE(read("// c\n/* ** / */ x /**/ // end")->isEqual("x"_zp));
     EXPECT_TRUE(read("/usr/lib")->isEqual("/usr/lib"_zp));
     EXPECT_TRUE(textOf(std::string("abc\0(((", 7))->propertyList()->isEqual("abc"_zp)) << "a zero ends the text";
 }
 
-TEST_F(PropertyListReading, Errors) {
+TEST(PropertyListReading, Errors) {
     auto read = [](const char *bytes) { return raised([=] { textOf(bytes)->propertyList(); }); };
+    const char dictionary[] = "(xObject, Dictionary, parseDictionary)", data[] = "(xObject, Data, parseData)";
     EXPECT_EQ(read("<0a0>"),
-              error("1 (position 4)", "(xObject, Data, parseData)",
+              error("1 (position 4)", data,
                     "Data representation should always contain an even number of hex digits: '0a0'", ""));
-    EXPECT_EQ(read("<0G>"), error("1 (position 3)", "(xObject, Data, parseData)", "Incorrect hex digit: g", ""));
+    EXPECT_EQ(read("<0G>"), error("1 (position 3)", data, "Incorrect hex digit: g", ""));
     EXPECT_EQ(read("(x, \"y)"),
               error("1 (position 8)", "(xObject, Array, parseArray, xObject, Dictionary, parseDictionary)",
                     "Unterminated string constant", ""));
@@ -131,11 +116,10 @@ TEST_F(PropertyListReading, Errors) {
               error("1 (position 4)", "(xObject, Dictionary, parseDictionary)", "Separator '=' expected", "b"));
     EXPECT_EQ(read("a b"), error("1 (position 3)", "()", "End of input expected", "b"));
     EXPECT_EQ(read(""), error("1 (position 1)", "(xObject)", "xObject expected", ""));
-    EXPECT_EQ(read("\"abc\\"),
-              error("1 (position 6)", "(xObject, Dictionary, parseDictionary)", "Unterminated string constant", ""));
+    EXPECT_EQ(read("\"abc\\"), error("1 (position 6)", dictionary, "Unterminated string constant", ""));
 }
 
-TEST_F(PropertyListReading, NestingIsBounded) {
+TEST(PropertyListReading, NestingIsBounded) {
     auto nested = [](unsigned levels, char open, const char *middle, char close) {
         return textOf(std::string(levels, open) + middle + std::string(levels, close));
     };
@@ -155,7 +139,7 @@ TEST_F(PropertyListReading, NestingIsBounded) {
     EXPECT_NE(raised([&] { textOf(keys)->propertyListFromStringsFileFormat(); }), "");
 }
 
-TEST_F(PropertyListReading, EqualStringsAreOneObject) {
+TEST(PropertyListReading, EqualStringsAreOneObject) {
     ZPArray *list = "(abc, \"abc\", {abc = abc;}, \"\u3042\", \"\\U3042\", \"\\141bc\")"_zp->propertyList();
     EXPECT_EQ(list->objectAtIndex(0), list->objectAtIndex(1));
     EXPECT_EQ(static_cast<ZPDictionary *>(list->objectAtIndex(2))->objectForKey("abc"_zp), list->objectAtIndex(0));
@@ -163,50 +147,39 @@ TEST_F(PropertyListReading, EqualStringsAreOneObject) {
     EXPECT_EQ(list->objectAtIndex(0), list->objectAtIndex(5));
 }
 
-TEST_F(PropertyListReading, PartsOutliveTheirTree) {
+TEST(PropertyListReading, PartsOutliveTheirTree) {
     // The objects of a tree are made together; each goes on alone, also on another thread.
     std::string big = "{";
-    for (int i = 0; i < 2000; ++i) {
-        std::string n = std::to_string(i);
-        big += "key" + n + " = (value" + n + ", {inner" + n + " = \"some longer text \\U3042 " + n +
-               "\"; other = <0a0b>; }, " + n + "); ";
-    }
-    big += "}";
+    for (int i = 0; i < 2000; ++i)
+        big += text(ZPString::stringWithFormat(
+            "key%d = (value%d, {inner = \"longer text \\U3042 %d\"; other = <0a0b>; }, x); "_zp, i, i, i));
     std::vector<ZPRef<ZPObject>> kept;
     {
         ZPAutoreleasePoolScope inner;
-        ZPDictionary *tree = textOf(big)->propertyList();
+        ZPDictionary *tree = textOf(big + "}")->propertyList();
         ASSERT_EQ(tree->count(), 2000u);
         for (int i = 0; i < 2000; i += 7) {
             ZPArray *list = tree->objectForKey(ZPString::stringWithFormat("key%d"_zp, i));
             ZPDictionary *entry = list->objectAtIndex(1);
-            ZPString *wide = entry->objectForKey(ZPString::stringWithFormat("inner%d"_zp, i));
             kept.emplace_back(list->objectAtIndex(0));
             kept.emplace_back(entry->mutableCopy()->autorelease());
-            kept.emplace_back(entry->copy()->autorelease());
-            kept.emplace_back(wide->substringFromIndex(5));
+            kept.emplace_back(static_cast<ZPString *>(entry->objectForKey("inner"_zp))->substringFromIndex(5));
         }
     }
-    auto check = [&] {
+    std::thread([&] {
         ZPAutoreleasePoolScope inner;
-        for (std::size_t k = 0; k < kept.size(); k += 4) {
-            int i = int(k) / 4 * 7;
+        for (std::size_t k = 0; k < kept.size(); k += 3) {
+            int i = int(k) / 3 * 7;
             EXPECT_TRUE(kept[k]->isEqual(ZPString::stringWithFormat("value%d"_zp, i)));
             ZPMutableDictionary *changed = id(kept[k + 1].get());
             changed->setObject_forKey("x"_zp, "new"_zp);
-            EXPECT_EQ(changed->count(), 3u);
-            ZPString *key = ZPString::stringWithFormat("inner%d"_zp, i);
-            EXPECT_EQ(changed->objectForKey(key),
-                      static_cast<ZPDictionary *>(id(kept[k + 2].get()))->objectForKey(key));
-            EXPECT_TRUE(kept[k + 3]->isEqual(ZPString::stringWithFormat("longer text %@ %d"_zp, "\u3042"_zp, i)));
+            EXPECT_TRUE(static_cast<ZPString *>(changed->objectForKey("inner"_zp))->hasSuffix(id(kept[k + 2].get())));
         }
         kept.clear();
-    };
-    std::thread(check).join();
-    EXPECT_TRUE(kept.empty());
+    }).join();
 }
 
-TEST_F(PropertyListReading, ReplacedEntriesMayBeUsedElsewhere) {
+TEST(PropertyListReading, ReplacedEntriesMayBeUsedElsewhere) {
     ZPDictionary *tree =
         "{a = (shared); list = x; a = \"two\"; list = (shared, x, a); b = {c = d; c = shared;}; }"_zp->propertyList();
     EXPECT_EQ(text(tree->description()), "{a = two; b = {c = shared; }; list = (shared, x, a); }");
@@ -238,10 +211,14 @@ struct Generator {
         case 2: out += "\"" + std::string(oneOf<const char *>({"a", "key", "", "b1", "two words", "0f"})) + "\""; break;
         case 3: {
             out += '"';
-            for (unsigned n = random() % 6; n; --n)
-                out +=
-                    oneOf<const char *>({"\\n", "\\101", "\\U00e9", "\\U3042", "\\7", "\\400", "\\0", "\\U", "\\Ug",
-                                         "\\\n", "\n", "\\q", "caf\xc3\xa9", "\xe3\x81\x82", "x", "'", "\\\"", "\\\\"});
+            for (unsigned n = random() % 6; n; --n) {
+                char unit[8];
+                std::snprintf(unit, sizeof unit, "\\U%04x", unsigned(1 + random() % 0xD7FF));
+                out += oneOf<const char *>({"\\n",         "\\101",        "\\U00e9", "\\U3042", "\\7",  "\\400",
+                                            "\\0",         "\\U",          "\\Ug",    "\\\n",    "\n",   "\\q",
+                                            "caf\xc3\xa9", "\xe3\x81\x82", "x",       "'",       "\\\"", "\\\\",
+                                            unit,          unit,           "\\177",   "\\1"});
+            }
             out += '"';
             break;
         }
@@ -309,38 +286,12 @@ struct Generator {
     }
 };
 
-TEST_F(PropertyListReading, BothReadersAgree) {
-    const char *cases[] = {"",           " ",
-                           "/",          "//",
-                           "/*",         "/* *",
-                           "/**",        "/*/",
-                           "a",          "a/",
-                           "\"",         "\"\\",
-                           "\"\\U",      "\"\\1",
-                           "<",          "<0",
-                           "<00",        "<00>",
-                           "<0 0>",      "<00,>",
-                           "<\"00\">",   "<00/**/11>",
-                           "<00//11\n>", "<0g>",
-                           "<g0>",       "<000>",
-                           "<:>",        "(",
-                           "(a",         "(a,",
-                           "(a,,",       "()",
-                           "(,)",        "{",
-                           "{}",         "{;}",
-                           "{a}",        "{a=}",
-                           "{a=b",       "{a=b;",
-                           "{a=b;;}",    "{\"\"=\"\";}",
-                           "{(a)=b;}",   "{a=b;a=c;a=d}",
-                           "a b",        "a,",
-                           "() ()",      "'a'",
-                           "-1",         "a-b",
-                           "#",          "@\"x\"",
-                           "(a;b)",      "{a=b,}",
-                           "\x01",       "\"\x01\"",
-                           "\"\0\"",     "\\",
-                           "a\\"};
-    for (const char *c : cases) expectAgreement(textOf(c));
+TEST(PropertyListReading, BothReadersAgreeAndTheWriterWithThem) {
+    std::istringstream cases(
+        "| |/|//|/*|/* *|/**|/*/|a|a/|\"|\"\\|\"\\U|\"\\1|<|<0|<00|<00>|<0 0>|<00,>|<\"00\">|<00/**/11>|<00//11\n>|<0g>|<g0>|"
+        "<000>|<:>|(|(a|(a,|(a,,|()|(,)|{|{}|{;}|{a}|{a=}|{a=b|{a=b;|{a=b;;}|{\"\"=\"\";}|{(a)=b;}|{a=b;a=c;a=d}|a b|a,|"
+        "() ()|'a'|-1|a-b|#|@\"x\"|(a;b)|{a=b,}|\x01|\"\x01\"|\\|a\\");
+    for (std::string text; std::getline(cases, text, '|');) expectAgreement(textOf(text));
     for (unsigned seed = 0; seed < 1500; ++seed) {
         ZPAutoreleasePoolScope inner;
         Generator g{std::mt19937(seed)};
@@ -354,11 +305,16 @@ TEST_F(PropertyListReading, BothReadersAgree) {
         text->getCharacters(units.data());
         expectAgreement(ZPString::stringWithCharacters_length(units.data(), unsigned(units.size())));
         expectAgreement(text->mutableCopy()->autorelease());
+        // What is written of the tree reads back as it.
+        id tree;
+        if (raised([&] { tree = text->propertyList(); }).empty() && !tree->isKindOfClass(ZPString::class_()) &&
+            !tree->isKindOfClass(ZPData::class_()))
+            EXPECT_TRUE(tree->description()->propertyList()->isEqual(tree));
         if (testing::Test::HasFailure()) FAIL() << "seed " << seed;
     }
 }
 
-TEST_F(PropertyListReading, EveryPrefixOfATextIsATreeOrAnError) {
+TEST(PropertyListReading, EveryPrefixOfATextIsATreeOrAnError) {
     Generator g{std::mt19937(3)};
     while (g.out.size() < 2000) {
         g.out.clear();
@@ -368,7 +324,7 @@ TEST_F(PropertyListReading, EveryPrefixOfATextIsATreeOrAnError) {
         if (ZPString *text = textOf(g.out.substr(0, n))) expectAgreement(text);
 }
 
-TEST_F(PropertyListReading, ManyStringsOfOneHashDoNotSlowReading) {
+TEST(PropertyListReading, ManyStringsOfOneHashDoNotSlowReading) {
     // Equal in length and at both ends, which is all that the hash of a string reads.
     std::string list = "(";
     for (int i = 100000; i < 130000; ++i) list += "aaaaaaaa" + std::to_string(i) + "zzzzzzzz,";
@@ -380,7 +336,7 @@ TEST_F(PropertyListReading, ManyStringsOfOneHashDoNotSlowReading) {
 
 // ---- strings files -------------------------------------------------------------------------------
 
-TEST_F(PropertyListReading, StringsFiles) {
+TEST(PropertyListReading, StringsFiles) {
     ZPDictionary *table =
         "x; y = z; /* c */ \"a b\" = \"c\\nd\"; n = {k; l = (1)}"_zp->propertyListFromStringsFileFormat();
     EXPECT_TRUE(table->isEqual(
@@ -390,10 +346,8 @@ TEST_F(PropertyListReading, StringsFiles) {
                           {"n"_zp, ZPMakeDictionary({{"k"_zp, "k"_zp}, {"l"_zp, ZPMakeArray({"1"_zp})}})}})));
     EXPECT_TRUE(table->isKindOfClass(ZPMutableDictionary::class_()));
     EXPECT_EQ(static_cast<ZPDictionary *>(""_zp->propertyListFromStringsFileFormat())->count(), 0u);
-    EXPECT_NE(raised([] { "x y"_zp->propertyListFromStringsFileFormat(); }).find("End of input expected"),
-              std::string::npos);
-    EXPECT_NE(raised([] { "x = ;"_zp->propertyListFromStringsFileFormat(); }).find("xObject expected"),
-              std::string::npos);
+    EXPECT_NE(raised([] { "x y"_zp->propertyListFromStringsFileFormat(); }), "");
+    EXPECT_NE(raised([] { "x = ;"_zp->propertyListFromStringsFileFormat(); }), "");
     EXPECT_NE(raised([] { "{x;}"_zp->propertyList(); }), "") << "not in a property list";
 }
 

@@ -5,7 +5,6 @@
 namespace {
 
 TEST(CollectionBridge, LoopsOverEveryCollection) {
-    ZPAutoreleasePoolScope pool;
     for (unsigned n : {0u, 1u, 15u, 16u, 17u, 100u}) {
         ZPMutableArray *array = ZPMutableArray::array();
         ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
@@ -35,7 +34,6 @@ TEST(CollectionBridge, LoopsOverEveryCollection) {
 }
 
 TEST(CollectionBridge, Braces) {
-    ZPAutoreleasePoolScope pool;
     ZPDictionary *dictionary = ZPMakeDictionary({{"a"_zp, ZPMakeArray({"x"_zp, "y"_zp})}, {"b"_zp, "z"_zp}});
     EXPECT_TRUE(dictionary->objectForKey("a"_zp)->isEqual(ZPArray::arrayWithObjects("x"_zp, "y"_zp)));
     EXPECT_EQ(dictionary->objectForKey("b"_zp), id("z"_zp));

@@ -6,30 +6,12 @@
 
 #include <algorithm>
 
-ZP_IMPLEMENT(TestItem)
-    .method<&TestItem::dealloc>("dealloc")
-    .method<&TestItem::hash>("hash")
-    .method<&TestItem::isEqual>("isEqual:")
-    .method<&TestItem::copyWithZone>("copyWithZone:")
-    .method<&TestItem::compare>("compare:")
-    .method<&TestItem::half>("half")
-    .method<&TestItem::add>("add:");
+ZP_IMPLEMENT(TestItem, dealloc, hash, isEqual, copyWithZone, compare, half, add);
 
-ZP_IMPLEMENT(PlainArray)
-    .method<&PlainArray::initWithObjects_count>("initWithObjects:count:")
-    .method<&PlainArray::count>("count")
-    .method<&PlainArray::objectAtIndex>("objectAtIndex:");
+ZP_IMPLEMENT(PlainArray, initWithObjects_count, count, objectAtIndex);
 
-ZP_IMPLEMENT(PlainMutableArray)
-    .method<&PlainMutableArray::initWithObjects_count>("initWithObjects:count:")
-    .method<&PlainMutableArray::initWithCapacity>("initWithCapacity:")
-    .method<&PlainMutableArray::count>("count")
-    .method<&PlainMutableArray::objectAtIndex>("objectAtIndex:")
-    .method<&PlainMutableArray::addObject>("addObject:")
-    .method<&PlainMutableArray::insertObject_atIndex>("insertObject:atIndex:")
-    .method<&PlainMutableArray::removeLastObject>("removeLastObject")
-    .method<&PlainMutableArray::removeObjectAtIndex>("removeObjectAtIndex:")
-    .method<&PlainMutableArray::replaceObjectAtIndex_withObject>("replaceObjectAtIndex:withObject:");
+ZP_IMPLEMENT(PlainMutableArray, initWithObjects_count, initWithCapacity, count, objectAtIndex, addObject,
+             insertObject_atIndex, removeLastObject, removeObjectAtIndex, replaceObjectAtIndex_withObject);
 
 namespace {
 
@@ -43,11 +25,7 @@ struct Array : CollectionTest, testing::WithParamInterface<Class> {
     ZPArray *make(const std::vector<id> &items) {
         return objc_msgSend<id>(GetParam(), "arrayWithObjects:count:"_sel, items.data(), unsigned(items.size()));
     }
-    ZPArray *make(std::initializer_list<int> values) {
-        auto items = itemsOf(values);
-        return make(std::vector<id>(items.begin(), items.end()));
-    }
-    std::string concrete() { return make({1})->isa->name; }
+    ZPArray *make(std::initializer_list<int> values) { return make(itemsOf(values)); }
 };
 
 INSTANTIATE_TEST_SUITE_P(Forms, Array,
@@ -56,17 +34,15 @@ INSTANTIATE_TEST_SUITE_P(Forms, Array,
                          [](auto &info) { return info.param->name; });
 
 TEST_P(Array, Elements) {
-    ZPArray *empty = make({}), *some = make({1, 2, 3});
-    EXPECT_EQ(empty->count(), 0u);
-    EXPECT_EQ(empty->lastObject(), nullptr);
-    EXPECT_EQ(some->count(), 3u);
+    ZPArray *some = make({1, 2, 3});
+    EXPECT_EQ(make({})->lastObject(), nullptr);
     EXPECT_EQ(valueOf(some->lastObject()), 3);
     id objects[5];
     some->getObjects(objects);
     EXPECT_EQ(valueOf(objects[2]), 3);
     some->getObjects_range(objects, {1, 2});
     EXPECT_EQ(valueOf(objects[0]), 2);
-    if (!GetParam()->superclass || GetParam()->name[0] == 'Z') {
+    if (GetParam()->name[0] == 'Z') {
         std::string name = some->isa->name;
         EXPECT_EQ(raised([&] { some->objectAtIndex(3); }), bounds((name + " objectAtIndex:").c_str(), 3, 3));
         EXPECT_EQ(raised([&] {
@@ -77,13 +53,17 @@ TEST_P(Array, Elements) {
     EXPECT_NE(raised([&] { some->getObjects_range(objects, {0xFFFFFFFF, 2}); }), "");
     EXPECT_EQ(raised([&] { some->getObjects_range(objects, {3, 0}); }), "");
     EXPECT_NE(raised([&] { some->subarrayWithRange({4, 0}); }), "");
+    TestItem *sum = TestItem::with(0);
+    some->makeObjectsPerformSelector_withObject("add:"_sel, sum);
+    some->makeObjectsPerform_withObject("add:"_sel, sum);
+    some->makeObjectsPerform("self"_sel);
+    EXPECT_EQ(sum->value, 12);
 }
 
 TEST_P(Array, SearchPrefersTheIdenticalObject) {
     TestItem *a = TestItem::with(1), *b = TestItem::with(1), *c = TestItem::with(2);
     ZPArray *array = make({c, a, b, a});
     EXPECT_EQ(array->indexOfObject(b), 2u) << "not the equal one before it";
-    EXPECT_EQ(array->indexOfObject(TestItem::with(1)), 1u);
     EXPECT_EQ(array->indexOfObjectIdenticalTo(TestItem::with(1)), ZPNotFound);
     EXPECT_EQ(array->indexOfObject_inRange(b, {0, 2}), 1u);
     EXPECT_EQ(array->indexOfObject_inRange(a, {2, 2}), 3u);
@@ -96,9 +76,6 @@ TEST_P(Array, SearchPrefersTheIdenticalObject) {
     EXPECT_NE(raised([&] { array->indexOf(c, 4, NO); }), "");
     EXPECT_NE(raised([&] { array->indexOf(c, -1, YES); }), "");
     EXPECT_EQ(array->indexOfObject(nullptr), ZPNotFound);
-    EXPECT_EQ(make({})->indexOfObject(c), ZPNotFound);
-    EXPECT_FALSE(array->containsObject(TestItem::with(3)));
-    EXPECT_TRUE(array->containsObject(TestItem::with(2)));
     EXPECT_NE(raised([&] { array->indexOfObject_inRange(a, {3, 2}); }), "");
     EXPECT_EQ(array->indexOfAttributeBySelector_equalToObject("half"_sel, TestItem::with(1)), 0u);
 }
@@ -110,7 +87,7 @@ TEST_P(Array, SearchReachesBeyondOneBlock) {
     EXPECT_EQ(array->indexOfObject(TestItem::with(999)), 999u);
     EXPECT_EQ(array->indexOfObjectIdenticalTo(items[500]), 500u);
     EXPECT_EQ(array->firstObjectCommonWithArray(make({5000, 300, 200})), items[200]);
-    EXPECT_EQ(array->firstObjectCommonWithArray(nullptr), nullptr);
+    EXPECT_EQ(array->firstObjectCommonWithArray(make({5000})), nullptr);
 }
 
 TEST_P(Array, Equality) {
@@ -120,9 +97,7 @@ TEST_P(Array, Equality) {
     EXPECT_FALSE(array->isEqual(make({2, 1})));
     EXPECT_FALSE(array->isEqual(make({1})));
     EXPECT_FALSE(array->isEqual(nullptr));
-    EXPECT_FALSE(array->isEqual(TestItem::with(1)));
     EXPECT_FALSE(make({})->isEqualToArray(nullptr));
-    EXPECT_EQ(array->hash(), 2u);
 }
 
 TEST_P(Array, DerivedArrays) {
@@ -132,16 +107,16 @@ TEST_P(Array, DerivedArrays) {
     EXPECT_EQ(valuesOf(array->arrayByApplyingSelector("half"_sel)), (Values{2, 1})) << "nulls are left out";
     EXPECT_EQ(valuesOf(array->arrayByExcludingObjectsInArray(make({3}))), (Values{4, 2}));
     EXPECT_EQ(valuesOf(array->arrayByExcludingIdenticalObjectsInArray(make({3}))), (Values{4, 3, 2}));
-    EXPECT_EQ(valuesOf(array->arrayByExcludingObjectsInArray(nullptr)), (Values{4, 3, 2}));
     EXPECT_EQ(valuesOf(array->subarrayWithRange({1, 2})), (Values{3, 2}));
     // Every empty result is the one shared object.
     EXPECT_EQ(array->subarrayWithRange({3, 0}), empty);
     EXPECT_EQ(array->arrayByExcludingObjectsInArray(array), empty);
-    EXPECT_EQ(make({})->arrayByExcludingObjectsInArray(array), empty);
-    EXPECT_EQ(make({1})->arrayByApplyingSelector("half"_sel), empty);
     EXPECT_EQ(make({})->sortedArrayUsingSelector("compare:"_sel), empty);
     EXPECT_NE(raised([&] { array->arrayByAddingObject(nullptr); }), "");
-    EXPECT_EQ(nameOf(array->subarrayWithRange({0, 2})), "ZPConcreteArray");
+    EXPECT_EQ(ZPArray::arrayWithObjects(), empty);
+    EXPECT_EQ(ZPArray::alloc()->initWithObjects(), empty);
+    EXPECT_EQ(ZPArray::alloc()->init(), id(empty));
+    EXPECT_EQ(ZPArray::arrayWithArray(nullptr), empty);
 }
 
 TEST_P(Array, Joining) {
@@ -149,33 +124,19 @@ TEST_P(Array, Joining) {
         return text(make(items)->componentsJoinedByString(separator));
     };
     EXPECT_EQ(join({}, ","_zp), "");
-    EXPECT_EQ(join({"a"_zp}, ","_zp), "a");
     EXPECT_EQ(join({"a"_zp, "bc"_zp, ""_zp}, ", "_zp), "a, bc, ");
     EXPECT_EQ(join({"a"_zp, "b"_zp}, nullptr), "ab");
     EXPECT_TRUE(make({"\u3042"_zp, "b"_zp})->componentsJoinedByString("\u20ac"_zp)->isEqual("\u3042\u20acb"_zp));
-    std::vector<id> many(300, "xy"_zp);
-    EXPECT_EQ(join(many, "-"_zp).size(), 300u * 2 + 299);
-}
-
-TEST_P(Array, MessagesToAll) {
-    TestItem *sum = TestItem::with(0);
-    make({1, 2, 3})->makeObjectsPerformSelector_withObject("add:"_sel, sum);
-    make({10})->makeObjectsPerform_withObject("add:"_sel, sum);
-    EXPECT_EQ(sum->value, 16);
-    make({1, 2})->makeObjectsPerform("self"_sel);
 }
 
 TEST_P(Array, Enumeration) {
     ZPArray *array = make({1, 2, 3});
     EXPECT_EQ(valuesOf(array->objectEnumerator()), (Values{1, 2, 3}));
     EXPECT_EQ(valuesOf(array->reverseObjectEnumerator()), (Values{3, 2, 1}));
-    EXPECT_EQ(make({})->objectEnumerator()->nextObject(), nullptr);
     ZPEnumerator *e = array->reverseObjectEnumerator();
     e->nextObject();
     EXPECT_EQ(valuesOf(e->allObjects()), (Values{2, 1}));
     EXPECT_EQ(e->nextObject(), nullptr);
-    EXPECT_EQ(e->allObjects()->count(), 0u);
-
     unsigned count = array->retainCount();
     e = array->objectEnumerator();
     EXPECT_EQ(array->retainCount(), count + 1);
@@ -187,19 +148,14 @@ TEST_P(Array, Enumeration) {
 }
 
 TEST_P(Array, TheLastElementOutlivesItsArray) {
-    id last;
+    ZPEnumerator *e;
     {
-        auto items = itemsOf({1, 2});
-        ZPArray *array =
-            objc_msgSend<id>(objc_msgSend<id>(GetParam(), "alloc"_sel), "initWithObjects:count:"_sel,
-                             static_cast<const id *>(std::vector<id>(items.begin(), items.end()).data()), 2u);
-        ZPEnumerator *e = array->objectEnumerator();
-        items.clear();
-        array->release();
-        e->nextObject();
-        last = e->nextObject();
+        ZPAutoreleasePoolScope inner;
+        e = make({1, 2})->objectEnumerator()->retain();
     }
-    EXPECT_EQ(valueOf(last), 2);
+    e->autorelease();
+    e->nextObject();
+    EXPECT_EQ(valueOf(e->nextObject()), 2);
 }
 
 TEST_P(Array, SortingIsStable) {
@@ -220,7 +176,6 @@ TEST_P(Array, Copies) {
     ZPMutableArray *mutableCopy = array->mutableCopy()->autorelease();
     EXPECT_EQ(TestItem::copies, 0);
     EXPECT_EQ(mutableCopy->objectAtIndex(0), array->objectAtIndex(0));
-    EXPECT_EQ(nameOf(mutableCopy), "ZPConcreteMutableArray");
     EXPECT_TRUE(copy->isEqual(array));
     if (GetParam() == ZPArray::class_()) {
         EXPECT_EQ(copy, array);
@@ -238,42 +193,27 @@ TEST_F(ConcreteArray, AFailedInitialiserGivesEverythingBack) {
     TestItem *a = TestItem::with(1);
     std::vector<id> items = {a, a, nullptr, a};
     for (Class cls : {ZPArray::class_(), ZPMutableArray::class_()}) {
-        std::string name = cls == ZPArray::class_() ? "ZPConcreteArray" : "ZPConcreteMutableArray";
-        EXPECT_EQ(raised([&] {
-                      objc_msgSend<id>(cls, "arrayWithObjects:count:"_sel, static_cast<const id *>(items.data()), 4u);
-                  }),
-                  "ZPInvalidArgumentException: *** -[" + name +
-                      " initWithObjects:count:]: attempt to insert nil object");
-        EXPECT_EQ(raised([&] {
-                      objc_msgSend<id>(cls, "arrayWithObjects:count:"_sel, static_cast<const id *>(items.data()),
-                                       0x8000000u);
-                  }),
-                  "ZPInvalidArgumentException: *** -[" + name + " initWithObjects:count:]: absurd count: 134217728");
+        auto made = [&](unsigned count) {
+            return raised(
+                [&] { objc_msgSend<id>(cls, "arrayWithObjects:count:"_sel, (const id *)items.data(), count); });
+        };
+        std::string head =
+            "ZPInvalidArgumentException: *** -[ZPConcrete" + std::string(cls->name + 2) + " initWithObjects:count:]: ";
+        EXPECT_EQ(made(4), head + "attempt to insert nil object");
+        EXPECT_EQ(made(0x8000000), head + "absurd count: 134217728");
     }
-    EXPECT_EQ(raised([&] { ZPMutableArray::arrayWithCapacity(0xFFFFFFFF); }),
-              "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray initWithCapacity:]: absurd capacity: -1");
+    EXPECT_EQ(raised([&] { ZPMutableArray::arrayWithCapacity(0x7FFFFFF); }), "");
+    EXPECT_EQ(
+        raised([&] { ZPMutableArray::arrayWithCapacity(0x8000000); }),
+        "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray initWithCapacity:]: absurd capacity: 134217728");
     EXPECT_EQ(a->retainCount(), 1u);
 }
 
-TEST_F(ConcreteArray, EmptyArraysAreShared) {
-    ZPArray *empty = ZPArray::array();
-    EXPECT_EQ(ZPArray::array(), empty);
-    EXPECT_EQ(ZPArray::arrayWithObjects(), empty);
-    EXPECT_EQ(ZPArray::alloc()->init(), id(empty));
-    EXPECT_EQ(ZPArray::arrayWithArray(nullptr), empty);
-    EXPECT_NE(ZPMutableArray::array(), ZPMutableArray::array());
-}
-
-TEST_F(ConcreteArray, FourElementsFitTheAllocatedObject) {
-    auto items = itemsOf({1, 2, 3, 4, 5});
-    std::vector<id> list(items.begin(), items.end());
-    ZPArray *allocated = ZPArray::alloc();
-    EXPECT_EQ(allocated->initWithObjects_count(list.data(), 4), allocated);
-    allocated->release();
+TEST_F(ConcreteArray, LargeArraysLieInTheZoneAskedFor) {
+    std::vector<id> list = itemsOf({1, 2, 3, 4, 5});
     ZPZone *zone = ZPCreateZone(0, 0, YES);
     ZPArray *five = ZPArray::allocWithZone(zone)->initWithObjects_count(list.data(), 5);
-    EXPECT_EQ(ZPZoneFromPointer(five), zone) << "the larger one lies in the same zone";
-    EXPECT_EQ(five->count(), 5u);
+    EXPECT_EQ(ZPZoneFromPointer(five), zone);
     five->release();
     ZPRecycleZone(zone);
 }
@@ -297,15 +237,6 @@ TEST_F(ConcreteArray, AbstractInitialisersAndPrimitivesSayWhatIsMissing) {
         "ZPInvalidArgumentException: *** initialization method -initWithCapacity: cannot be sent to an abstract object of class BareArray: Create a concrete instance!");
 }
 
-TEST_F(ConcreteArray, RetainCounts) {
-    ZPArray *array = ZPArray::alloc()->initWithObjects("a"_zp);
-    for (int i = 0; i < 16; ++i) array->retain();
-    EXPECT_EQ(array->retainCount(), 17u);
-    for (int i = 0; i < 16; ++i) array->release();
-    EXPECT_EQ(array->retainCount(), 1u);
-    array->release();
-}
-
 TEST_F(ConcreteArray, SortsWithAHint) {
     std::vector<id> items;
     for (int i = 0; i < 200; ++i) items.push_back(TestItem::with(i * 7919 % 211));
@@ -319,7 +250,6 @@ TEST_F(ConcreteArray, SortsWithAHint) {
     EXPECT_GT(calls, 800);
     id hint = sorted->sortedArrayHint();
     EXPECT_EQ(objc_msgSend<unsigned>(hint, "length"_sel), 800u);
-    std::swap(items[10], items[100]);
     items[20] = TestItem::with(500);
     items[21] = TestItem::with(500);  // shares its hash
     ZPArray *changed = ZPArray::arrayWithObjects_count(items.data(), 200);
@@ -327,15 +257,10 @@ TEST_F(ConcreteArray, SortsWithAHint) {
     ZPArray *again = changed->sortedArrayUsingFunction_context_hint(compare, &calls, hint);
     EXPECT_LT(calls, 450);
     EXPECT_TRUE(again->isEqual(changed->sortedArrayUsingFunction_context(compare, &calls)));
-    EXPECT_EQ(
-        valuesOf(
-            ZPArray::arrayWithObjects_count(items.data(), 3)->sortedArrayUsingSelector_hint("compare:"_sel, nullptr))
-            .size(),
-        3u);
+    EXPECT_TRUE(again->isEqual(changed->sortedArrayUsingSelector_hint("compare:"_sel, nullptr)));
 }
 
 TEST(MergeSort, AnswersOneOfItsLists) {
-    ZPAutoreleasePoolScope pool;
     auto compare = [](id a, id b, void *) { return valueOf(a) - valueOf(b); };
     std::vector<id> source, result(9), scratch(9);
     for (int i = 0; i < 9; ++i) source.push_back(TestItem::with(i));

@@ -4,15 +4,8 @@
 
 #include <set>
 
-ZP_IMPLEMENT(PlainMutableSet)
-    .method<&PlainMutableSet::init>("init")
-    .method<&PlainMutableSet::initWithCapacity>("initWithCapacity:")
-    .method<&PlainMutableSet::initWithObjects_count>("initWithObjects:count:")
-    .method<&PlainMutableSet::count>("count")
-    .method<&PlainMutableSet::member>("member:")
-    .method<&PlainMutableSet::objectEnumerator>("objectEnumerator")
-    .method<&PlainMutableSet::addObject>("addObject:")
-    .method<&PlainMutableSet::removeObject>("removeObject:");
+ZP_IMPLEMENT(PlainMutableSet, init, initWithCapacity, initWithObjects_count, count, member, objectEnumerator, addObject,
+             removeObject);
 
 namespace {
 
@@ -26,8 +19,7 @@ std::multiset<int> contentsOf(ZPSet *set) {
 using Contents = std::multiset<int>;
 
 ZPSet *makeSet(Class cls, std::initializer_list<int> values) {
-    auto items = itemsOf(values);
-    std::vector<id> list(items.begin(), items.end());
+    std::vector<id> list = itemsOf(values);
     return objc_msgSend<id>(cls, "setWithObjects:count:"_sel, static_cast<const id *>(list.data()),
                             unsigned(list.size()));
 }
@@ -36,9 +28,8 @@ struct Set : CollectionTest, testing::WithParamInterface<Class> {
     ZPSet *make(std::initializer_list<int> values) { return makeSet(GetParam(), values); }
     bool counts() { return GetParam() == ZPCountedSet::class_(); }
 };
-struct MutableSet : CollectionTest, testing::WithParamInterface<Class> {
-    ZPMutableSet *make(std::initializer_list<int> values) { return (ZPMutableSet *)makeSet(GetParam(), values); }
-    bool counts() { return GetParam() == ZPCountedSet::class_(); }
+struct MutableSet : Set {
+    ZPMutableSet *make(std::initializer_list<int> values) { return (ZPMutableSet *)Set::make(values); }
 };
 auto name = [](auto &info) { return info.param->name; };
 INSTANTIATE_TEST_SUITE_P(Forms, Set,
@@ -57,12 +48,8 @@ TEST_P(Set, Members) {
     EXPECT_EQ(set->member(objects[3]), first) << "the first of equal objects is the member";
     EXPECT_EQ(first->retainCount(), 2u);
     EXPECT_EQ(set->member(TestItem::with(3)), nullptr);
-    EXPECT_TRUE(set->containsObject(TestItem::with(2)));
-    EXPECT_FALSE(set->containsObject(nullptr));
     EXPECT_EQ(set->countForObject(first), counts() ? 3u : 1u);
-    EXPECT_EQ(set->countForObject(nullptr), 0u);
     EXPECT_EQ(set->hash(), 2u);
-    EXPECT_EQ(set->allObjects()->count(), 2u);
     EXPECT_EQ(set->anyObject(), set->allObjects()->objectAtIndex(0));
     EXPECT_EQ(make({})->anyObject(), nullptr);
     EXPECT_EQ(valuesOf(set->members_notFoundMarker(ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(7)),
@@ -157,11 +144,8 @@ TEST_P(MutableSet, EmptiesAndKeepsReferencesOnce) {
         set->removeAllObjects();
     }
     EXPECT_EQ(a->retainCount(), 1u);
-    EXPECT_EQ(set->count(), 0u);
     for (int i = 0; i < 1000; ++i) set->addObject(TestItem::with(i % 300));
     EXPECT_EQ(set->count(), 300u);
-    set->removeAllObjects();
-    EXPECT_EQ(set->count(), 0u);
 }
 
 struct ConcreteSet : CollectionTest {};
@@ -171,7 +155,6 @@ TEST_F(ConcreteSet, CountedSubsets) {
     EXPECT_FALSE(two->isSubsetOfSet(ZPSet::setWithObject("x"_zp)));
     EXPECT_TRUE(ZPSet::setWithObject("x"_zp)->isSubsetOfSet(two));
     EXPECT_FALSE(two->isEqual(ZPSet::setWithObject("x"_zp)));
-    EXPECT_EQ(ZPCountedSet::class_()->version, 1);
 }
 
 TEST_F(ConcreteSet, Errors) {

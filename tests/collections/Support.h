@@ -57,9 +57,9 @@ struct PlainMutableDictionary : ZPMutableDictionary {
         return this;
     }
     id initWithCapacity(unsigned) { return init(); }
-    id initWithObjects(const id *objects, const id *k, unsigned count) {
+    id initWithObjects_forKeys_count(const id *objects, const id *k, unsigned count) {
         init();
-        for (unsigned i = 0; i < count; ++i) setObject(objects[i], k[i]);
+        for (unsigned i = 0; i < count; ++i) setObject_forKey(objects[i], k[i]);
         return this;
     }
     unsigned count() { return keys->count(); }
@@ -68,13 +68,13 @@ struct PlainMutableDictionary : ZPMutableDictionary {
         return i == ZPNotFound ? id() : values->objectAtIndex(i);
     }
     ZPEnumerator *keyEnumerator() { return keys->objectEnumerator(); }
-    void setObject(id object, id key) {
+    void setObject_forKey(id object, id key) {
         unsigned i = keys->indexOfObject(key);
         if (i != ZPNotFound) return values->replaceObjectAtIndex_withObject(i, object);
         keys->addObject(ZPAdopt<ZPObject>(key->copy()).get());
         values->addObject(object);
     }
-    void removeObject(id key) {
+    void removeObjectForKey(id key) {
         unsigned i = keys->indexOfObject(key);
         if (i == ZPNotFound) return;
         keys->removeObjectAtIndex(i);
@@ -110,8 +110,8 @@ struct PlainMutableSet : ZPMutableSet {
     }
 };
 
-inline std::vector<ZPRef<ZPObject>> itemsOf(std::initializer_list<int> values) {
-    std::vector<ZPRef<ZPObject>> items;
+inline std::vector<id> itemsOf(std::initializer_list<int> values) {
+    std::vector<id> items;
     for (int value : values) items.push_back(TestItem::with(value));
     return items;
 }

@@ -5,7 +5,7 @@
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/strings/ZPString.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
 #include <string>
 #include <thread>
@@ -22,14 +22,14 @@ struct Plain : ZPObject {
         objc_super<Plain>(this).send("dealloc"_sel);
     }
 };
-ZP_IMPLEMENT(Plain).method<&Plain::dealloc>("dealloc");
+ZP_IMPLEMENT(Plain, dealloc);
 
 // Instances that are static objects.
 struct Fixed : ZPObject {
     ZP_CLASS(Fixed)
     void dealloc() { ++deallocated; }
 };
-ZP_IMPLEMENT(Fixed).staticInstances().method<&Fixed::dealloc>("dealloc");
+ZP_IMPLEMENT(Fixed, staticInstances(), dealloc);
 
 // Counts its own retains, so no shortcut may pass it by.
 struct Watched : ZPObject {
@@ -40,7 +40,7 @@ struct Watched : ZPObject {
         return objc_super<Watched>(this).send<id>("retain"_sel);
     }
 };
-ZP_IMPLEMENT(Watched).method<&Watched::retain>("retain");
+ZP_IMPLEMENT(Watched, retain);
 
 std::string logged;
 void keepLog(const char *bytes, unsigned length, BOOL) { logged.append(bytes, length); }
@@ -85,15 +85,10 @@ TEST(ReferenceCount, SideTableGrowsShrinksAndKeepsClusters) {
             for (unsigned k = 0; k < extra(i); ++k) ASSERT_FALSE(ZPDecrementExtraRefCountWasZero(&objects[i]));
             ASSERT_TRUE(ZPDecrementExtraRefCountWasZero(&objects[i]));
             unsigned next = ((n + 1) * 181 + 7) % 400;
-            if (n < 399) {
-                ASSERT_EQ(ZPExtraRefCount(&objects[next]), extra(next));
-            }
+            ASSERT_TRUE(n == 399 || ZPExtraRefCount(&objects[next]) == extra(next));
         }
     }
     deallocated = 0;
-    objects[0].retain();
-    EXPECT_EQ(objects[0].retainCount(), 2u);
-    objects[0].release();
     objects[0].release();
     EXPECT_EQ(deallocated, 1);
     EXPECT_EQ(ZPExtraRefCount(nullptr), 0u);
@@ -101,7 +96,6 @@ TEST(ReferenceCount, SideTableGrowsShrinksAndKeepsClusters) {
 }
 
 TEST(ReferenceCount, SaturatesAndStays) {
-    ZPAutoreleasePoolScope pool;
     logged.clear();
     _ZPSetLogCStringFunction(keepLog);
     Plain *object = Plain::new_();

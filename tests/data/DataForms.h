@@ -9,7 +9,7 @@
 #include <Bedrock/data/ZPFileMapper.h>
 #include <Bedrock/platform/ZPPath.h>
 #include <Bedrock/strings/ZPString.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
 #include <cstring>
 #include <filesystem>
@@ -20,10 +20,7 @@
 
 namespace data {
 
-struct Pool {
-    unsigned token = ZPPushAutoreleasePool(0);
-    ~Pool() { ZPPopAutoreleasePool(token); }
-};
+using Pool = ZPAutoreleasePoolScope;
 
 inline std::string textOf(ZPData *d) {
     return d->length() ? std::string(static_cast<const char *>(d->bytes()), d->length()) : std::string();
@@ -33,15 +30,6 @@ inline ZPData *make(const std::string &bytes) {
 }
 inline ZPMutableData *makeMutable(const std::string &bytes) {
     return ZPMutableData::dataWithBytes_length(bytes.data(), unsigned(bytes.size()));
-}
-
-template <class F> std::string raised(F f) {
-    try {
-        f();
-    } catch (ZPException *e) {
-        return e->reason()->cString();
-    }
-    return "";
 }
 
 /// A directory of its own that goes away with it.

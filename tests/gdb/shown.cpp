@@ -49,7 +49,7 @@ struct Fixed : ZPObject {
     ZP_CLASS(Fixed)
     int value;
 };
-ZP_IMPLEMENT(Fixed).staticInstances();
+ZP_IMPLEMENT(Fixed, staticInstances());
 
 static volatile int stops;
 extern "C" __attribute__((noinline)) void stop() { stops = 1; }

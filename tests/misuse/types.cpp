@@ -18,4 +18,4 @@ struct Wrong : ZPObject {
     ZP_CLASS(Wrong)
     void take(Long) {}
 };
-ZP_IMPLEMENT(Wrong).method<&Wrong::take>("take:");
+ZP_IMPLEMENT(Wrong, take);

@@ -8,14 +8,15 @@
 
 struct Priced {
     ZP_PROTOCOL(Priced)
+    double price();
 };
-ZP_DEFINE_PROTOCOL(Priced).method<double()>("price");
+ZP_DEFINE_PROTOCOL(Priced, price);
 
 struct Basket : ZPObject {
     ZP_CLASS(Basket)
     std::vector<double> _prices;
-    Basket *add(double price) { return objc_msgSend<Basket *>(this, "add:"_sel, price); }
-    double price() { return objc_msgSend<double>(this, "price"_sel); }
+    Basket *add(double price) ZP_ASKS(price);
+    double price() ZP_ASKS();
 };
 
 struct BasketMethods : Basket {
@@ -29,21 +30,17 @@ struct BasketMethods : Basket {
         return sum;
     }
     ZPString *description() {
-        return ZPString::stringWithFormat("%d things for %.2f"_zp, int(_prices.size()), Basket::price());
+        return ZPString::stringWithFormat("%d things for %.2f"_zp, int(_prices.size()), self()->price());
     }
 };
 
-ZP_IMPLEMENT(Basket)
-    .adopts<Priced>()
-    .method<&BasketMethods::add>("add:")
-    .method<&BasketMethods::price>("price")
-    .method<&BasketMethods::description>("description");
+ZP_IMPLEMENT_WITH(Basket, BasketMethods, adopts(Priced), add, price, description);
 
 // A category: every string can shout.
 struct Shouting : ZPString {
     ZPString *shout() { return uppercaseString()->stringByAppendingString("!"_zp); }
 };
-ZP_CATEGORY(ZPString, Shouting).method<&Shouting::shout>("shout");
+ZP_CATEGORY(ZPString, Shouting, shout);
 
 int main() {
     ZPAutoreleasePoolScope pool;

@@ -31,37 +31,36 @@ struct Holder : ZPObject {
         return t;
     }
 };
-ZP_IMPLEMENT(Holder).method<&Holder::total>("total");
+ZP_IMPLEMENT(Holder, total);
 
 template <class T> struct Box : ZPObject {
     ZP_CLASS(Box)
     T _value;
     T value() { return _value; }
 };
-ZP_IMPLEMENT_INSTANCE(Box<double>).method<&Box<double>::value>("value");
+ZP_IMPLEMENT_INSTANCE(Box<double>, value);
 
 struct Named {
     ZP_PROTOCOL(Named)
+    const char *givenName();
+    static id someone();
 };
 struct Titled {
     ZP_PROTOCOL(Titled)
+    int rank(int);
 };
-ZP_DEFINE_PROTOCOL(Named).method<const char *()>("givenName").classMethod<id()>("someone");
-ZP_DEFINE_PROTOCOL(Titled).includes<Named>().method<int(int)>("rank:");
+ZP_DEFINE_PROTOCOL(Named, givenName, classMethods(someone));
+ZP_DEFINE_PROTOCOL(Titled, includes(Named), rank);
 
 struct Person : ZPObject {
     ZP_CLASS(Person)
-    const char *givenName() { return objc_msgSend<const char *>(this, "givenName"_sel); }
+    const char *givenName() ZP_ASKS();
 };
 struct PersonMethods : Person {
     const char *givenName() { return "plain"; }
     int age() { return 30; }
 };
-ZP_IMPLEMENT(Person)
-    .adopts<Titled>()
-    .version(3)
-    .method<&PersonMethods::givenName>("givenName")
-    .method<&PersonMethods::age>("age");
+ZP_IMPLEMENT_WITH(Person, PersonMethods, adopts(Titled), version(3), givenName, age);
 
 struct Child : Person {
     ZP_CLASS(Child)
@@ -71,9 +70,9 @@ ZP_IMPLEMENT(Child);
 // A category replaces a method of the class's own and adds one as a free function.
 struct PersonGreeting : Person {
     int age() { return 31; }
+    int shout(int times) { return int(self()->givenName()[0]) * times; }
 };
-int shout(Person *self, int times) { return int(self->givenName()[0]) * times; }
-ZP_CATEGORY(Person, Greeting).method<&PersonGreeting::age>("age").method<shout>("shout:");
+ZP_CATEGORY(Person, PersonGreeting, age, shout);
 
 struct Impostor : Person {
     ZP_CLASS(Impostor)
@@ -83,7 +82,7 @@ struct ImpostorMethods : Impostor {
         return objc_super<Impostor>(this).send<const char *>("givenName"_sel)[0] == 'p' ? "posed" : "lost";
     }
 };
-ZP_IMPLEMENT(Impostor).method<&ImpostorMethods::givenName>("givenName");
+ZP_IMPLEMENT_WITH(Impostor, ImpostorMethods, givenName);
 
 std::atomic<int> order;
 int parentAt, childAt, childRuns;
@@ -105,33 +104,36 @@ struct Kid : Parent {
     }
     int ready() { return childAt; }
 };
-ZP_IMPLEMENT(Parent).classMethod<&Parent::initialize>("initialize");
-ZP_IMPLEMENT(Kid).classMethod<&Kid::initialize>("initialize").method<&Kid::ready>("ready");
+ZP_IMPLEMENT(Parent, classMethods(initialize));
+ZP_IMPLEMENT(Kid, ready, classMethods(initialize));
 
 int posedRuns;
 struct Posed : ZPObject {
     ZP_CLASS(Posed)
-    int number() { return objc_msgSend<int>(this, "number"_sel); }
-    static void initialize(Class self);
+    int number() ZP_ASKS();
 };
 struct Poser : Posed {
     ZP_CLASS(Poser)
 };
-int posedNumber(Posed *) { return 1; }
-int poserNumber(Poser *self) { return objc_super<Poser>(self).send<int>("number"_sel) + 1; }
-void Posed::initialize(Class self) {
-    if (self != class_()) return;
-    ++posedRuns;
-    class_poseAs(Poser::class_(), self);
-}
-ZP_IMPLEMENT(Posed).method<posedNumber>("number").classMethod<&Posed::initialize>("initialize");
-ZP_IMPLEMENT(Poser).method<poserNumber>("number");
+struct PosedMethods : Posed {
+    int number() { return 1; }
+    static void initialize(Class self) {
+        if (self != class_()) return;
+        ++posedRuns;
+        class_poseAs(Poser::class_(), self);
+    }
+};
+struct PoserMethods : Poser {
+    int number() { return objc_super<Poser>(this).send<int>("number"_sel) + 1; }
+};
+ZP_IMPLEMENT_WITH(Posed, PosedMethods, number, classMethods(initialize));
+ZP_IMPLEMENT_WITH(Poser, PoserMethods, number);
 
 struct Doubled : ZPObject {
     ZP_CLASS(Doubled)
     void same() {}
 };
-ZP_IMPLEMENT(Doubled).method<&Doubled::same>("same").method<&Doubled::same>("same");
+ZP_IMPLEMENT(Doubled, same, same);
 
 struct Fat : Holder {
     ZP_CLASS(Fat)

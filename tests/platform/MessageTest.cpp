@@ -18,24 +18,24 @@ struct Small {
 struct Shape : ZPObject {
     ZP_CLASS(Shape)
     int _sides;
-    int sides() { return objc_msgSend<int>(this, "sides"_sel); }
-    int sidesPlus(int n) { return objc_msgSend<int>(this, "sidesPlus:"_sel, n); }
+    int sides() ZP_ASKS();
+    int sidesPlus(int n) ZP_ASKS(n);
 };
 
 struct ShapeMethods : Shape {
     int sides() { return _sides; }
     int sidesPlus(int n) { return Shape::sides() + n; }
     void setSides(int n) { _sides = n; }
-    Big bigWith(double a, Small s, float f) { return {a, double(s.a + s.b), f}; }
-    Small small(signed char c, long long q) { return {c, int(q)}; }
+    Big bigWith_and_and(double a, Small s, float f) { return {a, double(s.a + s.b), f}; }
+    Small small_and(signed char c, long long q) { return {c, int(q)}; }
     double half(float f) { return f / 2; }
-    const std::string &sameString(const std::string &s) { return s; }
-    int sum(int count, std::va_list rest) {
+    const std::string &same(const std::string &s) { return s; }
+    int sum(int shapeCount, std::va_list rest) {
         int total = 0;
-        while (count-- > 0) total += va_arg(rest, int);
+        while (shapeCount-- > 0) total += va_arg(rest, int);
         return total;
     }
-    static int count(Class) { return 7; }
+    static int shapeCount(Class) { return 7; }
     static Class receiver(Class self) { return self; }
 };
 
@@ -79,21 +79,12 @@ struct Passer : ZPObject {
         objc_sendFrame(_to.pointer(), selector, frame->length, frame->arguments, frame->result, frame->resultSize);
     }
 };
-ZP_IMPLEMENT(Passer).method<&Passer::forward>("forward::");
+ZP_IMPLEMENT(Passer, named(forward, "forward::"));
 
-ZP_IMPLEMENT(Shape)
-    .method<&ShapeMethods::sides>("sides")
-    .method<&ShapeMethods::sidesPlus>("sidesPlus:")
-    .method<&ShapeMethods::setSides>("setSides:")
-    .method<&ShapeMethods::bigWith>("bigWith:and:and:")
-    .method<&ShapeMethods::small>("small:and:")
-    .method<&ShapeMethods::half>("half:")
-    .method<&ShapeMethods::sameString>("same:")
-    .variadic<&ShapeMethods::sum>("sum:")
-    .classMethod<&ShapeMethods::count>("shapeCount")
-    .classMethod<&ShapeMethods::receiver>("receiver");
-ZP_IMPLEMENT(Square).method<&SquareMethods::sides>("sides").method<&SquareMethods::superSides>("superSides");
-ZP_IMPLEMENT(Catcher).method<&Catcher::forward>("forward::");
+ZP_IMPLEMENT_WITH(Shape, ShapeMethods, sides, sidesPlus, setSides, bigWith_and_and, small_and, half, same,
+                  variadic(sum), classMethods(shapeCount, receiver));
+ZP_IMPLEMENT_WITH(Square, SquareMethods, sides, superSides);
+ZP_IMPLEMENT(Catcher, named(forward, "forward::"));
 
 }  // namespace
 

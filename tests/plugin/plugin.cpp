@@ -8,11 +8,11 @@ struct PluggedIn : ZPObject {
     ZP_CLASS(PluggedIn)
     int answer() { return 42; }
 };
-ZP_IMPLEMENT(PluggedIn).method<&PluggedIn::answer>("answer");
+ZP_IMPLEMENT(PluggedIn, answer);
 
 struct Taught : ZPObject {
-    unsigned taught() { return retainCount(); }
+    unsigned taughtByPlugin() { return retainCount(); }
 };
-ZP_CATEGORY(ZPObject, Taught).method<&Taught::taught>("taughtByPlugin");
+ZP_CATEGORY(ZPObject, Taught, taughtByPlugin);
 
 }  // namespace

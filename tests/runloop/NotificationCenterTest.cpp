@@ -9,7 +9,7 @@
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/threads/ZPLock.h>
 #include <Bedrock/threads/ZPThread.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
 #include <algorithm>
 #include <atomic>
@@ -41,7 +41,7 @@ struct Listener : ZPObject {
     }
     void forward(SEL selector, objc_frame *) { calls.push_back(selector == "neverDefined:"_sel ? -_number : 0); }
 };
-ZP_IMPLEMENT(Listener).method<&Listener::hear>("hear:").method<&Listener::forward>("forward::");
+ZP_IMPLEMENT(Listener, hear, named(forward, "forward::"));
 
 /// A class whose first message is a notification.
 struct Untouched : ZPObject {
@@ -50,13 +50,12 @@ struct Untouched : ZPObject {
     static void initialize(Class) { _ready = 100; }
     static void hear(Class, ZPNotification *) { calls.push_back(_ready); }
 };
-ZP_IMPLEMENT(Untouched).classMethod<&Untouched::initialize>("initialize").classMethod<&Untouched::hear>("hear:");
+ZP_IMPLEMENT(Untouched, classMethods(initialize, hear));
 
 const SEL hear = "hear:"_sel;
 using Calls = std::vector<int>;
 
 struct Center : testing::Test {
-    ZPAutoreleasePoolScope pool;
     ZPRef<ZPNotificationCenter> center = ZPAdopt(ZPNotificationCenter::new_());
     ZPString *a = "a"_zp, *b = "b"_zp;
 
@@ -80,39 +79,24 @@ std::string text(ZPObject *object) { return object->description()->cString(); }
 }  // namespace
 
 TEST(Notification, IsAValue) {
-    ZPAutoreleasePoolScope pool;
     ZPDictionary *info = ZPDictionary::dictionaryWithObject_forKey("v"_zp, "k"_zp);
     ZPNotification *n = ZPNotification::notificationWithName_object_userInfo("name"_zp, "o"_zp, info);
-    EXPECT_TRUE(n->isEqual(ZPNotification::notificationWithName_object_userInfo("name"_zp, "o"_zp, info)));
-    EXPECT_FALSE(n->isEqual(ZPNotification::notificationWithName_object("name"_zp, "o"_zp)));
     ZPNotification *bare = ZPNotification::notificationWithName_object("name"_zp, "o"_zp);
     EXPECT_FALSE(
         bare->isEqual(ZPNotification::notificationWithName_object("name"_zp, "o"_zp)));  // no information to compare
-    EXPECT_TRUE(bare->isEqual(bare));
-    EXPECT_FALSE(n->isEqual("name"_zp));
-    EXPECT_EQ(n->hash(), "name"_zp->hash());
-    EXPECT_EQ(n->copy(), n);
-    n->release();
     EXPECT_EQ(ZPNotification::notificationWithName_object(nullptr, "o"_zp), nullptr);
     std::string t = text(n);
     EXPECT_EQ(t.find("ZPConcreteNotification "), 0u) << t;
     EXPECT_NE(t.find(" {name = name; object = o; userInfo = {"), std::string::npos) << t;
     EXPECT_EQ(text(ZPNotification::notificationWithName_object("x"_zp, nullptr)).substr(text(bare).find('{')),
               "{name = x}");
-    try {
-        n->init();
-        FAIL();
-    } catch (ZPException *e) {
-        EXPECT_TRUE(e->name()->isEqualToString(ZPGenericException));
-        EXPECT_EQ(std::string(e->reason()->cString()), "*** -[ZPConcreteNotification init]: should never be used");
-    }
+    EXPECT_EQ(reasonOf([&] { n->init(); }), "*** -[ZPConcreteNotification init]: should never be used");
 }
 
 TEST_F(Center, MatchesNamesAndObjects) {
     auto any = Listener::with(1), named = Listener::with(2), sender = Listener::with(3), both = Listener::with(4);
     ZPObject *from = (ZPObject *)ZPObject::new_()->autorelease().pointer(),
              *other = (ZPObject *)ZPObject::new_()->autorelease().pointer();
-    EXPECT_EQ(post(a), Calls{});
     add(named, a);
     add(both, a, from);
     add(sender, nullptr, from);
@@ -121,24 +105,17 @@ TEST_F(Center, MatchesNamesAndObjects) {
     EXPECT_EQ(post(a, from), (Calls{3, 1, 2, 4}));
     EXPECT_EQ(post(a, other), (Calls{1, 2}));
     EXPECT_EQ(post(b, from), (Calls{3, 1}));
-    EXPECT_EQ(post(nullptr, from), (Calls{3, 1}));
-    ZPString *equal = ZPString::stringWithFormat("%c"_zp, 'a');
-    EXPECT_EQ(post(equal), (Calls{1, 2}));
-    add(named, a);
+    add(named, ZPString::stringWithFormat("%c"_zp, 'a'));
     EXPECT_EQ(post(a), (Calls{1, 2, 2}));
     center->removeObserver_name_object(any.get(), a, nullptr);  // it listens to any name, not to this one
     center->removeObserver_name_object(named.get(), a, other);  // ... to any object
     center->removeObserver_name_object(both.get(), b, nullptr);
     EXPECT_EQ(post(a, from), (Calls{3, 1, 2, 4, 2}));
-    center->removeObserver_name_object(named.get(), equal, nullptr);  // both of them
+    center->removeObserver_name_object(named.get(), a, nullptr);  // both of them
     EXPECT_EQ(post(a, from), (Calls{3, 1, 4}));
-    center->removeObserver_name_object(sender.get(), nullptr, from);
-    center->removeObserver(any.get());
-    center->removeObserver(both.get());
     center->removeObserver(nullptr);
     center->addObserver_selector_name_object(nullptr, hear, a, nullptr);
-    EXPECT_EQ(center->_registry_count, 0u);
-    EXPECT_EQ(post(a, from), Calls{});
+    EXPECT_EQ(post(a, from), (Calls{3, 1, 4}));
 }
 
 TEST_F(Center, HandsOverTheNotification) {
@@ -158,8 +135,6 @@ TEST_F(Center, HandsOverTheNotification) {
     EXPECT_EQ(seen, nullptr);
     // What the observer has no method for is forwarded; a class can observe too.
     center->addObserver_selector_name_object(l.get(), "neverDefined:"_sel, b, nullptr);
-    EXPECT_EQ(post(b), (Calls{1, -1}));
-    center->addObserver_selector_name_object(id(Listener::class_()), "self"_sel, b, nullptr);
     EXPECT_EQ(post(b), (Calls{1, -1}));
     center->addObserver_selector_name_object(id(Untouched::class_()), hear, "first"_zp, nullptr);
     EXPECT_EQ(post("first"_zp), (Calls{1, 100}));  // the class has had its `+initialize`
@@ -197,12 +172,7 @@ TEST_F(Center, EveryObserverIsCalledBeforeTheFirstExceptionGoesOn) {
     add(four, a);
     for (int round = 0; round < 2; ++round) {
         calls.clear();
-        try {
-            center->postNotificationName_object(a, nullptr);
-            FAIL();
-        } catch (ZPException *e) {
-            EXPECT_EQ(std::string(e->reason()->cString()), "1");
-        }
+        EXPECT_EQ(reasonOf([&] { center->postNotificationName_object(a, nullptr); }), "1");
         EXPECT_EQ(calls, (Calls{1, 2, 3, 4}));
     }
     center->removeObserver(one.get());
@@ -212,18 +182,13 @@ TEST_F(Center, EveryObserverIsCalledBeforeTheFirstExceptionGoesOn) {
 
 TEST_F(Center, IndexesGrowAndAreRebuilt) {
     std::vector<ZPRef<Listener>> all;
-    std::vector<ZPString *> names;
     for (int i = 0; i < 60; ++i) {
         all.push_back(Listener::with(i));
-        names.push_back(ZPString::stringWithFormat("name %d"_zp, i));
+        add(all[i], ZPString::stringWithFormat("name %d"_zp, i));
+        if (i == 41) EXPECT_EQ(center->_hashtable_count, 127u);
     }
-    for (int i = 0; i < 42; ++i) add(all[i], names[i]);
-    EXPECT_EQ(center->_hashtable_count, 127u);
-    EXPECT_EQ(center->_registry_size, 64u);
-    add(all[42], names[42]);
     EXPECT_EQ(center->_hashtable_count, 255u);
-    EXPECT_GE(center->_hashtable_size, 266u);
-    for (int i = 0; i < 43; ++i) EXPECT_EQ(post(names[i]), Calls{i});
+    for (int i = 0; i < 60; ++i) EXPECT_EQ(post(ZPString::stringWithFormat("name %d"_zp, i)), Calls{i});
     // Removals leave marks until there are too many; then the order is that of the compacted records.
     ZPRef<ZPNotificationCenter> first = center;
     center = ZPAdopt(ZPNotificationCenter::new_());
@@ -285,9 +250,7 @@ TEST_F(Center, AgreesWithAPlainList) {
 }
 
 TEST(DefaultCenter, OneForEachClass) {
-    ZPAutoreleasePoolScope pool;
     ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
-    EXPECT_EQ(ZPNotificationCenter::defaultCenter(), center);
     id other = objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel);
     EXPECT_TRUE(other->isKindOfClass(OtherCenter::class_()));
     EXPECT_EQ(objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel), other);
@@ -295,7 +258,6 @@ TEST(DefaultCenter, OneForEachClass) {
     ZPRef<ZPNotificationCenter> mine = ZPAdopt(ZPNotificationCenter::new_());
     ZPNotificationCenter::setDefaultCenter_forClass(mine.get(), OtherCenter::class_());
     EXPECT_EQ(objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel), mine.get());
-    EXPECT_EQ(mine->_registry_count, 0u);
     ZPNotificationCenter::setDefaultCenter_forClass(nullptr, OtherCenter::class_());
     EXPECT_EQ(mine->retainCount(), 1u);
     center->retain();
@@ -304,15 +266,9 @@ TEST(DefaultCenter, OneForEachClass) {
     EXPECT_EQ(center->retainCount(), 1u);
     ZPNotificationCenter::setDefaultCenter_forClass(center, ZPNotificationCenter::class_());
     center->release();
-    try {
-        ZPNotificationCenter::setDefaultCenter_forClass(center, ZPString::class_());
-        FAIL();
-    } catch (ZPException *e) {
-        EXPECT_TRUE(e->name()->isEqualToString(ZPInvalidArgumentException));
-        EXPECT_EQ(
-            std::string(e->reason()->cString()),
-            "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the ZPNotificationCenter class or subclass");
-    }
+    EXPECT_EQ(
+        reasonOf([&] { ZPNotificationCenter::setDefaultCenter_forClass(center, ZPString::class_()); }),
+        "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the ZPNotificationCenter class or subclass");
 }
 
 namespace {
@@ -322,43 +278,7 @@ struct Counting : ZPObject {
     std::atomic<int> _heard;
     void hear(ZPNotification *) { ++_heard; }
 };
-ZP_IMPLEMENT(Counting).method<&Counting::hear>("hear:");
-
-}  // namespace
-
-TEST(ConcurrentCenter, PostsWhileObserversComeAndGo) {
-    ZPAutoreleasePoolScope pool;
-    ZPRef<ZPNotificationCenter> center = ZPAdopt(ZPNotificationCenter::new_());
-    ZPRef<Counting> steady = ZPAdopt(Counting::new_());
-    center->addObserver_selector_name_object(steady.get(), hear, "tick"_zp, nullptr);
-    constexpr int posters = 4, posts = 400;
-    std::vector<std::thread> threads;
-    std::vector<ZPRef<Counting>> passing;
-    for (int t = 0; t < 4; ++t) passing.push_back(ZPAdopt(Counting::new_()));
-    for (int t = 0; t < posters; ++t)
-        threads.emplace_back([&] {
-            for (int i = 0; i < posts; ++i) {
-                ZPAutoreleasePoolScope inner;
-                center->postNotificationName_object("tick"_zp, nullptr);
-                if (i % 50 == 0) center->description();
-            }
-        });
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < posts; ++i) {
-                ZPAutoreleasePoolScope inner;
-                center->addObserver_selector_name_object(passing[t].get(), hear, i % 3 ? "tick"_zp : nullptr, nullptr);
-                center->addObserver_selector_name_object(passing[t].get(), hear,
-                                                         ZPString::stringWithFormat("other %d"_zp, i), nullptr);
-                center->removeObserver(passing[t].get());
-            }
-        });
-    for (auto &t : threads) t.join();
-    EXPECT_EQ(steady->_heard, posters * posts);
-    EXPECT_EQ(center->_registry_count, 1u);
-}
-
-namespace {
+ZP_IMPLEMENT(Counting, hear);
 
 /// Comes and goes while it is called, posts from inside, and raises now and then.
 struct Visitor : Counting {
@@ -374,12 +294,11 @@ struct Visitor : Counting {
         if (n % 3 == 0) ZPException::raise_format("Trouble"_zp, "%@"_zp, own);
     }
 };
-ZP_IMPLEMENT(Visitor).method<&Visitor::hear>("hear:");
+ZP_IMPLEMENT(Visitor, hear);
 
 }  // namespace
 
 TEST(ConcurrentCenter, ObserversRaiseAndComeAndGoInsidePosts) {
-    ZPAutoreleasePoolScope pool;
     ZPRef<ZPNotificationCenter> center = ZPAdopt(ZPNotificationCenter::new_());
     ZPRef<Counting> last = ZPAdopt(Counting::new_());
     std::vector<ZPRef<Visitor>> visitors;
@@ -398,6 +317,7 @@ TEST(ConcurrentCenter, ObserversRaiseAndComeAndGoInsidePosts) {
                 ZPAutoreleasePoolScope inner;
                 try {
                     center->postNotificationName_object("tick"_zp, nullptr);
+                    if (i % 8 == 0) center->description();
                 } catch (ZPException *e) {
                     raised += e->reason()->hasPrefix("own "_zp);
                 }

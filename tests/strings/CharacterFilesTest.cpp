@@ -1,19 +1,15 @@
 // SPDX-License-Identifier: MIT
 // The character sets and case mappings of the resource files: against the character data they were made from, and
 // what remains of them when files are missing or broken, each case in a process of its own.
-#include "StringForms.h"
+#include "ResourceRoot.h"
 
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
-
 #include <atomic>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <map>
 #include <set>
 #include <sstream>
+#include <thread>
 #include <thread>
 
 using namespace strings;
@@ -70,48 +66,8 @@ const std::map<std::string, ZPCharacterSet *(*)()> standardSets = {
     {"Pc Pd Ps Pe Pi Pf Po", ZPCharacterSet::punctuationCharacterSet},
 };
 
-// ---- processes with an installation root of their own ----
-
-class Root {
-    fs::path _root;
-
-  public:
-    Root() : _root(fs::path(testing::TempDir()) / ("charsets" + std::to_string(std::random_device()()))) {
-        fs::create_directories(folder());
-    }
-    ~Root() { fs::remove_all(_root); }
-    fs::path folder() const { return _root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources/CharacterSets"; }
-    void write(const std::string &name, const std::string &bytes) const {
-        std::ofstream(folder() / name, std::ios::binary) << bytes;
-    }
-    void use() const { setenv("CORVID_ROOT", _root.c_str(), 1); }
-};
-
-unsigned countOf(const std::string &text, const std::string &piece) {
-    unsigned n = 0;
-    for (std::size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
-    return n;
-}
-
 const char noSets[] = "Unable to load extended character set(s); using builtin.\n";
 const char noCases[] = "ZPCharConversion: could not load case conversion table.\n";
-
-void end(std::function<void(const Root &)> check) {
-    {
-        Root root;
-        root.use();
-        Pool pool;
-        check(root);
-    }
-    std::exit(testing::Test::HasFailure());
-}
-
-// The fatal-exit form of a check, in a process that has loaded nothing yet.
-#define IN_A_PROCESS(...)                                              \
-    do {                                                               \
-        GTEST_FLAG_SET(death_test_style, "threadsafe");                \
-        EXPECT_EXIT(end(__VA_ARGS__), testing::ExitedWithCode(0), ""); \
-    } while (0)
 
 std::string littleEndian(std::initializer_list<unsigned> numbers) {
     std::string bytes;
@@ -125,7 +81,7 @@ std::string bitmapOf(std::initializer_list<unsigned> units) {
     return bytes;
 }
 
-void writeCases(const Root &root, const std::string &name, const std::string &bytes) {
+void writeCases(const ResourceRoot &root, const std::string &name, const std::string &bytes) {
     root.write(name, bytes);
     for (const char *direction : {"Lower", "Upper", "Title"})
         root.write(std::string("hasNonSelf") + direction + "caseMapping.bitmap", std::string(8192, '\xFF'));
@@ -156,32 +112,25 @@ TEST(CharacterFiles, standardSetsAreTheirCategories) {
 }
 
 TEST(CharacterFiles, fullSetsAndTheirForms) {
-    Pool pool;
     Class expanded = objc_getClass("ZPExpandedBuiltinCharacterSet");
-    struct {
-        SEL selector;
-        ZPCharacterSet *set;
-        bool bitmap;
-    } cases[] = {
-        {"controlCharacterSet"_sel, ZPCharacterSet::controlCharacterSet(), false},
-        {"whitespaceCharacterSet"_sel, ZPCharacterSet::whitespaceCharacterSet(), false},
-        {"whitespaceAndNewlineCharacterSet"_sel, ZPCharacterSet::whitespaceAndNewlineCharacterSet(), false},
-        {"decimalDigitCharacterSet"_sel, ZPCharacterSet::decimalDigitCharacterSet(), false},
-        {"letterCharacterSet"_sel, ZPCharacterSet::letterCharacterSet(), true},
-        {"punctuationCharacterSet"_sel, ZPCharacterSet::punctuationCharacterSet(), true},
-    };
-    for (auto &c : cases) {
-        ZPCharacterSet *full = objc_msgSend<ZPCharacterSet *>(expanded, c.selector);
-        EXPECT_EQ(objc_msgSend<BOOL>(full, "isCompact"_sel) != NO, c.bitmap) << sel_getName(c.selector);
-        EXPECT_TRUE(full->isEqual(c.set) && c.set->isEqual(full));
-        EXPECT_FALSE(full->isMutable());
-        EXPECT_EQ(objc_msgSend<ZPCharacterSet *>(expanded, c.selector), full) << "loaded once";
+    const std::pair<SEL, bool> cases[] = {{"controlCharacterSet"_sel, false},
+                                          {"whitespaceCharacterSet"_sel, false},
+                                          {"decimalDigitCharacterSet"_sel, false},
+                                          {"letterCharacterSet"_sel, true},
+                                          {"punctuationCharacterSet"_sel, true}};
+    ZPCharacterSet *set = nullptr;
+    for (auto [selector, bitmap] : cases) {
+        set = objc_msgSend<ZPCharacterSet *>(ZPCharacterSet::class_(), selector);
+        ZPCharacterSet *full = objc_msgSend<ZPCharacterSet *>(expanded, selector);
+        EXPECT_EQ(objc_msgSend<BOOL>(full, "isCompact"_sel) != NO, bitmap) << sel_getName(selector);
+        EXPECT_TRUE(full->isEqual(set) && set->isEqual(full));
+        EXPECT_EQ(objc_msgSend<ZPCharacterSet *>(expanded, selector), full) << "loaded once";
     }
     testing::internal::CaptureStderr();
-    EXPECT_EQ(raised([&] { objc_msgSend<id>(cases[0].set, "expandSetWithOffset:"_sel, 12); }),
+    EXPECT_EQ(reasonOf([&] { objc_msgSend<id>(set, "expandSetWithOffset:"_sel, 12); }),
               "ZPBuiltinCharacterSet expandSetWithOffset:: Illegal operation on this class or instance");
     static id const instance = objc_msgSend<id>(expanded, "new"_sel);  // like all of its kind it is never freed
-    EXPECT_NE(raised([&] { objc_msgSend<BOOL>(instance, "characterIsMember:"_sel, unichar('a')); }), "");
+    EXPECT_NE(reasonOf([&] { objc_msgSend<BOOL>(instance, "characterIsMember:"_sel, unichar('a')); }), "");
     std::string log = testing::internal::GetCapturedStderr();
     EXPECT_EQ(countOf(log, "ZPExpandedBuiltinCharacterSet: illegal offset 12 encountered.\n"), 1u) << log;
     EXPECT_EQ(countOf(log, "Abstract class ZPExpandedBuiltinCharacterSet does not implement method characterIsMember:"),
@@ -239,7 +188,7 @@ TEST(CharacterFiles, caseMappingsOfThePlane) {
 }
 
 TEST(CharacterFiles, withoutAnyFile) {
-    IN_A_PROCESS([](const Root &) {
+    IN_A_PROCESS([](const ResourceRoot &) {
         testing::internal::CaptureStderr();
         ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(),
                        *illegal = ZPCharacterSet::illegalCharacterSet();
@@ -270,7 +219,7 @@ TEST(CharacterFiles, withoutAnyFile) {
 }
 
 TEST(CharacterFiles, caseMappingsAreTriedAgain) {
-    IN_A_PROCESS([](const Root &root) {
+    IN_A_PROCESS([](const ResourceRoot &root) {
         EXPECT_EQ(textOf(make(u"\u0436")->uppercaseString()), u"\u0436");
         // One mapping each; the bitmap leaves U+0437 out, and a target of 0 is none.
         std::string tables =
@@ -291,7 +240,7 @@ TEST(CharacterFiles, brokenCaseMappings) {
     std::string broken[] = {"", "abc", tables.substr(0, 7), tables.substr(0, tables.size() - 1),
                             littleEndian({1, 0xFFFF, 0xFFFF, 0xFFFF}) + tables};
     for (const std::string &bytes : broken)
-        IN_A_PROCESS([&](const Root &root) {
+        IN_A_PROCESS([&](const ResourceRoot &root) {
             writeCases(root, "CaseMapping-L.data", bytes);
             testing::internal::CaptureStderr();
             EXPECT_EQ(textOf(make(u"a\u0436\u0436")->uppercaseString()), u"A\u0436\u0436");
@@ -305,7 +254,7 @@ TEST(CharacterFiles, brokenCaseMappings) {
 }
 
 TEST(CharacterFiles, brokenSets) {
-    IN_A_PROCESS([](const Root &root) {
+    IN_A_PROCESS([](const ResourceRoot &root) {
         std::string letters = bitmapOf({'0', 0x416, 0xFFFF}).substr(0, 0x420 / 8);
         root.write("letterCharacterSet.bitmap", letters);
         root.write("decimalDigitCharacterSet.dict",
@@ -351,7 +300,7 @@ TEST(CharacterFiles, brokenSets) {
 }
 
 TEST(CharacterFiles, setsOfClients) {
-    IN_A_PROCESS([](const Root &root) {
+    IN_A_PROCESS([](const ResourceRoot &root) {
         auto at = [&](const char *name) { return ZPString::stringWithCString((root.folder() / name).c_str()); };
         root.write(
             "mine.dict",

@@ -1,25 +1,10 @@
 // SPDX-License-Identifier: MIT
 // C strings under different default encodings, each in a process of its own.
-#include "StringForms.h"
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include "ResourceRoot.h"
 
 using namespace strings;
 
 namespace {
-
-std::string reasonOf(ZPString *s) {
-    try {
-        s->cString();
-    } catch (ZPException *e) {
-        if (!e->name()->isEqual(ZPCharacterConversionException)) return "another exception";
-        std::u16string reason = textOf(e->reason());
-        return {reason.begin(), reason.end()};
-    }
-    return "";
-}
 
 void checkKESTREL() {
     ZPString *s = ZPString::stringWithCString("\xE9t\xE9");
@@ -43,8 +28,10 @@ void checkWindowsLatin1() {
     inEveryForm(u"a\u00e9\u0001",
                 [](const Form &, ZPString *t) { EXPECT_STREQ(t->displayableString()->cString(), "a\\U00e9\\001"); });
 
-    EXPECT_EQ(reasonOf(make(u"a text of more than \u0416 units")),
+    ZPString *name = nullptr;
+    EXPECT_EQ(reasonOf([] { make(u"a text of more than \u0416 units")->cString(); }, &name),
               "Conversion to cString failed for string \"a text of more than ...\"");
+    EXPECT_TRUE(name->isEqual(ZPCharacterConversionException));
     char buffer[8];
     EXPECT_THROW(make(u"\u0416")->getCString(buffer), ZPException *);
     EXPECT_EQ(make(u"\u0416")->cStringLength(), 0u);
@@ -73,44 +60,29 @@ void checkUTF8() {
     });
 }
 
-void runUnder(ZPStringEncoding encoding, void (*check)()) {
-    namespace fs = std::filesystem;
-    fs::path root =
-        fs::path(testing::TempDir()) / ("encoding" + std::to_string(encoding) + "-" + std::to_string(std::rand()));
-    fs::path folder = root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources";
-    fs::create_directories(folder);
-    std::ofstream(folder / "CStringEncoding") << encoding;
-    setenv("CORVID_ROOT", root.c_str(), 1);
-    EXPECT_EQ(ZPString::defaultCStringEncoding(), encoding);
-    {
-        Pool pool;
-        check();
-    }
-    fs::remove_all(root);
-    std::exit(testing::Test::HasFailure());
-}
-
 // The encoding under a locale, in a process that has asked for none yet.
 void checkLocale(const char *all, const char *lang, ZPStringEncoding expected) {
-    setenv("CORVID_ROOT", testing::TempDir().c_str(), 1);
     setenv("LC_ALL", all, 1);
     unsetenv("LC_CTYPE");
     setenv("LANG", lang, 1);
     EXPECT_EQ(ZPString::defaultCStringEncoding(), expected) << all << "/" << lang;
-    std::exit(testing::Test::HasFailure());
 }
 
 }  // namespace
 
 TEST(DefaultEncoding, decidesWhatBytesMean) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(runUnder(ZPKESTRELStringEncoding, checkKESTREL), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(runUnder(ZPWindowsCP1252StringEncoding, checkWindowsLatin1), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(runUnder(ZPUTF8StringEncoding, checkUTF8), testing::ExitedWithCode(0), "");
+    const std::pair<ZPStringEncoding, void (*)()> checks[] = {{ZPKESTRELStringEncoding, checkKESTREL},
+                                                              {ZPWindowsCP1252StringEncoding, checkWindowsLatin1},
+                                                              {ZPUTF8StringEncoding, checkUTF8}};
+    for (auto [encoding, check] : checks)
+        IN_A_PROCESS([encoding = encoding, check = check](const ResourceRoot &root) {
+            root.write("../CStringEncoding", std::to_string(encoding));
+            EXPECT_EQ(ZPString::defaultCStringEncoding(), encoding);
+            check();
+        });
 }
 
 TEST(DefaultEncoding, isThatOfTheLocale) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     static const struct {
         const char *all, *lang;
         ZPStringEncoding encoding;
@@ -134,5 +106,5 @@ TEST(DefaultEncoding, isThatOfTheLocale) {
         {"", "", ZPUTF8StringEncoding},
         {"", "xx_XX.", ZPUTF8StringEncoding},
     };
-    for (auto &c : cases) EXPECT_EXIT(checkLocale(c.all, c.lang, c.encoding), testing::ExitedWithCode(0), "");
+    for (auto &c : cases) IN_A_PROCESS([&](const ResourceRoot &) { checkLocale(c.all, c.lang, c.encoding); });
 }

@@ -15,10 +15,6 @@ using namespace strings;
 
 namespace {
 
-struct Format : testing::Test {
-    Pool pool;
-};
-
 template <class... A> std::u16string formatted(ZPString *format, A... arguments) {
     return textOf(ZPString::stringWithFormat(format, arguments...));
 }
@@ -45,16 +41,16 @@ struct Raising : Described {
     ZP_CLASS(Raising)
     ZPString *description() { ZPException::raise_format(ZPGenericException, "no description"_zp); }
 };
-ZP_IMPLEMENT(Described).method<&Described::description>("description");
-ZP_IMPLEMENT(Localized).method<&Localized::descriptionWithLocale>("descriptionWithLocale:");
-ZP_IMPLEMENT(Raising).method<&Raising::description>("description");
+ZP_IMPLEMENT(Described, description);
+ZP_IMPLEMENT(Localized, descriptionWithLocale);
+ZP_IMPLEMENT(Raising, description);
 
 }  // namespace
 
 #pragma GCC diagnostic ignored "-Wformat"
 #pragma GCC diagnostic ignored "-Wformat-security"
 
-TEST_F(Format, WritesWhatTheCLibraryWrites) {
+TEST(Format, WritesWhatTheCLibraryWrites) {
     const char *flags[] = {"", "-", "+", " ", "#", "0", "-0", "+0", "-+", "# ", "#0", "#+0"};
     const char *sizes[] = {"", "1", "8", "14", ".0", ".1", ".7", "12.3", "5.9", "9.0", ".20"};
     for (std::string flag : flags)
@@ -89,7 +85,7 @@ TEST_F(Format, WritesWhatTheCLibraryWrites) {
     expectLikeC("%d %s %.2f %c%%", -3, "x", 1.005, 'q');
 }
 
-TEST_F(Format, RoundsFixedDecimalsExactly) {
+TEST(Format, RoundsFixedDecimalsExactly) {
     std::mt19937_64 random(23);
     for (int i = 0; i < 20000; ++i) {
         double v;
@@ -107,7 +103,7 @@ TEST_F(Format, RoundsFixedDecimalsExactly) {
     }
 }
 
-TEST_F(Format, TakesArgumentsOfEverySizeInOrder) {
+TEST(Format, TakesArgumentsOfEverySizeInOrder) {
     EXPECT_EQ(formatted("%d %@ %f %s %ld %@ %g %x %@ %f %d %s %lld"_zp, 1, "two"_zp, 3.0, "four", 5l, "six"_zp, 7.5, 8u,
                         "nine"_zp, 10.0, 11, "twelve", 13ll),
               u"1 two 3.000000 four 5 six 7.5 8 nine 10.000000 11 twelve 13");
@@ -116,13 +112,13 @@ TEST_F(Format, TakesArgumentsOfEverySizeInOrder) {
     EXPECT_EQ(untouched, 7);
 }
 
-TEST_F(Format, DescribesObjects) {
+TEST(Format, DescribesObjects) {
     EXPECT_EQ(formatted("%d %s %@"_zp, 5, "C", static_cast<ZPString *>(nullptr)), u"5 C *nil*");
     ZPObject *plain = Described::new_()->autorelease(), *localized = Localized::new_()->autorelease();
     EXPECT_EQ(formatted("[%@|%@]"_zp, plain, localized), u"[plain \u4e2d|no locale]");
     ZPDictionary *locale = ZPDictionary::dictionary();
     EXPECT_EQ(textOf(ZPString::stringWithFormat_locale("%@"_zp, locale, localized)), u"localized");
-    EXPECT_EQ(raised([] { ZPString::stringWithFormat("text before %@"_zp, Raising::new_()->autorelease()); }),
+    EXPECT_EQ(reasonOf([] { ZPString::stringWithFormat("text before %@"_zp, Raising::new_()->autorelease()); }),
               "no description");
     EXPECT_EQ(formatted("%@"_zp, ZPString::class_()), u"ZPString");
     inEveryForm(u"caf\u00e9 text of some length", [](const Form &, ZPString *s) {
@@ -132,7 +128,7 @@ TEST_F(Format, DescribesObjects) {
     inEveryForm(u"%d\u00b7%@", [](const Form &, ZPString *s) { EXPECT_EQ(formatted(s, 1, "x"_zp), u"1\u00b7x"); });
 }
 
-TEST_F(Format, SurvivesCTextThatIsNoText) {
+TEST(Format, SurvivesCTextThatIsNoText) {
     EXPECT_EQ(formatted("%s|%5.3s|%.2s"_zp, static_cast<const char *>(nullptr), "abcdef", "abcdef"),
               u"(null)|  abc|ab");
     EXPECT_EQ(formatted("%s"_zp, "\xC3\xA9\xE4\xB8\xAD"), u"\u00e9\u4e2d");
@@ -144,7 +140,7 @@ TEST_F(Format, SurvivesCTextThatIsNoText) {
     EXPECT_EQ(formatted("%c"_zp, 0).size(), 1u);
 }
 
-TEST_F(Format, TakesArgumentsByPosition) {
+TEST(Format, TakesArgumentsByPosition) {
     EXPECT_EQ(formatted("%2$@ %1$d"_zp, 7, "x"_zp), u"x 7");
     EXPECT_EQ(formatted("%3$s-%1$f-%3$s"_zp, 1.5, 2, "s"), u"s-1.500000-s");
     EXPECT_EQ(formatted("100%% %1$*2$d|%3$.*2$f"_zp, 5, 4, 2.0), u"100%    5|2.0000");
@@ -154,7 +150,7 @@ TEST_F(Format, TakesArgumentsByPosition) {
     EXPECT_EQ(formatted("%1$@ %d"_zp, "x"_zp), u"x %d") << "one without a position does not fit here";
 }
 
-TEST_F(Format, LeavesMalformedDirectivesAsTheyAre) {
+TEST(Format, LeavesMalformedDirectivesAsTheyAre) {
     EXPECT_EQ(formatted("50%"_zp), u"50%");
     EXPECT_EQ(formatted("%5"_zp), u"%5");
     EXPECT_EQ(formatted("%5\u4e2dd %d"_zp, 3), u"%5\u4e2dd 3");
@@ -168,7 +164,7 @@ TEST_F(Format, LeavesMalformedDirectivesAsTheyAre) {
     EXPECT_EQ(ZPString::stringWithFormat("%s"_zp, ""), ""_zp);
 }
 
-TEST_F(Format, UsesTheLocalesDecimalSeparator) {
+TEST(Format, UsesTheLocalesDecimalSeparator) {
     auto withSeparator = [](ZPString *separator) {
         return ZPDictionary::dictionaryWithObject_forKey(separator, "ZPDecimalSeparator"_zp);
     };
@@ -187,7 +183,7 @@ TEST_F(Format, UsesTheLocalesDecimalSeparator) {
     EXPECT_EQ(format("%f %%.d"_zp, comma, 0.5), u"0,500000 %.d");
 }
 
-TEST_F(Format, FillsMutableStrings) {
+TEST(Format, FillsMutableStrings) {
     ZPMutableString *s = ZPMutableString::stringWithFormat("%d"_zp, 5);
     s->appendFormat(" and %@"_zp, s);
     EXPECT_EQ(textOf(s), u"5 and 5");

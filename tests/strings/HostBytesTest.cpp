@@ -21,7 +21,6 @@ std::string throughString(const std::string &bytes, ZPStringEncoding e) {
 }  // namespace
 
 TEST(HostBytes, ComeBackAsTheyWere) {
-    Pool pool;
     std::mt19937 random(17);
     for (ZPStringEncoding e : everyEncoding) {
         SCOPED_TRACE(e);
@@ -39,7 +38,6 @@ TEST(HostBytes, ComeBackAsTheyWere) {
 }
 
 TEST(HostBytes, AreTextWhereTheyCanBe) {
-    Pool pool;
     auto units = [](const char *bytes, ZPStringEncoding e) {
         return textOf(_ZPStringFromHostBytes(bytes, unsigned(std::strlen(bytes)), e));
     };

@@ -6,10 +6,6 @@ using namespace strings;
 
 namespace {
 
-struct JapaneseEncoding : testing::Test {
-    Pool pool;
-};
-
 constexpr ZPStringEncoding euc = ZPJapaneseEUCStringEncoding, sjis = ZPShiftJISStringEncoding,
                            jis = ZPISO2022JPStringEncoding;
 
@@ -28,7 +24,7 @@ std::string toEUC(const std::string &in) {
 
 }  // namespace
 
-TEST_F(JapaneseEncoding, HoldsTheStandardAndComesBack) {
+TEST(JapaneseEncoding, HoldsTheStandardAndComesBack) {
     unsigned standard = 0, extension = 0;
     for (unsigned first = 0xA1; first < 0xFF; ++first)
         for (unsigned second = 0xA1; second < 0xFF; ++second) {
@@ -72,7 +68,7 @@ TEST_F(JapaneseEncoding, HoldsTheStandardAndComesBack) {
     }
 }
 
-TEST_F(JapaneseEncoding, CarriesKESTRELInEUC) {
+TEST(JapaneseEncoding, CarriesKESTRELInEUC) {
     EXPECT_EQ(encoded(u"\u00e9a\u20ac", euc), "\xA0\xE9\x61\xA0\x80");
     EXPECT_EQ(decoded("\xA0\xE9\x61\xA0\x80", euc), u"\u00e9a\u20ac");
     EXPECT_EQ(encoded(u"\u00d7\u2029", euc), "\xA1\xDF\n") << "the standard's own sign goes first";
@@ -87,7 +83,7 @@ TEST_F(JapaneseEncoding, CarriesKESTRELInEUC) {
     EXPECT_EQ(decoded("\xFF\xA1", euc), std::u16string(1, u'\0'));
 }
 
-TEST_F(JapaneseEncoding, ConvertsBetweenTheTwoByteForms) {
+TEST(JapaneseEncoding, ConvertsBetweenTheTwoByteForms) {
     EXPECT_EQ(toShiftJIS("\xA4\xA2"), "\x82\xA0 2");
     EXPECT_EQ(toEUC("\x82\xA0"), "\xA4\xA2 2");
     EXPECT_EQ(toShiftJIS("a"), "a 1");
@@ -117,7 +113,7 @@ TEST_F(JapaneseEncoding, ConvertsBetweenTheTwoByteForms) {
         }
 }
 
-TEST_F(JapaneseEncoding, FailsOnDamagedShiftJIS) {
+TEST(JapaneseEncoding, FailsOnDamagedShiftJIS) {
     for (const char *bad : {"x\x82", "\x80", "\xA0z", "\xFD\x80", "\x82\x20", "\x87\x40"})
         EXPECT_EQ(decoded(bad, sjis), u"<fails>") << bad;
     EXPECT_EQ(decoded("\xF0\x40z", sjis), u"?z");
@@ -128,7 +124,7 @@ TEST_F(JapaneseEncoding, FailsOnDamagedShiftJIS) {
     EXPECT_EQ(at, bytes + 1);
 }
 
-TEST_F(JapaneseEncoding, SwitchesInJIS) {
+TEST(JapaneseEncoding, SwitchesInJIS) {
     EXPECT_EQ(encoded(u"a\u65e5\u672cb\uff71\u65e5", jis),
               "a\x1B$B\x46\x7C\x4B\x5C\x1B(Bb\x1B(I\x31\x1B$B\x46\x7C\x1B(B");
     EXPECT_EQ(decoded("a\x1B$B\x46\x7C\x1B(Jb\x1B)I\x31\x1B$@\x46\x7C\x1B(Hc", jis), u"a\u65e5b\uff71\u65e5c");

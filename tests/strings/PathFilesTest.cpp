@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Paths and the host: names of any bytes, links, completion, users and directories.
-#include "StringForms.h"
+#include "ResourceRoot.h"
 
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/core/ZPLog.h>
@@ -9,9 +9,7 @@
 #include <Bedrock/strings/ZPPathUtilities.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
 
 using namespace strings;
 namespace fs = std::filesystem;
@@ -30,7 +28,6 @@ std::string hostOf(ZPString *path) {
 }
 
 struct PathFiles : testing::Test {
-    Pool pool;
     fs::path root;
 
     PathFiles() {
@@ -88,7 +85,7 @@ TEST_F(PathFiles, GoToTheFileSystemInItsEncoding) {
     EXPECT_FALSE(make(std::u16string(u"a\0b", 3))->getFileSystemRepresentation_maxLength(buffer, 5))
         << "no name has a NUL";
     EXPECT_FALSE(make(u"\xD800")->getFileSystemRepresentation_maxLength(buffer, 5));
-    EXPECT_NE(raised([] { ""_zp->fileSystemRepresentation(); }), "");
+    EXPECT_NE(reasonOf([] { ""_zp->fileSystemRepresentation(); }), "");
 }
 
 TEST_F(PathFiles, NamesOfAnyBytesAreListedOpenedAndRemoved) {
@@ -222,67 +219,42 @@ TEST_F(PathFiles, DirectoriesThatProgramsAskFor) {
     EXPECT_EQ(textOf(ZPTemporaryDirectory()), u"C:\\tmp");
     if (!saved.empty()) setenv("TMPDIR", saved.c_str(), 1);
 
-    ZPString *installed = ZPLodestarRootDirectory();
-    EXPECT_TRUE(installed->isEqual(ZPCorvidRootDirectory()));
-    EXPECT_TRUE(fs::is_directory(hostOf(installed)));
-    ZPArray *applications = ZPStandardApplicationPaths(), *libraries = ZPStandardLibraryPaths();
-    ASSERT_EQ(applications->count(), 6u);
-    EXPECT_EQ(textOf(applications->objectAtIndex(0)), u"C:\\Users\\me\\Apps");
-    EXPECT_EQ(textOf(applications->objectAtIndex(3)), textOf(installed) + u"\\CorvidDeveloper\\Apps");
-    ASSERT_EQ(libraries->count(), 3u);
-    EXPECT_EQ(textOf(libraries->objectAtIndex(0)), u"C:\\Users\\me\\Library");
-    EXPECT_EQ(textOf(libraries->objectAtIndex(2)), textOf(installed) + u"\\CorvidLibrary");
+    std::u16string installed = textOf(ZPLodestarRootDirectory());
+    EXPECT_TRUE(fs::is_directory(hostOf(ZPCorvidRootDirectory())));
+    EXPECT_EQ(textOf(ZPStandardApplicationPaths()->objectAtIndex(3)), installed + u"\\CorvidDeveloper\\Apps");
+    EXPECT_EQ(textOf(ZPStandardLibraryPaths()->objectAtIndex(0)), u"C:\\Users\\me\\Library");
 }
 
 namespace {
 
-void start(const fs::path &root, const char *number) {
-    fs::path folder = root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources";
-    fs::create_directories(folder);
-    std::ofstream(folder / "FileSystemEncoding") << number;
-    setenv("CORVID_ROOT", root.c_str(), 1);
-}
-
-// In a process of its own: what a file called "caf\xE9" is named when the resource file holds `number`.
-void nameUnder(const fs::path &root, const char *number, const std::u16string &wanted) {
-    start(root, number);
-    std::ofstream(root / "docs/deep/caf\xE9");
-    {
-        Pool pool;
-        ZPString *text = nullptr;
-        make(pathOf(root) + u"\\docs\\deep\\c")
-            ->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, YES, nullptr, nullptr);
-        EXPECT_EQ(textOf(text->lastPathComponent()), wanted);
-        EXPECT_TRUE(fs::exists(hostOf(text)));
-    }
-    fs::remove_all(root);
-    std::exit(testing::Test::HasFailure());
-}
-
 // Shift JIS has characters whose second byte is that of a backslash.
-void nameInShiftJIS(const fs::path &root) {
-    start(root, "08");
+void nameInShiftJIS(const ResourceRoot &root) {
+    root.write("../FileSystemEncoding", "08");
+    fs::remove(root.folder());
     fs::path sources = fs::path(__FILE__).parent_path().parent_path().parent_path();
-    fs::create_directory_symlink(sources / "Bedrock/resources/data/CharacterSets",
-                                 root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources/CharacterSets");
-    {
-        Pool pool;
-        char bytes[16];
-        EXPECT_TRUE(make(u"a/\u5B57")->getFileSystemRepresentation_maxLength(bytes, sizeof bytes));
-        EXPECT_STREQ(bytes, "a\\\x8E\x9A");
-        EXPECT_FALSE(make(u"a/\u8868")->getFileSystemRepresentation_maxLength(bytes, sizeof bytes))
-            << "it would name another file";
-        EXPECT_EQ(ZPData::dataWithContentsOfFile(make(u"a/\u8868")), nullptr);
-    }
-    fs::remove_all(root);
-    std::exit(testing::Test::HasFailure());
+    fs::create_directory_symlink(sources / "Bedrock/resources/data/CharacterSets", root.folder());
+    char bytes[16];
+    EXPECT_TRUE(make(u"a/\u5B57")->getFileSystemRepresentation_maxLength(bytes, sizeof bytes));
+    EXPECT_STREQ(bytes, "a\\\x8E\x9A");
+    EXPECT_FALSE(make(u"a/\u8868")->getFileSystemRepresentation_maxLength(bytes, sizeof bytes))
+        << "it would name another file";
+    EXPECT_EQ(ZPData::dataWithContentsOfFile(make(u"a/\u8868")), nullptr);
 }
 
 }  // namespace
 
 TEST_F(PathFiles, FileNamesMayHaveAnEncodingOfTheirOwn) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(nameUnder(root, "05", u"caf\u00e9"), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(nameUnder(root, "77", u"caf\xDCE9"), testing::ExitedWithCode(0), "") << "no such encoding";
-    EXPECT_EXIT(nameInShiftJIS(root), testing::ExitedWithCode(0), "");
+    // What a file called "caf\xE9" is named when the resource file holds a number, of an encoding or of none.
+    for (auto [number, wanted] : {std::pair{"05", u"caf\u00e9"}, {"77", u"caf\xDCE9"}})
+        IN_A_PROCESS([&, number = number, wanted = wanted](const ResourceRoot &resources) {
+            resources.write("../FileSystemEncoding", number);
+            std::ofstream(root / "docs/deep/caf\xE9");
+            ZPString *text = nullptr;
+            make(pathOf(root) + u"\\docs\\deep\\c")
+                ->completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(&text, YES, nullptr, nullptr);
+            EXPECT_EQ(textOf(text->lastPathComponent()), wanted);
+            EXPECT_TRUE(fs::exists(hostOf(text)));
+            fs::remove_all(root);
+        });
+    IN_A_PROCESS(nameInShiftJIS);
 }

@@ -5,9 +5,7 @@
 
 namespace strings {
 
-ZP_IMPLEMENT(ClientString)
-    .method<&ClientString::length>("length")
-    .method<&ClientString::characterAtIndex>("characterAtIndex:");
+ZP_IMPLEMENT(ClientString, length, characterAtIndex);
 
 namespace {
 

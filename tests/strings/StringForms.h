@@ -6,7 +6,7 @@
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/strings/ZPMutableString.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
 #include <cstring>
 #include <random>
@@ -14,10 +14,7 @@
 
 namespace strings {
 
-struct Pool {
-    unsigned token = ZPPushAutoreleasePool(0);
-    ~Pool() { ZPPopAutoreleasePool(token); }
-};
+using Pool = ZPAutoreleasePoolScope;
 
 inline std::u16string textOf(ZPString *s) {
     std::u16string text(s->length(), u'\0');
@@ -27,17 +24,6 @@ inline std::u16string textOf(ZPString *s) {
 
 inline ZPString *make(const std::u16string &text) {
     return ZPString::stringWithCharacters_length(text.data(), unsigned(text.size()));
-}
-
-/// The reason of what `f` raises, or "" when it raises nothing.
-template <class F> std::string raised(F f, ZPString **name = nullptr) {
-    try {
-        f();
-    } catch (ZPException *e) {
-        if (name) *name = e->name();
-        return e->reason()->cString();
-    }
-    return "";
 }
 
 /// A client's string that supplies the primitives alone.

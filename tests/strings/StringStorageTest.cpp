@@ -21,35 +21,34 @@ char *zoneBytes(const char *text) {
 }  // namespace
 
 TEST(StringStorage, theInitialiserPicksTheClass) {
-    Pool pool;
-    EXPECT_EQ(classOf("x"_zp), "ZPConstantString");
-    EXPECT_EQ(classOf("\u4e2d"_zp), "_ZPConstantUnicodeString");
-    EXPECT_EQ(classOf(ZPString::stringWithCString("abc")), "ZPInlineCString");
-    EXPECT_EQ(classOf(ascii(65535)), "ZPInlineCString");
-    EXPECT_EQ(classOf(ascii(65536)), "ZPCString");
-    EXPECT_EQ(classOf(make(u"abc")), "ZPUnicodeString");
-    EXPECT_EQ(
-        classOf(ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(zoneBytes("abc"), 3, YES)->autorelease()),
-        "ZPCString");
     auto *units = static_cast<unichar *>(ZPZoneMalloc(nullptr, 4));
     units[0] = units[1] = 'u';
-    EXPECT_EQ(classOf(ZPString::alloc()->initWithCharactersNoCopy_length_freeWhenDone(units, 2, YES)->autorelease()),
-              "ZPUnicodeString");
     // From bytes of an encoding: short ASCII inline, longer ASCII in the converted buffer, the rest in units.
     auto decoded = [](std::string bytes, ZPStringEncoding e) {
         return (ZPString *)ZPString::alloc()
             ->initWithBytes_length_encoding(bytes.data(), unsigned(bytes.size()), e)
             ->autorelease();
     };
-    EXPECT_EQ(classOf(decoded(std::string(24, 'x'), ZPUTF8StringEncoding)), "ZPInlineCString");
-    EXPECT_EQ(classOf(decoded(std::string(25, 'x'), ZPUTF8StringEncoding)), "ZPCString");
-    EXPECT_EQ(classOf(decoded("\xC3\xA9", ZPUTF8StringEncoding)), "ZPUnicodeString");
-    EXPECT_EQ(textOf(decoded("\xC3\xA9", ZPUTF8StringEncoding)), u"\u00e9");
+    const std::pair<ZPString *, const char *> cases[] = {
+        {"x"_zp, "ZPConstantString"},
+        {"\u4e2d"_zp, "_ZPConstantUnicodeString"},
+        {ZPString::stringWithCString("abc"), "ZPInlineCString"},
+        {ascii(65535), "ZPInlineCString"},
+        {ascii(65536), "ZPCString"},
+        {make(u"abc"), "ZPUnicodeString"},
+        {ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(zoneBytes("abc"), 3, YES)->autorelease(),
+         "ZPCString"},
+        {ZPString::alloc()->initWithCharactersNoCopy_length_freeWhenDone(units, 2, YES)->autorelease(),
+         "ZPUnicodeString"},
+        {decoded(std::string(24, 'x'), ZPUTF8StringEncoding), "ZPInlineCString"},
+        {decoded(std::string(25, 'x'), ZPUTF8StringEncoding), "ZPCString"},
+        {decoded("\xC3\xA9", ZPUTF8StringEncoding), "ZPUnicodeString"},
+    };
+    for (auto &[string, cls] : cases) EXPECT_EQ(classOf(string), cls) << string->cString();
     EXPECT_EQ(ZPString::alloc()->initWithBytes_length_encoding("\xE2\x82", 2, ZPUTF8StringEncoding), nullptr);
 }
 
 TEST(StringStorage, emptyResultsAreTheEmptyLiteral) {
-    Pool pool;
     ZPString *empty = ""_zp;
     unichar none[1];
     EXPECT_EQ(ZPString::string(), empty);
@@ -58,18 +57,14 @@ TEST(StringStorage, emptyResultsAreTheEmptyLiteral) {
     EXPECT_EQ(ZPString::stringWithString(make(u"")), empty);
     EXPECT_EQ(ZPString::alloc()->initWithCStringNoCopy_length_freeWhenDone(zoneBytes("a"), 0, YES), empty);
     EXPECT_EQ(ZPString::alloc()->initWithBytes_length_encoding("", 0, ZPUTF8StringEncoding), empty);
-    inEveryForm(u"abc", [&](const Form &form, ZPString *s) {
+    inEveryForm(u"abc", [&](const Form &, ZPString *s) {
         EXPECT_EQ(s->substringFromIndex(3), empty);
         EXPECT_EQ(s->substringWithRange({1, 0}), empty);
-        EXPECT_EQ(s->substringToIndex(0), empty);
-        (void)form;
     });
-    EXPECT_EQ(empty->uppercaseString(), empty);
     EXPECT_EQ(empty->stringByAppendingString(make(u"")), empty);
 }
 
 TEST(StringStorage, copiesShareWhereTheyCan) {
-    Pool pool;
     for (ZPString *s : {ZPString::stringWithCString("abc"), ascii(70000), make(u"abc")}) {
         EXPECT_EQ(ZPString::stringWithString(s), s);
         EXPECT_EQ(s->copy()->autorelease(), id(s));
@@ -92,13 +87,12 @@ TEST(StringStorage, copiesShareWhereTheyCan) {
 }
 
 TEST(StringStorage, placeholdersLiveForEverAndAreNoStrings) {
-    Pool pool;
     ZPString *p = ZPString::alloc();
     EXPECT_EQ(p, ZPString::alloc());
     EXPECT_EQ(p, _ZPPlaceholderStringFromZone(ZPDefaultMallocZone()));
     p->release();
     EXPECT_EQ(p->retainCount(), 0xFFFFFFFF);
-    EXPECT_NE(raised([&] { p->length(); }).find("length"), std::string::npos);
+    EXPECT_NE(reasonOf([&] { p->length(); }).find("length"), std::string::npos);
     ZPZone *zone = ZPCreateZone(0, 0, YES);
     ZPString *inZone = ZPString::allocWithZone(zone);
     EXPECT_NE(inZone, p);
@@ -107,10 +101,10 @@ TEST(StringStorage, placeholdersLiveForEverAndAreNoStrings) {
     EXPECT_EQ(s->zone(), zone);
     s->release();
     ZPRecycleZone(zone);
-    EXPECT_EQ(raised([] { ZPString::stringWithCString(nullptr); }), "[ZPString stringWithCString:]: NULL cString");
-    EXPECT_EQ(raised([] { ZPString::alloc()->initWithCString(nullptr); }),
+    EXPECT_EQ(reasonOf([] { ZPString::stringWithCString(nullptr); }), "[ZPString stringWithCString:]: NULL cString");
+    EXPECT_EQ(reasonOf([] { ZPString::alloc()->initWithCString(nullptr); }),
               "[ZPPlaceholderString initWithCString:]: NULL cString");
-    EXPECT_NE(raised([] {
+    EXPECT_NE(reasonOf([] {
                   ((ZPString *)ClientString::alloc()->autorelease())
                       ->initWithCharactersNoCopy_length_freeWhenDone(nullptr, 0, NO);
               }),
@@ -126,12 +120,9 @@ TEST(StringStorage, literalsIgnoreCounting) {
         EXPECT_EQ(s->retainCount(), 0xFFFFFFFF);
         EXPECT_EQ(s->copyWithZone(nullptr), id(s));
     }
-    EXPECT_STREQ("abc"_zp->cString(), "abc");
-    EXPECT_EQ("gr\u00fc\u00df"_zp->length(), 4u);
 }
 
 TEST(StringStorage, byteSubstringsBorrowUntilTheyAreRetained) {
-    Pool pool;
     std::string text(100, 'p');
     text[40] = 'q';
     ZPString *parent = ZPString::alloc()->initWithCString_length(text.data(), 100);
@@ -147,12 +138,11 @@ TEST(StringStorage, byteSubstringsBorrowUntilTheyAreRetained) {
     parent->release();
     EXPECT_EQ(part->characterAtIndex(0), u'q');
     part->release();
-    EXPECT_EQ(raised([&] { part->initWithCStringNoCopy_length_freeWhenDone(nullptr, 0, NO); }),
+    EXPECT_EQ(reasonOf([&] { part->initWithCStringNoCopy_length_freeWhenDone(nullptr, 0, NO); }),
               "Can't call initWithCStringNoCopy:length:freeWhenDone: in ZPCSubstring");
 }
 
 TEST(StringStorage, unitSubstringsOfNearlyAllStayAttached) {
-    Pool pool;
     ZPString *parent = make(std::u16string(100, u'p'));
     struct {
         unsigned length;
@@ -177,7 +167,6 @@ TEST(StringStorage, unitSubstringsOfNearlyAllStayAttached) {
 }
 
 TEST(StringStorage, substringsSurviveTheirParentAndEachOther) {
-    Pool pool;
     std::mt19937 random(3);
     inEveryForm(u"The quick brown fox jumps over the lazy dog, twice over the hedge", [&](const Form &, ZPString *s) {
         std::u16string text = textOf(s);
@@ -198,7 +187,6 @@ TEST(StringStorage, substringsSurviveTheirParentAndEachOther) {
 }
 
 TEST(StringStorage, partsRetainedByManyThreads) {
-    Pool pool;
     std::string text(1000, 't');
     for (int round = 0; round < 50; ++round) {
         ZPString *parent = ZPString::alloc()->initWithCString_length(text.data(), 1000);
@@ -219,7 +207,6 @@ TEST(StringStorage, partsRetainedByManyThreads) {
 }
 
 TEST(StringStorage, partsOfAPartThatAnotherThreadRetains) {
-    Pool pool;
     for (int round = 0; round < 1000; ++round) {
         ZPString *parent = make(std::u16string(1000, u't'))->retain(),
                  *part = parent->_newSubstringWithRange_zone({10, 500}, nullptr);
@@ -248,23 +235,4 @@ TEST(StringStorage, partsOfAPartThatAnotherThreadRetains) {
         --released;
         divides.join();
     }
-}
-
-TEST(StringStorage, scratchMemoryIsCarvedFromBlocks) {
-    Pool pool;
-    auto request = [](unsigned n) {
-        return static_cast<char *>(
-            objc_msgSend<void *>(objc_getClass("_ZPAutoreleasedMallocMemory"), "mallocMemoryWithCapacity:"_sel, n));
-    };
-    char *first = request(300), *second = request(300), *third = request(150);
-    EXPECT_EQ(third, first + 300) << "the first block stays current";
-    EXPECT_FALSE(second >= first && second < first + 500);
-    std::memset(request(5000), 1, 5000);
-    {
-        Pool inner;
-        std::memset(request(200), 2, 200);  // becomes the current block, and goes with its pool
-    }
-    std::memset(request(500), 3, 500);
-    char *p = request(40);
-    EXPECT_EQ(request(40), p + 40);
 }

@@ -1,14 +1,23 @@
 // SPDX-License-Identifier: MIT
-// Objects for tests: values that count how many of them live, and the text of an error.
+// What tests share: a pool around each, values that count how many of them live, and the text of an error.
 #pragma once
 
 #include <Bedrock/bridge/ZPMemory.h>
+#include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/strings/ZPString.h>
 
 #include <gtest/gtest.h>
 
 #include <string>
+
+/// An autorelease pool around every test of a program.
+struct PoolPerTest : testing::EmptyTestEventListener {
+    unsigned token = 0;
+    void OnTestStart(const testing::TestInfo &) override { token = ZPPushAutoreleasePool(0); }
+    void OnTestEnd(const testing::TestInfo &) override { ZPPopAutoreleasePool(token); }
+};
+inline const bool poolPerTest = (testing::UnitTest::GetInstance()->listeners().Append(new PoolPerTest), true);
 
 /// A number, equal by value; all hash alike when `sameHash` is set.
 struct TestItem : ZPObject {
@@ -45,14 +54,22 @@ struct TestItem : ZPObject {
 
 inline int valueOf(id item) { return item ? static_cast<TestItem *>(item)->value : -1; }
 
-/// "Name: reason" of what f raises; empty when it raises nothing.
-template <class F> std::string raised(F f) {
+inline std::string text(ZPString *string) { return string ? string->cString() : "(null)"; }
+
+/// The reason of what f raises, and its name; empty when it raises nothing.
+template <class F> std::string reasonOf(F f, ZPString **name = nullptr) {
     try {
         f();
     } catch (ZPException *e) {
-        return std::string(e->name()->cString()) + ": " + e->reason()->cString();
+        if (name) *name = e->name();
+        return text(e->reason());
     }
     return "";
 }
 
-inline std::string text(ZPString *string) { return string ? string->cString() : "(null)"; }
+/// "Name: reason" of what f raises; empty when it raises nothing.
+template <class F> std::string raised(F f) {
+    ZPString *name = nullptr;
+    std::string reason = reasonOf(f, &name);
+    return name ? text(name) + ": " + reason : "";
+}

@@ -26,38 +26,23 @@ int byLastDigit(ZPOrderedHeap *, ZPHeapElement a, ZPHeapElement b) { return int(
 
 }  // namespace
 
-TEST(OrderedHeap, GrowsToTwiceAndOne) {
-    Heap heap;
-    EXPECT_EQ(heap.heap->storage, nullptr);
-    unsigned capacities[] = {1, 3, 3, 7, 7, 7, 7, 15};
-    for (unsigned n = 0; n < 8; ++n) {
-        ZPAddToOrderedHeap(heap, ZPHeapElement(n));
-        EXPECT_EQ(heap.heap->capacity, capacities[n]);
-    }
+TEST(OrderedHeap, KeepsItsStorageInItsZone) {
+    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    ZPOrderedHeap *heap = ZPCreateOrderedHeapFromZone(nullptr, 5, zone);
     std::vector<ZPHeapElement> many(9, 4);
     ZPAddMultipleToOrderedHeap(heap, many.data(), 9);
-    EXPECT_EQ(heap.heap->capacity, 31u);
-    EXPECT_EQ(ZPCountOrderedHeap(heap), 17u);
-    ZPZone *zone = ZPCreateZone(0, 0, YES);
-    ZPOrderedHeap *elsewhere = ZPCreateOrderedHeapFromZone(nullptr, 5, zone);
-    ZPAddMultipleToOrderedHeap(elsewhere, many.data(), 9);
-    EXPECT_EQ(ZPZoneFromPointer(elsewhere->storage), zone);
-    EXPECT_EQ(elsewhere->capacity, 11u);
-    ZPFreeOrderedHeap(elsewhere);
+    EXPECT_EQ(ZPZoneFromPointer(heap->storage), zone);
+    ZPFreeOrderedHeap(heap);
     ZPRecycleZone(zone);
 }
 
-TEST(OrderedHeap, GivesTheLeastFirst) {
+TEST(OrderedHeap, AnswersNullWhenNothingIsLeft) {
     Heap heap{5, 1, 3};
-    EXPECT_EQ(ZPMinimumOfOrderedHeap(heap), 1);
-    for (ZPHeapElement wanted : {1, 3, 5, 0}) EXPECT_EQ(ZPRemoveMinimumOfOrderedHeap(heap), wanted);
+    ZPHeapElement buffer[5] = {9, 9, 9, 9, 9};
+    ZPRemoveMultipleFromOrderedHeap(heap, buffer, 5);
+    EXPECT_TRUE(std::ranges::equal(buffer, std::vector<ZPHeapElement>{1, 3, 5, 0, 0}));
     EXPECT_EQ(ZPMinimumOfOrderedHeap(heap), 0);
     EXPECT_EQ(ZPRemoveRandomInOrderedHeap(heap), 0);
-
-    Heap again{5, 1, 3};
-    ZPHeapElement buffer[5] = {9, 9, 9, 9, 9};
-    ZPRemoveMultipleFromOrderedHeap(again, buffer, 5);
-    EXPECT_TRUE(std::ranges::equal(buffer, std::vector<ZPHeapElement>{1, 3, 5, 0, 0}));
 }
 
 TEST(OrderedHeap, OrdersIntegersByTheirWrappedDifference) {
@@ -72,12 +57,6 @@ TEST(OrderedHeap, OrdersIntegersByTheirWrappedDifference) {
 }
 
 TEST(OrderedHeap, FindsTheLeastThatIsNotBefore) {
-    for (ZPHeapElement value : {2, 3}) {
-        Heap heap{1, 3, 5};
-        EXPECT_EQ(ZPRemoveLeastGreaterOfOrderedHeap(heap, value), 3);
-        EXPECT_EQ(ZPRemoveLeastGreaterOfOrderedHeap(heap, 6), 0);
-        EXPECT_EQ(ZPCountOrderedHeap(heap), 2u);
-    }
     Heap zero{0};
     EXPECT_EQ(ZPRemoveLeastGreaterOfOrderedHeap(zero, -5), 0);
     EXPECT_EQ(ZPCountOrderedHeap(zero), 1u);

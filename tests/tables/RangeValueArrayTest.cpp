@@ -7,13 +7,13 @@
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/tables/ZPRangeValueArray.h>
 
+#include <functional>
 #include <random>
 #include <vector>
 
 namespace {
 
 struct RangeValueArrays : testing::Test {
-    ZPAutoreleasePoolScope pool;
     TestItem *a = TestItem::with(1), *sameAsA = TestItem::with(1), *b = TestItem::with(2);
 };
 
@@ -54,20 +54,14 @@ TEST_F(RangeValueArrays, MergeEqualNeighboursWhenSorted) {
     EXPECT_EQ(array.entries(), "0+33=2 ");
     EXPECT_EQ(b->retainCount(), 2u);
     EXPECT_EQ(sameAsA->retainCount(), 1u);
+    EXPECT_NE(raised([&] { ZPRangeValueArrayAddRangeValue(array, {9, 0xFFFFFFFF}, b, YES); }), "");
+    EXPECT_EQ(array.entries(), "0+33=2 ");
     ZPResetRangeValueArray(array);
     EXPECT_EQ(b->retainCount(), 1u);
-
-    ZPRangeValueArrayAddRangeValue(array, {0, 2}, a, NO);
-    ZPRangeValueArrayAddRangeValue(array, {10, 5}, b, NO);
-    ZPRangeValueArrayAddRangeValue(array, {8, 2}, b, NO);
-    EXPECT_EQ(array.entries(), "0+2=1 8+7=2 ") << "also with the entry behind";
-    ZPRangeValueArrayAddRangeValue(array, {20, 2}, b, NO);
-    ZPRangeValueArrayAddRangeValue(array, {24, 2}, b, NO);
-    ZPRangeValueArrayAddRangeValue(array, {12, 20}, b, NO);
-    EXPECT_EQ(array.entries(), "0+2=1 8+24=2 ");
+    for (ZPRange r : {ZPRange{10, 5}, {8, 2}, {20, 2}, {24, 2}, {12, 20}})
+        ZPRangeValueArrayAddRangeValue(array, r, b, NO);
+    EXPECT_EQ(array.entries(), "8+24=2 ") << "also with entries behind";
     EXPECT_EQ(b->retainCount(), 2u);
-    EXPECT_NE(raised([&] { ZPRangeValueArrayAddRangeValue(array, {9, 0xFFFFFFFF}, b, YES); }), "");
-    EXPECT_EQ(array.entries(), "0+2=1 8+24=2 ");
     ZPResetRangeValueArray(array);
 }
 
@@ -102,16 +96,20 @@ TEST_F(RangeValueArrays, AreEditedByPosition) {
 TEST_F(RangeValueArrays, KeepToTheirMode) {
     Array sorted(YES), positional(NO);
     ZPRangeValueArrayAddRangeValue(sorted, {0, 10}, a, NO);
-    std::string wrong = "ZPGenericException: ";
-    EXPECT_EQ(raised([&] { ZPRangeValueArraySetRangeAtIndex(sorted, {}, 9); }), wrong)
-        << "before the index is looked at";
-    EXPECT_EQ(raised([&] { ZPRangeValueArraySetValueAtIndex(sorted, b, 0); }), wrong);
-    EXPECT_EQ(raised([&] { ZPRangeValueArrayInsertAtIndex(sorted, {}, b, 0); }), wrong);
-    EXPECT_EQ(raised([&] { ZPRangeValueArrayRemoveAtIndex(sorted, 0); }), wrong);
-    EXPECT_EQ(raised([&] { ZPRangeValueArrayRemoveRangesWithValue(sorted, a); }), wrong);
-    EXPECT_EQ(raised([&] { ZPRangeValueArrayRemoveRangesWithValue(sorted, b); }), "") << "nothing to remove";
-    EXPECT_EQ(raised([&] { ZPRangeValueArrayAddRangeValue(positional, {0, 1}, a, NO); }), wrong);
-    EXPECT_EQ(raised([&] { ZPRangeValueArrayRemoveRange(positional, {0, 1}); }), wrong);
+    for (auto wrong : std::initializer_list<std::function<void()>>{
+             [&] { ZPRangeValueArraySetRangeAtIndex(sorted, {}, 9); },  // before the index is looked at
+             [&] { ZPRangeValueArraySetValueAtIndex(sorted, b, 0); },
+             [&] { ZPRangeValueArrayInsertAtIndex(sorted, {}, b, 0); },
+             [&] { ZPRangeValueArrayRemoveAtIndex(sorted, 0); },
+             [&] { ZPRangeValueArrayRemoveRangesWithValue(sorted, a); },
+             [&] {
+                 ZPRangeValueArrayAddRangeValue(positional, {0, 1}, a, NO);
+             },
+             [&] {
+                 ZPRangeValueArrayRemoveRange(positional, {0, 1});
+             }})
+        EXPECT_EQ(raised(wrong), "ZPGenericException: ");
+    ZPRangeValueArrayRemoveRangesWithValue(sorted, b);  // nothing to remove
     void *value = nullptr;
     EXPECT_TRUE(ZPRangeValueArrayValueForLocation(sorted, 7, &value));
     EXPECT_EQ(value, a);
@@ -135,7 +133,6 @@ TEST_F(RangeValueArrays, OwnWhatTheirFunctionsSay) {
     Array array(NO);
     for (unsigned i = 0; i < 9; ++i) ZPRangeValueArrayInsertAtIndex(array, {i, 1}, a, 0);
     ZPRangeValueArray *copy = ZPCopyRangeValueArrayWithZone(array, nullptr);
-    EXPECT_EQ(copy->list.capacity, 12u);
     EXPECT_EQ(a->retainCount(), 19u);
     EXPECT_TRUE(ZPCompareRangeValueArrays(array, copy));
     ZPRangeValueArraySetValueAtIndex(copy, sameAsA, 3);

@@ -48,23 +48,14 @@ TEST(SimpleHashing, CapacityChoosesTheSizeClass) {
     }
 }
 
-TEST(SimpleHashing, GrowsWhenTheThresholdIsPassed) {
+TEST(SimpleHashing, GrowsToTheSizeClassOfItsCount) {
     ZPSimpleSet *set = ZPCreateSimpleSet(0, nullptr, nullptr);
-    std::map<unsigned, unsigned> changes;
-    for (unsigned n = 1, size = 4; n <= 1366; ++n) {
+    for (unsigned n = 1; n <= 1366; ++n) {
         insert(set, n, n);
-        if (ZPSimpleSetNumBuckets(set) != size) changes[n] = size = ZPSimpleSetNumBuckets(set);
+        ZPSimpleSet *ready = ZPCreateSimpleSet(n, nullptr, nullptr);
+        EXPECT_EQ(ZPSimpleSetNumBuckets(set), ZPSimpleSetNumBuckets(ready)) << n;
+        ZPFreeSimpleSet(ready);
     }
-    EXPECT_EQ(changes, (std::map<unsigned, unsigned>{{4, 8},
-                                                     {8, 16},
-                                                     {12, 32},
-                                                     {22, 64},
-                                                     {44, 128},
-                                                     {86, 256},
-                                                     {172, 512},
-                                                     {342, 1024},
-                                                     {684, 2048},
-                                                     {1366, 4096}}));
     ZPFreeSimpleSet(set);
 }
 
@@ -124,11 +115,8 @@ TEST(SimpleHashing, IdentityIsTriedBeforeEquality) {
         insert(set, 2, 9);
         calls = 0;
         EXPECT_EQ(number(ZPSimpleSetLookup(set, word(1), 9, word(1))->item), 1u);
-        EXPECT_EQ(calls, 0);
         // In a packed class an identical entry wins over an earlier equal one, whatever its hash.
-        if (capacity == 7) {
-            EXPECT_EQ(number(ZPSimpleSetLookup(set, word(2), 4, word(1))->item), 2u);
-        }
+        EXPECT_TRUE(capacity != 7 || number(ZPSimpleSetLookup(set, word(2), 4, word(1))->item) == 2);
         EXPECT_FALSE(ZPSimpleSetLookup(set, word(3), 10, word(1))) << "another hash is not compared";
         EXPECT_EQ(calls, 0);
         void *item = word(3);
@@ -247,9 +235,7 @@ TEST(SimpleHashing, RemovedEntriesDoNotSlowSearchesForEver) {
     auto hash = [](std::uintptr_t n) { return unsigned(n * 2654435761u) >> 2; };
     for (std::uintptr_t n = 1; n <= 1000000; ++n) {
         ASSERT_TRUE(insert(set, n, hash(n)));
-        if (n > 1000) {
-            ASSERT_TRUE(remove(set, n - 1000, hash(n - 1000)));
-        }
+        ASSERT_TRUE(n <= 1000 || remove(set, n - 1000, hash(n - 1000)));
     }
     auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     EXPECT_EQ(ZPSimpleSetNumBuckets(set), 2048u);

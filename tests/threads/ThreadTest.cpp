@@ -8,7 +8,7 @@
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/threads/ZPLock.h>
 #include <Bedrock/threads/ZPThread.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
 #include <atomic>
 #include <cstdio>
@@ -35,7 +35,7 @@ struct Held : ZPObject {
         objc_super<Held>(this).send("dealloc"_sel);
     }
 };
-ZP_IMPLEMENT(Held).method<&Held::init>("init").method<&Held::dealloc>("dealloc");
+ZP_IMPLEMENT(Held, init, dealloc);
 
 /// What a started thread does, and what was heard of it.
 struct Worker : ZPObject {
@@ -78,17 +78,12 @@ struct Worker : ZPObject {
         if (note->object() || !ZPThread::isMultiThreaded()) _heard += 100;
     }
 };
-ZP_IMPLEMENT(Worker)
-    .method<&Worker::run>("run:")
-    .method<&Worker::willExit>("willExit:")
-    .method<&Worker::becoming>("becoming:");
+ZP_IMPLEMENT(Worker, run, willExit, becoming);
 
 }  // namespace
 
 TEST(Thread, EveryThreadHasItsOwnObjectAndDictionary) {
-    ZPAutoreleasePoolScope pool;
     ZPThread *mine = ZPThread::currentThread();
-    EXPECT_EQ(ZPThread::currentThread(), mine);
     mine->threadDictionary()->setObject_forKey("main"_zp, "who"_zp);
     std::atomic<int> wrong{0};
     for (int round = 0; round < 3; ++round) {  // stacks are reused by the following round
@@ -109,7 +104,6 @@ TEST(Thread, EveryThreadHasItsOwnObjectAndDictionary) {
 
 TEST(Thread, StringsCollectionsAndClassesFromManyThreads) {
     // Placeholders, literals, caches of classes seen for the first time, shared immutable objects.
-    ZPAutoreleasePoolScope pool;
     ZPRef<ZPArray> shared = ZPArray::arrayWithObjects("one"_zp, ZPString::stringWithFormat("%d"_zp, 2),
                                                       "drei und mehr Zeichen als in ein kleines Stück passen"_zp);
     std::atomic<int> wrong{0};
@@ -134,7 +128,6 @@ TEST(Thread, StringsCollectionsAndClassesFromManyThreads) {
 }
 
 TEST(Thread, StartsAndEnds) {
-    ZPAutoreleasePoolScope pool;
     ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
     for (BOOL exits : {NO, YES}) {
         ZPRef<Worker> worker = ZPAdopt(Worker::new_());
@@ -173,7 +166,7 @@ struct Leaving : Held {
         objc_super<Leaving>(this).send("dealloc"_sel);
     }
 };
-ZP_IMPLEMENT(Leaving).method<&Leaving::dealloc>("dealloc");
+ZP_IMPLEMENT(Leaving, dealloc);
 
 /// Ends its thread from inside a delivery.
 struct Quitter : ZPObject {
@@ -198,7 +191,7 @@ struct Quitter : ZPObject {
         ZPThread::exit();
     }
 };
-ZP_IMPLEMENT(Quitter).method<&Quitter::run>("run:").method<&Quitter::quit>("quit:");
+ZP_IMPLEMENT(Quitter, run, quit);
 
 }  // namespace
 
@@ -214,7 +207,6 @@ TEST(Thread, WhatEndsWithAThreadMayStillUseIt) {
 }
 
 TEST(Thread, EndsInsideADelivery) {
-    ZPAutoreleasePoolScope pool;
     ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
     ZPRef<Quitter> first = ZPAdopt(Quitter::new_()), second = ZPAdopt(Quitter::new_());
     for (auto &q : {first, second}) center->addObserver_selector_name_object(q.get(), "quit:"_sel, "quit"_zp, nullptr);
@@ -232,7 +224,6 @@ TEST(Thread, EndsInsideADelivery) {
 }
 
 TEST(Thread, AKeptThreadObjectIsReleasedElsewhereWithoutHarm) {
-    ZPAutoreleasePoolScope pool;
     ZPThread *kept = nullptr;
     std::thread([&] {
         ZPAutoreleasePoolScope inner;

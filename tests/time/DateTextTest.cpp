@@ -7,7 +7,7 @@
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/time/ZPCalendarDate.h>
 #include <Bedrock/time/ZPLocale.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
 #include <random>
 #include <string>
@@ -33,42 +33,35 @@ std::string read(const char *text, const char *format, ZPDictionary *locale = nu
     return date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString();
 }
 ZPDictionary *german() {
-    return (ZPDictionary
-                *)(ZPObject
-                       *)"{ZPWeekDayNameArray = (Sonntag, Montag, Dienstag, Mittwoch, Donnerstag, Freitag, Samstag); ZPMonthNameArray = (Januar);"
-                         "ZPAMPMDesignation = (vorm, nachm); ZPTimeDateFormatString = \"%A, %d.%m.%Y %H:%M\";}"_zp
-                             ->propertyList()
-                             .pointer();
+    return "{ZPWeekDayNameArray = (Sonntag, Montag, Dienstag, Mittwoch, Donnerstag, Freitag, Samstag); ZPMonthNameArray = (Januar);"
+           "ZPAMPMDesignation = (vorm, nachm); ZPTimeDateFormatString = \"%A, %d.%m.%Y %H:%M\";}"_zp->propertyList();
 }
 
 }  // namespace
 
 TEST(DateText, EveryDirective) {
-    ZPAutoreleasePoolScope pool;
-    EXPECT_EQ(shown("%a %A %b %B"), "Thu Thursday Sep September");
-    EXPECT_EQ(shown("%d|%e|%j|%m|%y|%Y|%w"), "04|4|247|09|03|2003|4");
-    EXPECT_EQ(shown("%H|%I|%p|%M|%S|%F"), "15|03|PM|06|07|000");
-    EXPECT_EQ(shown("%Z|%z|%%"), "GMT+0000|+0000|%");
-    EXPECT_EQ(shown("%c"), "Thu Sep 04 15:06:07 GMT+0000 2003");
-    EXPECT_EQ(shown("%x"), "Thu Sep 04 2003");
-    EXPECT_EQ(shown("%X"), "15:06:07 GMT+0000");
-    EXPECT_EQ(shown("%5d|%05d|%0d|%1Y|%3y|%12Q|%5A"), "    4|00004|4|2003|  3|?|Thursday");
-    EXPECT_EQ(shown("%q %\xC3\xA9 plain %"), "? ? plain ");
-    EXPECT_EQ(shown("%12"), "");
-    EXPECT_EQ(shown(""), "");
+    const std::pair<const char *, const char *> cases[] = {
+        {"%a %A %b %B", "Thu Thursday Sep September"},
+        {"%d|%e|%j|%m|%y|%Y|%w", "04|4|247|09|03|2003|4"},
+        {"%H|%I|%p|%M|%S|%F", "15|03|PM|06|07|000"},
+        {"%Z|%z|%%", "GMT+0000|+0000|%"},
+        {"%c", "Thu Sep 04 15:06:07 GMT+0000 2003"},
+        {"%x %X", "Thu Sep 04 2003 15:06:07 GMT+0000"},
+        {"%5d|%05d|%0d|%1Y|%3y|%12Q|%5A", "    4|00004|4|2003|  3|?|Thursday"},
+        {"%q %\xC3\xA9 plain %", "? ? plain "},
+        {"%12", ""},
+        {"", ""},
+    };
+    for (auto &[format, text] : cases) EXPECT_EQ(shown(format), text) << format;
     EXPECT_EQ(shown("%99999999999999999999d").size(), 1000u);
     EXPECT_EQ(shown("%I %p", nullptr,
                     ZPCalendarDate::dateWithYear_month_day_hour_minute_second_timeZone(2000, 1, 1, 0, 0, 0, gmt())),
               "12 AM");
-    EXPECT_EQ(shown("%z", nullptr, (sample()->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(-12600)), sample())),
-              "+0000");
     ZPCalendarDate *west = sample();
     west->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(-12600));
     EXPECT_EQ(shown("%H:%M %z", nullptr, west), "11:36 -0330");
     EXPECT_EQ(shown("%F", nullptr, (ZPCalendarDate *)sample()->addTimeInterval(0.1234)), "123");
     EXPECT_EQ(shown("%F", nullptr, (ZPCalendarDate *)sample()->addTimeInterval(0.9996)), "000");
-    std::string longer(500, 'x');
-    EXPECT_EQ(shown((longer + "%Y").c_str()), longer + "2003");
     ZPDate *plain = ZPDate::dateWithTimeIntervalSinceReferenceDate(0.5);
     EXPECT_EQ(std::string(plain
                               ->descriptionWithCalendarFormat_timeZone_locale(
@@ -78,7 +71,6 @@ TEST(DateText, EveryDirective) {
 }
 
 TEST(DateText, Locales) {
-    ZPAutoreleasePoolScope pool;
     ZPDictionary *locale = german();
     EXPECT_EQ(shown("%A %p", locale), "Donnerstag nachm");
     EXPECT_EQ(shown("%a %B", locale), "Thu September");  // absent, and too short
@@ -95,10 +87,7 @@ TEST(DateText, Locales) {
     EXPECT_LT(shown("%c", wide).size(), 20000u);  // not a thousand times a thousand
     EXPECT_EQ(read("x", "%c", wide), "null");
     ZPDictionary *broken =
-        (ZPDictionary *)(ZPObject
-                             *)"{ZPMonthNameArray = {a = b;}; ZPAMPMDesignation = x; ZPTimeDateFormatString = (1);}"_zp
-            ->propertyList()
-            .pointer();
+        "{ZPMonthNameArray = {a = b;}; ZPAMPMDesignation = x; ZPTimeDateFormatString = (1);}"_zp->propertyList();
     EXPECT_EQ(shown("%B %p %x", broken), "September PM Thu Sep 04 2003");
     ZPDictionary *english = _ZPDefaultEnglishLanguageDict();
     EXPECT_EQ(english->count(), 30u);
@@ -106,7 +95,6 @@ TEST(DateText, Locales) {
 }
 
 TEST(DateText, Reading) {
-    ZPAutoreleasePoolScope pool;
     struct {
         const char *text, *format, *date;
     } cases[] = {
@@ -161,7 +149,6 @@ TEST(DateText, Reading) {
 }
 
 TEST(DateText, RoundTrips) {
-    ZPAutoreleasePoolScope pool;
     std::mt19937_64 random(11);
     for (const char *format : {"%Y-%m-%d %H:%M:%S %z", "%a %b %e %H:%M:%S %Y %z", "%z %A, %B %d, %Y %I:%M:%S %p",
                                "%j of %Y, %H.%M.%S %z", "%Y%m%d%H%M%S%z"}) {
@@ -169,10 +156,7 @@ TEST(DateText, RoundTrips) {
             ZPAutoreleasePoolScope inner;
             // Years of four digits: what %Y reads.
             double t = -31556908800.0 + double(random() % 94670208000ull);
-            ZPCalendarDate *date = (ZPCalendarDate *)ZPCalendarDate::alloc()
-                                       ->initWithTimeIntervalSinceReferenceDate(t)
-                                       ->autorelease()
-                                       .pointer();
+            ZPCalendarDate *date = ZPCalendarDate::alloc()->initWithTimeIntervalSinceReferenceDate(t)->autorelease();
             date->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(int(random() % 1440) * 60 - 43200));
             ZPString *text = date->descriptionWithCalendarFormat(zp(format));
             ZPCalendarDate *back = ZPCalendarDate::dateWithString_calendarFormat(text, zp(format));
@@ -184,7 +168,6 @@ TEST(DateText, RoundTrips) {
 }
 
 TEST(DateText, StampsTheLog) {
-    ZPAutoreleasePoolScope pool;
     ZPTimeZoneDetail *before = ZPTimeZone::defaultTimeZone();
     for (int offset : {0, 13 * 3600 + 1800, -11 * 3600}) {
         ZPTimeZone::setDefaultTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(offset));

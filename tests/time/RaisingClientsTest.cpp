@@ -23,10 +23,7 @@ struct RaisingText : ZPString {
         return made->autorelease();
     }
 };
-ZP_IMPLEMENT(RaisingText)
-    .method<&RaisingText::length>("length")
-    .method<&RaisingText::characterAtIndex>("characterAtIndex:")
-    .method<&RaisingText::copyWithZone>("copyWithZone:");
+ZP_IMPLEMENT(RaisingText, length, characterAtIndex, copyWithZone);
 
 struct RaisingScanner : ZPScanner {
     ZP_CLASS(RaisingScanner)
@@ -34,16 +31,14 @@ struct RaisingScanner : ZPScanner {
     ZPString *string() { return _text; }
     ZPCharacterSet *charactersToBeSkipped() { refuse(); }
 };
-ZP_IMPLEMENT(RaisingScanner)
-    .method<&RaisingScanner::string>("string")
-    .method<&RaisingScanner::charactersToBeSkipped>("charactersToBeSkipped");
+ZP_IMPLEMENT(RaisingScanner, string, charactersToBeSkipped);
 
 struct RaisingData : ZPData {
     ZP_CLASS(RaisingData)
     unsigned length() { refuse(); }
     id copyWithZone(ZPZone *) { return retain(); }
 };
-ZP_IMPLEMENT(RaisingData).method<&RaisingData::length>("length").method<&RaisingData::copyWithZone>("copyWithZone:");
+ZP_IMPLEMENT(RaisingData, length, copyWithZone);
 
 /// Runs what raises; answers how many references to the object are left over.
 template <class F> int leftOver(id object, F f) {

@@ -27,18 +27,18 @@ void setUnquoted(Set &set, ZPString *characters, BOOL lower, BOOL upper, BOOL di
 struct ZPParserMethods : ZPParser {
     _ZPParserState &s() { return *_state; }
 
-    id init() { return ZPParser::initWithGrammar(nullptr); }
+    id init() { return self()->initWithGrammar(nullptr); }
     id initWithGrammar(ZPDictionary *grammar) {
-        ZPZone *zone = ZPObject::zone();
+        ZPZone *zone = self()->zone();
         if (!_state) _state = new _ZPParserState(zone);
         if (grammar) {
             if (s().grammar) s().grammar->release();
             s().grammar = grammar->copyWithZone(zone);
         }
-        ZPParser::setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits("_$/:."_zp, YES, YES, YES);
-        ZPParser::setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits("_$/:."_zp, YES, YES, YES);
-        ZPParser::setMonoCharacterSeparatorCharacters_usualPunctuation(nullptr, YES);
-        ZPParser::setQuotingWithSingleQuote_double(NO, YES);
+        self()->setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits("_$/:."_zp, YES, YES, YES);
+        self()->setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits("_$/:."_zp, YES, YES, YES);
+        self()->setMonoCharacterSeparatorCharacters_usualPunctuation(nullptr, YES);
+        self()->setQuotingWithSingleQuote_double(NO, YES);
         s().load(nullptr);
         return this;
     }
@@ -47,13 +47,15 @@ struct ZPParserMethods : ZPParser {
         objc_super<ZPParser>(this).send("dealloc"_sel);
     }
 
-    void setUnquotedStart(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
+    void setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower,
+                                                                                   BOOL upper, BOOL digits) {
         setUnquoted(s().unquotedStart, characters, lower, upper, digits);
     }
-    void setUnquotedCharacters(ZPString *characters, BOOL lower, BOOL upper, BOOL digits) {
+    void setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower,
+                                                                              BOOL upper, BOOL digits) {
         setUnquoted(s().unquoted, characters, lower, upper, digits);
     }
-    void setSeparators(ZPString *characters, BOOL punctuation) {
+    void setMonoCharacterSeparatorCharacters_usualPunctuation(ZPString *characters, BOOL punctuation) {
         Set made;
         if (punctuation)
             for (auto [first, last] :
@@ -62,7 +64,7 @@ struct ZPParserMethods : ZPParser {
         addCharacters(made, characters);
         s().separators = made;
     }
-    void setMultipleSeparators(ZPArray *separators) {
+    void setMultipleCharacterSeparators(ZPArray *separators) {
         unsigned count = separators ? separators->count() : 0;
         for (unsigned i = 0; i < count; ++i) {
             ZPString *separator = separators->objectAtIndex(i);
@@ -85,12 +87,12 @@ struct ZPParserMethods : ZPParser {
         s().multiFirst = first;
         s().multiSecond = second;
     }
-    void setQuoting(BOOL single, BOOL twofold) {
+    void setQuotingWithSingleQuote_double(BOOL single, BOOL twofold) {
         s().singleQuotes = single;
         s().doubleQuotes = twofold;
     }
-    void setIntegers(BOOL flag) { s().integers = flag; }
-    void setFloats(BOOL flag) { s().floats = flag; }
+    void setEnableIntegerParsing(BOOL flag) { s().integers = flag; }
+    void setEnableFloatParsing(BOOL flag) { s().floats = flag; }
     void setString(ZPString *string) { s().load(string); }
 
     void parseError(ZPString *format, std::va_list arguments) {
@@ -106,18 +108,9 @@ struct ZPParserMethods : ZPParser {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPParser)
-    .method<&ZPParserMethods::init>("init")
-    .method<&ZPParserMethods::initWithGrammar>("initWithGrammar:")
-    .method<&ZPParserMethods::dealloc>("dealloc")
-    .method<&ZPParserMethods::setUnquotedStart>(
-        "setUnquotedStringStartCharacters:lowerCaseLetters:upperCaseLetters:digits:")
-    .method<&ZPParserMethods::setUnquotedCharacters>(
-        "setUnquotedStringCharacters:lowerCaseLetters:upperCaseLetters:digits:")
-    .method<&ZPParserMethods::setSeparators>("setMonoCharacterSeparatorCharacters:usualPunctuation:")
-    .method<&ZPParserMethods::setMultipleSeparators>("setMultipleCharacterSeparators:")
-    .method<&ZPParserMethods::setQuoting>("setQuotingWithSingleQuote:double:")
-    .method<&ZPParserMethods::setIntegers>("setEnableIntegerParsing:")
-    .method<&ZPParserMethods::setFloats>("setEnableFloatParsing:")
-    .method<&ZPParserMethods::setString>("setString:")
-    .variadic<&ZPParserMethods::parseError>("parseError:");
+ZP_IMPLEMENT_WITH(ZPParser, ZPParserMethods, init, initWithGrammar, dealloc,
+                  setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits,
+                  setUnquotedStringCharacters_lowerCaseLetters_upperCaseLetters_digits,
+                  setMonoCharacterSeparatorCharacters_usualPunctuation, setMultipleCharacterSeparators,
+                  setQuotingWithSingleQuote_double, setEnableIntegerParsing, setEnableFloatParsing, setString,
+                  variadic(parseError));

@@ -14,7 +14,7 @@ struct NodeMethods : Node {
         if (_argument) _argument->release();
         objc_super<Node>(this).send("dealloc"_sel);
     }
-    id copyWithZone(ZPZone *) { return retain(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
     ZPString *joined(ZPString *separator) {
         return static_cast<ZPArray *>(_argument)->componentsJoinedByString(separator);
     }
@@ -48,7 +48,7 @@ struct Rules : ZPParser {
     // ---- rules by name ----
 
     [[gnu::noinline]] void pushUnit(ZPString *name) {
-        if (s().units.size() >= _ZPMaximumRules) ZPParser::parseError("Nesting too deep"_zp);
+        if (s().units.size() >= _ZPMaximumRules) self()->parseError("Nesting too deep"_zp);
         s().units.push_back(name->copyWithZone(s().zone));
     }
     id parse(ZPString *name) {
@@ -56,31 +56,31 @@ struct Rules : ZPParser {
         pushUnit(name);
         id rule = s().grammar->objectForKey(name), result;
         if (!rule) result = perform(name);
-        else if (rule->isKindOfClass(ZPString::class_())) result = ZPParser::parse(rule);
+        else if (rule->isKindOfClass(ZPString::class_())) result = self()->parse(rule);
         else result = evaluate(rule);
         s().releaseUnits(depth);
         return result;
     }
     [[gnu::noinline]] id perform(ZPString *name) {
         SEL selector = ZPSelectorFromString(name);
-        if (ZPObject::respondsToSelector(selector)) return ZPObject::performSelector(selector);
+        if (self()->respondsToSelector(selector)) return self()->performSelector(selector);
         ZPLog("*** Unimplemented ObjC selector '%@'; Could be a misspelled unit name"_zp, name);
         return nullptr;
     }
     id expect(ZPString *name) {
-        if (id result = ZPParser::parse(name)) return result;
+        if (id result = self()->parse(name)) return result;
         pushUnit(name);
-        ZPParser::parseError("%@ expected"_zp, name);
+        self()->parseError("%@ expected"_zp, name);
         return nullptr;
     }
 
     // ---- nodes: apart, so that deep nesting costs little stack ----
 
     id evaluate(id element) {
-        if (element->isKindOfClass(ZPString::class_())) return ZPParser::parse(element);
+        if (element->isKindOfClass(ZPString::class_())) return self()->parse(element);
         auto *node = reinterpret_cast<Node *>(element.pointer());
         switch (node->_kind) {
-        case Node::Literal: return ZPParser::parseTokenEqualTo_mask(node->_argument, 62);
+        case Node::Literal: return self()->parseTokenEqualTo_mask(node->_argument, 62);
         case Node::Sequence: return sequence(node);
         case Node::Alternatives: return alternatives(node->_argument);
         case Node::Backtracking: return backtracking(node->_argument);
@@ -97,7 +97,7 @@ struct Rules : ZPParser {
             id element = elements->objectAtIndex(i), result = evaluate(element);
             if (!result) {
                 if (i == 0) return nullptr;
-                ZPParser::parseError("In sequence %@, %@ expected"_zp, elements, element);
+                self()->parseError("In sequence %@, %@ expected"_zp, elements, element);
             }
             if (all) results->addObject(result);
             else if (i == node->_resultIndex) chosen = result;
@@ -153,15 +153,15 @@ struct Rules : ZPParser {
     // Whether another element may follow.
     [[gnu::noinline]] bool separated(ZPString *separator, BOOL omitLast, const Progress &progress) {
         if (!separator) return progress.made();
-        if (omitLast) return ZPParser::parseSeparatorEqualTo(separator) != nullptr;
-        ZPParser::expectSeparatorEqualTo(separator);
+        if (omitLast) return self()->parseSeparatorEqualTo(separator) != nullptr;
+        self()->expectSeparatorEqualTo(separator);
         return true;
     }
-    ZPArray *suite(ZPString *rule, ZPString *separator, BOOL omitLast) {
+    ZPArray *parseSuite_separator_allowOmitLastSeparator(ZPString *rule, ZPString *separator, BOOL omitLast) {
         std::vector<id> elements;
         for (;;) {
             Progress progress(s());
-            id element = ZPParser::parse(rule);
+            id element = self()->parse(rule);
             if (!element) break;
             elements.push_back(element);
             if (!separated(separator, omitLast, progress)) break;
@@ -171,94 +171,98 @@ struct Rules : ZPParser {
     struct Pairs {
         std::vector<id> keys, values;
     };
-    [[gnu::noinline]] static void add(Pairs &pairs, id key, id value) {
-        pairs.keys.push_back(key);
-        pairs.values.push_back(value);
+    [[gnu::noinline]] static void add(Pairs &parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator,
+                                      id key, id value) {
+        parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.keys.push_back(key);
+        parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.values.push_back(value);
     }
-    ZPDictionary *pairs(ZPString *keyRule, ZPString *keySeparator, ZPString *valueRule, ZPString *separator,
-                        BOOL omitLast) {
-        Pairs pairs;
+    ZPDictionary *parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+        ZPString *keyRule, ZPString *keySeparator, ZPString *valueRule, ZPString *separator, BOOL omitLast) {
+        Pairs parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator;
         for (;;) {
             Progress progress(s());
-            id key = ZPParser::parse(keyRule);
+            id key = self()->parse(keyRule);
             if (!key) break;
-            if (keySeparator) ZPParser::expectSeparatorEqualTo(keySeparator);
-            add(pairs, key, ZPParser::expect(valueRule));
+            if (keySeparator) self()->expectSeparatorEqualTo(keySeparator);
+            add(parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator, key, self()->expect(valueRule));
             if (!separated(separator, omitLast, progress)) break;
         }
         // Of the size of its entries: most dictionaries of a property list are small and many.
-        return ZPDictionary::dictionaryWithObjects_forKeys_count(pairs.values.data(), pairs.keys.data(),
-                                                                 unsigned(pairs.keys.size()));
+        return ZPDictionary::dictionaryWithObjects_forKeys_count(
+            parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.values.data(),
+            parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.keys.data(),
+            unsigned(parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.keys.size()));
     }
-    ZPDictionary *dictionaryOf(ZPString *key, ZPString *value) {
-        if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;
-        ZPDictionary *result = ZPParser::parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+    ZPDictionary *parseDictionaryOfKey_value(ZPString *key, ZPString *value) {
+        if (!self()->parseSeparatorEqualTo("{"_zp)) return nullptr;
+        ZPDictionary *result = self()->parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
             key, "="_zp, value, ";"_zp, YES);
-        ZPParser::expectSeparatorEqualTo("}"_zp);
+        self()->expectSeparatorEqualTo("}"_zp);
         return result;
     }
     ZPData *parseData() {
-        if (!ZPParser::parseSeparatorEqualTo("<"_zp)) return nullptr;
+        if (!self()->parseSeparatorEqualTo("<"_zp)) return nullptr;
         std::vector<unsigned char> bytes;
-        while (ZPString *digits = ZPParser::parseUnquotedString()) {
+        while (ZPString *digits = self()->parseUnquotedString()) {
             unsigned count = digits->length();
             if (count % 2)
-                ZPParser::parseError("Data representation should always contain an even number of hex digits: '%@'"_zp,
-                                     digits);
+                self()->parseError("Data representation should always contain an even number of hex digits: '%@'"_zp,
+                                   digits);
             unsigned byte = 0;
             for (unsigned i = 0; i < count; ++i) {
                 unichar c = digits->characterAtIndex(i);
                 if (c >= 'A' && c <= 'Z') c |= 0x20;
                 int digit = _ZPHexValue(c);
-                if (digit < 0) ZPParser::parseError("Incorrect hex digit: %c"_zp, int(c));
+                if (digit < 0) self()->parseError("Incorrect hex digit: %c"_zp, int(c));
                 byte = byte << 4 | unsigned(digit);
                 if (i % 2) bytes.push_back(static_cast<unsigned char>(byte));
             }
         }
-        ZPParser::expectSeparatorEqualTo(">"_zp);
+        self()->expectSeparatorEqualTo(">"_zp);
         return ZPMutableData::dataWithBytes_length(bytes.data(), unsigned(bytes.size()));
     }
 
     // ---- the notation of grammars ----
 
-    id leaf(BOOL *skipped) {
+    id parseMetaSyntaxLeafResultShouldBeSkipped(BOOL *skipped) {
         *skipped = NO;
-        if (ZPString *name = ZPParser::parseUnquotedString()) return name;
-        if (ZPString *literal = ZPParser::parseQuotedString()) {
+        if (ZPString *name = self()->parseUnquotedString()) return name;
+        if (ZPString *literal = self()->parseQuotedString()) {
             *skipped = YES;
             return Node::node(Node::Literal, literal);
         }
-        if (!ZPParser::parseSeparatorEqualTo("<"_zp)) return nullptr;
-        id repeated = ZPParser::expect("MetaSyntaxSequence"_zp);
-        ZPParser::expectSeparatorEqualTo(">"_zp);
+        if (!self()->parseSeparatorEqualTo("<"_zp)) return nullptr;
+        id repeated = self()->expect("MetaSyntaxSequence"_zp);
+        self()->expectSeparatorEqualTo(">"_zp);
         return Node::node(Node::Repetition, repeated);
     }
-    id metaSequence() {
+    id parseMetaSyntaxSequence() {
         std::vector<id> leaves;
         unsigned answered = _ZPAllResults, results = 0;
         BOOL skipped;
-        while (id leaf = ZPParser::parseMetaSyntaxLeafResultShouldBeSkipped(&skipped)) {
+        while (id parseMetaSyntaxLeafResultShouldBeSkipped =
+                   self()->parseMetaSyntaxLeafResultShouldBeSkipped(&skipped)) {
             if (!skipped && results++ == 0) answered = unsigned(leaves.size());
-            leaves.push_back(leaf);
+            leaves.push_back(parseMetaSyntaxLeafResultShouldBeSkipped);
         }
         if (leaves.empty()) return nullptr;
         if (leaves.size() == 1) return leaves[0];
         return Node::node(Node::Sequence, ZPArray::arrayWithObjects_count(leaves.data(), unsigned(leaves.size())),
                           results == 1 ? answered : _ZPAllResults);
     }
-    id metaBody() {
-        id first = ZPParser::parse("MetaSyntaxSequence"_zp);
+    id parseMetaRuleBody() {
+        id first = self()->parse("MetaSyntaxSequence"_zp);
         if (!first) return nullptr;
         for (auto [kind, separator] : {std::pair(Node::Alternatives, "|"_zp), std::pair(Node::Backtracking, "||"_zp)}) {
-            if (!ZPParser::parseSeparatorEqualTo(separator)) continue;
+            if (!self()->parseSeparatorEqualTo(separator)) continue;
             ZPMutableArray *list = ZPMutableArray::arrayWithObject(first);
-            do list->addObject(ZPParser::expect("MetaSyntaxSequence"_zp));
-            while (ZPParser::parseSeparatorEqualTo(separator));
+            do list->addObject(self()->expect("MetaSyntaxSequence"_zp));
+            while (self()->parseSeparatorEqualTo(separator));
             return Node::node(kind, ZPArray::arrayWithArray(list));
         }
         return first;
     }
-    static ZPDictionary *parsedGrammar(Class, ZPString *text) {
+    static ZPDictionary *parsedGrammarForString(Class, ZPString *text) {
         ZPDictionary *notation =
             ZPDictionary::dictionaryWithObjectsAndKeys("parseUnquotedString"_zp, "Token"_zp,
                                                        "parseMetaSyntaxSequence"_zp, "MetaSyntaxSequence"_zp,
@@ -285,20 +289,9 @@ _ZPParserSyntaxNode *_ZPParserSyntaxNode::node(Kind kind, id argument, unsigned 
     return node;
 }
 
-ZP_IMPLEMENT(_ZPParserSyntaxNode)
-    .adopts<ZPCopying>()
-    .method<&NodeMethods::dealloc>("dealloc")
-    .method<&NodeMethods::copyWithZone>("copyWithZone:")
-    .method<&NodeMethods::description>("description");
+ZP_IMPLEMENT_WITH(_ZPParserSyntaxNode, NodeMethods, adopts(ZPCopying), dealloc, copyWithZone, description);
 
-ZP_CATEGORY(ZPParser, ZPRules)
-    .classMethod<&Rules::parsedGrammar>("parsedGrammarForString:")
-    .method<&Rules::parse>("parse:")
-    .method<&Rules::expect>("expect:")
-    .method<&Rules::suite>("parseSuite:separator:allowOmitLastSeparator:")
-    .method<&Rules::pairs>("parseSuiteOfPairsKey:separator:value:separator:allowOmitLastSeparator:")
-    .method<&Rules::dictionaryOf>("parseDictionaryOfKey:value:")
-    .method<&Rules::parseData>("parseData")
-    .method<&Rules::leaf>("parseMetaSyntaxLeafResultShouldBeSkipped:")
-    .method<&Rules::metaSequence>("parseMetaSyntaxSequence")
-    .method<&Rules::metaBody>("parseMetaRuleBody");
+ZP_CATEGORY(ZPParser, Rules, parse, expect, parseSuite_separator_allowOmitLastSeparator,
+            parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator, parseDictionaryOfKey_value,
+            parseData, parseMetaSyntaxLeafResultShouldBeSkipped, parseMetaSyntaxSequence, parseMetaRuleBody,
+            classMethods(parsedGrammarForString));

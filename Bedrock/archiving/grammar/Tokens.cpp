@@ -42,7 +42,7 @@ struct Tokenizer : ZPParser {
             else s().store(c);
         }
     }
-    void unterminated() { ZPParser::parseError("Unterminated string constant"_zp); }
+    void unterminated() { self()->parseError("Unterminated string constant"_zp); }
 
     // A byte above 127: by the storage encoding, or the sequence of Japanese EUC that it begins.
     void narrowCharacter(unsigned byte) {
@@ -164,7 +164,7 @@ struct Tokenizer : ZPParser {
             return ZPQuotedToken;
         }
         if ((_ZPIsDigit(c) && (s().integers || s().floats)) || (c == '.' && s().floats))
-            if (unsigned kind = number()) return kind;
+            if (unsigned peekTokenType = number()) return peekTokenType;
         bool starts = _ZPParserState::in(s().unquotedStart, c);
         if (starts && c < 0x80) {
             unquotedInInput();
@@ -181,48 +181,49 @@ struct Tokenizer : ZPParser {
 
     void nextToken() {
         s().token.pending = false;
-        unsigned kind = readToken();
-        s().token.kind = kind;
+        unsigned peekTokenType = readToken();
+        s().token.kind = peekTokenType;
         s().token.pending = true;
     }
 
-    unsigned kind() {
-        if (!s().token.pending) ZPParser::nextToken();
+    unsigned peekTokenType() {
+        if (!s().token.pending) self()->nextToken();
         return s().token.kind;
     }
-    ZPString *peekTokenWithMask(unsigned mask) { return kind() & mask ? s().tokenString() : nullptr; }
+    ZPString *peekTokenWithMask(unsigned mask) { return peekTokenType() & mask ? s().tokenString() : nullptr; }
     ZPString *parseTokenWithMask(unsigned mask) {
-        if (!(kind() & mask)) return nullptr;
+        if (!(peekTokenType() & mask)) return nullptr;
         ZPString *text = s().tokenString();
         s().token.pending = false;
         return text;
     }
-    ZPString *parseUnquotedString() { return ZPParser::parseTokenWithMask(ZPUnquotedToken); }
-    ZPString *parseQuotedString() { return ZPParser::parseTokenWithMask(ZPQuotedToken); }
-    ZPString *parseString() { return ZPParser::parseTokenWithMask(ZPQuotedToken | ZPUnquotedToken); }
-    ZPString *parseNumber() { return ZPParser::parseTokenWithMask(ZPIntegerToken | ZPFloatToken); }
-    ZPString *parseSeparator() { return ZPParser::parseTokenWithMask(ZPSeparatorToken); }
+    ZPString *parseUnquotedString() { return self()->parseTokenWithMask(ZPUnquotedToken); }
+    ZPString *parseQuotedString() { return self()->parseTokenWithMask(ZPQuotedToken); }
+    ZPString *parseString() { return self()->parseTokenWithMask(ZPQuotedToken | ZPUnquotedToken); }
+    ZPString *parseNumber() { return self()->parseTokenWithMask(ZPIntegerToken | ZPFloatToken); }
+    ZPString *parseSeparator() { return self()->parseTokenWithMask(ZPSeparatorToken); }
     ZPString *parseTokenEqualTo_mask(ZPString *literal, unsigned mask) {
-        if (!(kind() & mask) || !s().tokenEquals(literal)) return nullptr;
+        if (!(peekTokenType() & mask) || !s().tokenEquals(literal)) return nullptr;
         s().token.pending = false;
         s().intern(literal->retain());
         return literal;
     }
     ZPString *parseSeparatorEqualTo(ZPString *literal) {
-        if (!(kind() & ZPSeparatorToken) || !s().token.bufferIsNarrow || !s().tokenEquals(literal)) return nullptr;
+        if (!(peekTokenType() & ZPSeparatorToken) || !s().token.bufferIsNarrow || !s().tokenEquals(literal))
+            return nullptr;
         s().token.pending = false;
         return literal;
     }
     ZPString *expectSeparatorEqualTo(ZPString *literal) {
-        if (!ZPParser::parseSeparatorEqualTo(literal)) ZPParser::parseError("Separator '%@' expected"_zp, literal);
+        if (!self()->parseSeparatorEqualTo(literal)) self()->parseError("Separator '%@' expected"_zp, literal);
         return literal;
     }
     ZPString *expectTokenEqualTo_mask(ZPString *literal, unsigned mask) {
-        if (!ZPParser::parseTokenEqualTo_mask(literal, mask)) ZPParser::parseError("Token '%@' expected"_zp, literal);
+        if (!self()->parseTokenEqualTo_mask(literal, mask)) self()->parseError("Token '%@' expected"_zp, literal);
         return literal;
     }
     void expectEndOfInput() {
-        if (kind() != ZPEndToken) ZPParser::parseError("End of input expected"_zp);
+        if (peekTokenType() != ZPEndToken) self()->parseError("End of input expected"_zp);
     }
 };
 
@@ -349,18 +350,6 @@ _ZPParserState::~_ZPParserState() {
     if (grammar) grammar->release();
 }
 
-ZP_CATEGORY(ZPParser, ZPTokens)
-    .method<&Tokenizer::nextToken>("nextToken")
-    .method<&Tokenizer::kind>("peekTokenType")
-    .method<&Tokenizer::peekTokenWithMask>("peekTokenWithMask:")
-    .method<&Tokenizer::parseTokenWithMask>("parseTokenWithMask:")
-    .method<&Tokenizer::parseUnquotedString>("parseUnquotedString")
-    .method<&Tokenizer::parseQuotedString>("parseQuotedString")
-    .method<&Tokenizer::parseString>("parseString")
-    .method<&Tokenizer::parseNumber>("parseNumber")
-    .method<&Tokenizer::parseSeparator>("parseSeparator")
-    .method<&Tokenizer::parseTokenEqualTo_mask>("parseTokenEqualTo:mask:")
-    .method<&Tokenizer::parseSeparatorEqualTo>("parseSeparatorEqualTo:")
-    .method<&Tokenizer::expectSeparatorEqualTo>("expectSeparatorEqualTo:")
-    .method<&Tokenizer::expectTokenEqualTo_mask>("expectTokenEqualTo:mask:")
-    .method<&Tokenizer::expectEndOfInput>("expectEndOfInput");
+ZP_CATEGORY(ZPParser, Tokenizer, nextToken, peekTokenType, peekTokenWithMask, parseTokenWithMask, parseUnquotedString,
+            parseQuotedString, parseString, parseNumber, parseSeparator, parseTokenEqualTo_mask, parseSeparatorEqualTo,
+            expectSeparatorEqualTo, expectTokenEqualTo_mask, expectEndOfInput);

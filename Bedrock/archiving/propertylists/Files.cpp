@@ -23,8 +23,8 @@ struct ArrayReading : ZPArray {
             ZPString *string = ZPString::alloc()->initWithData_encoding(data, ZPKESTRELStringEncoding);
             return string ? static_cast<ZPString *>(string->autorelease()) : nullptr;
         });
-        if (array) return ZPArray::initWithArray_copyItems(array, NO);
-        release();
+        if (array) return self()->initWithArray_copyItems(array, NO);
+        self()->release();
         return nullptr;
     }
 };
@@ -33,14 +33,13 @@ struct DictionaryReading : ZPDictionary {
     id initWithContentsOfFile(ZPString *path) {
         ZPDictionary *dictionary =
             tree<ZPDictionary>([=] { return path ? ZPString::stringWithContentsOfFile(path) : nullptr; });
-        if (dictionary) return ZPDictionary::initWithDictionary(dictionary);
-        release();
+        if (dictionary) return self()->initWithDictionary(dictionary);
+        self()->release();
         return nullptr;
     }
 };
 
 }  // namespace
 
-ZP_CATEGORY(ZPArray, ZPPropertyListFiles).method<&ArrayReading::initWithContentsOfFile>("initWithContentsOfFile:");
-ZP_CATEGORY(ZPDictionary, ZPPropertyListFiles)
-    .method<&DictionaryReading::initWithContentsOfFile>("initWithContentsOfFile:");
+ZP_CATEGORY(ZPArray, ArrayReading, initWithContentsOfFile);
+ZP_CATEGORY(ZPDictionary, DictionaryReading, initWithContentsOfFile);

@@ -17,39 +17,39 @@ ZPDictionary *propertyListGrammar() {
 
 struct ZPPropertyListParserMethods : ZPPropertyListParser {
     id initWithString(ZPString *string) {
-        ZPParser *self = ZPParser::initWithGrammar(propertyListGrammar());
-        self->setString(string);
-        return self;
+        ZPParser *parser = self()->initWithGrammar(propertyListGrammar());
+        parser->setString(string);
+        return parser;
     }
     ZPArray *parseArray() {
-        if (!ZPParser::parseSeparatorEqualTo("("_zp)) return nullptr;
-        ZPArray *array = ZPParser::parseSuite_separator_allowOmitLastSeparator("xObject"_zp, ","_zp, YES);
-        ZPParser::expectSeparatorEqualTo(")"_zp);
+        if (!self()->parseSeparatorEqualTo("("_zp)) return nullptr;
+        ZPArray *array = self()->parseSuite_separator_allowOmitLastSeparator("xObject"_zp, ","_zp, YES);
+        self()->expectSeparatorEqualTo(")"_zp);
         return array;
     }
     ZPDictionary *parseDictionary() {
-        if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;
-        if (ZPParser::parseSeparatorEqualTo("}"_zp)) return ZPDictionary::dictionary();
-        ZPDictionary *dictionary = ZPParser::parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
+        if (!self()->parseSeparatorEqualTo("{"_zp)) return nullptr;
+        if (self()->parseSeparatorEqualTo("}"_zp)) return ZPDictionary::dictionary();
+        ZPDictionary *dictionary = self()->parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
             "String"_zp, "="_zp, "xObject"_zp, ";"_zp, YES);
-        ZPParser::expectSeparatorEqualTo("}"_zp);
+        self()->expectSeparatorEqualTo("}"_zp);
         return dictionary;
     }
 };
 
 struct OldStyleMethods : _ZPPListParserOldStyle {
     ZPDictionary *parseDictionary() {
-        if (!ZPParser::parseSeparatorEqualTo("{"_zp)) return nullptr;
-        ZPDictionary *dictionary = _ZPPListParserOldStyle::parseDictionaryBracketLess();
-        ZPParser::expectSeparatorEqualTo("}"_zp);
+        if (!self()->parseSeparatorEqualTo("{"_zp)) return nullptr;
+        ZPDictionary *dictionary = self()->parseDictionaryBracketLess();
+        self()->expectSeparatorEqualTo("}"_zp);
         return dictionary;
     }
-    ZPDictionary *bracketLess() {
+    ZPDictionary *parseDictionaryBracketLess() {
         ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionaryWithCapacity(12);
-        while (id key = ZPParser::parse("String"_zp)) {
-            dictionary->setObject_forKey(ZPParser::parseSeparatorEqualTo("="_zp) ? ZPParser::expect("xObject"_zp) : key,
+        while (id key = self()->parse("String"_zp)) {
+            dictionary->setObject_forKey(self()->parseSeparatorEqualTo("="_zp) ? self()->expect("xObject"_zp) : key,
                                          key);
-            if (!ZPParser::parseSeparatorEqualTo(";"_zp)) break;
+            if (!self()->parseSeparatorEqualTo(";"_zp)) break;
         }
         return dictionary;
     }
@@ -73,7 +73,7 @@ struct Reading : ZPString {
         return parsed<ZPPropertyListParser>(this,
                                             [](ZPPropertyListParser *parser) { return parser->expect("xObject"_zp); });
     }
-    ZPDictionary *stringsFile() {
+    ZPDictionary *propertyListFromStringsFileFormat() {
         return parsed<_ZPPListParserOldStyle>(this, [](_ZPPListParserOldStyle *parser) {
             return id(parser->parseDictionaryBracketLess());
         });
@@ -82,15 +82,8 @@ struct Reading : ZPString {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPPropertyListParser)
-    .method<&ZPPropertyListParserMethods::initWithString>("initWithString:")
-    .method<&ZPPropertyListParserMethods::parseArray>("parseArray")
-    .method<&ZPPropertyListParserMethods::parseDictionary>("parseDictionary");
+ZP_IMPLEMENT_WITH(ZPPropertyListParser, ZPPropertyListParserMethods, initWithString, parseArray, parseDictionary);
 
-ZP_IMPLEMENT(_ZPPListParserOldStyle)
-    .method<&OldStyleMethods::parseDictionary>("parseDictionary")
-    .method<&OldStyleMethods::bracketLess>("parseDictionaryBracketLess");
+ZP_IMPLEMENT_WITH(_ZPPListParserOldStyle, OldStyleMethods, parseDictionary, parseDictionaryBracketLess);
 
-ZP_CATEGORY(ZPString, ZPExtendedStringPropertyListParsing)
-    .method<&Reading::propertyList>("propertyList")
-    .method<&Reading::stringsFile>("propertyListFromStringsFileFormat");
+ZP_CATEGORY(ZPString, Reading, propertyList, propertyListFromStringsFileFormat);

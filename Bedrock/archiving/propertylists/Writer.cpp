@@ -400,29 +400,27 @@ bool writeDescription(ZPString *description, ZPString *path, BOOL atomically) {
 }
 
 struct ArrayWriting : ZPArray {
-    ZPString *description() { return ZPArray::descriptionWithLocale_indent(nullptr, 0); }
-    ZPString *descriptionWithLocale(ZPDictionary *locale) { return ZPArray::descriptionWithLocale_indent(locale, 0); }
+    ZPString *description() { return self()->descriptionWithLocale_indent(nullptr, 0); }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) { return self()->descriptionWithLocale_indent(locale, 0); }
     ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) {
         Text text;
         Writer{text, locale}.otherArray(this, level);
         return text.string();
     }
-    BOOL writeToFile(ZPString *path, BOOL atomically) {
-        return writeDescription(ZPArray::description(), path, atomically);
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
+        return writeDescription(self()->description(), path, atomically);
     }
 };
 
 struct DictionaryWriting : ZPDictionary {
-    ZPString *description() { return ZPDictionary::descriptionWithLocale_indent(nullptr, 0); }
-    ZPString *descriptionWithLocale(ZPDictionary *locale) {
-        return ZPDictionary::descriptionWithLocale_indent(locale, 0);
-    }
+    ZPString *description() { return self()->descriptionWithLocale_indent(nullptr, 0); }
+    ZPString *descriptionWithLocale(ZPDictionary *locale) { return self()->descriptionWithLocale_indent(locale, 0); }
     ZPString *descriptionWithLocale_indent(ZPDictionary *locale, unsigned level) {
         Text text;
         Writer{text, locale}.dictionary(this, level);
         return text.string();
     }
-    ZPString *stringsFileFormat() {
+    ZPString *descriptionInStringsFileFormat() {
         Text text;
         _ZPForEachEntry(this, [&](id key, id value) {
             text.put(static_cast<ZPString *>(key)->quotedStringRepresentation());
@@ -435,18 +433,18 @@ struct DictionaryWriting : ZPDictionary {
         });
         return text.string();
     }
-    BOOL writeToFile(ZPString *path, BOOL atomically) {
-        return writeDescription(ZPDictionary::description(), path, atomically);
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
+        return writeDescription(self()->description(), path, atomically);
     }
 };
 
 struct StringWriting : ZPString {
-    ZPString *stringRepresentation() {
+    ZPString *_stringRepresentation() {
         bool bare = _ZPWithUnits(this, [](auto &&units, unsigned length) { return isBare(units, length); });
-        if (bare) return ZPObject::copy()->autorelease();
-        return ZPString::quotedStringRepresentation();
+        if (bare) return self()->copy()->autorelease();
+        return self()->quotedStringRepresentation();
     }
-    ZPString *quoted() {
+    ZPString *quotedStringRepresentation() {
         Text text;
         putQuoted(text, this);
         return text.string();
@@ -508,19 +506,10 @@ unsigned _ZPIsPList(id object, BOOL deep) {
     return kind;
 }
 
-ZP_CATEGORY(ZPArray, ZPPropertyListWriting)
-    .method<&ArrayWriting::description>("description")
-    .method<&ArrayWriting::descriptionWithLocale>("descriptionWithLocale:")
-    .method<&ArrayWriting::descriptionWithLocale_indent>("descriptionWithLocale:indent:")
-    .method<&ArrayWriting::writeToFile>("writeToFile:atomically:");
+ZP_CATEGORY(ZPArray, ArrayWriting, description, descriptionWithLocale, descriptionWithLocale_indent,
+            writeToFile_atomically);
 
-ZP_CATEGORY(ZPDictionary, ZPPropertyListWriting)
-    .method<&DictionaryWriting::description>("description")
-    .method<&DictionaryWriting::descriptionWithLocale>("descriptionWithLocale:")
-    .method<&DictionaryWriting::descriptionWithLocale_indent>("descriptionWithLocale:indent:")
-    .method<&DictionaryWriting::stringsFileFormat>("descriptionInStringsFileFormat")
-    .method<&DictionaryWriting::writeToFile>("writeToFile:atomically:");
+ZP_CATEGORY(ZPDictionary, DictionaryWriting, description, descriptionWithLocale, descriptionWithLocale_indent,
+            descriptionInStringsFileFormat, writeToFile_atomically);
 
-ZP_CATEGORY(ZPString, ZPPropertyListWriting)
-    .method<&StringWriting::stringRepresentation>("_stringRepresentation")
-    .method<&StringWriting::quoted>("quotedStringRepresentation");
+ZP_CATEGORY(ZPString, StringWriting, _stringRepresentation, quotedStringRepresentation);

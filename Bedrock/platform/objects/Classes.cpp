@@ -1,13 +1,22 @@
 // SPDX-License-Identifier: MIT
-// Class records: loading, realizing, finding methods, classes made at run time, posing.
-#include <Bedrock/platform/objects/Objects.h>
+// Class records: libraries, names, realizing, finding methods, classes made at run time, posing.
 #include <Bedrock/platform/host/Host.h>
+#include <Bedrock/platform/objects/Objects.h>
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
+#include <sys/single_threaded.h>
 #include <unordered_map>
+#include <vector>
+
+/// What a registration lists, as it is entered: instance methods and class methods of a class, or promises.
+struct objc_lister {
+    Class cls;
+    Protocol *protocol;
+    std::vector<objc_method> methods[2];
+};
 
 namespace objc {
 
@@ -23,12 +32,14 @@ Lock::~Lock() { pthread_mutex_unlock(&runtimeMutex()); }
 
 void *allocatePermanently(std::size_t bytes) {
     static char *next, *end;
-    bytes = (bytes + 31) & ~std::size_t(31);
-    if (std::size_t(end - next) < bytes) {
+    constexpr std::size_t grain = 32, line = 64;
+    bytes = (bytes + grain - 1) & ~(grain - 1);
+    if (bytes >= line && reinterpret_cast<std::uintptr_t>(next) % line) next += grain;
+    if (end < next || std::size_t(end - next) < bytes) {
         std::size_t chunk = bytes > 16384 ? bytes : 16384;
-        char *p = static_cast<char *>(std::calloc(1, chunk + 32));
+        char *p = static_cast<char *>(std::calloc(1, chunk + line));
         if (!p) objc_fatal("out of memory for the object runtime");
-        next = reinterpret_cast<char *>((reinterpret_cast<std::uintptr_t>(p) + 31) & ~std::uintptr_t(31));
+        next = reinterpret_cast<char *>((reinterpret_cast<std::uintptr_t>(p) + line - 1) & ~std::uintptr_t(line - 1));
         end = next + chunk;
     }
     void *result = next;
@@ -37,56 +48,83 @@ void *allocatePermanently(std::size_t bytes) {
 }
 
 objc_classState &stateOf(Class cls) {
-    if (!cls->state) {
-        auto *state = static_cast<objc_classState *>(allocatePermanently(sizeof(objc_classState)));
-        state->queueEnd = &state->queue;
-        cls->state = state;
-    }
+    if (!cls->state) __atomic_store_n(&cls->state, allocatePermanently(sizeof(objc_classState)), __ATOMIC_RELEASE);
     return *static_cast<objc_classState *>(cls->state);
 }
 
 namespace {
 
-Class loadedClasses;
-unsigned currentList, lastList;
-
-using Names = std::unordered_map<std::string_view, Class>;
+struct Names {
+    std::unordered_map<std::string_view, Class> classes, posed;
+    // The registrations of libraries that nobody has asked for a name since.
+    std::vector<std::pair<const objc_registration *const *, const objc_registration *const *>> loaded;
+};
 Names &names() {
-    static Names &map = *new Names;
-    return map;
-}
-Names &posed() {
-    static Names &map = *new Names;
-    return map;
+    static Names &all = *new Names;
+    return all;
 }
 
-// Enters the classes loaded since the last call into the table of names.
-void enterLoadedClasses() {
-    for (; loadedClasses; loadedClasses = stateOf(loadedClasses).nextLoaded) {
-        auto [at, added] = names().emplace(loadedClasses->name, loadedClasses);
-        if (!added && at->second != loadedClasses) objc_fatal("class %s is implemented twice", loadedClasses->name);
+// Enters the names of the libraries that were loaded since the last call.
+void enterNames() {
+    while (!names().loaded.empty()) {
+        auto [at, end] = names().loaded.back();
+        names().loaded.pop_back();
+        for (; at < end; ++at) {
+            if ((*at)->record->isa == Protocol::class_()) {
+                addProtocol(static_cast<Protocol *>((*at)->record));
+                continue;
+            }
+            auto [found, added] = names().classes.emplace((*at)->name, static_cast<Class>((*at)->record));
+            if (!added && found->second != (*at)->record) objc_fatal("class %s is implemented twice", (*at)->name);
+        }
     }
 }
 
-objc_method **slotFor(objc_classState &state, SEL name) {
-    unsigned i = hashOf(name) & state.indexMask;
-    while (state.index[i] && state.index[i]->name != name) i = (i + 1) & state.indexMask;
-    return &state.index[i];
+// ---- method indexes ----
+
+const objc_method **slotFor(objc_methodIndex *index, SEL name) {
+    unsigned i = hashOf(name) & index->mask;
+    while (const objc_method *m = __atomic_load_n(&index->methods[i], __ATOMIC_ACQUIRE)) {
+        if (m->name == name) break;
+        i = (i + 1) & index->mask;
+    }
+    return &index->methods[i];
 }
 
-void growIndex(objc_classState &state, unsigned needed) {
-    unsigned size = 8;
-    while (size < needed * 2) size *= 2;
-    if (state.index && size <= state.indexMask + 1) return;
-    objc_method **old = state.index;
-    unsigned oldSize = old ? state.indexMask + 1 : 0;
-    state.index = static_cast<objc_method **>(std::calloc(size, sizeof(objc_method *)));
-    if (!state.index) objc_fatal("out of memory for methods");
-    state.indexMask = size - 1;
-    for (unsigned i = 0; i < oldSize; ++i)
-        if (old[i]) *slotFor(state, old[i]->name) = old[i];
-    std::free(old);
+objc_methodIndex *makeIndex(unsigned size) {
+    auto *index =
+        static_cast<objc_methodIndex *>(std::calloc(1, sizeof(objc_methodIndex) + size * sizeof(objc_method *)));
+    if (!index) objc_fatal("out of memory for methods");
+    index->mask = size - 1;
+    return index;
 }
+
+void publish(objc_classState &state, objc_methodIndex *index) {
+    objc_methodIndex *former = state.index;
+    __atomic_store_n(&state.index, index, __ATOMIC_RELEASE);
+    if (__libc_single_threaded) std::free(former);  // otherwise a reader may be in it; sizes double, so little is kept
+}
+
+void growIndex(objc_classState &state, unsigned more) {
+    unsigned count = state.index ? state.index->count : 0, size = 8;
+    while (size < (count + more) * 2) size *= 2;
+    if (state.index && size <= state.index->mask + 1) return;
+    objc_methodIndex *larger = makeIndex(size);
+    larger->count = count;
+    for (unsigned i = 0; count && i <= state.index->mask; ++i)
+        if (const objc_method *m = state.index->methods[i]) *slotFor(larger, m->name) = m;
+    publish(state, larger);
+}
+
+objc_methodIndex *copyOf(const objc_methodIndex *index) {
+    if (!index) return nullptr;
+    objc_methodIndex *copy = makeIndex(index->mask + 1);
+    copy->count = index->count;
+    std::memcpy(copy->methods, index->methods, (index->mask + 1) * sizeof(objc_method *));
+    return copy;
+}
+
+// ---- the tree of classes ----
 
 bool isCountingSelector(const char *name) {
     return !std::strcmp(name, "retain") || !std::strcmp(name, "release") || !std::strcmp(name, "retainCount") ||
@@ -114,101 +152,91 @@ void unlink(Class cls) {
     *at = stateOf(cls).nextSibling;
 }
 
-// Turns queued entries into method lists, the class's own list first, then categories by number.
-void buildLists(Class cls) {
-    objc_classState &state = stateOf(cls);
-    while (state.queue) {
-        unsigned number = state.queue->list, count = 0;
-        for (auto *q = state.queue; q; q = q->next)
-            if (q->list < number) number = q->list;
-        for (auto *q = state.queue; q; q = q->next) count += q->list == number;
-        auto *list =
-            static_cast<objc_methodList *>(allocatePermanently(sizeof(objc_methodList) + count * sizeof(objc_method)));
-        objc_method *m = list->methods;
-        for (auto **at = &state.queue; *at;) {
-            if ((*at)->list != number) {
-                at = &(*at)->next;
-                continue;
-            }
-            (*at)->describe(m);
-            m->name = sel_registerName((*at)->name);
-            ++m;
-            *at = (*at)->next;
-        }
-        list->count = count;
-        state.queueEnd = &state.queue;
-        while (*state.queueEnd) state.queueEnd = &(*state.queueEnd)->next;
-        addMethods(cls, list);
-    }
+// ---- entering what is listed ----
+
+void addListed(Class cls, const std::vector<objc_method> &methods) {
+    if (methods.empty()) return;
+    auto *list = static_cast<objc_methodList *>(
+        allocatePermanently(sizeof(objc_methodList) + methods.size() * sizeof(objc_method)));
+    list->count = unsigned(methods.size());
+    std::memcpy(list->methods, methods.data(), methods.size() * sizeof(objc_method));
+    addMethods(cls, list);
 }
 
-void realizeOne(Class cls) {
+void enter(Class cls, const objc_registration *registration) {
+    if (!registration) return;
+    objc_lister lister{cls, nullptr, {}};
+    registration->list(lister);
+    addListed(cls, lister.methods[0]);
+    addListed(objc_counterpart(cls), lister.methods[1]);
+}
+
+void realizePair(Class cls) {
     if (infoOf(cls) & objc_isRealized) return;
-    if (cls->superclass) {
-        realizeOne(cls->superclass);
-        unsigned inherited = infoOf(cls->superclass);
-        if (!(infoOf(cls) & objc_isMetaclass)) {
-            if (!(inherited & objc_countsInHeader)) clearInfo(cls, objc_countsInHeader);
-            if (infoOf(cls) & objc_countsInHeader)
-                setInfo(cls, inherited & (objc_defaultCounting | objc_defaultDealloc));
-            setInfo(cls, inherited & objc_hasWideAlignment);
-        } else {
-            setInfo(cls, inherited & objc_defaultAllocation);
-        }
-        link(cls);
+    Class meta = objc_counterpart(cls), superclass = cls->superclass;
+    if (superclass) {
+        realizePair(superclass);
+        unsigned inherited = infoOf(superclass);
+        if (!(inherited & objc_countsInHeader)) clearInfo(cls, objc_countsInHeader);
+        if (infoOf(cls) & objc_countsInHeader) setInfo(cls, inherited & (objc_defaultCounting | objc_defaultDealloc));
+        setInfo(cls, inherited & objc_hasWideAlignment);
+        setInfo(meta, infoOf(objc_counterpart(superclass)) & objc_defaultAllocation);
     }
+    meta->isa = superclass ? objc_counterpart(superclass)->isa : meta;
+    __atomic_store_n(&meta->superclass, superclass ? objc_counterpart(superclass) : cls, __ATOMIC_RELEASE);
     stateOf(cls);
+    stateOf(meta);
+    link(cls);
+    link(meta);
+    enter(cls, cls->registration);
+    for (auto *category = stateOf(cls).categories; category; category = category->next)
+        enter(cls, category->registration);
+    setInfo(meta, objc_isRealized);
     setInfo(cls, objc_isRealized);
-    buildLists(cls);
 }
 
 }  // namespace
 
 void addMethods(Class cls, objc_methodList *list) {
     objc_classState &state = stateOf(cls);
-    growIndex(state, state.indexCount + list->count);
-    bool root = infoOf(cls) & objc_isRoot;
+    growIndex(state, list->count);
+    bool isRoot = infoOf(cls) & objc_isRoot, isMeta = infoOf(cls) & objc_isMetaclass;
     for (unsigned i = 0; i < list->count; ++i) {
         objc_method &m = list->methods[i];
-        objc_method **slot = slotFor(state, m.name);
+        const objc_method **slot = slotFor(state.index, m.name);
         if (*slot >= list->methods && *slot < list->methods + list->count)
-            objc_fatal("%c[%s %s] is registered twice", infoOf(cls) & objc_isMetaclass ? '+' : '-', cls->name,
-                       sel_getName(m.name));
-        if (!*slot) ++state.indexCount;
-        *slot = &m;
-        if (root && !cls->methodLists) continue;  // the root's own counting is the default
+            objc_fatal("%c[%s %s] is registered twice", isMeta ? '+' : '-', cls->name, sel_getName(m.name));
+        if (!*slot) ++state.index->count;
+        __atomic_store_n(slot, &m, __ATOMIC_RELEASE);
+        if (isRoot && !cls->methodLists) continue;  // the root's own counting is the default
         if (isCountingSelector(sel_getName(m.name))) clearInfoBelow(cls, objc_defaultCounting);
         if (!std::strcmp(sel_getName(m.name), "dealloc")) clearInfoBelow(cls, objc_defaultDealloc);
-        if ((infoOf(cls) & objc_isMetaclass) && isAllocationSelector(sel_getName(m.name))) {
+        if (isMeta && isAllocationSelector(sel_getName(m.name))) {
             clearInfoBelow(cls, objc_defaultAllocation);
-            clearInfoBelow(cls->counterpart, objc_allocatesPlainly);
+            clearInfoBelow(objc_counterpart(cls), objc_allocatesPlainly);
         }
     }
     list->next = cls->methodLists;
-    cls->methodLists = list;
+    __atomic_store_n(&cls->methodLists, list, __ATOMIC_RELEASE);
     __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
-    flushCaches(cls);
+    if (infoOf(cls) & objc_isRealized)
+        for (unsigned i = 0; i < list->count; ++i) refreshCaches(cls, list->methods[i].name);
 }
 
 void realize(Class cls) {
-    if ((infoOf(cls) & objc_isRealized) && (infoOf(cls->counterpart) & objc_isRealized)) return;
-    Class plain = infoOf(cls) & objc_isMetaclass ? cls->counterpart : cls;
-    realizeOne(plain);
-    realizeOne(plain->counterpart);
+    if (infoOf(cls) & objc_isRealized) return;
+    Lock lock;
+    realizePair(infoOf(cls) & objc_isMetaclass ? objc_counterpart(cls) : cls);
 }
 
-objc_method *findMethod(Class cls, SEL selector) {
-    for (; cls; cls = cls->superclass) {
-        objc_classState &state = stateOf(cls);
-        if (!state.index) continue;
-        if (objc_method *m = *slotFor(state, selector)) return m;
+const objc_method *findMethod(Class cls, SEL selector) {
+    for (; cls; cls = superclassOf(cls)) {
+        auto *state = static_cast<objc_classState *>(__atomic_load_n(&cls->state, __ATOMIC_ACQUIRE));
+        objc_methodIndex *index = state ? __atomic_load_n(&state->index, __ATOMIC_ACQUIRE) : nullptr;
+        if (!index) continue;
+        if (const objc_method *m = __atomic_load_n(slotFor(index, selector), __ATOMIC_ACQUIRE)) return m;
     }
     return nullptr;
-}
-
-void flushCaches(Class cls) {
-    retireCache(__atomic_exchange_n(&cls->cache, &objc_emptyCache, __ATOMIC_ACQ_REL));
-    for (Class sub = stateOf(cls).firstSubclass; sub; sub = stateOf(sub).nextSibling) flushCaches(sub);
 }
 
 }  // namespace objc
@@ -225,49 +253,65 @@ void objc_fatal(const char *format, ...) {
     std::abort();
 }
 
-// The tables hold on to what a class, a category or a protocol consists of: its library stays.
-void objc_loadClass(Class cls) {
-    ZPHostKeepLibrary(cls);
-    Lock lock;
-    currentList = 0;
-    stateOf(cls).nextLoaded = loadedClasses;
-    loadedClasses = cls;
-}
+__attribute__((constructor(101))) static void loadOwnClasses() { objc_loadThisLibrary(); }
 
-void objc_loadCategory(Class, const char *name) {
-    ZPHostKeepLibrary(name);
+void objc_loadLibrary(const objc_registration *const *records, const objc_registration *const *endOfRecords,
+                      const objc_registration *const *categories, const objc_registration *const *endOfCategories) {
+    if (records == endOfRecords && categories == endOfCategories) return;
+    // The tables hold on to what a class, a category or a protocol consists of: its library stays.
+    ZPHostKeepLibrary(records != endOfRecords ? records : categories);
     Lock lock;
-    currentList = ++lastList;
-}
-
-void objc_loadMethod(Class cls, const char *name, objc_methodDescriber describe) {
-    Lock lock;
-    if (infoOf(cls) & objc_isRealized) {
-        objc_method m{};
-        describe(&m);
-        class_addMethod(cls, sel_registerName(name), m.implementation, m.types, m.invoker, m.argumentSize);
-        return;
+    if (records != endOfRecords) names().loaded.emplace_back(records, endOfRecords);
+    for (; categories < endOfCategories; ++categories) {
+        Class cls = static_cast<Class>((*categories)->record);
+        if (infoOf(cls) & objc_isRealized) {
+            enter(cls, *categories);
+            continue;
+        }
+        auto *waiting = static_cast<objc_waitingCategory *>(allocatePermanently(sizeof(objc_waitingCategory)));
+        *waiting = {nullptr, *categories};
+        objc_waitingCategory **at = &stateOf(cls).categories;
+        while (*at) at = &(*at)->next;
+        *at = waiting;
     }
-    objc_classState &state = stateOf(cls);
-    auto *q = static_cast<objc_queuedMethod *>(allocatePermanently(sizeof(objc_queuedMethod)));
-    *q = {nullptr, name, describe, currentList};
-    *state.queueEnd = q;
-    state.queueEnd = &q->next;
 }
 
-void objc_loadProtocol(Class cls, Protocol *protocol) {
-    Lock lock;
+void objc_enterMethod(objc_lister &lister, const char *name, unsigned long bits, const char *types, IMP implementation,
+                      objc_frameInvoker invoker) {
+    SEL selector =
+        bits & objc_listsSelector ? sel_registerName(name) : selectorOfName(name, (bits >> objc_listsArguments) & 0xFF);
+    lister.methods[bits & objc_listsClassMethod].push_back(
+        {selector, types, implementation, invoker, unsigned(bits >> objc_listsFrame)});
+}
+
+void objc_enterProtocol(objc_lister &lister, Protocol *protocol) {
     auto *list = static_cast<objc_protocolList *>(allocatePermanently(sizeof(objc_protocolList)));
-    *list = {cls->protocols, protocol};
-    cls->protocols = list;
+    const objc_protocolList *&all = lister.protocol ? lister.protocol->_parents : lister.cls->protocols;
+    *list = {all, protocol};
+    __atomic_store_n(&all, list, __ATOMIC_RELEASE);
+}
+
+void objc::listPromises(Protocol *protocol) {
+    if (__atomic_load_n(&protocol->_isListed, __ATOMIC_ACQUIRE)) return;
+    Lock lock;
+    if (protocol->_isListed) return;
+    objc_lister lister{nullptr, protocol, {}};
+    protocol->_registration->list(lister);
+    for (BOOL ofClass : {NO, YES})
+        for (const objc_method &promised : lister.methods[ofClass]) {
+            auto *m = static_cast<objc_protocolMethod *>(allocatePermanently(sizeof(objc_protocolMethod)));
+            *m = {protocol->_methods, {promised.name, promised.types}, ofClass};
+            protocol->_methods = m;
+        }
+    __atomic_store_n(&protocol->_isListed, YES, __ATOMIC_RELEASE);
 }
 
 Class objc_getClass(const char *name) {
     if (!name) return nullptr;
     Lock lock;
-    enterLoadedClasses();
-    auto at = names().find(name);
-    return at == names().end() ? nullptr : at->second;
+    enterNames();
+    auto at = names().classes.find(name);
+    return at == names().classes.end() ? nullptr : at->second;
 }
 
 Class objc_lookUpClass(const char *name) { return objc_getClass(name); }
@@ -275,26 +319,33 @@ Class objc_lookUpClass(const char *name) { return objc_getClass(name); }
 Class objc_getOrigClass(const char *name) {
     if (!name) return nullptr;
     Lock lock;
-    auto at = posed().find(name);
-    return at == posed().end() ? objc_getClass(name) : at->second;
+    auto at = names().posed.find(name);
+    return at == names().posed.end() ? objc_getClass(name) : at->second;
 }
 
 void objc_addClass(Class cls) {
     Lock lock;
-    enterLoadedClasses();
-    if (!names().emplace(cls->name, cls).second) objc_fatal("class %s is implemented twice", cls->name);
+    enterNames();
+    if (!names().classes.emplace(cls->name, cls).second) objc_fatal("class %s is implemented twice", cls->name);
     __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
 }
 
 unsigned objc_getClasses(Class *classes, unsigned capacity) {
     Lock lock;
-    enterLoadedClasses();
+    enterNames();
     unsigned n = 0;
-    for (auto &[name, cls] : names()) {
+    for (auto &[name, cls] : names().classes) {
         if (n < capacity) classes[n] = cls;
         ++n;
     }
     return n;
+}
+
+Protocol *objc_getProtocol(const char *name) {
+    if (!name) return nullptr;
+    Lock lock;
+    enterNames();
+    return findProtocol(name);
 }
 
 static const char *copyName(const char *name) {
@@ -307,12 +358,11 @@ Class objc_makeClass(Class superclass, const char *name, unsigned extraBytes) {
     realize(superclass);
     auto *pair = static_cast<objc_classPair *>(allocatePermanently(sizeof(objc_classPair)));
     const char *kept = copyName(name);
-    Class root = superclass;
-    while (root->superclass) root = root->superclass;
-    unsigned info = superclass->info & (objc_countsInHeader | objc_hasWideAlignment);
+    unsigned info = infoOf(superclass) & (objc_countsInHeader | objc_hasWideAlignment);
     *pair = {
         {{&pair->meta},
-         &objc_emptyCache,
+         &objc_noBuckets,
+         0,
          superclass,
          info,
          0,
@@ -320,22 +370,25 @@ Class objc_makeClass(Class superclass, const char *name, unsigned extraBytes) {
          superclass->instanceSize + extraBytes,
          0,
          superclass->fields,
+         {},
          nullptr,
          nullptr,
-         &pair->meta,
+         nullptr,
          nullptr},
-        {{root->counterpart},
-         &objc_emptyCache,
-         superclass->counterpart,
+        {{nullptr},
+         &objc_noBuckets,
+         0,
+         nullptr,
          objc_isMetaclass,
          0,
          kept,
          sizeof(objc_class),
          0,
          nullptr,
+         {},
          nullptr,
          nullptr,
-         &pair->cls,
+         nullptr,
          nullptr},
     };
     return &pair->cls;
@@ -346,28 +399,22 @@ Class objc_copyClass(Class cls, const char *name) {
     realize(cls);
     auto *pair = static_cast<objc_classPair *>(allocatePermanently(sizeof(objc_classPair)));
     pair->cls = *cls;
-    pair->meta = *cls->counterpart;
+    pair->meta = *objc_counterpart(cls);
     const char *kept = copyName(name);
     for (Class copy : {&pair->cls, &pair->meta}) {
-        objc_classState &from = stateOf(copy),
-                        *to = static_cast<objc_classState *>(allocatePermanently(sizeof(objc_classState)));
-        to->queueEnd = &to->queue;
-        to->indexMask = from.indexMask;
-        to->indexCount = from.indexCount;
-        if (from.index) {
-            to->index = static_cast<objc_method **>(std::calloc(from.indexMask + 1, sizeof(objc_method *)));
-            if (!to->index) objc_fatal("out of memory for methods");
-            std::memcpy(to->index, from.index, (from.indexMask + 1) * sizeof(objc_method *));
-        }
-        copy->state = to;
+        objc_methodIndex *index = stateOf(copy).index;
+        copy->state = nullptr;
+        stateOf(copy).index = copyOf(index);
         copy->name = kept;
-        copy->cache = &objc_emptyCache;
+        copy->buckets = &objc_noBuckets;
+        copy->mask = copy->cached = 0;
+        for (objc_bucket &bucket : copy->first) bucket = {};
         // A copy of a class that is initializing itself right now does not run `+initialize` again.
         if (copy->info & objc_isInitializing) copy->info = (copy->info & ~objc_isInitializing) | objc_isInitialized;
-        link(copy);
     }
-    pair->cls.isa = pair->cls.counterpart = &pair->meta;
-    pair->meta.counterpart = &pair->cls;
+    pair->cls.isa = &pair->meta;
+    link(&pair->cls);
+    link(&pair->meta);
     return &pair->cls;
 }
 
@@ -375,15 +422,11 @@ void class_addMethod(Class cls, SEL name, IMP implementation, const char *types,
                      unsigned argumentSize) {
     Lock lock;
     realize(cls);
-    auto *list = static_cast<objc_methodList *>(allocatePermanently(sizeof(objc_methodList) + sizeof(objc_method)));
-    list->count = 1;
-    list->methods[0] = {name, types, implementation, invoker, argumentSize};
-    addMethods(cls, list);
+    addListed(cls, {{name, types, implementation, invoker, argumentSize}});
 }
 
 const objc_method *class_getInstanceMethod(Class cls, SEL name) {
     if (!cls || !name) return nullptr;
-    Lock lock;
     realize(cls);
     return findMethod(cls, name);
 }
@@ -392,17 +435,10 @@ const objc_method *class_getClassMethod(Class cls, SEL name) {
     return cls ? class_getInstanceMethod(cls->isa, name) : nullptr;
 }
 
-IMP class_lookupMethod(Class cls, SEL name) {
-    const objc_method *m = class_getInstanceMethod(cls, name);
-    return m ? m->implementation : &_objc_msgForward;
-}
-
-BOOL class_respondsToMethod(Class cls, SEL name) { return class_getInstanceMethod(cls, name) ? YES : NO; }
-
 const objc_methodList *class_nextMethodList(Class cls, const void **iterator) {
-    Lock lock;
     realize(cls);
-    auto *list = *iterator ? static_cast<const objc_methodList *>(*iterator)->next : cls->methodLists;
+    auto *list = *iterator ? static_cast<const objc_methodList *>(*iterator)->next
+                           : __atomic_load_n(&cls->methodLists, __ATOMIC_ACQUIRE);
     *iterator = list;
     return list;
 }
@@ -413,26 +449,23 @@ void _objc_msgForward() { objc_fatal("the forwarding entry was called as a funct
 
 namespace {
 
-// Moves what `original` is into a hidden copy, and what `impostor` is into `original`'s record.
+// Makes `original`'s record behave as `impostor`, whose superclass is `hidden`, a copy of what `original` is. Readers
+// without the lock find every method at each step: the copy comes into the chain before the index gives way to the
+// impostor's.
 void pose(Class impostor, Class original, Class hidden) {
+    stateOf(impostor).posedAs = original;
+    setInfo(impostor, objc_isPosing);
     unlink(impostor);
-    impostor->superclass = hidden;
+    __atomic_store_n(&impostor->superclass, hidden, __ATOMIC_RELEASE);
     link(impostor);
-    objc_classState &from = stateOf(impostor), &to = stateOf(original);
-    std::free(to.index);
-    to.index = static_cast<objc_method **>(std::calloc(from.indexMask + 1, sizeof(objc_method *)));
-    if (!to.index && from.index) objc_fatal("out of memory for methods");
-    if (from.index) std::memcpy(to.index, from.index, (from.indexMask + 1) * sizeof(objc_method *));
-    else std::free(to.index), to.index = nullptr;
-    to.indexMask = from.indexMask;
-    to.indexCount = from.indexCount;
     if (original->superclass) unlink(original);
-    original->superclass = hidden;
+    __atomic_store_n(&original->superclass, hidden, __ATOMIC_RELEASE);
     link(original);
+    publish(stateOf(original), copyOf(stateOf(impostor).index));
     original->methodLists = impostor->methodLists;
     clearInfoBelow(original, ~impostor->info & (objc_defaultCounting | objc_defaultDealloc | objc_defaultAllocation));
     if ((infoOf(original) & objc_isMetaclass) && !(infoOf(original) & objc_defaultAllocation))
-        clearInfoBelow(original->counterpart, objc_allocatesPlainly);
+        clearInfoBelow(objc_counterpart(original), objc_allocatesPlainly);
 }
 
 }  // namespace
@@ -450,34 +483,26 @@ Class class_poseAs(Class impostor, Class original) {
     char *hiddenName = static_cast<char *>(allocatePermanently(name.size() + 2));
     hiddenName[0] = '%';
     std::memcpy(hiddenName + 1, name.data(), name.size());
-    Class hidden = objc_copyClass(original, hiddenName);
+    Class hidden = objc_copyClass(original, hiddenName), meta = objc_counterpart(original);
     if (infoOf(original) & objc_isRoot) {
         // The hidden root keeps the metaclass chain: its metaclass inherits from itself as the root's did.
         clearInfo(original, objc_isRoot);
-        clearInfo(original->counterpart, objc_isRoot);
+        clearInfo(meta, objc_isRoot);
     }
-    pose(impostor->counterpart, original->counterpart, hidden->counterpart);
+    pose(objc_counterpart(impostor), meta, objc_counterpart(hidden));
     pose(impostor, original, hidden);
-    stateOf(impostor).posedAs = original;
-    stateOf(impostor->counterpart).posedAs = original->counterpart;
-    setInfo(impostor, objc_isPosing);
-    setInfo(impostor->counterpart, objc_isPosing);
-    original->protocols = impostor->protocols ? impostor->protocols : original->protocols;
-    posed()[original->name] = hidden;
+    if (impostor->protocols) original->protocols = impostor->protocols;
+    names().posed[original->name] = hidden;
     __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
-    flushCaches(hidden);
-    flushCaches(hidden->counterpart);
-    flushCaches(original);
-    flushCaches(original->counterpart);
-    flushCaches(impostor);
-    flushCaches(impostor->counterpart);
+    refreshCaches(hidden);
+    refreshCaches(objc_counterpart(hidden));
     return impostor;
 }
 
 BOOL class_inherits(Class cls, Class ancestor) {
-    for (Class c = cls; c; c = c->superclass)
+    for (Class c = cls; c; c = superclassOf(c))
         if (c == ancestor) return YES;
-    for (Class c = cls; c; c = c->superclass)
+    for (Class c = cls; c; c = superclassOf(c))
         if ((infoOf(c) & objc_isPosing) && stateOf(c).posedAs == ancestor) return YES;
     return NO;
 }

@@ -7,77 +7,118 @@
 
 using namespace objc;
 
-// No selector has this address; null would match a send of the null selector.
-static const SEL noSelector = reinterpret_cast<SEL>(~std::uintptr_t(0));
-
-objc_cache objc_emptyCache = {0, 0, nullptr, {{reinterpret_cast<SEL>(~std::uintptr_t(0)), nullptr}}};
-
 namespace {
 
 pthread_cond_t initialized = PTHREAD_COND_INITIALIZER;
 
+std::uintptr_t wordOf(SEL selector) { return reinterpret_cast<std::uintptr_t>(selector); }
+SEL selectorOf(std::uintptr_t word) { return reinterpret_cast<SEL>(word & ~std::uintptr_t(1)); }
+
+// A selector that a class has no method for is remembered in the table with this bit set, where no send finds it.
+constexpr std::uintptr_t absent = 1;
+// No more selectors than this are remembered as absent: whoever asks for names that come from outside must not make
+// the table grow for ever.
+constexpr unsigned mostAbsent = 512;
+
+unsigned bucketsOf(Class cls) { return cls->mask ? unsigned(cls->mask / sizeof(objc_bucket)) + 1 : 0; }
+
 // Null without memory.
-objc_cache *makeCache(unsigned buckets) {
-    auto *cache = static_cast<objc_cache *>(std::malloc(sizeof(objc_cache) + (buckets - 1) * sizeof(objc_cacheBucket)));
-    if (!cache) return nullptr;
-    cache->mask = (buckets - 1) * sizeof(objc_cacheBucket);
-    cache->count = 0;
-    cache->retired = nullptr;
-    for (unsigned i = 0; i < buckets; ++i) cache->buckets[i] = {noSelector, nullptr};
-    return cache;
+objc_bucket *makeBuckets(unsigned count) {
+    auto *buckets = static_cast<objc_bucket *>(std::aligned_alloc(64, count * sizeof(objc_bucket)));
+    for (unsigned i = 0; buckets && i < count; ++i) buckets[i] = {};
+    return buckets;
 }
 
-unsigned bucketsOf(const objc_cache *cache) { return cache->mask / sizeof(objc_cacheBucket) + 1; }
-
-// Answers whether the selector got its first-choice bucket, the only one a send looks at inline.
-bool place(objc_cache *cache, SEL selector, IMP implementation) {
-    unsigned mask = bucketsOf(cache) - 1, home = hashOf(selector) & mask, i = home;
-    while (cache->buckets[i].selector != noSelector) i = (i + 1) & mask;
-    __atomic_store_n(&cache->buckets[i].implementation, implementation, __ATOMIC_RELAXED);
-    __atomic_store_n(&cache->buckets[i].selector, selector, __ATOMIC_RELEASE);
-    ++cache->count;
-    return i == home;
+void write(objc_bucket &bucket, std::uintptr_t word, IMP implementation) {
+    __atomic_store_n(&bucket.implementation, implementation, __ATOMIC_RELAXED);
+    __atomic_store_n(&bucket.selector, word, __ATOMIC_RELEASE);
 }
 
-IMP probe(const objc_cache *cache, SEL selector) {
-    unsigned mask = bucketsOf(cache) - 1;
+// Answers whether the selector got its first-choice bucket, the only one of the table that a send looks at inline.
+bool place(objc_bucket *buckets, unsigned count, std::uintptr_t word, IMP implementation) {
+    unsigned home = hashOf(selectorOf(word)) & (count - 1), i = home;
+    while (buckets[i].selector != objc_noSelector) i = (i + 1) & (count - 1);
+    write(buckets[i], word, implementation);
+    return i == home || word & absent;
+}
+
+enum class Found { unknown, method, nothing };
+
+// What the class's buckets know of a selector.
+Found probe(Class cls, SEL selector, IMP &implementation) {
+    std::uintptr_t word = wordOf(selector);
+    const objc_bucket *first = objc_recordBucket(cls, word);
+    if (__atomic_load_n(&first->selector, __ATOMIC_ACQUIRE) == word) {
+        implementation = __atomic_load_n(&first->implementation, __ATOMIC_RELAXED);
+        return Found::method;
+    }
+    auto mask = unsigned(__atomic_load_n(&cls->mask, __ATOMIC_ACQUIRE) / sizeof(objc_bucket));  // before the buckets
+    const objc_bucket *buckets = __atomic_load_n(&cls->buckets, __ATOMIC_ACQUIRE);
     for (unsigned i = hashOf(selector) & mask, n = 0; n <= mask; i = (i + 1) & mask, ++n) {
-        SEL found = __atomic_load_n(&cache->buckets[i].selector, __ATOMIC_ACQUIRE);
-        if (found == selector) return __atomic_load_n(&cache->buckets[i].implementation, __ATOMIC_RELAXED);
-        if (found == noSelector) return nullptr;
+        std::uintptr_t found = __atomic_load_n(&buckets[i].selector, __ATOMIC_ACQUIRE);
+        if (found == word) {
+            implementation = __atomic_load_n(&buckets[i].implementation, __ATOMIC_RELAXED);
+            return Found::method;
+        }
+        if (found == (word | absent)) return Found::nothing;
+        if (found == objc_noSelector) break;
     }
-    return nullptr;
+    return Found::unknown;
 }
 
-// A cache is at most half full. While selectors share first choices it is doubled, up to eight
-// buckets an entry: a send that misses its first choice costs several times one that hits.
-void fill(Class cls, SEL selector, IMP implementation) {
-    objc_cache *cache = cls->cache;
-    if (cache != &objc_emptyCache && probe(cache, selector)) return;
-    unsigned count = cache->count + 1;
-    if (cache != &objc_emptyCache && count * 2 <= bucketsOf(cache)) {
-        bool free = cache->buckets[hashOf(selector) & (bucketsOf(cache) - 1)].selector == noSelector;
-        if (free || bucketsOf(cache) >= count * 8) {
-            place(cache, selector, implementation);
-            return;
-        }
-    }
-    unsigned buckets = cache == &objc_emptyCache ? 4 : bucketsOf(cache) * 2;
-    for (;; buckets *= 2) {
-        objc_cache *larger = makeCache(buckets);
+void growTable(Class cls, std::uintptr_t word, IMP implementation) {
+    unsigned count = cls->cached + 1, old = bucketsOf(cls);
+    for (unsigned size = old ? old * 2 : 4;; size *= 2) {
+        objc_bucket *larger = makeBuckets(size);
         if (!larger) return;  // without memory the method is found again the long way
         bool direct = true;
-        for (unsigned i = 0; i < bucketsOf(cache); ++i)
-            if (cache->buckets[i].selector != noSelector)
-                direct &= place(larger, cache->buckets[i].selector, cache->buckets[i].implementation);
-        direct &= place(larger, selector, implementation);
-        if (direct || buckets >= count * 8) {
-            __atomic_store_n(&cls->cache, larger, __ATOMIC_RELEASE);
-            retireCache(cache);
-            return;
+        for (unsigned i = 0; i < old; ++i)
+            if (cls->buckets[i].selector != objc_noSelector)
+                direct &= place(larger, size, cls->buckets[i].selector, cls->buckets[i].implementation);
+        direct &= place(larger, size, word, implementation);
+        if (!direct && size < count * 8) {
+            std::free(larger);
+            continue;
         }
-        std::free(larger);
+        objc_bucket *former = cls->buckets;
+        __atomic_store_n(&cls->buckets, larger, __ATOMIC_RELEASE);  // before the mask
+        __atomic_store_n(&cls->mask, (size - 1) * sizeof(objc_bucket), __ATOMIC_RELEASE);
+        cls->cached = count;
+        // Another thread may still be looking at the former ones; sizes double, so little is kept.
+        if (old && __libc_single_threaded) std::free(former);
+        return;
     }
+}
+
+// Remembers what a selector leads to: a method's implementation, or null for none. The table is at most half full. While
+// selectors share first choices it is doubled, up to eight buckets an entry: a send that misses its first choice costs
+// several times one that hits. Lock held.
+void remember(Class cls, SEL selector, IMP implementation) {
+    IMP known;
+    if (probe(cls, selector, known) != Found::unknown) return;
+    std::uintptr_t word = wordOf(selector) | (implementation ? 0 : absent);
+    if (implementation) {
+        auto *first = const_cast<objc_bucket *>(objc_recordBucket(cls, word));
+        if (first->selector == objc_noSelector) return write(*first, word, implementation);
+    } else if (cls->cached >= mostAbsent) return;
+    unsigned size = bucketsOf(cls), count = cls->cached + 1;
+    if (count * 2 > size) return growTable(cls, word, implementation);
+    bool direct = cls->buckets[hashOf(selector) & (size - 1)].selector == objc_noSelector;
+    if (!direct && implementation && size < count * 8) return growTable(cls, word, implementation);
+    place(cls->buckets, size, word, implementation);
+    cls->cached = count;
+}
+
+void refresh(Class cls, objc_bucket &bucket, std::uintptr_t only) {
+    if (bucket.selector == objc_noSelector || (only && (bucket.selector & ~absent) != only)) return;
+    if (const objc_method *m = findMethod(cls, selectorOf(bucket.selector)))
+        write(bucket, wordOf(m->name), m->implementation);
+}
+
+void refreshBelow(Class cls, std::uintptr_t only) {
+    for (objc_bucket &bucket : cls->first) refresh(cls, bucket, only);
+    for (unsigned i = 0; i < bucketsOf(cls); ++i) refresh(cls, cls->buckets[i], only);
+    for (Class sub = stateOf(cls).firstSubclass; sub; sub = stateOf(sub).nextSibling) refreshBelow(sub, only);
 }
 
 // Runs `+initialize` once, superclass first. Other threads wait; the running thread passes. Answers
@@ -106,7 +147,7 @@ bool ensureInitialized(Class cls) {
                 pthread_cond_broadcast(&initialized);
             }
         };
-        objc_method *m = findMethod(cls->isa, "initialize"_sel);
+        const objc_method *m = findMethod(objc_counterpart(cls), "initialize"_sel);
         pthread_mutex_unlock(&runtimeMutex());
         Finish finish{cls};
         if (m) reinterpret_cast<void (*)(objc_object *, SEL)>(m->implementation)(cls, m->name);
@@ -116,49 +157,62 @@ bool ensureInitialized(Class cls) {
 
 }  // namespace
 
-void objc::retireCache(objc_cache *cache) {
-    // A reader in another thread may still be looking at it; sizes double, so little is kept.
-    static objc_cache *kept;
-    if (cache == &objc_emptyCache) return;
-    if (__libc_single_threaded) {
-        std::free(cache);
-        return;
-    }
-    cache->retired = kept;
-    kept = cache;
-}
+void objc::refreshCaches(Class cls) { refreshBelow(cls, 0); }
+void objc::refreshCaches(Class cls, SEL selector) { refreshBelow(cls, wordOf(selector)); }
 
 IMP objc_lookUpForSend(objc_object *receiver, SEL selector) {
     Class cls = receiver->isa;
-    if (IMP found = probe(__atomic_load_n(&cls->cache, __ATOMIC_ACQUIRE), selector)) return found;
+    IMP implementation = nullptr;
+    switch (probe(cls, selector, implementation)) {
+    case Found::method: return implementation;
+    case Found::nothing: return nullptr;
+    case Found::unknown: break;
+    }
     if (!selector) return nullptr;
     Lock lock;
     realize(cls);
     bool isMeta = infoOf(cls) & objc_isMetaclass;
-    bool cacheable = ensureInitialized(isMeta ? reinterpret_cast<Class>(receiver) : cls);
-    objc_method *m = findMethod(cls, selector);
-    if (!m) return nullptr;
-    if (cacheable) fill(cls, selector, m->implementation);
-    return m->implementation;
+    bool remembers = ensureInitialized(isMeta ? reinterpret_cast<Class>(receiver) : cls);
+    if (const objc_method *m = findMethod(cls, selector)) implementation = m->implementation;
+    if (remembers) remember(cls, selector, implementation);
+    return implementation;
+}
+
+// Finds what instances of a class do for a selector; a class that is not initialized remembers nothing.
+static IMP lookUp(Class cls, SEL selector) {
+    IMP implementation = nullptr;
+    switch (probe(cls, selector, implementation)) {
+    case Found::method: return implementation;
+    case Found::nothing: return nullptr;
+    case Found::unknown: break;
+    }
+    Lock lock;
+    realize(cls);
+    if (const objc_method *m = findMethod(cls, selector)) implementation = m->implementation;
+    Class plain = infoOf(cls) & objc_isMetaclass ? objc_counterpart(cls) : cls;
+    if (infoOf(plain) & objc_isInitialized) remember(cls, selector, implementation);
+    return implementation;
 }
 
 IMP objc_lookUpForSuper(Class superclass, SEL selector) {
-    if (!superclass || !selector) return nullptr;
-    if (IMP found = probe(__atomic_load_n(&superclass->cache, __ATOMIC_ACQUIRE), selector)) return found;
-    Lock lock;
-    realize(superclass);
-    objc_method *m = findMethod(superclass, selector);
-    if (m &&
-        (infoOf(infoOf(superclass) & objc_isMetaclass ? superclass->counterpart : superclass) & objc_isInitialized))
-        fill(superclass, selector, m->implementation);
-    return m ? m->implementation : nullptr;
+    return superclass && selector ? lookUp(superclass, selector) : nullptr;
 }
 
+IMP class_lookupMethod(Class cls, SEL name) {
+    IMP found = cls && name ? lookUp(cls, name) : nullptr;
+    return found ? found : &_objc_msgForward;
+}
+
+BOOL class_respondsToMethod(Class cls, SEL name) { return cls && name && lookUp(cls, name) ? YES : NO; }
+
 void objc_forwardFrame(objc_object *receiver, SEL selector, objc_frame *frame) {
-    if (selector == "forward::"_sel || !class_getInstanceMethod(receiver->isa, "forward::"_sel))
+    SEL forward = "forward::"_sel;
+    IMP implementation = selector == forward ? nullptr : objc_lookUpForSend(receiver, forward);
+    if (!implementation)
         objc_fatal("%s does not implement %s and does not forward", receiver->isa->name,
                    selector ? sel_getName(selector) : "the null selector");
-    objc_msgSendUnchecked<void>(receiver, "forward::"_sel, selector, frame);
+    reinterpret_cast<void (*)(objc_object *, SEL, SEL, objc_frame *)>(implementation)(receiver, forward, selector,
+                                                                                      frame);
 }
 
 void objc_sendFrame(objc_object *receiver, SEL selector, unsigned length, void *arguments, void *result,

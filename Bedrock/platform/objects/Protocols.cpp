@@ -1,15 +1,60 @@
 // SPDX-License-Identifier: MIT
 // Protocol objects. Their class is a root of its own, below every class of the library.
-#include <Bedrock/platform/ZPProtocol.h>
-
 #include <Bedrock/platform/objects/Objects.h>
-#include <Bedrock/platform/host/Host.h>
+
+#include <string_view>
+#include <unordered_map>
 
 using namespace objc;
 
+namespace {
+
+struct ProtocolMethods : Protocol {
+    const char *name() { return _name; }
+    BOOL conformsTo(Protocol *other) {
+        if (!other) return NO;
+        if (other == this || std::strcmp(other->_name, _name) == 0) return YES;
+        listPromises(this);
+        for (auto *p = _parents; p; p = p->next)
+            if (p->protocol->conformsTo(other)) return YES;
+        return NO;
+    }
+    const objc_methodDescription *describe(SEL name, BOOL isClassMethod) {
+        listPromises(this);
+        for (auto *m = _methods; m; m = m->next)
+            if (m->isClassMethod == isClassMethod && m->description.name == name) return &m->description;
+        for (auto *p = _parents; p; p = p->next)
+            if (auto *d = static_cast<ProtocolMethods *>(p->protocol)->describe(name, isClassMethod)) return d;
+        return nullptr;
+    }
+    const objc_methodDescription *descriptionForInstanceMethod(SEL name) { return describe(name, NO); }
+    const objc_methodDescription *descriptionForClassMethod(SEL name) { return describe(name, YES); }
+    BOOL isKindOfClass(Class cls) {
+        for (Class c = isa; c; c = c->superclass)
+            if (c == cls) return YES;
+        return NO;
+    }
+    BOOL isEqual(id other) { return other.pointer() == this; }
+    unsigned hash() { return unsigned(reinterpret_cast<std::uintptr_t>(this) >> 2); }
+    Class class_() { return isa; }
+};
+
+using Protocols = std::unordered_map<std::string_view, Protocol *>;
+Protocols &protocols() {
+    static Protocols &all = *new Protocols;
+    return all;
+}
+
+OBJC_REGISTER(static, "zp_records", OfProtocols, "Protocol", &objc_protocolClass.cls, Protocol, ProtocolMethods, name,
+              conformsTo, descriptionForInstanceMethod, descriptionForClassMethod, immortal(), isKindOfClass, isEqual,
+              hash, class_);
+
+}  // namespace
+
 constinit objc_classPair objc_protocolClass = {
     {{&objc_protocolClass.meta},
-     &objc_emptyCache,
+     &objc_noBuckets,
+     0,
      nullptr,
      objc_isRoot,
      0,
@@ -17,100 +62,31 @@ constinit objc_classPair objc_protocolClass = {
      sizeof(Protocol),
      0,
      nullptr,
+     {},
+     &objc_registrationOfProtocols,
      nullptr,
      nullptr,
-     &objc_protocolClass.meta,
      nullptr},
-    {{&objc_protocolClass.meta},
-     &objc_emptyCache,
-     &objc_protocolClass.cls,
+    {{nullptr},
+     &objc_noBuckets,
+     0,
+     nullptr,
      objc_isMetaclass | objc_isRoot,
      0,
      "Protocol",
      sizeof(objc_class),
      0,
      nullptr,
+     {},
+     &objc_registrationOfProtocols,
      nullptr,
      nullptr,
-     &objc_protocolClass.cls,
      nullptr},
 };
 
-namespace {
+void objc::addProtocol(Protocol *protocol) { protocols().emplace(protocol->_name, protocol); }
 
-struct Registered {
-    Registered *next;
-    Protocol *protocol;
-};
-Registered *registered;
-
-struct ProtocolMethods : Protocol {
-    const char *nameOfProtocol() { return _name; }
-    BOOL conforms(Protocol *other) {
-        if (!other) return NO;
-        if (other == this || std::strcmp(other->_name, _name) == 0) return YES;
-        for (auto *p = _parents; p; p = p->next)
-            if (p->protocol->conformsTo(other)) return YES;
-        return NO;
-    }
-    const objc_methodDescription *describe(SEL name, BOOL isClassMethod) {
-        for (auto *m = _methods; m; m = m->next)
-            if (m->isClassMethod == isClassMethod && m->description.name == name) return &m->description;
-        for (auto *p = _parents; p; p = p->next)
-            if (auto *d = static_cast<ProtocolMethods *>(p->protocol)->describe(name, isClassMethod)) return d;
-        return nullptr;
-    }
-    const objc_methodDescription *instanceMethod(SEL name) { return describe(name, NO); }
-    const objc_methodDescription *classMethod(SEL name) { return describe(name, YES); }
-    BOOL isKind(Class cls) {
-        for (Class c = isa; c; c = c->superclass)
-            if (c == cls) return YES;
-        return NO;
-    }
-    BOOL identical(id other) { return other.pointer() == this; }
-    unsigned addressHash() { return unsigned(reinterpret_cast<std::uintptr_t>(this) >> 2); }
-    Class ownClass() { return isa; }
-};
-
-[[maybe_unused]] const objc_implementer methods =
-    (objc_loadClass(&objc_protocolClass.cls), objc_implementer{&objc_protocolClass.cls})
-        .method<&ProtocolMethods::nameOfProtocol>("name")
-        .method<&ProtocolMethods::conforms>("conformsTo:")
-        .method<&ProtocolMethods::instanceMethod>("descriptionForInstanceMethod:")
-        .method<&ProtocolMethods::classMethod>("descriptionForClassMethod:")
-        .immortal()
-        .method<&ProtocolMethods::isKind>("isKindOfClass:")
-        .method<&ProtocolMethods::identical>("isEqual:")
-        .method<&ProtocolMethods::addressHash>("hash")
-        .method<&ProtocolMethods::ownClass>("class");
-
-}  // namespace
-
-void objc_registerProtocol(Protocol *protocol) {
-    ZPHostKeepLibrary(protocol);
-    Lock lock;
-    auto *r = static_cast<Registered *>(allocatePermanently(sizeof(Registered)));
-    *r = {registered, protocol};
-    registered = r;
-}
-
-void objc_loadProtocolMethod(Protocol *protocol, const char *name, const char *types, BOOL isClassMethod) {
-    Lock lock;
-    auto *m = static_cast<objc_protocolMethod *>(allocatePermanently(sizeof(objc_protocolMethod)));
-    *m = {protocol->_methods, {sel_registerName(name), types}, isClassMethod};
-    protocol->_methods = m;
-}
-
-void objc_loadProtocolParent(Protocol *protocol, Protocol *parent) {
-    Lock lock;
-    auto *p = static_cast<objc_protocolList *>(allocatePermanently(sizeof(objc_protocolList)));
-    *p = {protocol->_parents, parent};
-    protocol->_parents = p;
-}
-
-Protocol *objc_getProtocol(const char *name) {
-    Lock lock;
-    for (auto *r = registered; r; r = r->next)
-        if (std::strcmp(r->protocol->_name, name) == 0) return r->protocol;
-    return nullptr;
+Protocol *objc::findProtocol(const char *name) {
+    auto at = protocols().find(name);
+    return at == protocols().end() ? nullptr : at->second;
 }

@@ -59,6 +59,28 @@ SEL sel_registerName(const char *name) {
     return reinterpret_cast<SEL>(copy);
 }
 
+SEL objc::selectorOfName(const char *name, unsigned arguments) {
+    char text[256], *to = text, *end = text + sizeof text - 2;
+    const char *from = name;
+    for (; *from == '_'; ++from) {
+        if (to < end) *to++ = '_';
+    }
+    for (; *from && to < end; ++from) {
+        if (*from != '_') *to++ = *from;
+        else if (arguments && from[1]) *to++ = ':';
+    }
+    if (*from) objc_fatal("the name %s is too long for a selector", name);
+    if (arguments) *to++ = ':';
+    *to = 0;
+    return sel_registerName(text);
+}
+
+SEL objc_registerFront(SEL *slot, const char *name, unsigned arguments) {
+    SEL selector = objc::selectorOfName(name, arguments);
+    __atomic_store_n(slot, selector, __ATOMIC_RELEASE);
+    return selector;
+}
+
 SEL sel_getUid(const char *name) { return sel_registerName(name); }
 
 SEL objc_registerSelector(SEL *slot, const char *name) {

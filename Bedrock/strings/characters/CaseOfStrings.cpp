@@ -112,12 +112,12 @@ template <bool MayExpand> ZPString *mappedByPages(ZPString *string, const ZPCase
 }
 
 struct CaseMethods : ZPString {
-    ZPString *caseCopy(Convert convert, unsigned flags) {
+    ZPString *_caseCopyAux_flags(Convert convert, unsigned flags) {
         return mapped(this, [=](unichar u, unichar *output) { return convert(u, output, flags); });
     }
     ZPString *uppercaseString() { return mappedByPages<true>(this, &ZPCaseTables::upper); }
     ZPString *lowercaseString() { return mappedByPages<false>(this, &ZPCaseTables::lower); }
-    ZPString *capitalizedStringWithFlags(unsigned flags) {
+    ZPString *_capitalizedStringWithFlags(unsigned flags) {
         bool afterLetter = false;
         return mapped(this, [=, mapper = ZPCaseMapper()](unichar u, unichar *output) mutable {
             unichar special = flags & turkish ? turkishCase(u, afterLetter) : 0;
@@ -128,17 +128,13 @@ struct CaseMethods : ZPString {
             return n;
         });
     }
-    ZPString *capitalizedString() { return _capitalizedStringWithFlags(0); }
+    ZPString *capitalizedString() { return self()->_capitalizedStringWithFlags(0); }
 };
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringCase)
-    .method<&CaseMethods::caseCopy>("_caseCopyAux:flags:")
-    .method<&CaseMethods::uppercaseString>("uppercaseString")
-    .method<&CaseMethods::lowercaseString>("lowercaseString")
-    .method<&CaseMethods::capitalizedStringWithFlags>("_capitalizedStringWithFlags:")
-    .method<&CaseMethods::capitalizedString>("capitalizedString");
+ZP_CATEGORY(ZPString, CaseMethods, _caseCopyAux_flags, uppercaseString, lowercaseString, _capitalizedStringWithFlags,
+            capitalizedString);
 
 unsigned ZPConvertToUpper(unichar unit, unichar *output, unsigned flags) {
     if (unichar special = flags & turkish ? turkishCase(unit, false) : 0) return write(special, output);

@@ -23,7 +23,7 @@ struct CharacterSetClassMethods {
         if (self == ZPCharacterSet::class_() || self == ZPMutableCharacterSet::class_()) return make(self, zone);
         return ZPAllocateObject(self, 0, zone);
     }
-    static ZPCharacterSet *withRange(Class, ZPRange range) {
+    static ZPCharacterSet *characterSetWithRange(Class, ZPRange range) {
         ZPImmutableRangeCharacterSet *set = ZPAllocateObject(ZPImmutableRangeCharacterSet::class_(), 0, nullptr);
         if (range.location < _ZPUnitCount && range.length) {
             set->low = range.location;
@@ -31,7 +31,7 @@ struct CharacterSetClassMethods {
         }
         return set->autorelease();
     }
-    static ZPCharacterSet *withString(Class self, ZPString *string) {
+    static ZPCharacterSet *characterSetWithCharactersInString(Class self, ZPString *string) {
         unsigned length = string ? string->length() : 0;
         if (length > ZPImmutableStringCharacterSet::most)
             return make(self, nullptr)->initWithCharactersInString(string)->autorelease();
@@ -42,7 +42,7 @@ struct CharacterSetClassMethods {
         std::sort(set->buffer, set->buffer + length);
         return std::move(set).autoreleased();
     }
-    static ZPCharacterSet *withBitmap(Class self, ZPData *data) {
+    static ZPCharacterSet *characterSetWithBitmapRepresentation(Class self, ZPData *data) {
         return make(self, nullptr)->initWithBitmapRepresentation(data)->autorelease();
     }
 };
@@ -61,20 +61,20 @@ struct CharacterSetMethods : ZPCharacterSet {
     ZPCharacterSet *invertedSet() {
         ZPInvertedCharacterSet *set = ZPAllocateObject(ZPInvertedCharacterSet::class_(), 0, nullptr);
         set->autorelease();
-        set->realset = ZPObject::copyWithZone(nullptr);
+        set->realset = self()->copyWithZone(nullptr);
         return set;
     }
     ZPData *bitmapRepresentation() {
         unsigned char bits[_ZPBitmapBytes] = {};
         for (unsigned u = 0; u < _ZPUnitCount - 1; ++u)
-            if (ZPCharacterSet::characterIsMember(unichar(u))) _ZPSetBits(bits, {u, 1}, true);
+            if (self()->characterIsMember(unichar(u))) _ZPSetBits(bits, {u, 1}, true);
         return ZPData::dataWithBytes_length(bits, sizeof bits);
     }
     BOOL isEmpty() { return ZPSetBitmap(this).count() == 0; }
     unsigned count() { return ZPSetBitmap(this).count(); }
     BOOL isMutable() { return NO; }
     void makeImmutable() {}
-    id copyWithZone(ZPZone *) { return retain(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
     id mutableCopyWithZone(ZPZone *zone) {
         ZPSetBitmap its(this);
         auto *set = ZPConcreteMutableCharacterSet::make(zone);
@@ -95,16 +95,18 @@ struct CharacterSetMethods : ZPCharacterSet {
 struct MutableCharacterSetMethods : ZPMutableCharacterSet {
     BOOL isMutable() { return YES; }
     id copyWithZone(ZPZone *zone) {
-        ZPRef<ZPCharacterSet> copy = ZPAdopt<ZPCharacterSet>(ZPObject::mutableCopyWithZone(zone));
+        ZPRef<ZPCharacterSet> copy = ZPAdopt<ZPCharacterSet>(self()->mutableCopyWithZone(zone));
         copy->makeImmutable();
         return copy.detach();
     }
-    void addRange(ZPRange) { _ZPRefuse(this, "addCharactersInRange:"_sel); }
-    void removeRange(ZPRange) { _ZPRefuse(this, "removeCharactersInRange:"_sel); }
-    void addString(ZPString *) { _ZPRefuse(this, "addCharactersInString:"_sel); }
-    void removeString(ZPString *) { _ZPRefuse(this, "removeCharactersInString:"_sel); }
-    void formUnion(ZPCharacterSet *) { _ZPRefuse(this, "formUnionWithCharacterSet:"_sel); }
-    void formIntersection(ZPCharacterSet *) { _ZPRefuse(this, "formIntersectionWithCharacterSet:"_sel); }
+    void addCharactersInRange(ZPRange) { _ZPRefuse(this, "addCharactersInRange:"_sel); }
+    void removeCharactersInRange(ZPRange) { _ZPRefuse(this, "removeCharactersInRange:"_sel); }
+    void addCharactersInString(ZPString *) { _ZPRefuse(this, "addCharactersInString:"_sel); }
+    void removeCharactersInString(ZPString *) { _ZPRefuse(this, "removeCharactersInString:"_sel); }
+    void formUnionWithCharacterSet(ZPCharacterSet *) { _ZPRefuse(this, "formUnionWithCharacterSet:"_sel); }
+    void formIntersectionWithCharacterSet(ZPCharacterSet *) {
+        _ZPRefuse(this, "formIntersectionWithCharacterSet:"_sel);
+    }
     void invert() { _ZPRefuse(this, "invert"_sel); }
 };
 
@@ -140,7 +142,7 @@ struct StringCharacterSetMethods : ZPImmutableStringCharacterSet {
 
 struct InvertedCharacterSetMethods : ZPInvertedCharacterSet {
     id init() {
-        ZPObject::dealloc();
+        self()->dealloc();
         return nullptr;
     }
     void dealloc() {
@@ -181,58 +183,23 @@ bool ZPMembership::ask(unichar u) const {
     return set->characterIsMember(u);
 }
 
-ZP_IMPLEMENT(ZPCharacterSet)
-    .adopts<ZPCopying, ZPMutableCopying>()
-    .classMethod<&CharacterSetClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&CharacterSetClassMethods::withRange>("characterSetWithRange:")
-    .classMethod<&CharacterSetClassMethods::withString>("characterSetWithCharactersInString:")
-    .classMethod<&CharacterSetClassMethods::withBitmap>("characterSetWithBitmapRepresentation:")
-    .method<&CharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&CharacterSetMethods::invertedSet>("invertedSet")
-    .method<&CharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
-    .method<&CharacterSetMethods::isEmpty>("isEmpty")
-    .method<&CharacterSetMethods::count>("count")
-    .method<&CharacterSetMethods::isMutable>("isMutable")
-    .method<&CharacterSetMethods::makeImmutable>("makeImmutable")
-    .method<&CharacterSetMethods::copyWithZone>("copyWithZone:")
-    .method<&CharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&CharacterSetMethods::isEqual>("isEqual:")
-    .method<&CharacterSetMethods::hash>("hash");
+ZP_IMPLEMENT_WITH(ZPCharacterSet, CharacterSetMethods, adopts(ZPCopying, ZPMutableCopying), characterIsMember,
+                  invertedSet, bitmapRepresentation, isEmpty, count, isMutable, makeImmutable, copyWithZone,
+                  mutableCopyWithZone, isEqual, hash,
+                  classMethodsOf(CharacterSetClassMethods, allocWithZone, characterSetWithRange,
+                                 characterSetWithCharactersInString, characterSetWithBitmapRepresentation));
 
-ZP_IMPLEMENT(ZPMutableCharacterSet)
-    .classMethod<&MutableCharacterSetClassMethods::characterSetWithRange>("characterSetWithRange:")
-    .classMethod<&MutableCharacterSetClassMethods::characterSetWithCharactersInString>(
-        "characterSetWithCharactersInString:")
-    .method<&MutableCharacterSetMethods::isMutable>("isMutable")
-    .method<&MutableCharacterSetMethods::copyWithZone>("copyWithZone:")
-    .method<&MutableCharacterSetMethods::addRange>("addCharactersInRange:")
-    .method<&MutableCharacterSetMethods::removeRange>("removeCharactersInRange:")
-    .method<&MutableCharacterSetMethods::addString>("addCharactersInString:")
-    .method<&MutableCharacterSetMethods::removeString>("removeCharactersInString:")
-    .method<&MutableCharacterSetMethods::formUnion>("formUnionWithCharacterSet:")
-    .method<&MutableCharacterSetMethods::formIntersection>("formIntersectionWithCharacterSet:")
-    .method<&MutableCharacterSetMethods::invert>("invert");
+ZP_IMPLEMENT_WITH(ZPMutableCharacterSet, MutableCharacterSetMethods, isMutable, copyWithZone, addCharactersInRange,
+                  removeCharactersInRange, addCharactersInString, removeCharactersInString, formUnionWithCharacterSet,
+                  formIntersectionWithCharacterSet, invert,
+                  classMethodsOf(MutableCharacterSetClassMethods, characterSetWithRange,
+                                 characterSetWithCharactersInString));
 
-ZP_IMPLEMENT(ZPImmutableRangeCharacterSet)
-    .method<&RangeCharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&RangeCharacterSetMethods::isEmpty>("isEmpty")
-    .method<&RangeCharacterSetMethods::count>("count")
-    .method<&RangeCharacterSetMethods::isEqual>("isEqual:")
-    .method<&RangeCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation");
+ZP_IMPLEMENT_WITH(ZPImmutableRangeCharacterSet, RangeCharacterSetMethods, characterIsMember, isEmpty, count, isEqual,
+                  bitmapRepresentation);
 
-ZP_IMPLEMENT(ZPImmutableStringCharacterSet)
-    .method<&StringCharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&StringCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
-    .method<&StringCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&StringCharacterSetMethods::isEqual>("isEqual:");
+ZP_IMPLEMENT_WITH(ZPImmutableStringCharacterSet, StringCharacterSetMethods, characterIsMember, bitmapRepresentation,
+                  mutableCopyWithZone, isEqual);
 
-ZP_IMPLEMENT(ZPInvertedCharacterSet)
-    .method<&InvertedCharacterSetMethods::init>("init")
-    .method<&InvertedCharacterSetMethods::dealloc>("dealloc")
-    .method<&InvertedCharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&InvertedCharacterSetMethods::invertedSet>("invertedSet")
-    .method<&InvertedCharacterSetMethods::isEmpty>("isEmpty")
-    .method<&InvertedCharacterSetMethods::count>("count")
-    .method<&InvertedCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&InvertedCharacterSetMethods::isEqual>("isEqual:")
-    .method<&InvertedCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation");
+ZP_IMPLEMENT_WITH(ZPInvertedCharacterSet, InvertedCharacterSetMethods, init, dealloc, characterIsMember, invertedSet,
+                  isEmpty, count, mutableCopyWithZone, isEqual, bitmapRepresentation);

@@ -31,7 +31,7 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
         }
         return this;
     }
-    ZPCharacterSet *initWithSet(ZPCharacterSetRecord *record) {
+    ZPCharacterSet *_initWithSet(ZPCharacterSetRecord *record) {
         set = record;
         return this;
     }
@@ -39,14 +39,14 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
         _ZPSetBits(ownBits(), range, true);
         return this;
     }
-    ZPCharacterSet *initWithString(ZPString *string) {
-        ZPRef<ZPCharacterSet> self = ZPRef<ZPCharacterSet>::adopt(this);  // the string may be anybody's
+    ZPCharacterSet *initWithCharactersInString(ZPString *string) {
+        ZPRef<ZPCharacterSet> own = ZPRef<ZPCharacterSet>::adopt(this);  // the string may be anybody's
         _ZPSetBits(ownBits(), string, true);
-        return self.detach();
+        return own.detach();
     }
-    ZPCharacterSet *initWithBitmap(ZPData *given) {
-        ZPRef<ZPCharacterSet> self = ZPRef<ZPCharacterSet>::adopt(this);  // the data may be anybody's
-        ZPRef<ZPData> copy = ZPAdopt<ZPData>(given->copyWithZone(ZPObject::zone()));
+    ZPCharacterSet *initWithBitmapRepresentation(ZPData *given) {
+        ZPRef<ZPCharacterSet> own = ZPRef<ZPCharacterSet>::adopt(this);  // the data may be anybody's
+        ZPRef<ZPData> copy = ZPAdopt<ZPData>(given->copyWithZone(self()->zone()));
         if (copy->length() == _ZPBitmapBytes) {
             data = copy.detach();
             bits = static_cast<unsigned char *>(const_cast<void *>(data->bytes()));
@@ -55,7 +55,7 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
             unsigned char *own = ownBits();
             if (copy) copy->getBytes_length(own, _ZPBitmapBytes);
         }
-        return self.detach();
+        return own.detach();
     }
     void dealloc() {
         freeBits();
@@ -81,13 +81,13 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
     ZPCharacterSet *invertedSet() {
         if (!mayChange)
             return objc_super<ZPConcreteMutableCharacterSet>(this).send<ZPCharacterSet *>("invertedSet"_sel);
-        ZPRef<ZPMutableCharacterSet> copy = ZPAdopt<ZPMutableCharacterSet>(ZPObject::mutableCopyWithZone(nullptr));
+        ZPRef<ZPMutableCharacterSet> copy = ZPAdopt<ZPMutableCharacterSet>(self()->mutableCopyWithZone(nullptr));
         copy->invert();
         return std::move(copy).autoreleased();
     }
     id copyWithZone(ZPZone *zone) {
-        if (!mayChange && ZPShouldRetainWithZone(this, zone)) return retain();
-        ZPCharacterSet *copy = ZPObject::mutableCopyWithZone(zone);
+        if (!mayChange && ZPShouldRetainWithZone(this, zone)) return self()->retain();
+        ZPCharacterSet *copy = self()->mutableCopyWithZone(zone);
         copy->makeImmutable();
         return copy;
     }
@@ -105,11 +105,11 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
 
     void makeCharacterSetFast() { makeFast(); }
     void makeCharacterSetCompact() { makeCompact(); }
-    BOOL hasBitmap() { return bits != nullptr; }
-    void makeSelfMutable() {
+    BOOL isCompact() { return bits != nullptr; }
+    void _makeSelfMutable() {
         if (data) ownBits();
     }
-    void freeBitsAndReleaseData() { freeBits(); }
+    void freeBitsAndReleaseDataIfNecessary() { freeBits(); }
     ZPString *dump() { return bits || !set ? _dumpBitmapRepresentation(bits) : _dumpSetRepresentation(set); }
 
     // ---- changes ----
@@ -118,10 +118,12 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
         if (!mayChange) refuseChange(this, selector);
         return ownBits();
     }
-    void addRange(ZPRange range) { _ZPSetBits(change("addCharactersInRange:"_sel), range, true); }
-    void removeRange(ZPRange range) { _ZPSetBits(change("removeCharactersInRange:"_sel), range, false); }
-    void addString(ZPString *string) { _ZPSetBits(change("addCharactersInString:"_sel), string, true); }
-    void removeString(ZPString *string) { _ZPSetBits(change("removeCharactersInString:"_sel), string, false); }
+    void addCharactersInRange(ZPRange range) { _ZPSetBits(change("addCharactersInRange:"_sel), range, true); }
+    void removeCharactersInRange(ZPRange range) { _ZPSetBits(change("removeCharactersInRange:"_sel), range, false); }
+    void addCharactersInString(ZPString *string) { _ZPSetBits(change("addCharactersInString:"_sel), string, true); }
+    void removeCharactersInString(ZPString *string) {
+        _ZPSetBits(change("removeCharactersInString:"_sel), string, false);
+    }
     template <class F> void combine(SEL selector, ZPCharacterSet *other, F operation) {
         if (!mayChange) refuseChange(this, selector);
         if (!other) return;
@@ -135,10 +137,10 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
             std::memcpy(own + i, &a, 8);
         }
     }
-    void formUnion(ZPCharacterSet *other) {
+    void formUnionWithCharacterSet(ZPCharacterSet *other) {
         combine("formUnionWithCharacterSet:"_sel, other, [](std::uint64_t a, std::uint64_t b) { return a | b; });
     }
-    void formIntersection(ZPCharacterSet *other) {
+    void formIntersectionWithCharacterSet(ZPCharacterSet *other) {
         combine("formIntersectionWithCharacterSet:"_sel, other, [](std::uint64_t a, std::uint64_t b) { return a & b; });
     }
     void invert() {
@@ -164,7 +166,7 @@ void ZPConcreteMutableCharacterSet::freeBits() {
 
 void ZPConcreteMutableCharacterSet::makeFast() {
     if (bits) return;
-    bits = newBits(ZPObject::zone());
+    bits = newBits(self()->zone());
     if (set) set->addTo(bits);
     ZPZoneFree(ZPZoneFromPointer(set), set);
     set = nullptr;
@@ -178,7 +180,7 @@ void ZPConcreteMutableCharacterSet::makeCompact() {
 
 unsigned char *ZPConcreteMutableCharacterSet::ownBits() {
     if (data) {
-        unsigned char *copy = newBits(ZPObject::zone());
+        unsigned char *copy = newBits(self()->zone());
         std::memcpy(copy, bits, _ZPBitmapBytes);
         freeBits();
         bits = copy;
@@ -187,32 +189,10 @@ unsigned char *ZPConcreteMutableCharacterSet::ownBits() {
     return bits;
 }
 
-ZP_IMPLEMENT(ZPConcreteMutableCharacterSet)
-    .method<&ConcreteCharacterSetMethods::init>("init")
-    .method<&ConcreteCharacterSetMethods::initWithSet>("_initWithSet:")
-    .method<&ConcreteCharacterSetMethods::initWithRange>("initWithRange:")
-    .method<&ConcreteCharacterSetMethods::initWithString>("initWithCharactersInString:")
-    .method<&ConcreteCharacterSetMethods::initWithBitmap>("initWithBitmapRepresentation:")
-    .method<&ConcreteCharacterSetMethods::dealloc>("dealloc")
-    .method<&ConcreteCharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&ConcreteCharacterSetMethods::isMutable>("isMutable")
-    .method<&ConcreteCharacterSetMethods::makeImmutable>("makeImmutable")
-    .method<&ConcreteCharacterSetMethods::isEmpty>("isEmpty")
-    .method<&ConcreteCharacterSetMethods::count>("count")
-    .method<&ConcreteCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
-    .method<&ConcreteCharacterSetMethods::invertedSet>("invertedSet")
-    .method<&ConcreteCharacterSetMethods::copyWithZone>("copyWithZone:")
-    .method<&ConcreteCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&ConcreteCharacterSetMethods::makeCharacterSetFast>("makeCharacterSetFast")
-    .method<&ConcreteCharacterSetMethods::makeCharacterSetCompact>("makeCharacterSetCompact")
-    .method<&ConcreteCharacterSetMethods::hasBitmap>("isCompact")
-    .method<&ConcreteCharacterSetMethods::makeSelfMutable>("_makeSelfMutable")
-    .method<&ConcreteCharacterSetMethods::freeBitsAndReleaseData>("freeBitsAndReleaseDataIfNecessary")
-    .method<&ConcreteCharacterSetMethods::dump>("dump")
-    .method<&ConcreteCharacterSetMethods::addRange>("addCharactersInRange:")
-    .method<&ConcreteCharacterSetMethods::removeRange>("removeCharactersInRange:")
-    .method<&ConcreteCharacterSetMethods::addString>("addCharactersInString:")
-    .method<&ConcreteCharacterSetMethods::removeString>("removeCharactersInString:")
-    .method<&ConcreteCharacterSetMethods::formUnion>("formUnionWithCharacterSet:")
-    .method<&ConcreteCharacterSetMethods::formIntersection>("formIntersectionWithCharacterSet:")
-    .method<&ConcreteCharacterSetMethods::invert>("invert");
+ZP_IMPLEMENT_WITH(ZPConcreteMutableCharacterSet, ConcreteCharacterSetMethods, init, _initWithSet, initWithRange,
+                  initWithCharactersInString, initWithBitmapRepresentation, dealloc, characterIsMember, isMutable,
+                  makeImmutable, isEmpty, count, bitmapRepresentation, invertedSet, copyWithZone, mutableCopyWithZone,
+                  makeCharacterSetFast, makeCharacterSetCompact, isCompact, _makeSelfMutable,
+                  freeBitsAndReleaseDataIfNecessary, dump, addCharactersInRange, removeCharactersInRange,
+                  addCharactersInString, removeCharactersInString, formUnionWithCharacterSet,
+                  formIntersectionWithCharacterSet, invert);

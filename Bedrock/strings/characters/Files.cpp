@@ -121,18 +121,18 @@ ZPConcreteMutableCharacterSet *named(ZPString *name, bool compact, bool *anyAuxi
 }
 
 struct NamedSetMethods {
-    static ZPConcreteMutableCharacterSet *withName(Class, ZPString *name) {
+    static ZPConcreteMutableCharacterSet *characterSetWithName(Class, ZPString *name) {
         if (!name) return nullptr;
         bool anyAuxiliary = false;
         if (auto *set = named(name, false, &anyAuxiliary)) return set;
         // Not kept: anybody can ask for any name.
         return anyAuxiliary ? static_cast<ZPConcreteMutableCharacterSet *>(newSet(nullptr)->autorelease()) : nullptr;
     }
-    static ZPConcreteMutableCharacterSet *findSet(Class, ZPString *name) {
+    static ZPConcreteMutableCharacterSet *_findDictOrBitmapSetNamed(Class, ZPString *name) {
         auto *set = name ? newFromResource(name) : nullptr;
         return set ? static_cast<ZPConcreteMutableCharacterSet *>(set->autorelease()) : nullptr;
     }
-    static ZPConcreteMutableCharacterSet *readAndRetain(Class, ZPString *name, BOOL compact) {
+    static ZPConcreteMutableCharacterSet *_readAndRetainFileNamed_makeCompact(Class, ZPString *name, BOOL compact) {
         return name ? _ZPNamedSet(name, compact) : nullptr;
     }
 };
@@ -156,8 +156,8 @@ ZPConcreteMutableCharacterSet *newFromFile(ZPString *path, ZPZone *zone) {
 
 struct FileMethods : ZPConcreteMutableCharacterSet {
     ZPCharacterSet *initWithContentsOfFile(ZPString *path) {
-        ZPConcreteMutableCharacterSet *read = newFromFile(path, ZPObject::zone());
-        if (!read) return init();
+        ZPConcreteMutableCharacterSet *read = newFromFile(path, self()->zone());
+        if (!read) return self()->init();
         std::swap(set, read->set);
         std::swap(bits, read->bits);
         read->release();
@@ -200,11 +200,8 @@ struct CharacterSetFiles {
 
 ZPConcreteMutableCharacterSet *_ZPNamedSet(ZPString *name, bool compact) { return named(name, compact, nullptr); }
 
-ZP_CATEGORY(ZPCharacterSet, ZPCharacterSetFiles)
-    .classMethod<&CharacterSetFiles::characterSetWithContentsOfFile>("characterSetWithContentsOfFile:");
+ZP_CATEGORY(ZPCharacterSet, CharacterSetFiles, classMethods(characterSetWithContentsOfFile));
 
-ZP_CATEGORY(ZPConcreteMutableCharacterSet, ZPCharacterSetFiles)
-    .classMethod<&NamedSetMethods::withName>("characterSetWithName:")
-    .classMethod<&NamedSetMethods::findSet>("_findDictOrBitmapSetNamed:")
-    .classMethod<&NamedSetMethods::readAndRetain>("_readAndRetainFileNamed:makeCompact:")
-    .method<&FileMethods::initWithContentsOfFile>("initWithContentsOfFile:");
+ZP_CATEGORY(ZPConcreteMutableCharacterSet, FileMethods, initWithContentsOfFile,
+            classMethodsOf(NamedSetMethods, characterSetWithName, _findDictOrBitmapSetNamed,
+                           _readAndRetainFileNamed_makeCompact));

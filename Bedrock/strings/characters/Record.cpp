@@ -266,6 +266,4 @@ struct CharacterSetDumps {
     static ZPString *_dumpSetRepresentation(Class self, const void *record) { return dumpRecord(self, record); }
 };
 
-ZP_CATEGORY(ZPCharacterSet, ZPCharacterSetDebugging)
-    .classMethod<&CharacterSetDumps::_dumpBitmapRepresentation>("_dumpBitmapRepresentation:")
-    .classMethod<&CharacterSetDumps::_dumpSetRepresentation>("_dumpSetRepresentation:");
+ZP_CATEGORY(ZPCharacterSet, CharacterSetDumps, classMethods(_dumpBitmapRepresentation, _dumpSetRepresentation));

@@ -211,48 +211,19 @@ bool _ZPIsInFullSet(unsigned offset, unichar u) {
     return full && full->has(u);
 }
 
-ZP_CATEGORY(ZPCharacterSet, ZPStandardCharacterSets)
-    .classMethod<&ZPStandardCharacterSets::controlCharacterSet>("controlCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::whitespaceCharacterSet>("whitespaceCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::whitespaceAndNewlineCharacterSet>("whitespaceAndNewlineCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::decimalDigitCharacterSet>("decimalDigitCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::letterCharacterSet>("letterCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::lowercaseLetterCharacterSet>("lowercaseLetterCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::uppercaseLetterCharacterSet>("uppercaseLetterCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::alphanumericCharacterSet>("alphanumericCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::nonBaseCharacterSet>("nonBaseCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::decomposableCharacterSet>("decomposableCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::illegalCharacterSet>("illegalCharacterSet")
-    .classMethod<&ZPStandardCharacterSets::punctuationCharacterSet>("punctuationCharacterSet");
+ZP_CATEGORY(ZPCharacterSet, ZPStandardCharacterSets,
+            classMethods(controlCharacterSet, whitespaceCharacterSet, whitespaceAndNewlineCharacterSet,
+                         decimalDigitCharacterSet, letterCharacterSet, lowercaseLetterCharacterSet,
+                         uppercaseLetterCharacterSet, alphanumericCharacterSet, nonBaseCharacterSet,
+                         decomposableCharacterSet, illegalCharacterSet, punctuationCharacterSet));
 
-ZP_IMPLEMENT(ZPBuiltinCharacterSet)
-    .method<&BuiltinCharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&BuiltinCharacterSetMethods::expandSetWithOffset>("expandSetWithOffset:")
-    .method<&BuiltinCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
-    .method<&BuiltinCharacterSetMethods::isEmpty>("isEmpty")
-    .method<&BuiltinCharacterSetMethods::isEqual>("isEqual:")
-    .immortal()
-    .method<&BuiltinCharacterSetMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPBuiltinCharacterSet, BuiltinCharacterSetMethods, immortal(), characterIsMember, expandSetWithOffset,
+                  bitmapRepresentation, isEmpty, isEqual, dealloc);
 
-ZP_IMPLEMENT(ZPExpandedBuiltinCharacterSet)
-    .classMethod<&ExpandedSets::controlCharacterSet>("controlCharacterSet")
-    .classMethod<&ExpandedSets::whitespaceCharacterSet>("whitespaceCharacterSet")
-    .classMethod<&ExpandedSets::whitespaceAndNewlineCharacterSet>("whitespaceAndNewlineCharacterSet")
-    .classMethod<&ExpandedSets::decimalDigitCharacterSet>("decimalDigitCharacterSet")
-    .classMethod<&ExpandedSets::letterCharacterSet>("letterCharacterSet")
-    .classMethod<&ExpandedSets::lowercaseLetterCharacterSet>("lowercaseLetterCharacterSet")
-    .classMethod<&ExpandedSets::uppercaseLetterCharacterSet>("uppercaseLetterCharacterSet")
-    .classMethod<&ExpandedSets::alphanumericCharacterSet>("alphanumericCharacterSet")
-    .classMethod<&ExpandedSets::nonBaseCharacterSet>("nonBaseCharacterSet")
-    .classMethod<&ExpandedSets::decomposableCharacterSet>("decomposableCharacterSet")
-    .classMethod<&ExpandedSets::illegalCharacterSet>("illegalCharacterSet")
-    .classMethod<&ExpandedSets::punctuationCharacterSet>("punctuationCharacterSet")
-    .method<&ExpandedCharacterSetMethods::characterIsMember>("characterIsMember:")
-    .method<&ExpandedCharacterSetMethods::expandSetWithOffset>("expandSetWithOffset:")
-    .method<&ExpandedCharacterSetMethods::bitmapRepresentation>("bitmapRepresentation")
-    .method<&ExpandedCharacterSetMethods::invertedSet>("invertedSet")
-    .method<&ExpandedCharacterSetMethods::isEmpty>("isEmpty")
-    .method<&ExpandedCharacterSetMethods::count>("count")
-    .method<&ExpandedCharacterSetMethods::isEqual>("isEqual:")
-    .method<&ExpandedCharacterSetMethods::hash>("hash")
-    .method<&ExpandedCharacterSetMethods::mutableCopyWithZone>("mutableCopyWithZone:");
+ZP_IMPLEMENT_WITH(ZPExpandedBuiltinCharacterSet, ExpandedCharacterSetMethods, characterIsMember, expandSetWithOffset,
+                  bitmapRepresentation, invertedSet, isEmpty, count, isEqual, hash, mutableCopyWithZone,
+                  classMethodsOf(ExpandedSets, controlCharacterSet, whitespaceCharacterSet,
+                                 whitespaceAndNewlineCharacterSet, decimalDigitCharacterSet, letterCharacterSet,
+                                 lowercaseLetterCharacterSet, uppercaseLetterCharacterSet, alphanumericCharacterSet,
+                                 nonBaseCharacterSet, decomposableCharacterSet, illegalCharacterSet,
+                                 punctuationCharacterSet));

@@ -32,20 +32,20 @@ template <class S> struct ByteStringMethods : S {
             _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
         return _ZPUnitOfByte(static_cast<unsigned char>(bytesOf(this)[index]));
     }
-    void getCharactersRange(unichar *buffer, ZPRange range) {
+    void getCharacters_range(unichar *buffer, ZPRange range) {
         _ZPCheckRange(this, "getCharacters:range:"_sel, range, countOf(this));
         _ZPCopyUnits(view(), range.location, range.length, buffer);
     }
-    const char *fastCStringContents() { return bytesOf(this); }
+    const char *_fastCStringContents() { return bytesOf(this); }
     ZPStringEncoding fastestEncoding() { return _ZPCStringEncoding; }
     ZPStringEncoding smallestEncoding() { return _ZPCStringEncoding; }
     unsigned cStringLength() { return countOf(this); }
     // The object's own bytes, where they mean the same as a C string.
     bool ownBytesAreCString() { return _ZPFitsByteStorage(bytesOf(this), countOf(this)); }
-    const char *ownCString() {
+    const char *cString() {
         return ownBytesAreCString() ? bytesOf(this) : objc_super<S>(this).template send<const char *>("cString"_sel);
     }
-    const char *ownLossyCString() {
+    const char *lossyCString() {
         return ownBytesAreCString() ? bytesOf(this)
                                     : objc_super<S>(this).template send<const char *>("lossyCString"_sel);
     }
@@ -54,8 +54,9 @@ template <class S> struct ByteStringMethods : S {
                    ? YES
                    : objc_super<S>(this).template send<BOOL>("canBeConvertedToEncoding:"_sel, encoding);
     }
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
-                  ZPRange range, ZPRange *remaining) {
+    BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range,
+        ZPRange *remaining) {
         _ZPCheckRange(this, "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel,
                       range, countOf(this));
         // Bytes of the storage encoding, and ASCII text in every encoding that extends ASCII, are copied.
@@ -76,7 +77,7 @@ template <class S> struct ByteStringMethods : S {
         return YES;
     }
     id copyWithZone(ZPZone *zone) {
-        if (ZPShouldRetainWithZone(this, zone)) return this->retain();
+        if (ZPShouldRetainWithZone(this, zone)) return this->self()->retain();
         return _ZPNewInlineCString(bytesOf(this), countOf(this), zone);
     }
 };
@@ -85,16 +86,16 @@ using InlineMethods = ByteStringMethods<ZPInlineCString>;
 using SimpleMethods = ByteStringMethods<ZPSimpleCString>;
 
 struct SimpleCStringMethods : ZPSimpleCString {
-    ZPString *init() { return initWithCStringNoCopy(nullptr, 0, NO); }
-    ZPString *initWithCStringNoCopy(char *b, unsigned length, BOOL) {
+    ZPString *init() { return initWithCStringNoCopy_length_freeWhenDone(nullptr, 0, NO); }
+    ZPString *initWithCStringNoCopy_length_freeWhenDone(char *b, unsigned length, BOOL) {
         bytes = b;
         numBytes = length;
         return this;
     }
-    ZPString *initWithCStringLength(const char *b, unsigned length) {
-        ZPZoneBlock<char> block(length, zone());
+    ZPString *initWithCString_length(const char *b, unsigned length) {
+        ZPZoneBlock<char> block(length, self()->zone());
         std::copy_n(b, length, block.memory);
-        return initWithCStringNoCopy_length_freeWhenDone(block.take(), length, YES);
+        return self()->initWithCStringNoCopy_length_freeWhenDone(block.take(), length, YES);
     }
     void dealloc() {
         if (bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
@@ -103,7 +104,7 @@ struct SimpleCStringMethods : ZPSimpleCString {
 };
 
 struct CStringMethods : ZPCString {
-    ZPString *initWithCStringNoCopy(char *b, unsigned length, BOOL freeWhenDone) {
+    ZPString *initWithCStringNoCopy_length_freeWhenDone(char *b, unsigned length, BOOL freeWhenDone) {
         bytes = b;
         numBytes = length;
         _flags.freeWhenDone = freeWhenDone != NO;
@@ -122,7 +123,7 @@ struct CSubstringMethods : ZPSubstringMethods<ZPCSubstring> {
         return this;
     }
     void detach() {
-        ZPZone *own = zone();
+        ZPZone *own = self()->zone();
         ZPString *parent;
         {
             ZPHolding hold(detaching);
@@ -144,8 +145,8 @@ struct CSubstringMethods : ZPSubstringMethods<ZPCSubstring> {
 struct ConstantStringMethods : ZPConstantString {
     id copyWithZone(ZPZone *) { return this; }
     void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
-    ZPString *refuse(unichar *, unsigned) {
-        doesNotRecognizeSelector("initWithCharactersNoCopy:length:"_sel);
+    ZPString *initWithCharactersNoCopy_length(unichar *, unsigned) {
+        self()->doesNotRecognizeSelector("initWithCharactersNoCopy:length:"_sel);
         return nullptr;
     }
 };
@@ -161,66 +162,30 @@ struct InlineCStringMethods : ZPInlineCString {
     unsigned hash() { return ZPHashCString(contents(), _flags.numBytes); }
     ZPString *substringWithRange(ZPRange range) {
         _ZPCheckRange(this, "substringWithRange:"_sel, range, _flags.numBytes);
-        return _newSubstringWithRange_zone(range, nullptr)->autorelease();
+        return self()->_newSubstringWithRange_zone(range, nullptr)->autorelease();
     }
 };
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPSimpleCString)
-    .method<&SimpleCStringMethods::init>("init")
-    .method<&SimpleCStringMethods::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
-    .method<&SimpleCStringMethods::initWithCStringLength>("initWithCString:length:")
-    .method<&SimpleCStringMethods::dealloc>("dealloc")
-    .method<&SimpleMethods::length>("length")
-    .method<&SimpleMethods::characterAtIndex>("characterAtIndex:")
-    .method<&SimpleMethods::getCharactersRange>("getCharacters:range:")
-    .method<&SimpleMethods::fastCStringContents>("_fastCStringContents")
-    .method<&SimpleMethods::fastestEncoding>("fastestEncoding")
-    .method<&SimpleMethods::smallestEncoding>("smallestEncoding")
-    .method<&SimpleMethods::cStringLength>("cStringLength")
-    .method<&SimpleMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
-    .method<&SimpleMethods::getBytes>(
-        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
-    .method<&SimpleMethods::copyWithZone>("copyWithZone:");
+ZP_IMPLEMENT_WITH(ZPSimpleCString, SimpleMethods, length, characterAtIndex, getCharacters_range, _fastCStringContents,
+                  fastestEncoding, smallestEncoding, cStringLength, canBeConvertedToEncoding,
+                  getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange, copyWithZone,
+                  methodsOf(SimpleCStringMethods, init, initWithCStringNoCopy_length_freeWhenDone,
+                            initWithCString_length, dealloc));
 
-ZP_IMPLEMENT(ZPCString)
-    .method<&CStringMethods::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
-    .method<&CStringMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPCString, CStringMethods, initWithCStringNoCopy_length_freeWhenDone, dealloc);
 
-ZP_IMPLEMENT(ZPCSubstring)
-    .method<&CSubstringMethods::initWithCStringNoCopy_length_freeWhenDone>("initWithCStringNoCopy:length:freeWhenDone:")
-    .method<&CSubstringMethods::initWithCharactersNoCopy_length_freeWhenDone>(
-        "initWithCharactersNoCopy:length:freeWhenDone:")
-    .method<&CSubstringMethods::retain>("retain")
-    .method<&CSubstringMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPCSubstring, CSubstringMethods, initWithCStringNoCopy_length_freeWhenDone,
+                  initWithCharactersNoCopy_length_freeWhenDone, retain, dealloc);
 
-ZP_IMPLEMENT(ZPConstantString)
-    .staticInstances()
-    .immortal()
-    .method<&ConstantStringMethods::copyWithZone>("copyWithZone:")
-    .method<&ConstantStringMethods::dealloc>("dealloc")
-    .method<&ConstantStringMethods::refuse>("initWithCharactersNoCopy:length:")
-    .method<&SimpleMethods::ownCString>("cString")
-    .method<&SimpleMethods::ownLossyCString>("lossyCString");
+ZP_IMPLEMENT_WITH(ZPConstantString, ConstantStringMethods, staticInstances(), immortal(), copyWithZone, dealloc,
+                  initWithCharactersNoCopy_length, methodsOf(SimpleMethods, cString, lossyCString));
 
-ZP_IMPLEMENT(ZPInlineCString)
-    .method<&InlineMethods::length>("length")
-    .method<&InlineMethods::characterAtIndex>("characterAtIndex:")
-    .method<&InlineMethods::getCharactersRange>("getCharacters:range:")
-    .method<&InlineMethods::fastCStringContents>("_fastCStringContents")
-    .method<&InlineMethods::fastestEncoding>("fastestEncoding")
-    .method<&InlineMethods::smallestEncoding>("smallestEncoding")
-    .method<&InlineMethods::cStringLength>("cStringLength")
-    .method<&InlineMethods::ownCString>("cString")
-    .method<&InlineMethods::ownLossyCString>("lossyCString")
-    .method<&InlineMethods::canBeConvertedToEncoding>("canBeConvertedToEncoding:")
-    .method<&InlineMethods::getBytes>(
-        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
-    .method<&InlineMethods::copyWithZone>("copyWithZone:")
-    .method<&InlineCStringMethods::isEqualToString>("isEqualToString:")
-    .method<&InlineCStringMethods::hash>("hash")
-    .method<&InlineCStringMethods::substringWithRange>("substringWithRange:");
+ZP_IMPLEMENT_WITH(ZPInlineCString, InlineMethods, length, characterAtIndex, getCharacters_range, _fastCStringContents,
+                  fastestEncoding, smallestEncoding, cStringLength, cString, lossyCString, canBeConvertedToEncoding,
+                  getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange, copyWithZone,
+                  methodsOf(InlineCStringMethods, isEqualToString, hash, substringWithRange));
 
 constinit objc_literal8 ZPEmptyStringLiteral = {&ZPConstantStringRecord.cls, "", 0};
 

@@ -39,7 +39,7 @@ struct ScratchMethods : _ZPAutoreleasedMallocMemory {
         _used += bytes;
         return p;
     }
-    static void *mallocMemory(Class, unsigned n) {
+    static void *mallocMemoryWithCapacity(Class, unsigned n) {
         if (n > scratchBlock) return make(n)->handOut(n);
         unsigned left = current ? scratchBlock - current->_used : 0;
         if (left >= n && current) return static_cast<ScratchMethods *>(current)->handOut(n);
@@ -75,23 +75,24 @@ bool isDisplayable(unichar u, unsigned char *byte, bool kestrel) {
 
 struct CStringMethods : ZPString {
     bool convert(void *buffer, unsigned maxLength, unsigned *filled, BOOL lossy, ZPRange range, ZPRange *remaining) {
-        return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        return self()->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
             buffer, maxLength, filled, _ZPDefaultCStringEncoding(), lossy, range, remaining);
     }
-    void getCStringRange(char *buffer, unsigned maxLength, ZPRange range, ZPRange *remaining) {
+    void getCString_maxLength_range_remainingRange(char *buffer, unsigned maxLength, ZPRange range,
+                                                   ZPRange *remaining) {
         unsigned filled = 0;
         if (!convert(buffer, maxLength, &filled, NO, range, remaining)) raiseConversionFailure(this);
         buffer[filled] = '\0';
     }
-    void getCStringMax(char *buffer, unsigned maxLength) {
-        getCString_maxLength_range_remainingRange(buffer, maxLength, {0, ZPString::length()}, nullptr);
+    void getCString_maxLength(char *buffer, unsigned maxLength) {
+        self()->getCString_maxLength_range_remainingRange(buffer, maxLength, {0, self()->length()}, nullptr);
     }
     void getCString(char *buffer) {
-        getCString_maxLength_range_remainingRange(buffer, everything, {0, ZPString::length()}, nullptr);
+        self()->getCString_maxLength_range_remainingRange(buffer, everything, {0, self()->length()}, nullptr);
     }
 
     const char *converted(BOOL lossy) {
-        ZPRange whole{0, ZPString::length()};
+        ZPRange whole{0, self()->length()};
         unsigned bytes = 0;
         if (!convert(nullptr, everything, &bytes, lossy, whole, nullptr)) raiseConversionFailure(this);
         char *text = _ZPAutoreleasedScratch(bytes + 1);
@@ -100,10 +101,10 @@ struct CStringMethods : ZPString {
         return text;
     }
     const char *cString() { return converted(NO); }
-    const char *lossyCString() { return ZPString::length() == 0 ? "" : converted(YES); }
+    const char *lossyCString() { return self()->length() == 0 ? "" : converted(YES); }
     unsigned cStringLength() {
         unsigned bytes = 0;
-        return convert(nullptr, everything, &bytes, NO, {0, ZPString::length()}, nullptr) ? bytes : 0;
+        return convert(nullptr, everything, &bytes, NO, {0, self()->length()}, nullptr) ? bytes : 0;
     }
 
     ZPString *displayableString() {
@@ -131,19 +132,11 @@ struct CStringMethods : ZPString {
 
 }  // namespace
 
-ZP_IMPLEMENT(_ZPAutoreleasedMallocMemory)
-    .classMethod<&ScratchMethods::mallocMemory>("mallocMemoryWithCapacity:")
-    .method<&ScratchMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(_ZPAutoreleasedMallocMemory, ScratchMethods, dealloc, classMethods(mallocMemoryWithCapacity));
 
-ZP_CATEGORY(ZPString, ZPStringCStrings)
-    .method<&CStringMethods::getCStringRange>("getCString:maxLength:range:remainingRange:")
-    .method<&CStringMethods::getCStringMax>("getCString:maxLength:")
-    .method<&CStringMethods::getCString>("getCString:")
-    .method<&CStringMethods::cString>("cString")
-    .method<&CStringMethods::lossyCString>("lossyCString")
-    .method<&CStringMethods::cStringLength>("cStringLength")
-    .method<&CStringMethods::displayableString>("displayableString");
+ZP_CATEGORY(ZPString, CStringMethods, getCString_maxLength_range_remainingRange, getCString_maxLength, getCString,
+            cString, lossyCString, cStringLength, displayableString);
 
 char *_ZPAutoreleasedScratch(unsigned bytes) {
-    return static_cast<char *>(ScratchMethods::mallocMemory(nullptr, bytes));
+    return static_cast<char *>(ScratchMethods::mallocMemoryWithCapacity(nullptr, bytes));
 }

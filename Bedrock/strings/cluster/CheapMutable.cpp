@@ -15,7 +15,8 @@ struct CheapMutable : ZPCheapMutableString {
     void freeContents() {
         if (_flags & freesContents && _contents) ZPZoneFree(ZPZoneFromPointer(_contents), _contents);
     }
-    void setContents(void *contents, unsigned length, BOOL freeWhenDone, BOOL isUnicode) {
+    void setContentsNoCopy_length_freeWhenDone_isUnicode(void *contents, unsigned length, BOOL freeWhenDone,
+                                                         BOOL isUnicode) {
         if (contents != _contents) freeContents();
         _contents = contents;
         _numCharacters = length;
@@ -27,13 +28,14 @@ struct CheapMutable : ZPCheapMutableString {
     }
     unsigned length() { return _numCharacters; }
     unichar characterAtIndex(unsigned index) { return fat() ? units()[index] : bytes()[index]; }
-    void getCharacters(unichar *buffer, ZPRange range) {
+    void getCharacters_range(unichar *buffer, ZPRange range) {
         for (unsigned i = 0; i < range.length; ++i)
             buffer[i] = fat() ? units()[range.location + i] : bytes()[range.location + i];
     }
     ZPStringEncoding fastestEncoding() { return fat() ? ZPUnicodeStringEncoding : _ZPDefaultCStringEncoding(); }
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
-                  ZPRange range, ZPRange *remaining) {
+    BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range,
+        ZPRange *remaining) {
         if (fat() || encoding != _ZPDefaultCStringEncoding())
             return objc_super<ZPCheapMutableString>(this).send<BOOL>(
                 "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
@@ -59,15 +61,7 @@ struct CheapMutable : ZPCheapMutableString {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPCheapMutableString)
-    .method<&CheapMutable::setContents>("setContentsNoCopy:length:freeWhenDone:isUnicode:")
-    .method<&CheapMutable::dealloc>("dealloc")
-    .method<&CheapMutable::length>("length")
-    .method<&CheapMutable::characterAtIndex>("characterAtIndex:")
-    .method<&CheapMutable::getCharacters>("getCharacters:range:")
-    .method<&CheapMutable::fastestEncoding>("fastestEncoding")
-    .method<&CheapMutable::getBytes>(
-        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
-    .method<&CheapMutable::cString>("cString")
-    .method<&CheapMutable::lossyCString>("lossyCString")
-    .method<&CheapMutable::cStringLength>("cStringLength");
+ZP_IMPLEMENT_WITH(ZPCheapMutableString, CheapMutable, setContentsNoCopy_length_freeWhenDone_isUnicode, dealloc, length,
+                  characterAtIndex, getCharacters_range, fastestEncoding,
+                  getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange, cString,
+                  lossyCString, cStringLength);

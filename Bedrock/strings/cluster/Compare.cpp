@@ -105,7 +105,7 @@ bool equalRuns(const ZPStringView &a, const ZPStringView &b) {
 }
 
 struct CompareMethods : ZPString {
-    ZPComparisonResult compareOptionsRange(ZPString *other, unsigned options, ZPRange range) {
+    ZPComparisonResult compare_options_range(ZPString *other, unsigned options, ZPRange range) {
         ZPStringView a = _ZPViewOfString(this), b = _ZPViewOfString(other);
         _ZPCheckRange(this, "compare:options:range:"_sel, range, a.length);
         if (a.bytes && b.bytes)
@@ -124,18 +124,18 @@ struct CompareMethods : ZPString {
         }
         return ZPOrderedSame;
     }
-    ZPComparisonResult compareOptions(ZPString *other, unsigned options) {
+    ZPComparisonResult compare_options(ZPString *other, unsigned options) {
         // The usual two strings need neither of the messages.
         if (isa == ZPInlineCString::class_() && other && other->isa == isa) {
             ZPStringView a = _ZPViewOfString(this), b = _ZPViewOfString(other);
             return ZPCompareCString(reinterpret_cast<const char *>(a.bytes), reinterpret_cast<const char *>(b.bytes),
                                     a.length, b.length, options);
         }
-        return compare_options_range(other, options, {0, ZPString::length()});
+        return self()->compare_options_range(other, options, {0, self()->length()});
     }
-    ZPComparisonResult compare(ZPString *other) { return compareOptions(other, 0); }
+    ZPComparisonResult compare(ZPString *other) { return compare_options(other, 0); }
     ZPComparisonResult caseInsensitiveCompare(ZPString *other) {
-        return compareOptions(other, ZPCaseInsensitiveSearch);
+        return compare_options(other, ZPCaseInsensitiveSearch);
     }
 
     BOOL isEqual(id other) {
@@ -143,7 +143,7 @@ struct CompareMethods : ZPString {
         if (!other) return NO;
         if (other.pointer()->isa != isa && !objc_msgSend<BOOL>(other, "isKindOfClass:"_sel, ZPString::class_()))
             return NO;
-        return ZPString::isEqualToString(static_cast<ZPString *>(other.pointer()));
+        return self()->isEqualToString(static_cast<ZPString *>(other.pointer()));
     }
     BOOL isEqualToString(ZPString *other) { return _ZPEqualStrings(this, other); }
     unsigned hash() { return ZPHashString(this); }
@@ -151,14 +151,8 @@ struct CompareMethods : ZPString {
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringComparison)
-    .method<&CompareMethods::compareOptionsRange>("compare:options:range:")
-    .method<&CompareMethods::compareOptions>("compare:options:")
-    .method<&CompareMethods::compare>("compare:")
-    .method<&CompareMethods::caseInsensitiveCompare>("caseInsensitiveCompare:")
-    .method<&CompareMethods::isEqual>("isEqual:")
-    .method<&CompareMethods::isEqualToString>("isEqualToString:")
-    .method<&CompareMethods::hash>("hash");
+ZP_CATEGORY(ZPString, CompareMethods, compare_options_range, compare_options, compare, caseInsensitiveCompare, isEqual,
+            isEqualToString, hash);
 
 BOOL _ZPEqualStrings(ZPString *string, ZPString *other) {
     if (other == string) return YES;

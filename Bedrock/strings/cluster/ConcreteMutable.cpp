@@ -23,18 +23,18 @@ struct ConcreteMutable : ZPConcreteMutableString {
     unsigned count() const {
         return !isMine() ? _contents->length() : is8Bit() ? gap8()->numBytes : gap16()->numCharacters;
     }
-    void pack() {
+    void _pack() {
         if (!isMine()) return;
         if (is8Bit()) _ZPPackGap(gap8());
         else _ZPPackGap(gap16());
     }
     ZPString *packedContents() {
-        pack();
+        _pack();
         return _contents;
     }
     ZPStringView view() {
         if (!isMine()) return _ZPViewOfString(_contents);
-        pack();
+        _pack();
         if (is8Bit()) return {reinterpret_cast<unsigned char *>(gap8()->bytes), nullptr, gap8()->numBytes};
         return {nullptr, gap16()->characters, gap16()->numCharacters};
     }
@@ -65,24 +65,24 @@ struct ConcreteMutable : ZPConcreteMutableString {
     id init() { return ConcreteMutable::initWithCapacity(32); }
     ZPString *initWithString(ZPString *string) {
         _flags.capacity = 32;
-        ZPRef<ZPString> self = ZPRef<ZPString>::adopt(this);  // copying may run anybody's code
-        takeContents(string ? static_cast<ZPString *>(string->copyWithZone(zone())) : ""_zp);
-        return self.detach();
+        ZPRef<ZPString> own = ZPRef<ZPString>::adopt(this);  // copying may run anybody's code
+        takeContents(string ? static_cast<ZPString *>(string->copyWithZone(self()->zone())) : ""_zp);
+        return own.detach();
     }
-    ZPString *initWithBytes(const void *bytes, unsigned length, ZPStringEncoding encoding) {
+    ZPString *initWithBytes_length_encoding(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         void *buffer;
         unsigned n;
         BOOL isASCII;
-        if (!_ZPConvertToASCIIorUnicode(bytes, length, encoding, &buffer, &n, &isASCII, zone())) {
-            release();
+        if (!_ZPConvertToASCIIorUnicode(bytes, length, encoding, &buffer, &n, &isASCII, self()->zone())) {
+            self()->release();
             return nullptr;
         }
         return isASCII ? adoptBytes(static_cast<char *>(buffer), n, YES)
-                       : adoptUnits(static_cast<unichar *>(buffer), n, YES);
+                       : initWithCharactersNoCopy_length_freeWhenDone(static_cast<unichar *>(buffer), n, YES);
     }
     template <class S> void adopt(typename S::Unit *buffer, unsigned length, BOOL freeWhenDone) {
         _flags.capacity = 32;
-        S *s = _ZPNewStringWithGap<S>(32, zone());
+        S *s = _ZPNewStringWithGap<S>(32, self()->zone());
         _ZPBufferOf(s) = buffer;
         _ZPLengthOf(s) = s->gapBegin = s->gapEnd = length;
         s->_flags.freeWhenDone = freeWhenDone != NO;
@@ -92,20 +92,20 @@ struct ConcreteMutable : ZPConcreteMutableString {
         adopt<ZPCStringWithGap>(bytes, length, freeWhenDone);
         return this;
     }
-    ZPString *adoptUnits(unichar *units, unsigned length, BOOL freeWhenDone) {
+    ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *units, unsigned length, BOOL freeWhenDone) {
         adopt<ZPUnicodeStringWithGap>(units, length, freeWhenDone);
         return this;
     }
-    ZPString *initWithCStringNoCopy(char *bytes, unsigned length, BOOL freeWhenDone) {
+    ZPString *initWithCStringNoCopy_length_freeWhenDone(char *bytes, unsigned length, BOOL freeWhenDone) {
         if (_ZPFitsByteStorage(bytes, length)) return adoptBytes(bytes, length, freeWhenDone);
         ZPOwnedBlock<char> given(freeWhenDone ? bytes : nullptr);
-        return initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
+        return self()->initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
     }
-    ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
+    ZPString *initWithFormat_locale_arguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         ConcreteMutable::initWithCapacity(100);
-        ZPRef<ZPString> self = ZPRef<ZPString>::adopt(this);
-        setStringWithFormat_locale_arguments(format, locale, arguments);
-        return self.detach();
+        ZPRef<ZPString> own = ZPRef<ZPString>::adopt(this);
+        self()->setStringWithFormat_locale_arguments(format, locale, arguments);
+        return own.detach();
     }
     void dealloc() {
         if (_contents) _contents->release();
@@ -133,7 +133,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
             _contents->getCharacters_range(units.memory, {0, old.length});
             old.units = units.memory;
         }
-        ZPRef<S> empty = ZPAdopt(_ZPNewStringWithGap<S>(_flags.capacity, zone()));
+        ZPRef<S> empty = ZPAdopt(_ZPNewStringWithGap<S>(_flags.capacity, self()->zone()));
         S *s = _ZPSetRequiredLength(empty.get(), total, 0, 0, true);
         (void)empty.detach();
         _ZPCopyToGap(s, old, 0, range.location);
@@ -153,13 +153,13 @@ struct ConcreteMutable : ZPConcreteMutableString {
         else rebuild<ZPUnicodeStringWithGap>(range, text, total);
     }
 
-    void replace(ZPRange range, ZPString *string) {
+    void replaceCharactersInRange_withString(ZPRange range, ZPString *string) {
         replaceFrom("replaceCharactersInRange:withString:"_sel, range, string);
     }
     void replaceFrom(SEL selector, ZPRange range, ZPString *string) {
         unsigned length = count();
         if (range.location == 0 && range.length == length && !isMine()) {
-            takeContents(string ? static_cast<ZPString *>(string->copyWithZone(zone())) : ""_zp);
+            takeContents(string ? static_cast<ZPString *>(string->copyWithZone(self()->zone())) : ""_zp);
             return;
         }
         _ZPCheckRange(this, selector, range, length);
@@ -179,7 +179,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
         _ZPCheckRange(this, selector, range, length = count());
         replaceUnits(range, length, {nullptr, units.memory, text.length});
     }
-    void replaceWithCString(ZPRange range, const char *bytes, unsigned n) {
+    void replaceCharactersInRange_withCString_length(ZPRange range, const char *bytes, unsigned n) {
         unsigned length = count();
         _ZPCheckRange(this, "replaceCharactersInRange:withCString:length:"_sel, range, length);
         if (_ZPFitsByteStorage(bytes, n)) {
@@ -193,9 +193,9 @@ struct ConcreteMutable : ZPConcreteMutableString {
                                         nullptr))
             ZPException::raise_format(ZPCharacterConversionException, "Bad cString"_zp);
         if (isASCII) replaceUnits(range, length, {static_cast<unsigned char *>(buffer.get()), nullptr, units});
-        else replaceWithCharacters(range, static_cast<unichar *>(buffer.get()), units);
+        else replaceCharactersInRange_withCharacters_length(range, static_cast<unichar *>(buffer.get()), units);
     }
-    void replaceWithCharacters(ZPRange range, const unichar *characters, unsigned n) {
+    void replaceCharactersInRange_withCharacters_length(ZPRange range, const unichar *characters, unsigned n) {
         unsigned length = count();
         _ZPCheckRange(this, "replaceCharactersInRange:withCharacters:length:"_sel, range, length);
         ZPStringView text{nullptr, characters, n};
@@ -219,7 +219,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
         } else _ZPCopyToGap(s, text, 0, n);
         return true;
     }
-    void append(ZPString *string) {
+    void appendString(ZPString *string) {
         if (isa == ZPConcreteMutableString::class_()) [[likely]] {
             if (isMine() && string != this) {
                 ZPStringView text = _ZPViewOfString(string);
@@ -230,15 +230,15 @@ struct ConcreteMutable : ZPConcreteMutableString {
             replaceFrom("appendString:"_sel, {count(), 0}, string);
             return;
         }
-        replaceCharactersInRange_withString({ZPString::length(), 0}, string);
+        self()->replaceCharactersInRange_withString({self()->length(), 0}, string);
     }
 
-    void setFormat(ZPString *format, id locale, std::va_list arguments) {
-        ZPString *text = _ZPNewFormattedString(zone(), format, locale, arguments);
+    void setStringWithFormat_locale_arguments(ZPString *format, id locale, std::va_list arguments) {
+        ZPString *text = _ZPNewFormattedString(self()->zone(), format, locale, arguments);
         if (!isMine()) takeContents(text);
         else {
             ZPRef<ZPString> owned = ZPAdopt(text);
-            replaceCharactersInRange_withString({0, ZPString::length()}, text);
+            self()->replaceCharactersInRange_withString({0, self()->length()}, text);
         }
     }
 
@@ -251,42 +251,43 @@ struct ConcreteMutable : ZPConcreteMutableString {
             _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
         return _contents->characterAtIndex(index);
     }
-    void getCharacters(unichar *buffer, ZPRange range) {
+    void getCharacters_range(unichar *buffer, ZPRange range) {
         _ZPCheckRange(this, "getCharacters:range:"_sel, range, count());
         _contents->getCharacters_range(buffer, range);
     }
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
-                  ZPRange range, ZPRange *remaining) {
+    BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range,
+        ZPRange *remaining) {
         return _contents->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
             buffer, maxLength, filled, encoding, lossy, range, remaining);
     }
     ZPStringEncoding fastestEncoding() { return _contents->fastestEncoding(); }
     ZPStringEncoding smallestEncoding() { return _contents->smallestEncoding(); }
-    const char *fastCStringContents() { return is8Bit() ? packedContents()->_fastCStringContents() : nullptr; }
-    ZPComparisonResult compare(ZPString *other, unsigned options, ZPRange range) {
+    const char *_fastCStringContents() { return is8Bit() ? packedContents()->_fastCStringContents() : nullptr; }
+    ZPComparisonResult compare_options_range(ZPString *other, unsigned options, ZPRange range) {
         return packedContents()->compare_options_range(other, options, range);
     }
-    ZPRange rangeOfString(ZPString *needle, unsigned options, ZPRange range) {
+    ZPRange rangeOfString_options_range(ZPString *needle, unsigned options, ZPRange range) {
         return packedContents()->rangeOfString_options_range(needle, options, range);
     }
-    ZPRange rangeOfCharacter(ZPCharacterSet *set, unsigned options, ZPRange range) {
+    ZPRange rangeOfCharacterFromSet_options_range(ZPCharacterSet *set, unsigned options, ZPRange range) {
         return packedContents()->rangeOfCharacterFromSet_options_range(set, options, range);
     }
     BOOL isEqualToString(ZPString *other) { return other == this ? YES : packedContents()->isEqualToString(other); }
     unsigned hash() { return packedContents()->hash(); }
-    ZPString *newSubstring(ZPRange range, ZPZone *zone) {
+    ZPString *_newSubstringWithRange_zone(ZPRange range, ZPZone *zone) {
         return packedContents()->_newSubstringWithRange_zone(range, zone);
     }
-    ZPString *appending(ZPString *other) { return packedContents()->stringByAppendingString(other); }
+    ZPString *stringByAppendingString(ZPString *other) { return packedContents()->stringByAppendingString(other); }
     id copyWithZone(ZPZone *zone) { return packedContents()->copyWithZone(zone); }
     id mutableCopyWithZone(ZPZone *zone) {
         return ZPMutableString::allocWithZone(zone)->initWithString(packedContents());
     }
 
-    ZPString *copyAndRelease() {
+    ZPString *_copyAndRelease() {
         bool mine = isMine(), eightBit = is8Bit();
         ZPString *contents = packedContents(), *copy = contents->copyWithZone(nullptr);
-        release();
+        self()->release();
         if (!mine || copy != contents) return copy;
         if (eightBit) return trimmed(static_cast<ZPCStringWithGap *>(copy));
         return trimmed(static_cast<ZPUnicodeStringWithGap *>(copy));
@@ -298,37 +299,13 @@ struct ConcreteMutable : ZPConcreteMutableString {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPConcreteMutableString)
-    .method<&ConcreteMutable::init>("init")
-    .method<&ConcreteMutable::initWithCapacity>("initWithCapacity:")
-    .method<&ConcreteMutable::initWithString>("initWithString:")
-    .method<&ConcreteMutable::initWithBytes>("initWithBytes:length:encoding:")
-    .method<&ConcreteMutable::adoptUnits>("initWithCharactersNoCopy:length:freeWhenDone:")
-    .method<&ConcreteMutable::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
-    .method<&ConcreteMutable::initWithFormat>("initWithFormat:locale:arguments:")
-    .method<&ConcreteMutable::dealloc>("dealloc")
-    .method<&ConcreteMutable::replace>("replaceCharactersInRange:withString:")
-    .method<&ConcreteMutable::replaceWithCString>("replaceCharactersInRange:withCString:length:")
-    .method<&ConcreteMutable::replaceWithCharacters>("replaceCharactersInRange:withCharacters:length:")
-    .method<&ConcreteMutable::append>("appendString:")
-    .method<&ConcreteMutable::setFormat>("setStringWithFormat:locale:arguments:")
-    .method<&ConcreteMutable::length>("length")
-    .method<&ConcreteMutable::cStringLength>("cStringLength")
-    .method<&ConcreteMutable::characterAtIndex>("characterAtIndex:")
-    .method<&ConcreteMutable::getCharacters>("getCharacters:range:")
-    .method<&ConcreteMutable::getBytes>(
-        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
-    .method<&ConcreteMutable::fastestEncoding>("fastestEncoding")
-    .method<&ConcreteMutable::smallestEncoding>("smallestEncoding")
-    .method<&ConcreteMutable::fastCStringContents>("_fastCStringContents")
-    .method<&ConcreteMutable::compare>("compare:options:range:")
-    .method<&ConcreteMutable::rangeOfString>("rangeOfString:options:range:")
-    .method<&ConcreteMutable::rangeOfCharacter>("rangeOfCharacterFromSet:options:range:")
-    .method<&ConcreteMutable::isEqualToString>("isEqualToString:")
-    .method<&ConcreteMutable::hash>("hash")
-    .method<&ConcreteMutable::newSubstring>("_newSubstringWithRange:zone:")
-    .method<&ConcreteMutable::appending>("stringByAppendingString:")
-    .method<&ConcreteMutable::copyWithZone>("copyWithZone:")
-    .method<&ConcreteMutable::mutableCopyWithZone>("mutableCopyWithZone:")
-    .method<&ConcreteMutable::pack>("_pack")
-    .method<&ConcreteMutable::copyAndRelease>("_copyAndRelease");
+ZP_IMPLEMENT_WITH(ZPConcreteMutableString, ConcreteMutable, init, initWithCapacity, initWithString,
+                  initWithBytes_length_encoding, initWithCharactersNoCopy_length_freeWhenDone,
+                  initWithCStringNoCopy_length_freeWhenDone, initWithFormat_locale_arguments, dealloc,
+                  replaceCharactersInRange_withString, replaceCharactersInRange_withCString_length,
+                  replaceCharactersInRange_withCharacters_length, appendString, setStringWithFormat_locale_arguments,
+                  length, cStringLength, characterAtIndex, getCharacters_range,
+                  getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange, fastestEncoding,
+                  smallestEncoding, _fastCStringContents, compare_options_range, rangeOfString_options_range,
+                  rangeOfCharacterFromSet_options_range, isEqualToString, hash, _newSubstringWithRange_zone,
+                  stringByAppendingString, copyWithZone, mutableCopyWithZone, _pack, _copyAndRelease);

@@ -9,13 +9,13 @@
 namespace {
 
 struct DataMethods : ZPString {
-    ZPData *data(ZPStringEncoding encoding, BOOL lossy) {
+    ZPData *dataUsingEncoding_allowLossyConversion(ZPStringEncoding encoding, BOOL lossy) {
         if (encoding == 0) encoding = ZPUnicodeStringEncoding;
         if (!_ZPEncodingIsKnown(encoding)) {
             ZPLog("Unknown encoding %d"_zp, int(encoding));
             return nullptr;
         }
-        std::uint64_t length = ZPString::length();
+        std::uint64_t length = self()->length();
         if (length == 0) return ZPMutableData::data();
         std::uint64_t room = encoding == ZPUnicodeStringEncoding         ? 2 * length + 2
                              : encoding == ZPASCIIStringEncoding         ? (lossy ? 4 : 1) * length
@@ -30,12 +30,12 @@ struct DataMethods : ZPString {
         std::uint64_t worthMeasuring = encoding == ZPUTF8StringEncoding ? 1 << 14 : 64 << 20;
         unsigned filled = unsigned(room);
         if (room > worthMeasuring &&
-            !getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            !self()->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
                 nullptr, 0x7FFFFFFE, &filled, encoding, lossy, whole, nullptr))
             return nullptr;
         room = filled;
         ZPZoneBlock<char> block(room);
-        if (!getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        if (!self()->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
                 block.memory, filled, &filled, encoding, lossy, whole, &remaining))
             return nullptr;
         if (remaining.length)
@@ -46,11 +46,11 @@ struct DataMethods : ZPString {
                                        filled, nullptr)
             ->autorelease();
     }
-    ZPData *dataWithoutLoss(ZPStringEncoding encoding) { return dataUsingEncoding_allowLossyConversion(encoding, NO); }
+    ZPData *dataUsingEncoding(ZPStringEncoding encoding) {
+        return self()->dataUsingEncoding_allowLossyConversion(encoding, NO);
+    }
 };
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringData)
-    .method<&DataMethods::data>("dataUsingEncoding:allowLossyConversion:")
-    .method<&DataMethods::dataWithoutLoss>("dataUsingEncoding:");
+ZP_CATEGORY(ZPString, DataMethods, dataUsingEncoding_allowLossyConversion, dataUsingEncoding);

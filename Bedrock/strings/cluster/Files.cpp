@@ -8,16 +8,16 @@ namespace {
 
 struct FileMethods : ZPString {
     bool measure(ZPStringEncoding encoding, unsigned *bytes) {
-        return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-            nullptr, 0x7FFFFFFE, bytes, encoding, NO, {0, ZPString::length()}, nullptr);
+        return self()->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            nullptr, 0x7FFFFFFE, bytes, encoding, NO, {0, self()->length()}, nullptr);
     }
-    BOOL writeToFile(ZPString *path, BOOL atomically) {
+    BOOL writeToFile_atomically(ZPString *path, BOOL atomically) {
         unsigned bytes = 0;
-        ZPRange whole{0, ZPString::length()}, rest{};
+        ZPRange whole{0, self()->length()}, rest{};
         ZPStringEncoding encoding = _ZPDefaultCStringEncoding();
         if (!measure(encoding, &bytes) && !measure(encoding = ZPUnicodeStringEncoding, &bytes)) return NO;
         ZPZoneBlock<char> block(std::size_t(bytes) + 4);
-        if (!getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        if (!self()->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
                 block.memory, bytes, &bytes, encoding, NO, whole, &rest) ||
             rest.length)
             return NO;
@@ -26,14 +26,14 @@ struct FileMethods : ZPString {
     ZPString *initWithContentsOfFile(ZPString *path) {
         ZPRef<ZPData> data = ZPAdopt<ZPData>(path ? ZPData::alloc()->initWithContentsOfFile(path) : nullptr);
         if (!data) {
-            release();
+            self()->release();
             return nullptr;
         }
         unsigned length = data->length();
         auto *bytes = static_cast<const unsigned char *>(data->bytes());
         bool marked = length >= 2 && length % 2 == 0 &&
                       ((bytes[0] == 0xFE && bytes[1] == 0xFF) || (bytes[0] == 0xFF && bytes[1] == 0xFE));
-        return initWithData_encoding(data, marked ? ZPUnicodeStringEncoding : _ZPDefaultCStringEncoding());
+        return self()->initWithData_encoding(data, marked ? ZPUnicodeStringEncoding : _ZPDefaultCStringEncoding());
     }
     static ZPString *stringWithContentsOfFile(Class, ZPString *path) {
         ZPString *s = _ZPPlaceholderStringFromZone(nullptr)->initWithContentsOfFile(path);
@@ -43,7 +43,5 @@ struct FileMethods : ZPString {
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringFiles)
-    .method<&FileMethods::writeToFile>("writeToFile:atomically:")
-    .method<&FileMethods::initWithContentsOfFile>("initWithContentsOfFile:")
-    .classMethod<&FileMethods::stringWithContentsOfFile>("stringWithContentsOfFile:");
+ZP_CATEGORY(ZPString, FileMethods, writeToFile_atomically, initWithContentsOfFile,
+            classMethods(stringWithContentsOfFile));

@@ -37,7 +37,7 @@ template <class Units> void lineEnd(Units &units, unsigned length, unsigned at, 
 }
 
 struct LineMethods : ZPString {
-    void getLine(unsigned *start, unsigned *end, unsigned *contentsEnd, ZPRange range) {
+    void getLineStart_end_contentsEnd_forRange(unsigned *start, unsigned *end, unsigned *contentsEnd, ZPRange range) {
         lines(start, end, contentsEnd, range, "getLineStart:end:contentsEnd:forRange:"_sel);
     }
     void lines(unsigned *start, unsigned *end, unsigned *contentsEnd, ZPRange range, SEL selector) {
@@ -48,13 +48,13 @@ struct LineMethods : ZPString {
                 lineEnd(units, length, range.location + range.length - (range.length > 0), end, contentsEnd);
         });
     }
-    ZPRange lineRange(ZPRange range) {
+    ZPRange lineRangeForRange(ZPRange range) {
         unsigned start = 0, end = 0;
         lines(&start, &end, nullptr, range, "lineRangeForRange:"_sel);
         return {start, end - start};
     }
 
-    ZPRange composedSequence(unsigned index) {
+    ZPRange rangeOfComposedCharacterSequenceAtIndex(unsigned index) {
         return _ZPWithUnits(this, [&](auto &&units, unsigned length) -> ZPRange {
             if (index >= length) _ZPRaiseOutOfBounds(this, "rangeOfComposedCharacterSequenceAtIndex:"_sel);
             unsigned start = index;
@@ -67,7 +67,7 @@ struct LineMethods : ZPString {
         });
     }
 
-    ZPRange rangeOfCharacterOptionsRange(ZPCharacterSet *set, unsigned options, ZPRange range) {
+    ZPRange rangeOfCharacterFromSet_options_range(ZPCharacterSet *set, unsigned options, ZPRange range) {
         return _ZPWithUnits(this, [&](auto &&units, unsigned length) -> ZPRange {
             _ZPCheckRange(this, "rangeOfCharacterFromSet:options:range:"_sel, range, length);
             ZPMembership isMember(set);
@@ -80,14 +80,14 @@ struct LineMethods : ZPString {
             return {ZPNotFound, 0};
         });
     }
-    ZPRange rangeOfCharacterOptions(ZPCharacterSet *set, unsigned options) {
-        return rangeOfCharacterFromSet_options_range(set, options, {0, ZPString::length()});
+    ZPRange rangeOfCharacterFromSet_options(ZPCharacterSet *set, unsigned options) {
+        return self()->rangeOfCharacterFromSet_options_range(set, options, {0, self()->length()});
     }
-    ZPRange rangeOfCharacter(ZPCharacterSet *set) {
-        return rangeOfCharacterFromSet_options_range(set, 0, {0, ZPString::length()});
+    ZPRange rangeOfCharacterFromSet(ZPCharacterSet *set) {
+        return self()->rangeOfCharacterFromSet_options_range(set, 0, {0, self()->length()});
     }
 
-    BOOL containsCharFromSet(ZPCharacterSet *set) {
+    BOOL _containsCharFromSet(ZPCharacterSet *set) {
         return _ZPWithUnits(this, [&](auto &&units, unsigned length) -> BOOL {
             unsigned i = 0;
             while (i < length && _ZPIsInStandardSet(_ZPWhitespaceAndNewlineSet, units[i])) ++i;
@@ -104,11 +104,6 @@ struct LineMethods : ZPString {
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringLines)
-    .method<&LineMethods::getLine>("getLineStart:end:contentsEnd:forRange:")
-    .method<&LineMethods::lineRange>("lineRangeForRange:")
-    .method<&LineMethods::composedSequence>("rangeOfComposedCharacterSequenceAtIndex:")
-    .method<&LineMethods::rangeOfCharacterOptionsRange>("rangeOfCharacterFromSet:options:range:")
-    .method<&LineMethods::rangeOfCharacterOptions>("rangeOfCharacterFromSet:options:")
-    .method<&LineMethods::rangeOfCharacter>("rangeOfCharacterFromSet:")
-    .method<&LineMethods::containsCharFromSet>("_containsCharFromSet:");
+ZP_CATEGORY(ZPString, LineMethods, getLineStart_end_contentsEnd_forRange, lineRangeForRange,
+            rangeOfComposedCharacterSequenceAtIndex, rangeOfCharacterFromSet_options_range,
+            rangeOfCharacterFromSet_options, rangeOfCharacterFromSet, _containsCharFromSet);

@@ -10,25 +10,27 @@ namespace {
 ZPString *newString() { return _ZPPlaceholderStringFromZone(nullptr); }
 
 struct MutableStringMethods : ZPMutableString {
-    void replace(ZPRange, ZPString *) {
+    void replaceCharactersInRange_withString(ZPRange, ZPString *) {
         ZPRequestConcreteImplementation(this, "replaceCharactersInRange:withString:"_sel, ZPMutableString::class_());
     }
     id initWithCapacity(unsigned) { _ZPRequestConcreteObject(this, "initWithCapacity:"_sel); }
-    void insert(ZPString *string, unsigned index) { replaceCharactersInRange_withString({index, 0}, string); }
-    void append(ZPString *string) { replaceCharactersInRange_withString({length(), 0}, string); }
-    void remove(ZPRange range) { replaceCharactersInRange_withString(range, ""_zp); }
-    void setString(ZPString *string) { replaceCharactersInRange_withString({0, length()}, string); }
-    void replaceWithCString(ZPRange range, const char *bytes, unsigned n) {
-        ZPRef<ZPString> text = ZPAdopt(newString()->initWithCString_length(bytes, n));
-        replaceCharactersInRange_withString(range, text);
+    void insertString_atIndex(ZPString *string, unsigned index) {
+        self()->replaceCharactersInRange_withString({index, 0}, string);
     }
-    void replaceWithCharacters(ZPRange range, const unichar *characters, unsigned n) {
+    void appendString(ZPString *string) { self()->replaceCharactersInRange_withString({self()->length(), 0}, string); }
+    void deleteCharactersInRange(ZPRange range) { self()->replaceCharactersInRange_withString(range, ""_zp); }
+    void setString(ZPString *string) { self()->replaceCharactersInRange_withString({0, self()->length()}, string); }
+    void replaceCharactersInRange_withCString_length(ZPRange range, const char *bytes, unsigned n) {
+        ZPRef<ZPString> text = ZPAdopt(newString()->initWithCString_length(bytes, n));
+        self()->replaceCharactersInRange_withString(range, text);
+    }
+    void replaceCharactersInRange_withCharacters_length(ZPRange range, const unichar *characters, unsigned n) {
         ZPRef<ZPString> text = ZPAdopt(newString()->initWithCharacters_length(characters, n));
-        replaceCharactersInRange_withString(range, text);
+        self()->replaceCharactersInRange_withString(range, text);
     }
     void appendFormat(ZPString *format, std::va_list arguments) {
         ZPRef<ZPString> text = ZPAdopt(_ZPNewFormattedString(nullptr, format, nullptr, arguments));
-        appendString(text);
+        self()->appendString(text);
     }
     Class classForCoder() { return ZPMutableString::class_(); }
 
@@ -37,31 +39,44 @@ struct MutableStringMethods : ZPMutableString {
     template <class Next> void replaceFound(Next next, ZPString *replacement) {
         ZPRange found = next(0);
         if (found.length == 0) return;
-        unsigned first = found.location, at = first, end = length();
+        unsigned first = found.location, at = first, end = self()->length();
         ZPRef<ZPMutableString> text = ZPAdopt<ZPMutableString>(ZPConcreteMutableString::alloc()->initWithCapacity(0));
         for (; found.length; found = at < end ? next(at) : ZPRange{}) {
             if (found.location > at) {
-                ZPRef<ZPString> piece = ZPAdopt(_newSubstringWithRange_zone({at, found.location - at}, nullptr));
+                ZPRef<ZPString> piece =
+                    ZPAdopt(self()->_newSubstringWithRange_zone({at, found.location - at}, nullptr));
                 text->appendString(piece);
             }
             text->appendString(replacement);
             at = found.location + found.length;
         }
-        replaceCharactersInRange_withString({first, at - first}, text);
+        self()->replaceCharactersInRange_withString({first, at - first}, text);
     }
-    void deleteAllFromSet(ZPCharacterSet *set) {
-        unsigned end = length();
-        replaceFound([&](unsigned at) { return rangeOfCharacterFromSet_options_range(set, 0, {at, end - at}); }, ""_zp);
+    void _deleteAllCharactersFromSet(ZPCharacterSet *set) {
+        unsigned end = self()->length();
+        replaceFound(
+            [&](unsigned at) {
+                return self()->rangeOfCharacterFromSet_options_range(set, 0, {at, end - at});
+            },
+            ""_zp);
     }
     void replaceOne(ZPString *target, ZPString *replacement, unsigned options) {
-        ZPRange found = rangeOfString_options_range(target, options, {0, length()});
-        if (found.length) replaceCharactersInRange_withString(found, replacement);
+        ZPRange found = self()->rangeOfString_options_range(target, options, {0, self()->length()});
+        if (found.length) self()->replaceCharactersInRange_withString(found, replacement);
     }
-    void replaceFirst(ZPString *target, ZPString *replacement) { replaceOne(target, replacement, 0); }
-    void replaceLast(ZPString *target, ZPString *replacement) { replaceOne(target, replacement, ZPBackwardsSearch); }
-    void replaceAll(ZPString *target, ZPString *replacement) {
-        unsigned end = length();
-        replaceFound([&](unsigned at) { return rangeOfString_options_range(target, 0, {at, end - at}); }, replacement);
+    void _replaceFirstAppearanceOfString_withString(ZPString *target, ZPString *replacement) {
+        replaceOne(target, replacement, 0);
+    }
+    void _replaceLastAppearanceOfString_withString(ZPString *target, ZPString *replacement) {
+        replaceOne(target, replacement, ZPBackwardsSearch);
+    }
+    void _replaceAllAppearancesOfString_withString(ZPString *target, ZPString *replacement) {
+        unsigned end = self()->length();
+        replaceFound(
+            [&](unsigned at) {
+                return self()->rangeOfString_options_range(target, 0, {at, end - at});
+            },
+            replacement);
     }
 };
 
@@ -72,54 +87,41 @@ struct MutableStringClassMethods {
         return ZPAllocateObject(self == ZPMutableString::class_() ? ZPConcreteMutableString::class_() : self, 0, zone);
     }
     static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
-    static id withCapacity(Class, unsigned capacity) { return made()->initWithCapacity(capacity)->autorelease(); }
-    static id withCharacters(Class, const unichar *characters, unsigned length) {
+    static id stringWithCapacity(Class, unsigned capacity) { return made()->initWithCapacity(capacity)->autorelease(); }
+    static id stringWithCharacters_length(Class, const unichar *characters, unsigned length) {
         return made()->initWithCharacters_length(characters, length)->autorelease();
     }
-    static id withCString(Class self, const char *bytes) {
+    static id stringWithCString(Class self, const char *bytes) {
         if (!bytes) _ZPRaiseNullCString(self, "stringWithCString:"_sel);
         return autoreleased(made()->initWithCString_length(bytes, unsigned(std::strlen(bytes))));
     }
-    static id withCStringLength(Class, const char *bytes, unsigned length) {
+    static id stringWithCString_length(Class, const char *bytes, unsigned length) {
         return autoreleased(made()->initWithCString_length(bytes, length));
     }
-    static id withFormat(Class, ZPString *format, std::va_list arguments) {
+    static id stringWithFormat(Class, ZPString *format, std::va_list arguments) {
         return made()->initWithFormat_locale_arguments(format, nullptr, arguments)->autorelease();
     }
-    static id withLocalizedFormat(Class, ZPString *format, std::va_list arguments) {
+    static id localizedStringWithFormat(Class, ZPString *format, std::va_list arguments) {
         return made()->initWithFormat_locale_arguments(format, _ZPUserLocale(), arguments)->autorelease();
     }
     static id autoreleased(ZPString *string) { return string ? string->autorelease() : id(); }
-    static id withContentsOfFile(Class, ZPString *path) { return autoreleased(made()->initWithContentsOfFile(path)); }
+    static id stringWithContentsOfFile(Class, ZPString *path) {
+        return autoreleased(made()->initWithContentsOfFile(path));
+    }
 };
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPMutableString)
-    .version(1)
-    .classMethod<&MutableStringClassMethods::alloc>("alloc")
-    .classMethod<&MutableStringClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&MutableStringClassMethods::withCapacity>("stringWithCapacity:")
-    .classMethod<&MutableStringClassMethods::withCharacters>("stringWithCharacters:length:")
-    .classMethod<&MutableStringClassMethods::withCString>("stringWithCString:")
-    .classMethod<&MutableStringClassMethods::withCStringLength>("stringWithCString:length:")
-    .variadicClassMethod<&MutableStringClassMethods::withFormat>("stringWithFormat:")
-    .variadicClassMethod<&MutableStringClassMethods::withLocalizedFormat>("localizedStringWithFormat:")
-    .classMethod<&MutableStringClassMethods::withContentsOfFile>("stringWithContentsOfFile:")
-    .method<&MutableStringMethods::replace>("replaceCharactersInRange:withString:")
-    .method<&MutableStringMethods::initWithCapacity>("initWithCapacity:")
-    .method<&MutableStringMethods::insert>("insertString:atIndex:")
-    .method<&MutableStringMethods::append>("appendString:")
-    .method<&MutableStringMethods::remove>("deleteCharactersInRange:")
-    .method<&MutableStringMethods::setString>("setString:")
-    .method<&MutableStringMethods::replaceWithCString>("replaceCharactersInRange:withCString:length:")
-    .method<&MutableStringMethods::replaceWithCharacters>("replaceCharactersInRange:withCharacters:length:")
-    .variadic<&MutableStringMethods::appendFormat>("appendFormat:")
-    .method<&MutableStringMethods::classForCoder>("classForCoder")
-    .method<&MutableStringMethods::deleteAllFromSet>("_deleteAllCharactersFromSet:")
-    .method<&MutableStringMethods::replaceFirst>("_replaceFirstAppearanceOfString:withString:")
-    .method<&MutableStringMethods::replaceLast>("_replaceLastAppearanceOfString:withString:")
-    .method<&MutableStringMethods::replaceAll>("_replaceAllAppearancesOfString:withString:");
+ZP_IMPLEMENT_WITH(ZPMutableString, MutableStringMethods, version(1), replaceCharactersInRange_withString,
+                  initWithCapacity, insertString_atIndex, appendString, deleteCharactersInRange, setString,
+                  replaceCharactersInRange_withCString_length, replaceCharactersInRange_withCharacters_length,
+                  variadic(appendFormat), classForCoder, _deleteAllCharactersFromSet,
+                  _replaceFirstAppearanceOfString_withString, _replaceLastAppearanceOfString_withString,
+                  _replaceAllAppearancesOfString_withString,
+                  classMethodsOf(MutableStringClassMethods, alloc, allocWithZone, stringWithCapacity,
+                                 stringWithCharacters_length, stringWithCString, stringWithCString_length,
+                                 variadic(stringWithFormat), variadic(localizedStringWithFormat),
+                                 stringWithContentsOfFile));
 
 ZPString *_ZPNewStringJoiningBytes(const ZPStringView *views, unsigned count, unsigned total, ZPZone *zone) {
     auto fill = [&](char *at) {

@@ -42,33 +42,35 @@ ZPString *newShared(ZPString *parent, Family family, ZPRange range, ZPZone *zone
 }
 
 struct PieceMethods : ZPString {
-    ZPString *newSubstring(ZPRange range, ZPZone *zone) {
+    ZPString *_newSubstringWithRange_zone(ZPRange range, ZPZone *zone) {
         ZPStringView view = _ZPViewOfString(this);
         _ZPCheckRange(this, "_newSubstringWithRange:zone:"_sel, range, view.length);
         if (range.length == 0) return ""_zp;
         Family family = familyOf(this);
-        if (range.length == view.length) return family == Family::other ? ZPObject::copyWithZone(zone) : retain();
+        if (range.length == view.length) return family == Family::other ? self()->copyWithZone(zone) : self()->retain();
         if (family != Family::other && range.length >= _ZPShareThreshold) return newShared(this, family, range, zone);
         if (family == Family::bytes)
             return _ZPNewInlineCString(reinterpret_cast<const char *>(view.bytes) + range.location, range.length, zone);
         if (family == Family::units) return _ZPNewStringWithUnits(view.units + range.location, range.length, zone);
         ZPZoneBlock<unichar> block(range.length, zone);
-        getCharacters_range(block.memory, range);
+        self()->getCharacters_range(block.memory, range);
         return _ZPNewStringAdoptingUnits(block.take(), range.length, YES, zone);
     }
-    ZPString *newSubstringFromRange(ZPRange range, ZPZone *) { return _newSubstringWithRange_zone(range, zone()); }
+    ZPString *_newSubstringFromRange_zone(ZPRange range, ZPZone *) {
+        return self()->_newSubstringWithRange_zone(range, self()->zone());
+    }
     ZPString *substringWithRange(ZPRange range) {
-        _ZPCheckRange(this, "substringWithRange:"_sel, range, ZPString::length());
-        return _newSubstringWithRange_zone(range, zone())->autorelease();
+        _ZPCheckRange(this, "substringWithRange:"_sel, range, self()->length());
+        return self()->_newSubstringWithRange_zone(range, self()->zone())->autorelease();
     }
     ZPString *substringFromIndex(unsigned index) {
-        unsigned length = ZPString::length();
+        unsigned length = self()->length();
         if (index > length) _ZPRaiseOutOfBounds(this, "substringFromIndex:"_sel);
-        return ZPString::substringWithRange({index, length - index});
+        return self()->substringWithRange({index, length - index});
     }
     ZPString *substringToIndex(unsigned index) {
-        if (index > ZPString::length()) _ZPRaiseOutOfBounds(this, "substringToIndex:"_sel);
-        return ZPString::substringWithRange({0, index});
+        if (index > self()->length()) _ZPRaiseOutOfBounds(this, "substringToIndex:"_sel);
+        return self()->substringWithRange({0, index});
     }
 
     // ---- joining ----
@@ -81,7 +83,8 @@ struct PieceMethods : ZPString {
         if (mine.length == 0) return copied(other);
         if (its.length == 0) return copied(this);
         if (family == Family::other)
-            return _ZPNewStringByAppendingStrings(zone(), this, other, static_cast<ZPString *>(nullptr))->autorelease();
+            return _ZPNewStringByAppendingStrings(self()->zone(), this, other, static_cast<ZPString *>(nullptr))
+                ->autorelease();
         std::uint64_t sum = std::uint64_t(mine.length) + its.length;
         if (sum > 0xFFFFFFFF) _ZPRaiseOutOfMemory("a string");
         unsigned length = unsigned(sum);
@@ -101,33 +104,33 @@ struct PieceMethods : ZPString {
     ZPString *stringByAppendingFormat(ZPString *format, std::va_list arguments) {
         ZPRef<ZPString> tail =
             ZPAdopt(_ZPPlaceholderStringFromZone(nullptr)->initWithFormat_locale_arguments(format, nullptr, arguments));
-        return _ZPNewStringByAppendingStrings(zone(), this, tail.get(), static_cast<ZPString *>(nullptr))
+        return _ZPNewStringByAppendingStrings(self()->zone(), this, tail.get(), static_cast<ZPString *>(nullptr))
             ->autorelease();
     }
 
     // ---- taking apart ----
 
     void add(ZPMutableArray *pieces, ZPRange range, ZPZone *zone) {
-        ZPRef<ZPString> piece = ZPAdopt(_newSubstringWithRange_zone(range, zone));
+        ZPRef<ZPString> piece = ZPAdopt(self()->_newSubstringWithRange_zone(range, zone));
         pieces->addObject(piece);
     }
     ZPArray *componentsSeparatedByString(ZPString *separator) {
-        unsigned length = ZPString::length(), from = 0;
-        ZPRange found = rangeOfString_options_range(separator, 0, {0, length});
+        unsigned length = self()->length(), from = 0;
+        ZPRange found = self()->rangeOfString_options_range(separator, 0, {0, length});
         if (found.length == 0) return ZPArray::arrayWithObject(this);
         ZPMutableArray *pieces = ZPMutableArray::array();
-        ZPZone *zone = ZPObject::zone();
+        ZPZone *zone = self()->zone();
         while (found.length) {
             add(pieces, {from, found.location - from}, zone);
             from = found.location + found.length;
-            found = rangeOfString_options_range(separator, 0, {from, length - from});
+            found = self()->rangeOfString_options_range(separator, 0, {from, length - from});
         }
         add(pieces, {from, length - from}, zone);
         return pieces;
     }
-    ZPArray *componentsSeparatedBySet(ZPCharacterSet *set) {
+    ZPArray *_componentsSeparatedBySet(ZPCharacterSet *set) {
         ZPMutableArray *pieces = ZPMutableArray::arrayWithCapacity(3);
-        ZPZone *zone = ZPObject::zone();
+        ZPZone *zone = self()->zone();
         _ZPWithUnits(this, [&](auto &&units, unsigned length) {
             ZPMembership isSeparator(set);
             for (unsigned i = 0; i < length; ++i) {
@@ -139,10 +142,10 @@ struct PieceMethods : ZPString {
         return pieces;
     }
     // The longest run of whole composed characters within the units that agree.
-    ZPString *commonPrefix(ZPString *other, unsigned options) {
+    ZPString *commonPrefixWithString_options(ZPString *other, unsigned options) {
         if (!other) return ""_zp;
         if (options & ZPBackwardsSearch) return commonPrefixBySearch(other, options);
-        unsigned same = 0, end = 0, length = ZPString::length();
+        unsigned same = 0, end = 0, length = self()->length();
         _ZPWithUnits(this, [&](auto &&mine, unsigned n) {
             _ZPWithUnits(other, [&](auto &&its, unsigned m) {
                 bool folding = options & ZPCaseInsensitiveSearch;
@@ -155,20 +158,20 @@ struct PieceMethods : ZPString {
             for (end = same; end > 0; --end)
                 if (!_ZPIsInStandardSet(_ZPNonBaseSet, mine[end]) && (mine[end - 1] & 0xFC00) != 0xD800) break;
         });
-        if (same == 0 || same == length) return ZPString::substringToIndex(same);
+        if (same == 0 || same == length) return self()->substringToIndex(same);
         for (;;) {
-            ZPRange next = rangeOfComposedCharacterSequenceAtIndex(end);
-            if (next.location + next.length > same) return ZPString::substringToIndex(end);
+            ZPRange next = self()->rangeOfComposedCharacterSequenceAtIndex(end);
+            if (next.location + next.length > same) return self()->substringToIndex(end);
             end = next.location + next.length;
         }
     }
     ZPString *commonPrefixBySearch(ZPString *other, unsigned options) {
-        unsigned length = ZPString::length();
+        unsigned length = self()->length();
         ZPString *common = ""_zp;
         for (unsigned at = 0; at < length;) {
-            ZPRange sequence = rangeOfComposedCharacterSequenceAtIndex(at);
+            ZPRange sequence = self()->rangeOfComposedCharacterSequenceAtIndex(at);
             at = std::max(sequence.location + sequence.length, at + 1);
-            ZPString *prefix = ZPString::substringToIndex(at);
+            ZPString *prefix = self()->substringToIndex(at);
             if (other->rangeOfString_options(prefix, options | ZPAnchoredSearch).length == 0) break;
             common = prefix;
         }
@@ -177,8 +180,8 @@ struct PieceMethods : ZPString {
 
     // ---- layout ----
 
-    ZPString *stringWithSeparator(unichar separator, int frequency) {
-        unsigned n = ZPString::length();
+    ZPString *_stringWithSeparator_atFrequency(unichar separator, int frequency) {
+        unsigned n = self()->length();
         if (n == 0) return ""_zp;
         unsigned group = frequency > 0 ? unsigned(frequency) : n;
         std::size_t total = std::size_t(n) + (n - 1) / group;
@@ -193,12 +196,12 @@ struct PieceMethods : ZPString {
         });
         return ZPString::stringWithCharacters_length(block.memory, unsigned(total));
     }
-    void copyToUnicharBuffer(unichar **buffer, int *length) {
-        unsigned n = ZPString::length();
+    void _copyToUnicharBuffer_saveLength(unichar **buffer, int *length) {
+        unsigned n = self()->length();
         unichar *units = nullptr;
         if (n) {
             ZPZoneBlock<unichar> block(std::size_t(n) + 1);
-            getCharacters_range(block.memory, {0, n});
+            self()->getCharacters_range(block.memory, {0, n});
             units = block.take();
         }
         if (*buffer) ZPZoneFree(ZPZoneFromPointer(*buffer), *buffer);
@@ -209,16 +212,7 @@ struct PieceMethods : ZPString {
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringPieces)
-    .method<&PieceMethods::newSubstring>("_newSubstringWithRange:zone:")
-    .method<&PieceMethods::newSubstringFromRange>("_newSubstringFromRange:zone:")
-    .method<&PieceMethods::substringWithRange>("substringWithRange:")
-    .method<&PieceMethods::substringFromIndex>("substringFromIndex:")
-    .method<&PieceMethods::substringToIndex>("substringToIndex:")
-    .method<&PieceMethods::stringByAppendingString>("stringByAppendingString:")
-    .variadic<&PieceMethods::stringByAppendingFormat>("stringByAppendingFormat:")
-    .method<&PieceMethods::componentsSeparatedByString>("componentsSeparatedByString:")
-    .method<&PieceMethods::componentsSeparatedBySet>("_componentsSeparatedBySet:")
-    .method<&PieceMethods::commonPrefix>("commonPrefixWithString:options:")
-    .method<&PieceMethods::stringWithSeparator>("_stringWithSeparator:atFrequency:")
-    .method<&PieceMethods::copyToUnicharBuffer>("_copyToUnicharBuffer:saveLength:");
+ZP_CATEGORY(ZPString, PieceMethods, _newSubstringWithRange_zone, _newSubstringFromRange_zone, substringWithRange,
+            substringFromIndex, substringToIndex, stringByAppendingString, variadic(stringByAppendingFormat),
+            componentsSeparatedByString, _componentsSeparatedBySet, commonPrefixWithString_options,
+            _stringWithSeparator_atFrequency, _copyToUnicharBuffer_saveLength);

@@ -35,27 +35,27 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
     }
 
     ZPString *init() { return ""_zp; }
-    ZPString *initWithCharactersNoCopy(unichar *units, unsigned length, BOOL freeWhenDone) {
+    ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *units, unsigned length, BOOL freeWhenDone) {
         return _ZPNewStringAdoptingUnits(units, length, freeWhenDone, zoneForString);
     }
-    ZPString *initWithCharacters(const unichar *units, unsigned length) {
+    ZPString *initWithCharacters_length(const unichar *units, unsigned length) {
         return _ZPNewStringWithUnits(units, length, zoneForString);
     }
-    ZPString *initWithCStringNoCopy(char *bytes, unsigned length, BOOL freeWhenDone) {
+    ZPString *initWithCStringNoCopy_length_freeWhenDone(char *bytes, unsigned length, BOOL freeWhenDone) {
         if (_ZPFitsByteStorage(bytes, length))
             return _ZPNewStringAdoptingBytes(bytes, length, freeWhenDone, zoneForString);
         ZPString *result = converted(bytes, length, _ZPDefaultCStringEncoding());
         if (freeWhenDone) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
         return result;
     }
-    ZPString *initWithCStringLength(const char *bytes, unsigned length) {
+    ZPString *initWithCString_length(const char *bytes, unsigned length) {
         if (_ZPFitsByteStorage(bytes, length)) [[likely]]
             return _ZPNewInlineCString(bytes, length, zoneForString);
         return converted(bytes, length, _ZPDefaultCStringEncoding());
     }
     ZPString *initWithCString(const char *bytes) {
         if (!bytes) _ZPRaiseNullCString(this, "initWithCString:"_sel);
-        return initWithCStringLength(bytes, unsigned(std::strlen(bytes)));
+        return initWithCString_length(bytes, unsigned(std::strlen(bytes)));
     }
     ZPString *initWithString(ZPString *source) {
         if (!source) return ""_zp;
@@ -70,18 +70,18 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
         source->getCharacters_range(block.memory, {0, length});
         return _ZPNewStringAdoptingUnits(block.take(), length, YES, zoneForString);
     }
-    ZPString *initWithFormat(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
+    ZPString *initWithFormat_locale_arguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         return _ZPNewFormattedString(zoneForString, format, id(reinterpret_cast<objc_object *>(locale)), arguments);
     }
-    ZPString *initWithData(ZPData *data, ZPStringEncoding encoding) {
+    ZPString *initWithData_encoding(ZPData *data, ZPStringEncoding encoding) {
         auto *receiver = reinterpret_cast<objc_object *>(data);
         const void *bytes = objc_msgSend<const void *>(receiver, "bytes"_sel);
         unsigned length = objc_msgSend<unsigned>(receiver, "length"_sel);
         if (encoding == _ZPCStringEncoding && _ZPFitsByteStorage(bytes, length))
             return _ZPNewInlineCString(static_cast<const char *>(bytes), length, zoneForString);
-        return initWithBytes_length_encoding(bytes, length, encoding);
+        return self()->initWithBytes_length_encoding(bytes, length, encoding);
     }
-    ZPString *initWithBytes(const void *bytes, unsigned length, ZPStringEncoding encoding) {
+    ZPString *initWithBytes_length_encoding(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         return converted(bytes, length, encoding);
     }
 
@@ -103,21 +103,10 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPPlaceholderString)
-    .immortal()
-    .method<&ZPPlaceholderStringMethods::dealloc>("dealloc")
-    .method<&ZPPlaceholderStringMethods::length>("length")
-    .method<&ZPPlaceholderStringMethods::characterAtIndex>("characterAtIndex:")
-    .method<&ZPPlaceholderStringMethods::init>("init")
-    .method<&ZPPlaceholderStringMethods::initWithCharactersNoCopy>("initWithCharactersNoCopy:length:freeWhenDone:")
-    .method<&ZPPlaceholderStringMethods::initWithCharacters>("initWithCharacters:length:")
-    .method<&ZPPlaceholderStringMethods::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
-    .method<&ZPPlaceholderStringMethods::initWithCStringLength>("initWithCString:length:")
-    .method<&ZPPlaceholderStringMethods::initWithCString>("initWithCString:")
-    .method<&ZPPlaceholderStringMethods::initWithString>("initWithString:")
-    .method<&ZPPlaceholderStringMethods::initWithFormat>("initWithFormat:locale:arguments:")
-    .method<&ZPPlaceholderStringMethods::initWithData>("initWithData:encoding:")
-    .method<&ZPPlaceholderStringMethods::initWithBytes>("initWithBytes:length:encoding:");
+ZP_IMPLEMENT_WITH(ZPPlaceholderString, ZPPlaceholderStringMethods, immortal(), dealloc, length, characterAtIndex, init,
+                  initWithCharactersNoCopy_length_freeWhenDone, initWithCharacters_length,
+                  initWithCStringNoCopy_length_freeWhenDone, initWithCString_length, initWithCString, initWithString,
+                  initWithFormat_locale_arguments, initWithData_encoding, initWithBytes_length_encoding);
 
 ZPString *_ZPPlaceholderStringFromZone(ZPZone *zone) {
     if (!zone || zone == QLDefaultMallocZone()) {

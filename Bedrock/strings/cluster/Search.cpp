@@ -116,7 +116,7 @@ template <class At> unsigned find(At at, unsigned n, unichar *needle, unsigned m
 }
 
 struct SearchMethods : ZPString {
-    ZPRange rangeOfStringOptionsRange(ZPString *needle, unsigned options, ZPRange range) {
+    ZPRange rangeOfString_options_range(ZPString *needle, unsigned options, ZPRange range) {
         ZPStringView text = _ZPViewOfString(this);
         _ZPCheckRange(this, "rangeOfString:options:range:"_sel, range, text.length);
         ZPStringView sought = _ZPViewOfString(needle);
@@ -146,32 +146,29 @@ struct SearchMethods : ZPString {
         if (found == none) return {none, 0};
         return {range.location + found, m};
     }
-    ZPRange rangeOfStringOptions(ZPString *needle, unsigned options) {
-        return rangeOfString_options_range(needle, options, {0, ZPString::length()});
+    ZPRange rangeOfString_options(ZPString *needle, unsigned options) {
+        return self()->rangeOfString_options_range(needle, options, {0, self()->length()});
     }
-    ZPRange rangeOfString(ZPString *needle) { return rangeOfString_options_range(needle, 0, {0, ZPString::length()}); }
+    ZPRange rangeOfString(ZPString *needle) {
+        return self()->rangeOfString_options_range(needle, 0, {0, self()->length()});
+    }
     BOOL hasPrefix(ZPString *prefix) {
-        return rangeOfString_options_range(prefix, ZPAnchoredSearch, {0, ZPString::length()}).length != 0;
+        return self()->rangeOfString_options_range(prefix, ZPAnchoredSearch, {0, self()->length()}).length != 0;
     }
     BOOL hasSuffix(ZPString *suffix) {
-        return rangeOfString_options_range(suffix, ZPAnchoredSearch | ZPBackwardsSearch, {0, ZPString::length()})
+        return self()
+                   ->rangeOfString_options_range(suffix, ZPAnchoredSearch | ZPBackwardsSearch, {0, self()->length()})
                    .length != 0;
     }
-    BOOL containsString(ZPString *needle) {
-        return rangeOfString_options_range(needle, 0, {0, ZPString::length()}).length != 0;
+    BOOL _containsString(ZPString *needle) {
+        return self()->rangeOfString_options_range(needle, 0, {0, self()->length()}).length != 0;
     }
-    BOOL containsChar(char character) {
-        return containsString(ZPString::stringWithCString_length(&character, character ? 1 : 0));
+    BOOL _containsChar(char character) {
+        return _containsString(ZPString::stringWithCString_length(&character, character ? 1 : 0));
     }
 };
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringSearching)
-    .method<&SearchMethods::rangeOfStringOptionsRange>("rangeOfString:options:range:")
-    .method<&SearchMethods::rangeOfStringOptions>("rangeOfString:options:")
-    .method<&SearchMethods::rangeOfString>("rangeOfString:")
-    .method<&SearchMethods::hasPrefix>("hasPrefix:")
-    .method<&SearchMethods::hasSuffix>("hasSuffix:")
-    .method<&SearchMethods::containsString>("_containsString:")
-    .method<&SearchMethods::containsChar>("_containsChar:");
+ZP_CATEGORY(ZPString, SearchMethods, rangeOfString_options_range, rangeOfString_options, rangeOfString, hasPrefix,
+            hasSuffix, _containsString, _containsChar);

@@ -32,20 +32,20 @@ struct ZPStringClassMethods {
                                                          other),
                                 "autorelease"_sel);
     }
-    static ZPString *stringWithCharacters(Class, const unichar *characters, unsigned length) {
+    static ZPString *stringWithCharacters_length(Class, const unichar *characters, unsigned length) {
         return _ZPNewStringWithUnits(characters, length, nullptr)->autorelease();
     }
     static ZPString *stringWithCString(Class self, const char *bytes) {
         if (!bytes) _ZPRaiseNullCString(self, "stringWithCString:"_sel);
         return ZPString::stringWithCString_length(bytes, unsigned(std::strlen(bytes)));
     }
-    static ZPString *stringWithCStringLength(Class, const char *bytes, unsigned length) {
+    static ZPString *stringWithCString_length(Class, const char *bytes, unsigned length) {
         return autoreleased(_ZPPlaceholderStringFromZone(nullptr)->initWithCString_length(bytes, length));
     }
     static ZPString *stringWithFormat(Class, ZPString *format, std::va_list arguments) {
         return autoreleased(newFormatted(format, nullptr, arguments));
     }
-    static ZPString *stringWithFormatLocale(Class, ZPString *format, ZPDictionary *locale, std::va_list arguments) {
+    static ZPString *stringWithFormat_locale(Class, ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         return autoreleased(newFormatted(format, locale, arguments));
     }
     static ZPString *localizedStringWithFormat(Class, ZPString *format, std::va_list arguments) {
@@ -56,74 +56,75 @@ struct ZPStringClassMethods {
 struct ZPStringMethods : ZPString {
     // Ends an initialiser that cannot go on.
     ZPString *giveUp() {
-        release();
+        self()->release();
         return nullptr;
     }
 
-    ZPString *initWithCharactersNoCopy(unichar *, unsigned, BOOL) {
+    ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *, unsigned, BOOL) {
         _ZPRequestConcreteObject(this, "initWithCharactersNoCopy:length:freeWhenDone:"_sel);
     }
-    ZPString *initWithCStringNoCopy(char *, unsigned, BOOL) {
+    ZPString *initWithCStringNoCopy_length_freeWhenDone(char *, unsigned, BOOL) {
         _ZPRequestConcreteObject(this, "initWithCStringNoCopy:length:freeWhenDone:"_sel);
     }
-    ZPString *initWithCStringLength(const char *bytes, unsigned length) {
-        return initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
+    ZPString *initWithCString_length(const char *bytes, unsigned length) {
+        return self()->initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
     }
     ZPString *initWithCString(const char *bytes) {
         if (!bytes) _ZPRaiseNullCString(this, "initWithCString:"_sel);
-        return initWithBytes_length_encoding(bytes, unsigned(std::strlen(bytes)), _ZPDefaultCStringEncoding());
+        return self()->initWithBytes_length_encoding(bytes, unsigned(std::strlen(bytes)), _ZPDefaultCStringEncoding());
     }
-    ZPString *initWithCharacters(const unichar *characters, unsigned length) {
-        ZPZoneBlock<unichar> block(length, zone());
+    ZPString *initWithCharacters_length(const unichar *characters, unsigned length) {
+        ZPZoneBlock<unichar> block(length, self()->zone());
         std::copy_n(characters, length, block.memory);
-        return initWithCharactersNoCopy_length_freeWhenDone(block.take(), length, YES);
+        return self()->initWithCharactersNoCopy_length_freeWhenDone(block.take(), length, YES);
     }
     ZPString *initWithString(ZPString *other) {
         unsigned length = other->length();
-        ZPZoneBlock<unichar> block(length, zone());
+        ZPZoneBlock<unichar> block(length, self()->zone());
         other->getCharacters_range(block.memory, {0, length});
-        return initWithCharactersNoCopy_length_freeWhenDone(block.take(), length, YES);
+        return self()->initWithCharactersNoCopy_length_freeWhenDone(block.take(), length, YES);
     }
     ZPString *initWithFormat(ZPString *format, std::va_list arguments) {
-        return initWithFormat_locale_arguments(format, nullptr, arguments);
+        return self()->initWithFormat_locale_arguments(format, nullptr, arguments);
     }
     ZPString *initWithFormat_arguments(ZPString *format, std::va_list arguments) {
-        return initWithFormat_locale_arguments(format, nullptr, arguments);
+        return self()->initWithFormat_locale_arguments(format, nullptr, arguments);
     }
-    ZPString *initWithFormatLocale(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
-        return initWithFormat_locale_arguments(format, locale, arguments);
+    ZPString *initWithFormat_locale(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
+        return self()->initWithFormat_locale_arguments(format, locale, arguments);
     }
-    ZPString *initWithFormatLocaleArguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
+    ZPString *initWithFormat_locale_arguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
         ZPRef<ZPString> formatted = ZPAdopt(newFormatted(format, locale, arguments));
-        return ZPString::initWithString(formatted);
+        return self()->initWithString(formatted);
     }
-    ZPString *initWithData(ZPData *data, ZPStringEncoding encoding) {
-        return initWithBytes_length_encoding(objc_msgSend<const void *>(data, "bytes"_sel),
-                                             objc_msgSend<unsigned>(data, "length"_sel), encoding);
+    ZPString *initWithData_encoding(ZPData *data, ZPStringEncoding encoding) {
+        return self()->initWithBytes_length_encoding(objc_msgSend<const void *>(data, "bytes"_sel),
+                                                     objc_msgSend<unsigned>(data, "length"_sel), encoding);
     }
-    ZPString *initWithBytes(const void *bytes, unsigned length, ZPStringEncoding encoding) {
+    ZPString *initWithBytes_length_encoding(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         void *buffer = nullptr;
         unsigned count = 0;
         BOOL isASCII = NO;
-        if (!_ZPConvertToASCIIorUnicode(bytes, length, encoding, &buffer, &count, &isASCII, zone())) return giveUp();
-        if (isASCII) return initWithCStringNoCopy_length_freeWhenDone(static_cast<char *>(buffer), count, YES);
-        return initWithCharactersNoCopy_length_freeWhenDone(static_cast<unichar *>(buffer), count, YES);
+        if (!_ZPConvertToASCIIorUnicode(bytes, length, encoding, &buffer, &count, &isASCII, self()->zone()))
+            return giveUp();
+        if (isASCII) return self()->initWithCStringNoCopy_length_freeWhenDone(static_cast<char *>(buffer), count, YES);
+        return self()->initWithCharactersNoCopy_length_freeWhenDone(static_cast<unichar *>(buffer), count, YES);
     }
 
     unsigned length() { ZPRequestConcreteImplementation(this, "length"_sel, ZPString::class_()); }
     unichar characterAtIndex(unsigned) {
         ZPRequestConcreteImplementation(this, "characterAtIndex:"_sel, ZPString::class_());
     }
-    void getCharactersRange(unichar *buffer, ZPRange range) {
-        for (unsigned i = 0; i < range.length; ++i) buffer[i] = ZPString::characterAtIndex(range.location + i);
+    void getCharacters_range(unichar *buffer, ZPRange range) {
+        for (unsigned i = 0; i < range.length; ++i) buffer[i] = self()->characterAtIndex(range.location + i);
     }
-    void getCharacters(unichar *buffer) { getCharacters_range(buffer, {0, ZPString::length()}); }
-    const char *fastCStringContents() { return nullptr; }
+    void getCharacters(unichar *buffer) { self()->getCharacters_range(buffer, {0, self()->length()}); }
+    const char *_fastCStringContents() { return nullptr; }
     ZPStringEncoding fastestEncoding() { return ZPUnicodeStringEncoding; }
     ZPStringEncoding smallestEncoding() {
-        if (canBeConvertedToEncoding(ZPASCIIStringEncoding)) return ZPASCIIStringEncoding;
+        if (self()->canBeConvertedToEncoding(ZPASCIIStringEncoding)) return ZPASCIIStringEncoding;
         ZPStringEncoding ours = _ZPDefaultCStringEncoding();
-        return canBeConvertedToEncoding(ours) ? ours : ZPUnicodeStringEncoding;
+        return self()->canBeConvertedToEncoding(ours) ? ours : ZPUnicodeStringEncoding;
     }
 
     ZPString *description() { return this; }
@@ -135,43 +136,18 @@ struct ZPStringMethods : ZPString {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPString)
-    .version(1)
-    .adopts<ZPCopying, ZPMutableCopying>()
-    .classMethod<&ZPStringClassMethods::alloc>("alloc")
-    .classMethod<&ZPStringClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&ZPStringClassMethods::string>("string")
-    .classMethod<&ZPStringClassMethods::stringWithString>("stringWithString:")
-    .classMethod<&ZPStringClassMethods::stringWithCharacters>("stringWithCharacters:length:")
-    .classMethod<&ZPStringClassMethods::stringWithCString>("stringWithCString:")
-    .classMethod<&ZPStringClassMethods::stringWithCStringLength>("stringWithCString:length:")
-    .variadicClassMethod<&ZPStringClassMethods::stringWithFormat>("stringWithFormat:")
-    .variadicClassMethod<&ZPStringClassMethods::stringWithFormatLocale>("stringWithFormat:locale:")
-    .variadicClassMethod<&ZPStringClassMethods::localizedStringWithFormat>("localizedStringWithFormat:")
-    .method<&ZPStringMethods::initWithCharactersNoCopy>("initWithCharactersNoCopy:length:freeWhenDone:")
-    .method<&ZPStringMethods::initWithCStringNoCopy>("initWithCStringNoCopy:length:freeWhenDone:")
-    .method<&ZPStringMethods::initWithCStringLength>("initWithCString:length:")
-    .method<&ZPStringMethods::initWithCString>("initWithCString:")
-    .method<&ZPStringMethods::initWithCharacters>("initWithCharacters:length:")
-    .method<&ZPStringMethods::initWithString>("initWithString:")
-    .variadic<&ZPStringMethods::initWithFormat>("initWithFormat:")
-    .variadic<&ZPStringMethods::initWithFormatLocale>("initWithFormat:locale:")
-    .method<&ZPStringMethods::initWithFormat_arguments>("initWithFormat:arguments:")
-    .method<&ZPStringMethods::initWithFormatLocaleArguments>("initWithFormat:locale:arguments:")
-    .method<&ZPStringMethods::initWithData>("initWithData:encoding:")
-    .method<&ZPStringMethods::initWithBytes>("initWithBytes:length:encoding:")
-    .method<&ZPStringMethods::length>("length")
-    .method<&ZPStringMethods::characterAtIndex>("characterAtIndex:")
-    .method<&ZPStringMethods::getCharactersRange>("getCharacters:range:")
-    .method<&ZPStringMethods::getCharacters>("getCharacters:")
-    .method<&ZPStringMethods::fastCStringContents>("_fastCStringContents")
-    .method<&ZPStringMethods::fastestEncoding>("fastestEncoding")
-    .method<&ZPStringMethods::smallestEncoding>("smallestEncoding")
-    .method<&ZPStringMethods::description>("description")
-    .method<&ZPStringMethods::classForCoder>("classForCoder")
-    .method<&ZPStringMethods::replacementObjectForPortCoder>("replacementObjectForPortCoder:")
-    .method<&ZPStringMethods::copyWithZone>("copyWithZone:")
-    .method<&ZPStringMethods::mutableCopyWithZone>("mutableCopyWithZone:");
+ZP_IMPLEMENT_WITH(ZPString, ZPStringMethods, version(1), adopts(ZPCopying, ZPMutableCopying),
+                  initWithCharactersNoCopy_length_freeWhenDone, initWithCStringNoCopy_length_freeWhenDone,
+                  initWithCString_length, initWithCString, initWithCharacters_length, initWithString,
+                  variadic(initWithFormat), variadic(initWithFormat_locale), initWithFormat_arguments,
+                  initWithFormat_locale_arguments, initWithData_encoding, initWithBytes_length_encoding, length,
+                  characterAtIndex, getCharacters_range, getCharacters, _fastCStringContents, fastestEncoding,
+                  smallestEncoding, description, classForCoder, replacementObjectForPortCoder, copyWithZone,
+                  mutableCopyWithZone,
+                  classMethodsOf(ZPStringClassMethods, alloc, allocWithZone, string, stringWithString,
+                                 stringWithCharacters_length, stringWithCString, stringWithCString_length,
+                                 variadic(stringWithFormat), variadic(stringWithFormat_locale),
+                                 variadic(localizedStringWithFormat)));
 
 ZPStringView _ZPViewOfOtherString(ZPString *string) {
     Class cls = string->isa;

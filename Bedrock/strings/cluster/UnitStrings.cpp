@@ -21,9 +21,9 @@ namespace {
 constinit recursive_mutex detaching;
 
 struct SimpleStringMethods : ZPSimpleString {
-    ZPString *init() { return initWithCharactersNoCopy(nullptr, 0, NO); }
-    ZPString *initWithCharactersNoCopy(unichar *units, unsigned length, BOOL) {
-        characters = units;
+    ZPString *init() { return initWithCharactersNoCopy_length_freeWhenDone(nullptr, 0, NO); }
+    ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *_characters, unsigned length, BOOL) {
+        characters = _characters;
         numCharacters = length;
         return this;
     }
@@ -37,19 +37,19 @@ struct SimpleStringMethods : ZPSimpleString {
             _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
         return characters[index];
     }
-    void getCharactersRange(unichar *buffer, ZPRange range) {
+    void getCharacters_range(unichar *buffer, ZPRange range) {
         _ZPCheckRange(this, "getCharacters:range:"_sel, range, numCharacters);
         std::copy_n(characters + range.location, range.length, buffer);
     }
-    const unichar *units() { return characters; }
+    const unichar *_characters() { return characters; }
     id copyWithZone(ZPZone *zone) {
-        if (ZPShouldRetainWithZone(this, zone)) return ZPObject::retain();
+        if (ZPShouldRetainWithZone(this, zone)) return self()->retain();
         return _ZPPlaceholderStringFromZone(zone)->initWithString(this);
     }
 };
 
 struct UnicodeStringMethods : ZPUnicodeString {
-    ZPString *initWithCharactersNoCopy(unichar *units, unsigned length, BOOL freeWhenDone) {
+    ZPString *initWithCharactersNoCopy_length_freeWhenDone(unichar *units, unsigned length, BOOL freeWhenDone) {
         characters = units;
         numCharacters = length;
         _flags.freeWhenDone = freeWhenDone != NO;
@@ -68,7 +68,7 @@ struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
         return this;
     }
     void detachFromLargerParent() {
-        ZPZone *own = zone();
+        ZPZone *own = self()->zone();
         ZPString *parent;
         {
             ZPHolding hold(detaching);
@@ -87,8 +87,8 @@ struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
     ZPString *substringWithRange(ZPRange range) {
         _ZPCheckRange(this, "substringWithRange:"_sel, range, numCharacters);
         if (range.length == 0) return ""_zp;
-        if (range.length == numCharacters) return ZPObject::copyWithZone(zone())->autorelease();
-        auto s = ZPAdopt<ZPUnicodeSubstring>(ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, zone()));
+        if (range.length == numCharacters) return self()->copyWithZone(self()->zone())->autorelease();
+        auto s = ZPAdopt<ZPUnicodeSubstring>(ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, self()->zone()));
         {
             // The units and who owns them must belong together while another thread retains the receiver.
             ZPHolding hold(detaching);
@@ -108,34 +108,16 @@ struct ConstantUnicodeStringMethods : _ZPConstantUnicodeString {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPSimpleString)
-    .method<&SimpleStringMethods::init>("init")
-    .method<&SimpleStringMethods::initWithCharactersNoCopy>("initWithCharactersNoCopy:length:freeWhenDone:")
-    .method<&SimpleStringMethods::dealloc>("dealloc")
-    .method<&SimpleStringMethods::length>("length")
-    .method<&SimpleStringMethods::characterAtIndex>("characterAtIndex:")
-    .method<&SimpleStringMethods::getCharactersRange>("getCharacters:range:")
-    .method<&SimpleStringMethods::units>("_characters")
-    .method<&SimpleStringMethods::copyWithZone>("copyWithZone:");
+ZP_IMPLEMENT_WITH(ZPSimpleString, SimpleStringMethods, init, initWithCharactersNoCopy_length_freeWhenDone, dealloc,
+                  length, characterAtIndex, getCharacters_range, _characters, copyWithZone);
 
-ZP_IMPLEMENT(ZPUnicodeString)
-    .method<&UnicodeStringMethods::initWithCharactersNoCopy>("initWithCharactersNoCopy:length:freeWhenDone:")
-    .method<&UnicodeStringMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(ZPUnicodeString, UnicodeStringMethods, initWithCharactersNoCopy_length_freeWhenDone, dealloc);
 
-ZP_IMPLEMENT(ZPUnicodeSubstring)
-    .method<&UnicodeSubstringMethods::initWithCharactersNoCopy_length_freeWhenDone>(
-        "initWithCharactersNoCopy:length:freeWhenDone:")
-    .method<&UnicodeSubstringMethods::initWithCStringNoCopy_length_freeWhenDone>(
-        "initWithCStringNoCopy:length:freeWhenDone:")
-    .method<&UnicodeSubstringMethods::retain>("retain")
-    .method<&UnicodeSubstringMethods::dealloc>("dealloc")
-    .method<&UnicodeSubstringMethods::substringWithRange>("substringWithRange:");
+ZP_IMPLEMENT_WITH(ZPUnicodeSubstring, UnicodeSubstringMethods, initWithCharactersNoCopy_length_freeWhenDone,
+                  initWithCStringNoCopy_length_freeWhenDone, retain, dealloc, substringWithRange);
 
-ZP_IMPLEMENT(_ZPConstantUnicodeString)
-    .staticInstances()
-    .immortal()
-    .method<&ConstantUnicodeStringMethods::copyWithZone>("copyWithZone:")
-    .method<&ConstantUnicodeStringMethods::dealloc>("dealloc");
+ZP_IMPLEMENT_WITH(_ZPConstantUnicodeString, ConstantUnicodeStringMethods, staticInstances(), immortal(), copyWithZone,
+                  dealloc);
 
 ZPString *_ZPNewStringAdoptingUnits(unichar *units, unsigned length, BOOL freeWhenDone, ZPZone *zone) {
     if (length == 0) {

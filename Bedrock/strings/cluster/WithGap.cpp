@@ -119,7 +119,7 @@ template <class S> struct GapMethods : S {
             _ZPRaiseOutOfBounds(this, "characterAtIndex:"_sel);
         return unitOf(_ZPBufferOf(this)[index < this->gapBegin ? index : index + this->gapEnd - this->gapBegin]);
     }
-    void getCharacters(unichar *buffer, ZPRange range) {
+    void getCharacters_range(unichar *buffer, ZPRange range) {
         _ZPCheckRange(this, "getCharacters:range:"_sel, range, _ZPLengthOf(this));
         unsigned end = range.location + range.length, first = std::max(range.location, std::min(end, this->gapBegin));
         auto *text = _ZPBufferOf(this);
@@ -127,8 +127,9 @@ template <class S> struct GapMethods : S {
         text += this->gapEnd - this->gapBegin;
         for (unsigned i = first; i < end; ++i) *buffer++ = unitOf(text[i]);
     }
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
-                  ZPRange range, ZPRange *remaining) {
+    BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range,
+        ZPRange *remaining) {
         SEL selector = "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel;
         if constexpr (sizeof(typename S::Unit) == 1)
             if (encoding == _ZPCStringEncoding) {
@@ -152,20 +153,21 @@ template <class S> struct GapMethods : S {
         if (this->_flags.freeWhenDone && buffer) ZPZoneFree(ZPZoneFromPointer(buffer), buffer);
         ZPDeallocateObject(this);
     }
-    const typename S::Unit *packed() {
+    const typename S::Unit *_characters() {
         _ZPPackGap(static_cast<S *>(this));
         return _ZPBufferOf(this);
     }
     // The 8-bit form may be empty and without a buffer; null would say that the form is another.
-    const char *fastCStringContents() {
-        const char *p = reinterpret_cast<const char *>(packed());
+    const char *_fastCStringContents() {
+        const char *p = reinterpret_cast<const char *>(_characters());
         return p ? p : "";
     }
-    void pack() { _ZPPackGap(static_cast<S *>(this)); }
-    id setRequiredLength(unsigned length, unsigned position, unsigned remove, BOOL extraRoom) {
+    void _pack() { _ZPPackGap(static_cast<S *>(this)); }
+    id _setRequiredLength_gapPosition_delete_extraRoom(unsigned length, unsigned position, unsigned remove,
+                                                       BOOL extraRoom) {
         return _ZPSetRequiredLength(static_cast<S *>(this), length, position, remove, extraRoom);
     }
-    void copyRange(ZPRange range, ZPString *string) {
+    void _copyToGapRange_fromString(ZPRange range, ZPString *string) {
         ZPStackBuffer<unichar, 256> units(range.length);
         if constexpr (sizeof(typename S::Unit) == 1) {
             unsigned filled = 0;
@@ -179,11 +181,11 @@ template <class S> struct GapMethods : S {
             _ZPCopyToGap(static_cast<S *>(this), {nullptr, units.memory, range.length}, 0, range.length);
         }
     }
-    void copyBytes(unsigned length, const char *bytes) {
+    void _copyToGapLength_fromCString(unsigned length, const char *bytes) {
         _ZPCopyToGap(static_cast<S *>(this), {reinterpret_cast<const unsigned char *>(bytes), nullptr, length}, 0,
                      length);
     }
-    void copyUnits(unsigned length, const unichar *units) {
+    void _copyToGapLength_fromCharacters(unsigned length, const unichar *units) {
         _ZPCopyToGap(static_cast<S *>(this), {nullptr, units, length}, 0, length);
     }
 };
@@ -193,31 +195,14 @@ using UnitGap = GapMethods<ZPUnicodeStringWithGap>;
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPCStringWithGap)
-    .method<&ByteGap::initWithCapacity>("initWithCapacity:")
-    .method<&ByteGap::initWithCStringNoCopy_length_freeWhenDone>("initWithCStringNoCopy:length:freeWhenDone:")
-    .method<&ByteGap::characterAtIndex>("characterAtIndex:")
-    .method<&ByteGap::getCharacters>("getCharacters:range:")
-    .method<&ByteGap::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
-    .method<&ByteGap::copyWithZone>("copyWithZone:")
-    .method<&ByteGap::dealloc>("dealloc")
-    .method<&ByteGap::fastCStringContents>("_fastCStringContents")
-    .method<&ByteGap::pack>("_pack")
-    .method<&ByteGap::setRequiredLength>("_setRequiredLength:gapPosition:delete:extraRoom:")
-    .method<&ByteGap::copyRange>("_copyToGapRange:fromString:")
-    .method<&ByteGap::copyBytes>("_copyToGapLength:fromCString:");
+ZP_IMPLEMENT_WITH(ZPCStringWithGap, ByteGap, initWithCapacity, initWithCStringNoCopy_length_freeWhenDone,
+                  characterAtIndex, getCharacters_range,
+                  getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange, copyWithZone,
+                  dealloc, _fastCStringContents, _pack, _setRequiredLength_gapPosition_delete_extraRoom,
+                  _copyToGapRange_fromString, _copyToGapLength_fromCString);
 
-ZP_IMPLEMENT(ZPUnicodeStringWithGap)
-    .method<&UnitGap::initWithCapacity>("initWithCapacity:")
-    .method<&UnitGap::initWithCharactersNoCopy_length_freeWhenDone>("initWithCharactersNoCopy:length:freeWhenDone:")
-    .method<&UnitGap::characterAtIndex>("characterAtIndex:")
-    .method<&UnitGap::getCharacters>("getCharacters:range:")
-    .method<&UnitGap::getBytes>("getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
-    .method<&UnitGap::copyWithZone>("copyWithZone:")
-    .method<&UnitGap::dealloc>("dealloc")
-    .method<&UnitGap::packed>("_characters")
-    .method<&UnitGap::pack>("_pack")
-    .method<&UnitGap::setRequiredLength>("_setRequiredLength:gapPosition:delete:extraRoom:")
-    .method<&UnitGap::copyRange>("_copyToGapRange:fromString:")
-    .method<&UnitGap::copyBytes>("_copyToGapLength:fromCString:")
-    .method<&UnitGap::copyUnits>("_copyToGapLength:fromCharacters:");
+ZP_IMPLEMENT_WITH(ZPUnicodeStringWithGap, UnitGap, initWithCapacity, initWithCharactersNoCopy_length_freeWhenDone,
+                  characterAtIndex, getCharacters_range,
+                  getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange, copyWithZone,
+                  dealloc, _characters, _pack, _setRequiredLength_gapPosition_delete_extraRoom,
+                  _copyToGapRange_fromString, _copyToGapLength_fromCString, _copyToGapLength_fromCharacters);

@@ -45,7 +45,7 @@ ZPDictionary *readNames() {
 }
 
 struct NameMethods : ZPString {
-    static ZPString *nameOfEncoding(Class, ZPStringEncoding encoding) {
+    static ZPString *localizedNameOfStringEncoding(Class, ZPStringEncoding encoding) {
         static ZPDictionary *names;
         ZPString *key = displayName(encoding);
         if (!key) return ""_zp;
@@ -56,5 +56,4 @@ struct NameMethods : ZPString {
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringEncodingNames)
-    .classMethod<&NameMethods::nameOfEncoding>("localizedNameOfStringEncoding:");
+ZP_CATEGORY(ZPString, NameMethods, classMethods(localizedNameOfStringEncoding));

@@ -187,13 +187,14 @@ Encoder *encoderOf(ZPStringEncoding encoding) {
 }
 
 struct EncodingMethods : ZPString {
-    BOOL getBytes(void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
-                  ZPRange range, ZPRange *remaining) {
+    BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range,
+        ZPRange *remaining) {
         SEL selector = "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel;
         if (encoding == 0) encoding = ZPUnicodeStringEncoding;
         if (!_ZPEncodingIsKnown(encoding)) return NO;
         ZPStringView view = _ZPViewOfString(this);
-        _ZPCheckRange(this, selector, range, view.shown() ? view.length : ZPString::length());
+        _ZPCheckRange(this, selector, range, view.shown() ? view.length : self()->length());
 
         Conversion c{{static_cast<unsigned char *>(buffer), maxLength}, encoding, lossy, _ZPTableOfEncoding(encoding)};
         Encoder *encoder = encoderOf(encoding);
@@ -218,7 +219,7 @@ struct EncodingMethods : ZPString {
             else {
                 left = std::min(left, unsigned(std::size(block)));
                 if (view.bytes) _ZPCopyUnits(view, range.location + done, left, block);
-                else ZPString::getCharacters_range(block, {range.location + done, left});
+                else self()->getCharacters_range(block, {range.location + done, left});
             }
             Outcome outcome = encoder(c, units, left, done + left < range.length, &taken);
             if (outcome == Outcome::failed) return NO;
@@ -231,23 +232,23 @@ struct EncodingMethods : ZPString {
         return YES;
     }
 
-    BOOL getBytesInJIS(void *buffer, ZPRange range, unsigned *usedBytes, BOOL lossy) {
+    BOOL _getBytesInJISEncoding_range_usedBytes_lossy(void *buffer, ZPRange range, unsigned *usedBytes, BOOL lossy) {
         ZPRange remaining{};
-        return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        return self()->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
                    buffer, 0xFFFFFFFF, usedBytes, ZPISO2022JPStringEncoding, lossy, range, &remaining) &&
                remaining.length == 0;
     }
 
-    BOOL canBeConverted(ZPStringEncoding encoding) {
+    BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) {
         if (encoding == 0 || encoding == ZPUnicodeStringEncoding || encoding == ZPUTF8StringEncoding ||
             encoding == ZPNonLossyASCIIStringEncoding)
             return YES;
-        return getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-            nullptr, 0xFFFFFFFF, nullptr, encoding, NO, {0, ZPString::length()}, nullptr);
+        return self()->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+            nullptr, 0xFFFFFFFF, nullptr, encoding, NO, {0, self()->length()}, nullptr);
     }
 
-    static ZPStringEncoding defaultCString(Class) { return _ZPDefaultCStringEncoding(); }
-    static const ZPStringEncoding *available(Class) {
+    static ZPStringEncoding defaultCStringEncoding(Class) { return _ZPDefaultCStringEncoding(); }
+    static const ZPStringEncoding *availableStringEncodings(Class) {
         static const ZPStringEncoding list[] = {10, 2, 1, 5, 9, 3, 8, 4, 6, 7, 11, 12, 15, 13, 14, 21, 0};
         return list;
     }
@@ -255,10 +256,7 @@ struct EncodingMethods : ZPString {
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPStringEncoding)
-    .method<&EncodingMethods::getBytes>(
-        "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:")
-    .method<&EncodingMethods::getBytesInJIS>("_getBytesInJISEncoding:range:usedBytes:lossy:")
-    .method<&EncodingMethods::canBeConverted>("canBeConvertedToEncoding:")
-    .classMethod<&EncodingMethods::defaultCString>("defaultCStringEncoding")
-    .classMethod<&EncodingMethods::available>("availableStringEncodings");
+ZP_CATEGORY(ZPString, EncodingMethods,
+            getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange,
+            _getBytesInJISEncoding_range_usedBytes_lossy, canBeConvertedToEncoding,
+            classMethods(defaultCStringEncoding, availableStringEncodings));

@@ -107,10 +107,7 @@ unichar _ZPDecimalSeparator(id locale) {
     return separator->length() ? separator->characterAtIndex(0) : u'.';
 }
 
-ZP_CATEGORY(ZPString, ZPStringNumbers)
-    .method<&NumberMethods::intValue>("intValue")
-    .method<&NumberMethods::floatValue>("floatValue")
-    .method<&NumberMethods::doubleValue>("doubleValue");
+ZP_CATEGORY(ZPString, NumberMethods, intValue, floatValue, doubleValue);
 
 BOOL _ZPScanIntFromString(ZPString *string, ZPCharacterSet *skip, int *result, unsigned *location) {
     return scanInteger<int, long long>(string, skip, result, location);

@@ -65,14 +65,14 @@ struct ScannerClassMethods {
 struct ScannerMethods : ZPScanner {
     [[noreturn]] void abstract(SEL selector) { ZPRequestConcreteImplementation(this, selector, ZPScanner::class_()); }
 
-    ZPScanner *initWithString(ZPString *) { return init(); }
+    ZPScanner *initWithString(ZPString *) { return self()->init(); }
     id copyWithZone(ZPZone *) {
-        ZPString *text = ZPScanner::string();
+        ZPString *text = self()->string();
         ZPRef<ZPScanner> copy = ZPAdopt<ZPScanner>(ZPConcreteScanner::alloc()->initWithString(text));
-        copy->setCharactersToBeSkipped(ZPScanner::charactersToBeSkipped());
-        copy->setScanLocation(ZPScanner::scanLocation());
-        copy->setCaseSensitive(ZPScanner::caseSensitive());
-        copy->setLocale(ZPScanner::locale());
+        copy->setCharactersToBeSkipped(self()->charactersToBeSkipped());
+        copy->setScanLocation(self()->scanLocation());
+        copy->setCaseSensitive(self()->caseSensitive());
+        copy->setLocale(self()->locale());
         return copy.detach();
     }
     ZPString *string() { abstract("string"_sel); }
@@ -87,34 +87,33 @@ struct ScannerMethods : ZPScanner {
 
     // Moves to the location when a number was read.
     BOOL moved(BOOL read, const unsigned &location) {
-        if (read) ZPScanner::setScanLocation(location);
+        if (read) self()->setScanLocation(location);
         return read;
     }
     BOOL scanInt(int *value) {
-        unsigned at = ZPScanner::scanLocation();
-        return moved(_ZPScanIntFromString(ZPScanner::string(), ZPScanner::charactersToBeSkipped(), value, &at), at);
+        unsigned at = self()->scanLocation();
+        return moved(_ZPScanIntFromString(self()->string(), self()->charactersToBeSkipped(), value, &at), at);
     }
     BOOL scanLongLong(long long *value) {
-        unsigned at = ZPScanner::scanLocation();
-        return moved(_ZPScanLongLongFromString(ZPScanner::string(), ZPScanner::charactersToBeSkipped(), value, &at),
-                     at);
+        unsigned at = self()->scanLocation();
+        return moved(_ZPScanLongLongFromString(self()->string(), self()->charactersToBeSkipped(), value, &at), at);
     }
     BOOL scanHexInt(unsigned *value) {
-        unsigned at = ZPScanner::scanLocation(), read;
-        if (!readHex(ZPScanner::string(), ZPScanner::charactersToBeSkipped(), read, at)) return NO;
-        ZPScanner::setScanLocation(at);
+        unsigned at = self()->scanLocation(), read;
+        if (!readHex(self()->string(), self()->charactersToBeSkipped(), read, at)) return NO;
+        self()->setScanLocation(at);
         if (value) *value = read;
         return YES;
     }
     BOOL scanDouble(double *value) {
-        unsigned at = ZPScanner::scanLocation();
-        return moved(_ZPScanDoubleFromString(ZPScanner::string(), ZPScanner::charactersToBeSkipped(), value, &at,
-                                             ZPScanner::locale()),
+        unsigned at = self()->scanLocation();
+        return moved(_ZPScanDoubleFromString(self()->string(), self()->charactersToBeSkipped(), value, &at,
+                                             self()->locale()),
                      at);
     }
     BOOL scanFloat(float *value) {
         double read;
-        if (!ZPScanner::scanDouble(&read)) return NO;
+        if (!self()->scanDouble(&read)) return NO;
         if (value) *value = float(read);
         return YES;
     }
@@ -123,47 +122,47 @@ struct ScannerMethods : ZPScanner {
     BOOL take(ZPString *string, unsigned start, unsigned end, ZPString **value) {
         if (end == start) return NO;
         if (value) *value = string->substringWithRange({start, end - start});
-        ZPScanner::setScanLocation(end);
+        self()->setScanLocation(end);
         return YES;
     }
     BOOL run(ZPCharacterSet *set, bool upTo, ZPString **value) {
-        ZPString *string = ZPScanner::string();
-        unsigned start = skip(string, ZPScanner::scanLocation(), ZPScanner::charactersToBeSkipped());
+        ZPString *string = self()->string();
+        unsigned start = skip(string, self()->scanLocation(), self()->charactersToBeSkipped());
         return take(string, start, find(string, start, set, upTo), value);
     }
-    BOOL scanCharactersFromSet(ZPCharacterSet *set, ZPString **value) { return run(set, false, value); }
-    BOOL scanUpToCharactersFromSet(ZPCharacterSet *set, ZPString **value) { return run(set, true, value); }
-    BOOL scanString(ZPString *target, ZPString **value) {
-        ZPString *string = ZPScanner::string();
-        unsigned start = skip(string, ZPScanner::scanLocation(), ZPScanner::charactersToBeSkipped());
-        unsigned options = ZPAnchoredSearch | (ZPScanner::caseSensitive() ? 0u : unsigned(ZPCaseInsensitiveSearch));
+    BOOL scanCharactersFromSet_intoString(ZPCharacterSet *set, ZPString **value) { return run(set, false, value); }
+    BOOL scanUpToCharactersFromSet_intoString(ZPCharacterSet *set, ZPString **value) { return run(set, true, value); }
+    BOOL scanString_intoString(ZPString *target, ZPString **value) {
+        ZPString *string = self()->string();
+        unsigned start = skip(string, self()->scanLocation(), self()->charactersToBeSkipped());
+        unsigned options = ZPAnchoredSearch | (self()->caseSensitive() ? 0u : unsigned(ZPCaseInsensitiveSearch));
         return take(string, start,
                     start +
                         string->rangeOfString_options_range(target, options, {start, string->length() - start}).length,
                     value);
     }
-    BOOL scanUpToString(ZPString *target, ZPString **value) {
-        ZPString *string = ZPScanner::string();
-        unsigned start = skip(string, ZPScanner::scanLocation(), ZPScanner::charactersToBeSkipped()),
+    BOOL scanUpToString_intoString(ZPString *target, ZPString **value) {
+        ZPString *string = self()->string();
+        unsigned start = skip(string, self()->scanLocation(), self()->charactersToBeSkipped()),
                  length = string->length();
         ZPRange match = string->rangeOfString_options_range(
-            target, ZPScanner::caseSensitive() ? 0u : unsigned(ZPCaseInsensitiveSearch), {start, length - start});
+            target, self()->caseSensitive() ? 0u : unsigned(ZPCaseInsensitiveSearch), {start, length - start});
         return take(string, start, match.length ? match.location : length, value);
     }
     BOOL isAtEnd() {
-        ZPString *string = ZPScanner::string();
-        return skip(string, ZPScanner::scanLocation(), ZPScanner::charactersToBeSkipped()) >= string->length();
+        ZPString *string = self()->string();
+        return skip(string, self()->scanLocation(), self()->charactersToBeSkipped()) >= string->length();
     }
 
-    ZPString *remainingString() { return ZPScanner::string()->substringFromIndex(ZPScanner::scanLocation()); }
-    BOOL scanDigits(unsigned count, int *value) {
-        unsigned start = ZPScanner::scanLocation(), at = start, read = 0;
-        _ZPWithUnits(ZPScanner::string(), [&](auto &&units, unsigned length) {
+    ZPString *_remainingString() { return self()->string()->substringFromIndex(self()->scanLocation()); }
+    BOOL _scanDecimal_into(unsigned count, int *value) {
+        unsigned start = self()->scanLocation(), at = start, read = 0;
+        _ZPWithUnits(self()->string(), [&](auto &&units, unsigned length) {
             for (; at < length && at - start < count && _ZPIsDigit(units[at]); ++at)
                 read = read * 10 + (units[at] - '0');
         });
         if (at == start) return NO;
-        ZPScanner::setScanLocation(at);
+        self()->setScanLocation(at);
         if (value) *value = int(read);
         return YES;
     }
@@ -191,7 +190,7 @@ struct ConcreteScannerMethods : ZPConcreteScanner {
     }
     ZPCharacterSet *charactersToBeSkipped() { return _skipSet; }
     void setCharactersToBeSkipped(ZPCharacterSet *set) {
-        ZPCharacterSet *copy = set->copyWithZone(ZPObject::zone());
+        ZPCharacterSet *copy = set->copyWithZone(self()->zone());
         _skipSet->autorelease();
         _skipSet = copy;
     }
@@ -215,49 +214,15 @@ void _skipWhitespace(ZPScanner *scanner) {
     scanner->setScanLocation(skip(scanner->string(), scanner->scanLocation(), scanner->charactersToBeSkipped()));
 }
 
-ZP_IMPLEMENT(ZPScanner)
-    .adopts<ZPCopying>()
-    .classMethod<&ScannerClassMethods::allocWithZone>("allocWithZone:")
-    .classMethod<&ScannerClassMethods::scannerWithString>("scannerWithString:")
-    .classMethod<&ScannerClassMethods::localizedScannerWithString>("localizedScannerWithString:")
-    .method<&ScannerMethods::initWithString>("initWithString:")
-    .method<&ScannerMethods::copyWithZone>("copyWithZone:")
-    .method<&ScannerMethods::string>("string")
-    .method<&ScannerMethods::scanLocation>("scanLocation")
-    .method<&ScannerMethods::setScanLocation>("setScanLocation:")
-    .method<&ScannerMethods::charactersToBeSkipped>("charactersToBeSkipped")
-    .method<&ScannerMethods::setCharactersToBeSkipped>("setCharactersToBeSkipped:")
-    .method<&ScannerMethods::caseSensitive>("caseSensitive")
-    .method<&ScannerMethods::setCaseSensitive>("setCaseSensitive:")
-    .method<&ScannerMethods::locale>("locale")
-    .method<&ScannerMethods::setLocale>("setLocale:")
-    .method<&ScannerMethods::scanInt>("scanInt:")
-    .method<&ScannerMethods::scanLongLong>("scanLongLong:")
-    .method<&ScannerMethods::scanHexInt>("scanHexInt:")
-    .method<&ScannerMethods::scanFloat>("scanFloat:")
-    .method<&ScannerMethods::scanDouble>("scanDouble:")
-    .method<&ScannerMethods::scanCharactersFromSet>("scanCharactersFromSet:intoString:")
-    .method<&ScannerMethods::scanUpToCharactersFromSet>("scanUpToCharactersFromSet:intoString:")
-    .method<&ScannerMethods::scanString>("scanString:intoString:")
-    .method<&ScannerMethods::scanUpToString>("scanUpToString:intoString:")
-    .method<&ScannerMethods::isAtEnd>("isAtEnd");
+ZP_IMPLEMENT_WITH(ZPScanner, ScannerMethods, adopts(ZPCopying), initWithString, copyWithZone, string, scanLocation,
+                  setScanLocation, charactersToBeSkipped, setCharactersToBeSkipped, caseSensitive, setCaseSensitive,
+                  locale, setLocale, scanInt, scanLongLong, scanHexInt, scanFloat, scanDouble,
+                  scanCharactersFromSet_intoString, scanUpToCharactersFromSet_intoString, scanString_intoString,
+                  scanUpToString_intoString, isAtEnd,
+                  classMethodsOf(ScannerClassMethods, allocWithZone, scannerWithString, localizedScannerWithString));
 
-ZP_CATEGORY(ZPScanner, ZPRemainingString)
-    .method<&ScannerMethods::remainingString>("_remainingString")
-    .method<&ScannerMethods::scanDigits>("_scanDecimal:into:");
+ZP_CATEGORY(ZPScanner, ScannerMethods, _remainingString, _scanDecimal_into);
 
-ZP_IMPLEMENT(ZPConcreteScanner)
-    .method<&ConcreteScannerMethods::initWithString>("initWithString:")
-    .method<&ConcreteScannerMethods::dealloc>("dealloc")
-    .method<&ConcreteScannerMethods::string>("string")
-    .method<&ConcreteScannerMethods::scanLocation>("scanLocation")
-    .method<&ConcreteScannerMethods::setScanLocation>("setScanLocation:")
-    .method<&ConcreteScannerMethods::charactersToBeSkipped>("charactersToBeSkipped")
-    .method<&ConcreteScannerMethods::setCharactersToBeSkipped>("setCharactersToBeSkipped:")
-    .method<&ConcreteScannerMethods::caseSensitive>("caseSensitive")
-    .method<&ConcreteScannerMethods::setCaseSensitive>("setCaseSensitive:")
-    .method<&ConcreteScannerMethods::locale>("locale")
-    .method<&ConcreteScannerMethods::setLocale>("setLocale:")
-    .method<&ConcreteScannerMethods::scanInt>("scanInt:")
-    .method<&ConcreteScannerMethods::scanLongLong>("scanLongLong:")
-    .method<&ConcreteScannerMethods::scanDouble>("scanDouble:");
+ZP_IMPLEMENT_WITH(ZPConcreteScanner, ConcreteScannerMethods, initWithString, dealloc, string, scanLocation,
+                  setScanLocation, charactersToBeSkipped, setCharactersToBeSkipped, caseSensitive, setCaseSensitive,
+                  locale, setLocale, scanInt, scanLongLong, scanDouble);

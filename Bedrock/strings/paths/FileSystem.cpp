@@ -176,7 +176,7 @@ struct FileSystemMethods : ZPString {
     const char *fileSystemRepresentation() {
         SEL selector = "fileSystemRepresentation"_sel;
         char buffer[longestHostPath];
-        if (ZPString::length() == 0)
+        if (self()->length() == 0)
             ZPException::raise_format(ZPInvalidArgumentException,
                                       "empty string passed to fileSystemRepresentationWithPath:"_zp);
         int filled = _ZPGetFileSystemBytes(this, buffer, sizeof buffer);
@@ -187,17 +187,19 @@ struct FileSystemMethods : ZPString {
         std::memcpy(scratch, buffer, unsigned(filled) + 1);
         return scratch;
     }
-    BOOL getFileSystemRepresentation(char *buffer, unsigned maxLength) {
-        return ZPString::length() && _ZPGetFileSystemBytes(this, buffer, maxLength) >= 0 ? YES : NO;
+    BOOL getFileSystemRepresentation_maxLength(char *buffer, unsigned maxLength) {
+        return self()->length() && _ZPGetFileSystemBytes(this, buffer, maxLength) >= 0 ? YES : NO;
     }
 
-    unsigned complete(ZPString **completion, BOOL caseSensitive, ZPArray **matchesOut, ZPArray *extensions) {
+    unsigned completePathIntoString_caseSensitive_matchesIntoArray_filterTypes(ZPString **completion,
+                                                                               BOOL caseSensitive, ZPArray **matchesOut,
+                                                                               ZPArray *extensions) {
         _ZPPathBuffer path(this);
         unsigned n = path.length;
         if (n && path.units[0] == '~' && std::none_of(path.units, path.units + n, _ZPIsPathSeparator)) return 0;
         bool whole = n && _ZPIsPathSeparator(path.units[n - 1]);
-        ZPString *directory = whole ? this : stringByDeletingLastPathComponent(),
-                 *prefix = whole ? ""_zp : ZPString::lastPathComponent();
+        ZPString *directory = whole ? this : self()->stringByDeletingLastPathComponent(),
+                 *prefix = whole ? ""_zp : self()->lastPathComponent();
         ZPString *candidate = nullptr;
         ZPArray *matches;
         unsigned count;
@@ -225,7 +227,5 @@ struct FileSystemMethods : ZPString {
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPPathUtilities)
-    .method<&FileSystemMethods::fileSystemRepresentation>("fileSystemRepresentation")
-    .method<&FileSystemMethods::getFileSystemRepresentation>("getFileSystemRepresentation:maxLength:")
-    .method<&FileSystemMethods::complete>("completePathIntoString:caseSensitive:matchesIntoArray:filterTypes:");
+ZP_CATEGORY(ZPString, FileSystemMethods, fileSystemRepresentation, getFileSystemRepresentation_maxLength,
+            completePathIntoString_caseSensitive_matchesIntoArray_filterTypes);

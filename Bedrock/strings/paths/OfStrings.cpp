@@ -24,8 +24,8 @@ struct PathMethods : ZPString {
     }
     BOOL isAbsolutePath() {
         unichar first[3];
-        unsigned n = std::min(ZPString::length(), 3u);
-        getCharacters_range(first, {0, n});
+        unsigned n = std::min(self()->length(), 3u);
+        self()->getCharacters_range(first, {0, n});
         return _ZPIsAbsolutePath(first, n);
     }
     ZPString *lastPathComponent() {
@@ -34,7 +34,7 @@ struct PathMethods : ZPString {
         unsigned start = _ZPStartOfLastPathComponent(path.units, path.length);
         return _ZPPathStore(path.units + start, path.length - start);
     }
-    ZPString *deletingLast() {
+    ZPString *stringByDeletingLastPathComponent() {
         _ZPPathBuffer path(this);
         path.normalize();
         return _ZPPathStore(path.units, _ZPLengthAfterDeletingLastPathComponent(path.units, path.length));
@@ -45,12 +45,12 @@ struct PathMethods : ZPString {
         unsigned dot = _ZPStartOfPathExtension(path.units, path.length);
         return dot ? ZPString::stringWithCharacters_length(path.units + dot + 1, path.length - dot - 1) : ""_zp;
     }
-    ZPString *deletingExtension() {
+    ZPString *stringByDeletingPathExtension() {
         _ZPPathBuffer path(this);
         path.normalize();
         return _ZPPathStore(path.units, _ZPLengthAfterDeletingPathExtension(path.units, path.length));
     }
-    ZPString *appending(ZPString *component) {
+    ZPString *stringByAppendingPathComponent(ZPString *component) {
         _ZPPathBuffer path(this), part(component, 0);
         if (!_ZPAppendPathComponent(path.units, &path.length, _ZPPathCapacity, part.units, part.length)) {
             _ZPLogPathRefusal(this, "stringByAppendingPathComponent:"_sel, component, this);
@@ -59,9 +59,9 @@ struct PathMethods : ZPString {
         path.normalize();
         return _ZPPathStore(path.units, path.length);
     }
-    ZPString *appendingExtension(ZPString *extension) {
+    ZPString *stringByAppendingPathExtension(ZPString *extension) {
         _ZPPathBuffer part(extension, 0);
-        std::uint64_t room = std::uint64_t(ZPString::length()) + 1 + part.length;
+        std::uint64_t room = std::uint64_t(self()->length()) + 1 + part.length;
         _ZPPathBuffer path(this, unsigned(std::min<std::uint64_t>(room, 0xFFFFFFFF)));
         if (!_ZPAppendPathExtension(path.units, &path.length, path.capacity, part.units, part.length)) {
             _ZPLogPathRefusal(this, "stringByAppendingPathExtension:"_sel, extension, this);
@@ -70,46 +70,47 @@ struct PathMethods : ZPString {
         path.normalize();
         return _ZPPathStore(path.units, path.length);
     }
-    ZPString *abbreviating() {
+    ZPString *stringByAbbreviatingWithTildeInPath() {
         _ZPPathBuffer path(this);
         path.normalize();
         _ZPAbbreviatePathWithTilde(path.units, &path.length);
         return _ZPPathStore(path.units, path.length);
     }
-    ZPString *expanding() {
+    ZPString *stringByExpandingTildeInPath() {
         _ZPPathBuffer path(this);
         _ZPExpandTildeInPath(path.units, &path.length, path.capacity);
         path.normalize();
         return _ZPPathStore(path.units, path.length);
     }
-    ZPString *standardizing() {
+    ZPString *stringByStandardizingPath() {
         _ZPPathBuffer path(this);
         _ZPExpandTildeInPath(path.units, &path.length, path.capacity);
         _ZPStandardizePath(path.units, &path.length);
         return _ZPPathStore(path.units, path.length);
     }
-    ZPString *resolving() {
+    ZPString *stringByResolvingSymlinksInPath() {
         _ZPPathBuffer path(this);
         _ZPExpandTildeInPath(path.units, &path.length, path.capacity);
         _ZPStandardizePath(path.units, &path.length);
         _ZPConvertPathToLongFileSystemName(path.units, &path.length, path.capacity);
         return _ZPPathStore(path.units, path.length);
     }
-    ZPArray *appendingPaths(ZPArray *paths) {
-        if (ZPString::isEqualToString(""_zp)) return paths->copyWithZone(ZPString::zone())->autorelease();
+    ZPArray *stringsByAppendingPaths(ZPArray *paths) {
+        if (self()->isEqualToString(""_zp)) return paths->copyWithZone(self()->zone())->autorelease();
         unsigned count = paths->count();
         ZPMutableArray *joined = ZPMutableArray::arrayWithCapacity(count);
-        for (unsigned i = 0; i < count; ++i) joined->addObject(stringByAppendingPathComponent(paths->objectAtIndex(i)));
+        for (unsigned i = 0; i < count; ++i)
+            joined->addObject(self()->stringByAppendingPathComponent(paths->objectAtIndex(i)));
         return joined;
     }
 };
 
 struct ZPArrayPathExtensions : ZPArray {
     ZPArray *pathsMatchingExtensions(ZPArray *extensions) {
-        unsigned count = ZPArray::count();
+        unsigned count = self()->count();
         ZPMutableArray *matching = ZPMutableArray::arrayWithCapacity(count);
         for (unsigned i = 0; i < count; ++i) {
-            ZPString *path = ZPArray::objectAtIndex(i), *extension = path->pathExtension();
+            ZPString *path = self()->objectAtIndex(i), *extension = path->pathExtension();
             if (extension->length() && extensions->containsObject(extension)) matching->addObject(path);
         }
         return matching;
@@ -118,21 +119,10 @@ struct ZPArrayPathExtensions : ZPArray {
 
 }  // namespace
 
-ZP_CATEGORY(ZPString, ZPPathUtilities)
-    .classMethod<&PathMethods::pathWithComponents>("pathWithComponents:")
-    .method<&PathMethods::pathComponents>("pathComponents")
-    .method<&PathMethods::isAbsolutePath>("isAbsolutePath")
-    .method<&PathMethods::lastPathComponent>("lastPathComponent")
-    .method<&PathMethods::deletingLast>("stringByDeletingLastPathComponent")
-    .method<&PathMethods::appending>("stringByAppendingPathComponent:")
-    .method<&PathMethods::pathExtension>("pathExtension")
-    .method<&PathMethods::deletingExtension>("stringByDeletingPathExtension")
-    .method<&PathMethods::appendingExtension>("stringByAppendingPathExtension:")
-    .method<&PathMethods::abbreviating>("stringByAbbreviatingWithTildeInPath")
-    .method<&PathMethods::expanding>("stringByExpandingTildeInPath")
-    .method<&PathMethods::standardizing>("stringByStandardizingPath")
-    .method<&PathMethods::resolving>("stringByResolvingSymlinksInPath")
-    .method<&PathMethods::appendingPaths>("stringsByAppendingPaths:");
+ZP_CATEGORY(ZPString, PathMethods, pathComponents, isAbsolutePath, lastPathComponent, stringByDeletingLastPathComponent,
+            stringByAppendingPathComponent, pathExtension, stringByDeletingPathExtension,
+            stringByAppendingPathExtension, stringByAbbreviatingWithTildeInPath, stringByExpandingTildeInPath,
+            stringByStandardizingPath, stringByResolvingSymlinksInPath, stringsByAppendingPaths,
+            classMethods(pathWithComponents));
 
-ZP_CATEGORY(ZPArray, ZPArrayPathExtensions)
-    .method<&ZPArrayPathExtensions::pathsMatchingExtensions>("pathsMatchingExtensions:");
+ZP_CATEGORY(ZPArray, ZPArrayPathExtensions, pathsMatchingExtensions);

@@ -25,10 +25,10 @@ struct PathStore : ZPPathStore2 {
     unsigned count() { return _lengthAndRefCount; }
     ZPString *part(unsigned from, unsigned to) { return _ZPPathStore(units() + from, to - from); }
 
-    static ZPPathStore2 *withCharacters(Class, const unichar *characters, unsigned length) {
+    static ZPPathStore2 *pathStoreWithCharacters_length(Class, const unichar *characters, unsigned length) {
         return _ZPNewPathStore(characters, length, nullptr)->autorelease();
     }
-    static ZPPathStore2 *withCString(Class, const char *bytes) {
+    static ZPPathStore2 *pathStoreWithCString(Class, const char *bytes) {
         if (!bytes) return nullptr;
         ZPOwnedMemory<void> block;
         unsigned length = 0;
@@ -42,7 +42,7 @@ struct PathStore : ZPPathStore2 {
         std::copy_n(static_cast<unsigned char *>(block.get()), length, wide.memory);
         return _ZPNewPathStore(wide.memory, length, nullptr)->autorelease();
     }
-    static ZPString *withComponents(Class self, ZPArray *components) {
+    static ZPString *pathWithComponents(Class self, ZPArray *components) {
         // The path so far; it grows by doubling, so there is no longest one.
         struct Text {
             unichar *units = nullptr;
@@ -77,7 +77,7 @@ struct PathStore : ZPPathStore2 {
             raiseBounds("characterAtIndex:"_sel, index, count());
         return units()[index];
     }
-    void getCharactersRange(unichar *buffer, ZPRange range) {
+    void getCharacters_range(unichar *buffer, ZPRange range) {
         if (range.location > count() || range.length > count() - range.location) [[unlikely]]
             raiseBounds("getCharacters:range:"_sel, range.location + range.length, count() + 1);
         std::copy_n(units() + range.location, range.length, buffer);
@@ -87,7 +87,7 @@ struct PathStore : ZPPathStore2 {
                                   _ZPMethodExceptionProem(this, selector), index, bounds);
     }
     id copyWithZone(ZPZone *zone) {
-        if (ZPShouldRetainWithZone(this, zone)) return ZPObject::retain();
+        if (ZPShouldRetainWithZone(this, zone)) return self()->retain();
         return _ZPNewPathStore(units(), count(), zone);
     }
 
@@ -97,12 +97,14 @@ struct PathStore : ZPPathStore2 {
         unsigned start = _ZPStartOfLastPathComponent(units(), count());
         return start ? part(start, count()) : this;
     }
-    ZPString *deletingLast() { return part(0, _ZPLengthAfterDeletingLastPathComponent(units(), count())); }
+    ZPString *stringByDeletingLastPathComponent() {
+        return part(0, _ZPLengthAfterDeletingLastPathComponent(units(), count()));
+    }
     ZPString *pathExtension() {
         unsigned dot = _ZPStartOfPathExtension(units(), count());
-        return dot ? ZPString::substringWithRange({dot + 1, count() - dot - 1}) : ""_zp;
+        return dot ? self()->substringWithRange({dot + 1, count() - dot - 1}) : ""_zp;
     }
-    ZPString *deletingExtension() { return part(0, _ZPLengthAfterDeletingPathExtension(units(), count())); }
+    ZPString *stringByDeletingPathExtension() { return part(0, _ZPLengthAfterDeletingPathExtension(units(), count())); }
     template <class F> ZPString *appending(SEL selector, ZPString *addition, F append) {
         _ZPPathBuffer added(addition, 0);
         std::uint64_t room = std::uint64_t(count()) + 1 + added.length;
@@ -114,18 +116,18 @@ struct PathStore : ZPPathStore2 {
         path.normalize();
         return _ZPPathStore(path.units, path.length);
     }
-    ZPString *appendingComponent(ZPString *component) {
+    ZPString *stringByAppendingPathComponent(ZPString *component) {
         return appending("stringByAppendingPathComponent:"_sel, component, _ZPAppendPathComponent);
     }
-    ZPString *appendingExtension(ZPString *extension) {
+    ZPString *stringByAppendingPathExtension(ZPString *extension) {
         return appending("stringByAppendingPathExtension:"_sel, extension, _ZPAppendPathExtension);
     }
-    ZPString *abbreviating() {
+    ZPString *stringByAbbreviatingWithTildeInPath() {
         _ZPPathBuffer path(this);
         _ZPAbbreviatePathWithTilde(path.units, &path.length);
         return _ZPPathStore(path.units, path.length);
     }
-    ZPString *expanding() {
+    ZPString *stringByExpandingTildeInPath() {
         _ZPPathBuffer path(this);
         _ZPExpandTildeInPath(path.units, &path.length, path.capacity);
         return _ZPPathStore(path.units, path.length);
@@ -134,21 +136,8 @@ struct PathStore : ZPPathStore2 {
 
 }  // namespace
 
-ZP_IMPLEMENT(ZPPathStore2)
-    .classMethod<&PathStore::withCharacters>("pathStoreWithCharacters:length:")
-    .classMethod<&PathStore::withCString>("pathStoreWithCString:")
-    .classMethod<&PathStore::withComponents>("pathWithComponents:")
-    .method<&PathStore::length>("length")
-    .method<&PathStore::characterAtIndex>("characterAtIndex:")
-    .method<&PathStore::getCharactersRange>("getCharacters:range:")
-    .method<&PathStore::copyWithZone>("copyWithZone:")
-    .method<&PathStore::pathComponents>("pathComponents")
-    .method<&PathStore::isAbsolutePath>("isAbsolutePath")
-    .method<&PathStore::lastPathComponent>("lastPathComponent")
-    .method<&PathStore::deletingLast>("stringByDeletingLastPathComponent")
-    .method<&PathStore::appendingComponent>("stringByAppendingPathComponent:")
-    .method<&PathStore::pathExtension>("pathExtension")
-    .method<&PathStore::deletingExtension>("stringByDeletingPathExtension")
-    .method<&PathStore::appendingExtension>("stringByAppendingPathExtension:")
-    .method<&PathStore::abbreviating>("stringByAbbreviatingWithTildeInPath")
-    .method<&PathStore::expanding>("stringByExpandingTildeInPath");
+ZP_IMPLEMENT_WITH(ZPPathStore2, PathStore, length, characterAtIndex, getCharacters_range, copyWithZone, pathComponents,
+                  isAbsolutePath, lastPathComponent, stringByDeletingLastPathComponent, stringByAppendingPathComponent,
+                  pathExtension, stringByDeletingPathExtension, stringByAppendingPathExtension,
+                  stringByAbbreviatingWithTildeInPath, stringByExpandingTildeInPath,
+                  classMethods(pathStoreWithCharacters_length, pathStoreWithCString, pathWithComponents));
