@@ -336,8 +336,10 @@ template <class T> inline constexpr objc_fieldHooks objc_hooksOf = {
         if constexpr (!std::is_trivially_default_constructible_v<T>) ::new (p) T;
     },
     std::is_trivially_copyable_v<T> ? nullptr : +[](void *p, const void *source) {
-        if constexpr (!std::is_trivially_copyable_v<T> && std::is_copy_constructible_v<T>) ::new (p) T(*static_cast<const T *>(source));
-        else if constexpr (!std::is_trivially_copyable_v<T>) objc_fatal("an instance whose C++ fields cannot be copied was copied");
+        if constexpr (!std::is_trivially_copyable_v<T> && std::is_copy_constructible_v<T>)
+            ::new (p) T(*static_cast<const T *>(source));
+        else if constexpr (!std::is_trivially_copyable_v<T>)
+            objc_fatal("an instance whose C++ fields cannot be copied was copied");
     },
     std::is_trivially_destructible_v<T> ? nullptr : +[](void *p) {
         if constexpr (!std::is_trivially_destructible_v<T>) static_cast<T *>(p)->~T();

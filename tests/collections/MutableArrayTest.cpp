@@ -198,13 +198,13 @@ TEST_F(ConcreteMutableArray, Errors) {
     };
     EXPECT_EQ(raised([&] { array->addObject(nullptr); }),
               "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray addObject:]: attempt to insert nil object");
-    EXPECT_EQ(
-        raised([&] { array->insertObject_atIndex(nullptr, 0); }),
-        "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray insertObject:atIndex:]: attempt to insert nil object");
+    EXPECT_EQ(raised([&] { array->insertObject_atIndex(nullptr, 0); }),
+              "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray insertObject:atIndex:]: attempt to insert nil "
+              "object");
     EXPECT_EQ(raised([&] { array->insertObject_atIndex("c"_zp, 3); }), range("insertObject:atIndex:", 3, 3));
-    EXPECT_EQ(
-        raised([&] { array->replaceObjectAtIndex_withObject(0, nullptr); }),
-        "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray replaceObjectAtIndex:withObject:]: attempt to insert nil object");
+    EXPECT_EQ(raised([&] { array->replaceObjectAtIndex_withObject(0, nullptr); }),
+              "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray replaceObjectAtIndex:withObject:]: attempt to "
+              "insert nil object");
     EXPECT_EQ(raised([&] { array->replaceObjectAtIndex_withObject(2, "c"_zp); }),
               range("replaceObjectAtIndex:withObject:", 2, 2));
     EXPECT_EQ(raised([&] { array->removeObjectAtIndex(2); }), range("removeObjectAtIndex:", 2, 2));

@@ -122,10 +122,10 @@ TEST_F(Errors, MessagesOfTheRootClass) {
               "*** -count cannot be sent to an abstract object of class Abstract: Create a concrete instance!");
     EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { objc_msgSend(Partial::new_()->autorelease(), "count"_sel); }),
               "*** -count only defined for abstract class.  Define -[Partial count]!");
-    EXPECT_EQ(
-        reasonOf(ZPInvalidArgumentException,
-                 [&] { objc_msgSend<id>(Partial::new_()->autorelease(), "initEmpty"_sel); }),
-        "*** initialization method -initEmpty cannot be sent to an abstract object of class Partial: Create a concrete instance!");
+    EXPECT_EQ(reasonOf(ZPInvalidArgumentException,
+                       [&] { objc_msgSend<id>(Partial::new_()->autorelease(), "initEmpty"_sel); }),
+              "*** initialization method -initEmpty cannot be sent to an abstract object of class Partial: Create a "
+              "concrete instance!");
     ZPProxy *proxy = ZPProxy::alloc();
     EXPECT_EQ(reasonOf(ZPInvalidArgumentException, [&] { proxy->isKindOfClass(ZPObject::class_()); }),
               "*** -[ZPProxy methodSignatureForSelector:] called!");

@@ -138,7 +138,8 @@ TEST(Zombie, ReportsEveryMessageToAFreedObject) {
             char report[300];
             std::snprintf(
                 report, sizeof report,
-                "*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\nBreak at '-[_ZPZombie %s]' to debug.",
+                "*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\nBreak at '-[_ZPZombie %s]' to "
+                "debug.",
                 c.selector, reinterpret_cast<unsigned long>(ghost), c.caught);
             EXPECT_STREQ(e->reason()->cString(), report);
             EXPECT_TRUE(e->name()->isEqual(ZPGenericException));

@@ -311,7 +311,8 @@ TEST(DefaultCenter, OneForEachClass) {
         EXPECT_TRUE(e->name()->isEqualToString(ZPInvalidArgumentException));
         EXPECT_EQ(
             std::string(e->reason()->cString()),
-            "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the ZPNotificationCenter class or subclass");
+            "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the ZPNotificationCenter "
+            "class or subclass");
     }
 }
 

@@ -34,11 +34,11 @@ std::string read(const char *text, const char *format, ZPDictionary *locale = nu
 }
 ZPDictionary *german() {
     return (ZPDictionary
-                *)(ZPObject
-                       *)"{ZPWeekDayNameArray = (Sonntag, Montag, Dienstag, Mittwoch, Donnerstag, Freitag, Samstag); ZPMonthNameArray = (Januar);"
-                         "ZPAMPMDesignation = (vorm, nachm); ZPTimeDateFormatString = \"%A, %d.%m.%Y %H:%M\";}"_zp
-                             ->propertyList()
-                             .pointer();
+                *)(ZPObject *)"{ZPWeekDayNameArray = (Sonntag, Montag, Dienstag, Mittwoch, Donnerstag, Freitag, "
+                              "Samstag); ZPMonthNameArray = (Januar);"
+                              "ZPAMPMDesignation = (vorm, nachm); ZPTimeDateFormatString = \"%A, %d.%m.%Y %H:%M\";}"_zp
+                                  ->propertyList()
+                                  .pointer();
 }
 
 }  // namespace
