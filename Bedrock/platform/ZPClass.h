@@ -23,8 +23,8 @@
 struct Protocol;
 struct ZPZone;
 
-/// Calls an implementation with arguments read from a frame, as `objc_frame` describes it; `result` may be null. Answers
-/// where the result went: `result`, or for one that is returned in memory the place that the frame names.
+/// Calls an implementation with arguments read from a frame, as `objc_frame` describes it; `result` may be null.
+/// Answers where the result went: `result`, or for one that is returned in memory the place that the frame names.
 using objc_frameInvoker = void *(*)(IMP implementation, objc_object *self, SEL selector, void *arguments, void *result);
 
 /// A method by name and type. Both texts live as long as the process.

@@ -41,23 +41,24 @@ template <class T> using objc_superclassOf =
     typename decltype(objc_nearest(static_cast<T *>(nullptr), static_cast<T *>(nullptr)))::type;
 
 /// @cond machinery
-#define OBJC_CLASS_MEMBERS(T, RECORD)                                                                                                                                            \
-    RECORD;                                                                                                                                                                      \
-    /** The class object. */                                                                                                                                                     \
-    static ::Class class_() { return &classRecord_that_ZP_IMPLEMENT_defines.cls; }                                                                                               \
-    /** A new instance that the caller owns; initialise it before use. */                                                                                                        \
-    static T *alloc() { return ::objc_allocate<T>(class_()); }                                                                                                                   \
-    /** A new instance in a zone (null: the default zone) that the caller owns. */                                                                                               \
-    static T *allocWithZone(::ZPZone *zone)                                                                                                                                      \
-        ZP_CLASS_ASKS(zone) /** A new, initialised instance that the caller owns. */                                                                                             \
-        static T *                                                                                                                                                               \
-        new_()                                                                                                                                                                   \
-            ZP_CLASS_ASKS() /** Prepares a new instance, and is sent to nothing else; answers the receiver, or another object in its */ /** place, which alone is to be used. */ \
-        template <class = void>                                                                                                                                                  \
-        T *init() ZP_ASKS() static void *operator new(::std::size_t) = delete;                                                                                                   \
-    template <class X>                                                                                                                                                           \
-        requires(!::std::is_same_v<X, T>)                                                                                                                                        \
+// clang-format off
+#define OBJC_CLASS_MEMBERS(T, RECORD)                                                                                  \
+    RECORD;                                                                                                            \
+    /** The class object. */                                                                                           \
+    static ::Class class_() { return &classRecord_that_ZP_IMPLEMENT_defines.cls; }                                     \
+    /** A new instance that the caller owns; initialise it before use. */                                              \
+    static T *alloc() { return ::objc_allocate<T>(class_()); }                                                         \
+    /** A new instance in a zone (null: the default zone) that the caller owns. */                                     \
+    static T *allocWithZone(::ZPZone *zone) ZP_CLASS_ASKS(zone)                                                        \
+    /** A new, initialised instance that the caller owns. */                                                           \
+    static T *new_() ZP_CLASS_ASKS()                                                                                   \
+    /** Prepares a new instance, and is sent to nothing else; answers the receiver, or another object in its */        \
+    /** place, which alone is to be used. */                                                                           \
+    template <class = void> T *init() ZP_ASKS()                                                                        \
+    static void *operator new(::std::size_t) = delete;                                                                 \
+    template <class X> requires(!::std::is_same_v<X, T>)                                                               \
     friend ::std::type_identity<T> objc_nearest(X *, const T *) { return {}; }
+// clang-format on
 /// @endcond
 
 /// Declares a struct to be a class: write it first in a struct that derives from another class. ZP_IMPLEMENT or
@@ -364,8 +365,10 @@ template <class T> inline constexpr objc_fieldHooks objc_hooksOf = {
         if constexpr (!std::is_trivially_default_constructible_v<T>) ::new (p) T;
     },
     std::is_trivially_copyable_v<T> ? nullptr : +[](void *p, const void *source) {
-        if constexpr (!std::is_trivially_copyable_v<T> && std::is_copy_constructible_v<T>) ::new (p) T(*static_cast<const T *>(source));
-        else if constexpr (!std::is_trivially_copyable_v<T>) objc_fatal("an instance whose C++ fields cannot be copied was copied");
+        if constexpr (!std::is_trivially_copyable_v<T> && std::is_copy_constructible_v<T>)
+            ::new (p) T(*static_cast<const T *>(source));
+        else if constexpr (!std::is_trivially_copyable_v<T>)
+            objc_fatal("an instance whose C++ fields cannot be copied was copied");
     },
     std::is_trivially_destructible_v<T> ? nullptr : +[](void *p) {
         if constexpr (!std::is_trivially_destructible_v<T>) static_cast<T *>(p)->~T();
@@ -461,7 +464,8 @@ objc_loadThisLibrary() {
 ///
 /// The selector follows from the name as it does for a front. What is no plain method is said with a word:
 ///
-/// - `classMethods(a, b)`: static functions that answer messages to the class. They may take the receiving `Class` first.
+/// - `classMethods(a, b)`: static functions that answer messages to the class; they may take the receiving `Class`
+///   first.
 /// - `classMethodsOf(S, a, b)`, `methodsOf(S, a, b)`: the same, and instance methods, as members of another struct.
 /// - `named(a, "a:::")`: a method whose selector is not what its name says.
 /// - `variadic(a)`: a method with unnamed arguments behind the named ones, which it takes as a `va_list`, last.

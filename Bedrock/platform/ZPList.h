@@ -27,7 +27,8 @@
 #define OBJC_NEXT_12(M, a, b, x, ...) M(a, b, x) __VA_OPT__(OBJC_NEXT_13(M, a, b, __VA_ARGS__))
 #define OBJC_NEXT_13(M, a, b, x, ...) M(a, b, x) __VA_OPT__(OBJC_NEXT_14(M, a, b, __VA_ARGS__))
 #define OBJC_NEXT_14(M, a, b, x, ...) M(a, b, x) __VA_OPT__(OBJC_NEXT_15(M, a, b, __VA_ARGS__))
-#define OBJC_NEXT_15(M, a, b, x, ...) M(a, b, x) __VA_OPT__(objc_the_list_is_too_long OBJC_PARENTHESES (M, a, b, __VA_ARGS__))
+#define OBJC_NEXT_15(M, a, b, x, ...)                                                                          \
+    M(a, b, x) __VA_OPT__(objc_the_list_is_too_long OBJC_PARENTHESES (M, a, b, __VA_ARGS__))
 #define objc_the_list_is_too_long() OBJC_NEXT_0
 #define OBJC_AGAIN_0(...) __VA_ARGS__
 #define OBJC_AGAIN_1(...) OBJC_AGAIN_0(OBJC_AGAIN_0(__VA_ARGS__))
@@ -50,7 +51,8 @@
 #define OBJC_NEXT_INNER_12(M, a, b, x, ...) M(a, b, x) __VA_OPT__(OBJC_NEXT_INNER_13(M, a, b, __VA_ARGS__))
 #define OBJC_NEXT_INNER_13(M, a, b, x, ...) M(a, b, x) __VA_OPT__(OBJC_NEXT_INNER_14(M, a, b, __VA_ARGS__))
 #define OBJC_NEXT_INNER_14(M, a, b, x, ...) M(a, b, x) __VA_OPT__(OBJC_NEXT_INNER_15(M, a, b, __VA_ARGS__))
-#define OBJC_NEXT_INNER_15(M, a, b, x, ...) M(a, b, x) __VA_OPT__(objc_the_list_is_too_long_INNER OBJC_PARENTHESES (M, a, b, __VA_ARGS__))
+#define OBJC_NEXT_INNER_15(M, a, b, x, ...)                                                              \
+    M(a, b, x) __VA_OPT__(objc_the_list_is_too_long_INNER OBJC_PARENTHESES (M, a, b, __VA_ARGS__))
 #define objc_the_list_is_too_long_INNER() OBJC_NEXT_INNER_0
 #define OBJC_AGAIN_INNER_0(...) __VA_ARGS__
 #define OBJC_AGAIN_INNER_1(...) OBJC_AGAIN_INNER_0(OBJC_AGAIN_INNER_0(__VA_ARGS__))
@@ -91,11 +93,14 @@
 
 #define OBJC_ENTER_NOTHING(kind, S, item)
 #define OBJC_ENTER_CLASS_METHODS(kind, S, item) OBJC_EACH_INNER(OBJC_ENTER_METHOD, Static, S, OBJC_INSIDE_##item)
-#define OBJC_ENTER_CLASS_METHODS_OF(kind, S, item) OBJC_EACH_INNER(OBJC_ENTER_METHOD, Static, OBJC_STRUCT_##item, OBJC_INSIDE_##item)
-#define OBJC_ENTER_METHODS_OF(kind, S, item) OBJC_EACH_INNER(OBJC_ENTER_METHOD, Member, OBJC_STRUCT_##item, OBJC_INSIDE_##item)
+#define OBJC_ENTER_CLASS_METHODS_OF(kind, S, item)                                                                     \
+    OBJC_EACH_INNER(OBJC_ENTER_METHOD, Static, OBJC_STRUCT_##item, OBJC_INSIDE_##item)
+#define OBJC_ENTER_METHODS_OF(kind, S, item)                                                                           \
+    OBJC_EACH_INNER(OBJC_ENTER_METHOD, Member, OBJC_STRUCT_##item, OBJC_INSIDE_##item)
 #define OBJC_ENTER_PROTOCOLS(kind, S, item) OBJC_EACH_INNER(OBJC_ENTER_PROTOCOL, kind, S, OBJC_INSIDE_##item)
 #define OBJC_ENTER_PROTOCOL(kind, S, P) ::objc_enterProtocol(lister, P::protocol());
-#define OBJC_ENTER_IMMORTAL(kind, S, item) OBJC_EACH_INNER(OBJC_ENTER_METHOD, Member, ::objc_immortal, retain, release, autorelease, retainCount)
+#define OBJC_ENTER_IMMORTAL(kind, S, item)                                                                             \
+    OBJC_EACH_INNER(OBJC_ENTER_METHOD, Member, ::objc_immortal, retain, release, autorelease, retainCount)
 
 // Methods: plain, named and variadic ones. `kind` is Member or Static, for the class.
 #define OBJC_ENTER_METHOD(kind, S, item) OBJC_CHOOSE(OBJC_METHOD_##item, OBJC_ENTER_PLAIN)(kind, S, item)
@@ -147,13 +152,15 @@
     OBJC_DEFINE_CLASS(static, template <>, T, __VA_ARGS__)
 #define OBJC_IMPLEMENT_AS_inline(...) OBJC_DEFINE_CLASS(inline, inline, __VA_ARGS__)
 #define OBJC_DEFINE_CLASS(STORAGE, PREFIX, T, S, n, ...)                                                               \
-    OBJC_REGISTER(STORAGE, "zp_records", n, #T, &T::classRecord_that_ZP_IMPLEMENT_defines.cls, T, S __VA_OPT__(, ) __VA_ARGS__); \
+    OBJC_REGISTER(STORAGE, "zp_records", n, #T, &T::classRecord_that_ZP_IMPLEMENT_defines.cls, T,                      \
+                  S __VA_OPT__(, ) __VA_ARGS__);                                                                       \
     PREFIX constinit ::objc_classPair T::classRecord_that_ZP_IMPLEMENT_defines = ::objc_classRecord<T>(                \
         &objc_registration##n, #T, ::objc_traits{} OBJC_EACH(OBJC_TRAIT, T, S __VA_OPT__(, ) __VA_ARGS__))
 
 #define OBJC_CATEGORY(T, S, n, ...) OBJC_CATEGORY2(T, S, n __VA_OPT__(, ) __VA_ARGS__)
 #define OBJC_CATEGORY2(T, S, n, ...)                                                                                   \
-    OBJC_REGISTER(static, "zp_categories", n, #S, &T::classRecord_that_ZP_IMPLEMENT_defines.cls, T, S __VA_OPT__(, ) __VA_ARGS__)
+    OBJC_REGISTER(static, "zp_categories", n, #S, &T::classRecord_that_ZP_IMPLEMENT_defines.cls, T,                    \
+                  S __VA_OPT__(, ) __VA_ARGS__)
 
 // ---- fronts made of code -----------------------------------------------------------------------
 
@@ -185,8 +192,8 @@
     };                                                                                                                 \
     template <class R, class... A> struct objc_##T##_##name<R (*)(A...)> {                                             \
         static R name(A... arguments) {                                                                                \
-            return ::objc_ask(::objc_late<T, R>::type::class_(), ::objc_frontSlot<objc_##T##_##name>, #name, arguments...) \
-                .template as<R>();                                                                                     \
+            ::Class to = ::objc_late<T, R>::type::class_();                                                            \
+            return ::objc_ask(to, ::objc_frontSlot<objc_##T##_##name>, #name, arguments...).template as<R>();          \
         }                                                                                                              \
     };                                                                                                                 \
     template <class R, class... A> struct objc_##T##_##name<R (*)(::Class, A...)> : objc_##T##_##name<R (*)(A...)> {};

@@ -62,7 +62,8 @@ TEST_F(ParserTest, CharacterClasses) {
     EXPECT_EQ(tokens(p), "4:#a-1 128:B 32:A 2:q\" 32:<=> 32:<= 128:< 32:== 128:\" ");
     EXPECT_EQ(
         raised([&] { p->setMultipleCharacterSeparators(ZPArray::arrayWithObjects("ok"_zp, "x"_zp)); }),
-        "ZPInvalidArgumentException: *** -[Calculator setMultipleCharacterSeparators:]: Separator strings expected to be at least 2 characters in length: x");
+        "ZPInvalidArgumentException: *** -[Calculator setMultipleCharacterSeparators:]: Separator strings expected "
+        "to be at least 2 characters in length: x");
 }
 
 TEST_F(ParserTest, PeekingDoesNotConsume) {
@@ -76,7 +77,8 @@ TEST_F(ParserTest, PeekingDoesNotConsume) {
     EXPECT_NE(p->parseSeparatorEqualTo("'"_zp), nullptr);
     EXPECT_EQ(
         raised([&] { p->expectSeparatorEqualTo("+"_zp); }),
-        "ZPParseErrorException: *** Separator '+' expected;\nParse error line 1 (position 4) for units: ();\nNext token is 'b'");
+        "ZPParseErrorException: *** Separator '+' expected;\nParse error line 1 (position 4) for units: ();\nNext "
+        "token is 'b'");
     EXPECT_NE(raised([&] { p->expectTokenEqualTo_mask("c"_zp, 62); }).find("Token 'c' expected"), std::string::npos);
     EXPECT_EQ(text(p->parseString()), "b");
     p->expectEndOfInput();

@@ -287,10 +287,10 @@ struct Generator {
 };
 
 TEST(PropertyListReading, BothReadersAgreeAndTheWriterWithThem) {
-    std::istringstream cases(
-        "| |/|//|/*|/* *|/**|/*/|a|a/|\"|\"\\|\"\\U|\"\\1|<|<0|<00|<00>|<0 0>|<00,>|<\"00\">|<00/**/11>|<00//11\n>|<0g>|<g0>|"
-        "<000>|<:>|(|(a|(a,|(a,,|()|(,)|{|{}|{;}|{a}|{a=}|{a=b|{a=b;|{a=b;;}|{\"\"=\"\";}|{(a)=b;}|{a=b;a=c;a=d}|a b|a,|"
-        "() ()|'a'|-1|a-b|#|@\"x\"|(a;b)|{a=b,}|\x01|\"\x01\"|\\|a\\");
+    std::istringstream cases("| |/|//|/*|/* *|/**|/*/|a|a/|\"|\"\\|\"\\U|\"\\1|<|<0|<00|<00>|<0 0>|"
+                             "<00,>|<\"00\">|<00/**/11>|<00//11\n>|<0g>|<g0>|<000>|<:>|(|(a|(a,|(a,,|()|(,)|"
+                             "{|{}|{;}|{a}|{a=}|{a=b|{a=b;|{a=b;;}|{\"\"=\"\";}|{(a)=b;}|{a=b;a=c;a=d}|a b|a,|"
+                             "() ()|'a'|-1|a-b|#|@\"x\"|(a;b)|{a=b,}|\x01|\"\x01\"|\\|a\\");
     for (std::string text; std::getline(cases, text, '|');) expectAgreement(textOf(text));
     for (unsigned seed = 0; seed < 1500; ++seed) {
         ZPAutoreleasePoolScope inner;

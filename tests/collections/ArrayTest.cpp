@@ -229,12 +229,12 @@ TEST_F(ConcreteArray, AbstractInitialisersAndPrimitivesSayWhatIsMissing) {
     array->autorelease();
     EXPECT_EQ(raised([&] { array->count(); }),
               "ZPInvalidArgumentException: *** -count only defined for abstract class.  Define -[BareArray count]!");
-    EXPECT_EQ(
-        raised([&] { array->addObject("x"_zp); }),
-        "ZPInvalidArgumentException: *** -addObject: only defined for abstract class.  Define -[BareArray addObject:]!");
-    EXPECT_EQ(
-        raised([&] { array->initWithCapacity(3); }),
-        "ZPInvalidArgumentException: *** initialization method -initWithCapacity: cannot be sent to an abstract object of class BareArray: Create a concrete instance!");
+    EXPECT_EQ(raised([&] { array->addObject("x"_zp); }),
+              "ZPInvalidArgumentException: *** -addObject: only defined for abstract class.  Define -[BareArray "
+              "addObject:]!");
+    EXPECT_EQ(raised([&] { array->initWithCapacity(3); }),
+              "ZPInvalidArgumentException: *** initialization method -initWithCapacity: cannot be sent to an abstract "
+              "object of class BareArray: Create a concrete instance!");
 }
 
 TEST_F(ConcreteArray, SortsWithAHint) {

@@ -230,19 +230,20 @@ TEST_F(ConcreteDictionary, Errors) {
     id objects[] = {TestItem::with(1), nullptr}, keys[] = {TestItem::with(2), TestItem::with(3)};
     EXPECT_EQ(raised([&] { ZPMutableDictionary::dictionaryWithObjects_forKeys_count(objects, keys, 2); }),
               message("initWithObjects:forKeys:count:", "insert nil value"));
-    EXPECT_EQ(
-        raised([&] { ZPDictionary::dictionaryWithObjects_forKeys_count(keys, objects, 0x8000000); }),
-        "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:count:]: absurd count: 134217728");
+    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjects_forKeys_count(keys, objects, 0x8000000); }),
+              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:count:]: absurd count: "
+              "134217728");
     EXPECT_EQ(
         raised([&] { ZPMutableDictionary::dictionaryWithCapacity(0x8000000); }),
         "ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary initWithCapacity:]: absurd capacity: 134217728");
-    EXPECT_EQ(
-        raised([&] { ZPDictionary::dictionaryWithObjectsAndKeys("a"_zp, "b"_zp, "c"_zp); }),
-        "ZPInvalidArgumentException: *** +[ZPDictionary dictionaryWithObjectsAndKeys:]: second object of each pair must be non-nil");
-    EXPECT_EQ(
-        raised(
-            [&] { ZPDictionary::dictionaryWithObjects_forKeys(ZPArray::arrayWithObjects("a"_zp), ZPArray::array()); }),
-        "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:]: number of objects (1) not equal to number of keys (0)");
+    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjectsAndKeys("a"_zp, "b"_zp, "c"_zp); }),
+              "ZPInvalidArgumentException: *** +[ZPDictionary dictionaryWithObjectsAndKeys:]: "
+              "second object of each pair must be non-nil");
+    EXPECT_EQ(raised([&] {
+                  ZPDictionary::dictionaryWithObjects_forKeys(ZPArray::arrayWithObjects("a"_zp), ZPArray::array());
+              }),
+              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:]: "
+              "number of objects (1) not equal to number of keys (0)");
 }
 
 TEST_F(ConcreteDictionary, AnEnumeratorKeepsItsDictionaryUntilTheEnd) {

@@ -108,7 +108,8 @@ TEST_F(Errors, MessagesOfTheRootClass) {
         {[&] { objc_msgSend(partial, "count"_sel); },
          "-count only defined for abstract class.  Define -[Partial count]!"},
         {[&] { objc_msgSend<id>(partial, "initEmpty"_sel); },
-         "initialization method -initEmpty cannot be sent to an abstract object of class Partial: Create a concrete instance!"},
+         "initialization method -initEmpty cannot be sent to an abstract object of class Partial: "
+         "Create a concrete instance!"},
         {[&] { proxy->isKindOfClass(ZPObject::class_()); }, "-[ZPProxy methodSignatureForSelector:] called!"},
     };
     for (auto &[body, reason] : cases)

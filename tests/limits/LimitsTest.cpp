@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The limits of docs/architecture.md, at the limit and one past it; those of collections, data and nested lists are with
-// the tests of these. Where the limit itself would take gigabytes, what is asked for is the room alone. Not here, for they
-// touch gigabytes or go to the host: full dictionaries, sets and simple tables, the longest string, the width in a
-// string's format, a log event.
+// The limits of docs/architecture.md, at the limit and one past it; those of collections, data and nested lists are
+// with the tests of these. Where the limit itself would take gigabytes, what is asked for is the room alone. Not here,
+// for they touch gigabytes or go to the host: full dictionaries, sets and simple tables, the longest string, the width
+// in a string's format, a log event.
 #include <Bedrock/Bedrock.h>
 #include <support/Objects.h>
 

@@ -16,7 +16,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-// The program's own allocator, and its own mapping of pages, stand before the C library's. Thread-local, so that gtest's threads do not count.
+// The program's own allocator, and its own mapping of pages, stand before the C library's. Thread-local, so that
+// gtest's threads do not count.
 extern "C" {
 void *__libc_malloc(std::size_t);
 void *__libc_calloc(std::size_t, std::size_t);
@@ -57,9 +58,9 @@ void emptyShelves() {
         for (long before = calls; before == calls;) ZPAllocateObject(ZPObject::class_(), size, nullptr);
 }
 
-/// Runs the operation on what `prepare` makes anew each time, with allocation 1, 2, 3 ... failing, until none is reached
-/// any more; `check` is asked after each whether the operation had been done. One of them at least raises, or, with
-/// `raises` false, none.
+/// Runs the operation on what `prepare` makes anew each time, with allocation 1, 2, 3 ... failing, until none is
+/// reached any more; `check` is asked after each whether the operation had been done. One of them at least raises, or,
+/// with `raises` false, none.
 template <class Subject> void eachAllocationFails(std::function<Subject()> prepare,
                                                   std::function<void(Subject)> operation,
                                                   std::function<void(Subject, bool done)> check, bool raises = true) {

@@ -266,9 +266,9 @@ TEST(DefaultCenter, OneForEachClass) {
     EXPECT_EQ(center->retainCount(), 1u);
     ZPNotificationCenter::setDefaultCenter_forClass(center, ZPNotificationCenter::class_());
     center->release();
-    EXPECT_EQ(
-        reasonOf([&] { ZPNotificationCenter::setDefaultCenter_forClass(center, ZPString::class_()); }),
-        "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the ZPNotificationCenter class or subclass");
+    EXPECT_EQ(reasonOf([&] { ZPNotificationCenter::setDefaultCenter_forClass(center, ZPString::class_()); }),
+              "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: "
+              "class parameter not the ZPNotificationCenter class or subclass");
 }
 
 namespace {

@@ -263,7 +263,8 @@ TEST(CharacterFiles, brokenSets) {
         root.write("controlCharacterSet.dict", "( a, b )");
         root.write(
             "SystemCharacterSetAux.dict",
-            "{ decimalDigitCharacterSet = { ranges = ( 0x6F0, 0x6F9 ); }; whitespaceCharacterSet = { characters = ( 0x3000, 32 ); };"
+            "{ decimalDigitCharacterSet = { ranges = ( 0x6F0, 0x6F9 ); }; whitespaceCharacterSet = { characters = ( "
+            "0x3000, 32 ); };"
             " few = { characters = ( 0x41, 66, 70000 ); }; odd = x; nested = { singles = ( ( 1 ), 5 ); }; }");
         testing::internal::CaptureStderr();
         // A short bitmap is used as far as it goes, and below U+0100 the library knows better.

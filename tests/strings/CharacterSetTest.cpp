@@ -204,9 +204,11 @@ TEST(CharacterSet, recordsAndDumps) {
         const char *dump;
     } cases[] = {
         {u"",
-         "{\n\tnsingles = 0;\n\tnranges = 0;\n\tsingmin = 65535;\n\tsingmax = 0;\n\tsingles = (  );\n\tranges = (  );\n}\n"},
+         "{\n\tnsingles = 0;\n\tnranges = 0;\n\tsingmin = 65535;\n\tsingmax = 0;\n\tsingles = (  );\n\tranges = (  "
+         ");\n}\n"},
         {u"acdeg\uffff",
-         "{\n\tnsingles = 3;\n\tnranges = 1;\n\tsingmin = 97;\n\tsingmax = 65535;\n\tsingles = ( 97, 103, 65535 );\n\tranges = ( 99, 101 );\n}\n"},
+         "{\n\tnsingles = 3;\n\tnranges = 1;\n\tsingmin = 97;\n\tsingmax = 65535;\n\tsingles = ( 97, 103, 65535 "
+         ");\n\tranges = ( 99, 101 );\n}\n"},
     };
     for (auto &c : cases) {
         ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString(make(c.members));

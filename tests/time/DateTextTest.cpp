@@ -33,7 +33,8 @@ std::string read(const char *text, const char *format, ZPDictionary *locale = nu
     return date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString();
 }
 ZPDictionary *german() {
-    return "{ZPWeekDayNameArray = (Sonntag, Montag, Dienstag, Mittwoch, Donnerstag, Freitag, Samstag); ZPMonthNameArray = (Januar);"
+    return "{ZPWeekDayNameArray = (Sonntag, Montag, Dienstag, Mittwoch, Donnerstag, Freitag, Samstag); "
+           "ZPMonthNameArray = (Januar);"
            "ZPAMPMDesignation = (vorm, nachm); ZPTimeDateFormatString = \"%A, %d.%m.%Y %H:%M\";}"_zp->propertyList();
 }
 

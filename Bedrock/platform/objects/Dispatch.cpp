@@ -90,9 +90,9 @@ void growTable(Class cls, std::uintptr_t word, IMP implementation) {
     }
 }
 
-// Remembers what a selector leads to: a method's implementation, or null for none. The table is at most half full. While
-// selectors share first choices it is doubled, up to eight buckets an entry: a send that misses its first choice costs
-// several times one that hits. Lock held.
+// Remembers what a selector leads to: a method's implementation, or null for none. The table is at most half full.
+// While selectors share first choices it is doubled, up to eight buckets an entry: a send that misses its first choice
+// costs several times one that hits. Lock held.
 void remember(Class cls, SEL selector, IMP implementation) {
     IMP known;
     if (probe(cls, selector, known) != Found::unknown) return;
