@@ -13,8 +13,6 @@
 
 namespace {
 
-_ZPLogTimeStampFunction *timeStamp = ZPHostTimeStamp;
-
 /// One line being put together; one of ordinary length needs no memory.
 class Line {
     char _inPlace[2048];
@@ -57,7 +55,7 @@ void writeLine(const char *bytes, unsigned length, BOOL withBanner) {
     Line line(length + std::size_t(512));
     if (withBanner) {
         char stamp[32], process[320];
-        timeStamp(stamp);
+        _ZPLogTimeStamp(stamp);
         int n = std::snprintf(process, sizeof process, "%s %s[%d] ", stamp, ZPHostProcessName(), ZPHostProcessNumber());
         line.add(process, std::min(std::size_t(n), sizeof process - 1));
     }
@@ -106,8 +104,6 @@ void ZPLogv(ZPString *format, std::va_list arguments) {
         _ZPLogCStringFunction()(isLiteral ? literal->bytes : "out of memory", isLiteral ? literal->numBytes : 13, YES);
     }
 }
-
-void _ZPSetLogTimeStampFunction(_ZPLogTimeStampFunction *function) { timeStamp = function; }
 
 ZPLogFunction *_ZPLogCStringFunction() { return __atomic_load_n(&logFunction, __ATOMIC_ACQUIRE); }
 

@@ -117,6 +117,29 @@ struct objc_classPair {
     objc_class meta;  ///< its metaclass
 };
 
+/// @cond machinery
+/// A record as it is before the class is realized.
+constexpr objc_class objc_unrealized(Class isa, Class superclass, unsigned info, const char *name, unsigned size,
+                                     const objc_registration *registration) {
+    objc_class record{};
+    record.isa = isa;
+    record.buckets = &objc_noBuckets;
+    record.superclass = superclass;
+    record.info = info;
+    record.name = name;
+    record.instanceSize = size;
+    record.registration = registration;
+    return record;
+}
+/// The records of a class and its metaclass. What leads from one record to another is kept to what is needed before
+/// the class is realized: each such address is found by the dynamic linker at start-up.
+constexpr objc_classPair objc_unrealizedPair(objc_classPair &self, Class superclass, unsigned info, unsigned metaInfo,
+                                             const char *name, unsigned size, const objc_registration *registration) {
+    return {objc_unrealized(&self.meta, superclass, info, name, size, registration),
+            objc_unrealized(nullptr, nullptr, metaInfo | objc_isMetaclass, name, sizeof(objc_class), registration)};
+}
+/// @endcond
+
 /// The metaclass of a class, the class of a metaclass: they lie side by side.
 inline Class objc_counterpart(Class cls) { return cls->info & objc_isMetaclass ? cls - 1 : cls + 1; }
 
@@ -130,6 +153,13 @@ struct objc_registration {
     const char *name;  ///< of the class, the category or the protocol
     objc_object *record;  ///< the class that gets the methods, or the protocol
     void (*list)(objc_lister &lister);  ///< enters the methods or the promises
+};
+
+/// What a library registers, in the chain of all libraries.
+struct objc_library {
+    const objc_registration *const *records, *const *endOfRecords;
+    const objc_registration *const *categories, *const *endOfCategories;
+    objc_library *next;
 };
 /// @endcond
 
@@ -214,10 +244,8 @@ ZP_EXPORT BOOL objc_typesMatch(const char *a, const char *b);
 /// @cond machinery
 // Registration. A library's registrations lie in two sections of it: classes and protocols, and categories.
 /// Makes a library's classes and protocols known by name, and adds its categories to their classes. Once a library, by
-/// what ZPImplement.h has in every file; a second time does nothing.
-ZP_EXPORT void objc_loadLibrary(const objc_registration *const *records, const objc_registration *const *endOfRecords,
-                                const objc_registration *const *categories,
-                                const objc_registration *const *endOfCategories);
+/// what ZPImplement.h has in every file. The library stays loaded for good.
+ZP_EXPORT void objc_loadLibrary(objc_library &library);
 /// Enters a method while its class is realized, or a promise of a protocol. `bits` holds `objc_listing` flags, the
 /// number of arguments and the size of the frame.
 ZP_EXPORT void objc_enterMethod(objc_lister &lister, const char *name, unsigned long bits, const char *types,

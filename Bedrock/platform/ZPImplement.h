@@ -385,48 +385,16 @@ constexpr objc_classPair objc_classRecord(const objc_registration *registration,
     constexpr bool plain = std::is_trivially_default_constructible_v<T> && std::is_trivially_copyable_v<T> &&
                            std::is_trivially_destructible_v<T>;
     objc_classPair &self = T::classRecord_that_ZP_IMPLEMENT_defines;
-    // What leads from one record to another is kept to what is needed before the class is realized: each such
-    // address is found by the dynamic linker at start-up.
     Class superclass = nullptr;
     if constexpr (!root) superclass = &Super::classRecord_that_ZP_IMPLEMENT_defines.cls;
     unsigned info = objc_countsInHeader | (root ? unsigned(objc_isRoot) : 0u) |
                     (alignof(T) > 8 ? unsigned(objc_hasWideAlignment) : 0u);
     info = (info | traits.set) & ~traits.clear;
-    unsigned metaInfo = objc_isMetaclass | (root ? unsigned(objc_isRoot) : 0u) | traits.metaSet;
-    const objc_fieldHooks *fields = nullptr;
-    if constexpr (!plain) fields = &objc_hooksOf<T>;
-    return {
-        {{&self.meta},
-         &objc_noBuckets,
-         0,
-         superclass,
-         info,
-         traits.version,
-         name,
-         sizeof(T),
-         0,
-         fields,
-         {},
-         registration,
-         nullptr,
-         nullptr,
-         nullptr},
-        {{nullptr},
-         &objc_noBuckets,
-         0,
-         nullptr,
-         metaInfo,
-         0,
-         name,
-         sizeof(objc_class),
-         0,
-         nullptr,
-         {},
-         registration,
-         nullptr,
-         nullptr,
-         nullptr},
-    };
+    unsigned metaInfo = (root ? unsigned(objc_isRoot) : 0u) | traits.metaSet;
+    objc_classPair pair = objc_unrealizedPair(self, superclass, info, metaInfo, name, sizeof(T), registration);
+    pair.cls.version = traits.version;
+    if constexpr (!plain) pair.cls.fields = &objc_hooksOf<T>;
+    return pair;
 }
 
 // The front against which a method's types are compared: the class's own where the code has a struct of its own, else
@@ -443,7 +411,7 @@ extern ZP_HIDDEN const objc_registration *const __stop_zp_records[] __attribute_
 extern ZP_HIDDEN const objc_registration *const __start_zp_categories[] __attribute__((weak));
 extern ZP_HIDDEN const objc_registration *const __stop_zp_categories[] __attribute__((weak));
 }
-ZP_HIDDEN inline constinit bool objc_isLoaded = false;
+ZP_HIDDEN inline constinit objc_library objc_thisLibrary{};
 
 // Runs before the library's other initialisers. Every file that has the function calls it; the first call counts.
 #ifndef BEDROCK_LOADS_ITSELF
@@ -451,9 +419,10 @@ __attribute__((constructor(101)))
 #endif
 ZP_HIDDEN inline void
 objc_loadThisLibrary() {
-    if (objc_isLoaded) return;
-    objc_isLoaded = true;
-    objc_loadLibrary(__start_zp_records, __stop_zp_records, __start_zp_categories, __stop_zp_categories);
+    if (objc_thisLibrary.endOfRecords || objc_thisLibrary.endOfCategories) return;
+    if (!__stop_zp_records && !__stop_zp_categories) return;
+    objc_thisLibrary = {__start_zp_records, __stop_zp_records, __start_zp_categories, __stop_zp_categories, nullptr};
+    objc_loadLibrary(objc_thisLibrary);
 }
 /// @endcond
 

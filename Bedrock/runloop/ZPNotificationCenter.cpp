@@ -356,7 +356,7 @@ struct CenterMethods : ZPNotificationCenter {
             centersOfSubclasses->setObject_forKey(center, id(self));
         }
         watchBundles(center);
-        if (!isFront) return center;
+        if (!isFront) return made.as<ZPNotificationCenter>();  // the dictionary holds it
         __atomic_store_n(&centerOfAll, center.get(), __ATOMIC_RELEASE);
         return center.detach();
     }

@@ -169,10 +169,8 @@ ZPString *_ZPFormatDate(ZPCalendarDate *date, ZPString *format, ZPDictionary *lo
     return f.output.string();
 }
 
-namespace {
-
 // "%b %d %H:%M:%S" of a calendar date in the default zone, without making one.
-void stampLog(char text[32]) {
+void _ZPLogTimeStamp(char text[32]) {
     constexpr char months[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     double now = cthread_time();
     ZPDate *holder = nullptr;
@@ -185,7 +183,3 @@ void stampLog(char text[32]) {
     std::snprintf(text, 32, "%s %02d %02d:%02d:%02d", months[g.month - 1], g.day, second / 3600, second / 60 % 60,
                   second % 60);
 }
-
-const int stampsLog = (_ZPSetLogTimeStampFunction(stampLog), 1);
-
-}  // namespace

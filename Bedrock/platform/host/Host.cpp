@@ -56,18 +56,6 @@ void ZPHostReportEvent(const char *text, std::size_t length) {
     syslog(LOG_USER | LOG_ERR, "%s[%d] %.*s", ZPHostProcessName(), getpid(), static_cast<int>(length), text);
 }
 
-void ZPHostTimeStamp(char *text) {
-    std::time_t now = std::time(nullptr);
-    std::tm fields;
-    if (!ZPHostZoneIsUsable() || !localtime_r(&now, &fields)) gmtime_r(&now, &fields);
-    // The same months whatever the program's locale.
-    static const char months[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    char rest[24];
-    std::strftime(rest, sizeof rest, "%d %H:%M:%S", &fields);
-    std::snprintf(text, 32, "%s %s", months[fields.tm_mon], rest);
-}
-
 int ZPHostCallStack(void **addresses, int capacity) { return backtrace(addresses, capacity); }
 
 // The name of the character set of the user's locale: what the C library says of it, and of a locale that is not

@@ -27,8 +27,6 @@ unsigned ZPHostRealMemory();
 BOOL ZPHostWriteStandardError(const char *bytes, std::size_t length);
 /// Reports one event of kind error to the host's log under the process's name.
 void ZPHostReportEvent(const char *text, std::size_t length);
-/// The local time, or GMT without a usable zone, as "Nov 22 20:15:00" in `text`, which holds 32 bytes.
-void ZPHostTimeStamp(char *text);
 /// What the host's time zone is at a moment, seconds since 1970 in GMT, from the table of its changes; the answer
 /// lives as long as the process, and is the same for the same kind of time. Null outside the table. The zone is that
 /// of the environment when this, or the following, is first called.

@@ -9,30 +9,27 @@
 #include <string_view>
 #include <sys/single_threaded.h>
 #include <unordered_map>
-#include <vector>
 
-/// What a registration lists, as it is entered: instance methods and class methods of a class, or promises.
+/// Takes what a registration lists: the instance methods and the class methods of a class, which are counted before
+/// they are entered, or the promises of a protocol.
 struct objc_lister {
-    Class cls;
-    Protocol *protocol;
-    std::vector<objc_method> methods[2];
+    Class cls = nullptr;
+    Protocol *protocol = nullptr;
+    bool counts = false;
+    unsigned count[2] = {};
+    objc_methodList *lists[2] = {};
 };
 
 namespace objc {
 
 unsigned generation = 1;
 
-pthread_mutex_t &runtimeMutex() {
-    static pthread_mutex_t mutex = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
-    return mutex;
-}
-
-Lock::Lock() { pthread_mutex_lock(&runtimeMutex()); }
-Lock::~Lock() { pthread_mutex_unlock(&runtimeMutex()); }
+constinit recursive_mutex runtimeLock;
 
 void *allocatePermanently(std::size_t bytes) {
-    static char *next, *end;
     constexpr std::size_t grain = 32, line = 64;
+    alignas(line) static char first[16384];
+    static char *next = first, *end = first + sizeof first;
     bytes = (bytes + grain - 1) & ~(grain - 1);
     if (bytes >= line && reinterpret_cast<std::uintptr_t>(next) % line) next += grain;
     if (end < next || std::size_t(end - next) < bytes) {
@@ -47,6 +44,19 @@ void *allocatePermanently(std::size_t bytes) {
     return result;
 }
 
+void retire(void *table) {
+    struct Kept {
+        Kept *next;
+        void *table;
+    };
+    static Kept *all;  // leak checkers find the tables here
+    if (!table) return;
+    if (__libc_single_threaded) return std::free(table);
+    auto *kept = static_cast<Kept *>(allocatePermanently(sizeof(Kept)));
+    *kept = {all, table};
+    all = kept;
+}
+
 objc_classState &stateOf(Class cls) {
     if (!cls->state) __atomic_store_n(&cls->state, allocatePermanently(sizeof(objc_classState)), __ATOMIC_RELEASE);
     return *static_cast<objc_classState *>(cls->state);
@@ -54,22 +64,22 @@ objc_classState &stateOf(Class cls) {
 
 namespace {
 
+// The libraries that were loaded since somebody asked for a name.
+objc_library *unnamed ZP_GUARDED_BY(runtimeLock);
+
 struct Names {
     std::unordered_map<std::string_view, Class> classes, posed;
-    // The registrations of libraries that nobody has asked for a name since.
-    std::vector<std::pair<const objc_registration *const *, const objc_registration *const *>> loaded;
 };
-Names &names() {
+Names &names() ZP_REQUIRES(runtimeLock) {
     static Names &all = *new Names;
     return all;
 }
 
 // Enters the names of the libraries that were loaded since the last call.
-void enterNames() {
-    while (!names().loaded.empty()) {
-        auto [at, end] = names().loaded.back();
-        names().loaded.pop_back();
-        for (; at < end; ++at) {
+void enterNames() ZP_REQUIRES(runtimeLock) {
+    while (objc_library *library = unnamed) {
+        unnamed = library->next;
+        for (auto *at = library->records; at < library->endOfRecords; ++at) {
             if ((*at)->record->isa == Protocol::class_()) {
                 addProtocol(static_cast<Protocol *>((*at)->record));
                 continue;
@@ -99,13 +109,13 @@ objc_methodIndex *makeIndex(unsigned size) {
     return index;
 }
 
-void publish(objc_classState &state, objc_methodIndex *index) {
+void publish(objc_classState &state, objc_methodIndex *index) ZP_REQUIRES(runtimeLock) {
     objc_methodIndex *former = state.index;
     __atomic_store_n(&state.index, index, __ATOMIC_RELEASE);
-    if (__libc_single_threaded) std::free(former);  // otherwise a reader may be in it; sizes double, so little is kept
+    retire(former);
 }
 
-void growIndex(objc_classState &state, unsigned more) {
+void growIndex(objc_classState &state, unsigned more) ZP_REQUIRES(runtimeLock) {
     unsigned count = state.index ? state.index->count : 0, size = 8;
     while (size < (count + more) * 2) size *= 2;
     if (state.index && size <= state.index->mask + 1) return;
@@ -134,19 +144,19 @@ bool isAllocationSelector(const char *name) {
     return !std::strcmp(name, "alloc") || !std::strcmp(name, "allocWithZone:");
 }
 
-void clearInfoBelow(Class cls, unsigned bits) {
+void clearInfoBelow(Class cls, unsigned bits) ZP_REQUIRES(runtimeLock) {
     clearInfo(cls, bits);
     for (Class sub = stateOf(cls).firstSubclass; sub; sub = stateOf(sub).nextSibling) clearInfoBelow(sub, bits);
 }
 
-void link(Class cls) {
+void link(Class cls) ZP_REQUIRES(runtimeLock) {
     if (!cls->superclass) return;
     objc_classState &super = stateOf(cls->superclass);
     stateOf(cls).nextSibling = super.firstSubclass;
     super.firstSubclass = cls;
 }
 
-void unlink(Class cls) {
+void unlink(Class cls) ZP_REQUIRES(runtimeLock) {
     Class *at = &stateOf(cls->superclass).firstSubclass;
     while (*at != cls) at = &stateOf(*at).nextSibling;
     *at = stateOf(cls).nextSibling;
@@ -154,24 +164,25 @@ void unlink(Class cls) {
 
 // ---- entering what is listed ----
 
-void addListed(Class cls, const std::vector<objc_method> &methods) {
-    if (methods.empty()) return;
-    auto *list = static_cast<objc_methodList *>(
-        allocatePermanently(sizeof(objc_methodList) + methods.size() * sizeof(objc_method)));
-    list->count = unsigned(methods.size());
-    std::memcpy(list->methods, methods.data(), methods.size() * sizeof(objc_method));
-    addMethods(cls, list);
+objc_methodList *makeList(unsigned count) ZP_REQUIRES(runtimeLock) {
+    if (!count) return nullptr;
+    auto *list =
+        static_cast<objc_methodList *>(allocatePermanently(sizeof(objc_methodList) + count * sizeof(objc_method)));
+    list->count = count;
+    return list;
 }
 
-void enter(Class cls, const objc_registration *registration) {
+void enter(Class cls, const objc_registration *registration) ZP_REQUIRES(runtimeLock) {
     if (!registration) return;
-    objc_lister lister{cls, nullptr, {}};
+    objc_lister counter{.cls = cls, .counts = true}, lister{.cls = cls};
+    registration->list(counter);
+    for (int side : {0, 1}) lister.lists[side] = makeList(counter.count[side]);
     registration->list(lister);
-    addListed(cls, lister.methods[0]);
-    addListed(objc_counterpart(cls), lister.methods[1]);
+    if (lister.lists[0]) addMethods(cls, lister.lists[0]);
+    if (lister.lists[1]) addMethods(objc_counterpart(cls), lister.lists[1]);
 }
 
-void realizePair(Class cls) {
+void realizePair(Class cls) ZP_REQUIRES(runtimeLock) {
     if (infoOf(cls) & objc_isRealized) return;
     Class meta = objc_counterpart(cls), superclass = cls->superclass;
     if (superclass) {
@@ -225,13 +236,13 @@ void addMethods(Class cls, objc_methodList *list) {
 
 void realize(Class cls) {
     if (infoOf(cls) & objc_isRealized) return;
-    Lock lock;
+    Holding lock(runtimeLock);
     realizePair(infoOf(cls) & objc_isMetaclass ? objc_counterpart(cls) : cls);
 }
 
 const objc_method *findMethod(Class cls, SEL selector) {
     for (; cls; cls = superclassOf(cls)) {
-        auto *state = static_cast<objc_classState *>(__atomic_load_n(&cls->state, __ATOMIC_ACQUIRE));
+        objc_classState *state = knownStateOf(cls);
         objc_methodIndex *index = state ? __atomic_load_n(&state->index, __ATOMIC_ACQUIRE) : nullptr;
         if (!index) continue;
         if (const objc_method *m = __atomic_load_n(slotFor(index, selector), __ATOMIC_ACQUIRE)) return m;
@@ -255,14 +266,14 @@ void objc_fatal(const char *format, ...) {
 
 __attribute__((constructor(101))) static void loadOwnClasses() { objc_loadThisLibrary(); }
 
-void objc_loadLibrary(const objc_registration *const *records, const objc_registration *const *endOfRecords,
-                      const objc_registration *const *categories, const objc_registration *const *endOfCategories) {
-    if (records == endOfRecords && categories == endOfCategories) return;
-    // The tables hold on to what a class, a category or a protocol consists of: its library stays.
-    ZPHostKeepLibrary(records != endOfRecords ? records : categories);
-    Lock lock;
-    if (records != endOfRecords) names().loaded.emplace_back(records, endOfRecords);
-    for (; categories < endOfCategories; ++categories) {
+void objc_loadLibrary(objc_library &library) {
+    // The tables hold on to what a class, a category or a protocol consists of: its library stays. This one is linked
+    // to stay.
+    if (&library != &objc_thisLibrary) ZPHostKeepLibrary(&library);
+    Holding lock(runtimeLock);
+    library.next = unnamed;
+    unnamed = &library;
+    for (auto *categories = library.categories; categories < library.endOfCategories; ++categories) {
         Class cls = static_cast<Class>((*categories)->record);
         if (infoOf(cls) & objc_isRealized) {
             enter(cls, *categories);
@@ -278,13 +289,24 @@ void objc_loadLibrary(const objc_registration *const *records, const objc_regist
 
 void objc_enterMethod(objc_lister &lister, const char *name, unsigned long bits, const char *types, IMP implementation,
                       objc_frameInvoker invoker) {
+    bool ofClass = bits & objc_listsClassMethod;
+    unsigned at = lister.count[ofClass]++;
+    if (lister.counts) return;
+    Holding lock(runtimeLock);
     SEL selector =
         bits & objc_listsSelector ? sel_registerName(name) : selectorOfName(name, (bits >> objc_listsArguments) & 0xFF);
-    lister.methods[bits & objc_listsClassMethod].push_back(
-        {selector, types, implementation, invoker, unsigned(bits >> objc_listsFrame)});
+    if (lister.protocol) {
+        auto *m = static_cast<objc_protocolMethod *>(allocatePermanently(sizeof(objc_protocolMethod)));
+        *m = {lister.protocol->_methods, {selector, types}, ofClass};
+        lister.protocol->_methods = m;
+        return;
+    }
+    lister.lists[ofClass]->methods[at] = {selector, types, implementation, invoker, unsigned(bits >> objc_listsFrame)};
 }
 
 void objc_enterProtocol(objc_lister &lister, Protocol *protocol) {
+    if (lister.counts) return;
+    Holding lock(runtimeLock);
     auto *list = static_cast<objc_protocolList *>(allocatePermanently(sizeof(objc_protocolList)));
     const objc_protocolList *&all = lister.protocol ? lister.protocol->_parents : lister.cls->protocols;
     *list = {all, protocol};
@@ -293,22 +315,16 @@ void objc_enterProtocol(objc_lister &lister, Protocol *protocol) {
 
 void objc::listPromises(Protocol *protocol) {
     if (__atomic_load_n(&protocol->_isListed, __ATOMIC_ACQUIRE)) return;
-    Lock lock;
+    Holding lock(runtimeLock);
     if (protocol->_isListed) return;
-    objc_lister lister{nullptr, protocol, {}};
+    objc_lister lister{.protocol = protocol};
     protocol->_registration->list(lister);
-    for (BOOL ofClass : {NO, YES})
-        for (const objc_method &promised : lister.methods[ofClass]) {
-            auto *m = static_cast<objc_protocolMethod *>(allocatePermanently(sizeof(objc_protocolMethod)));
-            *m = {protocol->_methods, {promised.name, promised.types}, ofClass};
-            protocol->_methods = m;
-        }
     __atomic_store_n(&protocol->_isListed, YES, __ATOMIC_RELEASE);
 }
 
 Class objc_getClass(const char *name) {
     if (!name) return nullptr;
-    Lock lock;
+    Holding lock(runtimeLock);
     enterNames();
     auto at = names().classes.find(name);
     return at == names().classes.end() ? nullptr : at->second;
@@ -318,20 +334,20 @@ Class objc_lookUpClass(const char *name) { return objc_getClass(name); }
 
 Class objc_getOrigClass(const char *name) {
     if (!name) return nullptr;
-    Lock lock;
+    Holding lock(runtimeLock);
     auto at = names().posed.find(name);
     return at == names().posed.end() ? objc_getClass(name) : at->second;
 }
 
 void objc_addClass(Class cls) {
-    Lock lock;
+    Holding lock(runtimeLock);
     enterNames();
     if (!names().classes.emplace(cls->name, cls).second) objc_fatal("class %s is implemented twice", cls->name);
     __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
 }
 
 unsigned objc_getClasses(Class *classes, unsigned capacity) {
-    Lock lock;
+    Holding lock(runtimeLock);
     enterNames();
     unsigned n = 0;
     for (auto &[name, cls] : names().classes) {
@@ -343,59 +359,29 @@ unsigned objc_getClasses(Class *classes, unsigned capacity) {
 
 Protocol *objc_getProtocol(const char *name) {
     if (!name) return nullptr;
-    Lock lock;
+    Holding lock(runtimeLock);
     enterNames();
     return findProtocol(name);
 }
 
-static const char *copyName(const char *name) {
+static const char *copyName(const char *name) ZP_REQUIRES(runtimeLock) {
     std::size_t size = std::strlen(name) + 1;
     return static_cast<const char *>(std::memcpy(allocatePermanently(size), name, size));
 }
 
 Class objc_makeClass(Class superclass, const char *name, unsigned extraBytes) {
-    Lock lock;
+    Holding lock(runtimeLock);
     realize(superclass);
     auto *pair = static_cast<objc_classPair *>(allocatePermanently(sizeof(objc_classPair)));
     const char *kept = copyName(name);
     unsigned info = infoOf(superclass) & (objc_countsInHeader | objc_hasWideAlignment);
-    *pair = {
-        {{&pair->meta},
-         &objc_noBuckets,
-         0,
-         superclass,
-         info,
-         0,
-         kept,
-         superclass->instanceSize + extraBytes,
-         0,
-         superclass->fields,
-         {},
-         nullptr,
-         nullptr,
-         nullptr,
-         nullptr},
-        {{nullptr},
-         &objc_noBuckets,
-         0,
-         nullptr,
-         objc_isMetaclass,
-         0,
-         kept,
-         sizeof(objc_class),
-         0,
-         nullptr,
-         {},
-         nullptr,
-         nullptr,
-         nullptr,
-         nullptr},
-    };
+    *pair = objc_unrealizedPair(*pair, superclass, info, 0, kept, superclass->instanceSize + extraBytes, nullptr);
+    pair->cls.fields = superclass->fields;
     return &pair->cls;
 }
 
 Class objc_copyClass(Class cls, const char *name) {
-    Lock lock;
+    Holding lock(runtimeLock);
     realize(cls);
     auto *pair = static_cast<objc_classPair *>(allocatePermanently(sizeof(objc_classPair)));
     pair->cls = *cls;
@@ -420,9 +406,11 @@ Class objc_copyClass(Class cls, const char *name) {
 
 void class_addMethod(Class cls, SEL name, IMP implementation, const char *types, objc_frameInvoker invoker,
                      unsigned argumentSize) {
-    Lock lock;
+    Holding lock(runtimeLock);
     realize(cls);
-    addListed(cls, {{name, types, implementation, invoker, argumentSize}});
+    objc_methodList *list = makeList(1);
+    list->methods[0] = {name, types, implementation, invoker, argumentSize};
+    addMethods(cls, list);
 }
 
 const objc_method *class_getInstanceMethod(Class cls, SEL name) {
@@ -452,7 +440,7 @@ namespace {
 // Makes `original`'s record behave as `impostor`, whose superclass is `hidden`, a copy of what `original` is. Readers
 // without the lock find every method at each step: the copy comes into the chain before the index gives way to the
 // impostor's.
-void pose(Class impostor, Class original, Class hidden) {
+void pose(Class impostor, Class original, Class hidden) ZP_REQUIRES(runtimeLock) {
     stateOf(impostor).posedAs = original;
     setInfo(impostor, objc_isPosing);
     unlink(impostor);
@@ -471,7 +459,7 @@ void pose(Class impostor, Class original, Class hidden) {
 }  // namespace
 
 Class class_poseAs(Class impostor, Class original) {
-    Lock lock;
+    Holding lock(runtimeLock);
     realize(impostor);
     realize(original);
     if (impostor == original) return impostor;
@@ -503,7 +491,7 @@ BOOL class_inherits(Class cls, Class ancestor) {
     for (Class c = cls; c; c = superclassOf(c))
         if (c == ancestor) return YES;
     for (Class c = cls; c; c = superclassOf(c))
-        if ((infoOf(c) & objc_isPosing) && stateOf(c).posedAs == ancestor) return YES;
+        if ((infoOf(c) & objc_isPosing) && knownStateOf(c)->posedAs == ancestor) return YES;
     return NO;
 }
 

@@ -3,7 +3,6 @@
 #include <Bedrock/platform/objects/Objects.h>
 
 #include <cstdlib>
-#include <sys/single_threaded.h>
 
 using namespace objc;
 
@@ -66,7 +65,7 @@ Found probe(Class cls, SEL selector, IMP &implementation) {
     return Found::unknown;
 }
 
-void growTable(Class cls, std::uintptr_t word, IMP implementation) {
+void growTable(Class cls, std::uintptr_t word, IMP implementation) ZP_REQUIRES(runtimeLock) {
     unsigned count = cls->cached + 1, old = bucketsOf(cls);
     for (unsigned size = old ? old * 2 : 4;; size *= 2) {
         objc_bucket *larger = makeBuckets(size);
@@ -84,16 +83,15 @@ void growTable(Class cls, std::uintptr_t word, IMP implementation) {
         __atomic_store_n(&cls->buckets, larger, __ATOMIC_RELEASE);  // before the mask
         __atomic_store_n(&cls->mask, (size - 1) * sizeof(objc_bucket), __ATOMIC_RELEASE);
         cls->cached = count;
-        // Another thread may still be looking at the former ones; sizes double, so little is kept.
-        if (old && __libc_single_threaded) std::free(former);
+        if (old) retire(former);
         return;
     }
 }
 
 // Remembers what a selector leads to: a method's implementation, or null for none. The table is at most half full.
 // While selectors share first choices it is doubled, up to eight buckets an entry: a send that misses its first choice
-// costs several times one that hits. Lock held.
-void remember(Class cls, SEL selector, IMP implementation) {
+// costs several times one that hits.
+void remember(Class cls, SEL selector, IMP implementation) ZP_REQUIRES(runtimeLock) {
     IMP known;
     if (probe(cls, selector, known) != Found::unknown) return;
     std::uintptr_t word = wordOf(selector) | (implementation ? 0 : absent);
@@ -109,26 +107,26 @@ void remember(Class cls, SEL selector, IMP implementation) {
     cls->cached = count;
 }
 
-void refresh(Class cls, objc_bucket &bucket, std::uintptr_t only) {
+void refresh(Class cls, objc_bucket &bucket, std::uintptr_t only) ZP_REQUIRES(runtimeLock) {
     if (bucket.selector == objc_noSelector || (only && (bucket.selector & ~absent) != only)) return;
     if (const objc_method *m = findMethod(cls, selectorOf(bucket.selector)))
         write(bucket, wordOf(m->name), m->implementation);
 }
 
-void refreshBelow(Class cls, std::uintptr_t only) {
+void refreshBelow(Class cls, std::uintptr_t only) ZP_REQUIRES(runtimeLock) {
     for (objc_bucket &bucket : cls->first) refresh(cls, bucket, only);
     for (unsigned i = 0; i < bucketsOf(cls); ++i) refresh(cls, cls->buckets[i], only);
     for (Class sub = stateOf(cls).firstSubclass; sub; sub = stateOf(sub).nextSibling) refreshBelow(sub, only);
 }
 
 // Runs `+initialize` once, superclass first. Other threads wait; the running thread passes. Answers
-// whether the class is initialized now (NO only inside its own `+initialize`). Lock held once.
-bool ensureInitialized(Class cls) {
+// whether the class is initialized now (NO only inside its own `+initialize`). The lock is held once.
+bool ensureInitialized(Class cls) ZP_REQUIRES(runtimeLock) {
     while (!(infoOf(cls) & objc_isInitialized)) {
         objc_classState &state = stateOf(cls);
         if (infoOf(cls) & objc_isInitializing) {
             if (pthread_equal(state.initializer, pthread_self())) return false;
-            pthread_cond_wait(&initialized, &runtimeMutex());
+            pthread_cond_wait(&initialized, &runtimeLock.native);
             continue;
         }
         // Waits for another thread; when this one is inside the superclass's own `+initialize`, which uses this
@@ -139,8 +137,8 @@ bool ensureInitialized(Class cls) {
         state.initializer = pthread_self();
         struct Finish {
             Class cls;
-            ~Finish() {
-                pthread_mutex_lock(&runtimeMutex());
+            ~Finish() ZP_ACQUIRES(runtimeLock) {
+                runtimeLock.lock();
                 setInfo(cls,
                         objc_isInitialized | (infoOf(cls->isa) & objc_defaultAllocation ? objc_allocatesPlainly : 0u));
                 clearInfo(cls, objc_isInitializing);
@@ -148,7 +146,7 @@ bool ensureInitialized(Class cls) {
             }
         };
         const objc_method *m = findMethod(objc_counterpart(cls), "initialize"_sel);
-        pthread_mutex_unlock(&runtimeMutex());
+        runtimeLock.unlock();
         Finish finish{cls};
         if (m) reinterpret_cast<void (*)(objc_object *, SEL)>(m->implementation)(cls, m->name);
     }
@@ -169,7 +167,7 @@ IMP objc_lookUpForSend(objc_object *receiver, SEL selector) {
     case Found::unknown: break;
     }
     if (!selector) return nullptr;
-    Lock lock;
+    Holding lock(runtimeLock);
     realize(cls);
     bool isMeta = infoOf(cls) & objc_isMetaclass;
     bool remembers = ensureInitialized(isMeta ? reinterpret_cast<Class>(receiver) : cls);
@@ -186,7 +184,7 @@ static IMP lookUp(Class cls, SEL selector) {
     case Found::nothing: return nullptr;
     case Found::unknown: break;
     }
-    Lock lock;
+    Holding lock(runtimeLock);
     realize(cls);
     if (const objc_method *m = findMethod(cls, selector)) implementation = m->implementation;
     Class plain = infoOf(cls) & objc_isMetaclass ? objc_counterpart(cls) : cls;
@@ -305,21 +303,21 @@ BOOL objc_typesMatch(const char *a, const char *b) {
 }
 
 void objc_checkSend(Class cls, SEL selector, const char *types) {
-    struct Entry {
-        Class cls;
-        SEL selector;
-        const char *types;
-        unsigned generation;
-    };
-    static thread_local Entry checked[256];
-    Entry &entry = checked[(hashOf(selector) ^ (reinterpret_cast<std::uintptr_t>(cls) >> 6)) & 255];
-    unsigned now = __atomic_load_n(&generation, __ATOMIC_RELAXED);
-    if (entry.cls == cls && entry.selector == selector && entry.types == types && entry.generation == now) return;
+    // What was found right, as one number of everything that it depends on, so that threads can share the table.
+    static std::uint64_t checked[1024];
+    std::uint64_t what = __atomic_load_n(&generation, __ATOMIC_RELAXED);
+    for (const void *part :
+         {static_cast<const void *>(cls), static_cast<const void *>(selector), static_cast<const void *>(types)}) {
+        what = (what ^ reinterpret_cast<std::uintptr_t>(part)) * 0x9E3779B97F4A7C15;
+        what ^= what >> 32;
+    }
+    std::uint64_t &entry = checked[what & 1023];
+    if (__atomic_load_n(&entry, __ATOMIC_RELAXED) == what) return;
     const objc_method *m = class_getInstanceMethod(cls, selector);
     if (m && !objc_typesMatch(types, m->types))
         objc_fatal("%c[%s %s] has the type \"%s\" and was sent with the C++ types \"%s\"",
                    infoOf(cls) & objc_isMetaclass ? '+' : '-', cls->name, sel_getName(selector), m->types, types);
-    entry = {cls, selector, types, now};
+    __atomic_store_n(&entry, what, __ATOMIC_RELAXED);
 }
 
 void objc_conversionFailed(objc_object *object, Class wanted) {

@@ -8,8 +8,7 @@
 #pragma once
 
 #include <Bedrock/platform/ZPProtocol.h>
-
-#include <pthread.h>
+#include <Bedrock/platform/kernel/Lock.h>
 
 /// The methods of one class by selector, open addressing; null entries are free. Entries are replaced in place, and the
 /// index whole when it grows: readers of the former one still find what it has.
@@ -35,36 +34,37 @@ struct objc_waitingCategory {
 
 namespace objc {
 
-/// Holds the runtime lock, which is recursive.
-struct Lock {
-    Lock();
-    ~Lock();
-    Lock(const Lock &) = delete;
-    Lock &operator=(const Lock &) = delete;
-};
+extern recursive_mutex runtimeLock;
+using Holding = ZPHolding<recursive_mutex>;
 
-pthread_mutex_t &runtimeMutex();
-/// Memory of the runtime that is never freed, zero-filled, aligned to 64 bytes, or to 32 when it is shorter. Lock held.
-void *allocatePermanently(std::size_t bytes);
+/// Memory of the runtime that is never freed, zero-filled, aligned to 64 bytes, or to 32 when it is shorter.
+void *allocatePermanently(std::size_t bytes) ZP_REQUIRES(runtimeLock);
+/// Frees a table that another took the place of, or keeps it for good where another thread may be reading it. Tables
+/// double, so what is kept is less than what is in use.
+void retire(void *table) ZP_REQUIRES(runtimeLock);
 /// The selector of a front's or a listed method's name: its words, a colon behind each when there are arguments.
 SEL selectorOfName(const char *name, unsigned arguments);
-objc_classState &stateOf(Class cls);
+objc_classState &stateOf(Class cls) ZP_REQUIRES(runtimeLock);
+/// The same for a reader without the lock; null while the class has none.
+inline objc_classState *knownStateOf(Class cls) {
+    return static_cast<objc_classState *>(__atomic_load_n(&cls->state, __ATOMIC_ACQUIRE));
+}
 /// Builds the method tables of a class and its metaclass, superclasses first. Takes no lock when that is done.
 void realize(Class cls);
 /// The method for a selector in a class or its superclasses; the class is realized. Any thread, without a lock.
 const objc_method *findMethod(Class cls, SEL selector);
-/// Enters methods in front of what a class has. Lock held.
-void addMethods(Class cls, objc_methodList *list);
-/// Has the buckets of a class and of all its subclasses say again what the methods are. Lock held.
-void refreshCaches(Class cls);
+/// Enters methods in front of what a class has.
+void addMethods(Class cls, objc_methodList *list) ZP_REQUIRES(runtimeLock);
+/// Has the buckets of a class and of all its subclasses say again what the methods are.
+void refreshCaches(Class cls) ZP_REQUIRES(runtimeLock);
 /// The same for one selector.
-void refreshCaches(Class cls, SEL selector);
+void refreshCaches(Class cls, SEL selector) ZP_REQUIRES(runtimeLock);
 /// Enters what a protocol promises, once.
 void listPromises(Protocol *protocol);
-/// Keeps a protocol by its name; the first of a name is the one that is found. Lock held.
-void addProtocol(Protocol *protocol);
-/// The protocol of a name, or null. Lock held.
-Protocol *findProtocol(const char *name);
+/// Keeps a protocol by its name; the first of a name is the one that is found.
+void addProtocol(Protocol *protocol) ZP_REQUIRES(runtimeLock);
+/// The protocol of a name, or null.
+Protocol *findProtocol(const char *name) ZP_REQUIRES(runtimeLock);
 inline unsigned infoOf(Class cls) { return __atomic_load_n(&cls->info, __ATOMIC_ACQUIRE); }
 inline void setInfo(Class cls, unsigned bits) { __atomic_or_fetch(&cls->info, bits, __ATOMIC_RELEASE); }
 inline void clearInfo(Class cls, unsigned bits) { __atomic_and_fetch(&cls->info, ~bits, __ATOMIC_RELEASE); }

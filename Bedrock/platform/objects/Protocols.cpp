@@ -40,7 +40,7 @@ struct ProtocolMethods : Protocol {
 };
 
 using Protocols = std::unordered_map<std::string_view, Protocol *>;
-Protocols &protocols() {
+Protocols &protocols() ZP_REQUIRES(runtimeLock) {
     static Protocols &all = *new Protocols;
     return all;
 }
@@ -51,38 +51,8 @@ OBJC_REGISTER(static, "zp_records", OfProtocols, "Protocol", &objc_protocolClass
 
 }  // namespace
 
-constinit objc_classPair objc_protocolClass = {
-    {{&objc_protocolClass.meta},
-     &objc_noBuckets,
-     0,
-     nullptr,
-     objc_isRoot,
-     0,
-     "Protocol",
-     sizeof(Protocol),
-     0,
-     nullptr,
-     {},
-     &objc_registrationOfProtocols,
-     nullptr,
-     nullptr,
-     nullptr},
-    {{nullptr},
-     &objc_noBuckets,
-     0,
-     nullptr,
-     objc_isMetaclass | objc_isRoot,
-     0,
-     "Protocol",
-     sizeof(objc_class),
-     0,
-     nullptr,
-     {},
-     &objc_registrationOfProtocols,
-     nullptr,
-     nullptr,
-     nullptr},
-};
+constinit objc_classPair objc_protocolClass = objc_unrealizedPair(
+    objc_protocolClass, nullptr, objc_isRoot, objc_isRoot, "Protocol", sizeof(Protocol), &objc_registrationOfProtocols);
 
 void objc::addProtocol(Protocol *protocol) { protocols().emplace(protocol->_name, protocol); }
 

@@ -11,7 +11,8 @@ struct Table {
     const char **names;
     unsigned mask, count;
 };
-Table table;
+const char *firstNames[512];
+constinit Table table ZP_GUARDED_BY(objc::runtimeLock){firstNames, 511, 0};
 
 unsigned hashText(const char *s, std::size_t &length) {
     unsigned h = 2166136261u;
@@ -27,17 +28,16 @@ void place(Table &t, const char *name, unsigned hash) {
     t.names[i] = name;
 }
 
-void grow() {
-    Table larger{nullptr, table.names ? table.mask * 2 + 1 : 1023, table.count};
+void grow() ZP_REQUIRES(objc::runtimeLock) {
+    Table larger{nullptr, table.mask * 2 + 1, table.count};
     larger.names = static_cast<const char **>(std::calloc(larger.mask + 1, sizeof(char *)));
     if (!larger.names) objc_fatal("out of memory for selectors");
-    if (table.names)
-        for (unsigned i = 0; i <= table.mask; ++i)
-            if (table.names[i]) {
-                std::size_t length;
-                place(larger, table.names[i], hashText(table.names[i], length));
-            }
-    std::free(table.names);
+    for (unsigned i = 0; i <= table.mask; ++i)
+        if (table.names[i]) {
+            std::size_t length;
+            place(larger, table.names[i], hashText(table.names[i], length));
+        }
+    if (table.names != firstNames) std::free(table.names);
     table = larger;
 }
 
@@ -47,8 +47,8 @@ SEL sel_registerName(const char *name) {
     if (!name) return nullptr;
     std::size_t length;
     unsigned hash = hashText(name, length);
-    objc::Lock lock;
-    if (!table.names || table.count * 2 > table.mask) grow();
+    objc::Holding lock(objc::runtimeLock);
+    if (table.count * 2 > table.mask) grow();
     unsigned i = hash & table.mask;
     for (; table.names[i]; i = (i + 1) & table.mask)
         if (std::strcmp(table.names[i], name) == 0) return reinterpret_cast<SEL>(table.names[i]);

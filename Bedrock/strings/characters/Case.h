@@ -15,7 +15,7 @@ struct ZPCaseTables {
 };
 
 /// What the library knows by itself: units below U+0100 (title case: below U+0080) and five more.
-extern const ZPCaseTables _ZPBuiltinCaseTables;
+const ZPCaseTables &_ZPBuiltinCaseTables();
 /// Null until the file of the mappings has been read.
 extern const ZPCaseTables *_ZPReadCaseTables;
 /// Reads the file; the built-in tables when that fails, which is logged once and tried again at the next call.
@@ -28,7 +28,7 @@ class ZPCaseMapper {
 
   public:
     ZPCaseMapper() : _tables(__atomic_load_n(&_ZPReadCaseTables, __ATOMIC_ACQUIRE)), _asked(_tables) {
-        if (!_tables) _tables = &_ZPBuiltinCaseTables;
+        if (!_tables) _tables = &_ZPBuiltinCaseTables();
     }
     ZP_INLINE const ZPCaseTables &tables(unichar u, unsigned known = 0x100) {
         if (u >= known && !_asked) [[unlikely]] {

@@ -54,7 +54,7 @@ struct FixedPages {
 constexpr Page noChange, lowLower = lowerPage(), lowUpper = upperPage(), lowTitle = titlePage();
 constexpr FixedPages fixedPages;
 
-constexpr ZPCaseTables makeBuiltin() {
+ZPCaseTables makeBuiltin() {
     ZPCaseTables tables = {};
     for (ZPCaseMap *map : {&tables.lower, &tables.upper, &tables.title})
         for (const unichar *&page : map->pages) page = noChange.of;
@@ -68,16 +68,16 @@ constexpr ZPCaseTables makeBuiltin() {
 
 // Tables whose pages are their own where they differ from the built-in ones.
 struct LoadedTables : ZPCaseTables {
-    LoadedTables() : ZPCaseTables(_ZPBuiltinCaseTables) {}
+    LoadedTables() : ZPCaseTables(_ZPBuiltinCaseTables()) {}
     ~LoadedTables() {
         for (ZPCaseMap *map : {&lower, &upper, &title})
             for (unsigned high = 0; high < 256; ++high)
                 if (isOwn(map, high)) std::free(const_cast<unichar *>(map->pages[high]));
     }
     bool isOwn(const ZPCaseMap *map, unsigned high) const {
-        const ZPCaseMap &builtin = map == &lower   ? _ZPBuiltinCaseTables.lower
-                                   : map == &upper ? _ZPBuiltinCaseTables.upper
-                                                   : _ZPBuiltinCaseTables.title;
+        const ZPCaseMap &builtin = map == &lower   ? _ZPBuiltinCaseTables().lower
+                                   : map == &upper ? _ZPBuiltinCaseTables().upper
+                                                   : _ZPBuiltinCaseTables().title;
         return map->pages[high] != builtin.pages[high];
     }
     bool isFixed(const ZPCaseMap &map, unsigned low) const {
@@ -121,7 +121,11 @@ struct LoadedTables : ZPCaseTables {
 
 }  // namespace
 
-constinit const ZPCaseTables _ZPBuiltinCaseTables = makeBuiltin();
+// Not constant data: the dynamic linker would find 768 addresses at every start.
+const ZPCaseTables &_ZPBuiltinCaseTables() {
+    static const ZPCaseTables tables = makeBuiltin();
+    return tables;
+}
 const ZPCaseTables *_ZPReadCaseTables;
 
 const ZPCaseTables *_ZPLoadCaseTables() {
@@ -129,7 +133,7 @@ const ZPCaseTables *_ZPLoadCaseTables() {
     if (!made->read()) {
         static std::atomic_flag logged = ATOMIC_FLAG_INIT;
         if (!logged.test_and_set()) ZPLog("ZPCharConversion: could not load case conversion table.\n"_zp);
-        return &_ZPBuiltinCaseTables;
+        return &_ZPBuiltinCaseTables();
     }
     return ZPKeepFirst(_ZPReadCaseTables, made.release(),
                        [](const ZPCaseTables *late) { delete static_cast<const LoadedTables *>(late); });

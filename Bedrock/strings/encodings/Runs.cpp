@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstring>
 #ifdef __SSE2__
+#include <cpuid.h>
 #include <immintrin.h>
 #endif
 
@@ -258,6 +259,12 @@ struct Packing {
     }
 };
 
+// Asked of the processor itself: the compiler's own question costs every program that starts a table of its features.
+static bool hasShuffles() {
+    unsigned a, b, c = 0, d;
+    return __get_cpuid(1, &a, &b, &c, &d) && c & bit_SSSE3;
+}
+
 // Encodes blocks of eight units below 0x800 while there are such, with room for 16 bytes behind the last; stops at a
 // block of ASCII. Answers the units, and moves `*out`.
 __attribute__((target("ssse3"))) static unsigned encodeShortBlocks(const unichar *in, unsigned count,
@@ -290,7 +297,7 @@ unsigned _ZPEncodeUTF8Run(const unichar *units, unsigned count, unsigned char *o
     unsigned char *start = out;
     const unsigned char *limit = out + room;
 #ifdef __SSE2__
-    static const bool shuffles = __builtin_cpu_supports("ssse3");
+    static const bool shuffles = hasShuffles();
 #endif
     while (last - in >= long(blockUnits) && limit - out >= long(blockRoom)) {
         unsigned mask = narrowBlock(in, out), plain = mask ? unsigned(std::countr_zero(mask)) : blockUnits;
