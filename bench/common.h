@@ -4,6 +4,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -37,6 +38,15 @@ inline void startOneThread() {
         return true;
     }();
     DoNotOptimize(done);
+}
+
+/// Times `measured` while another thread does `work`, again and again until its flag is set.
+template <class Work> void besideAnotherThread(State &s, void (*measured)(State &), Work work) {
+    std::atomic<bool> stop{false};
+    std::thread other([&] { work(stop); });
+    measured(s);
+    stop = true;
+    other.join();
 }
 
 inline void items(State &s, std::int64_t n) { s.SetItemsProcessed(s.iterations() * n); }

@@ -142,13 +142,6 @@ MT(bedrock_autorelease_pop);
 MT(bedrock_create_autorelease_pop);
 
 // The same while another thread shares and drops an object of its own all the time.
-template <class Work> static void besideAnotherThread(State &s, void (*measured)(State &), Work work) {
-    std::atomic<bool> stop{false};
-    std::thread other([&] { work(stop); });
-    measured(s);
-    stop = true;
-    other.join();
-}
 static void bedrock_retain_release_beside_another_thread(State &s) {
     besideAnotherThread(s, bedrock_retain_release, [](std::atomic<bool> &stop) {
         Small *mine = Small::new_();
