@@ -69,7 +69,7 @@ struct ZPArrayClassMethods {
         if (self == ZPMutableArray::class_()) self = ZPConcreteMutableArray::class_();
         return ZPAllocateObject(self, 0, zone);
     }
-    static ZPArray *alloc(Class self) { return objc_msgSend<id>(self, "alloc"_sel); }
+    static ZPArray *alloc(Class self) { return _ZPFront(self)->alloc(); }
     static id array(Class self) {
         if (self == ZPArray::class_()) return emptyArray;
         return alloc(self)->init()->autorelease();
@@ -325,6 +325,7 @@ struct ZPArrayMethods : ZPArray {
 
 }  // namespace
 
+ZP_SAME_FRONT(ZPArray, _ZPArrayAbove, initWithObjects_count, count, objectAtIndex);
 ZP_IMPLEMENT_WITH(ZPArray, ZPArrayMethods, adopts(ZPCopying, ZPMutableCopying), initWithObjects_count,
                   variadic(initWithObjects), initWithArray, initWithArray_copyItems, count, objectAtIndex, lastObject,
                   getObjects, getObjects_range, containsObject, indexOfObject, indexOfObject_inRange,

@@ -5,6 +5,7 @@
 
 #include <Bedrock/collections/ZPElements.h>
 #include <Bedrock/collections/ZPMakers.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
@@ -53,7 +54,7 @@ struct _ZPEqualTo {
     }
     bool operator()(id other) const {
         if (!implementation) [[unlikely]]
-            return objc_msgSend<BOOL>(object, "isEqual:"_sel, other);
+            return id(object)->isEqual(other);
         return reinterpret_cast<BOOL (*)(objc_object *, SEL, id)>(implementation)(object, "isEqual:"_sel, other);
     }
 };

@@ -263,7 +263,7 @@ struct EnumeratorMethods : _ZPDictionaryEnumerator {
                                   : _taken.advance(_table, _slot, [](Bucket *b) { return b->key; });
         if (item) return id(_ZPStored(item));
         if (_keyEnumerator)
-            if (id key = _keyEnumerator->nextObject()) return objc_msgSend<id>(_target, "objectForKey:"_sel, key);
+            if (id key = _keyEnumerator->nextObject()) return _target.unchecked<ZPDictionary>()->objectForKey(key);
         finish();
         return nullptr;
     }

@@ -51,7 +51,7 @@ struct ZPDictionaryClassMethods {
     }
     struct New : _ZPNewInstance {
         ZPDictionary *dictionary;
-        explicit New(Class self) : New(static_cast<ZPDictionary *>(objc_msgSend<id>(self, "alloc"_sel))) {}
+        explicit New(Class self) : New(static_cast<ZPDictionary *>(_ZPFront(self)->alloc())) {}
         explicit New(ZPDictionary *d)
             : _ZPNewInstance(d, d->isa == ZPConcreteDictionary::class_() ||
                                     d->isa == ZPConcreteMutableDictionary::class_()),
@@ -281,6 +281,8 @@ struct ZPMutableDictionaryMethods : ZPMutableDictionary {
 
 }  // namespace
 
+ZP_SAME_FRONT(ZPDictionary, _ZPDictionaryAbove, dictionaryWithObjects_forKeys_count, objectForKey);
+ZP_SAME_FRONT(ZPMutableDictionary, _ZPMutableDictionaryAbove, setObject_forKey);
 ZP_IMPLEMENT_WITH(ZPDictionary, ZPDictionaryMethods, adopts(ZPCopying, ZPMutableCopying), initWithObjects_forKeys_count,
                   variadic(initWithObjectsAndKeys), initWithObjects_forKeys, initWithDictionary,
                   initWithDictionary_copyItems, count, objectForKey, keyEnumerator, objectEnumerator, allKeys,

@@ -16,7 +16,7 @@ ZPConcreteMutableArray *concrete(ZPMutableArray *array) {
 
 struct ZPMutableArrayClassMethods {
     static id arrayWithCapacity(Class self, unsigned capacity) {
-        ZPMutableArray *array = objc_msgSend<id>(self, "alloc"_sel);
+        ZPMutableArray *array = _ZPFront(self)->alloc();
         return array->initWithCapacity(capacity)->autorelease();
     }
 };

@@ -23,7 +23,7 @@ struct ZPSetClassMethods {
     }
     struct New : _ZPNewInstance {
         ZPSet *set;
-        explicit New(Class self) : New(static_cast<ZPSet *>(objc_msgSend<id>(self, "alloc"_sel))) {}
+        explicit New(Class self) : New(static_cast<ZPSet *>(_ZPFront(self)->alloc())) {}
         explicit New(ZPSet *s)
             : _ZPNewInstance(s, s->isa == ZPConcreteSet::class_() || s->isa == ZPConcreteMutableSet::class_() ||
                                     s->isa == ZPCountedSet::class_()),
@@ -180,10 +180,9 @@ struct ZPSetMethods : ZPSet {
         for (auto &member : _ZPMembers(this).list) {
             if (!first) text->appendString(", "_zp);
             first = false;
-            SEL selector = "descriptionWithLocale:"_sel;
-            bool localized = member.object->respondsToSelector(selector);
-            text->appendString(localized ? objc_msgSend<ZPString *>(member.object, selector, locale)
-                                         : member.object->description());
+            auto *object = member.object.unchecked<_ZPLocalizable>();
+            bool localized = object->respondsToSelector("descriptionWithLocale:"_sel);
+            text->appendString(localized ? object->descriptionWithLocale(locale) : object->description());
             if (counted) text->appendFormat(" [%d]"_zp, member.count);
         }
         text->appendString(")"_zp);

@@ -19,13 +19,11 @@ struct HandlerMethods : ZPAssertionHandler {
         ZPException::raise_format_arguments(ZPInternalInconsistencyException, format, arguments);
     }
     static ZPAssertionHandler *currentHandler(Class self) {
-        id thread = objc_msgSend<id>(objc_getClass("ZPThread"), "currentThread"_sel);
-        id dictionary = objc_msgSend<id>(thread, "threadDictionary"_sel);
-        id handler = objc_msgSend<id>(dictionary, "objectForKey:"_sel, id("ZPAssertionHandler"_zp));
+        auto *dictionary = _ZPThreadAbove::currentThread()->threadDictionary();
+        id handler = dictionary->objectForKey("ZPAssertionHandler"_zp);
         if (!handler) {
-            handler = objc_msgSend<id>(objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)),
-                                       "init"_sel);
-            objc_msgSend(dictionary, "setObject:forKey:"_sel, handler, id("ZPAssertionHandler"_zp));
+            handler = ZPAssertionHandler::allocFrom(self)->init();
+            dictionary->setObject_forKey(handler, "ZPAssertionHandler"_zp);
             handler->release();
         }
         return handler;

@@ -112,17 +112,6 @@ void noteHighWater(Record *r) {
 
 BOOL isFreed(objc_object *object) { return object && (!object->isa || _ZPIsZombie(object)); }
 
-void releaseObject(objc_object *object) {
-    unsigned info = __atomic_load_n(&object->isa->info, __ATOMIC_RELAXED);
-    if (info & objc_defaultCounting) [[likely]] {
-        if (!objc_releaseInHeader(object)) return;
-        if (info & objc_defaultDealloc) objc_deallocatePlainly(object);
-        else objc_msgSendUnchecked<void>(object, "dealloc"_sel);
-    } else {
-        objc_msgSendUnchecked<void>(object, "release"_sel);
-    }
-}
-
 // One pass over what the level holds, newest first; answers how many objects it met. A release may
 // record more objects, which the following pass takes, may move the record, and may even pop this level
 // with an outer one: then its pages are no longer to be touched, and the answer is 0.
@@ -148,9 +137,9 @@ unsigned releasePass(unsigned token, Page *startPage, unsigned startIndex, const
         objc_object *object = page->slots[--page->count];
         ++met;
         if (plain) [[likely]]
-            releaseObject(object);
+            id(object)->release();
         else if (settings.freedCheck && isFreed(object)) _ZPAutoreleaseFreedObject(object);
-        else if (settings.releaseEnabled) releaseObject(object);
+        else if (settings.releaseEnabled) id(object)->release();
         if (!isOpen()) [[unlikely]]
             return 0;
     }

@@ -2,6 +2,7 @@
 // What the core's own files share.
 #pragma once
 
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>

@@ -92,18 +92,13 @@ struct ExceptionMethods : ZPException {
         return nullptr;
     }
     ZPException *initWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
-        auto copy = [](ZPString *s) {
-            return objc_msgSend<id>(id((objc_object *)s), "copyWithZone:"_sel, static_cast<ZPZone *>(nullptr))
-                .as<ZPString>();
-        };
-        _name = copy(name);
-        _reason = copy(reason);
-        _userInfo = objc_msgSend<id>(id((objc_object *)userInfo), "retain"_sel).as<ZPDictionary>();
+        _name = id(name)->copyWithZone(nullptr);
+        _reason = id(reason)->copyWithZone(nullptr);
+        _userInfo = id(userInfo)->retain();
         return this;
     }
     void dealloc() {
-        for (void *field : {static_cast<void *>(_name), static_cast<void *>(_reason), static_cast<void *>(_userInfo)})
-            objc_msgSend(id(static_cast<objc_object *>(field)), "release"_sel);
+        for (id field : {id(_name), id(_reason), id(_userInfo)}) field->release();
         objc_super<ZPException>(this).send("dealloc"_sel);
     }
     ZPString *name() { return _name; }
@@ -113,15 +108,23 @@ struct ExceptionMethods : ZPException {
     void raise() { throw static_cast<ZPException *>(this); }
     BOOL isEqual(id other) {
         if (!other || other.pointer()->isa != isa) return NO;
-        return objc_msgSend<BOOL>(id((objc_object *)objc_msgSend<ZPString *>(other, "name"_sel)), "isEqual:"_sel,
-                                  id((objc_object *)_name));
+        return id(other.unchecked<ZPException>()->name())->isEqual(_name);
     }
-    unsigned hash() { return objc_msgSend<unsigned>(id((objc_object *)_name), "hash"_sel); }
+    unsigned hash() { return id(_name)->hash(); }
     id copyWithZone(ZPZone *) { return self()->retain(); }
     id replacementObjectForPortCoder(id) { return this; }
 };
 
+/// The class that raises, which may be a subclass: what it overrides is sent.
+struct ExceptionClass : ZPObject {
+    ZPException *exceptionWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo)
+        ZP_ASKS(name, reason, userInfo);
+    void raise_format_arguments(ZPString *name, ZPString *format, std::va_list arguments)
+        ZP_TELLS(name, format, arguments);
+};
+
 struct ExceptionClassMethods {
+    static ExceptionClass *front(Class cls) { return reinterpret_cast<ExceptionClass *>(cls); }
     static void initialize(Class self) {
         if (self != ZPException::class_()) return;
         installTerminate();
@@ -131,37 +134,27 @@ struct ExceptionClassMethods {
     }
     static ZPException *exceptionWithName_reason_userInfo(Class self, ZPString *name, ZPString *reason,
                                                           ZPDictionary *userInfo) {
-        id exception = objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr));
-        return objc_msgSend<id>(objc_msgSend<ZPException *>(exception, "initWithName:reason:userInfo:"_sel, name,
-                                                            reason, userInfo),
-                                "autorelease"_sel);
+        return ZPException::allocFrom(self)->initWithName_reason_userInfo(name, reason, userInfo)->autorelease();
     }
     static void raise_format(Class self, ZPString *name, ZPString *format, std::va_list arguments) {
-        objc_msgSend(self, "raise:format:arguments:"_sel, name, format, arguments);
+        front(self)->raise_format_arguments(name, format, arguments);
     }
     static void raise_format_arguments(Class self, ZPString *name, ZPString *format, std::va_list arguments) {
-        id string = objc_msgSend<id>(objc_getClass("ZPString"), "alloc"_sel);
-        string = objc_msgSend<id>(string, "initWithFormat:arguments:"_sel, format, arguments);
-        objc_msgSend<id>(string, "autorelease"_sel);
-        objc_msgSend<ZPException *>(self, "exceptionWithName:reason:userInfo:"_sel, name, string.as<ZPString>(),
-                                    static_cast<ZPDictionary *>(nullptr))
-            ->raise();
+        ZPString *reason = _ZPStringAbove::alloc()->initWithFormat_arguments(format, arguments);
+        id(reason)->autorelease();
+        front(self)->exceptionWithName_reason_userInfo(name, reason, nullptr)->raise();
     }
 };
 
 // The user information of a raise by code, when the process has number and dictionary objects.
 ZPDictionary *oldStyleInfo(const QLError &e) {
-    Class numbers = objc_getClass("ZPNumber"), values = objc_getClass("ZPValue"),
-          dictionaries = objc_getClass("ZPDictionary");
-    if (!numbers || !values || !dictionaries) return nullptr;
-    auto pointer = [&](std::uintptr_t data) {
-        return objc_msgSend<id>(values, "valueWithPointer:"_sel, reinterpret_cast<const void *>(data));
+    if (!_ZPNumberAbove::class_() || !_ZPValueAbove::class_() || !_ZPDictionaryAbove::class_()) return nullptr;
+    auto pointer = [](std::uintptr_t data) {
+        return _ZPValueAbove::valueWithPointer(reinterpret_cast<const void *>(data));
     };
-    id objects[] = {objc_msgSend<id>(numbers, "numberWithInt:"_sel, e.code), pointer(e.data1), pointer(e.data2)};
+    id objects[] = {_ZPNumberAbove::numberWithInt(e.code), pointer(e.data1), pointer(e.data2)};
     id keys[] = {id("OldCode"_zp), id("OldData1"_zp), id("OldData2"_zp)};
-    return objc_msgSend<id>(dictionaries, "dictionaryWithObjects:forKeys:count:"_sel, static_cast<const id *>(objects),
-                            static_cast<const id *>(keys), 3u)
-        .as<ZPDictionary>();
+    return _ZPDictionaryAbove::dictionaryWithObjects_forKeys_count(objects, keys, 3);
 }
 
 }  // namespace

@@ -90,11 +90,10 @@ void ZPLogv(ZPString *format, std::va_list arguments) {
     if (!format) return;
     ZPAutoreleasePoolScope pool;
     try {
-        id string = objc_msgSend<id>(objc_getClass("ZPMutableString"), "alloc"_sel);
-        string = objc_msgSend<id>(objc_msgSend<id>(string, "initWithCapacity:"_sel, 1024u), "autorelease"_sel);
-        objc_msgSend(string, "setStringWithFormat:locale:arguments:"_sel, format, id(), arguments);
-        id shown = (objc_object *)objc_msgSend<ZPString *>(string, "displayableString"_sel);
-        const char *bytes = objc_msgSend<const char *>(shown, "cString"_sel);
+        auto *string = _ZPMutableStringAbove::alloc()->initWithCapacity(1024);
+        string->autorelease();
+        string->setStringWithFormat_locale_arguments(format, nullptr, arguments);
+        const char *bytes = _ZPAbove(string->displayableString())->cString();
         if (bytes) _ZPLogCStringFunction()(bytes, unsigned(std::strlen(bytes)), YES);
     } catch (ZPException *e) {
         if (e->name() != ZPMallocException) throw;

@@ -11,20 +11,14 @@
 Class (*_ZPAltClassNameFromString)(ZPString *name);
 
 static ZPString *stringWithCString(const char *text) {
-    static Class strings;
-    Class cls = __atomic_load_n(&strings, __ATOMIC_RELAXED);
-    if (!cls) {
-        cls = objc_getClass("ZPString");
-        if (!cls) objc_fatal("%s", text);  // no strings in this process: the text itself is all there is
-        __atomic_store_n(&strings, cls, __ATOMIC_RELAXED);
-    }
-    ZPString *string = objc_msgSend<ZPString *>(cls, "stringWithCString:"_sel, text);
-    if (string) return string;
+    // No strings in this process: the text itself is all there is.
+    if (!_ZPStringAbove::class_()) objc_fatal("%s", text);
+    if (ZPString *string = _ZPStringAbove::stringWithCString(text)) return string;
     // Bytes that are no text in the default encoding: a message with gaps is better than none.
     std::string shown = text;
     for (char &c : shown)
         if (c & 0x80) c = '?';
-    return objc_msgSend<ZPString *>(cls, "stringWithCString:"_sel, shown.c_str());
+    return _ZPStringAbove::stringWithCString(shown.c_str());
 }
 
 ZPString *_ZPStringWithCText(const char *format, ...) {
@@ -42,7 +36,7 @@ ZPString *_ZPStringWithCText(const char *format, ...) {
     return stringWithCString(buffer);
 }
 
-const char *_ZPCText(ZPString *string) { return objc_msgSend<const char *>(id((objc_object *)string), "cString"_sel); }
+const char *_ZPCText(ZPString *string) { return _ZPAbove(string)->cString(); }
 
 ZPString *ZPStringFromSelector(SEL selector) {
     if (!selector) ZPException::raise_format(ZPInvalidArgumentException, "*** ZPStringFromSelector(): 0 selector"_zp);
@@ -61,16 +55,16 @@ ZPString *ZPStringFromClass(Class cls) { return stringWithCString(cls->name); }
 BOOL ZPBOOLFromString(ZPString *string) {
     if (!string) return NO;
     // Unit by unit: the text may hold a null, or what no C string can.
-    unsigned length = objc_msgSend<unsigned>(id((objc_object *)string), "length"_sel);
+    unsigned length = _ZPAbove(string)->length();
     const char *word = length == 1 ? "y" : length == 3 ? "yes" : nullptr;
     if (!word) return NO;
     for (unsigned i = 0; i < length; ++i)
-        if ((objc_msgSend<unichar>(id((objc_object *)string), "characterAtIndex:"_sel, i) | 0x20) != word[i]) return NO;
+        if ((_ZPAbove(string)->characterAtIndex(i) | 0x20) != word[i]) return NO;
     return YES;
 }
 
 static ZPString *methodName(const char *prefix, id receiver, SEL selector) {
-    Class cls = objc_msgSend<Class>(receiver, "class"_sel);
+    Class cls = receiver->objectClass();
     bool isClass = static_cast<objc_object *>(cls) == receiver.pointer();
     return _ZPStringWithCText("%s%c[%s %s]", prefix, isClass ? '+' : '-', cls ? cls->name : "nil",
                               selector ? sel_getName(selector) : "(null)");

@@ -17,10 +17,7 @@ namespace {
 
 // Method signatures belong to a higher floor; until it is there, nothing has one.
 ZPMethodSignature *signatureOf(const objc_methodDescription *description) {
-    Class signatures = objc_getClass("ZPMethodSignature");
-    return description && signatures
-               ? objc_msgSend<ZPMethodSignature *>(signatures, "signatureWithObjCTypes:"_sel, description->types)
-               : nullptr;
+    return description ? _ZPMethodSignatureAbove::signatureWithObjCTypes(description->types) : nullptr;
 }
 
 // Sends through whatever C++ type the method has, as one that takes objects and answers one: the
@@ -28,6 +25,11 @@ ZPMethodSignature *signatureOf(const objc_methodDescription *description) {
 template <class... A> id perform(objc_object *self, SEL selector, A... arguments) {
     return objc_msgSendUnchecked<id>(self, selector, arguments...);
 }
+
+/// What forwarding asks of an object, which is no part of the root class's front.
+struct Signed : ZPObject {
+    ZPMethodSignature *methodSignatureForSelector(SEL selector) ZP_ASKS(selector);
+};
 
 struct ZPObjectMethods : ZPObject {
     id init() { return this; }
@@ -81,10 +83,9 @@ struct ZPObjectMethods : ZPObject {
         return perform(this, selector, object1, object2);
     }
     void perform_withEachObjectInArray(SEL selector, ZPArray *array) {
-        unsigned count = objc_msgSend<unsigned>(id((objc_object *)array), "count"_sel);
+        unsigned count = _ZPAbove(array)->count();
         if (!selector) raiseNullSelector(this, "perform:withEachObjectInArray:"_sel);
-        for (unsigned i = 0; i < count; ++i)
-            perform(this, selector, objc_msgSend<id>(id((objc_object *)array), "objectAtIndex:"_sel, i));
+        for (unsigned i = 0; i < count; ++i) perform(this, selector, _ZPAbove(array)->objectAtIndex(i));
     }
     id performv(SEL selector, void *arguments) {
         unsigned size = self()->methodArgSize(selector);
@@ -105,11 +106,11 @@ struct ZPObjectMethods : ZPObject {
     }
     void forward(SEL selector, objc_frame *) {
         // Without the machinery that makes invocations of messages, nothing is recognized.
-        objc_msgSend<ZPMethodSignature *>(this, "methodSignatureForSelector:"_sel, selector);
+        id(this).unchecked<Signed>()->methodSignatureForSelector(selector);
         self()->doesNotRecognizeSelector(selector);
     }
     void forwardInvocation(ZPInvocation *invocation) {
-        self()->doesNotRecognizeSelector(objc_msgSend<SEL>(id((objc_object *)invocation), "selector"_sel));
+        self()->doesNotRecognizeSelector(_ZPAbove(invocation)->selector());
     }
     id awakeAfterUsingCoder(id) { return this; }
     id replacementObjectForCoder(id) { return this; }
@@ -124,9 +125,9 @@ struct ZPObjectMethods : ZPObject {
 struct ZPClassMethods {
     static void initialize(Class) { _ZPStartUp(); }
     static void load(Class) { _ZPStartUp(); }
-    static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
+    static id alloc(Class self) { return ZPObject::allocFrom(self); }
     static id allocWithZone(Class self, ZPZone *zone) { return ZPAllocateObject(self, 0, zone); }
-    static id new_(Class self) { return objc_msgSend<id>(objc_msgSend<id>(self, "alloc"_sel), "init"_sel); }
+    static id new_(Class self) { return _ZPFront(self)->alloc()->init(); }
     static id init(Class self) { return self; }
     static id self(Class self) { return self; }
     static id retain(Class self) { return self; }
@@ -143,7 +144,7 @@ struct ZPClassMethods {
     static Class superclass(Class self) { return self->superclass; }
     static BOOL conformsToProtocol(Class self, Protocol *protocol) { return _ZPConforms(self, protocol); }
     static ZPString *description(Class self) { return ZPStringFromClass(self); }
-    static ZPString *debugDescription(Class self) { return objc_msgSend<ZPString *>(self, "description"_sel); }
+    static ZPString *debugDescription(Class self) { return ZPClassObject(self)->description(); }
     static BOOL instancesRespondToSelector(Class self, SEL selector) { return class_respondsToMethod(self, selector); }
     static IMP instanceMethodForSelector(Class self, SEL selector) { return class_lookupMethod(self, selector); }
     static BOOL instancesImplementSelector(Class self, SEL selector) {
@@ -166,8 +167,7 @@ struct ZPClassMethods {
 
 void ZPClassMethods::_taskNowMultiThreaded(Class) {
     // Counts are atomic, so the lock guards only what its other users put under it.
-    if (!_ZPGlobalRetainLock)
-        if (Class lock = objc_getClass("ZPLock")) _ZPGlobalRetainLock = objc_msgSend<id>(lock, "new"_sel).pointer();
+    if (!_ZPGlobalRetainLock) _ZPGlobalRetainLock = _ZPLockAbove::new_();
 }
 
 }  // namespace

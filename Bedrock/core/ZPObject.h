@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The root class. The floor of the core has what every object does: allocation, counting, pools, exceptions, names,
-// the log. Programs and higher floors see the public headers; the library also ZPScope.h, ZPCText.h, ZPField.h and
-// ZPLogTimeStamp.h. Read this first, then ZPObject.cpp.
+// the log. Programs and higher floors see the public headers; the library also Fronts.h, ZPScope.h, ZPCText.h,
+// ZPField.h and ZPLogTimeStamp.h. Read this first, then ZPObject.cpp.
 #pragma once
 
 #include <Bedrock/core/ZPLiteral.h>
@@ -51,7 +51,7 @@ struct ZPObject : objc_object {
         if (info & objc_defaultCounting) [[likely]] {
             if (!objc_releaseInHeader(self)) return;
             if (info & objc_defaultDealloc) objc_deallocatePlainly(self);
-            else objc_msgSend(self, "dealloc"_sel);
+            else static_cast<ZPObject *>(self)->dealloc();
             return;
         }
         objc_msgSend(self, "release"_sel);

@@ -72,7 +72,7 @@ struct ZPProxyClassMethods {
         class_addMethod(self, m->name, m->implementation, m->types, m->invoker, m->argumentSize);
     }
     static void load(Class self) { initialize(self); }
-    static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
+    static id alloc(Class self) { return ZPProxy::allocFrom(self); }
     static id allocWithZone(Class self, ZPZone *zone) { return ZPAllocateObject(self, 0, zone); }
     static id self(Class self) { return self; }
     static id retain(Class self) { return self; }
@@ -146,7 +146,7 @@ struct ZombieMethods : _ZPZombie {
         report(this, selector, "methodSignatureForSelector:"_sel);
     }
     void forwardInvocation(ZPInvocation *invocation) {
-        report(this, objc_msgSend<SEL>(id((objc_object *)invocation), "selector"_sel), "forwardInvocation:"_sel);
+        report(this, _ZPAbove(invocation)->selector(), "forwardInvocation:"_sel);
     }
     id retain() { report(this, "retain"_sel, "retain"_sel); }
     unsigned retainCount() { report(this, "retainCount"_sel, "retainCount"_sel); }
@@ -176,7 +176,7 @@ BOOL _ZPMakeZombie(objc_object *object) {
         ZPHolding hold(z.mutex);
         Class &entry = z.classes[object->isa];
         if (!entry) {
-            objc_msgSend<id>(_ZPZombie::class_(), "self"_sel);  // initialize the template before it is copied
+            _ZPFront(_ZPZombie::class_())->self();  // initialize the template before it is copied
             std::string name = std::string("ZPZombie_") + object->isa->name;
             entry = objc_copyClass(_ZPZombie::class_(), name.c_str());
             objc_addClass(entry);

@@ -134,8 +134,8 @@ Word addressOf(id object) { return reinterpret_cast<Word>(object.pointer()); }
 struct ZP_LOCKABLE LockObject {
     id object;
 
-    void lock() ZP_ACQUIRES() { objc_msgSend(object, "lock"_sel); }
-    void unlock() ZP_RELEASES() { objc_msgSend(object, "unlock"_sel); }
+    void lock() ZP_ACQUIRES() { object.unchecked<_ZPLockAbove>()->lock(); }
+    void unlock() ZP_RELEASES() { object.unchecked<_ZPLockAbove>()->unlock(); }
 };
 
 }  // namespace

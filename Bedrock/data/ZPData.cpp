@@ -4,8 +4,7 @@
 #include <Bedrock/core/ZPRef.h>
 
 #include <Bedrock/core/Digits.h>
-
-ZP_FORWARD(ZPCoder);
+#include <Bedrock/core/Fronts.h>
 
 namespace {
 
@@ -135,40 +134,36 @@ struct DataMethods : ZPData {
     }
     Class classForCoder() { return ZPData::class_(); }
     id replacementObjectForPortCoder(id) { return this; }
-    void encodeWithCoder(ZPCoder *coder) {
-        objc_msgSend(id((objc_object *)coder), "encodeDataObject:"_sel, static_cast<ZPData *>(this));
-    }
+    void encodeWithCoder(ZPCoder *coder) { _ZPAbove(coder)->encodeDataObject(this); }
     id initWithCoder(ZPCoder *coder) {
         self()->release();
-        ZPData *data = objc_msgSend<ZPData *>(id((objc_object *)coder), "decodeDataObject"_sel);
+        ZPData *data = _ZPAbove(coder)->decodeDataObject();
         return data ? data->retain() : id();
     }
 };
 
 struct DataClassMethods {
-    static id made(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
+    static ZPData *made(Class self) { return ZPData::allocFrom(self); }
     static ZPData *autoreleased(ZPData *data) { return data ? static_cast<ZPData *>(data->autorelease()) : nullptr; }
 
     static id allocWithZone(Class self, ZPZone *zone) {
         return ZPAllocateObject(self == ZPData::class_() ? ZPConcreteData::class_() : self, 0, zone);
     }
     static id alloc(Class self) { return made(self); }
-    static ZPData *data(Class self) { return autoreleased(static_cast<ZPData *>(made(self))->init()); }
+    static ZPData *data(Class self) { return autoreleased(made(self)->init()); }
     static ZPData *dataWithBytes_length(Class self, const void *bytes, unsigned length) {
         if (self == ZPData::class_()) return autoreleased(_ZPNewImmutableData(bytes, length, nullptr));
-        return autoreleased(static_cast<ZPData *>(made(self))->initWithBytes_length(bytes, length));
+        return autoreleased(made(self)->initWithBytes_length(bytes, length));
     }
     static ZPData *dataWithBytesNoCopy_length(Class self, void *bytes, unsigned length) {
-        return autoreleased(static_cast<ZPData *>(made(self))->initWithBytesNoCopy_length(bytes, length));
+        return autoreleased(made(self)->initWithBytesNoCopy_length(bytes, length));
     }
-    static ZPData *dataWithData(Class self, ZPData *other) {
-        return autoreleased(static_cast<ZPData *>(made(self))->initWithData(other));
-    }
+    static ZPData *dataWithData(Class self, ZPData *other) { return autoreleased(made(self)->initWithData(other)); }
     static ZPData *dataWithContentsOfFile(Class self, ZPString *path) {
-        return autoreleased(static_cast<ZPData *>(made(self))->initWithContentsOfFile(path));
+        return autoreleased(made(self)->initWithContentsOfFile(path));
     }
     static ZPData *dataWithContentsOfMappedFile(Class self, ZPString *path) {
-        return autoreleased(static_cast<ZPData *>(made(self))->initWithContentsOfMappedFile(path));
+        return autoreleased(made(self)->initWithContentsOfMappedFile(path));
     }
 };
 

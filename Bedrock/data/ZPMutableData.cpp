@@ -63,12 +63,11 @@ struct MutableDataClassMethods {
     static id allocWithZone(Class self, ZPZone *zone) {
         return ZPAllocateObject(self == ZPMutableData::class_() ? ZPConcreteMutableData::class_() : self, 0, zone);
     }
-    static id made(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
     static id dataWithCapacity(Class self, unsigned capacity) {
-        return static_cast<ZPMutableData *>(made(self))->initWithCapacity(capacity)->autorelease();
+        return ZPMutableData::allocFrom(self)->initWithCapacity(capacity)->autorelease();
     }
     static id dataWithLength(Class self, unsigned length) {
-        return static_cast<ZPMutableData *>(made(self))->initWithLength(length)->autorelease();
+        return ZPMutableData::allocFrom(self)->initWithLength(length)->autorelease();
     }
 };
 

@@ -41,6 +41,10 @@ template <class T> using objc_superclassOf =
     typename decltype(objc_nearest(static_cast<T *>(nullptr), static_cast<T *>(nullptr)))::type;
 
 /// @cond machinery
+inline objc_object *objc_allocateFrom(Class cls, ZPZone *zone) {
+    return objc_msgSend<id>(cls, "allocWithZone:"_sel, zone).pointer();
+}
+
 // clang-format off
 #define OBJC_CLASS_MEMBERS(T, RECORD)                                                                                  \
     RECORD;                                                                                                            \
@@ -50,6 +54,9 @@ template <class T> using objc_superclassOf =
     static T *alloc() { return ::objc_allocate<T>(class_()); }                                                         \
     /** A new instance in a zone (null: the default zone) that the caller owns. */                                     \
     static T *allocWithZone(::ZPZone *zone) ZP_CLASS_ASKS(zone)                                                        \
+    /** A new instance of `cls`, this class or a subclass, in a zone (null: the default zone), that the caller */      \
+    /** owns; initialise it before use: what a class method that subclasses inherit makes its instance with. */        \
+    static T *allocFrom(::Class cls, ::ZPZone *zone = nullptr) { return (T *)::objc_allocateFrom(cls, zone); }         \
     /** A new, initialised instance that the caller owns. */                                                           \
     static T *new_() ZP_CLASS_ASKS()                                                                                   \
     /** Prepares a new instance, and is sent to nothing else; answers the receiver, or another object in its */        \

@@ -2,13 +2,11 @@
 #include <Bedrock/runloop/ZPNotification.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/strings/ZPMutableString.h>
-
-ZP_FORWARD(ZPCoder);
-ZP_FORWARD(ZPPortCoder);
 
 namespace {
 
@@ -46,8 +44,10 @@ struct NotificationMethods : ZPNotification {
     }
     static ZPNotification *notificationWithName_object_userInfo(Class self, ZPString *name, id object,
                                                                 ZPDictionary *userInfo) {
-        auto *made = objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPNotification>();
-        return made->initWithName_object_userInfo(name, object, userInfo)->autorelease().as<ZPNotification>();
+        return ZPNotification::allocFrom(self)
+            ->initWithName_object_userInfo(name, object, userInfo)
+            ->autorelease()
+            .as<ZPNotification>();
     }
     static ZPNotification *notificationWithName_object(Class self, ZPString *name, id object) {
         return notificationWithName_object_userInfo(self, name, object, nullptr);
@@ -75,19 +75,16 @@ struct NotificationMethods : ZPNotification {
     id copyWithZone(ZPZone *) { return self()->retain(); }
 
     void encodeWithCoder(ZPCoder *coder) {
-        id to((objc_object *)coder);
         for (id part : {id(self()->name()), self()->object(), id(self()->userInfo())})
-            objc_msgSend(to, "encodeObject:"_sel, part);
+            _ZPAbove(coder)->encodeObject(part);
     }
     id initWithCoder(ZPCoder *coder) {
-        id from((objc_object *)coder);
         id parts[3];
-        for (id &part : parts) part = objc_msgSend<id>(from, "decodeObject"_sel);
+        for (id &part : parts) part = _ZPAbove(coder)->decodeObject();
         Class cls = self()->objectClass();
         ZPZone *zone = self()->zone();
         self()->dealloc();
-        auto *made = objc_msgSend<id>(id(cls), "allocWithZone:"_sel, zone).unchecked<ZPNotification>();
-        return made->initWithName_object_userInfo(parts[0].as<ZPString>(), parts[1], parts[2].as<ZPDictionary>());
+        return ZPNotification::allocFrom(cls, zone)->initWithName_object_userInfo(parts[0], parts[1], parts[2]);
     }
     Class classForCoder() { return ZPNotification::class_(); }
     id replacementObjectForPortCoder(ZPPortCoder *) { return this; }

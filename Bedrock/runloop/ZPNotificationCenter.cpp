@@ -17,6 +17,7 @@
 #include <Bedrock/core/ZPRef.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPException.h>
@@ -347,8 +348,8 @@ struct CenterMethods : ZPNotificationCenter {
         } else if (centersOfSubclasses) {
             if (id center = centersOfSubclasses->objectForKey(id(self))) return center.as<ZPNotificationCenter>();
         }
-        id made = objc_msgSend<id>(objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr), "init"_sel);
-        ZPRef<ZPNotificationCenter> center = ZPAdopt<ZPNotificationCenter>(made);
+        ZPNotificationCenter *made = ZPNotificationCenter::allocFrom(self)->init();
+        ZPRef<ZPNotificationCenter> center = ZPAdopt(made);
         if (!center) return nullptr;
         if (!isFront) {
             if (!centersOfSubclasses)
@@ -356,7 +357,7 @@ struct CenterMethods : ZPNotificationCenter {
             centersOfSubclasses->setObject_forKey(center, id(self));
         }
         watchBundles(center);
-        if (!isFront) return made.as<ZPNotificationCenter>();  // the dictionary holds it
+        if (!isFront) return made;  // the dictionary holds it
         __atomic_store_n(&centerOfAll, center.get(), __ATOMIC_RELEASE);
         return center.detach();
     }
@@ -452,6 +453,7 @@ struct CenterMethods : ZPNotificationCenter {
 
 }  // namespace
 
+ZP_SAME_FRONT(ZPNotificationCenter, _ZPNotificationCenterAbove, defaultCenter, postNotificationName_object);
 ZP_IMPLEMENT_WITH(ZPNotificationCenter, CenterMethods, addObserver_selector_name_object, removeObserver,
                   removeObserver_name_object, postNotification, postNotificationName_object,
                   postNotificationName_object_userInfo, _taskNowMultiThreaded, _bundleLoaded, description, dealloc,

@@ -19,6 +19,8 @@ struct ZPPathStore2 : ZPString {
         ZP_CLASS_ASKS(characters, length);
     /// From bytes in the default C-string encoding; null when they are not text in it. Autoreleased.
     static ZPPathStore2 *pathStoreWithCString(const char *bytes) ZP_CLASS_ASKS(bytes);
+    /// As of ZPString.
+    static ZPString *pathWithComponents(ZPArray *components) ZP_CLASS_ASKS(components);
 };
 
 extern "C" {

@@ -213,9 +213,8 @@ struct ZPString : ZPObject {
     /// Control characters and characters outside the default C-string encoding as `\ooo` and `\Uxxxx`.
     ZPString *displayableString() ZP_ASKS();
     /// A case map is one of the ZPConvertTo... functions.
-    ZPString *_caseCopyAux_flags(unsigned (*convert)(unichar, unichar *, unsigned), unsigned flags) {
-        return objc_msgSend<ZPString *>(this, "_caseCopyAux:flags:"_sel, convert, flags);
-    }
+    ZPString *_caseCopyAux_flags(unsigned (*convert)(unichar, unichar *, unsigned), unsigned flags)
+        ZP_ASKS(convert, flags);
 
     // ---- lines and numbers ----
 

@@ -190,16 +190,16 @@ ZPString *ZPStringFromHashTable(ZPHashTable *table) {
     unsigned count = ZPCountHashTable(table);
     auto address = reinterpret_cast<unsigned long>(table);
     if (!count) return _ZPStringWithCText("<ZPHashTable: 0x%lx> ()", address);
-    id text = _ZPMutableText(count < 0x2000000 ? count * 64 : 0);
-    _ZPAppendText(text, _ZPStringWithCText("<ZPHashTable: 0x%lx> (", address));
+    auto *text = _ZPMutableText(count < 0x2000000 ? count * 64 : 0);
+    text->appendString(_ZPStringWithCText("<ZPHashTable: 0x%lx> (", address));
     bool first = true;
     ZPSimpleForEach(table->set, [&](ZPSimpleSetBucket *b) {
-        if (!first) _ZPAppendText(text, ", "_zp);
+        if (!first) text->appendString(", "_zp);
         first = false;
-        _ZPAppendText(text, _ZPDescribeItem(table, table->callBacks, b->item));
+        text->appendString(_ZPDescribeItem(table, table->callBacks, b->item));
     });
-    _ZPAppendText(text, ")"_zp);
-    return text;
+    text->appendString(")"_zp);
+    return id(text);
 }
 
 ZPArray *ZPAllHashTableObjects(ZPHashTable *table) {

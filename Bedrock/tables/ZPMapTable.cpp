@@ -192,16 +192,16 @@ ZPString *ZPStringFromMapTable(ZPMapTable *table) {
     unsigned count = ZPCountMapTable(table);
     auto address = reinterpret_cast<unsigned long>(table);
     if (!count) return _ZPStringWithCText("<ZPMapTable: 0x%lx> {}", address);
-    id text = _ZPMutableText(count < 0x2000000 ? count * 64 : 0);
-    _ZPAppendText(text, _ZPStringWithCText("<ZPMapTable: 0x%lx> {", address));
+    auto *text = _ZPMutableText(count < 0x2000000 ? count * 64 : 0);
+    text->appendString(_ZPStringWithCText("<ZPMapTable: 0x%lx> {", address));
     ZPSimpleForEach(table->dictionary, [&](ZPSimpleDictionaryBucket *b) {
-        _ZPAppendText(text, _ZPDescribeItem(table, table->keyCallBacks, b->key));
-        _ZPAppendText(text, " = "_zp);
-        _ZPAppendText(text, _ZPDescribeItem(table, table->valueCallBacks, b->value));
-        _ZPAppendText(text, ";\n"_zp);
+        text->appendString(_ZPDescribeItem(table, table->keyCallBacks, b->key));
+        text->appendString(" = "_zp);
+        text->appendString(_ZPDescribeItem(table, table->valueCallBacks, b->value));
+        text->appendString(";\n"_zp);
     });
-    _ZPAppendText(text, "}"_zp);
-    return text;
+    text->appendString("}"_zp);
+    return id(text);
 }
 
 ZPArray *ZPAllMapTableKeys(ZPMapTable *table) {

@@ -82,7 +82,7 @@ void _ZPRemoveRanges(ZPRangeArray *list, unsigned index, unsigned run);
 
 /// A mutable string written through a buffer.
 struct _ZPRangeText {
-    id text;
+    _ZPMutableStringAbove *text;
     std::string buffer;
 
     explicit _ZPRangeText(std::uint64_t expected)
@@ -90,5 +90,5 @@ struct _ZPRangeText {
     void add(const char *format, ...) __attribute__((format(printf, 2, 3)));
     void addString(ZPString *string);
     void flush();
-    ZPString *finish() { return flush(), static_cast<ZPString *>(text); }
+    ZPString *finish() { return flush(), id(text); }
 };

@@ -89,11 +89,11 @@ void _ZPRangeText::add(const char *format, ...) {
 
 void _ZPRangeText::addString(ZPString *string) {
     flush();
-    _ZPAppendText(text, string ? string : "*nil*"_zp);
+    text->appendString(string ? string : "*nil*"_zp);
 }
 
 void _ZPRangeText::flush() {
-    if (!buffer.empty()) _ZPAppendText(text, _ZPStringWithCText("%s", buffer.c_str()));
+    if (!buffer.empty()) text->appendString(_ZPStringWithCText("%s", buffer.c_str()));
     buffer.clear();
 }
 

@@ -3,6 +3,7 @@
 // gathering of items into arrays.
 #pragma once
 
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPCText.h>
 #include <Bedrock/core/ZPException.h>
@@ -11,26 +12,20 @@
 
 #include <vector>
 
-inline objc_object *_ZPItemObject(const void *item) { return static_cast<objc_object *>(const_cast<void *>(item)); }
+inline id _ZPItemObject(const void *item) { return static_cast<objc_object *>(const_cast<void *>(item)); }
 
 /// Folds a null-terminated byte string four bytes at a time; 0 for null.
 unsigned _ZPByteStringHash(const void *bytes);
 bool _ZPByteStringsEqual(const void *bytes1, const void *bytes2);
 
 // One function for each way of treating an item, whatever the table T it lies in.
-template <class T> unsigned _ZPObjectItemHash(T *, const void *item) {
-    return objc_msgSend<unsigned>(_ZPItemObject(item), "hash"_sel);
-}
+template <class T> unsigned _ZPObjectItemHash(T *, const void *item) { return _ZPItemObject(item)->hash(); }
 template <class T> BOOL _ZPObjectItemsEqual(T *, const void *stored, const void *probe) {
-    return stored == probe || objc_msgSend<BOOL>(_ZPItemObject(stored), "isEqual:"_sel, id(_ZPItemObject(probe)));
+    return stored == probe || _ZPItemObject(stored)->isEqual(_ZPItemObject(probe));
 }
-template <class T> void _ZPObjectItemRetain(T *, const void *item) {
-    objc_msgSend<id>(_ZPItemObject(item), "retain"_sel);
-}
-template <class T> void _ZPObjectItemRelease(T *, void *item) { objc_msgSend(_ZPItemObject(item), "release"_sel); }
-template <class T> ZPString *_ZPObjectItemDescribe(T *, const void *item) {
-    return objc_msgSend<ZPString *>(_ZPItemObject(item), "description"_sel);
-}
+template <class T> void _ZPObjectItemRetain(T *, const void *item) { _ZPItemObject(item)->retain(); }
+template <class T> void _ZPObjectItemRelease(T *, void *item) { _ZPItemObject(item)->release(); }
+template <class T> ZPString *_ZPObjectItemDescribe(T *, const void *item) { return _ZPItemObject(item)->description(); }
 template <class T> void _ZPPointerItemFree(T *, void *item) { ZPZoneFree(ZPZoneFromPointer(item), item); }
 template <class T> unsigned _ZPByteStringItemHash(T *, const void *item) { return _ZPByteStringHash(item); }
 template <class T> BOOL _ZPByteStringItemsEqual(T *, const void *stored, const void *probe) {
@@ -68,14 +63,11 @@ template <class S, class F> ZPArray *_ZPArrayOfItems(S *s, const F &take) {
     id local[128];
     std::vector<id> large(count > 128 ? count : 0);
     id *objects = count > 128 ? large.data() : local, *next = objects;
-    ZPSimpleForEach(s, [&](ZPSimpleBucketOf<S> *b) { *next++ = id(_ZPItemObject(take(b))); });
-    id array = objc_msgSend<id>(objc_getClass("ZPArray"), "alloc"_sel);
-    array = objc_msgSend<id>(array, "initWithObjects:count:"_sel, static_cast<const id *>(objects), count);
-    return objc_msgSend<ZPArray *>(array, "autorelease"_sel);
+    ZPSimpleForEach(s, [&](ZPSimpleBucketOf<S> *b) { *next++ = _ZPItemObject(take(b)); });
+    return id(_ZPArrayAbove::alloc()->initWithObjects_count(objects, count))->autorelease();
 }
 
 /// An empty mutable string with room for `capacity` characters.
-inline id _ZPMutableText(unsigned capacity) {
-    return objc_msgSend<id>(objc_getClass("ZPMutableString"), "stringWithCapacity:"_sel, capacity);
+inline _ZPMutableStringAbove *_ZPMutableText(unsigned capacity) {
+    return _ZPMutableStringAbove::stringWithCapacity(capacity);
 }
-inline void _ZPAppendText(id text, ZPString *string) { objc_msgSend(text, "appendString:"_sel, string); }

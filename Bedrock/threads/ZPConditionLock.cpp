@@ -51,9 +51,11 @@ struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
     }
 
     void lock() { takeWhen(always, unlimited); }
-    BOOL lockBeforeDate(ZPDate *limit) { return takeWhen(always, _ZPTimeOf(limit)); }
+    BOOL lockBeforeDate(ZPDate *limit) { return takeWhen(always, limit->timeIntervalSinceReferenceDate()); }
     void lockWhenCondition(int wanted) { takeWhen(equals(wanted), unlimited); }
-    BOOL lockWhenCondition_beforeDate(int wanted, ZPDate *limit) { return takeWhen(equals(wanted), _ZPTimeOf(limit)); }
+    BOOL lockWhenCondition_beforeDate(int wanted, ZPDate *limit) {
+        return takeWhen(equals(wanted), limit->timeIntervalSinceReferenceDate());
+    }
     BOOL tryLock() { return takeWhen(always, -unlimited); }
     BOOL tryLockWhenCondition(int wanted) { return takeWhen(equals(wanted), -unlimited); }
 
@@ -86,7 +88,7 @@ struct ConditionMethods : _ZPLockMethods<ZPCondition, Pair> {
     void unlock() ZP_UNCHECKED_LOCKING { mutex_unlock(&part().mutex); }
     void wait() ZP_UNCHECKED_LOCKING { condition_wait_timeout(&part().condition, &part().mutex, unlimited); }
     BOOL waitUntilDate(ZPDate *limit) ZP_UNCHECKED_LOCKING {
-        double seconds = objc_msgSend<double>(id(reinterpret_cast<objc_object *>(limit)), "timeIntervalSinceNow"_sel);
+        double seconds = limit->timeIntervalSinceNow();
         return seconds >= 0 && condition_wait_timeout(&part().condition, &part().mutex, seconds);
     }
     void signal() { condition_signal(&part().condition); }

@@ -6,6 +6,8 @@
 
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/platform/kernel/Kernel.h>
+#include <Bedrock/strings/ZPString.h>
+#include <Bedrock/time/ZPDate.h>
 
 #include <new>
 
@@ -26,12 +28,6 @@ template <class T, class P> struct _ZPLockMethods : T {
         objc_super<T>(this).send("dealloc"_sel);
     }
     template <class... A> ZPString *describe(ZPString *format, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel,
-                                                               format, this->isa->name,
-                                                               reinterpret_cast<unsigned long>(this), arguments...);
+        return ZPString::stringWithFormat(format, this->isa->name, reinterpret_cast<unsigned long>(this), arguments...);
     }
 };
-
-inline double _ZPTimeOf(ZPDate *date) {
-    return objc_msgSend<double>(id(reinterpret_cast<objc_object *>(date)), "timeIntervalSinceReferenceDate"_sel);
-}

@@ -9,6 +9,7 @@
 // the kernel's. The recursive lock adds the owner, which only the owner's own thread finds equal to itself, and how
 // often it has taken the lock.
 #include <Bedrock/threads/ZPLock+Internal.h>
+#include <Bedrock/core/Fronts.h>
 
 namespace {
 
@@ -70,7 +71,7 @@ struct LockMethods : _ZPLockMethods<ZPLock, Word> {
     }
     void unlock() { part().giveBack(); }
     BOOL lockBeforeDate(ZPDate *limit) {
-        double until = _ZPTimeOf(limit);
+        double until = limit->timeIntervalSinceReferenceDate();
         return part().take() || part().waitUntil(until);
     }
     ZPString *description() { return describe("%s(0x%lx) locked: %s"_zp, part().isTaken() ? "YES" : "NO"); }
@@ -88,7 +89,7 @@ struct RecursiveLockMethods : _ZPLockMethods<ZPRecursiveLock, RecursiveWord> {
     }
     BOOL lockBeforeDate(ZPDate *limit) {
         RecursiveWord &r = part();
-        double until = _ZPTimeOf(limit);
+        double until = limit->timeIntervalSinceReferenceDate();
         if (r.isMine()) {
             r.setCount(r.getCount() + 1);
             return YES;
@@ -123,6 +124,7 @@ struct RecursiveLockMethods : _ZPLockMethods<ZPRecursiveLock, RecursiveWord> {
 
 ZP_DEFINE_PROTOCOL(ZPLocking, lock, unlock);
 
+ZP_SAME_FRONT(ZPLock, _ZPLockAbove, lock, unlock);
 ZP_IMPLEMENT_WITH(ZPLock, LockMethods, adopts(ZPLocking), lock, unlock, tryLock, lockBeforeDate, description,
                   classMethods(allocWithZone));
 

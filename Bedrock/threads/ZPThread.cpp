@@ -7,12 +7,16 @@
 // also covers threads that the library did not start.
 #include <Bedrock/threads/ZPThread.h>
 
+#include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/kernel/Kernel.h>
+#include <Bedrock/strings/ZPString.h>
+#include <Bedrock/time/ZPDate.h>
 
 #include <memory>
 #include <utility>
@@ -26,13 +30,19 @@ namespace {
 
 BOOL multiThreaded = NO, tellsRuntime = YES;
 
-id classNamed(const char *name) { return id(objc_getClass(name)); }
-id asObject(void *object) { return id(static_cast<objc_object *>(object)); }
+/// What a thread is told by this file alone.
+struct Told : ZPThread {
+    void _setThreadName(ZPString *name) ZP_TELLS(name);
+    void _exit() ZP_TELLS();
+};
 
-id defaultCenter() { return objc_msgSend<id>(classNamed("ZPNotificationCenter"), "defaultCenter"_sel); }
+/// A class or an object that does something when the process becomes multithreaded.
+struct Hooked : ZPObject {
+    void _taskNowMultiThreaded() ZP_TELLS();
+};
 
 void post(ZPString *name, id object) {
-    objc_msgSend(defaultCenter(), "postNotificationName:object:"_sel, name, object);
+    _ZPNotificationCenterAbove::defaultCenter()->postNotificationName_object(name, object);
 }
 
 // Several foreign threads may come here at once: the first takes the step and the others wait for its hooks. The
@@ -43,9 +53,10 @@ void becomeMultiThreaded() {
         ZPHolding hold(becoming);
         if (multiThreaded) return;
         __atomic_store_n(&multiThreaded, YES, __ATOMIC_RELEASE);
-        objc_msgSend(classNamed("ZPObject"), "_taskNowMultiThreaded"_sel);
-        objc_msgSend(classNamed("ZPAutoreleasePool"), "_taskNowMultiThreaded"_sel);
-        objc_msgSend(defaultCenter(), "_taskNowMultiThreaded"_sel);
+        auto tell = [](id what) { what.unchecked<Hooked>()->_taskNowMultiThreaded(); };
+        tell(ZPObject::class_());
+        tell(ZPAutoreleasePool::class_());
+        tell(_ZPNotificationCenterAbove::defaultCenter());
     }
     post(ZPWillBecomeMultiThreadedNotification, nullptr);
 }
@@ -71,7 +82,7 @@ struct Start {
 void body(void *given) {
     {
         std::unique_ptr<Start> start(static_cast<Start *>(given));  // given up also when the method ends the thread
-        objc_msgSend(ZPThread::currentThread(), "_setThreadName:"_sel, "Bedrock-created thread"_zp);
+        static_cast<Told *>(ZPThread::currentThread())->_setThreadName("Bedrock-created thread"_zp);
         start->target->performSelector_withObject(start->selector, start->argument);
     }
     ZPThread::exit();
@@ -104,7 +115,7 @@ struct ThreadMethods : ZPThread {
         cthread_detach(thread);
     }
 
-    static void exit(Class) { objc_msgSend(currentThread(nullptr), "_exit"_sel); }
+    static void exit(Class) { static_cast<Told *>(currentThread(nullptr))->_exit(); }
     void _exit() {
         post(ZPThreadWillExitNotification, this);
         endThread(ZPCurrentThreadData());
@@ -112,16 +123,14 @@ struct ThreadMethods : ZPThread {
     }
 
     static void sleepUntilDate(Class, ZPDate *date) {
-        double milliseconds = objc_msgSend<double>(asObject(date), "timeIntervalSinceNow"_sel) * 1000.0;
+        double milliseconds = date->timeIntervalSinceNow() * 1000.0;
         if (milliseconds > 4294967295.0) cthread_sleep(0xFFFFFFFF);
         else if (milliseconds > 0) cthread_sleep(unsigned(milliseconds));
     }
 
     ZPMutableDictionary *threadDictionary() {
-        if (!_threadDictionary) {
-            id dictionary = objc_msgSend<id>(classNamed("ZPMutableDictionary"), "allocWithZone:"_sel, self()->zone());
-            _threadDictionary = objc_msgSend<id>(dictionary, "initWithCapacity:"_sel, 3u).as<ZPMutableDictionary>();
-        }
+        if (!_threadDictionary)
+            _threadDictionary = ZPMutableDictionary::allocWithZone(self()->zone())->initWithCapacity(3);
         return _threadDictionary;
     }
     ZPRunLoop *runLoop() { return _runLoop; }
@@ -131,15 +140,10 @@ struct ThreadMethods : ZPThread {
     void _setThreadName(ZPString *) {}
     ZPString *_threadName() { return nullptr; }
 
-    ZPString *description() {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(objc_getClass("ZPString"), "stringWithFormat:"_sel,
-                                                               "Thread %lu"_zp, _cthread);
-    }
+    ZPString *description() { return ZPString::stringWithFormat("Thread %lu"_zp, _cthread); }
 
     static objc_object *taken(id &field) { return std::exchange(field, id()).pointer(); }
-    template <class T> static objc_object *taken(T *&field) {
-        return asObject(std::exchange(field, nullptr)).pointer();
-    }
+    template <class T> static objc_object *taken(T *&field) { return id(std::exchange(field, nullptr)).pointer(); }
     // Each field is empty before what it held goes: its end may ask the thread for it, and is given a new one.
     bool releaseHeld() {
         bool any = false;
@@ -165,7 +169,7 @@ struct ThreadMethods : ZPThread {
         for (int round = 0; round < 4 && more; ++round) {
             unsigned pool = ZPPushAutoreleasePool(0);
             more = releaseHeld();
-            if (round == 0) objc_msgSend(this, "_setThreadName:"_sel, (ZPString *)nullptr);
+            if (round == 0) id(this).unchecked<Told>()->_setThreadName(nullptr);
             ZPPopAutoreleasePool(pool);
             if (isCurrent) ZPAutoreleasePool::releaseAllPools();
             more |= round == 0;
@@ -177,6 +181,7 @@ struct ThreadMethods : ZPThread {
 
 }  // namespace
 
+ZP_SAME_FRONT(ZPThread, _ZPThreadAbove, currentThread, threadDictionary);
 ZP_IMPLEMENT_WITH(ZPThread, ThreadMethods, _exit, threadDictionary, runLoop, setRunLoop, notificationQueue,
                   setNotificationQueue, _setThreadName, _threadName, description, dealloc,
                   classMethods(currentThread, isMultiThreaded, _enableSetObjcMultiThread,

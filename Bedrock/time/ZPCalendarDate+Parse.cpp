@@ -3,6 +3,7 @@
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
 
 #include <Bedrock/core/Digits.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/strings/ZPCharacterSet.h>
@@ -18,12 +19,9 @@ namespace {
 BOOL splitsCenturies() {
     static const BOOL answer = [] {
         ZPAutoreleasePoolScope pool;
-        id defaults = objc_msgSend<id>(id(objc_getClass("ZPUserDefaults")), "standardUserDefaults"_sel);
-        id key("ZPUseExcelTwoDigitYearSemantics"_zp);
-        return !objc_msgSend<id>(defaults, "objectForKey:"_sel, key) ||
-                       objc_msgSend<BOOL>(defaults, "boolForKey:"_sel, key.as<ZPString>())
-                   ? YES
-                   : NO;
+        auto *defaults = _ZPUserDefaultsAbove::standardUserDefaults();
+        ZPString *key = "ZPUseExcelTwoDigitYearSemantics"_zp;
+        return !defaults->objectForKey(key) || defaults->boolForKey(key) ? YES : NO;
     }();
     return answer;
 }

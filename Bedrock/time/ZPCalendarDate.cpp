@@ -4,6 +4,7 @@
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
 #include <Bedrock/core/ZPRef.h>
 
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPField.h>
 #include <Bedrock/platform/kernel/Kernel.h>
@@ -11,9 +12,6 @@
 #include <Bedrock/time/ZPTimeZone+Internal.h>
 
 #include <cmath>
-
-ZP_FORWARD(ZPCoder);
-ZP_FORWARD(ZPPortCoder);
 
 namespace {
 
@@ -53,9 +51,7 @@ struct Counts {
 };
 
 struct CalendarMethods : ZPCalendarDate {
-    static ZPCalendarDate *make(Class self) {
-        return objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPCalendarDate>();
-    }
+    static ZPCalendarDate *make(Class self) { return ZPCalendarDate::allocFrom(self); }
     static ZPCalendarDate *calendarDate(Class self) {
         return make(self)->initWithTimeIntervalSinceReferenceDate(cthread_time())->autorelease().as<ZPCalendarDate>();
     }
@@ -224,34 +220,30 @@ struct CalendarMethods : ZPCalendarDate {
     // ---- the object ----
 
     id copyWithZone(ZPZone *zone) {
-        auto *copy =
-            objc_msgSend<id>(id(self()->objectClass()), "allocWithZone:"_sel, zone).unchecked<ZPCalendarDate>();
+        auto *copy = ZPCalendarDate::allocFrom(self()->objectClass(), zone);
         ZPReplaceField(copy->_timeZone, _timeZone);
         copy->_timeIntervalSinceReferenceDate = _timeIntervalSinceReferenceDate;
         copy->setCalendarFormat(_formatString);
         return copy;
     }
     void encodeWithCoder(ZPCoder *coder) {
-        id to((objc_object *)coder);
-        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"d",
-                     (const void *)&_timeIntervalSinceReferenceDate);
-        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"@", (const void *)&_timeZone);
-        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"@", (const void *)&_formatString);
+        auto *to = _ZPAbove(coder);
+        to->encodeValueOfObjCType_at("d", &_timeIntervalSinceReferenceDate);
+        to->encodeValueOfObjCType_at("@", &_timeZone);
+        to->encodeValueOfObjCType_at("@", &_formatString);
     }
     id initWithCoder(ZPCoder *coder) {
-        id from((objc_object *)coder);
+        auto *from = _ZPAbove(coder);
         double timeIntervalSinceReferenceDate = 0;
-        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"d", (void *)&timeIntervalSinceReferenceDate);
-        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"@", (void *)&_timeZone);
-        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"@", (void *)&_formatString);
+        from->decodeValueOfObjCType_at("d", &timeIntervalSinceReferenceDate);
+        from->decodeValueOfObjCType_at("@", &_timeZone);
+        from->decodeValueOfObjCType_at("@", &_formatString);
         return self()->initWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate);
     }
     Class classForCoder() { return ZPCalendarDate::class_(); }
     id replacementObjectForPortCoder(ZPPortCoder *coder) {
-        if (!objc_msgSend<BOOL>(id((objc_object *)coder), "isByref"_sel)) return this;
-        id connection = objc_msgSend<id>(id((objc_object *)coder), "connection"_sel);
-        return objc_msgSend<id>(id(objc_getClass("ZPDistantObject")), "proxyWithLocal:connection:"_sel, id(this),
-                                connection);
+        if (!_ZPAbove(coder)->isByref()) return this;
+        return _ZPDistantObjectAbove::proxyWithLocal_connection(this, _ZPAbove(coder)->connection());
     }
     void dealloc() {
         _timeZone->release();
@@ -285,7 +277,7 @@ struct DateExtras : ZPDate {
         }
         ZPDate *date = self()->initWithTimeIntervalSinceReferenceDate(time);
         if (date->respondsToSelector("setTimeZone:"_sel))
-            objc_msgSend(date, "setTimeZone:"_sel, (ZPTimeZone *)ZPTimeZone::timeZoneForSecondsFromGMT(offset));
+            id(date).unchecked<ZPCalendarDate>()->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(offset));
         return date;
     }
 };

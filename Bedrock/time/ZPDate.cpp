@@ -3,15 +3,13 @@
 // that they come back exactly. The distant dates are two static objects.
 #include <Bedrock/time/ZPDate.h>
 
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/time/ZPDate+Internal.h>
-
-ZP_FORWARD(ZPCoder);
-ZP_FORWARD(ZPPortCoder);
 
 double _ZPCurrentTime() { return cthread_time(); }
 
@@ -67,8 +65,7 @@ ZPDate *make(Class cls, double time) {
         date->_time = time;
         return date->autorelease().as<ZPDate>();
     }
-    auto *date = objc_msgSend<id>(id(cls), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPDate>();
-    return date->initWithTimeIntervalSinceReferenceDate(time)->autorelease().as<ZPDate>();
+    return ZPDate::allocFrom(cls)->initWithTimeIntervalSinceReferenceDate(time)->autorelease().as<ZPDate>();
 }
 
 struct Clock {
@@ -92,9 +89,7 @@ struct DateMethods : ZPDate {
         return make(self, date->timeIntervalSinceReferenceDate() + seconds);
     }
     static ZPDate *dateWithString(Class self, ZPString *text) {
-        auto *date = objc_msgSend<id>(id(self), "allocWithZone:"_sel, (ZPZone *)nullptr).unchecked<ZPDate>();
-        date = date->initWithString(text);
-        return date->autorelease().as<ZPDate>();
+        return ZPDate::allocFrom(self)->initWithString(text)->autorelease().as<ZPDate>();
     }
     static ZPDate *distantFuture(Class) {
         static ZPDistantDate *const future = makeDistant(63113990400.0);
@@ -150,13 +145,11 @@ struct DateMethods : ZPDate {
 
     void encodeWithCoder(ZPCoder *coder) {
         double timeIntervalSinceReferenceDate = self()->timeIntervalSinceReferenceDate();
-        objc_msgSend(id((objc_object *)coder), "encodeValueOfObjCType:at:"_sel, (const char *)"d",
-                     (const void *)&timeIntervalSinceReferenceDate);
+        _ZPAbove(coder)->encodeValueOfObjCType_at("d", &timeIntervalSinceReferenceDate);
     }
     id initWithCoder(ZPCoder *coder) {
         double timeIntervalSinceReferenceDate = 0;
-        objc_msgSend(id((objc_object *)coder), "decodeValueOfObjCType:at:"_sel, (const char *)"d",
-                     (void *)&timeIntervalSinceReferenceDate);
+        _ZPAbove(coder)->decodeValueOfObjCType_at("d", &timeIntervalSinceReferenceDate);
         return self()->initWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate);
     }
     Class classForCoder() { return ZPDate::class_(); }

@@ -6,6 +6,7 @@
 
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPNames.h>
@@ -21,9 +22,6 @@
 #include <cstdio>
 #include <cstring>
 #include <unordered_map>
-
-ZP_FORWARD(ZPCoder);
-ZP_FORWARD(ZPPortCoder);
 
 namespace {
 
@@ -184,11 +182,9 @@ struct ZoneMethods : ZPTimeZone {
         return nullptr;
     }
 
-    void encodeWithCoder(ZPCoder *coder) {
-        objc_msgSend(id((objc_object *)coder), "encodeObject:"_sel, id(self()->timeZoneName()));
-    }
+    void encodeWithCoder(ZPCoder *coder) { _ZPAbove(coder)->encodeObject(self()->timeZoneName()); }
     id initWithCoder(ZPCoder *coder) {
-        auto *timeZoneName = objc_msgSend<id>(id((objc_object *)coder), "decodeObject"_sel).as<ZPString>();
+        auto *timeZoneName = _ZPAbove(coder)->decodeObject().as<ZPString>();
         self()->release();
         return ZPTimeZone::timeZoneForKey(timeZoneName)->retain();
     }
@@ -224,18 +220,18 @@ struct DetailMethods : ZPTimeZoneDetail {
                                           self()->isDaylightSavingTimeZone() ? " (Daylight)" : "");
     }
     void encodeWithCoder(ZPCoder *coder) {
-        id to((objc_object *)coder);
+        auto *to = _ZPAbove(coder);
         int timeZoneSecondsFromGMT = self()->timeZoneSecondsFromGMT();
-        objc_msgSend(to, "encodeObject:"_sel, id(self()->timeZoneName()));
-        objc_msgSend(to, "encodeObject:"_sel, id(self()->timeZoneAbbreviation()));
-        objc_msgSend(to, "encodeValueOfObjCType:at:"_sel, (const char *)"i", (const void *)&timeZoneSecondsFromGMT);
+        to->encodeObject(self()->timeZoneName());
+        to->encodeObject(self()->timeZoneAbbreviation());
+        to->encodeValueOfObjCType_at("i", &timeZoneSecondsFromGMT);
     }
     id initWithCoder(ZPCoder *coder) {
-        id from((objc_object *)coder);
-        auto *name = objc_msgSend<id>(from, "decodeObject"_sel).as<ZPString>();
-        auto *timeZoneAbbreviation = objc_msgSend<id>(from, "decodeObject"_sel).as<ZPString>();
+        auto *from = _ZPAbove(coder);
+        auto *name = from->decodeObject().as<ZPString>();
+        auto *timeZoneAbbreviation = from->decodeObject().as<ZPString>();
         int timeZoneSecondsFromGMT = 0;
-        objc_msgSend(from, "decodeValueOfObjCType:at:"_sel, (const char *)"i", (void *)&timeZoneSecondsFromGMT);
+        from->decodeValueOfObjCType_at("i", &timeZoneSecondsFromGMT);
         self()->release();
         ZPArray *details = ZPTimeZone::timeZoneWithName(name)->timeZoneDetailArray();
         for (unsigned i = details->count(); i--;) {

@@ -3,6 +3,7 @@
 // a line for each element; when all of it fits in a line of 79 characters, the parts are put together again.
 #include <Bedrock/archiving/grammar/Grammar.h>
 #include <Bedrock/collections/ZPElements.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/data/ZPDataView.h>
@@ -258,9 +259,9 @@ struct Writer {
         if (object->isKindOfClass(ZPString::class_()))
             text.put(static_cast<ZPString *>(object)->_stringRepresentation());
         else if (object->respondsToSelector("descriptionWithLocale:indent:"_sel))
-            text.put(objc_msgSend<ZPString *>(object, "descriptionWithLocale:indent:"_sel, locale, level));
+            text.put(object.unchecked<_ZPLocalizable>()->descriptionWithLocale_indent(locale, level));
         else if (object->respondsToSelector("descriptionWithLocale:"_sel))
-            text.put(objc_msgSend<ZPString *>(object, "descriptionWithLocale:"_sel, locale));
+            text.put(object.unchecked<_ZPLocalizable>()->descriptionWithLocale(locale));
         else text.put(object->description());
     }
     void data(ZPDataView view) {
@@ -353,9 +354,9 @@ struct Writer {
         for (unsigned i = 0; i < count; ++i) buffer.items[i] = id(reinterpret_cast<objc_object *>(&entries[i]));
         id *sorted = _ZPMergeSort(
             count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count),
-            [](id a, id b, void *) {
-                auto key = [](id e) { return reinterpret_cast<Entry *>(e.pointer())->key; };
-                return objc_msgSend<int>(key(a), "compare:"_sel, static_cast<ZPString *>(key(b)));
+            [](id a, id b, void *) -> int {
+                auto key = [](id e) { return reinterpret_cast<Entry *>(e.pointer())->key.unchecked<ZPString>(); };
+                return key(a)->compare(key(b));
             },
             nullptr, count > 63);
         std::vector<Entry> result;

@@ -87,7 +87,7 @@ struct CharacterSetMethods : ZPCharacterSet {
         ZPSetBitmap mine(this);
         if (other->isKindOfClass(ZPCharacterSet::class_()))
             return std::memcmp(mine.bits, ZPSetBitmap(other).bits, sizeof mine.bits) == 0;
-        return mine.data()->isEqual(objc_msgSend<id>(other, "bitmapRepresentation"_sel));
+        return mine.data()->isEqual(other.unchecked<ZPCharacterSet>()->bitmapRepresentation());
     }
     unsigned hash() { return ZPSetBitmap(this).data()->hash(); }
 };

@@ -90,6 +90,9 @@ struct ZPBuiltinCharacterSet : ZPCharacterSet {
     ZP_PRIVATE_CLASS(ZPBuiltinCharacterSet)
     int offset;
     ZPCharacterSet *expandedset;  ///< written once: the full set, or the object itself when it cannot be loaded
+
+    /// The full set of that number, or the receiver when it cannot be loaded.
+    ZPCharacterSet *expandSetWithOffset(int wanted) ZP_ASKS(wanted);
 };
 struct ZPExpandedBuiltinCharacterSet : ZPBuiltinCharacterSet {
     ZP_PRIVATE_CLASS(ZPExpandedBuiltinCharacterSet)
@@ -121,6 +124,9 @@ struct ZPConcreteMutableCharacterSet : ZPMutableCharacterSet {
     ZPData *data;
     signed char mayChange;
 
+    /// The set of a file of the resources, kept for good; null without one.
+    static ZPConcreteMutableCharacterSet *_readAndRetainFileNamed_makeCompact(ZPString *name, BOOL compact)
+        ZP_CLASS_ASKS(name, compact);
     /// An empty set that may change, without a record or a bitmap; the caller owns it.
     static ZPConcreteMutableCharacterSet *make(ZPZone *zone);
     bool has(unichar u) const { return bits ? _ZPBit(bits, u) : set && set->has(u); }

@@ -92,9 +92,8 @@ ZPBuiltinCharacterSet *standardSets[_ZPStandardSetCount];
 template <unsigned Offset> ZPCharacterSet *standardSet(Class) { return _ZPStandardSet(Offset); }
 
 template <unsigned Offset> ZPCharacterSet *fullSet(Class) {
-    return objc_msgSend<ZPCharacterSet *>(ZPConcreteMutableCharacterSet::class_(),
-                                          "_readAndRetainFileNamed:makeCompact:"_sel, standard(Offset).name,
-                                          BOOL(standard(Offset).compact));
+    return ZPConcreteMutableCharacterSet::_readAndRetainFileNamed_makeCompact(standard(Offset).name,
+                                                                              BOOL(standard(Offset).compact));
 }
 
 struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
@@ -106,7 +105,6 @@ struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
             return _ZPIsInFullSet(unsigned(offset), u);
         return static_cast<ZPConcreteMutableCharacterSet *>(full)->has(u);
     }
-    // Answers the full set, or the receiver when it cannot be loaded.
     ZPCharacterSet *expandSetWithOffset(int wanted) {
         if (wanted < 0 || wanted >= int(_ZPStandardSetCount)) {
             ZPLog("ZPExpandedBuiltinCharacterSet: illegal offset %d encountered.\n"_zp, wanted);
@@ -201,7 +199,7 @@ ZPBuiltinCharacterSet *_ZPStandardSet(unsigned offset) {
 ZPConcreteMutableCharacterSet *_ZPFullSet(ZPBuiltinCharacterSet *set) {
     ZPCharacterSet *full = __atomic_load_n(&set->expandedset, __ATOMIC_ACQUIRE);
     if (!full) [[unlikely]]
-        full = objc_msgSend<ZPCharacterSet *>(set, "expandSetWithOffset:"_sel, set->offset);
+        full = set->expandSetWithOffset(set->offset);
     return full == set ? nullptr : static_cast<ZPConcreteMutableCharacterSet *>(full);
 }
 

@@ -2,6 +2,7 @@
 // C strings, the scratch memory they live in, and the displayable form.
 #include <Bedrock/strings/cluster/Cluster.h>
 
+#include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/core/Digits.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 
@@ -60,8 +61,7 @@ struct ScratchMethods : _ZPAutoreleasedMallocMemory {
     ZPString *shown = length > 23 ? string->substringToIndex(20) : string;
     ZPString *reason = ZPString::stringWithFormat("Conversion to cString failed for string \"%@%s\""_zp, shown,
                                                   length > 23 ? "..." : "");
-    ZPDictionary *info = objc_msgSend<id>(objc_getClass("ZPDictionary"), "dictionaryWithObject:forKey:"_sel, id(string),
-                                          id("_ZPString"_zp));
+    ZPDictionary *info = ZPDictionary::dictionaryWithObject_forKey(string, "_ZPString"_zp);
     ZPException::exceptionWithName_reason_userInfo(ZPCharacterConversionException, reason, info)->raise();
 }
 

@@ -78,6 +78,9 @@ struct ZPSimpleString : ZPString {
     ZP_PRIVATE_CLASS(ZPSimpleString)
     unichar *characters;
     unsigned numCharacters;
+
+    /// All units, valid while the receiver lives and is not changed.
+    const unichar *_characters() ZP_ASKS();
 };
 struct ZPUnicodeString : ZPSimpleString {
     ZP_PRIVATE_CLASS(ZPUnicodeString)

@@ -74,7 +74,7 @@ void fetch(ZPString *string, const ZPStringView &view, unsigned from, unsigned c
 bool isString(ZPString *object) {
     for (Class c = object->isa; c; c = c->superclass)
         if (c == ZPString::class_()) return true;
-    return objc_msgSend<BOOL>(object, "isKindOfClass:"_sel, ZPString::class_());
+    return object->isKindOfClass(ZPString::class_());
 }
 
 bool equalBytesAndUnits(const unsigned char *bytes, const unichar *units, unsigned n) {
@@ -141,8 +141,7 @@ struct CompareMethods : ZPString {
     BOOL isEqual(id other) {
         if (other.pointer() == this) return YES;
         if (!other) return NO;
-        if (other.pointer()->isa != isa && !objc_msgSend<BOOL>(other, "isKindOfClass:"_sel, ZPString::class_()))
-            return NO;
+        if (other.pointer()->isa != isa && !other->isKindOfClass(ZPString::class_())) return NO;
         return self()->isEqualToString(static_cast<ZPString *>(other.pointer()));
     }
     BOOL isEqualToString(ZPString *other) { return _ZPEqualStrings(this, other); }

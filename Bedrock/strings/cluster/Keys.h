@@ -57,6 +57,6 @@ struct _ZPObjectEquality {
             auto *x = reinterpret_cast<ZPInlineCString *>(a), *y = reinterpret_cast<ZPInlineCString *>(b);
             return x->byteCount() == y->byteCount() && !std::memcmp(x->contents(), y->contents(), x->byteCount());
         }
-        return objc_msgSend<BOOL>(a, "isEqual:"_sel, id(b)) != NO;
+        return id(a)->isEqual(b) != NO;
     }
 };

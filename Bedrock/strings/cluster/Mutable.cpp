@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every mutable string does on its one primitive, the editing category, and the constructors.
 #include <Bedrock/strings/cluster/Mutable.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPRef.h>
 
 #include <cstdarg>
@@ -86,7 +87,7 @@ struct MutableStringClassMethods {
     static id allocWithZone(Class self, ZPZone *zone) {
         return ZPAllocateObject(self == ZPMutableString::class_() ? ZPConcreteMutableString::class_() : self, 0, zone);
     }
-    static id alloc(Class self) { return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr)); }
+    static id alloc(Class self) { return ZPMutableString::allocFrom(self); }
     static id stringWithCapacity(Class, unsigned capacity) { return made()->initWithCapacity(capacity)->autorelease(); }
     static id stringWithCharacters_length(Class, const unichar *characters, unsigned length) {
         return made()->initWithCharacters_length(characters, length)->autorelease();
@@ -112,6 +113,8 @@ struct MutableStringClassMethods {
 
 }  // namespace
 
+ZP_SAME_FRONT(ZPConcreteMutableString, _ZPMutableStringAbove, stringWithCapacity, initWithCapacity, appendString,
+              setStringWithFormat_locale_arguments);
 ZP_IMPLEMENT_WITH(ZPMutableString, MutableStringMethods, version(1), replaceCharactersInRange_withString,
                   initWithCapacity, insertString_atIndex, appendString, deleteCharactersInRange, setString,
                   replaceCharactersInRange_withCString_length, replaceCharactersInRange_withCharacters_length,

@@ -7,6 +7,7 @@
 // A zone that is recycled leaves its placeholder behind, so that another zone at the same address finds it.
 #include <Bedrock/strings/cluster/Mutable.h>
 
+#include <Bedrock/data/ZPData.h>
 #include <Bedrock/platform/kernel/Lock.h>
 
 #include <vector>
@@ -74,9 +75,8 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
         return _ZPNewFormattedString(zoneForString, format, id(reinterpret_cast<objc_object *>(locale)), arguments);
     }
     ZPString *initWithData_encoding(ZPData *data, ZPStringEncoding encoding) {
-        auto *receiver = reinterpret_cast<objc_object *>(data);
-        const void *bytes = objc_msgSend<const void *>(receiver, "bytes"_sel);
-        unsigned length = objc_msgSend<unsigned>(receiver, "length"_sel);
+        unsigned length = data->length();
+        const void *bytes = data->bytes();
         if (encoding == _ZPCStringEncoding && _ZPFitsByteStorage(bytes, length))
             return _ZPNewInlineCString(static_cast<const char *>(bytes), length, zoneForString);
         return self()->initWithBytes_length_encoding(bytes, length, encoding);

@@ -2,7 +2,9 @@
 // What every string does on the primitives, apart from the themes that have files of their own: making,
 // reading, copying.
 #include <Bedrock/strings/cluster/Mutable.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPRef.h>
+#include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/paths/Paths.h>
 
 namespace {
@@ -18,19 +20,15 @@ struct ZPStringClassMethods {
     static id alloc(Class self) {
         if (self == ZPString::class_()) [[likely]]
             return _ZPPlaceholderStringFromZone(nullptr);
-        return objc_msgSend<id>(self, "allocWithZone:"_sel, static_cast<ZPZone *>(nullptr));
+        return ZPString::allocFrom(self);
     }
     static id allocWithZone(Class self, ZPZone *zone) {
         if (self == ZPString::class_()) return _ZPPlaceholderStringFromZone(zone);
         return ZPAllocateObject(self, 0, zone);
     }
-    static ZPString *string(Class self) {
-        return objc_msgSend<id>(objc_msgSend<id>(objc_msgSend<id>(self, "alloc"_sel), "init"_sel), "autorelease"_sel);
-    }
+    static ZPString *string(Class self) { return _ZPFront(self)->alloc()->init()->autorelease(); }
     static ZPString *stringWithString(Class self, ZPString *other) {
-        return objc_msgSend<id>(objc_msgSend<ZPString *>(objc_msgSend<id>(self, "alloc"_sel), "initWithString:"_sel,
-                                                         other),
-                                "autorelease"_sel);
+        return _ZPFront(self)->alloc().unchecked<ZPString>()->initWithString(other)->autorelease();
     }
     static ZPString *stringWithCharacters_length(Class, const unichar *characters, unsigned length) {
         return _ZPNewStringWithUnits(characters, length, nullptr)->autorelease();
@@ -98,8 +96,8 @@ struct ZPStringMethods : ZPString {
         return self()->initWithString(formatted);
     }
     ZPString *initWithData_encoding(ZPData *data, ZPStringEncoding encoding) {
-        return self()->initWithBytes_length_encoding(objc_msgSend<const void *>(data, "bytes"_sel),
-                                                     objc_msgSend<unsigned>(data, "length"_sel), encoding);
+        unsigned length = data->length();
+        return self()->initWithBytes_length_encoding(data->bytes(), length, encoding);
     }
     ZPString *initWithBytes_length_encoding(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         void *buffer = nullptr;
@@ -136,6 +134,8 @@ struct ZPStringMethods : ZPString {
 
 }  // namespace
 
+ZP_SAME_FRONT(ZPString, _ZPStringAbove, stringWithCString, initWithFormat_arguments, length, characterAtIndex, cString,
+              displayableString);
 ZP_IMPLEMENT_WITH(ZPString, ZPStringMethods, version(1), adopts(ZPCopying, ZPMutableCopying),
                   initWithCharactersNoCopy_length_freeWhenDone, initWithCStringNoCopy_length_freeWhenDone,
                   initWithCString_length, initWithCString, initWithCharacters_length, initWithString,
@@ -173,8 +173,8 @@ ZPStringView _ZPViewOfOtherString(ZPString *string) {
     }
     while (cls && cls != ZPSimpleString::class_() && cls != ZPString::class_()) cls = cls->superclass;
     if (cls == ZPSimpleString::class_()) {
-        const unichar *units = objc_msgSend<const unichar *>(string, "_characters"_sel);
-        return {nullptr, units, string->length()};
+        unsigned length = string->length();
+        return {nullptr, static_cast<ZPSimpleString *>(string)->_characters(), length};
     }
     if (cls)
         if (const char *bytes = string->_fastCStringContents())
@@ -214,10 +214,7 @@ bool _ZPIsASCII(const void *bytes, unsigned length) {
     return !(word & high);
 }
 
-ZPDictionary *_ZPUserLocale() {
-    id defaults = objc_msgSend<id>(objc_getClass("ZPUserDefaults"), "standardUserDefaults"_sel);
-    return objc_msgSend<ZPDictionary *>(defaults, "dictionaryRepresentation"_sel);
-}
+ZPDictionary *_ZPUserLocale() { return _ZPUserDefaultsAbove::standardUserDefaults()->dictionaryRepresentation(); }
 
 void _ZPRaiseTooLong(std::uint64_t length) {
     _ZPRaiseTooMuch("a string of %llu characters is too long", static_cast<unsigned long long>(length));

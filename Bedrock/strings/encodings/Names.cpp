@@ -37,7 +37,7 @@ ZPDictionary *readNames() {
         ZPString *text =
             ZPString::alloc()->initWithBytes_length_encoding(file.bytes, unsigned(file.length), ZPUTF8StringEncoding);
         try {
-            if (text) table = objc_msgSend<id>(text, "propertyListFromStringsFileFormat"_sel);
+            if (text) table = text->propertyListFromStringsFileFormat();
         } catch (ZPException *) {}
         text->release();
     }

@@ -9,6 +9,7 @@
 #include <Bedrock/core/ZPScope.h>
 #include <Bedrock/core/ZPRef.h>
 #include <Bedrock/core/Digits.h>
+#include <Bedrock/core/Fronts.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
 #include <algorithm>
@@ -298,10 +299,9 @@ struct Engine {
         }
         ZPString *description = static_cast<ZPString *>(object);
         if (!isPlainString(object->isa)) {
-            SEL withLocale = "descriptionWithLocale:"_sel;
-            bool takesLocale = objc_msgSend<BOOL>(object, "respondsToSelector:"_sel, withLocale);
-            description = takesLocale ? objc_msgSend<ZPString *>(object, withLocale, locale)
-                                      : objc_msgSend<ZPString *>(object, "description"_sel);
+            auto *other = static_cast<_ZPLocalizable *>(object);
+            bool takesLocale = other->respondsToSelector("descriptionWithLocale:"_sel);
+            description = takesLocale ? other->descriptionWithLocale(locale) : other->description();
         }
         text.append(description);
     }

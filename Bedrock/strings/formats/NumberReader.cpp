@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/strings/ZPNumberReader.h>
 
+#include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/core/Digits.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/cluster/Cluster.h>
@@ -101,7 +102,7 @@ struct NumberMethods : ZPString {
 }  // namespace
 
 unichar _ZPDecimalSeparator(id locale) {
-    id value = locale ? objc_msgSend<id>(locale, "objectForKey:"_sel, id("ZPDecimalSeparator"_zp)) : id();
+    id value = locale.unchecked<ZPDictionary>()->objectForKey("ZPDecimalSeparator"_zp);
     if (!value || !value->isKindOfClass(ZPString::class_())) return '.';
     ZPString *separator = value;
     return separator->length() ? separator->characterAtIndex(0) : u'.';

@@ -15,7 +15,7 @@ namespace {
 
 struct PathMethods : ZPString {
     static ZPString *pathWithComponents(Class, ZPArray *components) {
-        return objc_msgSend<ZPString *>(ZPPathStore2::class_(), "pathWithComponents:"_sel, components);
+        return ZPPathStore2::pathWithComponents(components);
     }
     ZPArray *pathComponents() {
         if (ZPStringView view = _ZPViewOfString(this); view.bytes) return _ZPPathComponents(view.bytes, view.length);
