@@ -4,14 +4,15 @@
 #pragma once
 
 #include <Bedrock/core/ZPAllocation.h>
+#include <Bedrock/core/ZPScope.h>
 
 /// Raises ZPMallocException with "*** out of memory for " and the text.
 [[noreturn]] ZP_COLD void _ZPRaiseOutOfMemory(const char *what, ...) __attribute__((format(printf, 1, 2)));
 /// The same with "*** FUNCTION(): out of memory for ".
 [[noreturn]] ZP_COLD void _ZPRaiseOutOfMemoryIn(const char *function, const char *what, ...)
     __attribute__((format(printf, 2, 3)));
-/// Raises ZPMallocException with "*** " and the text, for what no memory could hold.
-[[noreturn]] ZP_COLD void _ZPRaiseTooMuch(const char *text, ...) __attribute__((format(printf, 1, 2)));
+/// Raises ZPMallocException with "*** " and the text: sizes that no memory could hold, and older texts.
+[[noreturn]] ZP_COLD void _ZPRaiseMalloc(const char *text, ...) __attribute__((format(printf, 1, 2)));
 
 /// The same for a text that comes from elsewhere.
 template <class... A> [[noreturn]] ZP_INLINE void _ZPRaiseOutOfMemoryFor(const char *what, A... of) {
@@ -56,28 +57,23 @@ ZP_INLINE T *_ZPReallocate(T *block, std::size_t count, ZPZone *zone, const char
     return moved;
 }
 
-/// Owns a block of a zone, or none: freed at the end unless taken out.
-template <class T> struct _ZPBlock {
-    T *memory = nullptr;
+struct _ZPFreesInZone {
     ZPZone *zone = nullptr;
-
-    _ZPBlock() = default;
-    explicit _ZPBlock(T *block, ZPZone *z = nullptr) : memory(block), zone(z) {}
-    _ZPBlock(const _ZPBlock &) = delete;
-    _ZPBlock &operator=(const _ZPBlock &) = delete;
-    ~_ZPBlock() {
-        if (memory) ZPZoneFree(zone, static_cast<void *>(memory));
-    }
-    operator T *() const { return memory; }
-    T *operator->() const { return memory; }
-    T *take() {
-        T *m = memory;
-        memory = nullptr;
-        return m;
-    }
+    void operator()(void *memory) const { ZPZoneFree(zone, memory); }
+};
+/// Owns a block of a zone, or none: freed at the end unless taken out.
+template <class T> struct _ZPBlock : ZPScope<T, _ZPFreesInZone> {
+    explicit _ZPBlock(T *block = nullptr, ZPZone *zone = nullptr) : ZPScope<T, _ZPFreesInZone>(block, {zone}) {}
     /// Shrinks the block and gives it away.
     T *takeShrunk(std::size_t count) {
-        T *m = take(), *smaller = _ZPTryReallocate(m, count, zone);
-        return smaller ? smaller : m;
+        T *whole = this->take(), *smaller = _ZPTryReallocate(whole, count, this->_end.zone);
+        return smaller ? smaller : whole;
+    }
+
+  protected:
+    /// Gives the block other room: null, and it stays as it is, without memory.
+    T *tryResize(std::size_t count) {
+        T *moved = _ZPTryReallocate(this->_held, count, this->_end.zone);
+        return moved ? this->_held = moved : nullptr;
     }
 };

@@ -46,7 +46,7 @@ struct Arguments {
 
 }  // namespace
 
-void _ZPRaiseTooMuch(const char *text, ...) {
+void _ZPRaiseMalloc(const char *text, ...) {
     Arguments arguments;
     va_start(arguments.list, text);
     ZPException::raise_format_arguments(ZPMallocException, _ZPStringWithCText("*** %s", text), arguments.list);

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What the library's code owns for the life of a scope, beside objects of a known class (ZPRef.h): also an exception
-// ends it.
+// What the library's code owns for the life of a scope, beside objects of a known class (ZPRef.h) and blocks of memory
+// (Memory.h): also an exception ends it.
 #pragma once
 
-#include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPObject.h>
 
 #include <utility>
@@ -13,6 +12,7 @@
 ///     ZPScope table{ZPCreateHashTable(callBacks, 0), ZPFreeHashTable};
 ///     ZPHashInsert(table, item);
 template <class T, class F> class ZPScope {
+  protected:
     T *_held;
     [[no_unique_address]] F _end;
 
@@ -31,18 +31,6 @@ template <class T, class F> class ZPScope {
     /// Gives what is held up to the caller.
     [[nodiscard]] T *take() { return std::exchange(_held, nullptr); }
 };
-
-struct ZPFreesDefault {
-    void operator()(void *memory) const { ZPZoneFree(nullptr, memory); }
-};
-/// A block of the default zone, or none.
-template <class T> using ZPOwnedMemory = ZPScope<T, ZPFreesDefault>;
-
-struct ZPFreesInItsZone {
-    void operator()(void *memory) const { ZPZoneFree(ZPZoneFromPointer(memory), memory); }
-};
-/// A block of any zone, or none.
-template <class T> using ZPOwnedBlock = ZPScope<T, ZPFreesInItsZone>;
 
 struct ZPReleases {
     void operator()(objc_object *object) const { id(object)->release(); }

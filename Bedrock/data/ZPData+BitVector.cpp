@@ -49,7 +49,7 @@ bool shareBits(const unsigned char *a, const unsigned char *b, unsigned length) 
 
 struct Block : _ZPBlock<unsigned char> {
     explicit Block(unsigned size) : _ZPBlock(_ZPTryAllocate<unsigned char>(size)) {
-        if (!memory) _ZPRaiseDataMemory(size);
+        if (!get()) _ZPRaiseDataMemory(size);
     }
     ZPData *takeAsData(unsigned length) {
         if (length == 0) return _ZPNewImmutableData(nullptr, 0, nullptr)->autorelease();
@@ -72,16 +72,16 @@ struct BitVectorMethods : ZPData {
         ZPDataView a = _ZPViewOfData(this), b = _ZPViewOfData(other);
         unsigned n = std::min(a.length, b.length);
         Block block(n);
-        for (unsigned i = 0; i < n; ++i) block.memory[i] = a.bytes[i] & b.bytes[i];
-        while (n && block.memory[n - 1] == 0) --n;
+        for (unsigned i = 0; i < n; ++i) block[i] = a.bytes[i] & b.bytes[i];
+        while (n && block[n - 1] == 0) --n;
         return block.takeAsData(n);
     }
     ZPData *unionWithBitVector(ZPData *other) {
         ZPDataView a = _ZPViewOfData(this), b = _ZPViewOfData(other);
         if (a.length < b.length) std::swap(a, b);
         Block block(a.length);
-        if (a.length) std::memcpy(block.memory, a.bytes, a.length);
-        for (unsigned i = 0; i < b.length; ++i) block.memory[i] |= b.bytes[i];
+        if (a.length) std::memcpy(block, a.bytes, a.length);
+        for (unsigned i = 0; i < b.length; ++i) block[i] |= b.bytes[i];
         return block.takeAsData(a.length);
     }
     unsigned numberOfSetBits() {
@@ -127,7 +127,7 @@ struct BitVectorMethods : ZPData {
                        : static_cast<ZPData *>(_ZPNewImmutableData(v.bytes, length, nullptr)->autorelease());
 
         Block block(length - removed + 3 * count + 2);
-        unsigned char *out = block.memory, *table = block.memory + (length - removed);
+        unsigned char *out = block, *table = block + (length - removed);
         unsigned from = 0, gone = 0;
         for (unsigned k = 0; k < count; ++k) {
             unsigned position = found[k].at - gone;
@@ -142,7 +142,7 @@ struct BitVectorMethods : ZPData {
         std::memcpy(out, v.bytes + from, length - from);
         *table++ = static_cast<unsigned char>(count);
         *table++ = 0;
-        return block.takeAsData(unsigned(table - block.memory));
+        return block.takeAsData(unsigned(table - block));
     }
     ZPData *_decompressIfNeeded() {
         ZPDataView v = _ZPViewOfData(this);

@@ -78,7 +78,7 @@ ZPHashTable *ZPCreateHashTableWithZone(ZPHashCallBacks callBacks, unsigned capac
     auto *table = _ZPTryAllocate<ZPHashTable>(1, zone);
     if (!table) {
         ZPFreeSimpleSet(set);
-        _ZPRaiseTooMuch("ZPCreateHashTableWithZone(): out of memory");
+        _ZPRaiseMalloc("ZPCreateHashTableWithZone(): out of memory");
     }
     *table = {set, callBacks};
     return table;

@@ -60,7 +60,7 @@ ZPMapTable *ZPCreateMapTableWithZone(ZPMapKeyCallBacks keyCallBacks, ZPMapValueC
     auto *table = _ZPTryAllocate<ZPMapTable>(1, zone);
     if (!table) {
         ZPFreeSimpleDictionary(dictionary);
-        _ZPRaiseTooMuch("ZPCreateMapTableWithZone(): out of memory");
+        _ZPRaiseMalloc("ZPCreateMapTableWithZone(): out of memory");
     }
     *table = {dictionary, keyCallBacks, valueCallBacks};
     return table;

@@ -118,9 +118,9 @@ void makeRoom(ZPOrderedHeap *heap, unsigned more) {
 
 ZPOrderedHeap *ZPCreateOrderedHeapFromZone(ZPHeapComparison comparison, unsigned capacity, ZPZone *zone) {
     _ZPBlock heap(_ZPTryAllocate<ZPOrderedHeap>(1, zone), zone);
-    auto *storage = heap.memory && capacity ? _ZPTryAllocate<ZPHeapElement>(capacity, zone) : nullptr;
-    if (!heap.memory || (capacity && !storage)) _ZPRaiseOutOfMemoryIn("ZPCreateOrderedHeap", "%u elements", capacity);
-    *heap.memory = {comparison ? comparison : compareWords, 0, capacity, storage};
+    auto *storage = heap && capacity ? _ZPTryAllocate<ZPHeapElement>(capacity, zone) : nullptr;
+    if (!heap || (capacity && !storage)) _ZPRaiseOutOfMemoryIn("ZPCreateOrderedHeap", "%u elements", capacity);
+    *heap = {comparison ? comparison : compareWords, 0, capacity, storage};
     return heap.take();
 }
 

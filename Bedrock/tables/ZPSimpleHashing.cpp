@@ -33,7 +33,7 @@ template <class S>
 void addGrowing(S **reference, ZPSimpleBucketOf<S> *place, ZPSimpleBucketOf<S> entry, const char *function) {
     S *old = *reference;
     unsigned count = ZPSimpleCount(old) + 1;
-    if (count > ZPSimpleMaximumCount) _ZPRaiseTooMuch("%s(): more than %u items", function, ZPSimpleMaximumCount);
+    if (count > ZPSimpleMaximumCount) _ZPRaiseMalloc("%s(): more than %u items", function, ZPSimpleMaximumCount);
     S *s = create<S>(count, old->isEqual, ZPZoneFromPointer(old), function);
     *place = entry;
     old->info++;

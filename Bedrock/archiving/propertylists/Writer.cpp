@@ -56,7 +56,7 @@ class Text {
         std::size_t size = std::max<std::size_t>(256, std::max(_capacity * 2, _length + more));
         if (size > 0x7FFFFFFF) {
             size = _length + more;
-            if (size > 0x7FFFFFFF) _ZPRaiseTooMuch("a property list of more than %d characters", 0x7FFFFFFF);
+            if (size > 0x7FFFFFFF) _ZPRaiseMalloc("a property list of more than %d characters", 0x7FFFFFFF);
         }
         if (_units) _units = _ZPReallocate(_units, size, nullptr, what, unsigned(size));
         else _bytes = _ZPReallocate(_bytes, size, nullptr, what, unsigned(size));

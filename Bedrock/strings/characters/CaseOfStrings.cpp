@@ -68,7 +68,7 @@ template <class F> ZPString *mapped(ZPString *string, F convert) {
         if (length == 0) return ""_zp;
         ZPZoneBlock<unichar> block(std::size_t(length) * mostUnits);
         std::size_t written = 0;
-        for (unsigned i = 0; i < length; ++i) written += convert(units[i], block.memory + written);
+        for (unsigned i = 0; i < length; ++i) written += convert(units[i], block + written);
         return adopted(block, written);
     });
 }
@@ -101,13 +101,13 @@ template <bool MayExpand> ZPString *mappedByPages(ZPString *string, const ZPCase
         for (unsigned i = 0; i < length && !mapper.hasRead(); ++i) mapper.tables(units[i]);
         const ZPCaseMap &map = mapper.tables(0).*direction;
         ZPZoneBlock<unichar> block(std::size_t(length) * (MayExpand ? mostUnits : 1));
-        unichar *output = block.memory;
+        unichar *output = block;
         for (unsigned i = 0; i < length;) {
             for (unsigned end = MayExpand ? endOfPlain(units, i, length) : length; i < end; ++i)
                 *output++ = map[units[i]];
             if (MayExpand && i < length) output += write(expansionOf(units[i++])->upper, output);
         }
-        return adopted(block, std::size_t(output - block.memory));
+        return adopted(block, std::size_t(output - block));
     });
 }
 

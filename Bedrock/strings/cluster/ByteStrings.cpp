@@ -94,7 +94,7 @@ struct SimpleCStringMethods : ZPSimpleCString {
     }
     ZPString *initWithCString_length(const char *b, unsigned length) {
         ZPZoneBlock<char> block(length, self()->zone());
-        std::copy_n(b, length, block.memory);
+        std::copy_n(b, length, block.get());
         return self()->initWithCStringNoCopy_length_freeWhenDone(block.take(), length, YES);
     }
     void dealloc() {
@@ -132,7 +132,7 @@ struct CSubstringMethods : ZPSubstringMethods<ZPCSubstring> {
             char *copy = nullptr;
             if (numBytes) {
                 ZPZoneBlock<char> block(numBytes, own);
-                std::memcpy(block.memory, bytes, numBytes);
+                std::memcpy(block.get(), bytes, numBytes);
                 copy = block.take();
             }
             __atomic_store_n(&bytes, copy, __ATOMIC_RELEASE);

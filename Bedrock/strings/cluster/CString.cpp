@@ -115,13 +115,13 @@ struct CStringMethods : ZPString {
             while (plain < length && isDisplayable(units[plain], &byte, kestrel)) ++plain;
             if (plain == length) return this;
             ZPZoneBlock<char> block(std::size_t(length) * 6);
-            char *out = block.memory;
+            char *out = block.get();
             for (unsigned i = 0; i < length; ++i) {
                 unichar u = units[i];
                 if (isDisplayable(u, &byte, kestrel)) *out++ = char(byte);
                 else out = u < 0x80 ? _ZPPutByteEscape(out, static_cast<unsigned char>(u)) : _ZPPutUnitEscape(out, u);
             }
-            std::size_t written = out - block.memory;
+            std::size_t written = out - block.get();
             if (written > 0xFFFFFFFF) _ZPRaiseOutOfMemory("a string");
             return _ZPPlaceholderStringFromZone(nullptr)
                 ->initWithCStringNoCopy_length_freeWhenDone(block.takeShrunk(written), unsigned(written), YES)

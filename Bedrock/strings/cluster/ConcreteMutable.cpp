@@ -98,7 +98,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     ZPString *initWithCStringNoCopy_length_freeWhenDone(char *bytes, unsigned length, BOOL freeWhenDone) {
         if (_ZPFitsByteStorage(bytes, length)) return adoptBytes(bytes, length, freeWhenDone);
-        ZPOwnedBlock<char> given(freeWhenDone ? bytes : nullptr);
+        _ZPBlock given(freeWhenDone ? bytes : nullptr, freeWhenDone ? ZPZoneFromPointer(bytes) : nullptr);
         return self()->initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
     }
     ZPString *initWithFormat_locale_arguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
@@ -186,7 +186,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
             replaceUnits(range, length, {reinterpret_cast<const unsigned char *>(bytes), nullptr, n});
             return;
         }
-        ZPOwnedMemory<void> buffer;
+        _ZPBlock<void> buffer;
         unsigned units;
         BOOL isASCII;
         if (!_ZPConvertToASCIIorUnicode(bytes, n, _ZPDefaultCStringEncoding(), buffer.place(), &units, &isASCII,

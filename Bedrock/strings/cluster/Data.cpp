@@ -36,7 +36,7 @@ struct DataMethods : ZPString {
         room = filled;
         ZPZoneBlock<char> block(room);
         if (!self()->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-                block.memory, filled, &filled, encoding, lossy, whole, &remaining))
+                block.get(), filled, &filled, encoding, lossy, whole, &remaining))
             return nullptr;
         if (remaining.length)
             ZPException::raise_format(ZPInternalInconsistencyException, "%@: didn't convert all characters"_zp,

@@ -18,10 +18,10 @@ struct FileMethods : ZPString {
         if (!measure(encoding, &bytes) && !measure(encoding = ZPUnicodeStringEncoding, &bytes)) return NO;
         ZPZoneBlock<char> block(std::size_t(bytes) + 4);
         if (!self()->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-                block.memory, bytes, &bytes, encoding, NO, whole, &rest) ||
+                block.get(), bytes, &bytes, encoding, NO, whole, &rest) ||
             rest.length)
             return NO;
-        return _ZPWriteBytesToFile(path, block.memory, bytes, atomically);
+        return _ZPWriteBytesToFile(path, block.get(), bytes, atomically);
     }
     ZPString *initWithContentsOfFile(ZPString *path) {
         ZPRef<ZPData> data = ZPAdopt<ZPData>(path ? ZPData::alloc()->initWithContentsOfFile(path) : nullptr);

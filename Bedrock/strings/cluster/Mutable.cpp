@@ -141,7 +141,7 @@ ZPString *_ZPNewStringJoiningBytes(const ZPStringView *views, unsigned count, un
         return s;
     }
     ZPZoneBlock<char> block(total, zone);
-    fill(block.memory);
+    fill(block.get());
     return _ZPNewStringAdoptingBytes(block.take(), total, YES, zone);
 }
 
@@ -173,7 +173,7 @@ ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
     if (total > _ZPLongestString) _ZPRaiseTooLong(total);
     if (bytes) return _ZPNewStringJoiningBytes(views.of, count, unsigned(total), zone);
     ZPZoneBlock<unichar> block(total, zone);
-    unichar *at = block.memory;
+    unichar *at = block.get();
     for (unsigned i = 0; i < count; ++i) {
         const ZPStringView &view = views.of[i];
         if (view.shown()) _ZPCopyUnits(view, 0, view.length, at);

@@ -53,7 +53,7 @@ struct PieceMethods : ZPString {
             return _ZPNewInlineCString(reinterpret_cast<const char *>(view.bytes) + range.location, range.length, zone);
         if (family == Family::units) return _ZPNewStringWithUnits(view.units + range.location, range.length, zone);
         ZPZoneBlock<unichar> block(range.length, zone);
-        self()->getCharacters_range(block.memory, range);
+        self()->getCharacters_range(block.get(), range);
         return _ZPNewStringAdoptingUnits(block.take(), range.length, YES, zone);
     }
     ZPString *_newSubstringFromRange_zone(ZPRange range, ZPZone *) {
@@ -96,9 +96,9 @@ struct PieceMethods : ZPString {
             return joined;
         }
         ZPZoneBlock<unichar> block(length, zone);
-        _ZPCopyUnits(mine, 0, mine.length, block.memory);
-        if (its.shown()) _ZPCopyUnits(its, 0, its.length, block.memory + mine.length);
-        else other->getCharacters_range(block.memory + mine.length, {0, its.length});
+        _ZPCopyUnits(mine, 0, mine.length, block.get());
+        if (its.shown()) _ZPCopyUnits(its, 0, its.length, block.get() + mine.length);
+        else other->getCharacters_range(block.get() + mine.length, {0, its.length});
         return _ZPNewStringAdoptingUnits(block.take(), length, YES, zone)->autorelease();
     }
     ZPString *stringByAppendingFormat(ZPString *format, std::va_list arguments) {
@@ -188,20 +188,20 @@ struct PieceMethods : ZPString {
         if (total > 0xFFFFFFFF) _ZPRaiseOutOfMemory("a string");
         ZPZoneBlock<unichar> block(total);
         _ZPWithUnits(this, [&](auto &&units, unsigned length) {
-            unichar *out = block.memory + total;
+            unichar *out = block.get() + total;
             for (unsigned i = 0; i < length; ++i) {
                 if (i && i % group == 0) *--out = separator;
                 *--out = units[length - 1 - i];
             }
         });
-        return ZPString::stringWithCharacters_length(block.memory, unsigned(total));
+        return ZPString::stringWithCharacters_length(block.get(), unsigned(total));
     }
     void _copyToUnicharBuffer_saveLength(unichar **buffer, int *length) {
         unsigned n = self()->length();
         unichar *units = nullptr;
         if (n) {
             ZPZoneBlock<unichar> block(std::size_t(n) + 1);
-            self()->getCharacters_range(block.memory, {0, n});
+            self()->getCharacters_range(block.get(), {0, n});
             units = block.take();
         }
         if (*buffer) ZPZoneFree(ZPZoneFromPointer(*buffer), *buffer);

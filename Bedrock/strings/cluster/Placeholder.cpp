@@ -68,7 +68,7 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
             return _ZPNewInlineCStringFromString(source, zoneForString);
         unsigned length = source->length();
         ZPZoneBlock<unichar> block(length, zoneForString);
-        source->getCharacters_range(block.memory, {0, length});
+        source->getCharacters_range(block.get(), {0, length});
         return _ZPNewStringAdoptingUnits(block.take(), length, YES, zoneForString);
     }
     ZPString *initWithFormat_locale_arguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
@@ -136,9 +136,9 @@ ZPString *_ZPNewInlineCStringFromString(ZPString *string, ZPZone *zone) {
     unsigned length = string->cStringLength();
     ZPZoneBlock<char> block(std::size_t(length) + 1, zone);
     ZPRange rest;
-    string->getCString_maxLength_range_remainingRange(block.memory, length, {0, view.length}, &rest);
+    string->getCString_maxLength_range_remainingRange(block.get(), length, {0, view.length}, &rest);
     if (length > 0xFFFF) return _ZPNewStringAdoptingBytes(block.take(), length, YES, zone);
-    return _ZPNewInlineCString(block.memory, length, zone);
+    return _ZPNewInlineCString(block.get(), length, zone);
 }
 
 ZPString *_ZPNewStringFromCString(const char *bytes) {

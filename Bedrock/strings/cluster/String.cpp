@@ -73,13 +73,13 @@ struct ZPStringMethods : ZPString {
     }
     ZPString *initWithCharacters_length(const unichar *characters, unsigned length) {
         ZPZoneBlock<unichar> block(length, self()->zone());
-        std::copy_n(characters, length, block.memory);
+        std::copy_n(characters, length, block.get());
         return self()->initWithCharactersNoCopy_length_freeWhenDone(block.take(), length, YES);
     }
     ZPString *initWithString(ZPString *other) {
         unsigned length = other->length();
         ZPZoneBlock<unichar> block(length, self()->zone());
-        other->getCharacters_range(block.memory, {0, length});
+        other->getCharacters_range(block.get(), {0, length});
         return self()->initWithCharactersNoCopy_length_freeWhenDone(block.take(), length, YES);
     }
     ZPString *initWithFormat(ZPString *format, std::va_list arguments) {
@@ -217,7 +217,7 @@ bool _ZPIsASCII(const void *bytes, unsigned length) {
 ZPDictionary *_ZPUserLocale() { return _ZPUserDefaultsAbove::standardUserDefaults()->dictionaryRepresentation(); }
 
 void _ZPRaiseTooLong(std::uint64_t length) {
-    _ZPRaiseTooMuch("a string of %llu characters is too long", static_cast<unsigned long long>(length));
+    _ZPRaiseMalloc("a string of %llu characters is too long", static_cast<unsigned long long>(length));
 }
 
 void _ZPRaiseOutOfBounds(id receiver, SEL selector) {

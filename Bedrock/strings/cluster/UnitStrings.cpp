@@ -77,7 +77,7 @@ struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
             unsigned whole = parent->length();
             if (numCharacters >= whole - whole / 10) return;
             ZPZoneBlock<unichar> block(numCharacters, own);
-            std::copy_n(characters, numCharacters, block.memory);
+            std::copy_n(characters, numCharacters, block.get());
             __atomic_store_n(&characters, block.take(), __ATOMIC_RELEASE);
             _flags.freeWhenDone = 1;
             __atomic_store_n(&_referenceString, nullptr, __ATOMIC_RELEASE);
@@ -134,6 +134,6 @@ ZPString *_ZPNewStringAdoptingUnits(unichar *units, unsigned length, BOOL freeWh
 ZPString *_ZPNewStringWithUnits(const unichar *units, unsigned length, ZPZone *zone) {
     if (length == 0) return ""_zp;
     ZPZoneBlock<unichar> block(length, zone);
-    std::copy_n(units, length, block.memory);
+    std::copy_n(units, length, block.get());
     return _ZPNewStringAdoptingUnits(block.take(), length, YES, zone);
 }

@@ -58,9 +58,9 @@ template <class S> S *_ZPSetRequiredLength(S *s, unsigned length, unsigned posit
         bool none = size == 0 && length == 0;
         ZPZoneBlock<Unit> block(none ? 1 : want, zone);
         S *target = shared ? _ZPNewStringWithGap<S>(s->_flags.capacity, zone) : s;
-        if (position) old.copy(0, position, block.memory);
+        if (position) old.copy(0, position, block.get());
         size = none ? 0 : unsigned(want);
-        if (tail) old.copy(position + remove, tail, block.memory + (size - tail));
+        if (tail) old.copy(position + remove, tail, block.get() + (size - tail));
         Unit *former = owned ? _ZPBufferOf(s) : nullptr;
         _ZPBufferOf(target) = none ? nullptr : block.take();
         target->_flags.freeWhenDone = target->_flags.canWriteIntoBuffer = 1;

@@ -24,11 +24,9 @@ namespace {
 struct Block : _ZPBlock<unsigned char> {
     explicit Block(ZPZone *zone) : _ZPBlock(nullptr, zone) {}
     void resize(std::size_t bytes) {
-        auto *moved = memory ? _ZPTryReallocate(memory, bytes, zone) : _ZPTryAllocate<unsigned char>(bytes, zone);
-        if (!moved) _ZPRaiseTooMuch("_ZPConvertToASCIIorUnicode: out of memory for %lu bytes", bytes);
-        memory = moved;
+        if (!tryResize(bytes)) _ZPRaiseMalloc("_ZPConvertToASCIIorUnicode: out of memory for %lu bytes", bytes);
     }
-    unichar *units() { return reinterpret_cast<unichar *>(memory); }
+    unichar *units() { return reinterpret_cast<unichar *>(get()); }
 };
 
 int upperHexDigit(unsigned char c) { return c >= 'a' ? -1 : _ZPHexValue(c); }
@@ -87,7 +85,7 @@ BOOL _ZPConvertToASCIIorUnicode(const void *bytes, unsigned length, ZPStringEnco
         unsigned run = length ? _ZPLengthOfASCII(in, std::min(length, 4096u)) : 0;
         if (run == length || run == 4096) {
             if (length) block.resize(length);
-            if (_ZPCopyASCII(in, length, block.memory) == length) {
+            if (_ZPCopyASCII(in, length, block.get()) == length) {
                 *buffer = block.take();
                 *count = length;
                 *isASCII = YES;

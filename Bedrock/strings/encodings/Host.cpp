@@ -94,8 +94,8 @@ ZPString *_ZPStringFromHostBytes(const void *bytes, unsigned length, ZPStringEnc
     auto *in = static_cast<const unsigned char *>(bytes), *end = in + length;
     unsigned written = 0;
     while (in < end) {
-        unsigned count, n = decodeExactly(encoding, in, unsigned(end - in), units.memory + written, &count);
-        if (!n) units.memory[written] = static_cast<unichar>(escapes + *in), n = count = 1;
+        unsigned count, n = decodeExactly(encoding, in, unsigned(end - in), units.get() + written, &count);
+        if (!n) units.get()[written] = static_cast<unichar>(escapes + *in), n = count = 1;
         in += n;
         written += count;
     }

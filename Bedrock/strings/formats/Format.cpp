@@ -33,7 +33,7 @@ void ZPFormatText::grow(unsigned more) {
 void ZPFormatText::widen() {
     unsigned capacity = std::max(_capacity, 120u);
     ZPZoneBlock<unichar> block(capacity);
-    _ZPCopyUnits({bytes(), nullptr, _length}, 0, _length, block.memory);
+    _ZPCopyUnits({bytes(), nullptr, _length}, 0, _length, block.get());
     if (_buffer != _local) ZPZoneFree(nullptr, _buffer);
     _buffer = block.take();
     _capacity = capacity;
@@ -65,7 +65,7 @@ void ZPFormatText::appendCText(const char *text, unsigned count) {
         append(text, count);
         return;
     }
-    ZPOwnedMemory<void> converted;
+    _ZPBlock<void> converted;
     unsigned n;
     BOOL isASCII;
     if (_ZPConvertToASCIIorUnicode(text, count, _ZPDefaultCStringEncoding(), converted.place(), &n, &isASCII,
@@ -96,7 +96,7 @@ ZPString *ZPFormatText::newString(ZPZone *zone) {
             std::memcpy(_ZPBufferOf(s), _buffer, size);
         } else {
             ZPZoneBlock<Unit> block(_length, zone);
-            std::memcpy(block.memory, _buffer, size);
+            std::memcpy(block.get(), _buffer, size);
             s = ZPAllocateObject(S::class_(), 0, zone);
             _ZPBufferOf(s) = block.take();
             s->_flags.freeWhenDone = 1;

@@ -30,7 +30,7 @@ struct PathStore : ZPPathStore2 {
     }
     static ZPPathStore2 *pathStoreWithCString(Class, const char *bytes) {
         if (!bytes) return nullptr;
-        ZPOwnedMemory<void> block;
+        _ZPBlock<void> block;
         unsigned length = 0;
         BOOL isASCII = NO;
         std::size_t given = std::strlen(bytes);
