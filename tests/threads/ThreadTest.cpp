@@ -171,7 +171,7 @@ ZP_IMPLEMENT(Leaving, dealloc);
 /// Ends its thread from inside a delivery.
 struct Quitter : ZPObject {
     ZP_CLASS(Quitter)
-    int _heard;
+    std::atomic<int> _heard;
     void run(id) {
         Unwound unwound;
         ZPAutoreleasePoolScope pool;
