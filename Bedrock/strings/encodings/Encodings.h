@@ -60,11 +60,11 @@ unsigned _ZPEncodeCharacter(ZPStringEncoding encoding, const unichar *units, uns
 
 /// The bytes before the first one from 0x80 on.
 unsigned _ZPLengthOfASCII(const void *bytes, unsigned length);
-/// The same, and copies them; more of `length` bytes may be written.
+/// The same, and copies them.
 unsigned _ZPCopyASCII(const void *bytes, unsigned length, void *copy);
 /// Widens bytes below 0x80, or bytes that are their own units.
 void _ZPWidenBytes(const void *bytes, unsigned length, unichar *units);
-/// Narrows units while they are below 0x80; answers how many.
+/// Narrows units while they are below 0x80, and stores no more; answers how many.
 unsigned _ZPNarrowASCII(const unichar *units, unsigned count, unsigned char *bytes);
 /// The units of bytes in a single-byte encoding.
 void _ZPDecodeBytes(const _ZPByteTable &table, const unsigned char *in, unsigned length, unichar *out);

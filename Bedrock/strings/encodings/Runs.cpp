@@ -28,9 +28,9 @@ ZP_INLINE unsigned widenBlock(const unsigned char *in, unichar *out) {
 ZP_INLINE bool isASCIIBlock(const unsigned char *in) {
     return _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(in))) == 0;
 }
-// Writes 8 units as bytes and answers a bit for each unit from `limit`, 0x80 or 0x100, on; such a unit's byte is
-// nothing of use.
-template <unsigned limit = 0x80> ZP_INLINE unsigned narrowBlock(const unichar *in, unsigned char *out) {
+// Narrows 8 units to 8 bytes, the first at the lowest address, and answers a bit for each unit from `limit`, 0x80 or
+// 0x100, on; such a unit's byte is nothing of use. Only the caller knows how many of the bytes may be stored.
+template <unsigned limit = 0x80> ZP_INLINE unsigned narrowBlock(const unichar *in, std::uint64_t *out) {
     __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in));
     __m128i high = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0x10000 - limit)));
     __m128i plain = _mm_cmpeq_epi16(high, _mm_setzero_si128());
@@ -51,12 +51,14 @@ ZP_INLINE bool isASCIIBlock(const unsigned char *in) {
     std::memcpy(w, in, blockBytes);
     return ((w[0] | w[1]) & 0x8080808080808080u) == 0;
 }
-template <unsigned limit = 0x80> ZP_INLINE unsigned narrowBlock(const unichar *in, unsigned char *out) {
+template <unsigned limit = 0x80> ZP_INLINE unsigned narrowBlock(const unichar *in, std::uint64_t *out) {
+    unsigned char bytes[8];
     unsigned mask = 0;
     for (unsigned i = 0; i < 8; ++i) {
-        out[i] = static_cast<unsigned char>(in[i]);
+        bytes[i] = static_cast<unsigned char>(in[i]);
         mask |= unsigned(in[i] >= limit) << i;
     }
+    std::memcpy(out, bytes, 8);
     return mask;
 }
 #endif
@@ -65,8 +67,7 @@ template <unsigned limit = 0x80> ZP_INLINE unsigned narrowBlock(const unichar *i
 
 // ---- ASCII --------------------------------------------------------------------------------------
 
-// The first `length` bytes that are ASCII, copied when `copy` is not null. What lies behind them in a block may be
-// copied too.
+// The first `length` bytes that are ASCII, copied, and no other, when `copy` is not null.
 ZP_INLINE unsigned lengthOfASCII(const unsigned char *in, unsigned length, unsigned char *copy) {
     unsigned i = 0;
 #ifdef __SSE2__
@@ -111,8 +112,12 @@ void _ZPWidenBytes(const void *bytes, unsigned length, unichar *units) {
 
 unsigned _ZPNarrowASCII(const unichar *units, unsigned count, unsigned char *bytes) {
     unsigned i = 0;
-    for (; i + 8 <= count; i += 8)
-        if (unsigned mask = narrowBlock(units + i, bytes + i)) return i + unsigned(std::countr_zero(mask));
+    for (; i + 8 <= count; i += 8) {
+        std::uint64_t narrow;
+        unsigned mask = narrowBlock(units + i, &narrow), plain = mask ? unsigned(std::countr_zero(mask)) : 8;
+        std::memcpy(bytes + i, &narrow, plain);
+        if (mask) return i + plain;
+    }
     for (; i < count && units[i] < 0x80; ++i) bytes[i] = static_cast<unsigned char>(units[i]);
     return i;
 }
@@ -135,20 +140,27 @@ void _ZPDecodeBytes(const _ZPByteTable &table, const unsigned char *in, unsigned
 
 template <unsigned plain>
 static unsigned encodeBytes(const _ZPByteTable &table, const unichar *in, unsigned count, unsigned char *out) {
-    unsigned char scratch[8];
     unsigned i = 0;
     for (; i + 8 <= count; i += 8) {
-        unsigned char *to = out ? out + i : scratch;
-        if (plain && !narrowBlock < plain ? plain : 0x80 > (in + i, to)) continue;
+        std::uint64_t block;
+        if constexpr (plain != 0) {
+            if (!narrowBlock<plain>(in + i, &block)) {
+                if (out) std::memcpy(out + i, &block, 8);
+                continue;
+            }
+        }
+        unsigned char bytes[8];
         bool all = true;
         for (unsigned k = 0; k < 8; ++k) {
-            to[k] = table.pages[table.pageOf[in[i + k] >> 8]][in[i + k] & 0xFF];
-            all &= to[k] != 0;
+            bytes[k] = table.pages[table.pageOf[in[i + k] >> 8]][in[i + k] & 0xFF];
+            all &= bytes[k] != 0;
         }
         // A unit without a byte, or U+0000: one at a time says which.
+        unsigned good = 8;
         if (!all) [[unlikely]]
-            for (unsigned k = 0; k < 8; ++k)
-                if (table.byteOf(in[i + k]) < 0) return i + k;
+            for (good = 0; good < 8 && table.byteOf(in[i + good]) >= 0;) ++good;
+        if (out) std::memcpy(out + i, bytes, good);
+        if (good < 8) return i + good;
     }
     for (; i < count; ++i) {
         int byte = table.byteOf(in[i]);
@@ -265,14 +277,14 @@ static bool hasShuffles() {
     return __get_cpuid(1, &a, &b, &c, &d) && c & bit_SSSE3;
 }
 
-// Encodes blocks of eight units below 0x800 while there are such, with room for 16 bytes behind the last; stops at a
-// block of ASCII. Answers the units, and moves `*out`.
+// Encodes blocks of eight units below 0x800 while there are such and 16 bytes are going to be filled: the units that
+// follow a block fill what is stored behind it. Stops at a block of ASCII. Answers the units, and moves `*out`.
 __attribute__((target("ssse3"))) static unsigned encodeShortBlocks(const unichar *in, unsigned count,
                                                                    unsigned char **out, const unsigned char *limit) {
     static constexpr Packing packing;
     unsigned i = 0;
     unsigned char *to = *out;
-    for (; count - i >= 8 && limit - to >= 16; i += 8) {
+    for (; count - i >= 16 && limit - to >= 16; i += 8) {
         __m128i u = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in + i)), zero = _mm_setzero_si128();
         __m128i wide = _mm_cmpeq_epi16(_mm_and_si128(u, _mm_set1_epi16(static_cast<short>(0xF800))), zero);
         if (_mm_movemask_epi8(wide) != 0xFFFF) break;
@@ -300,7 +312,9 @@ unsigned _ZPEncodeUTF8Run(const unichar *units, unsigned count, unsigned char *o
     static const bool shuffles = hasShuffles();
 #endif
     while (last - in >= long(blockUnits) && limit - out >= long(blockRoom)) {
-        unsigned mask = narrowBlock(in, out), plain = mask ? unsigned(std::countr_zero(mask)) : blockUnits;
+        std::uint64_t narrow;
+        unsigned mask = narrowBlock(in, &narrow), plain = mask ? unsigned(std::countr_zero(mask)) : blockUnits;
+        std::memcpy(out, &narrow, blockUnits);  // each of the units fills a byte or more
         if (!mask) {
             in += plain;
             out += plain;
