@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr std::size_t longest = 0x7FFFFFFE;
-
 // The units of UTF-8 text; false when it is not well cut. Pure ASCII never comes here.
 bool decode(std::string_view utf8, std::u16string &units) {
     auto *p = reinterpret_cast<const unsigned char *>(utf8.data()), *end = p + utf8.size();
@@ -26,15 +24,13 @@ bool decode(std::string_view utf8, std::u16string &units) {
 }  // namespace
 
 ZPString *ZPMakeString(std::string_view utf8) {
-    if (utf8.size() > longest) return nullptr;
-    ZPString *s =
-        ZPString::alloc()->initWithBytes_length_encoding(utf8.data(), unsigned(utf8.size()), ZPUTF8StringEncoding);
+    unsigned length = _ZPCheckedLength(utf8.size());
+    ZPString *s = ZPString::alloc()->initWithBytes_length_encoding(utf8.data(), length, ZPUTF8StringEncoding);
     return s ? s->autorelease() : id();
 }
 
 ZPString *ZPMakeString(std::u16string_view utf16) {
-    if (utf16.size() > longest) _ZPRaiseOutOfMemory("a string");
-    return ZPString::stringWithCharacters_length(utf16.data(), unsigned(utf16.size()));
+    return ZPString::stringWithCharacters_length(utf16.data(), _ZPCheckedLength(utf16.size()));
 }
 
 std::string ZPStdString(ZPString *string) {
@@ -73,7 +69,7 @@ std::size_t ZPStringHash::operator()(std::u16string_view text) const {
     return ZPHashCharacters(text.data(), unsigned(text.size()));
 }
 std::size_t ZPStringHash::operator()(std::string_view utf8) const {
-    if (utf8.size() <= longest && _ZPIsASCII(utf8.data(), unsigned(utf8.size())))
+    if (utf8.size() <= _ZPLongestString && _ZPIsASCII(utf8.data(), unsigned(utf8.size())))
         return ZPHashCString(utf8.data(), unsigned(utf8.size()));
     std::u16string units;
     return decode(utf8, units) ? (*this)(std::u16string_view(units)) : 0;
@@ -91,7 +87,7 @@ bool ZPStringEqual::operator()(ZPString *a, std::u16string_view b) const {
     });
 }
 bool ZPStringEqual::operator()(ZPString *a, std::string_view utf8) const {
-    if (!a || utf8.size() > longest) return false;
+    if (!a || utf8.size() > _ZPLongestString) return false;
     ZPStringView view = _ZPViewOfString(a);
     if (_ZPIsASCII(utf8.data(), unsigned(utf8.size()))) {
         if (view.length != utf8.size()) return false;

@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-/// An autoreleased string of UTF-8 text, which may hold NULs. Null when its last character is cut short, and for more
-/// than 2,147,483,646 bytes.
+/// An autoreleased string of UTF-8 text, which may hold NULs. Null when its last character is cut short.
+/// More than 2,147,483,646 bytes raise ZPMallocException.
 ZP_EXPORT ZPString *ZPMakeString(std::string_view utf8);
 /// An autoreleased string of UTF-16 text, lone surrogates as they are. More than 2,147,483,646 units raise
 /// ZPMallocException.

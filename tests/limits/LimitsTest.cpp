@@ -14,6 +14,8 @@
 #include <functional>
 #include <pthread.h>
 #include <string>
+#include <string_view>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace {
@@ -22,6 +24,39 @@ bool has(const std::string &text, const char *piece) { return text.find(piece) !
 ZPString *zp(const std::string &s) { return ZPString::stringWithCString(s.c_str()); }
 
 }  // namespace
+
+TEST(Limits, TextsBeyond32Bits) {
+    // A text of 4 GiB and 5 bytes whose pages are all the same.
+    constexpr std::size_t part = std::size_t(1) << 24, parts = 256, size = part * parts + 4096;
+    int file = memfd_create("text", 0);
+    ASSERT_EQ(ftruncate(file, part), 0);
+    char *start = static_cast<char *>(
+        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
+    ASSERT_NE(start, MAP_FAILED);
+    for (std::size_t i = 0; i < parts; ++i)
+        ASSERT_NE(mmap(start + i * part, part, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, file, 0), MAP_FAILED);
+    std::memset(start, 'x', part);
+    std::memcpy(start + part * parts, "xxxxx", 6);
+    std::string_view text(start, part * parts + 5);
+    std::function<void()> makers[] = {
+        [&] { ZPString::stringWithCString(start); },
+        [&] { ZPMutableString::stringWithCString(start); },
+        [&] { ZPRef<ZPString> made = ZPAdopt(ZPString::alloc()->initWithCString(start)); },
+        [&] { ZPMakeString(text); },
+        [&] { ZPMakeString(std::u16string_view(reinterpret_cast<char16_t *>(start), text.size() / 2)); },
+    };
+    for (auto &make : makers) {
+        std::string said;
+        try {
+            make();
+        } catch (ZPException *e) {
+            said = e->name()->cString() + std::string(": ") + e->reason()->cString();
+        }
+        EXPECT_TRUE(has(said, "ZPMallocException: *** a string of ") && has(said, " characters is too long")) << said;
+    }
+    munmap(start, size);
+    close(file);
+}
 
 TEST(Limits, FormatsOfDates) {
     ZPCalendarDate *date = ZPCalendarDate::calendarDate();

@@ -91,12 +91,18 @@ struct CStringMethods : ZPString {
         self()->getCString_maxLength_range_remainingRange(buffer, everything, {0, self()->length()}, nullptr);
     }
 
+    // Counts the bytes of the whole; false when a character has none.
+    bool measure(unsigned *bytes, BOOL lossy) {
+        ZPRange whole{0, self()->length()}, rest{};
+        if (!convert(nullptr, everything, bytes, lossy, whole, &rest)) return false;
+        if (rest.length) _ZPRaiseTooLong(whole.length);
+        return true;
+    }
     const char *converted(BOOL lossy) {
-        ZPRange whole{0, self()->length()};
         unsigned bytes = 0;
-        if (!convert(nullptr, everything, &bytes, lossy, whole, nullptr)) raiseConversionFailure(this);
+        if (!measure(&bytes, lossy)) raiseConversionFailure(this);
         char *text = _ZPAutoreleasedScratch(bytes + 1);
-        convert(text, bytes, &bytes, lossy, whole, nullptr);
+        convert(text, bytes, &bytes, lossy, {0, self()->length()}, nullptr);
         text[bytes] = '\0';
         return text;
     }
@@ -104,7 +110,7 @@ struct CStringMethods : ZPString {
     const char *lossyCString() { return self()->length() == 0 ? "" : converted(YES); }
     unsigned cStringLength() {
         unsigned bytes = 0;
-        return convert(nullptr, everything, &bytes, NO, {0, self()->length()}, nullptr) ? bytes : 0;
+        return measure(&bytes, NO) ? bytes : 0;
     }
 
     ZPString *displayableString() {

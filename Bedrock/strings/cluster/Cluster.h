@@ -246,6 +246,14 @@ unichar _ZPDecimalSeparator(id locale);
 [[noreturn]] ZP_COLD void _ZPRaiseNullCString(id receiver, SEL selector);
 /// ZPMallocException: more units than a string can have.
 [[noreturn]] ZP_COLD void _ZPRaiseTooLong(std::uint64_t length);
+/// Texts stay shorter than what a failed search answers.
+inline constexpr unsigned _ZPLongestString = 0x7FFFFFFE;
+/// A length that a string may have; raises ZPMallocException for another.
+inline unsigned _ZPCheckedLength(std::size_t length) {
+    if (length > _ZPLongestString) [[unlikely]]
+        _ZPRaiseTooLong(length);
+    return unsigned(length);
+}
 
 inline void _ZPCheckRange(id receiver, SEL selector, ZPRange range, unsigned length) {
     if (range.location > length || range.length > length - range.location) [[unlikely]]

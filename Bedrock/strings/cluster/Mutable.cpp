@@ -94,7 +94,8 @@ struct MutableStringClassMethods {
     }
     static id stringWithCString(Class self, const char *bytes) {
         if (!bytes) _ZPRaiseNullCString(self, "stringWithCString:"_sel);
-        return autoreleased(made()->initWithCString_length(bytes, unsigned(std::strlen(bytes))));
+        unsigned length = _ZPCheckedLength(std::strlen(bytes));
+        return autoreleased(made()->initWithCString_length(bytes, length));
     }
     static id stringWithCString_length(Class, const char *bytes, unsigned length) {
         return autoreleased(made()->initWithCString_length(bytes, length));

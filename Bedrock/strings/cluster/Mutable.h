@@ -29,9 +29,6 @@ struct ZPUnicodeStringWithGap : ZPUnicodeString {
     using Unit = unichar;
 };
 
-/// Texts stay shorter than what a failed search answers.
-inline constexpr unsigned _ZPLongestString = 0x7FFFFFFE;
-
 inline char *&_ZPBufferOf(ZPCStringWithGap *s) { return s->bytes; }
 inline unichar *&_ZPBufferOf(ZPUnicodeStringWithGap *s) { return s->characters; }
 inline unsigned &_ZPLengthOf(ZPCStringWithGap *s) { return s->numBytes; }

@@ -56,7 +56,7 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
     }
     ZPString *initWithCString(const char *bytes) {
         if (!bytes) _ZPRaiseNullCString(this, "initWithCString:"_sel);
-        return initWithCString_length(bytes, unsigned(std::strlen(bytes)));
+        return initWithCString_length(bytes, _ZPCheckedLength(std::strlen(bytes)));
     }
     ZPString *initWithString(ZPString *source) {
         if (!source) return ""_zp;
@@ -142,5 +142,5 @@ ZPString *_ZPNewInlineCStringFromString(ZPString *string, ZPZone *zone) {
 }
 
 ZPString *_ZPNewStringFromCString(const char *bytes) {
-    return _ZPPlaceholderStringFromZone(nullptr)->initWithCString_length(bytes, unsigned(std::strlen(bytes)));
+    return _ZPPlaceholderStringFromZone(nullptr)->initWithCString_length(bytes, _ZPCheckedLength(std::strlen(bytes)));
 }

@@ -35,7 +35,7 @@ struct ZPStringClassMethods {
     }
     static ZPString *stringWithCString(Class self, const char *bytes) {
         if (!bytes) _ZPRaiseNullCString(self, "stringWithCString:"_sel);
-        return ZPString::stringWithCString_length(bytes, unsigned(std::strlen(bytes)));
+        return ZPString::stringWithCString_length(bytes, _ZPCheckedLength(std::strlen(bytes)));
     }
     static ZPString *stringWithCString_length(Class, const char *bytes, unsigned length) {
         return autoreleased(_ZPPlaceholderStringFromZone(nullptr)->initWithCString_length(bytes, length));
@@ -69,7 +69,8 @@ struct ZPStringMethods : ZPString {
     }
     ZPString *initWithCString(const char *bytes) {
         if (!bytes) _ZPRaiseNullCString(this, "initWithCString:"_sel);
-        return self()->initWithBytes_length_encoding(bytes, unsigned(std::strlen(bytes)), _ZPDefaultCStringEncoding());
+        return self()->initWithBytes_length_encoding(bytes, _ZPCheckedLength(std::strlen(bytes)),
+                                                     _ZPDefaultCStringEncoding());
     }
     ZPString *initWithCharacters_length(const unichar *characters, unsigned length) {
         ZPZoneBlock<unichar> block(length, self()->zone());
