@@ -197,4 +197,12 @@ struct ZPMembership {
         return (bits ? _ZPBit(bits, u) : low && u < 0x100 ? _ZPBit(low, u) : ask(u)) != inverted;
     }
     bool ask(unichar u) const;
+    /// Whether asking sends messages to an object of a client's.
+    bool sends() const { return set && !bits && !low; }
 };
+/// Calls `f(units, length, isMember)` as `_ZPWithUnits` does; the units stay good while the set is asked.
+template <class F> auto _ZPWithUnitsAndSet(ZPString *string, ZPCharacterSet *set, F f) {
+    ZPMembership isMember(set);
+    auto call = [&](auto &&units, unsigned length) { return f(units, length, isMember); };
+    return isMember.sends() ? _ZPWithHeldUnits(string, call) : _ZPWithUnits(string, call);
+}

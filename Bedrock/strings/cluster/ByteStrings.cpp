@@ -7,15 +7,12 @@
 //   ZPCSubstring       its parent while `_referenceString` is set, then the object
 //   ZPConstantString   nobody
 //
-// A ZPCSubstring goes from borrowing to owning at its first retain and never back. Two threads that retain
-// it at once are kept apart by `detaching`.
+// A ZPCSubstring goes from borrowing to owning at its first retain and never back; see Substring+Internal.h.
 #include <Bedrock/strings/cluster/Substring+Internal.h>
 
-#include <Bedrock/platform/kernel/Lock.h>
+#include <utility>
 
 namespace {
-
-constinit mutex detaching;
 
 unsigned countOf(ZPSimpleCString *s) { return s->numBytes; }
 unsigned countOf(ZPInlineCString *s) { return s->_flags.numBytes; }
@@ -118,27 +115,19 @@ struct CStringMethods : ZPCString {
 
 struct CSubstringMethods : ZPSubstringMethods<ZPCSubstring> {
     id retain() {
-        if (borrows()) detach();
+        if (mayPart()) detach();
         ZPIncrementExtraRefCount(this);
         return this;
     }
     void detach() {
-        ZPZone *own = self()->zone();
-        ZPString *parent;
-        {
-            ZPHolding hold(detaching);
-            parent = _referenceString;
-            if (!parent) return;
-            char *copy = nullptr;
-            if (numBytes) {
-                ZPZoneBlock<char> block(numBytes, own);
-                std::memcpy(block.get(), bytes, numBytes);
-                copy = block.take();
-            }
-            __atomic_store_n(&bytes, copy, __ATOMIC_RELEASE);
-            __atomic_store_n(&_referenceString, nullptr, __ATOMIC_RELEASE);
+        char *copy = nullptr;
+        if (numBytes) {
+            ZPZoneBlock<char> block(numBytes, self()->zone());
+            std::memcpy(block.get(), bytes, numBytes);
+            copy = block.take();
         }
-        letGo(parent);
+        bytes = copy;
+        std::exchange(_referenceString, nullptr)->release();
     }
 };
 

@@ -25,6 +25,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/strings/ZPString.h>
 
 #include <algorithm>
@@ -117,7 +118,8 @@ inline constexpr unsigned _ZPBlockUnits = 32;
 ZP_INLINE unichar _ZPUnitOfByte(unsigned char byte) { return byte < 0x80 ? byte : _ZPCStringCharToUnichar(byte); }
 
 /// A string's storage as one run: bytes in the storage encoding, or units, or neither when the string shows
-/// none. Valid while the string lives and is not changed.
+/// none. Valid while the string lives, is not changed and is sent nothing: a part that is retained gets other bytes.
+/// Where messages are sent beside it, to the string or to an object of a client's, ZPHeldView or ZPViewPair is taken.
 struct ZPStringView {
     const unsigned char *bytes = nullptr;
     const unichar *units = nullptr;
@@ -129,25 +131,53 @@ struct ZPStringView {
 
 ZP_COLD ZPStringView _ZPViewOfOtherString(ZPString *string);
 
-/// The view of a string, null included (which is empty).
-inline ZPStringView _ZPViewOfString(ZPString *string) {
-    if (!string) return {};
+/// Takes the view of a string whose fields show it; false for another class of string.
+inline bool _ZPViewFields(ZPString *string, ZPStringView &view) {
     Class cls = string->isa;
     if (cls == ZPInlineCString::class_()) {
         auto *s = static_cast<ZPInlineCString *>(string);
-        return {reinterpret_cast<unsigned char *>(s->contents()), nullptr, s->_flags.numBytes};
+        view = {reinterpret_cast<unsigned char *>(s->contents()), nullptr, s->_flags.numBytes};
+        return true;
     }
     if (cls == ZPConstantString::class_() || cls == ZPCString::class_() || cls == ZPCSubstring::class_()) {
         auto *s = static_cast<ZPSimpleCString *>(string);
-        return {reinterpret_cast<unsigned char *>(s->bytes), nullptr, s->numBytes};
+        view = {reinterpret_cast<unsigned char *>(s->bytes), nullptr, s->numBytes};
+        return true;
     }
     if (cls == ZPUnicodeString::class_() || cls == ZPUnicodeSubstring::class_() ||
         cls == _ZPConstantUnicodeString::class_()) {
         auto *s = static_cast<ZPSimpleString *>(string);
-        return {nullptr, s->characters, s->numCharacters};
+        view = {nullptr, s->characters, s->numCharacters};
+        return true;
     }
-    return _ZPViewOfOtherString(string);
+    return false;
 }
+
+/// The view of a string, null included (which is empty).
+inline ZPStringView _ZPViewOfString(ZPString *string) {
+    ZPStringView view;
+    return !string || _ZPViewFields(string, view) ? view : _ZPViewOfOtherString(string);
+}
+
+/// A view that stays good while messages are sent: a part gets characters of its own first, of a text that may change
+/// there is a copy, and what is no class of the library's is not shown.
+struct ZPHeldView : ZPStringView {
+    ZPRef<ZPString> owner;
+    explicit ZPHeldView(ZPString *string);
+};
+
+/// The views of two strings, either null or not, which stay good while the other one is asked by messages.
+struct ZPViewPair {
+    ZPStringView a, b;
+    ZPRef<ZPString> owners[2];
+    ZPViewPair(ZPString *first, ZPString *second) {
+        if ((first && !_ZPViewFields(first, a)) || (second && !_ZPViewFields(second, b))) [[unlikely]]
+            take(first, second);
+    }
+
+  private:
+    void take(ZPString *first, ZPString *second);
+};
 
 /// Copies a part of a view as units.
 void _ZPCopyUnits(const ZPStringView &view, unsigned from, unsigned count, unichar *buffer);
@@ -226,12 +256,20 @@ struct ZPByteUnits {
     unichar operator[](unsigned i) const { return _ZPUnitOfByte(bytes[i]); }
 };
 
-/// Calls `f(units, length)` with an indexable form of the string's units, `f` being compiled for each form.
-template <class F> auto _ZPWithUnits(ZPString *string, F f) {
-    ZPStringView view = _ZPViewOfString(string);
+/// Calls `f(units, length)` with an indexable form of a view of the string, `f` being compiled for each form.
+template <class F> auto _ZPWithUnitsOf(const ZPStringView &view, ZPString *string, F f) {
     if (view.bytes) return f(ZPByteUnits{view.bytes}, view.length);
     if (view.units) return f(view.units, view.length);
     return f(ZPUnitReader(string, view.length), view.length);
+}
+/// The same with the string's own view, for an `f` that sends no messages.
+template <class F> auto _ZPWithUnits(ZPString *string, F f) {
+    return _ZPWithUnitsOf(_ZPViewOfString(string), string, f);
+}
+/// The same for an `f` that sends messages.
+template <class F> auto _ZPWithHeldUnits(ZPString *string, F f) {
+    ZPHeldView view(string);
+    return _ZPWithUnitsOf(view, string, f);
 }
 
 /// The user's preferences as a locale; null while there are none.

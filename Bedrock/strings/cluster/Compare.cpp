@@ -106,7 +106,8 @@ bool equalRuns(const ZPStringView &a, const ZPStringView &b) {
 
 struct CompareMethods : ZPString {
     ZPComparisonResult compare_options_range(ZPString *other, unsigned options, ZPRange range) {
-        ZPStringView a = _ZPViewOfString(this), b = _ZPViewOfString(other);
+        ZPViewPair views(this, other);
+        ZPStringView a = views.a, b = views.b;
         _ZPCheckRange(this, "compare:options:range:"_sel, range, a.length);
         if (a.bytes && b.bytes)
             return ZPCompareCString(reinterpret_cast<const char *>(a.bytes) + range.location,
@@ -157,9 +158,9 @@ BOOL _ZPEqualStrings(ZPString *string, ZPString *other) {
     if (other == string) return YES;
     if (!other) return NO;
     if (other->isa != string->isa && !isString(other)) return NO;
-    ZPStringView a = _ZPViewOfString(string);
+    ZPViewPair views(string, other);
+    ZPStringView a = views.a, b = views.b;
     if (!a.shown()) return string->compare_options_range(other, 0, {0, a.length}) == ZPOrderedSame;
-    ZPStringView b = _ZPViewOfString(other);
     if (b.shown()) return equalRuns(a, b);
     if (a.length != b.length) return NO;
     unichar its[_ZPBlockUnits];

@@ -171,6 +171,8 @@ struct ConcreteMutable : ZPConcreteMutableString {
         }
         ZPStringView text = _ZPViewOfString(string);
         if (text.shown()) {
+            // What a client's string does when it is asked may have changed this one.
+            if (count() != length) _ZPCheckRange(this, selector, range, length = count());
             replaceUnits(range, length, text);
             return;
         }
@@ -221,8 +223,8 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     void appendString(ZPString *string) {
         if (isa == ZPConcreteMutableString::class_()) [[likely]] {
+            ZPStringView text = string == this ? ZPStringView() : _ZPViewOfString(string);
             if (isMine() && string != this) {
-                ZPStringView text = _ZPViewOfString(string);
                 if (is8Bit() ? text.bytes && appendInPlace(gap8(), text)
                              : (text.bytes || text.units) && appendInPlace(gap16(), text))
                     return;

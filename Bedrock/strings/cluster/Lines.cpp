@@ -68,17 +68,17 @@ struct LineMethods : ZPString {
     }
 
     ZPRange rangeOfCharacterFromSet_options_range(ZPCharacterSet *set, unsigned options, ZPRange range) {
-        return _ZPWithUnits(this, [&](auto &&units, unsigned length) -> ZPRange {
-            _ZPCheckRange(this, "rangeOfCharacterFromSet:options:range:"_sel, range, length);
-            ZPMembership isMember(set);
-            unsigned examined = (options & ZPAnchoredSearch) && range.length ? 1 : range.length;
-            unsigned first = range.location, last = range.location + range.length - 1;
-            for (unsigned i = 0; i < examined; ++i) {
-                unsigned index = options & ZPBackwardsSearch ? last - i : first + i;
-                if (isMember(units[index])) return {index, 1};
-            }
-            return {ZPNotFound, 0};
-        });
+        return _ZPWithUnitsAndSet(
+            this, set, [&](auto &&units, unsigned length, const ZPMembership &isMember) -> ZPRange {
+                _ZPCheckRange(this, "rangeOfCharacterFromSet:options:range:"_sel, range, length);
+                unsigned examined = (options & ZPAnchoredSearch) && range.length ? 1 : range.length;
+                unsigned first = range.location, last = range.location + range.length - 1;
+                for (unsigned i = 0; i < examined; ++i) {
+                    unsigned index = options & ZPBackwardsSearch ? last - i : first + i;
+                    if (isMember(units[index])) return {index, 1};
+                }
+                return {ZPNotFound, 0};
+            });
     }
     ZPRange rangeOfCharacterFromSet_options(ZPCharacterSet *set, unsigned options) {
         return self()->rangeOfCharacterFromSet_options_range(set, options, {0, self()->length()});
@@ -88,10 +88,10 @@ struct LineMethods : ZPString {
     }
 
     BOOL _containsCharFromSet(ZPCharacterSet *set) {
-        return _ZPWithUnits(this, [&](auto &&units, unsigned length) -> BOOL {
+        return _ZPWithUnitsAndSet(this, set, [&](auto &&units, unsigned length, const ZPMembership &isMember) -> BOOL {
             unsigned i = 0;
             while (i < length && _ZPIsInStandardSet(_ZPWhitespaceAndNewlineSet, units[i])) ++i;
-            for (ZPMembership isMember(set); i < length; ++i)
+            for (; i < length; ++i)
                 if (isMember(units[i])) {
                     // What follows decides only when all of it would be skipped too.
                     while (i < length && _ZPIsInStandardSet(_ZPWhitespaceAndNewlineSet, units[i])) ++i;

@@ -5,6 +5,7 @@
 #include <Bedrock/core/ZPRef.h>
 
 #include <cstdarg>
+#include <vector>
 
 namespace {
 
@@ -164,9 +165,16 @@ ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
         Views() {}
     } views;  // not cleared: few are used
     std::uint64_t total = 0;
-    bool bytes = true;
+    bool bytes = true, fields = true;
+    for (unsigned i = 0; i < count && fields; ++i)
+        fields = _ZPViewFields(strings[i], *::new (&views.of[i]) ZPStringView);
+    std::vector<ZPHeldView> held;
+    if (!fields) {
+        held.reserve(count);
+        for (unsigned i = 0; i < count; ++i) ::new (&views.of[i]) ZPStringView(held.emplace_back(strings[i]));
+    }
     for (unsigned i = 0; i < count; ++i) {
-        const ZPStringView &view = *::new (&views.of[i]) ZPStringView(_ZPViewOfString(strings[i]));
+        const ZPStringView &view = views.of[i];
         total += view.length;
         if (view.length) bytes = bytes && view.bytes;
     }

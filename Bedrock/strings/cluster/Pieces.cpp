@@ -77,12 +77,13 @@ struct PieceMethods : ZPString {
 
     ZPString *copied(ZPString *string) { return string->copyWithZone(nullptr)->autorelease(); }
     ZPString *stringByAppendingString(ZPString *other) {
-        ZPStringView mine = _ZPViewOfString(this), its = _ZPViewOfString(other);
+        ZPViewPair views(this, other);
+        ZPStringView mine = views.a, its = views.b;
         Family family = familyOf(this);
         if (mine.length == 0 && (its.length == 0 || !other)) return ""_zp;
         if (mine.length == 0) return copied(other);
         if (its.length == 0) return copied(this);
-        if (family == Family::other)
+        if (family == Family::other || !mine.shown())
             return _ZPNewStringByAppendingStrings(self()->zone(), this, other, static_cast<ZPString *>(nullptr))
                 ->autorelease();
         std::uint64_t sum = std::uint64_t(mine.length) + its.length;
@@ -110,8 +111,16 @@ struct PieceMethods : ZPString {
 
     // ---- taking apart ----
 
+    // The list retains its pieces: one that borrowed would part at once, or keep the whole text.
+    ZPString *newPiece(ZPRange range, ZPZone *zone) {
+        ZPStringView view;
+        if (!_ZPViewFields(this, view) || range.length == view.length)
+            return self()->_newSubstringWithRange_zone(range, zone);
+        if (view.units) return _ZPNewStringWithUnits(view.units + range.location, range.length, zone);
+        return _ZPNewInlineCString(reinterpret_cast<const char *>(view.bytes) + range.location, range.length, zone);
+    }
     void add(ZPMutableArray *pieces, ZPRange range, ZPZone *zone) {
-        ZPRef<ZPString> piece = ZPAdopt(self()->_newSubstringWithRange_zone(range, zone));
+        ZPRef<ZPString> piece = ZPAdopt(newPiece(range, zone));
         pieces->addObject(piece);
     }
     ZPArray *componentsSeparatedByString(ZPString *separator) {
@@ -131,7 +140,7 @@ struct PieceMethods : ZPString {
     ZPArray *_componentsSeparatedBySet(ZPCharacterSet *set) {
         ZPMutableArray *pieces = ZPMutableArray::arrayWithCapacity(3);
         ZPZone *zone = self()->zone();
-        _ZPWithUnits(this, [&](auto &&units, unsigned length) {
+        _ZPWithHeldUnits(this, [&](auto &&units, unsigned length) {
             ZPMembership isSeparator(set);
             for (unsigned i = 0; i < length; ++i) {
                 unsigned from = i;
@@ -146,8 +155,9 @@ struct PieceMethods : ZPString {
         if (!other) return ""_zp;
         if (options & ZPBackwardsSearch) return commonPrefixBySearch(other, options);
         unsigned same = 0, end = 0, length = self()->length();
-        _ZPWithUnits(this, [&](auto &&mine, unsigned n) {
-            _ZPWithUnits(other, [&](auto &&its, unsigned m) {
+        ZPViewPair views(this, other);
+        _ZPWithUnitsOf(views.a, this, [&](auto &&mine, unsigned n) {
+            _ZPWithUnitsOf(views.b, other, [&](auto &&its, unsigned m) {
                 bool folding = options & ZPCaseInsensitiveSearch;
                 ZPCaseMapper fold;
                 auto agree = [&](unichar a, unichar b) { return a == b || (folding && fold(a) == fold(b)); };

@@ -117,9 +117,9 @@ template <class At> unsigned find(At at, unsigned n, unichar *needle, unsigned m
 
 struct SearchMethods : ZPString {
     ZPRange rangeOfString_options_range(ZPString *needle, unsigned options, ZPRange range) {
-        ZPStringView text = _ZPViewOfString(this);
+        ZPViewPair views(this, needle);
+        ZPStringView text = views.a, sought = views.b;
         _ZPCheckRange(this, "rangeOfString:options:range:"_sel, range, text.length);
-        ZPStringView sought = _ZPViewOfString(needle);
         unsigned m = sought.length;
         if (range.length == 0 || m == 0 || m > range.length) return {none, 0};
         unsigned found;
@@ -134,7 +134,7 @@ struct SearchMethods : ZPString {
             ZPCaseMapper fold;
             if (folding)
                 std::transform(units.memory, units.memory + m, units.memory, [&](unichar u) { return fold(u); });
-            found = _ZPWithUnits(this, [&](auto &&source, unsigned) {
+            found = _ZPWithUnitsOf(text, this, [&](auto &&source, unsigned) {
                 unsigned from = range.location;
                 if (folding)
                     return find([&](unsigned i) { return fold(source[from + i]); }, range.length, units.memory, m,

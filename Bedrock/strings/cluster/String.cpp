@@ -177,10 +177,34 @@ ZPStringView _ZPViewOfOtherString(ZPString *string) {
         unsigned length = string->length();
         return {nullptr, static_cast<ZPSimpleString *>(string)->_characters(), length};
     }
-    if (cls)
-        if (const char *bytes = string->_fastCStringContents())
-            return {reinterpret_cast<const unsigned char *>(bytes), nullptr, string->cStringLength()};
-    return {nullptr, nullptr, string->length()};
+    unsigned length = string->length();
+    auto *bytes = cls ? reinterpret_cast<const unsigned char *>(string->_fastCStringContents()) : nullptr;
+    return {bytes, nullptr, length};
+}
+
+ZPHeldView::ZPHeldView(ZPString *string) {
+    if (!string) return;
+    Class cls = string->isa;
+    if (cls == ZPConcreteMutableString::class_()) {
+        owner = ZPAdopt<ZPString>(string->copyWithZone(nullptr));
+        string = owner;
+        cls = string->isa;
+    }
+    bool parts = cls == ZPCSubstring::class_() || cls == ZPUnicodeSubstring::class_();
+    bool gap = cls == ZPCStringWithGap::class_() || cls == ZPUnicodeStringWithGap::class_();
+    if ((parts || gap) && !owner) owner = string;
+    ZPStringView &view = *this;
+    if (_ZPViewFields(string, view)) return;
+    if (gap || cls == ZPPathStore2::class_()) view = _ZPViewOfOtherString(string);
+    else length = string->length();
+}
+
+void ZPViewPair::take(ZPString *first, ZPString *second) {
+    ZPHeldView x(first), y(second);
+    a = x;
+    b = y;
+    owners[0] = std::move(x.owner);
+    owners[1] = std::move(y.owner);
 }
 
 void _ZPCopyUnits(const ZPStringView &view, unsigned from, unsigned count, unichar *buffer) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What the parts of strings of both storage forms share: each borrows from `_referenceString`, its parent, until it
-// gets characters of its own.
+// What the parts of strings of both storage forms share: each borrows from `_referenceString`, its parent, until it is
+// first retained; then it gets characters of its own and lets the parent go. Parting frees what a reader may be looking
+// at, and in a process with threads nobody knows the readers: there a part keeps its parent until its own end.
 #pragma once
 
 #include <Bedrock/strings/cluster/Cluster.h>
@@ -16,12 +17,7 @@ template <class S> struct ZPSubstringMethods : S {
         ZPException::raise_format(ZPInvalidArgumentException, "Can't call %s in %s"_zp, sel_getName(selector),
                                   this->isa->name);
     }
-    bool borrows() const { return __atomic_load_n(&this->_referenceString, __ATOMIC_ACQUIRE); }
-    /// The parent that was parted from: another thread may still be reading what was borrowed.
-    static void letGo(ZPString *parent) {
-        if (__libc_single_threaded) parent->release();
-        else parent->autorelease();
-    }
+    bool mayPart() const { return this->_referenceString && __libc_single_threaded; }
     void dealloc() {
         if (this->_referenceString) {
             this->_flags.freeWhenDone = 0;

@@ -9,16 +9,11 @@
 // A ZPUnicodeSubstring of less than nine tenths of its parent goes from borrowing to owning at its first
 // retain; a longer one borrows for its whole life.
 #include <Bedrock/strings/cluster/Substring+Internal.h>
-#include <Bedrock/core/ZPRef.h>
-
-#include <Bedrock/platform/kernel/Lock.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
-
-// Taken again where a part's parent is itself a part.
-constinit recursive_mutex detaching;
 
 struct SimpleStringMethods : ZPSimpleString {
     ZPString *init() { return initWithCharactersNoCopy_length_freeWhenDone(nullptr, 0, NO); }
@@ -63,39 +58,27 @@ struct UnicodeStringMethods : ZPUnicodeString {
 
 struct UnicodeSubstringMethods : ZPSubstringMethods<ZPUnicodeSubstring> {
     id retain() {
-        if (borrows()) detachFromLargerParent();
+        if (mayPart()) detachFromLargerParent();
         ZPIncrementExtraRefCount(this);
         return this;
     }
     void detachFromLargerParent() {
-        ZPZone *own = self()->zone();
-        ZPString *parent;
-        {
-            ZPHolding hold(detaching);
-            parent = _referenceString;
-            if (!parent) return;
-            unsigned whole = parent->length();
-            if (numCharacters >= whole - whole / 10) return;
-            ZPZoneBlock<unichar> block(numCharacters, own);
-            std::copy_n(characters, numCharacters, block.get());
-            __atomic_store_n(&characters, block.take(), __ATOMIC_RELEASE);
-            _flags.freeWhenDone = 1;
-            __atomic_store_n(&_referenceString, nullptr, __ATOMIC_RELEASE);
-        }
-        letGo(parent);
+        unsigned whole = _referenceString->length();
+        if (numCharacters >= whole - whole / 10) return;
+        ZPZoneBlock<unichar> block(numCharacters, self()->zone());
+        std::copy_n(characters, numCharacters, block.get());
+        characters = block.take();
+        _flags.freeWhenDone = 1;
+        std::exchange(_referenceString, nullptr)->release();
     }
     ZPString *substringWithRange(ZPRange range) {
         _ZPCheckRange(this, "substringWithRange:"_sel, range, numCharacters);
         if (range.length == 0) return ""_zp;
         if (range.length == numCharacters) return self()->copyWithZone(self()->zone())->autorelease();
         auto s = ZPAdopt<ZPUnicodeSubstring>(ZPAllocateObject(ZPUnicodeSubstring::class_(), 0, self()->zone()));
-        {
-            // The units and who owns them must belong together while another thread retains the receiver.
-            ZPHolding hold(detaching);
-            ZPString *outer = _referenceString ? _referenceString : this;
-            s->_referenceString = outer->copyWithZone(outer->zone());
-            s->characters = characters + range.location;
-        }
+        ZPString *outer = _referenceString ? _referenceString : this;
+        s->_referenceString = outer->copyWithZone(outer->zone());
+        s->characters = characters + range.location;
         s->numCharacters = range.length;
         return std::move(s).autoreleased();
     }

@@ -430,14 +430,11 @@ struct Engine {
 
 ZPString *_ZPNewFormattedString(ZPZone *zone, ZPString *format, id locale, std::va_list arguments) {
     if (!format) return ""_zp;
-    // A description may change a format that can be changed; a copy shares its text until then.
-    ZPRef<ZPString> kept;
-    if (format->isa == ZPConcreteMutableString::class_()) {
-        kept = ZPAdopt<ZPString>(format->copyWithZone(nullptr));
-        format = kept;
-    }
+    // A description may change the format, or retain it.
+    ZPHeldView held(format);
+    if (held.owner) format = held.owner;
     Engine engine;
-    engine.format = _ZPViewOfString(format);
+    engine.format = held;
     engine.locale = locale;
     ZPStackBuffer<unichar, 128> units(engine.format.shown() ? 0 : engine.format.length);
     if (!engine.format.shown()) {

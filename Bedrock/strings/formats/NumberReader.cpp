@@ -12,19 +12,19 @@
 
 namespace {
 
-template <class Units> unsigned skipMembers(Units &units, unsigned at, unsigned length, ZPCharacterSet *skip) {
-    if (!skip) return at;
-    for (ZPMembership isSkipped(skip); at < length && units[at] != 0xFFFF && isSkipped(units[at]);) ++at;
+template <class Units> unsigned skipMembers(Units &units, unsigned at, unsigned length, const ZPMembership &isSkipped) {
+    if (!isSkipped.set) return at;
+    while (at < length && units[at] != 0xFFFF && isSkipped(units[at])) ++at;
     return at;
 }
 
 template <class T, class Wide> BOOL scanInteger(ZPString *string, ZPCharacterSet *skip, T *result, unsigned *location) {
-    return _ZPWithUnits(string, [&](auto &&units, unsigned length) -> BOOL {
-        unsigned at = skipMembers(units, *location, length, skip);
+    return _ZPWithUnitsAndSet(string, skip, [&](auto &&units, unsigned length, const ZPMembership &isSkipped) -> BOOL {
+        unsigned at = skipMembers(units, *location, length, isSkipped);
         bool negative = false;
         if (at < length && (units[at] == '-' || units[at] == '+')) {
             negative = units[at] == '-';
-            at = skipMembers(units, at + 1, length, skip);
+            at = skipMembers(units, at + 1, length, isSkipped);
         }
         auto isDigit = [](unichar u) { return u < 0x80 ? _ZPIsDigit(u) : _ZPIsInStandardSet(_ZPDecimalDigitSet, u); };
         if (at >= length || !isDigit(units[at])) return NO;
@@ -121,8 +121,8 @@ BOOL _ZPScanLongLongFromString(ZPString *string, ZPCharacterSet *skip, long long
 BOOL _ZPScanDoubleFromString(ZPString *string, ZPCharacterSet *skip, double *result, unsigned *location,
                              ZPDictionary *locale) {
     unichar separator = _ZPDecimalSeparator(locale);
-    return _ZPWithUnits(string, [&](auto &&units, unsigned length) -> BOOL {
-        unsigned start = skipMembers(units, *location, length, skip);
+    return _ZPWithUnitsAndSet(string, skip, [&](auto &&units, unsigned length, const ZPMembership &isSkipped) -> BOOL {
+        unsigned start = skipMembers(units, *location, length, isSkipped);
         // White space that is not skipped begins no number, not even where it is the separator.
         if (start < length && (units[start] == ' ' || (units[start] >= 0x09 && units[start] <= 0x0D))) return NO;
         constexpr unsigned most = 64;

@@ -15,9 +15,9 @@ namespace {
 
 // The first index from `from` on whose unit is (or is not) a member; the length when there is none.
 unsigned find(ZPString *string, unsigned from, ZPCharacterSet *set, bool member) {
-    return _ZPWithUnits(string, [&](auto &&units, unsigned length) {
+    return _ZPWithUnitsAndSet(string, set, [&](auto &&units, unsigned length, const ZPMembership &isMember) {
         unsigned at = from;
-        for (ZPMembership isMember(set); at < length && isMember(units[at]) != member;) ++at;
+        while (at < length && isMember(units[at]) != member) ++at;
         return at;
     });
 }
