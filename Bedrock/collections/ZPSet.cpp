@@ -73,19 +73,18 @@ struct ZPSetMethods : ZPSet {
     }
     id initWithSet(ZPSet *other) { return self()->initWithSet_copyItems(other, NO); }
     id initWithSet_copyItems(ZPSet *other, BOOL copyItems) {
-        _ZPObjectList members_notFoundMarker;
+        _ZPObjectList members;
         _ZPForEachMember(other, [&](id member, unsigned) {
-            members_notFoundMarker.add(member);
+            members.add(member);
             return true;
         });
-        if (!copyItems)
-            return self()->initWithObjects_count(members_notFoundMarker.items, members_notFoundMarker.count);
-        _ZPObjectBuffer copies(members_notFoundMarker.count);
+        if (!copyItems) return self()->initWithObjects_count(members.items, members.count);
+        _ZPObjectBuffer copies(members.count);
         _ZPReleaser releaser{copies.items, 0};
         ZPZone *zone = self()->zone();
-        for (; releaser.count < members_notFoundMarker.count; ++releaser.count)
-            copies.items[releaser.count] = members_notFoundMarker.items[releaser.count]->copyWithZone(zone);
-        return self()->initWithObjects_count(copies.items, members_notFoundMarker.count);
+        for (; releaser.count < members.count; ++releaser.count)
+            copies.items[releaser.count] = members.items[releaser.count]->copyWithZone(zone);
+        return self()->initWithObjects_count(copies.items, members.count);
     }
 
     // ---- primitives ----
@@ -166,8 +165,8 @@ struct ZPSetMethods : ZPSet {
         makeObjectsPerform_withObject(selector, object);
     }
     void makeObjectsPerform_withObject(SEL selector, id object) {
-        _ZPMembers members_notFoundMarker(this);
-        for (auto &member : members_notFoundMarker.list) member.object->performSelector_withObject(selector, object);
+        _ZPMembers members(this);
+        for (auto &member : members.list) member.object->performSelector_withObject(selector, object);
     }
 
     // ---- description ----

@@ -171,27 +171,24 @@ struct Rules : ZPParser {
     struct Pairs {
         std::vector<id> keys, values;
     };
-    [[gnu::noinline]] static void add(Pairs &parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator,
-                                      id key, id value) {
-        parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.keys.push_back(key);
-        parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.values.push_back(value);
+    [[gnu::noinline]] static void add(Pairs &pairs, id key, id value) {
+        pairs.keys.push_back(key);
+        pairs.values.push_back(value);
     }
     ZPDictionary *parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator(
         ZPString *keyRule, ZPString *keySeparator, ZPString *valueRule, ZPString *separator, BOOL omitLast) {
-        Pairs parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator;
+        Pairs pairs;
         for (;;) {
             Progress progress(s());
             id key = self()->parse(keyRule);
             if (!key) break;
             if (keySeparator) self()->expectSeparatorEqualTo(keySeparator);
-            add(parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator, key, self()->expect(valueRule));
+            add(pairs, key, self()->expect(valueRule));
             if (!separated(separator, omitLast, progress)) break;
         }
         // Of the size of its entries: most dictionaries of a property list are small and many.
-        return ZPDictionary::dictionaryWithObjects_forKeys_count(
-            parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.values.data(),
-            parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.keys.data(),
-            unsigned(parseSuiteOfPairsKey_separator_value_separator_allowOmitLastSeparator.keys.size()));
+        return ZPDictionary::dictionaryWithObjects_forKeys_count(pairs.values.data(), pairs.keys.data(),
+                                                                 unsigned(pairs.keys.size()));
     }
     ZPDictionary *parseDictionaryOfKey_value(ZPString *key, ZPString *value) {
         if (!self()->parseSeparatorEqualTo("{"_zp)) return nullptr;
