@@ -5,98 +5,93 @@
 #include <Bedrock/Bedrock.h>
 
 #include <iostream>
-#include <sstream>
 #include <string>
 
-/// A message to be sent later.
-struct Action : ZPObject {
-    ZP_CLASS(Action)
-    ZPRef<ZPObject> _target;
+/// A message to be sent later, with a line's number and text: a send has the method's own C++ types.
+struct RecordedMethods : ZPObject {
+    ZPObject *_target;  // not retained: it owns its history
     SEL _selector;
-    ZPRef<ZPObject> _first, _second;
+    unsigned _line;
+    ZPRef<ZPString> _text;
 
-    void perform() { _target->performSelector_withObject_withObject(_selector, _first.get(), _second.get()); }
+    void send() { objc_msgSend(_target, _selector, _line, _text.get()); }
 };
-ZP_IMPLEMENT(Action);
+ZP_MAKE_CLASS(Recorded, RecordedMethods, send);
 
-/// Two stacks of actions. What is recorded while an action is undone can be redone, and the other way round.
-struct UndoManager : ZPObject {
-    ZP_CLASS(UndoManager)
+/// Two stacks of messages. What is recorded while one is undone can be redone, and the other way round.
+struct HistoryMethods : ZPObject {
     ZPRef<ZPMutableArray> _undo = ZPAdopt(ZPMutableArray::new_()), _redo = ZPAdopt(ZPMutableArray::new_());
     enum { Idle, Undoing, Redoing } _state;
 
-    void record(id target, SEL selector, id first, id second) {
-        ZPRef<Action> action = ZPAdopt(Action::new_());
-        action->_target = target;
-        action->_selector = selector;
-        action->_first = first;
-        action->_second = second;
+    void recordTarget_selector_line_text(id target, SEL selector, unsigned line, ZPString *text) {
+        ZPRef<Recorded> recorded = ZPAdopt(Recorded::new_());
+        recorded->_target = target;
+        recorded->_selector = selector;
+        recorded->_line = line;
+        recorded->_text = text;
         if (_state == Idle) _redo->removeAllObjects();
-        (_state == Undoing ? _redo : _undo)->addObject(action.get());
+        (_state == Undoing ? _redo : _undo)->addObject(recorded);
     }
-    bool undo() { return performLast(_undo, Undoing); }
-    bool redo() { return performLast(_redo, Redoing); }
+    void undo() { sendLast(_undo, Undoing); }
+    void redo() { sendLast(_redo, Redoing); }
 
-  private:
-    bool performLast(ZPMutableArray *stack, decltype(_state) state) {
-        ZPRef<Action> action = stack->lastObject();
-        if (!action) return false;
+    void sendLast(ZPMutableArray *stack, decltype(_state) state) {  // not in the list: a plain function
+        ZPRef<Recorded> last = stack->lastObject();
+        if (!last)
+            ZPException::raise_format("HistoryException"_zp, "nothing to %s"_zp, state == Undoing ? "undo" : "redo");
         stack->removeLastObject();
         struct Restore {
-            UndoManager *manager;
-            ~Restore() { manager->_state = Idle; }  // also when the action raises
+            HistoryMethods *history;
+            ~Restore() { history->_state = Idle; }  // also when the message raises
         } restore{this};
         _state = state;
-        action->perform();
-        return true;
+        last->send();
     }
 };
-ZP_IMPLEMENT(UndoManager);
+ZP_MAKE_CLASS(History, HistoryMethods, recordTarget_selector_line_text, undo, redo);
 
-/// Lines of text. Each change records the message that takes it back. The arguments of recorded messages are objects,
-/// so line numbers are strings.
-struct Document : ZPObject {
-    ZP_CLASS(Document)
+/// Lines of text. Each change records the message that takes it back; both take the same arguments, so that one kind of
+/// record does.
+struct DocumentMethods : ZPObject {
     ZPRef<ZPMutableArray> _lines = ZPAdopt(ZPMutableArray::new_());
-    ZPRef<UndoManager> _undoManager;
+    ZPRef<History> _history = ZPAdopt(History::new_());
 
-    id insert_atLine(ZPString *text, ZPString *line) {
-        _lines->insertObject_atIndex(text, unsigned(line->intValue()) - 1);  // raises when there is no such line
-        _undoManager->record(this, "deleteLine:ignored:"_sel, line, nullptr);
-        return this;
+    void insertLine_text(unsigned line, ZPString *text) {
+        check(line, _lines->count() + 1);
+        _lines->insertObject_atIndex(text, line - 1);
+        _history->recordTarget_selector_line_text(this, "deleteLine:text:"_sel, line, text);
     }
-    id deleteLine_ignored(ZPString *line, id) {
-        unsigned index = unsigned(line->intValue()) - 1;
-        ZPRef<ZPString> text = _lines->objectAtIndex(index);
-        _lines->removeObjectAtIndex(index);
-        _undoManager->record(this, "insert:atLine:"_sel, text.get(), line);
-        return this;
+    void deleteLine_text(unsigned line, ZPString *) {
+        check(line, _lines->count());
+        _history->recordTarget_selector_line_text(this, "insertLine:text:"_sel, line, _lines->objectAtIndex(line - 1));
+        _lines->removeObjectAtIndex(line - 1);
     }
+    void check(unsigned line, unsigned last) {
+        if (line < 1 || line > last) ZPException::raise_format(ZPRangeException, "line %u: there is none"_zp, line);
+    }
+    ZPString *description() { return _lines->componentsJoinedByString(" / "_zp); }
 };
-ZP_IMPLEMENT(Document, insert_atLine, deleteLine_ignored);
+ZP_MAKE_CLASS(Document, DocumentMethods, insertLine_text, deleteLine_text, description);
 
 int main() {
     ZPAutoreleasePoolScope pool;
-    ZPRef<UndoManager> manager = ZPAdopt(UndoManager::new_());
     ZPRef<Document> document = ZPAdopt(Document::new_());
-    document->_undoManager = manager;
-
     for (std::string line; std::getline(std::cin, line);) {
         ZPAutoreleasePoolScope inner;
-        std::istringstream words(line);
-        std::string command, number, text;
-        words >> command >> number;
-        std::getline(words >> std::ws, text);
+        ZPScanner *words = ZPScanner::scannerWithString(ZPMakeString(line));
+        ZPString *command = nullptr, *text = ""_zp;
+        int number = 0;
+        words->scanUpToString_intoString(" "_zp, &command);
+        words->scanInt(&number);
+        words->scanUpToString_intoString("\n"_zp, &text);
         try {
-            if (command == "insert") document->insert_atLine(ZPMakeString(text), ZPMakeString(number));
-            else if (command == "delete") document->deleteLine_ignored(ZPMakeString(number), nullptr);
-            else if (command == "undo" && !manager->undo()) std::cout << "nothing to undo\n";
-            else if (command == "redo" && !manager->redo()) std::cout << "nothing to redo\n";
-            else if (command == "print") std::cout << document->_lines->componentsJoinedByString(" / "_zp) << "\n";
+            if (command->isEqual("insert"_zp)) document->insertLine_text(unsigned(number), text);
+            else if (command->isEqual("delete"_zp)) document->deleteLine_text(unsigned(number), nullptr);
+            else if (command->isEqual("undo"_zp)) document->_history->undo();
+            else if (command->isEqual("redo"_zp)) document->_history->redo();
+            else if (command->isEqual("print"_zp)) std::cout << document << "\n";
         } catch (ZPException *e) {
-            std::cout << "line " << number << ": "
-                      << (e->name()->isEqual(ZPRangeException) ? "there is none"_zp : e->reason()) << "\n";
+            std::cout << e->reason() << "\n";
         }
     }
-    manager->_undo = manager->_redo = nullptr;  // actions retain the document, which retains the manager
 }

@@ -123,8 +123,9 @@ template <class R, class... A, class S, class... B> struct the_method_has_other_
         if constexpr (sizeof...(A) != sizeof...(B)) return false;
         else return (objc_typesAgree<R, S> && ... && objc_typesAgree<A, B>);
     }
-    static_assert(agree(),
-                  "the method's C++ types are not those of the front's member: both stand in the lines around");
+    static_assert(
+        agree(),
+        "the method's C++ types are not those of the front's member: the lines around have both, the method's first");
     static constexpr bool checked = true;
 };
 
@@ -301,22 +302,22 @@ template <auto M, class R, class... A> struct objc_variadic<M, R (*)(Class, A...
 
 template <auto M, class F = decltype(M)>
 ZP_INLINE void objc_listMember(objc_lister &lister, objc_methodName<objc_function<F>::count> name) {
-    static_assert(std::is_member_function_pointer_v<F>, "a static function is listed within classMethods");
+    static_assert(std::is_member_function_pointer_v<F>, "a static function must be listed within classMethods(...)");
     objc_listed<M>::enter(lister, name.text, 0);
 }
 template <auto M, class F = decltype(M)>
 ZP_INLINE void objc_listStatic(objc_lister &lister, objc_methodName<objc_function<F>::count> name) {
-    static_assert(!std::is_member_function_pointer_v<F>, "what classMethods lists is a static function");
+    static_assert(!std::is_member_function_pointer_v<F>, "classMethods(...) lists static functions, and this is none");
     objc_listed<M>::enter(lister, name.text, objc_listsClassMethod);
 }
 template <auto M, class F = decltype(M)>
 ZP_INLINE void objc_listMemberAs(objc_lister &lister, objc_selectorText<objc_function<F>::count> selector) {
-    static_assert(std::is_member_function_pointer_v<F>, "a static function is listed within classMethods");
+    static_assert(std::is_member_function_pointer_v<F>, "a static function must be listed within classMethods(...)");
     objc_listed<M>::enter(lister, selector.text, objc_listsSelector);
 }
 template <auto M, class F = decltype(M)>
 ZP_INLINE void objc_listStaticAs(objc_lister &lister, objc_selectorText<objc_function<F>::count> selector) {
-    static_assert(!std::is_member_function_pointer_v<F>, "what classMethods lists is a static function");
+    static_assert(!std::is_member_function_pointer_v<F>, "classMethods(...) lists static functions, and this is none");
     objc_listed<M>::enter(lister, selector.text, objc_listsSelector | objc_listsClassMethod);
 }
 template <auto M>
@@ -434,7 +435,8 @@ objc_loadThisLibrary() {
 /// @endcond
 
 /// Defines a class that ZP_CLASS declared, whose code is the struct itself, and lists its methods by their names; once,
-/// in a source file:
+/// in a source file. A member that says ZP_ASKS or ZP_TELLS is no code, and listed here it would send itself for ever:
+/// the code is then in a struct of its own, and ZP_IMPLEMENT_WITH lists it.
 ///
 ///     ZP_IMPLEMENT(Counter, add, value, classMethods(counterWithValue));
 ///
@@ -472,7 +474,9 @@ objc_loadThisLibrary() {
 
 /// Makes a class T of its code alone: a struct `Methods` that derives from the superclass, has the fields, and is no
 /// class by itself. T gets the fields, a front's member for each method listed, and the methods. In a header or in a
-/// source file. Only what is listed by plain name, and in `classMethods` of `Methods`, becomes a member.
+/// source file. Only what is listed by plain name, and in `classMethods` of `Methods`, becomes a member. T does not
+/// exist yet where `Methods` is written: `self()` is the receiver as its superclass there, a message to oneself
+/// `objc_msgSend(this, "add:"_sel, 1)`, and with `struct T;` before it `objc_super<T>(this)` sends to the superclass.
 #define ZP_MAKE_CLASS(T, Methods, ...)                                                                 \
     struct T;                                                                                          \
     OBJC_EACH(OBJC_SENDER, T, Methods __VA_OPT__(, ) __VA_ARGS__)                                      \
@@ -492,7 +496,7 @@ template <class T> struct objc_super {
     explicit objc_super(objc_object *receiver) : self(receiver), superclass(of()) {}
     /// The same in a class method.
     explicit objc_super(Class receiver) : self(receiver), superclass(objc_counterpart(of())) {}
-    /// Sends the message to the superclass's method; the types must be the method's own.
+    /// Sends the message to the superclass's method; the types must be the method's own, which nothing compares.
     template <class R = void, class... A> R send(SEL selector, A... arguments) const {
         return objc_msgSendSuper<R>(self, superclass, selector, arguments...);
     }
