@@ -54,10 +54,8 @@ template <objc_text Name> Class _ZPClassAbove() {
 
 /// Proves, where T is known, that these members of the front `Above` have the C++ types of T's own.
 #define ZP_SAME_FRONT(T, Above, ...) OBJC_EACH(OBJC_SAME_MEMBER, T, Above, __VA_ARGS__) static_assert(true)
-#define OBJC_SAME_MEMBER(T, Above, member)                                                                    \
-    static_assert(                                                                                            \
-        ::the_method_has_other_types_than_the_front<typename ::objc_function<decltype(&Above::member)>::type, \
-                                                    typename ::objc_function<decltype(&T::member)>::type>::checked);
+#define OBJC_SAME_MEMBER(T, Above, member) \
+    static_assert(::the_method_has_other_types_than_the_front<&Above::member, &T::member>::checked);
 
 struct _ZPStringAbove : ZPObject {
     ZP_CLASS_ABOVE(ZPString)

@@ -63,8 +63,8 @@ inline objc_object *objc_allocateFrom(Class cls, ZPZone *zone) {
     /** place, which alone is to be used. */                                                                           \
     template <class = void> T *init() ZP_ASKS()                                                                        \
     static void *operator new(::std::size_t) = delete;                                                                 \
-    template <class X> requires(!::std::is_same_v<X, T>)                                                               \
-    friend ::std::type_identity<T> objc_nearest(X *, const T *) { return {}; }
+    template <class objc_Sub> requires(!::std::is_same_v<objc_Sub, T>)                                                 \
+    friend ::std::type_identity<T> objc_nearest(objc_Sub *, const T *) { return {}; }
 // clang-format on
 /// @endcond
 
@@ -117,14 +117,17 @@ template <class T> inline constexpr bool objc_isReference<T *> =
 template <class A, class B> inline constexpr bool objc_typesAgree = std::is_same_v<A, B> ||
                                                                     (objc_isReference<A> && objc_isReference<B>);
 
-template <class Method, class Front> struct the_method_has_other_types_than_the_front;
-template <class R, class... A, class S, class... B> struct the_method_has_other_types_than_the_front<R(A...), S(B...)> {
-    static constexpr bool agree() {
-        if constexpr (sizeof...(A) != sizeof...(B)) return false;
-        else return (objc_typesAgree<R, S> && ... && objc_typesAgree<A, B>);
-    }
+template <class Method, class Front> inline constexpr bool objc_signaturesAgree = false;
+template <class R, class... A, class S, class... B>
+    requires(sizeof...(A) == sizeof...(B))
+inline constexpr bool objc_signaturesAgree<R(A...), S(B...)> = (objc_typesAgree<R, S> && ... && objc_typesAgree<A, B>);
+
+// Both functions are arguments, so that the error names them.
+template <auto Method, auto Front, class MethodType = typename objc_function<decltype(Method)>::type,
+          class FrontType = typename objc_function<decltype(Front)>::type>
+struct the_method_has_other_types_than_the_front {
     static_assert(
-        agree(),
+        objc_signaturesAgree<MethodType, FrontType>,
         "the method's C++ types are not those of the front's member: the lines around have both, the method's first");
     static constexpr bool checked = true;
 };
@@ -132,16 +135,18 @@ template <class R, class... A, class S, class... B> struct the_method_has_other_
 // Whether an expression names one function, which `&` answers the address of.
 template <class F> void objc_oneFunction(F);
 
+// Told as template arguments: g++ does not compare addresses of functions at compile time where they may be null.
+template <auto Method, auto Front> inline constexpr bool objc_sameFunction = false;
+template <auto Method> inline constexpr bool objc_sameFunction<Method, Method> = true;
+
 // Not constexpr: reaching it is the compile error that names the mistake. A front's member as the method of its own
 // message would send it for ever.
 void the_name_is_a_sending_member_of_the_front_and_no_method();
 
-template <class Method, class Front> consteval void objc_compareWithFront(Method method, Front front) {
-    if constexpr (objc_function<Front>::isFunction)
-        static_assert(the_method_has_other_types_than_the_front<typename objc_function<Method>::type,
-                                                                typename objc_function<Front>::type>::checked);
-    if constexpr (std::is_same_v<Method, Front>)
-        if (method == front) the_name_is_a_sending_member_of_the_front_and_no_method();
+template <auto Method, auto Front> consteval void objc_compareWithFront() {
+    if constexpr (objc_function<decltype(Front)>::isFunction)
+        static_assert(the_method_has_other_types_than_the_front<Method, Front>::checked);
+    if constexpr (objc_sameFunction<Method, Front>) the_name_is_a_sending_member_of_the_front_and_no_method();
 }
 
 // Not constexpr: reaching it while a name is checked is the compile error that names the mistake.
@@ -405,10 +410,10 @@ constexpr objc_classPair objc_classRecord(const objc_registration *registration,
     return pair;
 }
 
-// The front against which a method's types are compared: the class's own where the code has a struct of its own, else
-// the superclass's.
+// The front against which a method's types are compared: the class's own where the code's struct derives from it, else
+// the superclass's. A made class derives from its code.
 template <class T, class Code> using objc_frontOf =
-    std::conditional_t<std::is_same_v<T, Code>, objc_superclassOf<T>, T>;
+    std::conditional_t<std::is_base_of_v<Code, T>, objc_superclassOf<T>, T>;
 
 // ---- a library's registrations -----------------------------------------------------------------
 
@@ -496,7 +501,7 @@ template <class T> struct objc_super {
     explicit objc_super(objc_object *receiver) : self(receiver), superclass(of()) {}
     /// The same in a class method.
     explicit objc_super(Class receiver) : self(receiver), superclass(objc_counterpart(of())) {}
-    /// Sends the message to the superclass's method; the types must be the method's own, which nothing compares.
+    /// Sends the message to the superclass's method; the types must be the method's own.
     template <class R = void, class... A> R send(SEL selector, A... arguments) const {
         return objc_msgSendSuper<R>(self, superclass, selector, arguments...);
     }

@@ -108,14 +108,15 @@
 #define OBJC_METHOD_variadic(...) ~, OBJC_ENTER_VARIADIC
 #define OBJC_METHOD_init ~, OBJC_ENTER_INIT
 
-#define OBJC_ENTER_PLAIN(kind, S, name)                                                                   \
-    if constexpr (requires { ::objc_oneFunction(&objc_Front::name); })                                    \
-        ::objc_compareWithFront(&S::name, &objc_Front::name);                                             \
-    ::objc_list##kind<&S::name>(lister, #name);
+#define OBJC_ENTER_PLAIN(kind, S, name) OBJC_COMPARE(S, name) ::objc_list##kind<&S::name>(lister, #name);
+#define OBJC_COMPARE(S, name)                                          \
+    if constexpr (requires { ::objc_oneFunction(&objc_Front::name); }) \
+        ::objc_compareWithFront<&S::name, &objc_Front::name>();
 #define OBJC_ENTER_INIT(kind, S, name) ::objc_list##kind<::objc_initOf<S>()>(lister, #name);
 #define OBJC_ENTER_NAMED(kind, S, item) OBJC_ENTER_NAMED2(kind, S, OBJC_INSIDE_##item)
 #define OBJC_ENTER_NAMED2(...) OBJC_ENTER_NAMED3(__VA_ARGS__)
-#define OBJC_ENTER_NAMED3(kind, S, name, selector) ::objc_list##kind##As<&S::name>(lister, selector);
+#define OBJC_ENTER_NAMED3(kind, S, name, selector) \
+    OBJC_COMPARE(S, name) ::objc_list##kind##As<&S::name>(lister, selector);
 #define OBJC_ENTER_VARIADIC(kind, S, item) OBJC_ENTER_VARIADIC2(kind, S, OBJC_INSIDE_##item)
 #define OBJC_ENTER_VARIADIC2(...) OBJC_ENTER_VARIADIC3(__VA_ARGS__)
 #define OBJC_ENTER_VARIADIC3(kind, S, name) ::objc_listVariadic##kind<&S::name>(lister, #name);
@@ -182,21 +183,22 @@
 #define OBJC_SENDER_NOTHING(T, S, item)
 #define OBJC_SENDER_STATICS(T, S, item) OBJC_EACH_INNER(OBJC_SENDER_PLAIN, T, S, OBJC_INSIDE_##item)
 #define OBJC_SENDER_PLAIN(T, S, name)                                                                                  \
-    template <class F> struct objc_##T##_##name;                                                                       \
-    template <class C, class R, class... A> struct objc_##T##_##name<R (C::*)(A...)> {                                 \
-        using objc_Result = ::objc_madeResult<R, T, ::objc_isInitialiser(#name)>;                                      \
-        objc_Result name(A... arguments) {                                                                             \
+    template <class objc_F> struct objc_##T##_##name;                                                                  \
+    template <class objc_C, class objc_R, class... objc_A> struct objc_##T##_##name<objc_R (objc_C::*)(objc_A...)> {   \
+        using objc_Result = ::objc_madeResult<objc_R, T, ::objc_isInitialiser(#name)>;                                 \
+        objc_Result name(objc_A... arguments) {                                                                        \
             return ::objc_ask(static_cast<T *>(this), ::objc_frontSlot<objc_##T##_##name>, #name, arguments...)        \
                 .template as<objc_Result>();                                                                           \
         }                                                                                                              \
     };                                                                                                                 \
-    template <class R, class... A> struct objc_##T##_##name<R (*)(A...)> {                                             \
-        static R name(A... arguments) {                                                                                \
-            ::Class to = ::objc_late<T, R>::type::class_();                                                            \
-            return ::objc_ask(to, ::objc_frontSlot<objc_##T##_##name>, #name, arguments...).template as<R>();          \
+    template <class objc_R, class... objc_A> struct objc_##T##_##name<objc_R (*)(objc_A...)> {                         \
+        static objc_R name(objc_A... arguments) {                                                                      \
+            ::Class to = ::objc_late<T, objc_R>::type::class_();                                                       \
+            return ::objc_ask(to, ::objc_frontSlot<objc_##T##_##name>, #name, arguments...).template as<objc_R>();     \
         }                                                                                                              \
     };                                                                                                                 \
-    template <class R, class... A> struct objc_##T##_##name<R (*)(::Class, A...)> : objc_##T##_##name<R (*)(A...)> {};
+    template <class objc_R, class... objc_A> struct objc_##T##_##name<objc_R (*)(::Class, objc_A...)>                  \
+        : objc_##T##_##name<objc_R (*)(objc_A...)> {};
 
 #define OBJC_BASE(T, S, item) OBJC_JOIN(OBJC_BASE_, OBJC_CHOOSE(OBJC_FRONT_##item, PLAIN))(T, S, item)
 #define OBJC_BASE_NOTHING(T, S, item)

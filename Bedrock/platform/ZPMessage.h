@@ -190,9 +190,11 @@ template <class R = void, class... A> ZP_INLINE R objc_msgSend(id receiver, SEL 
 }
 
 /// Sends a message, to a receiver that is not null, with the implementation that `superclass` has for it: the
-/// superclass of the class whose method sends. The types must be the method's own; nothing
-/// compares them. See `objc_super`.
+/// superclass of the class whose method sends. The types must be the method's own. See `objc_super`.
 template <class R = void, class... A> R objc_msgSendSuper(id receiver, Class superclass, SEL selector, A... arguments) {
+#if ZP_CHECKED
+    objc_checkSend(superclass, selector, objc_methodTypes<R, A...>());
+#endif
     IMP implementation = objc_lookUpForSuper(superclass, selector);
     if (!implementation) [[unlikely]]
         return objc_sendForward<R, A...>(receiver.pointer(), selector, std::forward<A>(arguments)...);
@@ -300,24 +302,24 @@ template <class... A> ZP_INLINE void objc_tell(id receiver, SEL &slot, const cha
     objc_msgSend<void, A...>(receiver, objc_frontSelector(slot, name, sizeof...(A)), arguments...);
 }
 
-#define OBJC_FRONT(RETURN, SEND, RECEIVER, ...)                                                      \
+#define OBJC_FRONT(SEND, RECEIVER, ...)                                                              \
     {                                                                                                \
         struct objc_member;                                                                          \
         static_assert(::objc_nameFits(__func__, sizeof(::objc_argumentCount(__VA_ARGS__)) - 1),      \
                       "a front's name has one word for each argument that it sends, joined with _"); \
-        RETURN SEND(RECEIVER, ::objc_frontSlot<objc_member>, __func__ __VA_OPT__(, ) __VA_ARGS__);   \
+        return SEND(RECEIVER, ::objc_frontSlot<objc_member>, __func__ __VA_OPT__(, ) __VA_ARGS__);   \
     }
 /// @endcond
 
 /// The body of a front's member that answers: sends the message that the member is named for, with these arguments, all
 /// of the member's in their order, and answers its result. Unnamed arguments (`...`) are not sent: see
 /// `objc_sendVariadic`.
-#define ZP_ASKS(...) OBJC_FRONT(return, ::objc_ask, this __VA_OPT__(, ) __VA_ARGS__)
+#define ZP_ASKS(...) OBJC_FRONT(::objc_ask, this __VA_OPT__(, ) __VA_ARGS__)
 /// The same for a member that answers nothing; its result type is void.
-#define ZP_TELLS(...) OBJC_FRONT(, ::objc_tell, this __VA_OPT__(, ) __VA_ARGS__)
+#define ZP_TELLS(...) OBJC_FRONT(::objc_tell, this __VA_OPT__(, ) __VA_ARGS__)
 /// The same for a static member, which sends to the class.
-#define ZP_CLASS_ASKS(...) OBJC_FRONT(return, ::objc_ask, class_() __VA_OPT__(, ) __VA_ARGS__)
+#define ZP_CLASS_ASKS(...) OBJC_FRONT(::objc_ask, class_() __VA_OPT__(, ) __VA_ARGS__)
 /// The same for a static member that answers nothing.
-#define ZP_CLASS_TELLS(...) OBJC_FRONT(, ::objc_tell, class_() __VA_OPT__(, ) __VA_ARGS__)
+#define ZP_CLASS_TELLS(...) OBJC_FRONT(::objc_tell, class_() __VA_OPT__(, ) __VA_ARGS__)
 
 #pragma GCC diagnostic pop

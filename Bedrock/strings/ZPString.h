@@ -117,8 +117,8 @@ struct ZPString : ZPObject {
     /// Copies the units of a range; the buffer holds that many.
     void getCharacters_range(unichar *buffer, ZPRange range) ZP_TELLS(buffer, range);
     /// The receiver's bytes in the 8-bit storage encoding, `length()` of them and in general without a NUL, or null.
-    /// Valid while the receiver lives, is not changed and is not retained: a part of a longer text gets bytes of its own
-    /// when it is first retained. Retain first what is to be looked at for long.
+    /// Valid while the receiver lives, is not changed and is not retained: a part of a longer text gets bytes of its
+    /// own when it is first retained. Retain first what is to be looked at for long.
     const char *_fastCStringContents() ZP_ASKS();
     /// The encoding whose bytes are the string's own, or nearly so: ZPKESTRELStringEncoding or
     /// ZPUnicodeStringEncoding.
