@@ -3,11 +3,6 @@
 // only.
 #include "Support.h"
 
-#include <Bedrock/bridge/ZPMemory.h>
-
-#include <map>
-#include <random>
-
 ZP_IMPLEMENT(PlainMutableDictionary, init, initWithCapacity, initWithObjects_forKeys_count, count, objectForKey,
              keyEnumerator, setObject_forKey, removeObjectForKey);
 
@@ -221,29 +216,22 @@ TEST_F(ConcreteDictionary, Errors) {
                "]: attempt to " + what;
     };
     ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
-    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, nullptr); }),
-              message("setObject:forKey:", "insert nil key"));
-    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, "k"_zp); }),
-              message("setObject:forKey:", "insert nil value"));
-    EXPECT_EQ(raised([&] { dictionary->removeObjectForKey(nullptr); }),
-              message("removeObjectForKey:", "remove nil key"));
+    EXPECT_RAISES(message("setObject:forKey:", "insert nil key"), dictionary->setObject_forKey(nullptr, nullptr));
+    EXPECT_RAISES(message("setObject:forKey:", "insert nil value"), dictionary->setObject_forKey(nullptr, "k"_zp));
+    EXPECT_RAISES(message("removeObjectForKey:", "remove nil key"), dictionary->removeObjectForKey(nullptr));
     id objects[] = {TestItem::with(1), nullptr}, keys[] = {TestItem::with(2), TestItem::with(3)};
-    EXPECT_EQ(raised([&] { ZPMutableDictionary::dictionaryWithObjects_forKeys_count(objects, keys, 2); }),
-              message("initWithObjects:forKeys:count:", "insert nil value"));
-    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjects_forKeys_count(keys, objects, 0x8000000); }),
-              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:count:]: absurd count: "
-              "134217728");
-    EXPECT_EQ(
-        raised([&] { ZPMutableDictionary::dictionaryWithCapacity(0x8000000); }),
-        "ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary initWithCapacity:]: absurd capacity: 134217728");
-    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjectsAndKeys("a"_zp, "b"_zp, "c"_zp); }),
-              "ZPInvalidArgumentException: *** +[ZPDictionary dictionaryWithObjectsAndKeys:]: "
-              "second object of each pair must be non-nil");
-    EXPECT_EQ(raised([&] {
-                  ZPDictionary::dictionaryWithObjects_forKeys(ZPArray::arrayWithObjects("a"_zp), ZPArray::array());
-              }),
-              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:]: "
-              "number of objects (1) not equal to number of keys (0)");
+    EXPECT_RAISES(message("initWithObjects:forKeys:count:", "insert nil value"),
+                  ZPMutableDictionary::dictionaryWithObjects_forKeys_count(objects, keys, 2));
+    EXPECT_RAISES(invalid("-[ZPConcreteDictionary initWithObjects:forKeys:count:]: absurd count: 134217728"),
+                  ZPDictionary::dictionaryWithObjects_forKeys_count(keys, objects, 0x8000000));
+    EXPECT_RAISES(invalid("-[ZPConcreteMutableDictionary initWithCapacity:]: absurd capacity: 134217728"),
+                  ZPMutableDictionary::dictionaryWithCapacity(0x8000000));
+    EXPECT_RAISES(invalid("+[ZPDictionary dictionaryWithObjectsAndKeys:]: second object of each pair must be non-nil"),
+                  ZPDictionary::dictionaryWithObjectsAndKeys("a"_zp, "b"_zp, "c"_zp));
+    EXPECT_RAISES(
+        invalid(
+            "-[ZPConcreteDictionary initWithObjects:forKeys:]: number of objects (1) not equal to number of keys (0)"),
+        ZPDictionary::dictionaryWithObjects_forKeys(ZPArray::arrayWithObjects("a"_zp), ZPArray::array()));
 }
 
 TEST_F(ConcreteDictionary, AnEnumeratorKeepsItsDictionaryUntilTheEnd) {

@@ -2,9 +2,6 @@
 // Changing arrays, over the concrete class and a client subclass with the primitives only.
 #include "Support.h"
 
-#include <algorithm>
-#include <random>
-
 namespace {
 
 struct MutableArray : CollectionTest, testing::WithParamInterface<Class> {
@@ -27,14 +24,14 @@ TEST_P(MutableArray, ReplacesRanges) {
     EXPECT_EQ(replace({1, 3}, {8}), (Values{0, 8, 4}));
     EXPECT_EQ(replace({1, 1}, {7, 8, 9}), (Values{0, 7, 8, 9, 2, 3, 4}));
     EXPECT_EQ(replace({0, 5}, {}), (Values{}));
-    EXPECT_NE(raised([&] { replace({4, 2}, {}); }), "");
+    EXPECT_REFUSED(replace({4, 2}, {}));
     ZPMutableArray *array = make({0, 1, 2});
     array->replaceObjectsInRange_withObjectsFromArray({1, 1}, array);
     EXPECT_EQ(valuesOf(array), (Values{0, 0, 1, 2, 2})) << "with itself";
     array->replaceObjectsInRange_withObjectsFromArray_range({0, 3}, make({5, 6, 7, 8}), {2, 2});
     EXPECT_EQ(valuesOf(array), (Values{7, 8, 2, 2}));
-    EXPECT_NE(raised([&] { array->replaceObjectsInRange_withObjectsFromArray_range({0, 0}, make({5}), {1, 1}); }), "");
-    EXPECT_NE(raised([&] { array->replaceObjectsInRange_withObjectsFromArray_range({0, 1}, nullptr, {0, 1}); }), "");
+    EXPECT_REFUSED(array->replaceObjectsInRange_withObjectsFromArray_range({0, 0}, make({5}), {1, 1}));
+    EXPECT_REFUSED(array->replaceObjectsInRange_withObjectsFromArray_range({0, 1}, nullptr, {0, 1}));
 }
 
 TEST_P(MutableArray, RemovesWhatMatches) {
@@ -50,7 +47,7 @@ TEST_P(MutableArray, RemovesWhatMatches) {
     array->removeObject(nullptr);
     array->removeObject_inRange(TestItem::with(2), {0, 0});
     EXPECT_EQ(valuesOf(array), (Values{2}));
-    EXPECT_NE(raised([&] { array->removeObject_inRange(a, {0, 2}); }), "");
+    EXPECT_REFUSED(array->removeObject_inRange(a, {0, 2}));
     a->release();
 }
 
@@ -92,13 +89,13 @@ TEST_P(MutableArray, RemovesByIndexes) {
     EXPECT_EQ(remove({2, 2}), (Values{0, 1, 4, 5, 6})) << "equal neighbours in order remove two";
     EXPECT_EQ(remove({5, 2, 5}), (Values{0, 1, 3, 4, 6})) << "out of order each once";
     EXPECT_EQ(remove({}), (Values{0, 1, 2, 3, 4, 5, 6}));
-    EXPECT_NE(raised([&] { remove({0, 7}); }), "");
-    EXPECT_NE(raised([&] { remove({7, 0}); }), "");
+    EXPECT_REFUSED(remove({0, 7}));
+    EXPECT_REFUSED(remove({7, 0}));
     ZPMutableArray *array = make({0, 1, 2, 3});
     array->removeObjectsInRange({1, 2});
     EXPECT_EQ(valuesOf(array), (Values{0, 3}));
-    EXPECT_NE(raised([&] { array->removeObjectsInRange({1, 2}); }), "");
-    EXPECT_NE(raised([&] { array->removeObjectsInRange({1, 0xFFFFFFFF}); }), "");
+    EXPECT_REFUSED(array->removeObjectsInRange({1, 2}));
+    EXPECT_REFUSED(array->removeObjectsInRange({1, 0xFFFFFFFF}));
     EXPECT_EQ(valuesOf(array), (Values{0, 3}));
 }
 
@@ -106,7 +103,7 @@ TEST_P(MutableArray, ExchangesAndSets) {
     ZPMutableArray *array = make({0, 1, 2});
     array->exchangeObjectAtIndex_withObjectAtIndex(0, 2);
     EXPECT_EQ(valuesOf(array), (Values{2, 1, 0}));
-    EXPECT_NE(raised([&] { array->exchangeObjectAtIndex_withObjectAtIndex(0, 3); }), "");
+    EXPECT_REFUSED(array->exchangeObjectAtIndex_withObjectAtIndex(0, 3));
     array->setArray(make({7, 8}));
     EXPECT_EQ(valuesOf(array), (Values{7, 8}));
     array->addObjectsFromArray(array);
@@ -162,17 +159,15 @@ TEST_F(ConcreteMutableArray, Errors) {
         return "ZPInvalidArgumentException: *** -[ZPConcreteMutableArray " + std::string(method) +
                "]: attempt to insert nil object";
     };
-    EXPECT_EQ(raised([&] { array->addObject(nullptr); }), null("addObject:"));
-    EXPECT_EQ(raised([&] { array->insertObject_atIndex(nullptr, 0); }), null("insertObject:atIndex:"));
-    EXPECT_EQ(raised([&] { array->insertObject_atIndex("c"_zp, 3); }), range("insertObject:atIndex:", 3, 3));
-    EXPECT_EQ(raised([&] { array->replaceObjectAtIndex_withObject(0, nullptr); }),
-              null("replaceObjectAtIndex:withObject:"));
-    EXPECT_EQ(raised([&] { array->replaceObjectAtIndex_withObject(2, "c"_zp); }),
-              range("replaceObjectAtIndex:withObject:", 2, 2));
-    EXPECT_EQ(raised([&] { array->removeObjectAtIndex(2); }), range("removeObjectAtIndex:", 2, 2));
+    EXPECT_RAISES(null("addObject:"), array->addObject(nullptr));
+    EXPECT_RAISES(null("insertObject:atIndex:"), array->insertObject_atIndex(nullptr, 0));
+    EXPECT_RAISES(range("insertObject:atIndex:", 3, 3), array->insertObject_atIndex("c"_zp, 3));
+    EXPECT_RAISES(null("replaceObjectAtIndex:withObject:"), array->replaceObjectAtIndex_withObject(0, nullptr));
+    EXPECT_RAISES(range("replaceObjectAtIndex:withObject:", 2, 2), array->replaceObjectAtIndex_withObject(2, "c"_zp));
+    EXPECT_RAISES(range("removeObjectAtIndex:", 2, 2), array->removeObjectAtIndex(2));
     EXPECT_EQ(array->count(), 2u);
     array->removeAllObjects();
-    EXPECT_EQ(raised([&] { array->removeLastObject(); }), range("removeLastObject", 0, 0));
+    EXPECT_RAISES(range("removeLastObject", 0, 0), array->removeLastObject());
 }
 
 TEST_F(ConcreteMutableArray, ElementsAreRetainedOnce) {

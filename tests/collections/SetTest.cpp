@@ -2,8 +2,6 @@
 // Sets over every storage form, and multisets.
 #include "Support.h"
 
-#include <set>
-
 ZP_IMPLEMENT(PlainMutableSet, init, initWithCapacity, initWithObjects_count, count, member, objectEnumerator, addObject,
              removeObject);
 
@@ -163,18 +161,16 @@ TEST_F(ConcreteSet, Errors) {
     };
     ZPMutableSet *set = ZPMutableSet::set();
     ZPCountedSet *counted = ZPCountedSet::set();
-    EXPECT_EQ(raised([&] { set->addObject(nullptr); }),
-              message("ZPConcreteMutableSet addObject:", "attempt to insert nil object"));
-    EXPECT_EQ(raised([&] { set->removeObject(nullptr); }),
-              message("ZPConcreteMutableSet removeObject:", "attempt to remove nil object"));
-    EXPECT_EQ(raised([&] { counted->addObject(nullptr); }),
-              message("ZPCountedSet addObject:", "attempt to insert nil object"));
-    EXPECT_EQ(raised([&] { counted->removeObject(nullptr); }),
-              message("ZPCountedSet removeObject:", "attempt to remove nil object"));
-    EXPECT_EQ(raised([&] { ZPSet::setWithObject(nullptr); }),
-              message("ZPConcreteSet initWithObjects:count:", "attempt to insert nil object"));
-    EXPECT_EQ(raised([&] { ZPMutableSet::setWithCapacity(0x10000000); }),
-              message("ZPConcreteMutableSet initWithCapacity:", "absurd capacity: 268435456"));
+    EXPECT_RAISES(message("ZPConcreteMutableSet addObject:", "attempt to insert nil object"), set->addObject(nullptr));
+    EXPECT_RAISES(message("ZPConcreteMutableSet removeObject:", "attempt to remove nil object"),
+                  set->removeObject(nullptr));
+    EXPECT_RAISES(message("ZPCountedSet addObject:", "attempt to insert nil object"), counted->addObject(nullptr));
+    EXPECT_RAISES(message("ZPCountedSet removeObject:", "attempt to remove nil object"),
+                  counted->removeObject(nullptr));
+    EXPECT_RAISES(message("ZPConcreteSet initWithObjects:count:", "attempt to insert nil object"),
+                  ZPSet::setWithObject(nullptr));
+    EXPECT_RAISES(message("ZPConcreteMutableSet initWithCapacity:", "absurd capacity: 268435456"),
+                  ZPMutableSet::setWithCapacity(0x10000000));
     EXPECT_EQ(ZPSet::setWithObjects(), ZPSet::set());
 }
 

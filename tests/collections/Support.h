@@ -2,13 +2,7 @@
 // The storage forms of the clusters, so that one suite runs over all of them.
 #pragma once
 
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/collections/ZPSet.h>
 #include <support/Objects.h>
-
-#include <utility>
-#include <vector>
 
 inline unsigned inBounds(unsigned index, std::size_t bound) {
     if (index >= bound) ZPException::raise_format(ZPRangeException, "beyond bounds"_zp);

@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Autorelease pools: order, nesting, pages, reports, errors inside a pop, threads.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/strings/ZPString.h>
 #include <support/Objects.h>
-
-#include <algorithm>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -188,8 +178,8 @@ TEST_F(Pools, AReleaseMayPopOuterPools) {
 TEST_F(Pools, NoPoolIsReportedAndLeaks) {
     Mortal *m = make(1);
     m->autorelease();
-    EXPECT_NE(logged.find("*** _ZPAutoreleaseNoPool(): Object 0x"), std::string::npos);
-    EXPECT_NE(logged.find("of class Mortal autoreleased with no pool in place - just leaking\n"), std::string::npos);
+    EXPECT_HAS(logged, "*** _ZPAutoreleaseNoPool(): Object 0x");
+    EXPECT_HAS(logged, "of class Mortal autoreleased with no pool in place - just leaking\n");
     ZPPopAutoreleasePool(ZPPushAutoreleasePool(0));
     EXPECT_EQ(m->retainCount(), 1u);
     m->release();
@@ -210,7 +200,7 @@ TEST_F(Pools, AnExceptionStopsThePopAndGoesNoFurther) {
         EXPECT_NO_THROW(ZPPopAutoreleasePool(inner));
         EXPECT_EQ(died, (Died{3, 2}));
         std::string report = "Exception ignored while releasing an object in an autorelease pool: ";
-        EXPECT_NE(logged.find(report + reports[raises - 1]), std::string::npos) << logged;
+        EXPECT_HAS(logged, report + reports[raises - 1]);
         ZPPopAutoreleasePool(0);
         EXPECT_EQ(died, (Died{3, 2, 1}));
     }
@@ -236,7 +226,7 @@ TEST_F(Pools, SettingsOfTheThread) {
     for (int i = 0; i < 125; ++i) ZPObject::new_()->autorelease();
     std::string reports = testing::internal::GetCapturedStderr();
     for (const char *line : {"_ZPAutoreleaseHighWaterLog(): 100 objects in top", "(): 110 objects", "(): 120 objects"})
-        EXPECT_NE(reports.find(line), std::string::npos) << line;
+        EXPECT_HAS(reports, line) << line;
     EXPECT_EQ(reports.find("(): 101"), std::string::npos);
     EXPECT_EQ(ZPAutoreleasePool::totalAutoreleasedObjects(), 125u);
     ZPPopAutoreleasePool(token);
@@ -244,14 +234,13 @@ TEST_F(Pools, SettingsOfTheThread) {
     ZPObject::new_()->autorelease();
     testing::internal::CaptureStderr();
     ZPPrintAutoreleasePools();
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("Pool (level = 0): 1 objects ====================\n\t0x"),
-              std::string::npos);
+    EXPECT_HAS(testing::internal::GetCapturedStderr(), "Pool (level = 0): 1 objects ====================\n\t0x");
 }
 
 TEST_F(Pools, PoolObjectsRefuseToBeShared) {
     ZPPushAutoreleasePool(0);
     ZPAutoreleasePool *pool = ZPAutoreleasePool::new_();
-    EXPECT_EQ(reasonOf([&] { pool->retain(); }), "*** -[ZPAutoreleasePool retain]: Cannot retain an autorelease pool");
+    EXPECT_REASON("*** -[ZPAutoreleasePool retain]: Cannot retain an autorelease pool", pool->retain());
     EXPECT_THROW(pool->autorelease(), ZPException *);
     pool->release();
 }

@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Zones, pages and zombies.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/strings/ZPString.h>
 #include <support/Objects.h>
-
-#include <cstring>
-#include <random>
-#include <string>
-#include <vector>
 
 TEST(Zone, BlocksKeepTheirBytesAndTheirZone) {
     ZPZone *zone = ZPCreateZone(0, 0, YES);
@@ -85,7 +75,7 @@ TEST(Pages, RoundAndFail) {
     ZPCopyMemoryPages(pages, pages + 1, 6);
     EXPECT_STREQ(pages, "hhello");
     ZPDeallocateMemoryPages(pages, 3 * page);
-    EXPECT_EQ(reasonOf([] { ZPAllocateMemoryPages(0); }), "*** ZPAllocateMemoryPages(0) failed");
+    EXPECT_REASON("*** ZPAllocateMemoryPages(0) failed", ZPAllocateMemoryPages(0));
     EXPECT_EQ(ZPLog2(0), 0);
     EXPECT_EQ(ZPLog2(1), 0);
     EXPECT_EQ(ZPLog2(4096), 12);
@@ -122,8 +112,8 @@ TEST(Zombie, ReportsEveryMessageToAFreedObject) {
             report, sizeof report,
             "*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\nBreak at '-[_ZPZombie %s]' to debug.",
             c.selector, reinterpret_cast<unsigned long>(ghost), c.caught);
-        EXPECT_EQ(raised([&] { objc_msgSend<id>(id((objc_object *)ghost), sel_registerName(c.selector)); }),
-                  std::string("ZPGenericException: ") + report);
+        EXPECT_RAISES(std::string("ZPGenericException: ") + report,
+                      objc_msgSend<id>(id((objc_object *)ghost), sel_registerName(c.selector)));
         EXPECT_EQ(logged, std::string("*** ") + report);
         _ZPSetLogCStringFunction(nullptr);
     }

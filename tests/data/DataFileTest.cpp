@@ -2,11 +2,9 @@
 // Files: reading, mapping, atomic writing, and what goes wrong with each.
 #include "DataForms.h"
 
-#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <thread>
 
 using namespace data;
 namespace fs = std::filesystem;

@@ -2,20 +2,8 @@
 // Every form in which bytes can be stored, and what the tests of data share.
 #pragma once
 
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPAutoreleasePool.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/data/ZPData.h>
-#include <Bedrock/data/ZPFileMapper.h>
-#include <Bedrock/platform/ZPPath.h>
-#include <Bedrock/strings/ZPString.h>
 #include <support/Objects.h>
 
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <string>
 #include <unistd.h>
 
 namespace data {

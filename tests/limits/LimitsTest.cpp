@@ -3,17 +3,9 @@
 // with the tests of these. Where the limit itself would take gigabytes, what is asked for is the room alone. Not here,
 // for they touch gigabytes or go to the host: full dictionaries, sets and simple tables, the longest string, the width
 // in a string's format, a log event.
-#include <Bedrock/Bedrock.h>
 #include <support/Objects.h>
 
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <pthread.h>
-#include <string>
 #include <unistd.h>
 
 namespace {

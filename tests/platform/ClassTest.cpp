@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Classes: C++ fields, initialisation, categories, protocols, posing, classes made at run time, type
 // strings, and what mistakes say.
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPObject.h>
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <thread>
-#include <vector>
+#include <support/Objects.h>
 
 namespace {
 

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Sending: results and arguments of every kind, null receivers, frames, forwarding, supers.
-#include <Bedrock/core/ZPObject.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
 #include <cstdarg>
-#include <string>
 
 namespace {
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The mapping between the library's paths and the host's.
-#include <Bedrock/platform/ZPPath.h>
-#include <gtest/gtest.h>
-
-#include <string>
+#include <support/Objects.h>
 
 namespace {
 

@@ -1,24 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Notifications and their centers.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/platform/ZPMessage.h>
-#include <Bedrock/runloop/ZPNotificationCenter.h>
-#include <Bedrock/strings/ZPString.h>
-#include <Bedrock/threads/ZPLock.h>
-#include <Bedrock/threads/ZPThread.h>
 #include <support/Objects.h>
-
-#include <algorithm>
-#include <atomic>
-#include <functional>
-#include <memory>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -87,10 +69,10 @@ TEST(Notification, IsAValue) {
     EXPECT_EQ(ZPNotification::notificationWithName_object(nullptr, "o"_zp), nullptr);
     std::string t = text(n);
     EXPECT_EQ(t.find("ZPConcreteNotification "), 0u) << t;
-    EXPECT_NE(t.find(" {name = name; object = o; userInfo = {"), std::string::npos) << t;
+    EXPECT_HAS(t, " {name = name; object = o; userInfo = {");
     EXPECT_EQ(text(ZPNotification::notificationWithName_object("x"_zp, nullptr)).substr(text(bare).find('{')),
               "{name = x}");
-    EXPECT_EQ(reasonOf([&] { n->init(); }), "*** -[ZPConcreteNotification init]: should never be used");
+    EXPECT_REASON("*** -[ZPConcreteNotification init]: should never be used", n->init());
 }
 
 TEST_F(Center, MatchesNamesAndObjects) {
@@ -172,7 +154,7 @@ TEST_F(Center, EveryObserverIsCalledBeforeTheFirstExceptionGoesOn) {
     add(four, a);
     for (int round = 0; round < 2; ++round) {
         calls.clear();
-        EXPECT_EQ(reasonOf([&] { center->postNotificationName_object(a, nullptr); }), "1");
+        EXPECT_REASON("1", center->postNotificationName_object(a, nullptr));
         EXPECT_EQ(calls, (Calls{1, 2, 3, 4}));
     }
     center->removeObserver(one.get());
@@ -200,8 +182,8 @@ TEST_F(Center, IndexesGrowAndAreRebuilt) {
     EXPECT_EQ(center->_deleted_count, 0u);
     EXPECT_EQ(post(a), (Calls{29, 28, 27, 26, 50}));
     std::string t = text(center.get());
-    EXPECT_NE(t.find("{count = 5; max = 64; size = "), std::string::npos) << t;
-    EXPECT_NE(t.find("\t{name = a; object = <0>; observer = "), std::string::npos) << t;
+    EXPECT_HAS(t, "{count = 5; max = 64; size = ");
+    EXPECT_HAS(t, "\t{name = a; object = <0>; observer = ");
     EXPECT_EQ(t.substr(t.size() - 16), "SEL = hear:;});}") << t;
 }
 
@@ -266,9 +248,9 @@ TEST(DefaultCenter, OneForEachClass) {
     EXPECT_EQ(center->retainCount(), 1u);
     ZPNotificationCenter::setDefaultCenter_forClass(center, ZPNotificationCenter::class_());
     center->release();
-    EXPECT_EQ(reasonOf([&] { ZPNotificationCenter::setDefaultCenter_forClass(center, ZPString::class_()); }),
-              "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: "
-              "class parameter not the ZPNotificationCenter class or subclass");
+    EXPECT_REASON("*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the "
+                  "ZPNotificationCenter class or subclass",
+                  ZPNotificationCenter::setDefaultCenter_forClass(center, ZPString::class_()));
 }
 
 namespace {

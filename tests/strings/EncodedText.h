@@ -4,8 +4,6 @@
 
 #include "StringForms.h"
 
-#include <Bedrock/data/ZPData.h>
-
 #include <iconv.h>
 
 namespace strings {

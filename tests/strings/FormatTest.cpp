@@ -2,14 +2,7 @@
 // Formats: against the C library's formatter, objects, positions, locales, malformed directives.
 #include "StringForms.h"
 
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/data/ZPData.h>
-
 #include <cfloat>
-#include <climits>
-#include <cmath>
-#include <cstdio>
 
 using namespace strings;
 
@@ -118,8 +111,7 @@ TEST(Format, DescribesObjects) {
     EXPECT_EQ(formatted("[%@|%@]"_zp, plain, localized), u"[plain \u4e2d|no locale]");
     ZPDictionary *locale = ZPDictionary::dictionary();
     EXPECT_EQ(textOf(ZPString::stringWithFormat_locale("%@"_zp, locale, localized)), u"localized");
-    EXPECT_EQ(reasonOf([] { ZPString::stringWithFormat("text before %@"_zp, Raising::new_()->autorelease()); }),
-              "no description");
+    EXPECT_REASON("no description", ZPString::stringWithFormat("text before %@"_zp, Raising::new_()->autorelease()));
     EXPECT_EQ(formatted("%@"_zp, ZPString::class_()), u"ZPString");
     inEveryForm(u"caf\u00e9 text of some length", [](const Form &, ZPString *s) {
         EXPECT_EQ(formatted("<%@>"_zp, s), u"<caf\u00e9 text of some length>");

@@ -2,11 +2,7 @@
 // Mutable strings: edits against a model, sharing of contents, storage forms, the abstract class.
 #include "StringForms.h"
 
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/strings/ZPCharacterSet.h>
 #include <Bedrock/strings/cluster/Mutable.h>
-
-#include <functional>
 
 using namespace strings;
 
@@ -161,15 +157,14 @@ TEST(MutableString, RefusesRangesOutside) {
     for (ZPMutableString *s :
          {ZPMutableString::stringWithString("abc"_zp), ZPMutableString::stringWithCString("abc")}) {
         for (ZPRange bad : {ZPRange{4, 0}, ZPRange{2, 2}, ZPRange{1, 0xFFFFFFFF}, ZPRange{0xFFFFFFFF, 2}}) {
-            EXPECT_EQ(reasonOf([&] { s->replaceCharactersInRange_withString(bad, "x"_zp); }),
-                      "[ZPConcreteMutableString replaceCharactersInRange:withString:]: Out of bounds");
-            EXPECT_NE(reasonOf([&] { s->replaceCharactersInRange_withCString_length(bad, "x", 1); }), "");
-            EXPECT_NE(reasonOf([&] { s->replaceCharactersInRange_withCharacters_length(bad, u"x", 1); }), "");
+            EXPECT_REASON("[ZPConcreteMutableString replaceCharactersInRange:withString:]: Out of bounds",
+                          s->replaceCharactersInRange_withString(bad, "x"_zp));
+            EXPECT_REFUSED(s->replaceCharactersInRange_withCString_length(bad, "x", 1));
+            EXPECT_REFUSED(s->replaceCharactersInRange_withCharacters_length(bad, u"x", 1));
         }
         EXPECT_EQ(textOf(s), u"abc");
     }
-    EXPECT_EQ(reasonOf([] { ZPMutableString::stringWithCString(nullptr); }),
-              "[ZPMutableString stringWithCString:]: NULL cString");
+    EXPECT_REASON("[ZPMutableString stringWithCString:]: NULL cString", ZPMutableString::stringWithCString(nullptr));
 }
 
 TEST(MutableString, ReplacesOccurrences) {
@@ -222,10 +217,8 @@ TEST(MutableString, JoinsUpTo40Strings) {
 #define TEN x, x, x, x, x, x, x, x, x, x
     joined = ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, static_cast<ZPString *>(nullptr)));
     EXPECT_EQ(joined->length(), 40u);
-    EXPECT_EQ(reasonOf([&] {
-                  _ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, x, static_cast<ZPString *>(nullptr));
-              }),
-              "Too many strings to append");
+    EXPECT_REASON("Too many strings to append",
+                  _ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, x, static_cast<ZPString *>(nullptr)));
 }
 
 TEST(MutableString, IsMadeInAZoneAndCopiedOutOfIt) {

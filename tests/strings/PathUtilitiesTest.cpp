@@ -2,12 +2,6 @@
 // Splitting, joining, standardizing and abbreviating paths. The home directory of the process is C:\Users\me.
 #include "StringForms.h"
 
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/strings/ZPPathUtilities.h>
-
-#include <cstdlib>
-
 using namespace strings;
 
 namespace {
@@ -216,7 +210,7 @@ TEST_F(Paths, TakeExtensions) {
     for (const char16_t *path : {u"", u"/", u"\\", u"~", u"~me", u"C:", u"\\\\", u"C:\\"}) {
         logged().clear();
         EXPECT_EQ(extended(path, u"txt"), path);
-        EXPECT_NE(logged().find("PathExtension:]: cannot append extension 'txt' to path '"), std::string::npos);
+        EXPECT_HAS(logged(), "PathExtension:]: cannot append extension 'txt' to path '");
     }
     EXPECT_EQ(extended(u"a", u"/b"), u"a");
     EXPECT_EQ(extended(u"a", u"C:b"), u"a");

@@ -4,11 +4,6 @@
 
 #include "StringForms.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-
 namespace strings {
 
 /// A directory in which a test's own resource files are looked for, for as long as it lives.

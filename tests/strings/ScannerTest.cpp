@@ -2,17 +2,6 @@
 // Scanners over every form of string, the primitives that a client's scanner supplies, and the number readers.
 #include "StringForms.h"
 
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/strings/ZPCharacterSet.h>
-#include <Bedrock/strings/ZPMutableString.h>
-#include <Bedrock/strings/ZPNumberReader.h>
-#include <Bedrock/strings/ZPScanner.h>
-
-#include <climits>
-#include <cmath>
-#include <cstdlib>
-#include <sstream>
-
 using namespace strings;
 
 namespace {
@@ -274,7 +263,7 @@ TEST(Scanner, keepsAndCopiesWhatItWasGiven) {
 
     scanner->setScanLocation(7);
     EXPECT_TRUE(scanner->isAtEnd());
-    EXPECT_EQ(reasonOf([&] { scanner->setScanLocation(8); }), "[ZPConcreteScanner setScanLocation:]: Out of bounds");
+    EXPECT_REASON("[ZPConcreteScanner setScanLocation:]: Out of bounds", scanner->setScanLocation(8));
     EXPECT_EQ(scanner->scanLocation(), 7u);
     EXPECT_TRUE(ZPScanner::localizedScannerWithString("1.5"_zp)->scanDouble(nullptr));
 }
@@ -284,8 +273,6 @@ TEST(Scanner, aClientsScannerMustSupplyThePrimitives) {
     EXPECT_FALSE(bare->caseSensitive());
     EXPECT_EQ(bare->locale(), nullptr);
     EXPECT_EQ(bare->charactersToBeSkipped(), ZPCharacterSet::whitespaceAndNewlineCharacterSet());
-    EXPECT_NE(
-        reasonOf([&] { bare->isAtEnd(); }).find("only defined for abstract class.  Define -[BareScanner string]!"),
-        std::string::npos);
-    EXPECT_NE(reasonOf([&] { bare->setCaseSensitive(YES); }).find("setCaseSensitive:"), std::string::npos);
+    EXPECT_REASON_HAS("only defined for abstract class.  Define -[BareScanner string]!", bare->isAtEnd());
+    EXPECT_REASON_HAS("setCaseSensitive:", bare->setCaseSensitive(YES));
 }

@@ -2,9 +2,6 @@
 // Texts in files.
 #include "StringForms.h"
 
-#include <filesystem>
-#include <fstream>
-
 using namespace strings;
 
 namespace {

@@ -2,15 +2,7 @@
 // Every form in which a text can be stored, made from the same units, and what the tests of strings share.
 #pragma once
 
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPAutoreleasePool.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/strings/ZPMutableString.h>
 #include <support/Objects.h>
-
-#include <cstring>
-#include <random>
-#include <string>
 
 namespace strings {
 

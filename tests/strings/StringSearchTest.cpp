@@ -2,8 +2,6 @@
 // Searching, in every storage form, beside a search that tries every place.
 #include "StringForms.h"
 
-#include <Bedrock/strings/ZPCharacterSet.h>
-
 using namespace strings;
 
 namespace {
@@ -78,7 +76,7 @@ TEST(StringSearch, prefixesSuffixesAndOptions) {
         EXPECT_EQ(s->rangeOfString(""_zp), ZPMakeRange(ZPNotFound, 0));
         EXPECT_TRUE(s->_containsString("ca"_zp) && s->_containsChar('c'));
         EXPECT_FALSE(s->_containsString(""_zp) || s->_containsChar('\0') || s->_containsChar('x'));
-        EXPECT_NE(reasonOf([&] { s->rangeOfString_options_range("a"_zp, 0, {4, 2}); }), "");
+        EXPECT_REFUSED(s->rangeOfString_options_range("a"_zp, 0, {4, 2}));
         EXPECT_EQ(s->commonPrefixWithString_options("abd"_zp, 0)->length(), 2u);
         EXPECT_STREQ(s->commonPrefixWithString_options("ABCX"_zp, ZPCaseInsensitiveSearch)->cString(), "abc");
         EXPECT_EQ(s->commonPrefixWithString_options("x"_zp, 0), ""_zp);
@@ -106,7 +104,7 @@ TEST(StringSearch, membersOfASet) {
         EXPECT_EQ(s->rangeOfCharacterFromSet_options(digits, ZPAnchoredSearch | ZPBackwardsSearch), ZPMakeRange(7, 1));
         EXPECT_EQ(s->rangeOfCharacterFromSet_options_range(digits->invertedSet(), 0, {2, 4}), ZPMakeRange(4, 1));
         EXPECT_EQ(s->rangeOfCharacterFromSet_options_range(digits, 0, {3, 0}).location, ZPNotFound);
-        EXPECT_NE(reasonOf([&] { s->rangeOfCharacterFromSet_options_range(digits, 0, {8, 1}); }), "");
+        EXPECT_REFUSED(s->rangeOfCharacterFromSet_options_range(digits, 0, {8, 1}));
         EXPECT_TRUE(s->_containsCharFromSet(digits));
         EXPECT_FALSE(s->_containsCharFromSet(ZPCharacterSet::punctuationCharacterSet()));
     });
@@ -136,7 +134,7 @@ TEST(StringSearch, composedCharacters) {
         inEveryForm(c.text, [&](const Form &, ZPString *s) {
             ZPRange r = s->rangeOfComposedCharacterSequenceAtIndex(c.index);
             EXPECT_EQ(r, c.range) << r.location << " " << r.length;
-            EXPECT_NE(reasonOf([&] { s->rangeOfComposedCharacterSequenceAtIndex(s->length()); }), "");
+            EXPECT_REFUSED(s->rangeOfComposedCharacterSequenceAtIndex(s->length()));
         });
 }
 
@@ -169,6 +167,6 @@ TEST(StringSearch, lines) {
             EXPECT_EQ(contentsEnd, c.contentsEnd);
             EXPECT_EQ(s->lineRangeForRange(c.range), ZPMakeRange(c.start, c.end - c.start));
             s->getLineStart_end_contentsEnd_forRange(nullptr, nullptr, nullptr, c.range);
-            EXPECT_NE(reasonOf([&] { s->lineRangeForRange({s->length(), 1}); }), "");
+            EXPECT_REFUSED(s->lineRangeForRange({s->length(), 1}));
         });
 }

@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Heaps, held against sorted lists.
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/tables/ZPOrderedHeap.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
-#include <algorithm>
-#include <random>
 #include <stdexcept>
-#include <vector>
 
 namespace {
 

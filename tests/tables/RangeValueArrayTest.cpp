@@ -2,15 +2,6 @@
 // Ranges with values: who owns them, what merges, and which mode allows what.
 #include <support/Objects.h>
 
-#include <Bedrock/core/ZPAutoreleasePool.h>
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/tables/ZPRangeValueArray.h>
-
-#include <functional>
-#include <random>
-#include <vector>
-
 namespace {
 
 struct RangeValueArrays : testing::Test {
@@ -54,7 +45,7 @@ TEST_F(RangeValueArrays, MergeEqualNeighboursWhenSorted) {
     EXPECT_EQ(array.entries(), "0+33=2 ");
     EXPECT_EQ(b->retainCount(), 2u);
     EXPECT_EQ(sameAsA->retainCount(), 1u);
-    EXPECT_NE(raised([&] { ZPRangeValueArrayAddRangeValue(array, {9, 0xFFFFFFFF}, b, YES); }), "");
+    EXPECT_REFUSED(ZPRangeValueArrayAddRangeValue(array, {9, 0xFFFFFFFF}, b, YES));
     EXPECT_EQ(array.entries(), "0+33=2 ");
     ZPResetRangeValueArray(array);
     EXPECT_EQ(b->retainCount(), 1u);
@@ -85,9 +76,9 @@ TEST_F(RangeValueArrays, AreEditedByPosition) {
     ZPRangeValueArrayRemoveRangesWithValue(array, b);
     EXPECT_EQ(array.entries(), "6+1=1 ");
     EXPECT_EQ(b->retainCount(), 1u);
-    EXPECT_EQ(raised([&] { ZPRangeValueArrayInsertAtIndex(array, {}, a, 2); }), "ZPRangeException: ");
-    EXPECT_EQ(raised([&] { ZPRangeValueArrayRemoveAtIndex(array, 1); }), "ZPRangeException: ");
-    EXPECT_EQ(raised([&] { ZPRangeValueArrayValueAtIndex(array, 1); }), "ZPRangeException: ");
+    EXPECT_RAISES("ZPRangeException: ", ZPRangeValueArrayInsertAtIndex(array, {}, a, 2));
+    EXPECT_RAISES("ZPRangeException: ", ZPRangeValueArrayRemoveAtIndex(array, 1));
+    EXPECT_RAISES("ZPRangeException: ", ZPRangeValueArrayValueAtIndex(array, 1));
     EXPECT_EQ(a->retainCount(), 2u);
     ZPRangeValueArrayRemoveAtIndex(array, 0);
     EXPECT_EQ(a->retainCount(), 1u);

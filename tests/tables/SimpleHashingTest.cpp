@@ -3,12 +3,7 @@
 // from the probe rule: start at hash & mask, odd step ((hash >> 1) & mask) + ((hash >> 1) & 1) - 1.
 #include <Bedrock/tables/ZPSimpleHashing.h>
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <map>
-#include <random>
-#include <vector>
+#include <support/Objects.h>
 
 namespace {
 

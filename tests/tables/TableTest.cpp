@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Hash tables and map tables: what they keep, give up and report.
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/tables/ZPHashTable.h>
-#include <Bedrock/tables/ZPMapTable.h>
 #include <support/Objects.h>
-
-#include <cstdlib>
-#include <vector>
 
 ZP_IMPLEMENT(TestItem, dealloc, hash, isEqual);
 
@@ -91,20 +84,18 @@ TEST(HashTable, ComparesAndCopies) {
 
 TEST(HashTable, Errors) {
     ZPHashTable *table = ZPCreateHashTable(ZPIntHashCallBacks, 0);
-    EXPECT_EQ(raised([&] { ZPHashInsert(table, nullptr); }),
-              "ZPInvalidArgumentException: *** ZPHashInsert(): attempt to insert NULL pointer");
-    EXPECT_EQ(raised([&] { ZPHashInsertKnownAbsent(table, nullptr); }),
-              "ZPInvalidArgumentException: *** ZPHashInsertKnownAbsent(): attempt to insert NULL pointer");
-    EXPECT_EQ(raised([&] { ZPHashInsertIfAbsent(table, nullptr); }),
-              "ZPInvalidArgumentException: *** ZPHashInsertIfAbsent(): attempt to insert NULL pointer");
-    EXPECT_EQ(raised([&] { ZPHashRemove(table, nullptr); }),
-              "ZPInvalidArgumentException: *** ZPHashRemove(): attempt to remove NULL pointer");
+    EXPECT_RAISES(invalid("ZPHashInsert(): attempt to insert NULL pointer"), ZPHashInsert(table, nullptr));
+    EXPECT_RAISES(invalid("ZPHashInsertKnownAbsent(): attempt to insert NULL pointer"),
+                  ZPHashInsertKnownAbsent(table, nullptr));
+    EXPECT_RAISES(invalid("ZPHashInsertIfAbsent(): attempt to insert NULL pointer"),
+                  ZPHashInsertIfAbsent(table, nullptr));
+    EXPECT_RAISES(invalid("ZPHashRemove(): attempt to remove NULL pointer"), ZPHashRemove(table, nullptr));
     ZPHashInsertKnownAbsent(table, word(255));
-    EXPECT_EQ(raised([&] { ZPHashInsertKnownAbsent(table, word(255)); }),
-              "ZPInvalidArgumentException: *** ZPHashInsertKnownAbsent(): item already in table: 0xff");
+    EXPECT_RAISES(invalid("ZPHashInsertKnownAbsent(): item already in table: 0xff"),
+                  ZPHashInsertKnownAbsent(table, word(255)));
     ZPFreeHashTable(table);
-    EXPECT_NE(raised([] { ZPCreateHashTable(ZPIntHashCallBacks, 357913942); }), "");
-    EXPECT_NE(raised([] { ZPCreateHashTable(ZPIntHashCallBacks, ~0u); }), "");
+    EXPECT_REFUSED(ZPCreateHashTable(ZPIntHashCallBacks, 357913942));
+    EXPECT_REFUSED(ZPCreateHashTable(ZPIntHashCallBacks, ~0u));
 }
 
 TEST(HashTable, DescriptionAndArray) {
@@ -153,31 +144,30 @@ TEST(MapTable, InsertionKeepsTheKeyAndReleasesTheOldValue) {
 
 TEST(MapTable, MarkersAndNullValues) {
     ZPMapTable *ints = ZPCreateMapTable(ZPIntMapKeyCallBacks, ZPIntMapValueCallBacks, 0);
-    EXPECT_EQ(raised([&] { ZPMapInsert(ints, ZPNotAnIntMapKey, nullptr); }),
-              "ZPInvalidArgumentException: *** ZPMapInsert(): attempt to insert notAKeyMarker");
-    EXPECT_EQ(raised([&] { ZPMapInsertKnownAbsent(ints, word(0x80000000), nullptr); }),
-              "ZPInvalidArgumentException: *** ZPMapInsertKnownAbsent(): attempt to insert notAKeyMarker");
-    EXPECT_EQ(raised([&] { ZPMapInsertIfAbsent(ints, word(0x80000000), nullptr); }),
-              "ZPInvalidArgumentException: *** ZPMapInsertIfAbsent(): attempt to insert notAKeyMarker");
-    EXPECT_EQ(raised([&] { ZPMapRemove(ints, word(0x80000000)); }),
-              "ZPInvalidArgumentException: *** ZPMapRemove(): attempt to remove notAKeyMarker");
+    EXPECT_RAISES(invalid("ZPMapInsert(): attempt to insert notAKeyMarker"),
+                  ZPMapInsert(ints, ZPNotAnIntMapKey, nullptr));
+    EXPECT_RAISES(invalid("ZPMapInsertKnownAbsent(): attempt to insert notAKeyMarker"),
+                  ZPMapInsertKnownAbsent(ints, word(0x80000000), nullptr));
+    EXPECT_RAISES(invalid("ZPMapInsertIfAbsent(): attempt to insert notAKeyMarker"),
+                  ZPMapInsertIfAbsent(ints, word(0x80000000), nullptr));
+    EXPECT_RAISES(invalid("ZPMapRemove(): attempt to remove notAKeyMarker"), ZPMapRemove(ints, word(0x80000000)));
     EXPECT_EQ(ZPMapGet(ints, word(0x80000000)), nullptr);
     ZPMapInsert(ints, word(0), nullptr);
     EXPECT_TRUE(ZPMapMember(ints, word(0), nullptr, nullptr));
     EXPECT_FALSE(ZPMapMember(ints, word(1), nullptr, nullptr));
     ZPMapInsertKnownAbsent(ints, word(7), word(8));
-    EXPECT_EQ(raised([&] { ZPMapInsertKnownAbsent(ints, word(7), word(9)); }),
-              "ZPInvalidArgumentException: *** ZPMapInsertKnownAbsent(): key already in table: 0x7");
+    EXPECT_RAISES(invalid("ZPMapInsertKnownAbsent(): key already in table: 0x7"),
+                  ZPMapInsertKnownAbsent(ints, word(7), word(9)));
     EXPECT_EQ(ZPMapGet(ints, word(7)), word(8));
     ZPFreeMapTable(ints);
 
     ZPMapTable *pointers = ZPCreateMapTable(ZPNonOwnedPointerMapKeyCallBacks, ZPIntMapValueCallBacks, 0);
-    EXPECT_NE(raised([&] { ZPMapInsert(pointers, nullptr, nullptr); }), "");
+    EXPECT_REFUSED(ZPMapInsert(pointers, nullptr, nullptr));
     ZPFreeMapTable(pointers);
     ZPMapTable *orNull = ZPCreateMapTable(ZPNonOwnedPointerOrNullMapKeyCallBacks, ZPIntMapValueCallBacks, 0);
     ZPMapInsert(orNull, nullptr, word(3));
     EXPECT_EQ(ZPMapGet(orNull, nullptr), word(3));
-    EXPECT_NE(raised([&] { ZPMapInsert(orNull, ZPNotAPointerMapKey, nullptr); }), "");
+    EXPECT_REFUSED(ZPMapInsert(orNull, ZPNotAPointerMapKey, nullptr));
     ZPFreeMapTable(orNull);
 }
 

@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Locks.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/strings/ZPString.h>
-#include <Bedrock/threads/ZPLock.h>
 #include <support/Objects.h>
-
-#include <atomic>
-#include <chrono>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -126,7 +116,7 @@ TEST(RecursiveLock, CountsTheOwnersLocks) {
     EXPECT_FALSE(lock->tryLock());  // also for the owner
     lock->lock();
     EXPECT_TRUE(lock->lockBeforeDate(Moment::in(-1)));
-    EXPECT_NE(text(lock).find(" locked: YES  recursion count: 3"), std::string::npos) << text(lock);
+    EXPECT_HAS(text(lock), " locked: YES  recursion count: 3");
     auto elsewhere = [&] {
         bool taken = false;
         std::thread([&] {
@@ -143,7 +133,7 @@ TEST(RecursiveLock, CountsTheOwnersLocks) {
     EXPECT_TRUE(elsewhere());
     lock->unlock();  // of a free lock: it stays free
     EXPECT_TRUE(elsewhere());
-    EXPECT_NE(text(lock).find(" locked: NO  recursion count: 0"), std::string::npos);
+    EXPECT_HAS(text(lock), " locked: NO  recursion count: 0");
 }
 
 TEST(ConditionLock, WaitsForItsCondition) {
@@ -151,7 +141,7 @@ TEST(ConditionLock, WaitsForItsCondition) {
     EXPECT_EQ(lock->condition(), 0);
     lock->lock();
     EXPECT_FALSE(lock->tryLock());
-    EXPECT_NE(text(lock).find(" locked: YES  condition: 0"), std::string::npos) << text(lock);
+    EXPECT_HAS(text(lock), " locked: YES  condition: 0");
     lock->unlockWithCondition(5);
     EXPECT_FALSE(lock->tryLockWhenCondition(4));
     EXPECT_FALSE(lock->lockWhenCondition_beforeDate(4, Moment::in(0.02)));

@@ -1,20 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Thread objects, threads that the library starts, and the step to many threads.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/runloop/ZPNotificationCenter.h>
-#include <Bedrock/strings/ZPMutableString.h>
-#include <Bedrock/threads/ZPLock.h>
-#include <Bedrock/threads/ZPThread.h>
 #include <support/Objects.h>
-
-#include <atomic>
-#include <cstdio>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 

@@ -1,21 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The calendar: fields, arithmetic, and the host's zone.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/strings/ZPString.h>
-#include <Bedrock/time/ZPCalendarDate.h>
 #include <support/Objects.h>
 
-#include <climits>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <ctime>
-#include <limits>
-#include <random>
-#include <string>
 #include <sys/resource.h>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 

@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Dates to text and back.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/strings/ZPString.h>
-#include <Bedrock/time/ZPCalendarDate.h>
-#include <Bedrock/time/ZPLocale.h>
 #include <support/Objects.h>
-
-#include <random>
-#include <string>
 
 namespace {
 
