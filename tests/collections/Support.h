@@ -104,16 +104,10 @@ struct PlainMutableSet : ZPMutableSet {
     }
 };
 
-inline std::vector<id> itemsOf(std::initializer_list<int> values) {
+inline std::vector<id> itemsOf(const std::vector<int> &values) {
     std::vector<id> items;
     for (int value : values) items.push_back(TestItem::with(value));
     return items;
-}
-
-inline std::vector<int> valuesOf(ZPArray *array) {
-    std::vector<int> values;
-    for (unsigned i = 0; i < array->count(); ++i) values.push_back(valueOf(array->objectAtIndex(i)));
-    return values;
 }
 
 inline std::vector<int> valuesOf(ZPEnumerator *e) {
@@ -122,7 +116,20 @@ inline std::vector<int> valuesOf(ZPEnumerator *e) {
     return values;
 }
 
+inline std::vector<int> valuesOf(ZPArray *array) {
+    std::vector<int> values;
+    for (unsigned i = 0; i < array->count(); ++i) values.push_back(valueOf(array->objectAtIndex(i)));
+    return values;
+}
+
 using Values = std::vector<int>;
+
+/// An array, or a set, of a class.
+template <class C = ZPArray> C *make(Class cls, SEL maker, const std::vector<id> &items) {
+    return objc_msgSend<id>(cls, maker, items.data(), unsigned(items.size()));
+}
+
+const auto nameOfParameter = [](auto &info) { return info.param->name; };
 
 /// A pool around each test, and a check that every test item is gone after it.
 struct CollectionTest : testing::Test {

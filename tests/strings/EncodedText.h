@@ -43,6 +43,12 @@ inline std::string encoded(const std::u16string &text, ZPStringEncoding encoding
     return result;
 }
 
+inline bool getBytes(ZPString *s, void *buffer, unsigned most, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
+                     ZPRange range, ZPRange *rest) {
+    return s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        buffer, most, filled, encoding, lossy, range, rest);
+}
+
 /// The same from one form, for loops over many texts.
 inline std::string encodedOnce(const std::u16string &text, ZPStringEncoding encoding) {
     return bytesOf(make(text)->dataUsingEncoding(encoding));

@@ -196,21 +196,17 @@ TEST(Encoding, StopsBeforeACharacterThatDoesNotFit) {
         char buffer[5] = {'#', '#', '#', '#', '#'};
         unsigned filled;
         ZPRange rest;
-        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-            buffer, 4, &filled, ZPUTF8StringEncoding, NO, {0, 4}, &rest));
+        EXPECT_TRUE(getBytes(s, buffer, 4, &filled, ZPUTF8StringEncoding, NO, {0, 4}, &rest));
         EXPECT_EQ(filled, 2u);
         EXPECT_EQ(rest, ZPMakeRange(2, 2));
         EXPECT_EQ(std::string(buffer, 5), "ab###");
-        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-            nullptr, 100, &filled, ZPUTF8StringEncoding, NO, {1, 3}, &rest));
+        EXPECT_TRUE(getBytes(s, nullptr, 100, &filled, ZPUTF8StringEncoding, NO, {1, 3}, &rest));
         EXPECT_EQ(filled, 5u);
         EXPECT_EQ(rest, ZPMakeRange(4, 0));
         filled = 77;
-        EXPECT_FALSE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-            buffer, 4, &filled, ZPISOLatin1StringEncoding, NO, {0, 4}, &rest));
+        EXPECT_FALSE(getBytes(s, buffer, 4, &filled, ZPISOLatin1StringEncoding, NO, {0, 4}, &rest));
         EXPECT_EQ(filled, 77u);
-        EXPECT_REFUSED(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-            nullptr, 9, nullptr, 10, NO, {3, 2}, nullptr));
+        EXPECT_REFUSED(getBytes(s, nullptr, 9, nullptr, 10, NO, {3, 2}, nullptr));
     });
 }
 
@@ -218,36 +214,35 @@ TEST(Encoding, StopsBeforeACharacterThatDoesNotFit) {
 TEST(Encoding, NeverWritesPastTheBuffer) {
     for (ZPStringEncoding e : everyEncoding) {
         SCOPED_TRACE(e);
-        inEveryForm(u"ab\u00e9\u65e5\u672c\uff71\u03b1 \U0001F600z, plain words, \u00e9", [&](const Form &,
-                                                                                              ZPString *s) {
-            unsigned length = s->length();
-            std::u16string whole = decoded(bytesOf(s->dataUsingEncoding_allowLossyConversion(e, YES)), e);
-            for (unsigned room = 0; room < 60; ++room) {
-                std::u16string text;
-                ZPRange rest{0, length};
-                for (bool moves = true; moves && rest.length;) {
-                    unsigned char buffer[80];
-                    std::memset(buffer, 0xA5, sizeof buffer);
-                    unsigned filled = 0, at = rest.location;
-                    ASSERT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-                        buffer, room, &filled, e, YES, rest, &rest));
-                    ASSERT_LE(filled, room);
-                    ASSERT_EQ(rest.location + rest.length, length);
-                    for (unsigned i = room; i < sizeof buffer; ++i) ASSERT_EQ(buffer[i], 0xA5) << "room " << room;
-                    text += decoded(std::string(reinterpret_cast<char *>(buffer), filled), e);
-                    moves = rest.location > at;
-                    unsigned counted;
-                    ZPRange same{at, length - at};
-                    s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-                        nullptr, room, &counted, e, YES, same, &same);
-                    ASSERT_EQ(counted, filled);
-                    ASSERT_EQ(same, rest);
-                }
-                if (room >= 12) {
-                    ASSERT_EQ(text, whole) << "room " << room;
-                }
-            }
-        });
+        inEveryForm(u"ab\u00e9\u65e5\u672c\uff71\u03b1 \U0001F600z, plain words, \u00e9",
+                    [&](const Form &, ZPString *s) {
+                        unsigned length = s->length();
+                        std::u16string whole = decoded(bytesOf(s->dataUsingEncoding_allowLossyConversion(e, YES)), e);
+                        for (unsigned room = 0; room < 60; ++room) {
+                            std::u16string text;
+                            ZPRange rest{0, length};
+                            for (bool moves = true; moves && rest.length;) {
+                                unsigned char buffer[80];
+                                std::memset(buffer, 0xA5, sizeof buffer);
+                                unsigned filled = 0, at = rest.location;
+                                ASSERT_TRUE(getBytes(s, buffer, room, &filled, e, YES, rest, &rest));
+                                ASSERT_LE(filled, room);
+                                ASSERT_EQ(rest.location + rest.length, length);
+                                for (unsigned i = room; i < sizeof buffer; ++i)
+                                    ASSERT_EQ(buffer[i], 0xA5) << "room " << room;
+                                text += decoded(std::string(reinterpret_cast<char *>(buffer), filled), e);
+                                moves = rest.location > at;
+                                unsigned counted;
+                                ZPRange same{at, length - at};
+                                getBytes(s, nullptr, room, &counted, e, YES, same, &same);
+                                ASSERT_EQ(counted, filled);
+                                ASSERT_EQ(same, rest);
+                            }
+                            if (room >= 12) {
+                                ASSERT_EQ(text, whole) << "room " << room;
+                            }
+                        }
+                    });
     }
 }
 

@@ -143,14 +143,8 @@ TEST(MutableString, PassesTo16BitsWhenTextNeedsIt) {
     s = ZPMutableString::string();
     s->replaceCharactersInRange_withCString_length({0, 0}, "\xC3\xA9", 2);
     EXPECT_EQ(textOf(s), u"\u00e9");
-    ZPString *name = nullptr;
-    EXPECT_EQ(reasonOf(
-                  [&] {
-                      s->replaceCharactersInRange_withCString_length({0, 0}, "\xC3", 1);
-                  },
-                  &name),
-              "Bad cString");
-    EXPECT_TRUE(name->isEqual(ZPCharacterConversionException));
+    EXPECT_RAISES("ZPCharacterConversionException: Bad cString",
+                  s->replaceCharactersInRange_withCString_length({0, 0}, "\xC3", 1));
 }
 
 TEST(MutableString, RefusesRangesOutside) {
@@ -222,23 +216,16 @@ TEST(MutableString, JoinsUpTo40Strings) {
 }
 
 TEST(MutableString, IsMadeInAZoneAndCopiedOutOfIt) {
-    ZPZone *zone = ZPCreateZone(0, 0, YES);
-    {
-        Pool inner;
-        ZPMutableString *s = ZPMutableString::allocWithZone(zone)->initWithCapacity(10);
-        s->autorelease();
-        for (int i = 0; i < 50; ++i) s->appendString("text "_zp);
-        EXPECT_EQ(ZPZoneFromPointer(contentsOf(s)), zone);
-        EXPECT_EQ(ZPZoneFromPointer(bytesOf(s)->bytes), zone);
-        ZPRef<ZPString> copy = ZPAdopt<ZPString>(s->copyWithZone(zone));
-        EXPECT_EQ(copy.get(), contentsOf(s));
-        ZPZone *elsewhere = ZPCreateZone(0, 0, YES);
-        {
-            ZPRef<ZPString> far = ZPAdopt<ZPString>(s->copyWithZone(elsewhere));
-            EXPECT_EQ(ZPZoneFromPointer(far.get()), elsewhere);
-            EXPECT_TRUE(far->isEqualToString(s));
-        }
-        ZPRecycleZone(elsewhere);
-    }
-    ZPRecycleZone(zone);
+    TestZone zone, elsewhere;
+    Pool inner;
+    ZPMutableString *s = ZPMutableString::allocWithZone(zone)->initWithCapacity(10);
+    s->autorelease();
+    for (int i = 0; i < 50; ++i) s->appendString("text "_zp);
+    EXPECT_EQ(ZPZoneFromPointer(contentsOf(s)), zone.zone);
+    EXPECT_EQ(ZPZoneFromPointer(bytesOf(s)->bytes), zone.zone);
+    ZPRef<ZPString> copy = ZPAdopt<ZPString>(s->copyWithZone(zone)),
+                    far = ZPAdopt<ZPString>(s->copyWithZone(elsewhere));
+    EXPECT_EQ(copy.get(), contentsOf(s));
+    EXPECT_EQ(ZPZoneFromPointer(far.get()), elsewhere.zone);
+    EXPECT_TRUE(far->isEqualToString(s));
 }

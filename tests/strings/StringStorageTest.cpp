@@ -70,17 +70,13 @@ TEST(StringStorage, copiesShareWhereTheyCan) {
     EXPECT_NE(made, literal);
     EXPECT_EQ(classOf(made), "ZPInlineCString");
     EXPECT_EQ(literal->copy(), id(literal));
-    ZPZone *zone = ZPCreateZone(0, 0, YES);
-    ZPString *inZone = made->copyWithZone(zone), *wide = make(u"wide")->copyWithZone(zone);
-    EXPECT_NE(inZone, made);
-    EXPECT_EQ(inZone->zone(), zone);
-    EXPECT_EQ(wide->zone(), zone);
-    EXPECT_EQ(inZone->copyWithZone(zone), id(inZone));
-    inZone->release();
+    TestZone zone;
+    ZPRef<ZPString> inZone = ZPAdopt<ZPString>(made->copyWithZone(zone)),
+                    wide = ZPAdopt<ZPString>(make(u"wide")->copyWithZone(zone));
+    EXPECT_NE(inZone.get(), made);
+    EXPECT_TRUE(inZone->zone() == zone && wide->zone() == zone);
+    EXPECT_EQ(ZPAdopt<ZPString>(inZone->copyWithZone(zone)), inZone);
     EXPECT_TRUE(inZone->isEqual("abc"_zp) && wide->isEqual("wide"_zp));
-    inZone->release();
-    wide->release();
-    ZPRecycleZone(zone);
 }
 
 TEST(StringStorage, placeholdersLiveForEverAndAreNoStrings) {
@@ -90,14 +86,12 @@ TEST(StringStorage, placeholdersLiveForEverAndAreNoStrings) {
     p->release();
     EXPECT_EQ(p->retainCount(), 0xFFFFFFFF);
     EXPECT_REASON_HAS("length", p->length());
-    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    TestZone zone;
     ZPString *inZone = ZPString::allocWithZone(zone);
     EXPECT_NE(inZone, p);
     EXPECT_EQ(inZone, ZPString::allocWithZone(zone));
-    ZPString *s = inZone->initWithCString("in its zone");
-    EXPECT_EQ(s->zone(), zone);
-    s->release();
-    ZPRecycleZone(zone);
+    ZPRef<ZPString> s = ZPAdopt(inZone->initWithCString("in its zone"));
+    EXPECT_EQ(s->zone(), zone.zone);
     EXPECT_REASON("[ZPString stringWithCString:]: NULL cString", ZPString::stringWithCString(nullptr));
     EXPECT_REASON("[ZPPlaceholderString initWithCString:]: NULL cString", ZPString::alloc()->initWithCString(nullptr));
     EXPECT_REFUSED(((ZPString *)ClientString::alloc()->autorelease())
@@ -185,14 +179,10 @@ TEST(StringStorage, partsRetainedByManyThreads) {
         ZPString *parent = ZPString::alloc()->initWithCString_length(text.data(), 1000);
         ZPString *part = parent->_newSubstringWithRange_zone({10, 500}, nullptr);
         parent->release();
-        std::thread threads[4];
-        for (auto &t : threads)
-            t = std::thread([part] {
-                Pool own;
-                for (int i = 0; i < 20; ++i) part->retain();
-                for (int i = 0; i < 20; ++i) part->release();
-            });
-        for (auto &t : threads) t.join();
+        onThreads(4, [part](int) {
+            for (int i = 0; i < 20; ++i) part->retain();
+            for (int i = 0; i < 20; ++i) part->release();
+        });
         EXPECT_EQ(part->retainCount(), 1u);
         EXPECT_EQ(part->length(), 500u);
         part->release();
