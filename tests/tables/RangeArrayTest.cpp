@@ -72,14 +72,13 @@ TEST(RangeArrays, RefuseIndexesPastTheEnd) {
     EXPECT_RAISES("ZPRangeException: ", ZPRangeArraySetRangeAtIndex(list, {}, 1));
     EXPECT_RAISES("ZPRangeException: ", ZPRangeArrayRemoveRangeAtIndex(list, 1));
     EXPECT_REFUSED(ZPCreateRangeArray(0xFFFFFFFE)) << "no capacity is above this one";
-    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    TestZone zone;
     ZPRangeArray *copy = ZPCopyRangeArrayWithZone(list, zone);
-    EXPECT_EQ(ZPZoneFromPointer(copy->ranges), zone);
+    EXPECT_EQ(ZPZoneFromPointer(copy->ranges), zone.zone);
     EXPECT_TRUE(ZPCompareRangeArrays(list, copy));
     ZPRangeArraySetRangeAtIndex(copy, {8, 4}, 0);
     EXPECT_FALSE(ZPCompareRangeArrays(list, copy));
     ZPFreeRangeArray(copy);
-    ZPRecycleZone(zone);
 }
 
 TEST(SparseIndexArrays, Empty) {

@@ -122,19 +122,14 @@ TEST(TimeZone, TheDefaultFollowsWhatIsSet) {
 }
 
 TEST(TimeZoneThread, DetailsAreMadeOnce) {
-    std::vector<std::thread> threads;
     std::vector<ZPTimeZoneDetail *> seen(8);
-    for (int t = 0; t < 8; ++t)
-        threads.emplace_back([&, t] {
-            ZPAutoreleasePoolScope pool;
-            for (int i = 0; i < 200; ++i) {
-                ZPTimeZone::timeZoneForSecondsFromGMT(i * 60);
-                ZPCalendarDate *date = ZPCalendarDate::calendarDate();
-                date->addTimeInterval(i * 86400.0)->description();
-                ZPTimeZone::timeZoneWithAbbreviation("GMT+0001"_zp);
-            }
-            seen[t] = ZPTimeZone::timeZoneForSecondsFromGMT(77 * 60);
-        });
-    for (auto &t : threads) t.join();
+    onThreads(8, [&](int t) {
+        for (int i = 0; i < 200; ++i) {
+            ZPTimeZone::timeZoneForSecondsFromGMT(i * 60);
+            ZPCalendarDate::calendarDate()->addTimeInterval(i * 86400.0)->description();
+            ZPTimeZone::timeZoneWithAbbreviation("GMT+0001"_zp);
+        }
+        seen[t] = ZPTimeZone::timeZoneForSecondsFromGMT(77 * 60);
+    });
     for (auto *zone : seen) EXPECT_EQ(zone, seen[0]);
 }
