@@ -27,21 +27,25 @@ Mortal *make(int name) {
     return m;
 }
 
-std::string logged;
-
 struct Pools : testing::Test {
-    void SetUp() override {
+    LogCapture log;
+    Pools() {
         ZPAutoreleasePool::releaseAllPools();
         died.clear();
-        logged.clear();
-        _ZPSetLogCStringFunction([](const char *bytes, unsigned length, BOOL) { logged.append(bytes, length); });
     }
-    void TearDown() override {
-        _ZPSetLogCStringFunction(nullptr);
-        ZPAutoreleasePool::releaseAllPools();
-    }
+    ~Pools() { ZPAutoreleasePool::releaseAllPools(); }
     static unsigned perPage() { return (ZPPageSize() - 24) / 8; }
 };
+
+struct Popper : ZPObject {
+    ZP_CLASS(Popper)
+    unsigned _outer;
+    void dealloc() {
+        ZPPopAutoreleasePool(_outer);
+        objc_super<Popper>(this).send("dealloc"_sel);
+    }
+};
+ZP_IMPLEMENT(Popper, dealloc);
 
 using Died = std::vector<int>;
 
@@ -140,20 +144,6 @@ TEST_F(Pools, APoolThatBeginsOnAnEmptyPageReleasesNothingOfOuterPools) {
     filler->release();
 }
 
-namespace {
-
-struct Popper : ZPObject {
-    ZP_CLASS(Popper)
-    unsigned _outer;
-    void dealloc() {
-        ZPPopAutoreleasePool(_outer);
-        objc_super<Popper>(this).send("dealloc"_sel);
-    }
-};
-ZP_IMPLEMENT(Popper, dealloc);
-
-}  // namespace
-
 TEST_F(Pools, AReleaseMayPopOuterPools) {
     for (unsigned outer : {1u, 0u}) {
         died.clear();
@@ -178,8 +168,8 @@ TEST_F(Pools, AReleaseMayPopOuterPools) {
 TEST_F(Pools, NoPoolIsReportedAndLeaks) {
     Mortal *m = make(1);
     m->autorelease();
-    EXPECT_HAS(logged, "*** _ZPAutoreleaseNoPool(): Object 0x");
-    EXPECT_HAS(logged, "of class Mortal autoreleased with no pool in place - just leaking\n");
+    EXPECT_HAS(log.text, "*** _ZPAutoreleaseNoPool(): Object 0x");
+    EXPECT_HAS(log.text, "of class Mortal autoreleased with no pool in place - just leaking\n");
     ZPPopAutoreleasePool(ZPPushAutoreleasePool(0));
     EXPECT_EQ(m->retainCount(), 1u);
     m->release();
@@ -200,7 +190,7 @@ TEST_F(Pools, AnExceptionStopsThePopAndGoesNoFurther) {
         EXPECT_NO_THROW(ZPPopAutoreleasePool(inner));
         EXPECT_EQ(died, (Died{3, 2}));
         std::string report = "Exception ignored while releasing an object in an autorelease pool: ";
-        EXPECT_HAS(logged, report + reports[raises - 1]);
+        EXPECT_HAS(log.text, report + reports[raises - 1]);
         ZPPopAutoreleasePool(0);
         EXPECT_EQ(died, (Died{3, 2, 1}));
     }

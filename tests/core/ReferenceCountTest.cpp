@@ -34,9 +34,6 @@ struct Watched : ZPObject {
 };
 ZP_IMPLEMENT(Watched, retain);
 
-std::string logged;
-void keepLog(const char *bytes, unsigned length, BOOL) { logged.append(bytes, length); }
-
 }  // namespace
 
 TEST(ReferenceCount, LastReleaseDeallocatesOnce) {
@@ -88,17 +85,15 @@ TEST(ReferenceCount, SideTableGrowsShrinksAndKeepsClusters) {
 }
 
 TEST(ReferenceCount, SaturatesAndStays) {
-    logged.clear();
-    _ZPSetLogCStringFunction(keepLog);
+    LogCapture log;
     Plain *object = Plain::new_();
     objc_headerOf(object)->extraReferences = 0xFFFFFFFE;
     object->retain();
-    EXPECT_EQ(logged, "");
+    EXPECT_EQ(log.text, "");
     object->retain();
-    EXPECT_HAS(logged, "*** Reference count overflow for '<Plain: 0x");
+    EXPECT_HAS(log.text, "*** Reference count overflow for '<Plain: 0x");
     object->release();
     EXPECT_EQ(ZPExtraRefCount(object), 0xFFFFFFFFu);
-    _ZPSetLogCStringFunction(nullptr);
     objc_headerOf(object)->extraReferences = 0;
     object->release();
 }
@@ -127,23 +122,19 @@ TEST(ReferenceCount, ThreadsLoseNothing) {
     Plain *object = Plain::new_();
     static Fixed fixed;
     fixed.isa = Fixed::class_();
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t)
-        threads.emplace_back([&] {
-            for (int i = 0; i < 20000; ++i) {
-                object->retain();
-                fixed.retain();
-                _ZPIncrementInternalRefCount(object, &object->_word, 0xFFFFFFFF, nullptr);
-            }
-            for (int i = 0; i < 20000; ++i) {
-                object->release();
-                fixed.release();
-                _ZPDecrementInternalRefCountWasZero(object, &object->_word, 0xFFFFFFFF, nullptr);
-            }
-        });
-    for (auto &t : threads) t.join();
-    EXPECT_EQ(object->retainCount(), 1u);
-    EXPECT_EQ(fixed.retainCount(), 1u);
+    onThreads(8, [&](int) {
+        for (int i = 0; i < 20000; ++i) {
+            object->retain();
+            fixed.retain();
+            _ZPIncrementInternalRefCount(object, &object->_word, 0xFFFFFFFF, nullptr);
+        }
+        for (int i = 0; i < 20000; ++i) {
+            object->release();
+            fixed.release();
+            _ZPDecrementInternalRefCountWasZero(object, &object->_word, 0xFFFFFFFF, nullptr);
+        }
+    });
+    EXPECT_EQ(retained(object, &fixed), (Counts{1, 1}));
     EXPECT_EQ(object->_word, 0u);
     object->release();
     EXPECT_EQ(deallocated, 1);

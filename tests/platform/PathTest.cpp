@@ -18,14 +18,11 @@ constexpr auto fromHost = mapped<ZPPathFromHostPath>;
 }  // namespace
 
 TEST(PathMapping, TakesDriveCAndSingleSeparatorsFromTheRoot) {
-    EXPECT_EQ(toHost("C:\\home\\me", 64), "/home/me");
-    EXPECT_EQ(toHost("c:/home\\me", 64), "/home/me");
-    EXPECT_EQ(toHost("/etc/hosts", 64), "/etc/hosts");
-    EXPECT_EQ(toHost("\\etc", 64), "/etc");
-    EXPECT_EQ(toHost("C:\\", 64), "/");
-    EXPECT_EQ(toHost("C:", 64), ".");
-    EXPECT_EQ(toHost("C:x\\y", 64), "x/y");
-    EXPECT_EQ(toHost("a\\..\\b", 64), "a/../b");
+    for (const char *row : {"C:\\home\\me -> /home/me", "c:/home\\me -> /home/me", "/etc/hosts -> /etc/hosts",
+                            "\\etc -> /etc", "C:\\ -> /", "C: -> .", "C:x\\y -> x/y", "a\\..\\b -> a/../b"}) {
+        auto [path, host] = sides(row);
+        EXPECT_EQ(toHost(path, 64), host);
+    }
     for (const char *none : {"", "D:\\x", "D:", "\\\\server\\share"}) EXPECT_EQ(toHost(none, 64), "<none>") << none;
 }
 
