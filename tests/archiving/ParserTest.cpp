@@ -87,13 +87,11 @@ TEST_F(ParserTest, GrammarsAreWrittenBack) {
         ZPDictionary *grammar = ZPParser::parsedGrammarForString(ZPString::stringWithFormat("R = %@;"_zp, body));
         return text(grammar->objectForKey("R"_zp)->description());
     };
-    EXPECT_EQ(rule("A"_zp), "A");
-    EXPECT_EQ(rule("'x'"_zp), "\"x\"");
-    EXPECT_EQ(rule("A 'x' B"_zp), "A \"x\" B");
-    EXPECT_EQ(rule("'(' A ')'"_zp), "[1] \"(\" A \")\"");
-    EXPECT_EQ(rule("A B | 'c'"_zp), "A B | \"c\"");
-    EXPECT_EQ(rule("A || B || C"_zp), "A || B || C");
-    EXPECT_EQ(rule("< A B > C"_zp), "< A B > C");
+    for (const char *row : {"A -> A", "'x' -> \"x\"", "A 'x' B -> A \"x\" B", "'(' A ')' -> [1] \"(\" A \")\"",
+                            "A B | 'c' -> A B | \"c\"", "A || B || C -> A || B || C", "< A B > C -> < A B > C"}) {
+        auto [body, wanted] = sides(row);
+        EXPECT_EQ(rule(ZPString::stringWithCString(body.c_str())), wanted);
+    }
     EXPECT_REFUSED(rule("A | B || C"_zp));
     EXPECT_REASON_HAS("Separator ';' expected", ZPParser::parsedGrammarForString("R = A"_zp));
     EXPECT_REASON_HAS("MetaRuleBody expected", ZPParser::parsedGrammarForString("R = ;"_zp));

@@ -215,37 +215,30 @@ struct Generator {
         default: out += 'k' + std::to_string(random() % 40);
         }
     }
+    template <class F> void list(const char *ends, char separator, unsigned n, F element) {
+        out += ends[0];
+        for (unsigned i = 0; i < n; ++i) {
+            element();
+            if (i + 1 < n || random() % 2) out += separator;
+        }
+        blank();
+        out += ends[1];
+    }
     void value(int depth) {
         blank();
         switch (depth > 0 ? random() % 8 : 7) {
         case 0:
-        case 1: {
-            out += '(';
-            unsigned n = random() % 5;
-            for (unsigned i = 0; i < n; ++i) {
-                value(depth - 1);
-                if (i + 1 < n || random() % 2) out += ',';
-            }
-            blank();
-            out += ')';
-            break;
-        }
+        case 1: list("()", ',', random() % 5, [&] { value(depth - 1); }); break;
         case 2:
-        case 3: {
-            out += '{';
-            unsigned n = random() % 4 ? random() % 5 : random() % 60;
-            for (unsigned i = 0; i < n; ++i) {
+        case 3:
+            list("{}", ';', random() % 4 ? random() % 5 : random() % 60, [&] {
                 blank();
                 string();
                 blank();
                 out += '=';
                 value(depth - 1);
-                if (i + 1 < n || random() % 2) out += ';';
-            }
-            blank();
-            out += '}';
+            });
             break;
-        }
         case 4:
             out += '<';
             for (unsigned n = random() % 5; n; --n) {
@@ -298,8 +291,9 @@ TEST(PropertyListReading, BothReadersAgreeAndTheWriterWithThem) {
         // What is written of the tree reads back as it.
         id tree;
         if (raised([&] { tree = text->propertyList(); }).empty() && !tree->isKindOfClass(ZPString::class_()) &&
-            !tree->isKindOfClass(ZPData::class_()))
+            !tree->isKindOfClass(ZPData::class_())) {
             EXPECT_TRUE(tree->description()->propertyList()->isEqual(tree));
+        }
         if (testing::Test::HasFailure()) FAIL() << "seed " << seed;
     }
 }

@@ -10,7 +10,6 @@
 
 namespace {
 
-bool has(const std::string &text, const char *piece) { return text.find(piece) != std::string::npos; }
 ZPString *zp(const std::string &s) { return ZPString::stringWithCString(s.c_str()); }
 
 }  // namespace
@@ -114,8 +113,6 @@ TEST(Limits, RulesOfAParser) {
     pthread_attr_destroy(&large);
 }
 
-namespace {
-
 struct Long {
     char bytes[8];
 };
@@ -124,8 +121,6 @@ struct Aligned : ZPObject {
     alignas(16) char _bytes[16];
 };
 ZP_IMPLEMENT(Aligned);
-
-}  // namespace
 template <> struct objc_structEncoding<Long> {
     static constexpr auto all = [] {
         std::array<char, 253> a{};
