@@ -16,6 +16,10 @@ Members membersOf(ZPCharacterSet *set) {
     return all;
 }
 
+ZPCharacterSet *setOf(ZPCharacterSetRecord *record) {
+    return objc_msgSend<id>(ZPCharacterSet::alloc(), "_initWithSet:"_sel, record);
+}
+
 struct OddSet : ZPCharacterSet {
     ZP_CLASS(OddSet)
     BOOL characterIsMember(unichar u) { return u & 1; }
@@ -192,37 +196,30 @@ TEST(CharacterSet, immutableSetsRefuseChanges) {
 }
 
 TEST(CharacterSet, recordsAndDumps) {
-    struct {
-        std::u16string members;
-        const char *dump;
-    } cases[] = {
-        {u"",
-         "{\n\tnsingles = 0;\n\tnranges = 0;\n\tsingmin = 65535;\n\tsingmax = 0;\n\tsingles = (  );\n\tranges = (  "
-         ");\n}\n"},
-        {u"acdeg\uffff",
-         "{\n\tnsingles = 3;\n\tnranges = 1;\n\tsingmin = 97;\n\tsingmax = 65535;\n\tsingles = ( 97, 103, 65535 "
-         ");\n\tranges = ( 99, 101 );\n}\n"},
+    auto dumped = [](const char *head, const char *singles, const char *ranges) {
+        return std::string("{\n\t") + head + "\tsingles = ( " + singles + " );\n\tranges = ( " + ranges + " );\n}\n";
     };
-    for (auto &c : cases) {
-        ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString(make(c.members));
+    const std::pair<const char16_t *, std::string> cases[] = {
+        {u"", dumped("nsingles = 0;\n\tnranges = 0;\n\tsingmin = 65535;\n\tsingmax = 0;\n", "", "")},
+        {u"acdeg\uffff",
+         dumped("nsingles = 3;\n\tnranges = 1;\n\tsingmin = 97;\n\tsingmax = 65535;\n", "97, 103, 65535", "99, 101")}};
+    auto dump = [](ZPCharacterSetRecord *record) { return text(ZPCharacterSet::_dumpSetRepresentation(record)); };
+    for (auto &[members, wanted] : cases) {
+        ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString(make(members));
         objc_msgSend(set, "makeCharacterSetCompact"_sel);
-        ZPString *dump = objc_msgSend<ZPString *>(set, "dump"_sel);
-        EXPECT_STREQ(dump->cString(), c.dump);
-        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(dump->propertyList()),
+        ZPString *own = objc_msgSend<ZPString *>(set, "dump"_sel);
+        EXPECT_EQ(text(own), wanted);
+        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(own->propertyList()),
                              *copy = ZPCopySetStructFromZone(record, nullptr);
-        EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(copy)->cString(), c.dump)
-            << "the dump describes the record";
+        EXPECT_EQ(dump(copy), wanted) << "the dump describes the record";
         ZPZoneFree(nullptr, record);
-        ZPCharacterSet *adopting = ZPCharacterSet::alloc()->init();
-        adopting->release();
-        adopting = objc_msgSend<id>(ZPCharacterSet::alloc(), "_initWithSet:"_sel, copy);
-        EXPECT_TRUE(adopting->isEqual(set));
-        adopting->release();
+        ZPCharacterSet::alloc()->init()->release();
+        EXPECT_TRUE(ZPRef<ZPCharacterSet>(ZPAdopt(setOf(copy)))->isEqual(set));
     }
     ZPCharacterSetRecord *empty = ZPMakeSetFromDictionary(nullptr);
-    EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(empty)->cString(), cases[0].dump);
+    EXPECT_EQ(dump(empty), cases[0].second);
     ZPZoneFree(nullptr, empty);
-    EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(nullptr)->cString(), "<NIL>");
+    EXPECT_EQ(dump(nullptr), "<NIL>");
     EXPECT_STREQ(ZPCharacterSet::_dumpBitmapRepresentation(nullptr)->cString(), "<NIL>");
 
     unsigned char bitmap[8192] = {0x01, 0xC0};
@@ -249,10 +246,7 @@ TEST(CharacterSet, numbersInFiles) {
 
 // Descriptions that lie: what is no unit is left out, and nothing outside the arrays is read.
 TEST(CharacterSet, wrongDescriptions) {
-    struct {
-        ZPString *text;
-        unsigned members;
-    } cases[] = {
+    const std::pair<ZPString *, unsigned> cases[] = {
         {"{ nsingles = 5; singles = ( 1, 2 ); }"_zp, 2},
         {"{ nsingles = 1; singles = ( 1, 3, 5 ); }"_zp, 1},
         {"{ singles = ( 70000, 4294967295, a, (1), 7 ); }"_zp, 2},
@@ -263,12 +257,10 @@ TEST(CharacterSet, wrongDescriptions) {
         {"{ singmin = 5; singmax = 1; nsingles = 1; singles = ( 3 ); }"_zp, 1},
         {"{}"_zp, 0},
     };
-    for (auto &c : cases) {
-        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(c.text->propertyList());
-        ZPCharacterSet *set = objc_msgSend<id>(ZPCharacterSet::alloc(), "_initWithSet:"_sel, record);
-        EXPECT_EQ(set->count(), c.members) << c.text->cString();
-        EXPECT_EQ(membersOf(set).count(), c.members) << c.text->cString();
-        set->release();
+    for (auto &[text, members] : cases) {
+        ZPRef<ZPCharacterSet> set = ZPAdopt(setOf(ZPMakeSetFromDictionary(text->propertyList())));
+        EXPECT_EQ(set->count(), members) << text->cString();
+        EXPECT_EQ(membersOf(set.get()).count(), members) << text->cString();
     }
 }
 

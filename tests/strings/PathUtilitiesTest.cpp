@@ -27,13 +27,6 @@ void check(ZPString *(ZPString::*operation)(), std::initializer_list<const char1
     }
 }
 
-std::vector<std::u16string> listOf(ZPArray *array) {
-    std::vector<std::u16string> list;
-    for (unsigned i = 0; i < array->count(); ++i) list.push_back(textOf(array->objectAtIndex(i)));
-    return list;
-}
-using List = std::vector<std::u16string>;
-
 bool isSeparator(char16_t u) { return u == '/' || u == '\\'; }
 bool hasDrive(const std::u16string &p) {
     return p.size() >= 2 && p[1] == ':' && ((p[0] | 32) >= 'a' && (p[0] | 32) <= 'z' && p[0] < 128);

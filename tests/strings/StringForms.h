@@ -18,6 +18,13 @@ inline ZPString *make(const std::u16string &text) {
     return ZPString::stringWithCharacters_length(text.data(), unsigned(text.size()));
 }
 
+using List = std::vector<std::u16string>;
+inline List listOf(ZPArray *array) {
+    List list;
+    for (unsigned i = 0; i < array->count(); ++i) list.push_back(textOf(array->objectAtIndex(i)));
+    return list;
+}
+
 /// A client's string that supplies the primitives alone.
 struct ClientString : ZPString {
     ZP_CLASS(ClientString)
