@@ -87,11 +87,10 @@ TEST_F(ParserTest, GrammarsAreWrittenBack) {
         ZPDictionary *grammar = ZPParser::parsedGrammarForString(ZPString::stringWithFormat("R = %@;"_zp, body));
         return text(grammar->objectForKey("R"_zp)->description());
     };
-    for (const char *row : {"A -> A", "'x' -> \"x\"", "A 'x' B -> A \"x\" B", "'(' A ')' -> [1] \"(\" A \")\"",
-                            "A B | 'c' -> A B | \"c\"", "A || B || C -> A || B || C", "< A B > C -> < A B > C"}) {
-        auto [body, wanted] = sides(row);
+    for (auto &[body, wanted] :
+         rows("A -> A", "'x' -> \"x\"", "A 'x' B -> A \"x\" B", "'(' A ')' -> [1] \"(\" A \")\"",
+              "A B | 'c' -> A B | \"c\"", "A || B || C -> A || B || C", "< A B > C -> < A B > C"))
         EXPECT_EQ(rule(ZPString::stringWithCString(body.c_str())), wanted);
-    }
     EXPECT_REFUSED(rule("A | B || C"_zp));
     EXPECT_REASON_HAS("Separator ';' expected", ZPParser::parsedGrammarForString("R = A"_zp));
     EXPECT_REASON_HAS("MetaRuleBody expected", ZPParser::parsedGrammarForString("R = ;"_zp));

@@ -31,6 +31,7 @@ struct Pools : testing::Test {
     LogCapture log;
     Pools() {
         ZPAutoreleasePool::releaseAllPools();
+        ZPPushAutoreleasePool(0);
         died.clear();
     }
     ~Pools() { ZPAutoreleasePool::releaseAllPools(); }
@@ -52,6 +53,7 @@ using Died = std::vector<int>;
 }  // namespace
 
 TEST_F(Pools, ReleaseNewestFirstAndWithTheOuterPoolTheInner) {
+    ZPAutoreleasePool::releaseAllPools();
     EXPECT_EQ(ZPPushAutoreleasePool(0), 0u);
     unsigned outer = ZPPushAutoreleasePool(0);
     make(1)->autorelease();
@@ -67,7 +69,6 @@ TEST_F(Pools, ReleaseNewestFirstAndWithTheOuterPoolTheInner) {
 }
 
 TEST_F(Pools, WhatReleasesAutoreleaseGoesWithTheSamePop) {
-    ZPPushAutoreleasePool(0);
     unsigned inner = ZPPushAutoreleasePool(0);
     Mortal *first = make(1);
     first->_heir = make(2);
@@ -78,7 +79,6 @@ TEST_F(Pools, WhatReleasesAutoreleaseGoesWithTheSamePop) {
 }
 
 TEST_F(Pools, SpanPagesAndReuseThem) {
-    ZPPushAutoreleasePool(0);
     unsigned many = 3 * perPage() + 1;
     for (int round = 0; round < 3; ++round) {
         unsigned token = ZPPushAutoreleasePool(0);
@@ -128,7 +128,6 @@ TEST_F(Pools, AddObjectToAnOuterPoolKeepsEveryOtherWhereItWas) {
 }
 
 TEST_F(Pools, APoolThatBeginsOnAnEmptyPageReleasesNothingOfOuterPools) {
-    ZPPushAutoreleasePool(0);
     ZPAutoreleasePool *outer = ZPAutoreleasePool::new_();
     Mortal *filler = make(0);
     for (unsigned i = 0; i + 1 < perPage(); ++i) filler->retain()->autorelease();
@@ -166,6 +165,7 @@ TEST_F(Pools, AReleaseMayPopOuterPools) {
 }
 
 TEST_F(Pools, NoPoolIsReportedAndLeaks) {
+    ZPAutoreleasePool::releaseAllPools();
     Mortal *m = make(1);
     m->autorelease();
     EXPECT_HAS(log.text, "*** _ZPAutoreleaseNoPool(): Object 0x");
@@ -197,7 +197,6 @@ TEST_F(Pools, AnExceptionStopsThePopAndGoesNoFurther) {
 }
 
 TEST_F(Pools, SettingsOfTheThread) {
-    ZPPushAutoreleasePool(0);
     Mortal *m = make(1);
     ZPAutoreleasePool::enableRelease(NO);
     unsigned token = ZPPushAutoreleasePool(0);
@@ -228,7 +227,6 @@ TEST_F(Pools, SettingsOfTheThread) {
 }
 
 TEST_F(Pools, PoolObjectsRefuseToBeShared) {
-    ZPPushAutoreleasePool(0);
     ZPAutoreleasePool *pool = ZPAutoreleasePool::new_();
     EXPECT_REASON("*** -[ZPAutoreleasePool retain]: Cannot retain an autorelease pool", pool->retain());
     EXPECT_THROW(pool->autorelease(), ZPException *);

@@ -306,11 +306,8 @@ TEST(MistakeDeathTest, WrongTypesAndClassesStopTheProcess) {
 }
 #endif
 
-TEST(MistakeDeathTest, MethodRegisteredTwice) {
+TEST(MistakeDeathTest, MethodsRegisteredTwiceAndPosersWithFields) {
     EXPECT_DEATH(Doubled::new_()->release(), "-\\[Doubled same\\] is registered twice");
-}
-
-TEST(MistakeDeathTest, PosingWithFieldsOfItsOwn) {
     EXPECT_DEATH(class_poseAs(Fat::class_(), Holder::class_()),
                  "class Fat cannot pose as Holder: it has fields of its own");
 }

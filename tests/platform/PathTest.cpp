@@ -18,11 +18,9 @@ constexpr auto fromHost = mapped<ZPPathFromHostPath>;
 }  // namespace
 
 TEST(PathMapping, TakesDriveCAndSingleSeparatorsFromTheRoot) {
-    for (const char *row : {"C:\\home\\me -> /home/me", "c:/home\\me -> /home/me", "/etc/hosts -> /etc/hosts",
-                            "\\etc -> /etc", "C:\\ -> /", "C: -> .", "C:x\\y -> x/y", "a\\..\\b -> a/../b"}) {
-        auto [path, host] = sides(row);
+    for (auto &[path, host] : rows("C:\\home\\me -> /home/me", "c:/home\\me -> /home/me", "/etc/hosts -> /etc/hosts",
+                                   "\\etc -> /etc", "C:\\ -> /", "C: -> .", "C:x\\y -> x/y", "a\\..\\b -> a/../b"))
         EXPECT_EQ(toHost(path, 64), host);
-    }
     for (const char *none : {"", "D:\\x", "D:", "\\\\server\\share"}) EXPECT_EQ(toHost(none, 64), "<none>") << none;
 }
 

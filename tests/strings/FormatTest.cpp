@@ -132,17 +132,7 @@ TEST(Format, SurvivesCTextThatIsNoText) {
     EXPECT_EQ(formatted("%c"_zp, 0).size(), 1u);
 }
 
-TEST(Format, TakesArgumentsByPosition) {
-    EXPECT_EQ(formatted("%2$@ %1$d"_zp, 7, "x"_zp), u"x 7");
-    EXPECT_EQ(formatted("%3$s-%1$f-%3$s"_zp, 1.5, 2, "s"), u"s-1.500000-s");
-    EXPECT_EQ(formatted("100%% %1$*2$d|%3$.*2$f"_zp, 5, 4, 2.0), u"100%    5|2.0000");
-    EXPECT_EQ(formatted("%1$d%1$d%1$d%1$d%1$d%1$d%1$d%1$d%1$d|%1$d %%"_zp, 1), u"111111111|%1$d %%");
-    EXPECT_EQ(formatted("%1$*2$d|"_zp, 5, -9), u"5|");
-    EXPECT_EQ(formatted("%9$d"_zp, 1, 2, 3, 4, 5, 6, 7, 8, 9), u"9");
-    EXPECT_EQ(formatted("%1$@ %d"_zp, "x"_zp), u"x %d") << "one without a position does not fit here";
-}
-
-TEST(Format, LeavesMalformedDirectivesAsTheyAre) {
+TEST(Format, TakesArgumentsByPositionAndLeavesMalformedDirectives) {
     EXPECT_EQ(formatted("50%"_zp), u"50%");
     EXPECT_EQ(formatted("%5"_zp), u"%5");
     EXPECT_EQ(formatted("%5\u4e2dd %d"_zp, 3), u"%5\u4e2dd 3");
@@ -154,6 +144,13 @@ TEST(Format, LeavesMalformedDirectivesAsTheyAre) {
     EXPECT_EQ(formatted("%d %1$d"_zp, 3), u"3 %1$d");
     EXPECT_EQ(ZPString::stringWithFormat(""_zp), ""_zp);
     EXPECT_EQ(ZPString::stringWithFormat("%s"_zp, ""), ""_zp);
+    EXPECT_EQ(formatted("%2$@ %1$d"_zp, 7, "x"_zp), u"x 7");
+    EXPECT_EQ(formatted("%3$s-%1$f-%3$s"_zp, 1.5, 2, "s"), u"s-1.500000-s");
+    EXPECT_EQ(formatted("100%% %1$*2$d|%3$.*2$f"_zp, 5, 4, 2.0), u"100%    5|2.0000");
+    EXPECT_EQ(formatted("%1$d%1$d%1$d%1$d%1$d%1$d%1$d%1$d%1$d|%1$d %%"_zp, 1), u"111111111|%1$d %%");
+    EXPECT_EQ(formatted("%1$*2$d|"_zp, 5, -9), u"5|");
+    EXPECT_EQ(formatted("%9$d"_zp, 1, 2, 3, 4, 5, 6, 7, 8, 9), u"9");
+    EXPECT_EQ(formatted("%1$@ %d"_zp, "x"_zp), u"x %d") << "one without a position does not fit here";
 }
 
 TEST(Format, UsesTheLocalesDecimalSeparator) {

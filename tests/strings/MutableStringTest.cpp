@@ -203,16 +203,14 @@ TEST(MutableString, CheapStringUsesItsCallersBuffer) {
 }
 
 TEST(MutableString, JoinsUpTo40Strings) {
-    ZPString *x = "x"_zp, *wide = make(u"\u4e2d");
-    ZPRef<ZPString> joined =
-        ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, x, wide, x, static_cast<ZPString *>(nullptr)));
+    ZPString *x = "x"_zp, *wide = make(u"\u4e2d"), *end = nullptr;
+    ZPRef<ZPString> joined = ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, x, wide, x, end));
     EXPECT_EQ(textOf(joined.get()), u"x\u4e2dx");
-    EXPECT_EQ(_ZPNewStringByAppendingStrings(nullptr, ""_zp, ""_zp, static_cast<ZPString *>(nullptr)), ""_zp);
+    EXPECT_EQ(_ZPNewStringByAppendingStrings(nullptr, ""_zp, ""_zp, end), ""_zp);
 #define TEN x, x, x, x, x, x, x, x, x, x
-    joined = ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, static_cast<ZPString *>(nullptr)));
+    joined = ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, end));
     EXPECT_EQ(joined->length(), 40u);
-    EXPECT_REASON("Too many strings to append",
-                  _ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, x, static_cast<ZPString *>(nullptr)));
+    EXPECT_REASON("Too many strings to append", _ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, x, end));
 }
 
 TEST(MutableString, IsMadeInAZoneAndCopiedOutOfIt) {

@@ -49,6 +49,7 @@ struct PathFiles : testing::Test {
                   c.count);
         EXPECT_EQ(c.count != 0, text != nullptr);
         if (!text) return c;
+        EXPECT_EQ(matches->count(), c.count);
         std::u16string top = pathOf(root) + u"\\";
         c.text = textOf(text).substr(top.size());
         for (auto &match : listOf(matches)) c.matches.push_back(match.substr(top.size()));
@@ -113,18 +114,15 @@ TEST_F(PathFiles, LinksAreResolved) {
         return real.substr(top.size());
     };
     // What is not there stays, and so does what leads where no path can say.
-    for (auto *row : {u"\\shortcut\\only -> \\docs\\deep\\only", u"\\shortcut\\new\\file -> \\docs\\deep\\new\\file",
-                      u"\\Readme\\x -> \\Readme\\x", u"\\loop\\x -> \\loop\\x", u"\\dangling -> \\dangling",
-                      u"\\unnamed\\x -> \\unnamed\\x", u" -> "}) {
-        auto [below, wanted] = sides(row);
+    for (auto &[below, wanted] :
+         rows(u"\\shortcut\\only -> \\docs\\deep\\only", u"\\shortcut\\new\\file -> \\docs\\deep\\new\\file",
+              u"\\Readme\\x -> \\Readme\\x", u"\\loop\\x -> \\loop\\x", u"\\dangling -> \\dangling",
+              u"\\unnamed\\x -> \\unnamed\\x", u" -> "))
         EXPECT_EQ(resolved(below), wanted);
-    }
-    for (auto *row : {u"\\\\SRV\\Share\\Dir -> \\\\srv\\share\\Dir", u"d:\\x -> D:\\x", u"C:\\ -> C:\\",
-                      u"C:\\nothing such\\x -> C:\\nothing such\\x", u"/ -> \\", u"relative\\x -> relative\\x",
-                      u"~nobody at all\\x -> ~nobody at all\\x", u" -> "}) {
-        auto [path, wanted] = sides(row);
+    for (auto &[path, wanted] : rows(u"\\\\SRV\\Share\\Dir -> \\\\srv\\share\\Dir", u"d:\\x -> D:\\x", u"C:\\ -> C:\\",
+                                     u"C:\\nothing such\\x -> C:\\nothing such\\x", u"/ -> \\",
+                                     u"relative\\x -> relative\\x", u"~nobody at all\\x -> ~nobody at all\\x", u" -> "))
         EXPECT_EQ(textOf(make(path)->stringByResolvingSymlinksInPath()), wanted);
-    }
 }
 
 TEST_F(PathFiles, AreCompleted) {

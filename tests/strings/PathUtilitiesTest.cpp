@@ -142,11 +142,9 @@ TEST_F(Paths, AreJoined) {
     EXPECT_EQ(joined(u"C:\\dir", u"D:\\x"), u"C:\\dir");
     const std::string refused = " stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'";
     EXPECT_EQ(log.text, "*** -[ZPUnicodeString" + refused);
-    for (auto *row : {u"C:+x -> C:x", u"+x -> x", u"+C:\\x -> C:\\x", u"/+x -> \\x", u"a/+/b/ -> a\\b",
-                      u"\\\\+srv -> \\\\srv", u"a+\\\\srv -> a", u"dir+ -> dir"}) {
-        auto [both, wanted] = sides(row);
+    for (auto &[both, wanted] : rows(u"C:+x -> C:x", u"+x -> x", u"+C:\\x -> C:\\x", u"/+x -> \\x", u"a/+/b/ -> a\\b",
+                                     u"\\\\+srv -> \\\\srv", u"a+\\\\srv -> a", u"dir+ -> dir"))
         EXPECT_EQ(joined(both.substr(0, both.find('+')), both.substr(both.find('+') + 1)), wanted);
-    }
     std::u16string longest(3000, u'd'), more(2000, u'e');
     EXPECT_EQ(joined(longest, u"x").size(), 3002u);
     EXPECT_EQ(joined(longest, more), longest);

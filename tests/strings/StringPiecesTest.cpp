@@ -21,7 +21,7 @@ TEST(StringPieces, substrings) {
     });
 }
 
-TEST(StringPieces, joining) {
+TEST(StringPieces, joiningAndSplitting) {
     for (std::u16string a : {u"", u"abc", u"\u00e9t\u00e9", u"\u4e2d"})
         for (std::u16string b : {u"", u"x", u"\u00ff", u"\u6587"})
             inEveryForm(a, [&](const Form &, ZPString *s) {
@@ -30,9 +30,6 @@ TEST(StringPieces, joining) {
                 });
                 EXPECT_EQ(textOf(s->stringByAppendingFormat("-%d"_zp, 7)), a + u"-7");
             });
-}
-
-TEST(StringPieces, components) {
     auto split = [](ZPString *s, ZPString *by) { return listOf(s->componentsSeparatedByString(by)); };
     inEveryForm(u", a, , b,", [&](const Form &, ZPString *s) {
         EXPECT_EQ(split(s, ", "_zp), (List{u"", u"a", u"", u"b,"}));

@@ -113,6 +113,10 @@ template <class C> std::pair<std::basic_string<C>, std::basic_string<C>> sides(c
     EXPECT_NE(at, text.npos);
     return {text.substr(0, at), text.substr(at + 4)};
 }
+/// The sides of each of the rows.
+template <class C, class... R> auto rows(const C *first, R *...more) {
+    return std::vector{sides(first), sides(more)...};
+}
 
 /// Holds what is logged while it lives.
 struct LogCapture {

@@ -28,7 +28,7 @@ std::vector<std::uintptr_t> layout(ZPSimpleSet *set) {  // items by bucket, 0: n
 }
 using L = std::vector<std::uintptr_t>;
 
-TEST(SimpleHashing, CapacityChoosesTheSizeClass) {
+TEST(SimpleHashing, CapacityAndCountChooseTheSizeClass) {
     const std::pair<unsigned, unsigned> cases[] = {{0, 4},    {3, 4},       {4, 8},      {7, 8},   {8, 16},
                                                    {11, 16},  {12, 32},     {21, 32},    {22, 64}, {43, 64},
                                                    {44, 128}, {1365, 2048}, {1366, 4096}};
@@ -40,9 +40,6 @@ TEST(SimpleHashing, CapacityChoosesTheSizeClass) {
         EXPECT_EQ(ZPSimpleDictionaryNumBuckets(d), buckets) << capacity;
         ZPFreeSimpleDictionary(d);
     }
-}
-
-TEST(SimpleHashing, GrowsToTheSizeClassOfItsCount) {
     ZPSimpleSet *set = ZPCreateSimpleSet(0, nullptr, nullptr);
     for (unsigned n = 1; n <= 1366; ++n) {
         insert(set, n, n);

@@ -136,14 +136,6 @@ TEST(Calendar, Adding) {
     EXPECT_EQ(text(later), "250");  // the format goes along
 }
 
-TEST(Calendar, Differences) {
-    ZPCalendarDate *january = on(2000, 1, 31), *march = on(2000, 3, 1);
-    EXPECT_EQ(difference(march, january, 0b110), (std::vector<int>{0, 1, 1, 0, 0, 0}));
-    EXPECT_EQ(difference(january, january), std::vector<int>(6, 0));
-    EXPECT_EQ(difference(on(1, 1, 1), on(4000, 12, 31), 0b10)[1], -47999);
-    EXPECT_EQ(difference(january, nullptr, 1)[0], 0);
-}
-
 // The slow way: a low estimate for each unit, then one step after the other until the date is passed.
 static std::vector<int> differenceStepByStep(ZPCalendarDate *to, ZPCalendarDate *from, unsigned asked) {
     constexpr double lengths[5] = {31622400, 2678400, 86400, 3600, 60};
@@ -187,6 +179,11 @@ TEST(Calendar, DifferencesAreThoseOfStepping) {
             EXPECT_EQ(difference(to, from, asked), differenceStepByStep(to, from, asked))
                 << text(from) << " to " << text(to) << ", units " << asked;
         }
+    ZPCalendarDate *january = on(2000, 1, 31), *march = on(2000, 3, 1);
+    EXPECT_EQ(difference(march, january, 0b110), (std::vector<int>{0, 1, 1, 0, 0, 0}));
+    EXPECT_EQ(difference(january, january), std::vector<int>(6, 0));
+    EXPECT_EQ(difference(on(1, 1, 1), on(4000, 12, 31), 0b10)[1], -47999);
+    EXPECT_EQ(difference(january, nullptr, 1)[0], 0);
 }
 
 TEST(Calendar, TheHostsZoneChangesItsClocks) {
