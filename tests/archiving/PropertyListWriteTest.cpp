@@ -113,9 +113,8 @@ TEST(PropertyListWriting, StringsFiles) {
 }
 
 TEST(PropertyListWriting, Files) {
-    char directory[] = "/tmp/bedrock-plist-XXXXXX";
-    ASSERT_TRUE(mkdtemp(directory));
-    ZPString *path = ZPString::stringWithFormat("%s/list"_zp, directory);
+    Directory dir;
+    ZPString *path = dir / "list";
     ZPArray *array = ZPMakeArray({"a"_zp, "caf\u00e9"_zp, ZPMakeArray({})});
     EXPECT_TRUE(array->writeToFile_atomically(path, YES));
     for (ZPArray *read :
@@ -128,8 +127,7 @@ TEST(PropertyListWriting, Files) {
     EXPECT_TRUE(ZPMutableDictionary::dictionaryWithContentsOfFile(path)->isEqual(dictionary));
     EXPECT_TRUE("{a = "_zp->writeToFile_atomically(path, NO));
     EXPECT_EQ(ZPDictionary::dictionaryWithContentsOfFile(path), nullptr) << "an error";
-    std::filesystem::remove_all(directory);
-    EXPECT_EQ(ZPArray::arrayWithContentsOfFile(path), nullptr);
+    EXPECT_EQ(ZPArray::arrayWithContentsOfFile(dir / "none"), nullptr);
 }
 
 TEST(PropertyListWriting, Classification) {

@@ -96,17 +96,16 @@ TEST(Zombie, ReportsEveryMessageToAFreedObject) {
     EXPECT_STREQ(ghost->isa->name, "ZPZombie_Ghost");
     EXPECT_EQ(ghost->isa, second->isa);
     EXPECT_EQ(objc_getClass("ZPZombie_Ghost"), ghost->isa);
-    for (auto [selector, caught] :
-         {std::pair{"bar", "methodSignatureForSelector:"}, {"retain", "retain"}, {"autorelease", "autorelease"}}) {
+    for (std::string selector : {"bar", "retain", "autorelease"}) {
         LogCapture log;
-        char report[300];
-        std::snprintf(
-            report, sizeof report,
-            "*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\nBreak at '-[_ZPZombie %s]' to debug.",
-            selector, reinterpret_cast<unsigned long>(ghost), caught);
-        EXPECT_RAISES(std::string("ZPGenericException: ") + report,
-                      objc_msgSend<id>(id((objc_object *)ghost), sel_registerName(selector)));
-        EXPECT_EQ(log.text, std::string("*** ") + report);
+        ZPString *report =
+            ZPString::stringWithFormat("*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\n"
+                                       "Break at '-[_ZPZombie %s]' to debug."_zp,
+                                       selector.c_str(), reinterpret_cast<unsigned long>(ghost),
+                                       selector == "bar" ? "methodSignatureForSelector:" : selector.c_str());
+        EXPECT_RAISES("ZPGenericException: " + text(report),
+                      objc_msgSend<id>(id((objc_object *)ghost), sel_registerName(selector.c_str())));
+        EXPECT_EQ(log.text, "*** " + text(report));
     }
     std::free(objc_headerOf(ghost));
     std::free(objc_headerOf(second));

@@ -46,10 +46,7 @@ ZP_IMPLEMENT(UnchangingSet);
 }  // namespace
 
 TEST(CharacterSet, standardSets) {
-    struct {
-        ZPCharacterSet *set;
-        std::u16string members, others;
-    } cases[] = {
+    const std::tuple<ZPCharacterSet *, std::u16string, std::u16string> cases[] = {
         {ZPCharacterSet::whitespaceCharacterSet(), u"\t \u00a0\u2003\u3000", u"\n\r\u2028a"},
         {ZPCharacterSet::whitespaceAndNewlineCharacterSet(), u"\t\n \u00a0\u2028\u2029", u"\r\u0085a"},
         {ZPCharacterSet::letterCharacterSet(), u"aZ^`\u00b4\u00e9\u0301\u0416\u4e2d\uac00", u"0_ \u00b2\u20ac\uffff"},
@@ -63,10 +60,10 @@ TEST(CharacterSet, standardSets) {
         {ZPCharacterSet::punctuationCharacterSet(), u"!-.\u00ab\u2014\u3001", u"#*@a\u20ac"},
         {ZPCharacterSet::controlCharacterSet(), u"\x01\x7f\u009f\u200e", u" a"},
     };
-    for (auto &c : cases) {
-        for (char16_t u : c.members) EXPECT_TRUE(c.set->characterIsMember(u)) << std::hex << unsigned(u);
-        for (char16_t u : c.others) EXPECT_FALSE(c.set->characterIsMember(u)) << std::hex << unsigned(u);
-        EXPECT_EQ(c.set->count(), membersOf(c.set).count());
+    for (auto &[set, members, others] : cases) {
+        for (char16_t u : members) EXPECT_TRUE(set->characterIsMember(u)) << std::hex << unsigned(u);
+        for (char16_t u : others) EXPECT_FALSE(set->characterIsMember(u)) << std::hex << unsigned(u);
+        EXPECT_EQ(set->count(), membersOf(set).count());
     }
 }
 
@@ -232,16 +229,9 @@ TEST(CharacterSet, recordsAndDumps) {
 }
 
 TEST(CharacterSet, numbersInFiles) {
-    for (auto [text, value] : {std::pair{"42"_zp, 42u},
-                               {"  7x"_zp, 7},
-                               {"0x1F"_zp, 31},
-                               {"0XfF "_zp, 255},
-                               {"1A"_zp, 20},
-                               {"-1"_zp, 0},
-                               {""_zp, 0},
-                               {"0x"_zp, 0},
-                               {"\t1"_zp, 0}})
-        EXPECT_EQ(ZPParseIntegerFromString(text), value) << text->cString();
+    for (auto &[text, value] : rows("42 -> 42", "  7x -> 7", "0x1F -> 31", "0XfF  -> 255", "1A -> 20", "-1 -> 0",
+                                    " -> 0", "0x -> 0", "\t1 -> 0"))
+        EXPECT_EQ(ZPParseIntegerFromString(ZPString::stringWithCString(text.c_str())), std::stoul(value)) << text;
 }
 
 // Descriptions that lie: what is no unit is left out, and nothing outside the arrays is read.
@@ -297,10 +287,9 @@ TEST(CharacterSet, bitmaps) {
     ZPCharacterSet *shortened =
         ZPCharacterSet::characterSetWithBitmapRepresentation(ZPData::dataWithBytes_length("\x03", 1));
     EXPECT_EQ(shortened->count(), 2u);
-    ZPString *path = ZPString::stringWithCString(
-        (testing::TempDir() + "set" + std::to_string(std::random_device()()) + ".bitmap").c_str());
+    Directory dir;
+    ZPString *path = dir / "set.bitmap";
     ASSERT_TRUE(letters->bitmapRepresentation()->writeToFile_atomically(path, NO));
     EXPECT_TRUE(ZPCharacterSet::characterSetWithContentsOfFile(path)->isEqual(letters));
-    std::remove(path->cString());
-    EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(path), nullptr);
+    EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(dir / "none.bitmap"), nullptr);
 }

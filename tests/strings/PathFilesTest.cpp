@@ -19,17 +19,15 @@ std::string hostOf(ZPString *path) {
 }
 
 struct PathFiles : testing::Test {
-    fs::path root;
+    Directory dir;
+    fs::path root = fs::canonical(dir.path);
 
     PathFiles() {
-        std::string name = testing::TempDir() + "pathsXXXXXX";
-        root = fs::canonical(mkdtemp(name.data()));
         fs::create_directories(root / "docs/deep/only");
         for (const char *file : {"docs/deep/only/file", "report.txt", "report.doc", "Readme", "RELEASE"})
             std::ofstream(root / file);
         fs::create_directory(root / "reports");
     }
-    ~PathFiles() { fs::remove_all(root); }
     ZPString *path(const char *below = "") { return make(pathOf(root / below)); }
 
     struct Completion {

@@ -25,6 +25,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 /// An autorelease pool around every test of a program.
 struct PoolPerTest : testing::EmptyTestEventListener {
@@ -130,6 +131,26 @@ struct LogCapture {
         });
     }
     ~LogCapture() { _ZPSetLogCStringFunction(nullptr); }
+};
+
+/// A directory of its own that goes away with it.
+struct Directory {
+    std::filesystem::path path;
+    Directory() {
+        std::string name = (std::filesystem::temp_directory_path() / "bedrock-XXXXXX").string();
+        path = mkdtemp(name.data());
+    }
+    ~Directory() { std::filesystem::remove_all(path); }
+    /// The library's path of a file in it.
+    ZPString *operator/(const char *name) const { return ZPString::stringWithCString((path / name).c_str()); }
+    std::string read(const char *name) const {
+        std::ifstream in(path / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    void write(const char *name, const std::string &bytes) const {
+        std::ofstream(path / name, std::ios::binary) << bytes;
+    }
+    unsigned count() const { return unsigned(std::distance(std::filesystem::directory_iterator(path), {})); }
 };
 
 /// A zone that is handed back at its end.

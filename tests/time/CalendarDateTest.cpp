@@ -229,38 +229,42 @@ TEST(Calendar, AClientsZoneMayAskTheDate) {
     ZPTimeZone::setDefaultTimeZone(before);
 }
 
+// Ends the process, which has asked for no zone yet, by what a check prints on the error stream under a zone.
+[[noreturn]] static void printIn(const char *zone, std::function<std::string()> check) {
+    setenv("TZ", zone, 1);
+    tzset();
+    {
+        ZPAutoreleasePoolScope pool;
+        std::fputs(check().c_str(), stderr);
+    }
+    std::_Exit(0);
+}
+
 TEST(HostZone, ItsTableSaysWhatTheCLibrarySays) {
     // In a process of its own: the zone is chosen once.
     if (access("/usr/share/zoneinfo/Europe/Berlin", R_OK) != 0) GTEST_SKIP() << "no time zone database";
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     for (const char *name : {"Europe/Berlin", "America/New_York", "Asia/Kathmandu", ":Australia/Lord_Howe",
                              "EST5EDT4,M3.2.0,M11.1.0", "No/Such_Zone", "../etc/passwd", ""}) {
-        EXPECT_EXIT(
-            {
-                setenv("TZ", name, 1);
-                tzset();
-                ZPAutoreleasePoolScope pool;
-                std::mt19937_64 random(5);
-                int wrong = 0;
-                for (int i = 0; i < 20000; ++i) {
-                    std::time_t t = i % 2 ? std::time_t(random() % 10000000000ull) - 5000000000
-                                          : std::time_t(random() % 4000000000u);
-                    std::tm f;
-                    localtime_r(&t, &f);
-                    ZPCalendarDate *date = ZPCalendarDate::alloc()
-                                               ->initWithTimeIntervalSinceReferenceDate(double(t) - 978307200)
-                                               ->autorelease();
-                    ZPTimeZoneDetail *d = date->timeZoneDetail();
-                    if (d->timeZoneSecondsFromGMT() != f.tm_gmtoff ||
-                        d->isDaylightSavingTimeZone() != (f.tm_isdst > 0) ||
-                        std::string(f.tm_zone) != d->timeZoneAbbreviation()->cString())
-                        ++wrong;
-                }
-                std::fprintf(stderr, "%d wrong", wrong);
-                std::_Exit(0);
-            },
-            testing::ExitedWithCode(0), "^0 wrong")
-            << name;
+        auto countWrong = [] {
+            std::mt19937_64 random(5);
+            int wrong = 0;
+            for (int i = 0; i < 20000; ++i) {
+                std::time_t t =
+                    i % 2 ? std::time_t(random() % 10000000000ull) - 5000000000 : std::time_t(random() % 4000000000u);
+                std::tm f;
+                localtime_r(&t, &f);
+                ZPCalendarDate *date = ZPCalendarDate::alloc()
+                                           ->initWithTimeIntervalSinceReferenceDate(double(t) - 978307200)
+                                           ->autorelease();
+                ZPTimeZoneDetail *d = date->timeZoneDetail();
+                wrong += d->timeZoneSecondsFromGMT() != f.tm_gmtoff ||
+                         d->isDaylightSavingTimeZone() != (f.tm_isdst > 0) ||
+                         ::text(d->timeZoneAbbreviation()) != f.tm_zone;
+            }
+            return std::to_string(wrong) + " wrong";
+        };
+        EXPECT_EXIT(printIn(name, countWrong), testing::ExitedWithCode(0), "^0 wrong") << name;
     }
 }
 
@@ -281,22 +285,15 @@ TEST(HostZone, ATableOverAeonsIsNotIndexed) {
     for (long long time : {-600000000000000LL, 0LL, 600000000000000LL}) number(time, 8);
     file.append(3, 0);
     file += kind + "\nAAA-1\n";
-    std::string path = testing::TempDir() + "bedrock-zone-of-aeons";
-    std::ofstream(path, std::ios::binary) << file;
+    Directory dir;
+    dir.write("aeons", file);
     testing::FLAGS_gtest_death_test_style = "threadsafe";
-    EXPECT_EXIT(
-        {
-            setenv("TZ", path.c_str(), 1);
-            tzset();
-            ZPAutoreleasePoolScope pool;
-            rusage before;
-            rusage after;
-            getrusage(RUSAGE_SELF, &before);
-            std::string zone = shown(ZPCalendarDate::calendarDate(), "%z"_zp);
-            getrusage(RUSAGE_SELF, &after);
-            std::fprintf(stderr, "%s %d", zone.c_str(), after.ru_maxrss - before.ru_maxrss < 100000);
-            std::_Exit(0);
-        },
-        testing::ExitedWithCode(0), "^\\+0100 1");
-    std::remove(path.c_str());
+    auto zoneAndMemory = [] {
+        rusage before, after;
+        getrusage(RUSAGE_SELF, &before);
+        std::string zone = shown(ZPCalendarDate::calendarDate(), "%z"_zp);
+        getrusage(RUSAGE_SELF, &after);
+        return zone + (after.ru_maxrss - before.ru_maxrss < 100000 ? " 1" : " 0");
+    };
+    EXPECT_EXIT(printIn((dir.path / "aeons").c_str(), zoneAndMemory), testing::ExitedWithCode(0), "^\\+0100 1");
 }

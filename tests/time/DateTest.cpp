@@ -88,12 +88,10 @@ TEST(Date, ReadsItsOwnDescription) {
 }
 
 TEST(TimeZone, FixedDistances) {
-    auto name = [](int seconds) { return text(ZPTimeZone::timeZoneForSecondsFromGMT(seconds)->timeZoneName()); };
     ZPTimeZoneDetail *zone = ZPTimeZone::timeZoneForSecondsFromGMT(49530);
-    EXPECT_EQ(name(49530), "GMT+1345");
-    EXPECT_EQ(name(-16200), "GMT-0430");
-    EXPECT_EQ(name(0), "GMT+0000");
-    EXPECT_EQ(name(INT_MIN), "GMT-59652314");
+    for (auto [seconds, name] :
+         {std::pair{49530, "GMT+1345"}, {-16200, "GMT-0430"}, {0, "GMT+0000"}, {INT_MIN, "GMT-59652314"}})
+        EXPECT_EQ(text(ZPTimeZone::timeZoneForSecondsFromGMT(seconds)->timeZoneName()), name);
     EXPECT_EQ(ZPTimeZone::timeZoneForSecondsFromGMT(49500), zone);  // the same hours and minutes
     EXPECT_EQ(ZPTimeZone::timeZoneWithAbbreviation("GMT+1345"_zp), zone);
     EXPECT_EQ(ZPTimeZone::timeZoneWithName("GMT+1345"_zp), nullptr);
