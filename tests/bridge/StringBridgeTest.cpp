@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Strings beside std::string, std::u16string, streams and unordered containers.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/bridge/ZPStringBridge.h>
-#include <Bedrock/strings/ZPMutableString.h>
 #include <support/Objects.h>
 
-#include <sstream>
 #include <unordered_map>
 
 TEST(StringBridge, textsGoThereAndBack) {

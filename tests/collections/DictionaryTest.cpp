@@ -3,11 +3,6 @@
 // only.
 #include "Support.h"
 
-#include <Bedrock/bridge/ZPMemory.h>
-
-#include <map>
-#include <random>
-
 ZP_IMPLEMENT(PlainMutableDictionary, init, initWithCapacity, initWithObjects_forKeys_count, count, objectForKey,
              keyEnumerator, setObject_forKey, removeObjectForKey);
 
@@ -21,25 +16,23 @@ std::map<int, int> contentsOf(ZPDictionary *dictionary) {
 }
 using Contents = std::map<int, int>;
 
+ZPDictionary *makePairs(Class cls, const std::vector<id> &objects, const std::vector<id> &keys) {
+    return objc_msgSend<id>(cls, "dictionaryWithObjects:forKeys:count:"_sel, objects.data(), keys.data(),
+                            unsigned(keys.size()));
+}
+
 struct Dictionary : CollectionTest, testing::WithParamInterface<Class> {
-    ZPDictionary *make(Contents contents) {
-        std::vector<id> objects, keys;
-        for (auto [key, value] : contents) {
-            objects.push_back(TestItem::with(value));
-            keys.push_back(TestItem::with(key));
-        }
-        return objc_msgSend<id>(GetParam(), "dictionaryWithObjects:forKeys:count:"_sel,
-                                static_cast<const id *>(objects.data()), static_cast<const id *>(keys.data()),
-                                unsigned(keys.size()));
+    ZPDictionary *make(const Contents &contents) {
+        Values keys, values;
+        for (auto [key, value] : contents) keys.push_back(key), values.push_back(value);
+        return makePairs(GetParam(), itemsOf(values), itemsOf(keys));
     }
 };
 
 INSTANTIATE_TEST_SUITE_P(Forms, Dictionary,
                          testing::Values(ZPDictionary::class_(), ZPMutableDictionary::class_(),
                                          PlainMutableDictionary::class_()),
-                         [](auto &info) { return info.param->name; });
-
-namespace {
+                         nameOfParameter);
 
 struct Uncopyable : ZPObject {
     ZP_CLASS(Uncopyable)
@@ -51,8 +44,6 @@ ZP_IMPLEMENT(Uncopyable);
     volatile char below[4096];
     for (volatile char &c : below) c = 0x5A;
 }
-
-}  // namespace
 
 using KeysAndElements = CollectionTest;
 TEST_F(KeysAndElements, ThatCannotBeCopiedAreRefused) {
@@ -86,15 +77,11 @@ TEST_P(Dictionary, LooksUp) {
 }
 
 TEST_P(Dictionary, LaterPairsWinAndTheFirstKeyStays) {
-    TestItem *a = TestItem::with(1), *b = TestItem::with(2), *a2 = TestItem::with(1);
-    std::vector<id> keys = {a, b, a2}, objects = {TestItem::with(10), TestItem::with(20), TestItem::with(30)};
+    std::vector<id> keys = itemsOf({1, 2, 1}), objects = itemsOf({10, 20, 30});
     TestItem::copies = 0;
-    ZPDictionary *dictionary =
-        objc_msgSend<id>(GetParam(), "dictionaryWithObjects:forKeys:count:"_sel,
-                         static_cast<const id *>(objects.data()), static_cast<const id *>(keys.data()), 3u);
-    EXPECT_EQ(contentsOf(dictionary), (Contents{{1, 30}, {2, 20}}));
+    EXPECT_EQ(contentsOf(makePairs(GetParam(), objects, keys)), (Contents{{1, 30}, {2, 20}}));
     EXPECT_GE(TestItem::copies, 2) << "keys are copies";
-    EXPECT_EQ(a->retainCount(), 1u);
+    EXPECT_EQ(keys[0]->retainCount(), 1u);
 }
 
 TEST_P(Dictionary, KeysAndValues) {
@@ -105,33 +92,28 @@ TEST_P(Dictionary, KeysAndValues) {
         EXPECT_EQ(dictionary->objectForKey(keys->objectAtIndex(i)), values->objectAtIndex(i));
     EXPECT_EQ(valuesOf(dictionary->objectEnumerator()), valuesOf(values));
     EXPECT_EQ(valuesOf(dictionary->keyEnumerator()), valuesOf(keys));
-    EXPECT_EQ(valuesOf(dictionary->allKeysForObject(TestItem::with(10))->sortedArrayUsingSelector("compare:"_sel)),
-              (Values{1, 3}));
-    EXPECT_EQ(dictionary->countForObject(TestItem::with(10)), 2u);
-    EXPECT_TRUE(dictionary->containsObject(TestItem::with(20)));
-    EXPECT_FALSE(dictionary->containsObject(TestItem::with(30)));
-    EXPECT_EQ(valuesOf(dictionary->objectsForKeys_notFoundMarker(
-                  ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(9)), TestItem::with(-5))),
-              (Values{20, -5}));
+    TestItem *ten = TestItem::with(10), *thirty = TestItem::with(30), *absent = TestItem::with(-5);
+    EXPECT_EQ(valuesOf(dictionary->allKeysForObject(ten)->sortedArrayUsingSelector("compare:"_sel)), (Values{1, 3}));
+    EXPECT_EQ(dictionary->countForObject(ten), 2u);
+    EXPECT_TRUE(dictionary->containsObject(ten) && !dictionary->containsObject(thirty));
+    ZPArray *asked = ZPArray::arrayWithObjects(TestItem::with(2), TestItem::with(9));
+    EXPECT_EQ(valuesOf(dictionary->objectsForKeys_notFoundMarker(asked, absent)), (Values{20, -5}));
     id o[3], k[3];
     dictionary->getObjects_forKeys(o, k);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(dictionary->objectForKey(k[i]), o[i]);
-    EXPECT_EQ(valuesOf(make({{1, 30}, {2, 10}, {3, 20}})->keysSortedByValueUsingSelector("compare:"_sel)),
-              (Values{2, 3, 1}));
-    EXPECT_EQ(contentsOf(make({{1, 30}, {2, 10}})->invertedDictionary()), (Contents{{30, 1}, {10, 2}}));
+    dictionary = make({{1, 30}, {2, 10}, {3, 20}});
+    EXPECT_EQ(valuesOf(dictionary->keysSortedByValueUsingSelector("compare:"_sel)), (Values{2, 3, 1}));
+    EXPECT_EQ(contentsOf(dictionary->invertedDictionary()), (Contents{{30, 1}, {10, 2}, {20, 3}}));
 }
 
 TEST_P(Dictionary, Equality) {
-    Contents contents{{1, 10}, {2, 20}};
-    ZPDictionary *dictionary = make(contents);
+    ZPDictionary *dictionary = make({{1, 10}, {2, 20}});
     for (Class cls : {ZPDictionary::class_(), ZPMutableDictionary::class_(), PlainMutableDictionary::class_()}) {
         ZPDictionary *other = objc_msgSend<id>(cls, "dictionaryWithDictionary:"_sel, dictionary);
-        EXPECT_TRUE(dictionary->isEqual(other)) << cls->name;
-        EXPECT_TRUE(other->isEqual(dictionary)) << cls->name;
+        EXPECT_TRUE(dictionary->isEqual(other) && other->isEqual(dictionary)) << cls->name;
     }
-    EXPECT_FALSE(dictionary->isEqual(make({{1, 10}, {2, 21}})));
-    EXPECT_FALSE(dictionary->isEqual(make({{1, 10}, {3, 20}})));
-    EXPECT_FALSE(dictionary->isEqual(make({{1, 10}})));
+    for (const Contents &other : {Contents{{1, 10}, {2, 21}}, {{1, 10}, {3, 20}}, {{1, 10}}})
+        EXPECT_FALSE(dictionary->isEqual(make(other)));
     EXPECT_FALSE(dictionary->isEqual(nullptr));
 }
 
@@ -142,13 +124,10 @@ TEST_P(Dictionary, Copies) {
     EXPECT_EQ(mutableCopy->objectForKey(TestItem::with(1)), value);
     EXPECT_TRUE(copy->isEqual(dictionary));
     EXPECT_STREQ(copy->isa->name, "ZPConcreteDictionary");
-    if (GetParam() == ZPDictionary::class_()) {
-        EXPECT_EQ(copy, dictionary);
-    } else {
-        EXPECT_NE(copy->objectForKey(TestItem::with(1)), value);
-    }
-    ZPRef<ZPDictionary> withCopies =
-        ZPAdopt<ZPDictionary>(ZPDictionary::alloc()->initWithDictionary_copyItems(dictionary, YES));
+    bool immutable = GetParam() == ZPDictionary::class_();
+    EXPECT_EQ(copy == dictionary, immutable);
+    EXPECT_EQ(copy->objectForKey(TestItem::with(1)) == value, immutable);
+    auto withCopies = ZPAdopt<ZPDictionary>(ZPDictionary::alloc()->initWithDictionary_copyItems(dictionary, YES));
     EXPECT_EQ(withCopies->objectForKey(TestItem::with(1))->retainCount(), 1u);
     EXPECT_EQ(make({})->copy(), id(ZPDictionary::dictionary()));
     ZPRef<ZPMutableDictionary> empty = ZPAdopt<ZPMutableDictionary>(make({})->mutableCopy());
@@ -161,7 +140,7 @@ struct MutableDictionary : Dictionary {
 };
 INSTANTIATE_TEST_SUITE_P(Forms, MutableDictionary,
                          testing::Values(ZPMutableDictionary::class_(), PlainMutableDictionary::class_()),
-                         [](auto &info) { return info.param->name; });
+                         nameOfParameter);
 
 TEST_P(MutableDictionary, Changes) {
     ZPMutableDictionary *dictionary = make({{1, 10}, {2, 20}, {3, 30}});
@@ -207,43 +186,35 @@ TEST_F(ConcreteDictionary, ReferencesAreKeptOnce) {
     TestItem *key = TestItem::with(1), *v1 = TestItem::with(10), *v2 = TestItem::with(20);
     ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
     dictionary->setObject_forKey(v1, key);
-    EXPECT_EQ(key->retainCount(), 1u) << "a copy is the key";
-    dictionary->setObject_forKey(v2, key);
-    EXPECT_EQ(v1->retainCount(), 1u);
-    EXPECT_EQ(v2->retainCount(), 2u);
-    dictionary->setObject_forKey(v2, key);
-    EXPECT_EQ(v2->retainCount(), 2u);
+    EXPECT_EQ(retained(key, v1), (Counts{1, 2})) << "a copy is the key";
+    for (int i = 0; i < 2; ++i) {
+        dictionary->setObject_forKey(v2, key);
+        EXPECT_EQ(retained(key, v1, v2), (Counts{1, 1, 2}));
+    }
 }
 
 TEST_F(ConcreteDictionary, Errors) {
-    auto message = [](const char *method, const char *what) {
-        return std::string("ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary ") + method +
-               "]: attempt to " + what;
+    auto message = [](const std::string &method, const std::string &what) {
+        return invalid("-[ZPConcreteMutableDictionary " + method + "]: " + what);
     };
     ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
-    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, nullptr); }),
-              message("setObject:forKey:", "insert nil key"));
-    EXPECT_EQ(raised([&] { dictionary->setObject_forKey(nullptr, "k"_zp); }),
-              message("setObject:forKey:", "insert nil value"));
-    EXPECT_EQ(raised([&] { dictionary->removeObjectForKey(nullptr); }),
-              message("removeObjectForKey:", "remove nil key"));
+    EXPECT_RAISES(message("setObject:forKey:", "attempt to insert nil key"),
+                  dictionary->setObject_forKey(nullptr, nullptr));
+    EXPECT_RAISES(message("setObject:forKey:", "attempt to insert nil value"),
+                  dictionary->setObject_forKey(nullptr, "k"_zp));
+    EXPECT_RAISES(message("removeObjectForKey:", "attempt to remove nil key"), dictionary->removeObjectForKey(nullptr));
     id objects[] = {TestItem::with(1), nullptr}, keys[] = {TestItem::with(2), TestItem::with(3)};
-    EXPECT_EQ(raised([&] { ZPMutableDictionary::dictionaryWithObjects_forKeys_count(objects, keys, 2); }),
-              message("initWithObjects:forKeys:count:", "insert nil value"));
-    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjects_forKeys_count(keys, objects, 0x8000000); }),
-              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:count:]: absurd count: "
-              "134217728");
-    EXPECT_EQ(
-        raised([&] { ZPMutableDictionary::dictionaryWithCapacity(0x8000000); }),
-        "ZPInvalidArgumentException: *** -[ZPConcreteMutableDictionary initWithCapacity:]: absurd capacity: 134217728");
-    EXPECT_EQ(raised([&] { ZPDictionary::dictionaryWithObjectsAndKeys("a"_zp, "b"_zp, "c"_zp); }),
-              "ZPInvalidArgumentException: *** +[ZPDictionary dictionaryWithObjectsAndKeys:]: "
-              "second object of each pair must be non-nil");
-    EXPECT_EQ(raised([&] {
-                  ZPDictionary::dictionaryWithObjects_forKeys(ZPArray::arrayWithObjects("a"_zp), ZPArray::array());
-              }),
-              "ZPInvalidArgumentException: *** -[ZPConcreteDictionary initWithObjects:forKeys:]: "
-              "number of objects (1) not equal to number of keys (0)");
+    EXPECT_RAISES(message("initWithObjects:forKeys:count:", "attempt to insert nil value"),
+                  ZPMutableDictionary::dictionaryWithObjects_forKeys_count(objects, keys, 2));
+    EXPECT_RAISES(invalid("-[ZPConcreteDictionary initWithObjects:forKeys:count:]: absurd count: 134217728"),
+                  ZPDictionary::dictionaryWithObjects_forKeys_count(keys, objects, 0x8000000));
+    EXPECT_RAISES(message("initWithCapacity:", "absurd capacity: 134217728"),
+                  ZPMutableDictionary::dictionaryWithCapacity(0x8000000));
+    EXPECT_RAISES(invalid("+[ZPDictionary dictionaryWithObjectsAndKeys:]: second object of each pair must be non-nil"),
+                  ZPDictionary::dictionaryWithObjectsAndKeys("a"_zp, "b"_zp, "c"_zp));
+    EXPECT_RAISES(invalid("-[ZPConcreteDictionary initWithObjects:forKeys:]: number of objects (1) not equal to number "
+                          "of keys (0)"),
+                  ZPDictionary::dictionaryWithObjects_forKeys(ZPArray::arrayWithObjects("a"_zp), ZPArray::array()));
 }
 
 TEST_F(ConcreteDictionary, AnEnumeratorKeepsItsDictionaryUntilTheEnd) {

@@ -2,13 +2,7 @@
 // The storage forms of the clusters, so that one suite runs over all of them.
 #pragma once
 
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/collections/ZPSet.h>
 #include <support/Objects.h>
-
-#include <utility>
-#include <vector>
 
 inline unsigned inBounds(unsigned index, std::size_t bound) {
     if (index >= bound) ZPException::raise_format(ZPRangeException, "beyond bounds"_zp);
@@ -110,16 +104,10 @@ struct PlainMutableSet : ZPMutableSet {
     }
 };
 
-inline std::vector<id> itemsOf(std::initializer_list<int> values) {
+inline std::vector<id> itemsOf(const std::vector<int> &values) {
     std::vector<id> items;
     for (int value : values) items.push_back(TestItem::with(value));
     return items;
-}
-
-inline std::vector<int> valuesOf(ZPArray *array) {
-    std::vector<int> values;
-    for (unsigned i = 0; i < array->count(); ++i) values.push_back(valueOf(array->objectAtIndex(i)));
-    return values;
 }
 
 inline std::vector<int> valuesOf(ZPEnumerator *e) {
@@ -128,7 +116,20 @@ inline std::vector<int> valuesOf(ZPEnumerator *e) {
     return values;
 }
 
+inline std::vector<int> valuesOf(ZPArray *array) {
+    std::vector<int> values;
+    for (unsigned i = 0; i < array->count(); ++i) values.push_back(valueOf(array->objectAtIndex(i)));
+    return values;
+}
+
 using Values = std::vector<int>;
+
+/// An array, or a set, of a class.
+template <class C = ZPArray> C *make(Class cls, SEL maker, const std::vector<id> &items) {
+    return objc_msgSend<id>(cls, maker, items.data(), unsigned(items.size()));
+}
+
+const auto nameOfParameter = [](auto &info) { return info.param->name; };
 
 /// A pool around each test, and a check that every test item is gone after it.
 struct CollectionTest : testing::Test {

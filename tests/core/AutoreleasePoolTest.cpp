@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Autorelease pools: order, nesting, pages, reports, errors inside a pop, threads.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/strings/ZPString.h>
 #include <support/Objects.h>
-
-#include <algorithm>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -37,27 +27,33 @@ Mortal *make(int name) {
     return m;
 }
 
-std::string logged;
-
 struct Pools : testing::Test {
-    void SetUp() override {
+    LogCapture log;
+    Pools() {
         ZPAutoreleasePool::releaseAllPools();
+        ZPPushAutoreleasePool(0);
         died.clear();
-        logged.clear();
-        _ZPSetLogCStringFunction([](const char *bytes, unsigned length, BOOL) { logged.append(bytes, length); });
     }
-    void TearDown() override {
-        _ZPSetLogCStringFunction(nullptr);
-        ZPAutoreleasePool::releaseAllPools();
-    }
+    ~Pools() { ZPAutoreleasePool::releaseAllPools(); }
     static unsigned perPage() { return (ZPPageSize() - 24) / 8; }
 };
+
+struct Popper : ZPObject {
+    ZP_CLASS(Popper)
+    unsigned _outer;
+    void dealloc() {
+        ZPPopAutoreleasePool(_outer);
+        objc_super<Popper>(this).send("dealloc"_sel);
+    }
+};
+ZP_IMPLEMENT(Popper, dealloc);
 
 using Died = std::vector<int>;
 
 }  // namespace
 
 TEST_F(Pools, ReleaseNewestFirstAndWithTheOuterPoolTheInner) {
+    ZPAutoreleasePool::releaseAllPools();
     EXPECT_EQ(ZPPushAutoreleasePool(0), 0u);
     unsigned outer = ZPPushAutoreleasePool(0);
     make(1)->autorelease();
@@ -73,7 +69,6 @@ TEST_F(Pools, ReleaseNewestFirstAndWithTheOuterPoolTheInner) {
 }
 
 TEST_F(Pools, WhatReleasesAutoreleaseGoesWithTheSamePop) {
-    ZPPushAutoreleasePool(0);
     unsigned inner = ZPPushAutoreleasePool(0);
     Mortal *first = make(1);
     first->_heir = make(2);
@@ -84,7 +79,6 @@ TEST_F(Pools, WhatReleasesAutoreleaseGoesWithTheSamePop) {
 }
 
 TEST_F(Pools, SpanPagesAndReuseThem) {
-    ZPPushAutoreleasePool(0);
     unsigned many = 3 * perPage() + 1;
     for (int round = 0; round < 3; ++round) {
         unsigned token = ZPPushAutoreleasePool(0);
@@ -134,7 +128,6 @@ TEST_F(Pools, AddObjectToAnOuterPoolKeepsEveryOtherWhereItWas) {
 }
 
 TEST_F(Pools, APoolThatBeginsOnAnEmptyPageReleasesNothingOfOuterPools) {
-    ZPPushAutoreleasePool(0);
     ZPAutoreleasePool *outer = ZPAutoreleasePool::new_();
     Mortal *filler = make(0);
     for (unsigned i = 0; i + 1 < perPage(); ++i) filler->retain()->autorelease();
@@ -149,20 +142,6 @@ TEST_F(Pools, APoolThatBeginsOnAnEmptyPageReleasesNothingOfOuterPools) {
     EXPECT_EQ(died, (Died{9}));
     filler->release();
 }
-
-namespace {
-
-struct Popper : ZPObject {
-    ZP_CLASS(Popper)
-    unsigned _outer;
-    void dealloc() {
-        ZPPopAutoreleasePool(_outer);
-        objc_super<Popper>(this).send("dealloc"_sel);
-    }
-};
-ZP_IMPLEMENT(Popper, dealloc);
-
-}  // namespace
 
 TEST_F(Pools, AReleaseMayPopOuterPools) {
     for (unsigned outer : {1u, 0u}) {
@@ -186,10 +165,11 @@ TEST_F(Pools, AReleaseMayPopOuterPools) {
 }
 
 TEST_F(Pools, NoPoolIsReportedAndLeaks) {
+    ZPAutoreleasePool::releaseAllPools();
     Mortal *m = make(1);
     m->autorelease();
-    EXPECT_NE(logged.find("*** _ZPAutoreleaseNoPool(): Object 0x"), std::string::npos);
-    EXPECT_NE(logged.find("of class Mortal autoreleased with no pool in place - just leaking\n"), std::string::npos);
+    EXPECT_HAS(log.text, "*** _ZPAutoreleaseNoPool(): Object 0x");
+    EXPECT_HAS(log.text, "of class Mortal autoreleased with no pool in place - just leaking\n");
     ZPPopAutoreleasePool(ZPPushAutoreleasePool(0));
     EXPECT_EQ(m->retainCount(), 1u);
     m->release();
@@ -210,14 +190,13 @@ TEST_F(Pools, AnExceptionStopsThePopAndGoesNoFurther) {
         EXPECT_NO_THROW(ZPPopAutoreleasePool(inner));
         EXPECT_EQ(died, (Died{3, 2}));
         std::string report = "Exception ignored while releasing an object in an autorelease pool: ";
-        EXPECT_NE(logged.find(report + reports[raises - 1]), std::string::npos) << logged;
+        EXPECT_HAS(log.text, report + reports[raises - 1]);
         ZPPopAutoreleasePool(0);
         EXPECT_EQ(died, (Died{3, 2, 1}));
     }
 }
 
 TEST_F(Pools, SettingsOfTheThread) {
-    ZPPushAutoreleasePool(0);
     Mortal *m = make(1);
     ZPAutoreleasePool::enableRelease(NO);
     unsigned token = ZPPushAutoreleasePool(0);
@@ -236,7 +215,7 @@ TEST_F(Pools, SettingsOfTheThread) {
     for (int i = 0; i < 125; ++i) ZPObject::new_()->autorelease();
     std::string reports = testing::internal::GetCapturedStderr();
     for (const char *line : {"_ZPAutoreleaseHighWaterLog(): 100 objects in top", "(): 110 objects", "(): 120 objects"})
-        EXPECT_NE(reports.find(line), std::string::npos) << line;
+        EXPECT_HAS(reports, line) << line;
     EXPECT_EQ(reports.find("(): 101"), std::string::npos);
     EXPECT_EQ(ZPAutoreleasePool::totalAutoreleasedObjects(), 125u);
     ZPPopAutoreleasePool(token);
@@ -244,14 +223,12 @@ TEST_F(Pools, SettingsOfTheThread) {
     ZPObject::new_()->autorelease();
     testing::internal::CaptureStderr();
     ZPPrintAutoreleasePools();
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("Pool (level = 0): 1 objects ====================\n\t0x"),
-              std::string::npos);
+    EXPECT_HAS(testing::internal::GetCapturedStderr(), "Pool (level = 0): 1 objects ====================\n\t0x");
 }
 
 TEST_F(Pools, PoolObjectsRefuseToBeShared) {
-    ZPPushAutoreleasePool(0);
     ZPAutoreleasePool *pool = ZPAutoreleasePool::new_();
-    EXPECT_EQ(reasonOf([&] { pool->retain(); }), "*** -[ZPAutoreleasePool retain]: Cannot retain an autorelease pool");
+    EXPECT_REASON("*** -[ZPAutoreleasePool retain]: Cannot retain an autorelease pool", pool->retain());
     EXPECT_THROW(pool->autorelease(), ZPException *);
     pool->release();
 }

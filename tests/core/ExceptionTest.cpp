@@ -1,27 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Exceptions, handler records, assertions, the log, names and messages of the root class.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPAssertionHandler.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/core/ZPNames.h>
-#include <Bedrock/core/ZPProxy.h>
-#include <Bedrock/strings/ZPString.h>
 #include <support/Objects.h>
 
-#include <functional>
-#include <string>
-#include <utility>
-
 namespace {
-
-std::string logged;
-BOOL loggedBanner;
-void keepLog(const char *bytes, unsigned length, BOOL banner) {
-    logged.append(bytes, length);
-    loggedBanner = banner;
-}
 
 struct Abstract : ZPObject {
     ZP_CLASS(Abstract)
@@ -40,13 +21,22 @@ struct Cleanup {
     ~Cleanup() { ++count; }
 };
 
-struct Errors : testing::Test {
-    void SetUp() override {
-        logged.clear();
-        _ZPSetLogCStringFunction(keepLog);
-    }
-    void TearDown() override { _ZPSetLogCStringFunction(nullptr); }
+struct Unspeakable : ZPObject {
+    ZP_CLASS(Unspeakable)
+    ZPString *description() { ZPException::raise_format(ZPGenericException, "no words for %d"_zp, 3); }
 };
+ZP_IMPLEMENT(Unspeakable, description);
+
+struct Errors : testing::Test {
+    LogCapture log;
+};
+
+void uncaught(ZPUncaughtExceptionHandler *handler, void (*raise)()) {
+    ZPPushAutoreleasePool(0);
+    if (handler) ZPSetUncaughtExceptionHandler(handler);
+    [&]() noexcept { raise(); }();
+}
+void raiseFour() { ZPException::raise_format(ZPRangeException, "four"_zp); }
 
 }  // namespace
 
@@ -114,7 +104,7 @@ TEST_F(Errors, MessagesOfTheRootClass) {
     };
     for (auto &[body, reason] : cases)
         EXPECT_EQ(raised(body), std::string("ZPInvalidArgumentException: *** ") + reason);
-    EXPECT_EQ(logged.find("*** -[ZPObject fly:]: selector not recognized"), 0u);
+    EXPECT_EQ(log.text.find("*** -[ZPObject fly:]: selector not recognized"), 0u);
     proxy->release();
     EXPECT_EQ(ZPClassObject(ZPObject::class_())->retainCount(), 0xFFFFFFFFu);
     EXPECT_STREQ(ZPClassObject(Partial::class_())->description()->cString(), "Partial");
@@ -122,16 +112,16 @@ TEST_F(Errors, MessagesOfTheRootClass) {
 
 TEST_F(Errors, AssertionsLogWhereAndRaise) {
     Partial *object = Partial::new_()->autorelease();
-    EXPECT_EQ(raised([&] { object->check(4); }), "ZPInternalInconsistencyException: 4 is too much");
-    EXPECT_EQ(logged.find("*** Assertion failure in -[Partial check:], "), 0u) << logged;
-    EXPECT_EQ(raised([&] { ZPCAssert(1 > 2, "no"_zp); }), "ZPInternalInconsistencyException: no");
-    EXPECT_NE(logged.find("*** Assertion failure in operator()(), "), std::string::npos) << logged;
+    EXPECT_RAISES("ZPInternalInconsistencyException: 4 is too much", object->check(4));
+    EXPECT_EQ(log.text.find("*** Assertion failure in -[Partial check:], "), 0u) << log.text;
+    EXPECT_RAISES("ZPInternalInconsistencyException: no", ZPCAssert(1 > 2, "no"_zp));
+    EXPECT_HAS(log.text, "*** Assertion failure in operator()(), ");
 }
 
 TEST_F(Errors, TheLogWritesOneLine) {
     ZPLog("%@ and %s"_zp, "x"_zp, "y");
-    EXPECT_EQ(logged, "x and y");
-    EXPECT_TRUE(loggedBanner);
+    EXPECT_EQ(log.text, "x and y");
+    EXPECT_TRUE(log.banner);
     _ZPSetLogCStringFunction(nullptr);
     for (ZPString *text : {"abc"_zp, "abc\n"_zp}) {
         testing::internal::CaptureStderr();
@@ -139,7 +129,7 @@ TEST_F(Errors, TheLogWritesOneLine) {
         std::string line = testing::internal::GetCapturedStderr();
         EXPECT_EQ(line.substr(3, 1), " ");
         EXPECT_EQ(line.substr(9, 1), ":");
-        EXPECT_NE(line.find("test_core["), std::string::npos) << line;
+        EXPECT_HAS(line, "test_core[");
         EXPECT_EQ(line.substr(line.size() - 6), "] abc\n");
     }
     testing::internal::CaptureStderr();
@@ -150,20 +140,10 @@ TEST_F(Errors, TheLogWritesOneLine) {
     EXPECT_EQ(testing::internal::GetCapturedStderr().size(), 1023u);
 }
 
-namespace {
-
-struct Unspeakable : ZPObject {
-    ZP_CLASS(Unspeakable)
-    ZPString *description() { ZPException::raise_format(ZPGenericException, "no words for %d"_zp, 3); }
-};
-ZP_IMPLEMENT(Unspeakable, description);
-
-}  // namespace
-
 TEST_F(Errors, AnExceptionOutlivesTheLogThatMetIt) {
     ZPRef<Unspeakable> it = ZPAdopt(Unspeakable::new_());
-    EXPECT_EQ(reasonOf([&] { ZPLog("%@"_zp, it.get()); }), "no words for 3");
-    EXPECT_EQ(logged, "");
+    EXPECT_REASON("no words for 3", ZPLog("%@"_zp, it.get()));
+    EXPECT_EQ(log.text, "");
 }
 
 TEST_F(Errors, NamesBothWays) {
@@ -178,17 +158,6 @@ TEST_F(Errors, NamesBothWays) {
         EXPECT_FALSE(ZPBOOLFromString(no));
     EXPECT_STREQ(_ZPFullMethodName(Partial::class_(), "x"_sel)->cString(), "+[Partial x]");
 }
-
-namespace {
-
-void uncaught(ZPUncaughtExceptionHandler *handler, void (*raise)()) {
-    ZPPushAutoreleasePool(0);
-    if (handler) ZPSetUncaughtExceptionHandler(handler);
-    [&]() noexcept { raise(); }();
-}
-void raiseFour() { ZPException::raise_format(ZPRangeException, "four"_zp); }
-
-}  // namespace
 
 TEST(UncaughtDeathTest, IsLoggedAndEndsTheProcess) {
     EXPECT_DEATH(uncaught(nullptr, raiseFour), "\\*\\*\\* Uncaught exception: <ZPRangeException> four\nstack: 0x");

@@ -1,15 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Counting: in the header, in the side table for objects that lie elsewhere, in words of the instance,
 // and under threads.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/strings/ZPString.h>
 #include <support/Objects.h>
-
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -42,32 +34,19 @@ struct Watched : ZPObject {
 };
 ZP_IMPLEMENT(Watched, retain);
 
-std::string logged;
-void keepLog(const char *bytes, unsigned length, BOOL) { logged.append(bytes, length); }
-
 }  // namespace
 
-TEST(ReferenceCount, LastReleaseDeallocatesOnce) {
+TEST(ReferenceCount, EachReleaseCountsAndOverridesAreNotPassedBy) {
     deallocated = 0;
     Plain *object = Plain::new_();
-    EXPECT_EQ(object->retainCount(), 1u);
-    for (unsigned i = 2; i <= 5; ++i) {
-        EXPECT_EQ(object->retain(), object);
-        EXPECT_EQ(object->retainCount(), i);
-    }
-    for (int i = 0; i < 4; ++i) objc_msgSend(object, "release"_sel);
-    EXPECT_EQ(object->retainCount(), 1u);
+    EXPECT_EQ(object->retain(), object);
+    objc_msgSend(object, "release"_sel);
     EXPECT_EQ(deallocated, 0);
     object->release();
     EXPECT_EQ(deallocated, 1);
-}
-
-TEST(ReferenceCount, OverridesAreNotPassedBy) {
-    Watched *object = Watched::new_();
-    object->retain();
-    id(object)->retain();
-    EXPECT_EQ(object->_retains, 2);
-    for (int i = 0; i < 3; ++i) object->release();
+    ZPRef<Watched> watched = ZPAdopt(Watched::new_());
+    for (id each : {watched->retain(), id(watched)->retain()}) each->release();
+    EXPECT_EQ(watched->_retains, 2);
 }
 
 TEST(ReferenceCount, SideTableGrowsShrinksAndKeepsClusters) {
@@ -96,17 +75,15 @@ TEST(ReferenceCount, SideTableGrowsShrinksAndKeepsClusters) {
 }
 
 TEST(ReferenceCount, SaturatesAndStays) {
-    logged.clear();
-    _ZPSetLogCStringFunction(keepLog);
+    LogCapture log;
     Plain *object = Plain::new_();
     objc_headerOf(object)->extraReferences = 0xFFFFFFFE;
     object->retain();
-    EXPECT_EQ(logged, "");
+    EXPECT_EQ(log.text, "");
     object->retain();
-    EXPECT_NE(logged.find("*** Reference count overflow for '<Plain: 0x"), std::string::npos);
+    EXPECT_HAS(log.text, "*** Reference count overflow for '<Plain: 0x");
     object->release();
     EXPECT_EQ(ZPExtraRefCount(object), 0xFFFFFFFFu);
-    _ZPSetLogCStringFunction(nullptr);
     objc_headerOf(object)->extraReferences = 0;
     object->release();
 }
@@ -135,23 +112,19 @@ TEST(ReferenceCount, ThreadsLoseNothing) {
     Plain *object = Plain::new_();
     static Fixed fixed;
     fixed.isa = Fixed::class_();
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t)
-        threads.emplace_back([&] {
-            for (int i = 0; i < 20000; ++i) {
-                object->retain();
-                fixed.retain();
-                _ZPIncrementInternalRefCount(object, &object->_word, 0xFFFFFFFF, nullptr);
-            }
-            for (int i = 0; i < 20000; ++i) {
-                object->release();
-                fixed.release();
-                _ZPDecrementInternalRefCountWasZero(object, &object->_word, 0xFFFFFFFF, nullptr);
-            }
-        });
-    for (auto &t : threads) t.join();
-    EXPECT_EQ(object->retainCount(), 1u);
-    EXPECT_EQ(fixed.retainCount(), 1u);
+    onThreads(8, [&](int) {
+        for (int i = 0; i < 20000; ++i) {
+            object->retain();
+            fixed.retain();
+            _ZPIncrementInternalRefCount(object, &object->_word, 0xFFFFFFFF, nullptr);
+        }
+        for (int i = 0; i < 20000; ++i) {
+            object->release();
+            fixed.release();
+            _ZPDecrementInternalRefCountWasZero(object, &object->_word, 0xFFFFFFFF, nullptr);
+        }
+    });
+    EXPECT_EQ(retained(object, &fixed), (Counts{1, 1}));
     EXPECT_EQ(object->_word, 0u);
     object->release();
     EXPECT_EQ(deallocated, 1);

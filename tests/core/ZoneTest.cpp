@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Zones, pages and zombies.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/strings/ZPString.h>
 #include <support/Objects.h>
-
-#include <cstring>
-#include <random>
-#include <string>
-#include <vector>
 
 TEST(Zone, BlocksKeepTheirBytesAndTheirZone) {
     ZPZone *zone = ZPCreateZone(0, 0, YES);
@@ -20,37 +10,39 @@ TEST(Zone, BlocksKeepTheirBytesAndTheirZone) {
         unsigned char *p;
         std::size_t size;
         unsigned char mark;
+        bool isWhole(std::size_t n) {
+            return std::all_of(p, p + n, [this](unsigned char c) { return c == mark; });
+        }
     };
     std::vector<Piece> pieces;
     for (int i = 0; i < 3000; ++i) {
-        if (!pieces.empty() && random() % 3 == 0) {
-            std::size_t at = random() % pieces.size();
-            Piece &piece = pieces[at];
-            for (std::size_t k = 0; k < piece.size; ++k) ASSERT_EQ(piece.p[k], piece.mark);
-            if (random() % 2) {
-                std::size_t size = random() % 9000 + 1;
-                piece.p = static_cast<unsigned char *>(ZPZoneRealloc(zone, piece.p, size));
-                for (std::size_t k = 0; k < std::min(size, piece.size); ++k) ASSERT_EQ(piece.p[k], piece.mark);
-                piece.size = size;
-                std::memset(piece.p, piece.mark, size);
-            } else {
-                ZPZoneFree(zone, piece.p);
-                pieces.erase(pieces.begin() + at);
-            }
-        } else {
+        if (pieces.empty() || random() % 3) {
             std::size_t size = random() % 5000;
             auto *p = static_cast<unsigned char *>(ZPZoneMalloc(zone, size));
             ASSERT_EQ(reinterpret_cast<std::uintptr_t>(p) % 16, 0u);
             ASSERT_EQ(ZPZoneFromPointer(p), zone);
             std::memset(p, i & 255, size);
             pieces.push_back({p, size, static_cast<unsigned char>(i)});
+            continue;
+        }
+        std::size_t at = random() % pieces.size(), size = random() % 9000 + 1;
+        Piece &piece = pieces[at];
+        ASSERT_TRUE(piece.isWhole(piece.size));
+        if (random() % 2) {
+            piece.p = static_cast<unsigned char *>(ZPZoneRealloc(zone, piece.p, size));
+            ASSERT_TRUE(piece.isWhole(std::min(size, piece.size)));
+            piece.size = size;
+            std::memset(piece.p, piece.mark, size);
+        } else {
+            ZPZoneFree(zone, piece.p);
+            pieces.erase(pieces.begin() + at);
         }
     }
     // After the zone is handed back its blocks are the default zone's, and live on.
     ZPRecycleZone(zone);
     for (Piece &piece : pieces) {
         ASSERT_EQ(ZPZoneFromPointer(piece.p), ZPDefaultMallocZone());
-        for (std::size_t k = 0; k < piece.size; ++k) ASSERT_EQ(piece.p[k], piece.mark);
+        ASSERT_TRUE(piece.isWhole(piece.size));
         ZPZoneFree(nullptr, piece.p);
     }
     ZPRecycleZone(nullptr);
@@ -85,22 +77,15 @@ TEST(Pages, RoundAndFail) {
     ZPCopyMemoryPages(pages, pages + 1, 6);
     EXPECT_STREQ(pages, "hhello");
     ZPDeallocateMemoryPages(pages, 3 * page);
-    EXPECT_EQ(reasonOf([] { ZPAllocateMemoryPages(0); }), "*** ZPAllocateMemoryPages(0) failed");
-    EXPECT_EQ(ZPLog2(0), 0);
-    EXPECT_EQ(ZPLog2(1), 0);
-    EXPECT_EQ(ZPLog2(4096), 12);
-    EXPECT_EQ(ZPLog2(0x80000001u), 31);
+    EXPECT_REASON("*** ZPAllocateMemoryPages(0) failed", ZPAllocateMemoryPages(0));
+    for (auto [n, log] : {std::pair{0u, 0}, {1u, 0}, {4096u, 12}, {0x80000001u, 31}}) EXPECT_EQ(ZPLog2(n), log);
 }
 
-namespace {
-std::string logged;
-void keepLog(const char *bytes, unsigned length, BOOL) { logged.append(bytes, length); }
 struct Ghost : ZPObject {
     ZP_CLASS(Ghost)
     std::string _text = "fields end with the object";
 };
 ZP_IMPLEMENT(Ghost);
-}  // namespace
 
 TEST(Zombie, ReportsEveryMessageToAFreedObject) {
     ZPZombieEnabled = YES;
@@ -111,21 +96,16 @@ TEST(Zombie, ReportsEveryMessageToAFreedObject) {
     EXPECT_STREQ(ghost->isa->name, "ZPZombie_Ghost");
     EXPECT_EQ(ghost->isa, second->isa);
     EXPECT_EQ(objc_getClass("ZPZombie_Ghost"), ghost->isa);
-    struct {
-        const char *selector, *caught;
-    } cases[] = {{"bar", "methodSignatureForSelector:"}, {"retain", "retain"}, {"autorelease", "autorelease"}};
-    for (auto &c : cases) {
-        logged.clear();
-        _ZPSetLogCStringFunction(keepLog);
-        char report[300];
-        std::snprintf(
-            report, sizeof report,
-            "*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\nBreak at '-[_ZPZombie %s]' to debug.",
-            c.selector, reinterpret_cast<unsigned long>(ghost), c.caught);
-        EXPECT_EQ(raised([&] { objc_msgSend<id>(id((objc_object *)ghost), sel_registerName(c.selector)); }),
-                  std::string("ZPGenericException: ") + report);
-        EXPECT_EQ(logged, std::string("*** ") + report);
-        _ZPSetLogCStringFunction(nullptr);
+    for (std::string selector : {"bar", "retain", "autorelease"}) {
+        LogCapture log;
+        ZPString *report =
+            ZPString::stringWithFormat("*** Selector '%s' sent to dealloced instance 0x%lx of class Ghost.\n"
+                                       "Break at '-[_ZPZombie %s]' to debug."_zp,
+                                       selector.c_str(), reinterpret_cast<unsigned long>(ghost),
+                                       selector == "bar" ? "methodSignatureForSelector:" : selector.c_str());
+        EXPECT_RAISES("ZPGenericException: " + text(report),
+                      objc_msgSend<id>(id((objc_object *)ghost), sel_registerName(selector.c_str())));
+        EXPECT_EQ(log.text, "*** " + text(report));
     }
     std::free(objc_headerOf(ghost));
     std::free(objc_headerOf(second));

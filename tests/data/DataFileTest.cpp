@@ -2,11 +2,9 @@
 // Files: reading, mapping, atomic writing, and what goes wrong with each.
 #include "DataForms.h"
 
-#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <thread>
 
 using namespace data;
 namespace fs = std::filesystem;
@@ -74,22 +72,16 @@ TEST_F(DataFile, ReadingReportsWhyItFails) {
 TEST_F(DataFile, ThatShrinksMeanwhileGivesWhatThereIs) {
     std::string full(1 << 20, 'f');
     dir.write("file", full);
-    std::atomic<bool> stop{false};
-    std::thread changer([&] {
-        while (!stop) {
-            fs::resize_file(dir.path / "file", 100);
-            fs::resize_file(dir.path / "file", 1 << 20);
-        }
+    std::jthread changer([&](std::stop_token stop) {
+        while (!stop.stop_requested())
+            for (unsigned size : {100, 1 << 20}) fs::resize_file(dir.path / "file", size);
     });
     for (int i = 0; i < 200; ++i) {
         Pool inner;
         ZPData *d = ZPData::dataWithContentsOfFile(dir / "file");
         ASSERT_TRUE(d && d->length() <= full.size());
-        std::string text = textOf(d);
-        EXPECT_EQ(text.find_first_not_of(std::string("f\0", 2)), std::string::npos);
+        EXPECT_EQ(textOf(d).find_first_not_of(std::string("f\0", 2)), std::string::npos);
     }
-    stop = true;
-    changer.join();
 }
 
 TEST_F(DataFile, IsWrittenAtomicallyAndNot) {
@@ -122,9 +114,8 @@ TEST_F(DataFile, IsWrittenAtomicallyAndNot) {
 TEST_F(DataFile, ReadersNeverSeeHalfAnAtomicWrite) {
     std::string a(300000, 'a'), b(200000, 'b');
     make(a)->writeToFile_atomically(dir / "file", YES);
-    std::atomic<bool> stop{false};
-    std::thread writer([&] {
-        for (int i = 0; !stop; ++i) {
+    std::jthread writer([&](std::stop_token stop) {
+        for (int i = 0; !stop.stop_requested(); ++i) {
             Pool inner;
             make(i % 2 ? a : b)->writeToFile_atomically(dir / "file", YES);
         }
@@ -133,8 +124,6 @@ TEST_F(DataFile, ReadersNeverSeeHalfAnAtomicWrite) {
         std::string text = dir.read("file");
         ASSERT_TRUE(text == a || text == b);
     }
-    stop = true;
-    writer.join();
 }
 
 TEST_F(DataFile, GetsAnUnusedTemporaryName) {

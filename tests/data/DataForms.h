@@ -2,21 +2,7 @@
 // Every form in which bytes can be stored, and what the tests of data share.
 #pragma once
 
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPAutoreleasePool.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/data/ZPData.h>
-#include <Bedrock/data/ZPFileMapper.h>
-#include <Bedrock/platform/ZPPath.h>
-#include <Bedrock/strings/ZPString.h>
 #include <support/Objects.h>
-
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <string>
-#include <unistd.h>
 
 namespace data {
 
@@ -31,26 +17,6 @@ inline ZPData *make(const std::string &bytes) {
 inline ZPMutableData *makeMutable(const std::string &bytes) {
     return ZPMutableData::dataWithBytes_length(bytes.data(), unsigned(bytes.size()));
 }
-
-/// A directory of its own that goes away with it.
-struct Directory {
-    std::filesystem::path path;
-    Directory() {
-        std::string name = (std::filesystem::temp_directory_path() / "bedrock-data-XXXXXX").string();
-        path = mkdtemp(name.data());
-    }
-    ~Directory() { std::filesystem::remove_all(path); }
-    /// The library's path of a file in it.
-    ZPString *operator/(const char *name) const { return ZPString::stringWithCString((path / name).c_str()); }
-    std::string read(const char *name) const {
-        std::ifstream in(path / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-    void write(const char *name, const std::string &bytes) const {
-        std::ofstream(path / name, std::ios::binary) << bytes;
-    }
-    unsigned count() const { return unsigned(std::distance(std::filesystem::directory_iterator(path), {})); }
-};
 
 /// A client's data that supplies the primitives alone.
 struct ClientData : ZPData {

@@ -3,24 +3,15 @@
 // with the tests of these. Where the limit itself would take gigabytes, what is asked for is the room alone. Not here,
 // for they touch gigabytes or go to the host: full dictionaries, sets and simple tables, the longest string, the width
 // in a string's format, a log event.
-#include <Bedrock/Bedrock.h>
 #include <support/Objects.h>
 
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <pthread.h>
-#include <string>
 #include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
 
 namespace {
 
-bool has(const std::string &text, const char *piece) { return text.find(piece) != std::string::npos; }
 ZPString *zp(const std::string &s) { return ZPString::stringWithCString(s.c_str()); }
 
 }  // namespace
@@ -157,8 +148,6 @@ TEST(Limits, RulesOfAParser) {
     pthread_attr_destroy(&large);
 }
 
-namespace {
-
 struct Long {
     char bytes[8];
 };
@@ -167,8 +156,6 @@ struct Aligned : ZPObject {
     alignas(16) char _bytes[16];
 };
 ZP_IMPLEMENT(Aligned);
-
-}  // namespace
 template <> struct objc_structEncoding<Long> {
     static constexpr auto all = [] {
         std::array<char, 253> a{};

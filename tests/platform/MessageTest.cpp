@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
 // Sending: results and arguments of every kind, null receivers, frames, forwarding, supers.
-#include <Bedrock/core/ZPObject.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
 #include <cstdarg>
-#include <string>
 
 namespace {
 
 struct Big {
     double a, b, c;
+    bool operator==(const Big &) const = default;
 };
 struct Small {
     int a, b;
+    bool operator==(const Small &) const = default;
 };
 
 struct Shape : ZPObject {
@@ -88,36 +88,39 @@ ZP_IMPLEMENT(Catcher, named(forward, "forward::"));
 
 }  // namespace
 
-TEST(Message, FindsTheReceiversOwnMethodAndInheritsTheRest) {
-    Shape *shape = Shape::new_();
-    Shape *square = Square::new_();
+struct Message : testing::Test {
+    ZPRef<Shape> held = ZPAdopt((Shape *)Shape::new_());
+    Shape *shape = held.get();
+};
+
+TEST_F(Message, FindsTheReceiversOwnMethodAndInheritsTheRest) {
+    ZPRef<Shape> square = ZPAdopt((Shape *)Square::new_());
     objc_msgSend(shape, "setSides:"_sel, 3);
-    objc_msgSend(square, "setSides:"_sel, 9);
+    objc_msgSend(square.get(), "setSides:"_sel, 9);
     EXPECT_EQ(shape->sidesPlus(1), 4);
     EXPECT_EQ(square->sidesPlus(1), 5);
-    EXPECT_EQ(objc_msgSend<int>(square, "superSides"_sel), 9);
+    EXPECT_EQ(objc_msgSend<int>(square.get(), "superSides"_sel), 9);
     EXPECT_EQ(objc_msgSend<int>(Square::class_(), "shapeCount"_sel), 7);
     EXPECT_EQ(objc_msgSend<Class>(Square::class_(), "receiver"_sel), Square::class_());
-    shape->release();
-    square->release();
 }
 
-TEST(Message, CarriesEveryKindOfArgumentAndResult) {
-    Shape *shape = Shape::new_();
-    Big big = objc_msgSend<Big>(shape, "bigWith:and:and:"_sel, 1.5, Small{2, 3}, 0.25f);
-    EXPECT_EQ(big.a, 1.5);
-    EXPECT_EQ(big.b, 5);
-    EXPECT_EQ(big.c, 0.25);
-    Small small = objc_msgSend<Small>(shape, "small:and:"_sel, static_cast<signed char>(-3), 1LL << 20);
-    EXPECT_EQ(small.a, -3);
-    EXPECT_EQ(small.b, 1 << 20);
-    EXPECT_EQ(objc_msgSend<double>(shape, "half:"_sel, 5.0f), 2.5);
-    std::string s = "x";
-    EXPECT_EQ((&objc_msgSend<const std::string &, const std::string &>(shape, "same:"_sel, s)), &s);
-    shape->release();
+TEST_F(Message, CarriesEveryKindOfArgumentAndResultAlsoPassedOnInFrames) {
+    ZPRef<Passer> passer = ZPAdopt(Passer::new_());
+    passer->_to = shape;
+    for (ZPObject *to : {(ZPObject *)shape, (ZPObject *)passer.get()}) {
+        objc_msgSend<void>(to, "setSides:"_sel, 5);
+        EXPECT_EQ(objc_msgSend<int>(to, "sidesPlus:"_sel, 2), 7);
+        EXPECT_EQ(objc_msgSend<double>(to, "half:"_sel, 3.0f), 1.5);
+        EXPECT_EQ(objc_msgSend<Small>(to, "small:and:"_sel, (signed char)-3, 1LL << 20), (Small{-3, 1 << 20}));
+        EXPECT_EQ(objc_msgSend<Big>(to, "bigWith:and:and:"_sel, 1.5, Small{2, 3}, 0.25f), (Big{1.5, 5, 0.25}));
+        std::string text = "same";
+        EXPECT_EQ((&objc_msgSend<const std::string &, const std::string &>(to, "same:"_sel, text)), &text);
+    }
+    // What follows the named arguments is in no frame.
+    EXPECT_DEATH((objc_sendVariadic<int, int>::send(passer.get(), "sum:"_sel, 2, 3, 4)), "cannot be sent with a frame");
 }
 
-TEST(Message, ToNullAnswersZero) {
+TEST_F(Message, ToNullAnswersZero) {
     id nothing;
     EXPECT_EQ(objc_msgSend<int>(nothing, "sides"_sel), 0);
     EXPECT_EQ(objc_msgSend<double>(nothing, "half:"_sel, 5.0f), 0);
@@ -133,8 +136,7 @@ TEST(Message, ToNullAnswersZero) {
     null->release();
 }
 
-TEST(Message, FramesCarryWhatCallsCarry) {
-    Shape *shape = Shape::new_();
+TEST_F(Message, FramesCarryWhatCallsCarry) {
     struct {
         objc_object *self;
         SEL op;
@@ -154,14 +156,11 @@ TEST(Message, FramesCarryWhatCallsCarry) {
     } frame{&big, shape, "bigWith:and:and:"_sel, 1.5, {2, 3}, 0.5f, 0};
     EXPECT_EQ(shape->methodArgSize("bigWith:and:and:"_sel), sizeof frame);
     objc_msgSendv<void>(shape, "bigWith:and:and:"_sel, sizeof frame, &frame);
-    EXPECT_EQ(big.a, 1.5);
-    EXPECT_EQ(big.b, 5);
-    EXPECT_EQ(big.c, 0.5);
+    EXPECT_EQ(big, (Big{1.5, 5, 0.5}));
     EXPECT_EQ(shape->methodArgSize("unheardOf"_sel), 0u);
-    shape->release();
 }
 
-TEST(Message, UnknownSelectorsAreForwardedWithTheirFrame) {
+TEST_F(Message, UnknownSelectorsAreForwardedWithTheirFrame) {
     Catcher *catcher = Catcher::new_();
     std::string types;
     catcher->_types = &types;
@@ -181,35 +180,9 @@ TEST(Message, UnknownSelectorsAreForwardedWithTheirFrame) {
     catcher->release();
 }
 
-TEST(Message, FramesArePassedOnWithEveryKindOfResult) {
-    Shape *shape = Shape::new_();
-    Passer *passer = Passer::new_();
-    passer->_to = shape;
-    objc_msgSend<void>(passer, "setSides:"_sel, 5);
-    EXPECT_EQ(objc_msgSend<int>(passer, "sidesPlus:"_sel, 2), 7);
-    EXPECT_EQ(objc_msgSend<double>(passer, "half:"_sel, 3.0f), 1.5);
-    Small small = objc_msgSend<Small>(passer, "small:and:"_sel, (signed char)-3, 4LL);
-    EXPECT_EQ(small.a, -3);
-    EXPECT_EQ(small.b, 4);
-    Big big = objc_msgSend<Big>(passer, "bigWith:and:and:"_sel, 1.5, Small{2, 3}, 0.25f);
-    EXPECT_EQ(big.a, 1.5);
-    EXPECT_EQ(big.b, 5);
-    EXPECT_EQ(big.c, 0.25);
-    std::string text = "same";
-    EXPECT_EQ((&objc_msgSend<const std::string &, const std::string &>(passer, "same:"_sel, text)), &text);
-    // What follows the named arguments is in no frame.
-    EXPECT_DEATH((objc_sendVariadic<int, int>::send(passer, "sum:"_sel, 2, 3, 4)), "cannot be sent with a frame");
-    passer->release();
-    shape->release();
-}
-
-TEST(Message, ThousandsOfSelectorsShareACache) {
-    Shape *shape = Shape::new_();
+TEST_F(Message, ThousandsOfSelectorsShareACache) {
     objc_msgSend(shape, "setSides:"_sel, 5);
-    auto answer = +[](objc_object *self, SEL selector) -> SEL {
-        (void)self;
-        return selector;
-    };
+    auto answer = +[](objc_object *, SEL selector) { return selector; };
     for (int i = 0; i < 3000; ++i) {
         SEL selector = sel_registerName(("generated" + std::to_string(i)).c_str());
         class_addMethod(Shape::class_(), selector, reinterpret_cast<IMP>(answer), objc_methodTypes<SEL>(), nullptr, 16);
@@ -220,5 +193,4 @@ TEST(Message, ThousandsOfSelectorsShareACache) {
             ASSERT_EQ(objc_msgSend<SEL>(shape, selector), selector);
         }
     EXPECT_EQ(shape->sides(), 5);
-    shape->release();
 }

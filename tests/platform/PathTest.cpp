@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The mapping between the library's paths and the host's.
-#include <Bedrock/platform/ZPPath.h>
-#include <gtest/gtest.h>
-
-#include <string>
+#include <support/Objects.h>
 
 namespace {
 
@@ -21,14 +18,9 @@ constexpr auto fromHost = mapped<ZPPathFromHostPath>;
 }  // namespace
 
 TEST(PathMapping, TakesDriveCAndSingleSeparatorsFromTheRoot) {
-    EXPECT_EQ(toHost("C:\\home\\me", 64), "/home/me");
-    EXPECT_EQ(toHost("c:/home\\me", 64), "/home/me");
-    EXPECT_EQ(toHost("/etc/hosts", 64), "/etc/hosts");
-    EXPECT_EQ(toHost("\\etc", 64), "/etc");
-    EXPECT_EQ(toHost("C:\\", 64), "/");
-    EXPECT_EQ(toHost("C:", 64), ".");
-    EXPECT_EQ(toHost("C:x\\y", 64), "x/y");
-    EXPECT_EQ(toHost("a\\..\\b", 64), "a/../b");
+    for (auto &[path, host] : rows("C:\\home\\me -> /home/me", "c:/home\\me -> /home/me", "/etc/hosts -> /etc/hosts",
+                                   "\\etc -> /etc", "C:\\ -> /", "C: -> .", "C:x\\y -> x/y", "a\\..\\b -> a/../b"))
+        EXPECT_EQ(toHost(path, 64), host);
     for (const char *none : {"", "D:\\x", "D:", "\\\\server\\share"}) EXPECT_EQ(toHost(none, 64), "<none>") << none;
 }
 

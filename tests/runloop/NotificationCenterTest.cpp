@@ -1,24 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Notifications and their centers.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/platform/ZPMessage.h>
-#include <Bedrock/runloop/ZPNotificationCenter.h>
-#include <Bedrock/strings/ZPString.h>
-#include <Bedrock/threads/ZPLock.h>
-#include <Bedrock/threads/ZPThread.h>
 #include <support/Objects.h>
-
-#include <algorithm>
-#include <atomic>
-#include <functional>
-#include <memory>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -69,6 +51,29 @@ struct Center : testing::Test {
     }
 };
 
+struct Counting : ZPObject {
+    ZP_CLASS(Counting)
+    std::atomic<int> _heard;
+    void hear(ZPNotification *) { ++_heard; }
+};
+ZP_IMPLEMENT(Counting, hear);
+
+/// Comes and goes while it is called, posts from inside, and raises now and then.
+struct Visitor : Counting {
+    ZP_CLASS(Visitor)
+    ZPNotificationCenter *_center;
+    void hear(ZPNotification *note) {
+        int n = ++_heard;
+        if (note->object()) return;
+        ZPString *own = ZPString::stringWithFormat("own %lx %d"_zp, reinterpret_cast<unsigned long>(this), n);
+        _center->addObserver_selector_name_object(this, "hear:"_sel, own, nullptr);
+        _center->postNotificationName_object(own, this);
+        _center->removeObserver_name_object(this, own, nullptr);
+        if (n % 3 == 0) ZPException::raise_format("Trouble"_zp, "%@"_zp, own);
+    }
+};
+ZP_IMPLEMENT(Visitor, hear);
+
 struct OtherCenter : ZPNotificationCenter {
     ZP_CLASS(OtherCenter)
 };
@@ -87,16 +92,15 @@ TEST(Notification, IsAValue) {
     EXPECT_EQ(ZPNotification::notificationWithName_object(nullptr, "o"_zp), nullptr);
     std::string t = text(n);
     EXPECT_EQ(t.find("ZPConcreteNotification "), 0u) << t;
-    EXPECT_NE(t.find(" {name = name; object = o; userInfo = {"), std::string::npos) << t;
+    EXPECT_HAS(t, " {name = name; object = o; userInfo = {");
     EXPECT_EQ(text(ZPNotification::notificationWithName_object("x"_zp, nullptr)).substr(text(bare).find('{')),
               "{name = x}");
-    EXPECT_EQ(reasonOf([&] { n->init(); }), "*** -[ZPConcreteNotification init]: should never be used");
+    EXPECT_REASON("*** -[ZPConcreteNotification init]: should never be used", n->init());
 }
 
 TEST_F(Center, MatchesNamesAndObjects) {
     auto any = Listener::with(1), named = Listener::with(2), sender = Listener::with(3), both = Listener::with(4);
-    ZPObject *from = (ZPObject *)ZPObject::new_()->autorelease().pointer(),
-             *other = (ZPObject *)ZPObject::new_()->autorelease().pointer();
+    id from = ZPObject::new_()->autorelease(), other = ZPObject::new_()->autorelease();
     add(named, a);
     add(both, a, from);
     add(sender, nullptr, from);
@@ -107,12 +111,14 @@ TEST_F(Center, MatchesNamesAndObjects) {
     EXPECT_EQ(post(b, from), (Calls{3, 1}));
     add(named, ZPString::stringWithFormat("%c"_zp, 'a'));
     EXPECT_EQ(post(a), (Calls{1, 2, 2}));
-    center->removeObserver_name_object(any.get(), a, nullptr);  // it listens to any name, not to this one
-    center->removeObserver_name_object(named.get(), a, other);  // ... to any object
-    center->removeObserver_name_object(both.get(), b, nullptr);
+    auto remove = [&](auto &l, ZPString *name, id object = nullptr) {
+        center->removeObserver_name_object(l.get(), name, object);
+    };
+    remove(any, a);  // it listens to any name, not to this one
+    remove(named, a, other);  // ... to any object
+    remove(both, b);
     EXPECT_EQ(post(a, from), (Calls{3, 1, 2, 4, 2}));
-    center->removeObserver_name_object(named.get(), a, nullptr);  // both of them
-    EXPECT_EQ(post(a, from), (Calls{3, 1, 4}));
+    remove(named, a);  // both of them
     center->removeObserver(nullptr);
     center->addObserver_selector_name_object(nullptr, hear, a, nullptr);
     EXPECT_EQ(post(a, from), (Calls{3, 1, 4}));
@@ -172,7 +178,7 @@ TEST_F(Center, EveryObserverIsCalledBeforeTheFirstExceptionGoesOn) {
     add(four, a);
     for (int round = 0; round < 2; ++round) {
         calls.clear();
-        EXPECT_EQ(reasonOf([&] { center->postNotificationName_object(a, nullptr); }), "1");
+        EXPECT_REASON("1", center->postNotificationName_object(a, nullptr));
         EXPECT_EQ(calls, (Calls{1, 2, 3, 4}));
     }
     center->removeObserver(one.get());
@@ -185,7 +191,9 @@ TEST_F(Center, IndexesGrowAndAreRebuilt) {
     for (int i = 0; i < 60; ++i) {
         all.push_back(Listener::with(i));
         add(all[i], ZPString::stringWithFormat("name %d"_zp, i));
-        if (i == 41) EXPECT_EQ(center->_hashtable_count, 127u);
+        if (i == 41) {
+            EXPECT_EQ(center->_hashtable_count, 127u);
+        }
     }
     EXPECT_EQ(center->_hashtable_count, 255u);
     for (int i = 0; i < 60; ++i) EXPECT_EQ(post(ZPString::stringWithFormat("name %d"_zp, i)), Calls{i});
@@ -200,8 +208,8 @@ TEST_F(Center, IndexesGrowAndAreRebuilt) {
     EXPECT_EQ(center->_deleted_count, 0u);
     EXPECT_EQ(post(a), (Calls{29, 28, 27, 26, 50}));
     std::string t = text(center.get());
-    EXPECT_NE(t.find("{count = 5; max = 64; size = "), std::string::npos) << t;
-    EXPECT_NE(t.find("\t{name = a; object = <0>; observer = "), std::string::npos) << t;
+    EXPECT_HAS(t, "{count = 5; max = 64; size = ");
+    EXPECT_HAS(t, "\t{name = a; object = <0>; observer = ");
     EXPECT_EQ(t.substr(t.size() - 16), "SEL = hear:;});}") << t;
 }
 
@@ -250,53 +258,26 @@ TEST_F(Center, AgreesWithAPlainList) {
 }
 
 TEST(DefaultCenter, OneForEachClass) {
-    ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
-    id other = objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel);
+    ZPRef<ZPNotificationCenter> center = ZPNotificationCenter::defaultCenter(),
+                                mine = ZPAdopt(ZPNotificationCenter::new_());
+    auto others = [] { return objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel); };
+    auto set = ZPNotificationCenter::setDefaultCenter_forClass;
+    id other = others();
     EXPECT_TRUE(other->isKindOfClass(OtherCenter::class_()));
-    EXPECT_EQ(objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel), other);
+    EXPECT_EQ(others(), other);
     EXPECT_EQ(((ZPNotificationCenter *)other.pointer())->_registry_count, 1u);  // it watches bundles
-    ZPRef<ZPNotificationCenter> mine = ZPAdopt(ZPNotificationCenter::new_());
-    ZPNotificationCenter::setDefaultCenter_forClass(mine.get(), OtherCenter::class_());
-    EXPECT_EQ(objc_msgSend<id>(id(OtherCenter::class_()), "defaultCenter"_sel), mine.get());
-    ZPNotificationCenter::setDefaultCenter_forClass(nullptr, OtherCenter::class_());
+    set(mine.get(), OtherCenter::class_());
+    EXPECT_EQ(others(), mine.get());
+    set(nullptr, OtherCenter::class_());
     EXPECT_EQ(mine->retainCount(), 1u);
-    center->retain();
-    ZPNotificationCenter::setDefaultCenter_forClass(mine.get(), ZPNotificationCenter::class_());
+    set(mine.get(), ZPNotificationCenter::class_());
     EXPECT_EQ(ZPNotificationCenter::defaultCenter(), mine.get());
     EXPECT_EQ(center->retainCount(), 1u);
-    ZPNotificationCenter::setDefaultCenter_forClass(center, ZPNotificationCenter::class_());
-    center->release();
-    EXPECT_EQ(reasonOf([&] { ZPNotificationCenter::setDefaultCenter_forClass(center, ZPString::class_()); }),
-              "*** +[ZPNotificationCenter setDefaultCenter:forClass:]: "
-              "class parameter not the ZPNotificationCenter class or subclass");
+    set(center.get(), ZPNotificationCenter::class_());
+    EXPECT_REASON("*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the "
+                  "ZPNotificationCenter class or subclass",
+                  set(center.get(), ZPString::class_()));
 }
-
-namespace {
-
-struct Counting : ZPObject {
-    ZP_CLASS(Counting)
-    std::atomic<int> _heard;
-    void hear(ZPNotification *) { ++_heard; }
-};
-ZP_IMPLEMENT(Counting, hear);
-
-/// Comes and goes while it is called, posts from inside, and raises now and then.
-struct Visitor : Counting {
-    ZP_CLASS(Visitor)
-    ZPNotificationCenter *_center;
-    void hear(ZPNotification *note) {
-        int n = ++_heard;
-        if (note->object()) return;
-        ZPString *own = ZPString::stringWithFormat("own %lx %d"_zp, reinterpret_cast<unsigned long>(this), n);
-        _center->addObserver_selector_name_object(this, "hear:"_sel, own, nullptr);
-        _center->postNotificationName_object(own, this);
-        _center->removeObserver_name_object(this, own, nullptr);
-        if (n % 3 == 0) ZPException::raise_format("Trouble"_zp, "%@"_zp, own);
-    }
-};
-ZP_IMPLEMENT(Visitor, hear);
-
-}  // namespace
 
 TEST(ConcurrentCenter, ObserversRaiseAndComeAndGoInsidePosts) {
     ZPRef<ZPNotificationCenter> center = ZPAdopt(ZPNotificationCenter::new_());
@@ -310,20 +291,17 @@ TEST(ConcurrentCenter, ObserversRaiseAndComeAndGoInsidePosts) {
     center->addObserver_selector_name_object(last.get(), hear, "tick"_zp, nullptr);
     constexpr int posters = 8, posts = 40;
     std::atomic<int> raised{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < posters; ++t)
-        threads.emplace_back([&] {
-            for (int i = 0; i < posts; ++i) {
-                ZPAutoreleasePoolScope inner;
-                try {
-                    center->postNotificationName_object("tick"_zp, nullptr);
-                    if (i % 8 == 0) center->description();
-                } catch (ZPException *e) {
-                    raised += e->reason()->hasPrefix("own "_zp);
-                }
+    onThreads(posters, [&](int) {
+        for (int i = 0; i < posts; ++i) {
+            ZPAutoreleasePoolScope inner;
+            try {
+                center->postNotificationName_object("tick"_zp, nullptr);
+                if (i % 8 == 0) center->description();
+            } catch (ZPException *e) {
+                raised += e->reason()->hasPrefix("own "_zp);
             }
-        });
-    for (auto &t : threads) t.join();
+        }
+    });
     EXPECT_EQ(last->_heard, posters * posts);  // called after all that raised
     for (auto &v : visitors) EXPECT_EQ(v->_heard, 2 * posters * posts);
     EXPECT_GT(raised, 0);

@@ -2,9 +2,6 @@
 // Character sets: the standard sets, and every kind of set beside one bitmap.
 #include "StringForms.h"
 
-#include <Bedrock/data/ZPData.h>
-#include <Bedrock/strings/ZPCharacterSet.h>
-
 #include <bitset>
 
 using namespace strings;
@@ -17,6 +14,10 @@ Members membersOf(ZPCharacterSet *set) {
     Members all;
     for (unsigned u = 0; u < 0x10000; ++u) all[u] = set->characterIsMember(unichar(u)) != NO;
     return all;
+}
+
+ZPCharacterSet *setOf(ZPCharacterSetRecord *record) {
+    return objc_msgSend<id>(ZPCharacterSet::alloc(), "_initWithSet:"_sel, record);
 }
 
 struct OddSet : ZPCharacterSet {
@@ -45,10 +46,7 @@ ZP_IMPLEMENT(UnchangingSet);
 }  // namespace
 
 TEST(CharacterSet, standardSets) {
-    struct {
-        ZPCharacterSet *set;
-        std::u16string members, others;
-    } cases[] = {
+    const std::tuple<ZPCharacterSet *, std::u16string, std::u16string> cases[] = {
         {ZPCharacterSet::whitespaceCharacterSet(), u"\t \u00a0\u2003\u3000", u"\n\r\u2028a"},
         {ZPCharacterSet::whitespaceAndNewlineCharacterSet(), u"\t\n \u00a0\u2028\u2029", u"\r\u0085a"},
         {ZPCharacterSet::letterCharacterSet(), u"aZ^`\u00b4\u00e9\u0301\u0416\u4e2d\uac00", u"0_ \u00b2\u20ac\uffff"},
@@ -62,10 +60,10 @@ TEST(CharacterSet, standardSets) {
         {ZPCharacterSet::punctuationCharacterSet(), u"!-.\u00ab\u2014\u3001", u"#*@a\u20ac"},
         {ZPCharacterSet::controlCharacterSet(), u"\x01\x7f\u009f\u200e", u" a"},
     };
-    for (auto &c : cases) {
-        for (char16_t u : c.members) EXPECT_TRUE(c.set->characterIsMember(u)) << std::hex << unsigned(u);
-        for (char16_t u : c.others) EXPECT_FALSE(c.set->characterIsMember(u)) << std::hex << unsigned(u);
-        EXPECT_EQ(c.set->count(), membersOf(c.set).count());
+    for (auto &[set, members, others] : cases) {
+        for (char16_t u : members) EXPECT_TRUE(set->characterIsMember(u)) << std::hex << unsigned(u);
+        for (char16_t u : others) EXPECT_FALSE(set->characterIsMember(u)) << std::hex << unsigned(u);
+        EXPECT_EQ(set->count(), membersOf(set).count());
     }
 }
 
@@ -146,13 +144,14 @@ TEST(CharacterSet, changesOfEveryFormLikeABitset) {
         set->removeCharactersInRange({0, 0x8000});
         EXPECT_EQ(membersOf(copy), expected) << "a copy is apart";
         expected[0xFFFF] = false;  // is in no data
-        if (!copy->characterIsMember(0xFFFF))
+        if (!copy->characterIsMember(0xFFFF)) {
             EXPECT_EQ(membersOf(ZPCharacterSet::characterSetWithBitmapRepresentation(handedOut)), expected)
                 << "what was handed out stays";
+        }
     }
 }
 
-TEST(CharacterSet, combinesWithASetThatAsksIt) {
+TEST(CharacterSet, combinesWithClientsSets) {
     RestSet *rest = RestSet::new_()->autorelease();
     ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString("abc"_zp);
     rest->_others = set;
@@ -160,10 +159,7 @@ TEST(CharacterSet, combinesWithASetThatAsksIt) {
     EXPECT_EQ(set->count(), 0xFFFFu) << "all but U+FFFF";
     EXPECT_EQ(ZPCharacterSet::characterSetWithBitmapRepresentation(rest->_seen)->count(), 3u)
         << "what was handed out stays";
-}
-
-TEST(CharacterSet, combinesWithAClientsSet) {
-    ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString("bc"_zp);
+    set = ZPMutableCharacterSet::characterSetWithCharactersInString("bc"_zp);
     set->formUnionWithCharacterSet(OddSet::new_()->autorelease());
     EXPECT_TRUE(set->characterIsMember(0x4E01) && !set->characterIsMember(0x4E02) && set->characterIsMember('b'));
     set->formIntersectionWithCharacterSet(ZPCharacterSet::letterCharacterSet()->invertedSet());
@@ -187,49 +183,40 @@ TEST(CharacterSet, immutableSetsRefuseChanges) {
         EXPECT_FALSE(set->isMutable());
         Members before = membersOf(set);
         testing::internal::CaptureStderr();
-        ZPString *name = nullptr;
-        EXPECT_EQ(reasonOf([&] { objc_msgSend(set, "invert"_sel); }, &name),
-                  "ZPConcreteMutableCharacterSet invert: Illegal operation on this class or instance");
-        EXPECT_NE(testing::internal::GetCapturedStderr().find(
-                      "ZPConcreteMutableCharacterSet: attempted mutation of immutable instance\n"),
-                  std::string::npos);
-        EXPECT_EQ(name, ZPInvalidArgumentException);
+        EXPECT_RAISES("ZPInvalidArgumentException: ZPConcreteMutableCharacterSet invert: Illegal operation on this "
+                      "class or instance",
+                      objc_msgSend(set, "invert"_sel));
+        EXPECT_HAS(testing::internal::GetCapturedStderr(),
+                   "ZPConcreteMutableCharacterSet: attempted mutation of immutable instance\n");
         EXPECT_EQ(membersOf(set), before);
     }
 }
 
 TEST(CharacterSet, recordsAndDumps) {
-    struct {
-        std::u16string members;
-        const char *dump;
-    } cases[] = {
-        {u"",
-         "{\n\tnsingles = 0;\n\tnranges = 0;\n\tsingmin = 65535;\n\tsingmax = 0;\n\tsingles = (  );\n\tranges = (  "
-         ");\n}\n"},
-        {u"acdeg\uffff",
-         "{\n\tnsingles = 3;\n\tnranges = 1;\n\tsingmin = 97;\n\tsingmax = 65535;\n\tsingles = ( 97, 103, 65535 "
-         ");\n\tranges = ( 99, 101 );\n}\n"},
+    auto dumped = [](const char *head, const char *singles, const char *ranges) {
+        return std::string("{\n\t") + head + "\tsingles = ( " + singles + " );\n\tranges = ( " + ranges + " );\n}\n";
     };
-    for (auto &c : cases) {
-        ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString(make(c.members));
+    const std::pair<const char16_t *, std::string> cases[] = {
+        {u"", dumped("nsingles = 0;\n\tnranges = 0;\n\tsingmin = 65535;\n\tsingmax = 0;\n", "", "")},
+        {u"acdeg\uffff",
+         dumped("nsingles = 3;\n\tnranges = 1;\n\tsingmin = 97;\n\tsingmax = 65535;\n", "97, 103, 65535", "99, 101")}};
+    auto dump = [](ZPCharacterSetRecord *record) { return text(ZPCharacterSet::_dumpSetRepresentation(record)); };
+    for (auto &[members, wanted] : cases) {
+        ZPMutableCharacterSet *set = ZPMutableCharacterSet::characterSetWithCharactersInString(make(members));
         objc_msgSend(set, "makeCharacterSetCompact"_sel);
-        ZPString *dump = objc_msgSend<ZPString *>(set, "dump"_sel);
-        EXPECT_STREQ(dump->cString(), c.dump);
-        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(dump->propertyList()),
+        ZPString *own = objc_msgSend<ZPString *>(set, "dump"_sel);
+        EXPECT_EQ(text(own), wanted);
+        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(own->propertyList()),
                              *copy = ZPCopySetStructFromZone(record, nullptr);
-        EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(copy)->cString(), c.dump)
-            << "the dump describes the record";
+        EXPECT_EQ(dump(copy), wanted) << "the dump describes the record";
         ZPZoneFree(nullptr, record);
-        ZPCharacterSet *adopting = ZPCharacterSet::alloc()->init();
-        adopting->release();
-        adopting = objc_msgSend<id>(ZPCharacterSet::alloc(), "_initWithSet:"_sel, copy);
-        EXPECT_TRUE(adopting->isEqual(set));
-        adopting->release();
+        ZPCharacterSet::alloc()->init()->release();
+        EXPECT_TRUE(ZPRef<ZPCharacterSet>(ZPAdopt(setOf(copy)))->isEqual(set));
     }
     ZPCharacterSetRecord *empty = ZPMakeSetFromDictionary(nullptr);
-    EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(empty)->cString(), cases[0].dump);
+    EXPECT_EQ(dump(empty), cases[0].second);
     ZPZoneFree(nullptr, empty);
-    EXPECT_STREQ(ZPCharacterSet::_dumpSetRepresentation(nullptr)->cString(), "<NIL>");
+    EXPECT_EQ(dump(nullptr), "<NIL>");
     EXPECT_STREQ(ZPCharacterSet::_dumpBitmapRepresentation(nullptr)->cString(), "<NIL>");
 
     unsigned char bitmap[8192] = {0x01, 0xC0};
@@ -242,22 +229,14 @@ TEST(CharacterSet, recordsAndDumps) {
 }
 
 TEST(CharacterSet, numbersInFiles) {
-    struct {
-        ZPString *text;
-        unsigned value;
-    } cases[] = {
-        {"42"_zp, 42}, {"  7x"_zp, 7}, {"0x1F"_zp, 31}, {"0XfF "_zp, 255}, {"1A"_zp, 20},
-        {"-1"_zp, 0},  {""_zp, 0},     {"0x"_zp, 0},    {"\t1"_zp, 0},
-    };
-    for (auto &c : cases) EXPECT_EQ(ZPParseIntegerFromString(c.text), c.value) << c.text->cString();
+    for (auto &[text, value] : rows("42 -> 42", "  7x -> 7", "0x1F -> 31", "0XfF  -> 255", "1A -> 20", "-1 -> 0",
+                                    " -> 0", "0x -> 0", "\t1 -> 0"))
+        EXPECT_EQ(ZPParseIntegerFromString(ZPString::stringWithCString(text.c_str())), std::stoul(value)) << text;
 }
 
 // Descriptions that lie: what is no unit is left out, and nothing outside the arrays is read.
 TEST(CharacterSet, wrongDescriptions) {
-    struct {
-        ZPString *text;
-        unsigned members;
-    } cases[] = {
+    const std::pair<ZPString *, unsigned> cases[] = {
         {"{ nsingles = 5; singles = ( 1, 2 ); }"_zp, 2},
         {"{ nsingles = 1; singles = ( 1, 3, 5 ); }"_zp, 1},
         {"{ singles = ( 70000, 4294967295, a, (1), 7 ); }"_zp, 2},
@@ -268,24 +247,20 @@ TEST(CharacterSet, wrongDescriptions) {
         {"{ singmin = 5; singmax = 1; nsingles = 1; singles = ( 3 ); }"_zp, 1},
         {"{}"_zp, 0},
     };
-    for (auto &c : cases) {
-        ZPCharacterSetRecord *record = ZPMakeSetFromDictionary(c.text->propertyList());
-        ZPCharacterSet *set = objc_msgSend<id>(ZPCharacterSet::alloc(), "_initWithSet:"_sel, record);
-        EXPECT_EQ(set->count(), c.members) << c.text->cString();
-        EXPECT_EQ(membersOf(set).count(), c.members) << c.text->cString();
-        set->release();
+    for (auto &[text, members] : cases) {
+        ZPRef<ZPCharacterSet> set = ZPAdopt(setOf(ZPMakeSetFromDictionary(text->propertyList())));
+        EXPECT_EQ(set->count(), members) << text->cString();
+        EXPECT_EQ(membersOf(set.get()).count(), members) << text->cString();
     }
 }
 
 TEST(CharacterSet, aClientsMutableSetMustSayHowItChanges) {
     ZPMutableCharacterSet *set = UnchangingSet::new_()->autorelease();
     testing::internal::CaptureStderr();
-    EXPECT_NE(reasonOf([&] { set->invert(); }).find("selector not recognized"), std::string::npos);
-    EXPECT_NE(
-        testing::internal::GetCapturedStderr().find(
-            "Abstract class UnchangingSet does not implement method invert; it must be implemented in subclasses."),
-        std::string::npos);
-    EXPECT_NE(reasonOf([&] { set->addCharactersInRange({0, 1}); }), "");
+    EXPECT_REASON_HAS("selector not recognized", set->invert());
+    EXPECT_HAS(testing::internal::GetCapturedStderr(),
+               "Abstract class UnchangingSet does not implement method invert; it must be implemented in subclasses.");
+    EXPECT_REFUSED(set->addCharactersInRange({0, 1}));
 }
 
 TEST(CharacterSet, bitmaps) {
@@ -312,10 +287,9 @@ TEST(CharacterSet, bitmaps) {
     ZPCharacterSet *shortened =
         ZPCharacterSet::characterSetWithBitmapRepresentation(ZPData::dataWithBytes_length("\x03", 1));
     EXPECT_EQ(shortened->count(), 2u);
-    ZPString *path = ZPString::stringWithCString(
-        (testing::TempDir() + "set" + std::to_string(std::random_device()()) + ".bitmap").c_str());
+    Directory dir;
+    ZPString *path = dir / "set.bitmap";
     ASSERT_TRUE(letters->bitmapRepresentation()->writeToFile_atomically(path, NO));
     EXPECT_TRUE(ZPCharacterSet::characterSetWithContentsOfFile(path)->isEqual(letters));
-    std::remove(path->cString());
-    EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(path), nullptr);
+    EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(dir / "none.bitmap"), nullptr);
 }

@@ -55,9 +55,8 @@ void checkDamaged(const ResourceRoot &root) {
 void checkHole(const ResourceRoot &root) {
     root.write("NonHangulDecomp.data", std::string("\0\0\0\0\1\0\0\0\xE9\0\6\0e\0\1\3\0\0", 18));
     EXPECT_EQ(decomposed(0xE9), u"e\u0301");
-    EXPECT_EQ(reasonOf([] { decomposed(0xE8); }), "Internal error in ZPDecomposeCharacter().");
-    EXPECT_EQ(reasonOf([] { decomposed(0xE8, ZPSimplyDecomposeCharacter); }),
-              "Internal error in ZPSimpleDecomposeCharacter().");
+    EXPECT_REASON("Internal error in ZPDecomposeCharacter().", decomposed(0xE8));
+    EXPECT_REASON("Internal error in ZPSimpleDecomposeCharacter().", decomposed(0xE8, ZPSimplyDecomposeCharacter));
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 
 #include "StringForms.h"
 
-#include <Bedrock/data/ZPData.h>
-
 #include <iconv.h>
 
 namespace strings {
@@ -43,6 +41,12 @@ inline std::string encoded(const std::u16string &text, ZPStringEncoding encoding
         EXPECT_TRUE(lossy || s->canBeConvertedToEncoding(encoding) == (data ? YES : NO));
     });
     return result;
+}
+
+inline bool getBytes(ZPString *s, void *buffer, unsigned most, unsigned *filled, ZPStringEncoding encoding, BOOL lossy,
+                     ZPRange range, ZPRange *rest) {
+    return s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
+        buffer, most, filled, encoding, lossy, range, rest);
 }
 
 /// The same from one form, for loops over many texts.

@@ -2,14 +2,7 @@
 // Formats: against the C library's formatter, objects, positions, locales, malformed directives.
 #include "StringForms.h"
 
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/data/ZPData.h>
-
 #include <cfloat>
-#include <climits>
-#include <cmath>
-#include <cstdio>
 
 using namespace strings;
 
@@ -118,8 +111,7 @@ TEST(Format, DescribesObjects) {
     EXPECT_EQ(formatted("[%@|%@]"_zp, plain, localized), u"[plain \u4e2d|no locale]");
     ZPDictionary *locale = ZPDictionary::dictionary();
     EXPECT_EQ(textOf(ZPString::stringWithFormat_locale("%@"_zp, locale, localized)), u"localized");
-    EXPECT_EQ(reasonOf([] { ZPString::stringWithFormat("text before %@"_zp, Raising::new_()->autorelease()); }),
-              "no description");
+    EXPECT_REASON("no description", ZPString::stringWithFormat("text before %@"_zp, Raising::new_()->autorelease()));
     EXPECT_EQ(formatted("%@"_zp, ZPString::class_()), u"ZPString");
     inEveryForm(u"caf\u00e9 text of some length", [](const Form &, ZPString *s) {
         EXPECT_EQ(formatted("<%@>"_zp, s), u"<caf\u00e9 text of some length>");
@@ -140,17 +132,7 @@ TEST(Format, SurvivesCTextThatIsNoText) {
     EXPECT_EQ(formatted("%c"_zp, 0).size(), 1u);
 }
 
-TEST(Format, TakesArgumentsByPosition) {
-    EXPECT_EQ(formatted("%2$@ %1$d"_zp, 7, "x"_zp), u"x 7");
-    EXPECT_EQ(formatted("%3$s-%1$f-%3$s"_zp, 1.5, 2, "s"), u"s-1.500000-s");
-    EXPECT_EQ(formatted("100%% %1$*2$d|%3$.*2$f"_zp, 5, 4, 2.0), u"100%    5|2.0000");
-    EXPECT_EQ(formatted("%1$d%1$d%1$d%1$d%1$d%1$d%1$d%1$d%1$d|%1$d %%"_zp, 1), u"111111111|%1$d %%");
-    EXPECT_EQ(formatted("%1$*2$d|"_zp, 5, -9), u"5|");
-    EXPECT_EQ(formatted("%9$d"_zp, 1, 2, 3, 4, 5, 6, 7, 8, 9), u"9");
-    EXPECT_EQ(formatted("%1$@ %d"_zp, "x"_zp), u"x %d") << "one without a position does not fit here";
-}
-
-TEST(Format, LeavesMalformedDirectivesAsTheyAre) {
+TEST(Format, TakesArgumentsByPositionAndLeavesMalformedDirectives) {
     EXPECT_EQ(formatted("50%"_zp), u"50%");
     EXPECT_EQ(formatted("%5"_zp), u"%5");
     EXPECT_EQ(formatted("%5\u4e2dd %d"_zp, 3), u"%5\u4e2dd 3");
@@ -162,6 +144,13 @@ TEST(Format, LeavesMalformedDirectivesAsTheyAre) {
     EXPECT_EQ(formatted("%d %1$d"_zp, 3), u"3 %1$d");
     EXPECT_EQ(ZPString::stringWithFormat(""_zp), ""_zp);
     EXPECT_EQ(ZPString::stringWithFormat("%s"_zp, ""), ""_zp);
+    EXPECT_EQ(formatted("%2$@ %1$d"_zp, 7, "x"_zp), u"x 7");
+    EXPECT_EQ(formatted("%3$s-%1$f-%3$s"_zp, 1.5, 2, "s"), u"s-1.500000-s");
+    EXPECT_EQ(formatted("100%% %1$*2$d|%3$.*2$f"_zp, 5, 4, 2.0), u"100%    5|2.0000");
+    EXPECT_EQ(formatted("%1$d%1$d%1$d%1$d%1$d%1$d%1$d%1$d%1$d|%1$d %%"_zp, 1), u"111111111|%1$d %%");
+    EXPECT_EQ(formatted("%1$*2$d|"_zp, 5, -9), u"5|");
+    EXPECT_EQ(formatted("%9$d"_zp, 1, 2, 3, 4, 5, 6, 7, 8, 9), u"9");
+    EXPECT_EQ(formatted("%1$@ %d"_zp, "x"_zp), u"x %d") << "one without a position does not fit here";
 }
 
 TEST(Format, UsesTheLocalesDecimalSeparator) {

@@ -11,16 +11,12 @@ constexpr ZPStringEncoding euc = ZPJapaneseEUCStringEncoding, sjis = ZPShiftJISS
 
 std::string pair(unsigned first, unsigned second) { return {char(first), char(second)}; }
 
-std::string toShiftJIS(const std::string &in) {
+template <auto Convert> std::string converted(const std::string &in) {
     unsigned char out[2];
-    unsigned consumed = 99, n = ZPEUCToShiftJIS(reinterpret_cast<const unsigned char *>(in.c_str()), out, &consumed);
+    unsigned consumed = 99, n = Convert(reinterpret_cast<const unsigned char *>(in.c_str()), out, &consumed);
     return std::string(reinterpret_cast<char *>(out), n) + " " + std::to_string(consumed);
 }
-std::string toEUC(const std::string &in) {
-    unsigned char out[2];
-    unsigned consumed = 99, n = ZPShiftJISToEUC(reinterpret_cast<const unsigned char *>(in.c_str()), out, &consumed);
-    return std::string(reinterpret_cast<char *>(out), n) + " " + std::to_string(consumed);
-}
+constexpr auto toShiftJIS = converted<ZPEUCToShiftJIS>, toEUC = converted<ZPShiftJISToEUC>;
 
 }  // namespace
 
@@ -144,8 +140,7 @@ TEST(JapaneseEncoding, SwitchesInJIS) {
         EXPECT_EQ(std::string(buffer, 8), "\x1B$B\x46\x7C\x1B(B");
         // What does not fit with the way back to ASCII is not begun.
         ZPRange rest;
-        EXPECT_TRUE(s->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-            buffer, 7, &used, jis, NO, {0, 1}, &rest));
+        EXPECT_TRUE(getBytes(s, buffer, 7, &used, jis, NO, {0, 1}, &rest));
         EXPECT_EQ(used, 0u);
         EXPECT_EQ(rest, ZPMakeRange(0, 1));
     });

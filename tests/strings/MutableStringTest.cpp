@@ -2,11 +2,7 @@
 // Mutable strings: edits against a model, sharing of contents, storage forms, the abstract class.
 #include "StringForms.h"
 
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/strings/ZPCharacterSet.h>
 #include <Bedrock/strings/cluster/Mutable.h>
-
-#include <functional>
 
 using namespace strings;
 
@@ -147,29 +143,22 @@ TEST(MutableString, PassesTo16BitsWhenTextNeedsIt) {
     s = ZPMutableString::string();
     s->replaceCharactersInRange_withCString_length({0, 0}, "\xC3\xA9", 2);
     EXPECT_EQ(textOf(s), u"\u00e9");
-    ZPString *name = nullptr;
-    EXPECT_EQ(reasonOf(
-                  [&] {
-                      s->replaceCharactersInRange_withCString_length({0, 0}, "\xC3", 1);
-                  },
-                  &name),
-              "Bad cString");
-    EXPECT_TRUE(name->isEqual(ZPCharacterConversionException));
+    EXPECT_RAISES("ZPCharacterConversionException: Bad cString",
+                  s->replaceCharactersInRange_withCString_length({0, 0}, "\xC3", 1));
 }
 
 TEST(MutableString, RefusesRangesOutside) {
     for (ZPMutableString *s :
          {ZPMutableString::stringWithString("abc"_zp), ZPMutableString::stringWithCString("abc")}) {
         for (ZPRange bad : {ZPRange{4, 0}, ZPRange{2, 2}, ZPRange{1, 0xFFFFFFFF}, ZPRange{0xFFFFFFFF, 2}}) {
-            EXPECT_EQ(reasonOf([&] { s->replaceCharactersInRange_withString(bad, "x"_zp); }),
-                      "[ZPConcreteMutableString replaceCharactersInRange:withString:]: Out of bounds");
-            EXPECT_NE(reasonOf([&] { s->replaceCharactersInRange_withCString_length(bad, "x", 1); }), "");
-            EXPECT_NE(reasonOf([&] { s->replaceCharactersInRange_withCharacters_length(bad, u"x", 1); }), "");
+            EXPECT_REASON("[ZPConcreteMutableString replaceCharactersInRange:withString:]: Out of bounds",
+                          s->replaceCharactersInRange_withString(bad, "x"_zp));
+            EXPECT_REFUSED(s->replaceCharactersInRange_withCString_length(bad, "x", 1));
+            EXPECT_REFUSED(s->replaceCharactersInRange_withCharacters_length(bad, u"x", 1));
         }
         EXPECT_EQ(textOf(s), u"abc");
     }
-    EXPECT_EQ(reasonOf([] { ZPMutableString::stringWithCString(nullptr); }),
-              "[ZPMutableString stringWithCString:]: NULL cString");
+    EXPECT_REASON("[ZPMutableString stringWithCString:]: NULL cString", ZPMutableString::stringWithCString(nullptr));
 }
 
 TEST(MutableString, ReplacesOccurrences) {
@@ -214,38 +203,27 @@ TEST(MutableString, CheapStringUsesItsCallersBuffer) {
 }
 
 TEST(MutableString, JoinsUpTo40Strings) {
-    ZPString *x = "x"_zp, *wide = make(u"\u4e2d");
-    ZPRef<ZPString> joined =
-        ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, x, wide, x, static_cast<ZPString *>(nullptr)));
+    ZPString *x = "x"_zp, *wide = make(u"\u4e2d"), *end = nullptr;
+    ZPRef<ZPString> joined = ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, x, wide, x, end));
     EXPECT_EQ(textOf(joined.get()), u"x\u4e2dx");
-    EXPECT_EQ(_ZPNewStringByAppendingStrings(nullptr, ""_zp, ""_zp, static_cast<ZPString *>(nullptr)), ""_zp);
+    EXPECT_EQ(_ZPNewStringByAppendingStrings(nullptr, ""_zp, ""_zp, end), ""_zp);
 #define TEN x, x, x, x, x, x, x, x, x, x
-    joined = ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, static_cast<ZPString *>(nullptr)));
+    joined = ZPAdopt(_ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, end));
     EXPECT_EQ(joined->length(), 40u);
-    EXPECT_EQ(reasonOf([&] {
-                  _ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, x, static_cast<ZPString *>(nullptr));
-              }),
-              "Too many strings to append");
+    EXPECT_REASON("Too many strings to append", _ZPNewStringByAppendingStrings(nullptr, TEN, TEN, TEN, TEN, x, end));
 }
 
 TEST(MutableString, IsMadeInAZoneAndCopiedOutOfIt) {
-    ZPZone *zone = ZPCreateZone(0, 0, YES);
-    {
-        Pool inner;
-        ZPMutableString *s = ZPMutableString::allocWithZone(zone)->initWithCapacity(10);
-        s->autorelease();
-        for (int i = 0; i < 50; ++i) s->appendString("text "_zp);
-        EXPECT_EQ(ZPZoneFromPointer(contentsOf(s)), zone);
-        EXPECT_EQ(ZPZoneFromPointer(bytesOf(s)->bytes), zone);
-        ZPRef<ZPString> copy = ZPAdopt<ZPString>(s->copyWithZone(zone));
-        EXPECT_EQ(copy.get(), contentsOf(s));
-        ZPZone *elsewhere = ZPCreateZone(0, 0, YES);
-        {
-            ZPRef<ZPString> far = ZPAdopt<ZPString>(s->copyWithZone(elsewhere));
-            EXPECT_EQ(ZPZoneFromPointer(far.get()), elsewhere);
-            EXPECT_TRUE(far->isEqualToString(s));
-        }
-        ZPRecycleZone(elsewhere);
-    }
-    ZPRecycleZone(zone);
+    TestZone zone, elsewhere;
+    Pool inner;
+    ZPMutableString *s = ZPMutableString::allocWithZone(zone)->initWithCapacity(10);
+    s->autorelease();
+    for (int i = 0; i < 50; ++i) s->appendString("text "_zp);
+    EXPECT_EQ(ZPZoneFromPointer(contentsOf(s)), zone.zone);
+    EXPECT_EQ(ZPZoneFromPointer(bytesOf(s)->bytes), zone.zone);
+    ZPRef<ZPString> copy = ZPAdopt<ZPString>(s->copyWithZone(zone)),
+                    far = ZPAdopt<ZPString>(s->copyWithZone(elsewhere));
+    EXPECT_EQ(copy.get(), contentsOf(s));
+    EXPECT_EQ(ZPZoneFromPointer(far.get()), elsewhere.zone);
+    EXPECT_TRUE(far->isEqualToString(s));
 }

@@ -2,12 +2,6 @@
 // Splitting, joining, standardizing and abbreviating paths. The home directory of the process is C:\Users\me.
 #include "StringForms.h"
 
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/strings/ZPPathUtilities.h>
-
-#include <cstdlib>
-
 using namespace strings;
 
 namespace {
@@ -15,39 +9,23 @@ namespace {
 [[maybe_unused]] const bool homeIsSet = !setenv("HOMEDRIVE", "C:", 1) && !setenv("HOMEPATH", "\\Users\\me", 1);
 
 struct Paths : testing::Test {
-    Paths() {
-        _ZPSetLogCStringFunction([](const char *bytes, unsigned length, BOOL) { logged().assign(bytes, length); });
-    }
-    ~Paths() { _ZPSetLogCStringFunction(nullptr); }
-    static std::string &logged() {
-        static std::string text;
-        return text;
-    }
+    LogCapture log;
 };
 
 ZPPathStore2 *store(const std::u16string &text) {
     return ZPPathStore2::pathStoreWithCharacters_length(text.data(), unsigned(text.size()));
 }
 
-struct Case {
-    const char16_t *path, *wanted;
-};
-
-// A path store works on its own units, which operations have written with backslashes.
-void check(ZPString *(ZPString::*operation)(), std::initializer_list<Case> cases) {
-    for (auto &[path, wanted] : cases)
-        inEveryForm(path, [&, path = path, wanted = wanted](const Form &form, ZPString *s) {
+// Rows of "path -> answer". A path store works on its own units, which operations have written with backslashes.
+void check(ZPString *(ZPString::*operation)(), std::initializer_list<const char16_t *> rows) {
+    for (const char16_t *row : rows) {
+        auto [path, wanted] = sides(row);
+        inEveryForm(path, [&, &wanted = wanted](const Form &form, ZPString *s) {
             if (std::strcmp(form.name, "path store") == 0) s = s->stringByAppendingPathComponent(""_zp);
-            EXPECT_EQ(textOf((s->*operation)()), wanted) << make(path)->cString();
+            EXPECT_EQ(textOf((s->*operation)()), wanted) << make(row)->cString();
         });
+    }
 }
-
-std::vector<std::u16string> listOf(ZPArray *array) {
-    std::vector<std::u16string> list;
-    for (unsigned i = 0; i < array->count(); ++i) list.push_back(textOf(array->objectAtIndex(i)));
-    return list;
-}
-using List = std::vector<std::u16string>;
 
 bool isSeparator(char16_t u) { return u == '/' || u == '\\'; }
 bool hasDrive(const std::u16string &p) {
@@ -109,33 +87,16 @@ std::u16string standardized(std::u16string p) {
 }  // namespace
 
 TEST_F(Paths, AreSplit) {
-    check(&ZPString::lastPathComponent, {{u"C:\\dir\\file.txt", u"file.txt"},
-                                         {u"C:x", u"x"},
-                                         {u"\\", u"\\"},
-                                         {u"a", u"a"},
-                                         {u"a/b//", u"b"},
-                                         {u"", u""},
-                                         {u"C:\\", u"\\"},
-                                         {u"\\\\srv\\share", u"share"},
-                                         {u"/usr/caf\u00e9", u"caf\u00e9"}});
-    check(&ZPString::stringByDeletingLastPathComponent, {{u"C:\\dir", u"C:\\"},
-                                                         {u"\\dir", u"\\"},
-                                                         {u"dir", u""},
-                                                         {u"C:\\dir\\sub", u"C:\\dir"},
-                                                         {u"C:x", u"C:"},
-                                                         {u"a//b/", u"a"},
-                                                         {u"C:/a/b", u"C:\\a"},
-                                                         {u"", u""}});
-    check(&ZPString::pathExtension, {{u"archive.tar.gz", u"gz"},
-                                     {u"dir.d\\file", u""},
-                                     {u".profile", u""},
-                                     {u"a//b.txt", u"txt"},
-                                     {u"C:.txt", u""},
-                                     {u"a.", u""},
-                                     {u"", u""},
-                                     {u"x.\u4e2d", u"\u4e2d"}});
+    check(&ZPString::lastPathComponent,
+          {u"C:\\dir\\file.txt -> file.txt", u"C:x -> x", u"\\ -> \\", u"a -> a", u"a/b// -> b", u" -> ", u"C:\\ -> \\",
+           u"\\\\srv\\share -> share", u"/usr/caf\u00e9 -> caf\u00e9"});
+    check(&ZPString::stringByDeletingLastPathComponent,
+          {u"C:\\dir -> C:\\", u"\\dir -> \\", u"dir -> ", u"C:\\dir\\sub -> C:\\dir", u"C:x -> C:", u"a//b/ -> a",
+           u"C:/a/b -> C:\\a", u" -> "});
+    check(&ZPString::pathExtension, {u"archive.tar.gz -> gz", u"dir.d\\file -> ", u".profile -> ", u"a//b.txt -> txt",
+                                     u"C:.txt -> ", u"a. -> ", u" -> ", u"x.\u4e2d -> \u4e2d"});
     check(&ZPString::stringByDeletingPathExtension,
-          {{u"dir\\archive.tar.gz", u"dir\\archive.tar"}, {u"C:\\.profile", u"C:\\.profile"}, {u"a.b/", u"a"}});
+          {u"dir\\archive.tar.gz -> dir\\archive.tar", u"C:\\.profile -> C:\\.profile", u"a.b/ -> a"});
     ZPPathStore2 *one = store(u"name");
     EXPECT_EQ(one->lastPathComponent(), one) << "nothing to cut";
     EXPECT_STREQ("C:\\a\\b"_zp->lastPathComponent()->isa->name, "ZPPathStore2");
@@ -158,7 +119,7 @@ TEST_F(Paths, AreTakenToPiecesAndPutTogether) {
     EXPECT_EQ(joined({}), u"");
     EXPECT_EQ(joined({"C:"_zp, "\\"_zp, "a"_zp, ""_zp, "b/"_zp}), u"C:\\a\\b");
     EXPECT_EQ(joined({"a"_zp, "D:\\x"_zp, "b"_zp}), u"a\\b") << "a drive behind a name is left out";
-    EXPECT_EQ(logged(), "*** +[ZPPathStore2 pathWithComponents:]: cannot append path 'D:\\x' to path 'a'");
+    EXPECT_EQ(log.text, "*** +[ZPPathStore2 pathWithComponents:]: cannot append path 'D:\\x' to path 'a'");
     ZPString *hundred = make(std::u16string(100, u'n'));
     EXPECT_EQ(joined({hundred, hundred, hundred, hundred}).size(), 403u);
 
@@ -174,29 +135,25 @@ TEST_F(Paths, AreTakenToPiecesAndPutTogether) {
 }
 
 TEST_F(Paths, AreJoined) {
-    auto joined = [](const char16_t *a, const char16_t *b) {
+    auto joined = [&](const std::u16string &a, const std::u16string &b) {
+        log.text.clear();
         return textOf(make(a)->stringByAppendingPathComponent(make(b)));
     };
     EXPECT_EQ(joined(u"C:\\dir", u"D:\\x"), u"C:\\dir");
-    EXPECT_EQ(logged(),
-              "*** -[ZPUnicodeString stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'");
-    EXPECT_EQ(joined(u"C:", u"x"), u"C:x");
-    EXPECT_EQ(joined(u"", u"x"), u"x");
-    EXPECT_EQ(joined(u"", u"C:\\x"), u"C:\\x");
-    EXPECT_EQ(joined(u"/", u"x"), u"\\x");
-    EXPECT_EQ(joined(u"a/", u"/b/"), u"a\\b");
-    EXPECT_EQ(joined(u"\\\\", u"srv"), u"\\\\srv");
-    EXPECT_EQ(joined(u"a", u"\\\\srv"), u"a");
-    EXPECT_EQ(joined(u"dir", u""), u"dir");
+    const std::string refused = " stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'";
+    EXPECT_EQ(log.text, "*** -[ZPUnicodeString" + refused);
+    for (auto &[both, wanted] : rows(u"C:+x -> C:x", u"+x -> x", u"+C:\\x -> C:\\x", u"/+x -> \\x", u"a/+/b/ -> a\\b",
+                                     u"\\\\+srv -> \\\\srv", u"a+\\\\srv -> a", u"dir+ -> dir"))
+        EXPECT_EQ(joined(both.substr(0, both.find('+')), both.substr(both.find('+') + 1)), wanted);
     std::u16string longest(3000, u'd'), more(2000, u'e');
-    EXPECT_EQ(joined(longest.c_str(), u"x").size(), 3002u);
-    EXPECT_EQ(joined(longest.c_str(), more.c_str()), longest);
+    EXPECT_EQ(joined(longest, u"x").size(), 3002u);
+    EXPECT_EQ(joined(longest, more), longest);
     EXPECT_EQ(store(longest)->stringByAppendingPathComponent(make(more))->length(), 5001u)
         << "only what cannot follow is refused";
     ZPPathStore2 *dir = store(u"C:\\dir");
+    log.text.clear();
     EXPECT_EQ(dir->stringByAppendingPathComponent("D:\\x"_zp), dir);
-    EXPECT_EQ(logged(),
-              "*** -[ZPPathStore2 stringByAppendingPathComponent:]: cannot append path 'D:\\x' to path 'C:\\dir'");
+    EXPECT_EQ(log.text, "*** -[ZPPathStore2" + refused);
     ZPArray *paths = ZPArray::arrayWithObjects("a"_zp, "D:"_zp);
     EXPECT_EQ(listOf(dir->stringsByAppendingPaths(paths)), (List{u"C:\\dir\\a", u"C:\\dir"}));
     EXPECT_EQ(listOf(store(u"")->stringsByAppendingPaths(paths)), (List{u"a", u"D:"}));
@@ -214,9 +171,9 @@ TEST_F(Paths, TakeExtensions) {
     EXPECT_EQ(extended(u"C:\\a", u""), u"C:\\a.");
     EXPECT_EQ(extended(u"~\\a", u"txt"), u"~\\a.txt");
     for (const char16_t *path : {u"", u"/", u"\\", u"~", u"~me", u"C:", u"\\\\", u"C:\\"}) {
-        logged().clear();
+        log.text.clear();
         EXPECT_EQ(extended(path, u"txt"), path);
-        EXPECT_NE(logged().find("PathExtension:]: cannot append extension 'txt' to path '"), std::string::npos);
+        EXPECT_HAS(log.text, "PathExtension:]: cannot append extension 'txt' to path '");
     }
     EXPECT_EQ(extended(u"a", u"/b"), u"a");
     EXPECT_EQ(extended(u"a", u"C:b"), u"a");
@@ -233,48 +190,27 @@ TEST_F(Paths, AreAbsoluteOrNot) {
 }
 
 TEST_F(Paths, KnowTheHomeDirectory) {
-    check(&ZPString::stringByExpandingTildeInPath, {{u"~\\docs", u"C:\\Users\\me\\docs"},
-                                                    {u"~", u"C:\\Users\\me"},
-                                                    {u"~/a//b", u"C:\\Users\\me\\a\\b"},
-                                                    {u"~nobody at all\\x", u"~nobody at all\\x"},
-                                                    {u"a~", u"a~"},
-                                                    {u"", u""}});
-    check(&ZPString::stringByAbbreviatingWithTildeInPath, {{u"C:\\Users\\me\\docs", u"~\\docs"},
-                                                           {u"C:\\Users\\me", u"~"},
-                                                           {u"C:/Users/me/", u"~"},
-                                                           {u"C:\\Users\\meX", u"C:\\Users\\meX"},
-                                                           {u"c:\\Users\\me", u"c:\\Users\\me"},
-                                                           {u"C:\\Users", u"C:\\Users"},
-                                                           {u"\\", u"\\"},
-                                                           {u"", u""}});
+    check(&ZPString::stringByExpandingTildeInPath,
+          {u"~\\docs -> C:\\Users\\me\\docs", u"~ -> C:\\Users\\me", u"~/a//b -> C:\\Users\\me\\a\\b",
+           u"~nobody at all\\x -> ~nobody at all\\x", u"a~ -> a~", u" -> "});
+    check(&ZPString::stringByAbbreviatingWithTildeInPath,
+          {u"C:\\Users\\me\\docs -> ~\\docs", u"C:\\Users\\me -> ~", u"C:/Users/me/ -> ~",
+           u"C:\\Users\\meX -> C:\\Users\\meX", u"c:\\Users\\me -> c:\\Users\\me", u"C:\\Users -> C:\\Users",
+           u"\\ -> \\", u" -> "});
     std::u16string tail(5000, u't');
     EXPECT_EQ(textOf(make(u"~\\" + tail)->stringByExpandingTildeInPath()).substr(0, 3), u"~\\t")
         << "no room, so nothing is lost";
 }
 
 TEST_F(Paths, AreStandardized) {
-    check(&ZPString::stringByStandardizingPath, {{u"a/b//c/", u"a\\b\\c"},
-                                                 {u"C:/x/./y/../z", u"C:\\x\\z"},
-                                                 {u"C:\\a\\..\\..\\b", u"C:\\b"},
-                                                 {u"C:\\..\\b", u"C:\\b"},
-                                                 {u"C:\\a\\b\\..", u"C:\\a"},
-                                                 {u"C:\\x\\.", u"C:\\x"},
-                                                 {u"\\\\srv\\share\\..\\b", u"\\\\srv\\share\\b"},
-                                                 {u".\\.\\a", u"a"},
-                                                 {u"a\\..\\b", u"a\\..\\b"},
-                                                 {u"\\a\\..\\b", u"\\a\\..\\b"},
-                                                 {u"C:\\a\\..", u"C:\\"},
-                                                 {u"\\\\srv\\share\\a\\..", u"\\\\srv\\share"},
-                                                 {u"\\\\srv\\..\\x", u"\\\\srv\\..\\x"},
-                                                 {u"C:\\.\\..\\...\\..a", u"C:\\...\\..a"},
-                                                 {u"~/../x", u"C:\\Users\\x"},
-                                                 {u"", u""},
-                                                 {u"/", u"\\"},
-                                                 {u"C:\\.", u"C:"},
-                                                 // What is taken away leaves the same file named.
-                                                 {u".\\~", u".\\~"},
-                                                 {u"././/c:x", u".\\c:x"},
-                                                 {u"~nobody at all\\..\\a\\..\\b", u"~nobody at all\\..\\b"}});
+    check(&ZPString::stringByStandardizingPath,
+          {u"a/b//c/ -> a\\b\\c", u"C:/x/./y/../z -> C:\\x\\z", u"C:\\a\\..\\..\\b -> C:\\b", u"C:\\..\\b -> C:\\b",
+           u"C:\\a\\b\\.. -> C:\\a", u"C:\\x\\. -> C:\\x", u"\\\\srv\\share\\..\\b -> \\\\srv\\share\\b",
+           u".\\.\\a -> a", u"a\\..\\b -> a\\..\\b", u"\\a\\..\\b -> \\a\\..\\b", u"C:\\a\\.. -> C:\\",
+           u"\\\\srv\\share\\a\\.. -> \\\\srv\\share", u"\\\\srv\\..\\x -> \\\\srv\\..\\x",
+           u"C:\\.\\..\\...\\..a -> C:\\...\\..a", u"~/../x -> C:\\Users\\x", u" -> ", u"/ -> \\", u"C:\\. -> C:",
+           // What is taken away leaves the same file named.
+           u".\\~ -> .\\~", u"././/c:x -> .\\c:x", u"~nobody at all\\..\\a\\..\\b -> ~nobody at all\\..\\b"});
 }
 
 TEST_F(Paths, AreStandardizedByTheRules) {
@@ -311,10 +247,8 @@ TEST_F(Paths, AreStringsOfTheirOwn) {
     EXPECT_EQ(textOf(ZPPathStore2::pathStoreWithCString("a/\xE4\xB8\xAD/")), u"a/\u4e2d");
     EXPECT_EQ(ZPPathStore2::pathStoreWithCString("\xFF"), nullptr);
     EXPECT_EQ(path->hash(), make(u"C:\\caf\u00e9")->hash());
-    ZPZone *zone = ZPCreateZone(0, 0, YES);
-    ZPString *elsewhere = path->copyWithZone(zone);
-    EXPECT_EQ(ZPZoneFromPointer(elsewhere), zone);
+    TestZone zone;
+    ZPRef<ZPString> elsewhere = ZPAdopt<ZPString>(path->copyWithZone(zone));
+    EXPECT_EQ(ZPZoneFromPointer(elsewhere.get()), zone.zone);
     EXPECT_TRUE(elsewhere->isEqual(path));
-    elsewhere->release();
-    ZPRecycleZone(zone);
 }

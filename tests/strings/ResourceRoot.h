@@ -4,26 +4,19 @@
 
 #include "StringForms.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-
 namespace strings {
 
 /// A directory in which a test's own resource files are looked for, for as long as it lives.
 class ResourceRoot {
-    std::filesystem::path _root;
+    Directory _root;
 
   public:
-    ResourceRoot()
-        : _root(std::filesystem::path(testing::TempDir()) / ("resources" + std::to_string(std::random_device()()))) {
+    ResourceRoot() {
         std::filesystem::create_directories(folder());
-        setenv("CORVID_ROOT", _root.c_str(), 1);
+        setenv("CORVID_ROOT", _root.path.c_str(), 1);
     }
-    ~ResourceRoot() { std::filesystem::remove_all(_root); }
     std::filesystem::path folder() const {
-        return _root / "CorvidLibrary/Frameworks/Bedrock.framework/Resources/CharacterSets";
+        return _root.path / "CorvidLibrary/Frameworks/Bedrock.framework/Resources/CharacterSets";
     }
     void write(const std::string &name, const std::string &bytes) const {
         std::ofstream(folder() / name, std::ios::binary) << bytes;

@@ -2,17 +2,6 @@
 // Scanners over every form of string, the primitives that a client's scanner supplies, and the number readers.
 #include "StringForms.h"
 
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/strings/ZPCharacterSet.h>
-#include <Bedrock/strings/ZPMutableString.h>
-#include <Bedrock/strings/ZPNumberReader.h>
-#include <Bedrock/strings/ZPScanner.h>
-
-#include <climits>
-#include <cmath>
-#include <cstdlib>
-#include <sstream>
-
 using namespace strings;
 
 namespace {
@@ -48,74 +37,49 @@ template <class F> void scanning(const std::u16string &text, F check) {
 
 std::u16string scanned(ZPString *string) { return string ? textOf(string) : u"(none)"; }
 
-// What a scan finds in a text, and where it stops; it finds nothing where it does not move.
-template <class T> struct Case {
-    std::u16string text;
-    T value;
-    unsigned location;
-};
-template <class T, std::size_t n> void check(BOOL (ZPScanner::*scan)(T *), const Case<T> (&cases)[n]) {
-    for (auto &c : cases)
-        scanning(c.text, [&](ZPScanner *scanner) {
-            SCOPED_TRACE(std::string(c.text.begin(), c.text.end()));
+// Rows of "text -> value location": what a scan finds, and where it stops; it finds nothing where it does not move.
+template <class T> void check(BOOL (ZPScanner::*scan)(T *), std::initializer_list<const char16_t *> rows) {
+    for (const char16_t *row : rows) {
+        auto [text, found] = sides(row);
+        std::istringstream numbers(std::string(found.begin(), found.end()));
+        T wanted = 0;
+        unsigned location = 0;
+        std::string number;
+        numbers >> number >> location;
+        if constexpr (std::is_integral_v<T>) wanted = T(std::strtoll(number.c_str(), nullptr, 10));
+        else wanted = T(std::strtod(number.c_str(), nullptr));
+        scanning(text, [&](ZPScanner *scanner) {
+            SCOPED_TRACE(make(row)->cString());
             T value = 77;
-            EXPECT_EQ((scanner->*scan)(&value) != NO, c.location != 0);
-            EXPECT_EQ(value, c.location ? c.value : T(77));
-            EXPECT_EQ(scanner->scanLocation(), c.location);
+            EXPECT_EQ((scanner->*scan)(&value) != NO, location != 0);
+            EXPECT_EQ(value, location ? wanted : T(77));
+            EXPECT_EQ(scanner->scanLocation(), location);
             scanner->setScanLocation(0);
-            EXPECT_EQ((scanner->*scan)(nullptr) != NO, c.location != 0);
-            EXPECT_EQ(scanner->scanLocation(), c.location);
+            EXPECT_EQ((scanner->*scan)(nullptr) != NO, location != 0);
+            EXPECT_EQ(scanner->scanLocation(), location);
         });
+    }
 }
 
 }  // namespace
 
 TEST(Scanner, integers) {
     // Digits of other scripts belong to a number, each counting -1.
-    const Case<int> scanInts[] = {{u"  42abc", 42, 4},
-                                  {u"- 5", -5, 3},
-                                  {u"+\n\t7 ", 7, 4},
-                                  {u"-x", 0, 0},
-                                  {u"", 0, 0},
-                                  {u"   ", 0, 0},
-                                  {u"--5", 0, 0},
-                                  {u"007", 7, 3},
-                                  {u"99999999999", INT_MAX, 11},
-                                  {u"-99999999999", INT_MIN, 12},
-                                  {u"2147483647", INT_MAX, 10},
-                                  {u"2147483648", INT_MAX, 10},
-                                  {u"-2147483648", INT_MIN, 11},
-                                  {u"-2147483649", INT_MIN, 11},
-                                  {u"2147483646.", 2147483646, 10},
-                                  {u"\uffff1", 0, 0},
-                                  {u"4\u0663x", 39, 2}};
-    check(&ZPScanner::scanInt, scanInts);
-    const Case<long long> scanLongLongs[] = {{u" 9223372036854775807", LLONG_MAX, 20},
-                                             {u"9223372036854775808", LLONG_MAX, 19},
-                                             {u"-9223372036854775808", LLONG_MIN, 20},
-                                             {u"-9223372036854775809", LLONG_MIN, 20},
-                                             {u"-9223372036854775807", -LLONG_MAX, 20},
-                                             {u"9223372036854775806x", LLONG_MAX - 1, 19},
-                                             {u"10000000000", 10000000000, 11},
-                                             {u"1" + std::u16string(500, u'0') + u" ", LLONG_MAX, 501},
-                                             {u"x", 0, 0}};
-    check(&ZPScanner::scanLongLong, scanLongLongs);
-    const Case<unsigned> scanHexInts[] = {{u"0x1F", 31, 4},
-                                          {u"0xZ", 0, 1},
-                                          {u"ffffffffff", 0xFFFFFFFF, 10},
-                                          {u"g", 0, 0},
-                                          {u"0", 0, 1},
-                                          {u"0x", 0, 1},
-                                          {u" 0Xab", 0xAB, 5},
-                                          {u"0fx", 15, 2},
-                                          {u"00x1", 0, 2},
-                                          {u"", 0, 0},
-                                          {u"DEADBEEF", 0xDEADBEEF, 8},
-                                          {u"x1", 0, 0},
-                                          {u"0100000000", 0xFFFFFFFF, 10},
-                                          {u"\u0661", 0, 0},
-                                          {u"0\u01781", 0, 1}};
-    check(&ZPScanner::scanHexInt, scanHexInts);
+    check(&ZPScanner::scanInt,
+          {u"  42abc -> 42 4", u"- 5 -> -5 3", u"+\n\t7  -> 7 4", u"-x -> 0", u" -> 0", u"    -> 0", u"--5 -> 0",
+           u"007 -> 7 3", u"99999999999 -> 2147483647 11", u"-99999999999 -> -2147483648 12",
+           u"2147483647 -> 2147483647 10", u"2147483648 -> 2147483647 10", u"-2147483648 -> -2147483648 11",
+           u"-2147483649 -> -2147483648 11", u"2147483646. -> 2147483646 10", u"\uffff1 -> 0", u"4\u0663x -> 39 2"});
+    std::u16string large = u"1" + std::u16string(500, u'0') + u"  -> 9223372036854775807 501";
+    check(&ZPScanner::scanLongLong,
+          {u" 9223372036854775807 -> 9223372036854775807 20", u"9223372036854775808 -> 9223372036854775807 19",
+           u"-9223372036854775808 -> -9223372036854775808 20", u"-9223372036854775809 -> -9223372036854775808 20",
+           u"-9223372036854775807 -> -9223372036854775807 20", u"9223372036854775806x -> 9223372036854775806 19",
+           u"10000000000 -> 10000000000 11", large.c_str(), u"x -> 0"});
+    check(&ZPScanner::scanHexInt,
+          {u"0x1F -> 31 4", u"0xZ -> 0 1", u"ffffffffff -> 4294967295 10", u"g -> 0", u"0 -> 0 1", u"0x -> 0 1",
+           u" 0Xab -> 171 5", u"0fx -> 15 2", u"00x1 -> 0 2", u" -> 0", u"DEADBEEF -> 3735928559 8", u"x1 -> 0",
+           u"0100000000 -> 4294967295 10", u"\u0661 -> 0", u"0\u01781 -> 0 1"});
 }
 
 // The C library's reading of the same text is the standard; this process runs in its "C" locale.
@@ -158,11 +122,9 @@ TEST(Scanner, doublesAreTheCLibrarys) {
 }
 
 TEST(Scanner, doubles) {
-    const Case<double> doubles[] = {{u" 1.5 ", 1.5, 4}, {u"1,5", 1, 1},  {u"inf", 0, 0},
-                                    {u"nan", 0, 0},     {u"0x1F", 0, 1}, {u"-1e999", -HUGE_VAL, 6}};
-    check(&ZPScanner::scanDouble, doubles);
-    const Case<float> floats[] = {{u" 0.1 ", 0.1f, 4}, {u"-1e999", -HUGE_VALF, 6}, {u"x", 0, 0}};
-    check(&ZPScanner::scanFloat, floats);
+    check(&ZPScanner::scanDouble,
+          {u" 1.5  -> 1.5 4", u"1,5 -> 1 1", u"inf -> 0", u"nan -> 0", u"0x1F -> 0 1", u"-1e999 -> -inf 6"});
+    check(&ZPScanner::scanFloat, {u" 0.1  -> 0.1 4", u"-1e999 -> -inf 6", u"x -> 0"});
     ZPScanner *scanner = ZPScanner::scannerWithString("1,5 2.5"_zp);
     scanner->setLocale(ZPDictionary::dictionaryWithObject_forKey(","_zp, "ZPDecimalSeparator"_zp));
     double value;
@@ -274,7 +236,7 @@ TEST(Scanner, keepsAndCopiesWhatItWasGiven) {
 
     scanner->setScanLocation(7);
     EXPECT_TRUE(scanner->isAtEnd());
-    EXPECT_EQ(reasonOf([&] { scanner->setScanLocation(8); }), "[ZPConcreteScanner setScanLocation:]: Out of bounds");
+    EXPECT_REASON("[ZPConcreteScanner setScanLocation:]: Out of bounds", scanner->setScanLocation(8));
     EXPECT_EQ(scanner->scanLocation(), 7u);
     EXPECT_TRUE(ZPScanner::localizedScannerWithString("1.5"_zp)->scanDouble(nullptr));
 }
@@ -284,8 +246,6 @@ TEST(Scanner, aClientsScannerMustSupplyThePrimitives) {
     EXPECT_FALSE(bare->caseSensitive());
     EXPECT_EQ(bare->locale(), nullptr);
     EXPECT_EQ(bare->charactersToBeSkipped(), ZPCharacterSet::whitespaceAndNewlineCharacterSet());
-    EXPECT_NE(
-        reasonOf([&] { bare->isAtEnd(); }).find("only defined for abstract class.  Define -[BareScanner string]!"),
-        std::string::npos);
-    EXPECT_NE(reasonOf([&] { bare->setCaseSensitive(YES); }).find("setCaseSensitive:"), std::string::npos);
+    EXPECT_REASON_HAS("only defined for abstract class.  Define -[BareScanner string]!", bare->isAtEnd());
+    EXPECT_REASON_HAS("setCaseSensitive:", bare->setCaseSensitive(YES));
 }

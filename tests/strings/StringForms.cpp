@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "StringForms.h"
 
-#include <Bedrock/strings/ZPPathUtilities.h>
-
 namespace strings {
 
 ZP_IMPLEMENT(ClientString, length, characterAtIndex);

@@ -2,15 +2,7 @@
 // Every form in which a text can be stored, made from the same units, and what the tests of strings share.
 #pragma once
 
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPAutoreleasePool.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/strings/ZPMutableString.h>
 #include <support/Objects.h>
-
-#include <cstring>
-#include <random>
-#include <string>
 
 namespace strings {
 
@@ -24,6 +16,13 @@ inline std::u16string textOf(ZPString *s) {
 
 inline ZPString *make(const std::u16string &text) {
     return ZPString::stringWithCharacters_length(text.data(), unsigned(text.size()));
+}
+
+using List = std::vector<std::u16string>;
+inline List listOf(ZPArray *array) {
+    List list;
+    for (unsigned i = 0; i < array->count(); ++i) list.push_back(textOf(array->objectAtIndex(i)));
+    return list;
 }
 
 /// A client's string that supplies the primitives alone.

@@ -1,15 +1,31 @@
 // SPDX-License-Identifier: MIT
-// What tests share: a pool around each, values that count how many of them live, and the text of an error.
+// What tests share: the library, a pool around each test, values that count how many of them live, the text of an
+// error, the log, zones and threads.
 #pragma once
 
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/core/ZPAutoreleasePool.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/strings/ZPString.h>
+#include <Bedrock/Bedrock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
-
-#include <string>
+#include <unistd.h>
 
 /// An autorelease pool around every test of a program.
 struct PoolPerTest : testing::EmptyTestEventListener {
@@ -72,4 +88,85 @@ template <class F> std::string raised(F f) {
     ZPString *name = nullptr;
     std::string reason = reasonOf(f, &name);
     return name ? text(name) + ": " + reason : "";
+}
+
+/// A reason that begins as most do.
+inline std::string invalid(const std::string &what) { return "ZPInvalidArgumentException: *** " + what; }
+
+inline bool has(const std::string &text, const std::string &piece) { return text.find(piece) != std::string::npos; }
+#define EXPECT_HAS(text, piece) EXPECT_PRED2(has, text, piece)
+
+// What the statements raise: all of it, its reason, a piece of its reason, or anything.
+#define EXPECT_RAISES(wanted, ...) EXPECT_EQ(raised([&] { __VA_ARGS__; }), wanted)
+#define EXPECT_REASON(wanted, ...) EXPECT_EQ(reasonOf([&] { __VA_ARGS__; }), wanted)
+#define EXPECT_REASON_HAS(piece, ...) EXPECT_HAS(reasonOf([&] { __VA_ARGS__; }), piece)
+#define EXPECT_REFUSED(...) EXPECT_NE(raised([&] { __VA_ARGS__; }), "")
+
+/// How often each is retained.
+template <class... T> std::vector<unsigned> retained(T *...objects) { return {objects->retainCount()...}; }
+using Counts = std::vector<unsigned>;
+
+/// The two sides of "input -> answer".
+template <class C> std::pair<std::basic_string<C>, std::basic_string<C>> sides(const C *row) {
+    static const C arrow[] = {' ', '-', '>', ' ', 0};
+    std::basic_string<C> text = row;
+    std::size_t at = text.find(arrow);
+    EXPECT_NE(at, text.npos);
+    return {text.substr(0, at), text.substr(at + 4)};
+}
+/// The sides of each of the rows.
+template <class C, class... R> auto rows(const C *first, R *...more) {
+    return std::vector{sides(first), sides(more)...};
+}
+
+/// Holds what is logged while it lives.
+struct LogCapture {
+    static inline std::string text;
+    static inline BOOL banner;
+    LogCapture() {
+        text.clear();
+        _ZPSetLogCStringFunction([](const char *bytes, unsigned length, BOOL withBanner) {
+            text.append(bytes, length);
+            banner = withBanner;
+        });
+    }
+    ~LogCapture() { _ZPSetLogCStringFunction(nullptr); }
+};
+
+/// A directory of its own that goes away with it.
+struct Directory {
+    std::filesystem::path path;
+    Directory() {
+        std::string name = (std::filesystem::temp_directory_path() / "bedrock-XXXXXX").string();
+        path = mkdtemp(name.data());
+    }
+    ~Directory() { std::filesystem::remove_all(path); }
+    /// The library's path of a file in it.
+    ZPString *operator/(const char *name) const { return ZPString::stringWithCString((path / name).c_str()); }
+    std::string read(const char *name) const {
+        std::ifstream in(path / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    void write(const char *name, const std::string &bytes) const {
+        std::ofstream(path / name, std::ios::binary) << bytes;
+    }
+    unsigned count() const { return unsigned(std::distance(std::filesystem::directory_iterator(path), {})); }
+};
+
+/// A zone that is handed back at its end.
+struct TestZone {
+    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    ~TestZone() { ZPRecycleZone(zone); }
+    operator ZPZone *() const { return zone; }
+};
+
+/// As many threads at once, each with its number and a pool of its own; waits for their ends.
+template <class F> void onThreads(int count, F f) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < count; ++t)
+        threads.emplace_back([&f, t] {
+            ZPAutoreleasePoolScope pool;
+            f(t);
+        });
+    for (auto &t : threads) t.join();
 }

@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Heaps, held against sorted lists.
-#include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/tables/ZPOrderedHeap.h>
-#include <gtest/gtest.h>
+#include <support/Objects.h>
 
-#include <algorithm>
-#include <random>
 #include <stdexcept>
-#include <vector>
 
 namespace {
 
@@ -27,13 +22,12 @@ int byLastDigit(ZPOrderedHeap *, ZPHeapElement a, ZPHeapElement b) { return int(
 }  // namespace
 
 TEST(OrderedHeap, KeepsItsStorageInItsZone) {
-    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    TestZone zone;
     ZPOrderedHeap *heap = ZPCreateOrderedHeapFromZone(nullptr, 5, zone);
     std::vector<ZPHeapElement> many(9, 4);
     ZPAddMultipleToOrderedHeap(heap, many.data(), 9);
-    EXPECT_EQ(ZPZoneFromPointer(heap->storage), zone);
+    EXPECT_EQ(ZPZoneFromPointer(heap->storage), zone.zone);
     ZPFreeOrderedHeap(heap);
-    ZPRecycleZone(zone);
 }
 
 TEST(OrderedHeap, AnswersNullWhenNothingIsLeft) {

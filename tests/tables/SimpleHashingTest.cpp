@@ -3,12 +3,7 @@
 // from the probe rule: start at hash & mask, odd step ((hash >> 1) & mask) + ((hash >> 1) & 1) - 1.
 #include <Bedrock/tables/ZPSimpleHashing.h>
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <map>
-#include <random>
-#include <vector>
+#include <support/Objects.h>
 
 namespace {
 
@@ -33,22 +28,18 @@ std::vector<std::uintptr_t> layout(ZPSimpleSet *set) {  // items by bucket, 0: n
 }
 using L = std::vector<std::uintptr_t>;
 
-TEST(SimpleHashing, CapacityChoosesTheSizeClass) {
-    struct {
-        unsigned capacity, buckets;
-    } cases[] = {{0, 4},   {3, 4},   {4, 8},   {7, 8},    {8, 16},      {11, 16},    {12, 32},
-                 {21, 32}, {22, 64}, {43, 64}, {44, 128}, {1365, 2048}, {1366, 4096}};
-    for (auto c : cases) {
-        ZPSimpleSet *set = ZPCreateSimpleSet(c.capacity, nullptr, nullptr);
-        EXPECT_EQ(ZPSimpleSetNumBuckets(set), c.buckets) << c.capacity;
+TEST(SimpleHashing, CapacityAndCountChooseTheSizeClass) {
+    const std::pair<unsigned, unsigned> cases[] = {{0, 4},    {3, 4},       {4, 8},      {7, 8},   {8, 16},
+                                                   {11, 16},  {12, 32},     {21, 32},    {22, 64}, {43, 64},
+                                                   {44, 128}, {1365, 2048}, {1366, 4096}};
+    for (auto [capacity, buckets] : cases) {
+        ZPSimpleSet *set = ZPCreateSimpleSet(capacity, nullptr, nullptr);
+        EXPECT_EQ(ZPSimpleSetNumBuckets(set), buckets) << capacity;
         ZPFreeSimpleSet(set);
-        ZPSimpleDictionary *d = ZPCreateSimpleDictionary(c.capacity, nullptr, nullptr);
-        EXPECT_EQ(ZPSimpleDictionaryNumBuckets(d), c.buckets) << c.capacity;
+        ZPSimpleDictionary *d = ZPCreateSimpleDictionary(capacity, nullptr, nullptr);
+        EXPECT_EQ(ZPSimpleDictionaryNumBuckets(d), buckets) << capacity;
         ZPFreeSimpleDictionary(d);
     }
-}
-
-TEST(SimpleHashing, GrowsToTheSizeClassOfItsCount) {
     ZPSimpleSet *set = ZPCreateSimpleSet(0, nullptr, nullptr);
     for (unsigned n = 1; n <= 1366; ++n) {
         insert(set, n, n);

@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Locks.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/strings/ZPString.h>
-#include <Bedrock/threads/ZPLock.h>
 #include <support/Objects.h>
-
-#include <atomic>
-#include <chrono>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -43,24 +33,19 @@ TYPED_TEST_SUITE(EveryLock, Locks);
 TYPED_TEST(EveryLock, ExcludesThreads) {
     ZPRef<TypeParam> lock = ZPAdopt(TypeParam::new_());
     long counter = 0;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t)
-        threads.emplace_back([&] {
-            ZPAutoreleasePoolScope pool;
-            for (int i = 0; i < 5000; ++i) {
-                lock->lock();
-                ++counter;
-                lock->unlock();
-                if constexpr (!std::is_same_v<TypeParam, ZPCondition>)
-                    if ((i % 16 == 0 && lock->tryLock()) ||
-                        (i % 256 == 1 && lock->lockBeforeDate(Moment::in(0.0005)))) {
-                        ++counter;
-                        --counter;
-                        lock->unlock();
-                    }
-            }
-        });
-    for (auto &t : threads) t.join();
+    onThreads(8, [&](int) {
+        for (int i = 0; i < 5000; ++i) {
+            lock->lock();
+            ++counter;
+            lock->unlock();
+            if constexpr (!std::is_same_v<TypeParam, ZPCondition>)
+                if ((i % 16 == 0 && lock->tryLock()) || (i % 256 == 1 && lock->lockBeforeDate(Moment::in(0.0005)))) {
+                    ++counter;
+                    --counter;
+                    lock->unlock();
+                }
+        }
+    });
     EXPECT_EQ(counter, 40000);
     EXPECT_TRUE(lock->conformsToProtocol(ZPLocking::protocol()));
 }
@@ -99,23 +84,23 @@ TYPED_TEST(WordLock, AWaiterWhoseTimeIsUpKeepsNoOneFromBeingWoken) {
         std::atomic<int> ready{0};
         bool taken = false;
         double soon = Moment::now() + 0.0008;
-        std::thread brief([&] {
-            ZPAutoreleasePoolScope pool;
-            ++ready;
-            if (lock->lockBeforeDate(Moment::in(soon - Moment::now()))) lock->unlock();
-        });
-        std::thread patient([&] {
-            ZPAutoreleasePoolScope pool;
-            while (!ready) std::this_thread::yield();
-            std::this_thread::sleep_for(std::chrono::microseconds(100));
-            taken = lock->lockBeforeDate(Moment::in(5));
-            if (taken) lock->unlock();
+        std::thread waiters([&] {
+            onThreads(2, [&](int patient) {
+                if (!patient) {
+                    ++ready;
+                    if (lock->lockBeforeDate(Moment::in(soon - Moment::now()))) lock->unlock();
+                    return;
+                }
+                while (!ready) std::this_thread::yield();
+                std::this_thread::sleep_for(std::chrono::microseconds(100));
+                taken = lock->lockBeforeDate(Moment::in(5));
+                if (taken) lock->unlock();
+            });
         });
         double until = soon + int(random() % 120) * 1e-6 - 60e-6;
         while (Moment::now() < until) {}
         lock->unlock();
-        brief.join();
-        patient.join();
+        waiters.join();
         ASSERT_TRUE(taken) << "the lock was free, in round " << round;
     }
 }
@@ -126,7 +111,7 @@ TEST(RecursiveLock, CountsTheOwnersLocks) {
     EXPECT_FALSE(lock->tryLock());  // also for the owner
     lock->lock();
     EXPECT_TRUE(lock->lockBeforeDate(Moment::in(-1)));
-    EXPECT_NE(text(lock).find(" locked: YES  recursion count: 3"), std::string::npos) << text(lock);
+    EXPECT_HAS(text(lock), " locked: YES  recursion count: 3");
     auto elsewhere = [&] {
         bool taken = false;
         std::thread([&] {
@@ -143,7 +128,7 @@ TEST(RecursiveLock, CountsTheOwnersLocks) {
     EXPECT_TRUE(elsewhere());
     lock->unlock();  // of a free lock: it stays free
     EXPECT_TRUE(elsewhere());
-    EXPECT_NE(text(lock).find(" locked: NO  recursion count: 0"), std::string::npos);
+    EXPECT_HAS(text(lock), " locked: NO  recursion count: 0");
 }
 
 TEST(ConditionLock, WaitsForItsCondition) {
@@ -151,7 +136,7 @@ TEST(ConditionLock, WaitsForItsCondition) {
     EXPECT_EQ(lock->condition(), 0);
     lock->lock();
     EXPECT_FALSE(lock->tryLock());
-    EXPECT_NE(text(lock).find(" locked: YES  condition: 0"), std::string::npos) << text(lock);
+    EXPECT_HAS(text(lock), " locked: YES  condition: 0");
     lock->unlockWithCondition(5);
     EXPECT_FALSE(lock->tryLockWhenCondition(4));
     EXPECT_FALSE(lock->lockWhenCondition_beforeDate(4, Moment::in(0.02)));

@@ -1,20 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Thread objects, threads that the library starts, and the step to many threads.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/runloop/ZPNotificationCenter.h>
-#include <Bedrock/strings/ZPMutableString.h>
-#include <Bedrock/threads/ZPLock.h>
-#include <Bedrock/threads/ZPThread.h>
 #include <support/Objects.h>
-
-#include <atomic>
-#include <cstdio>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -23,6 +9,10 @@ std::atomic<int> living{0}, unwound{0};
 struct Unwound {
     ~Unwound() { ++unwound; }
 };
+
+void waitUntil(std::function<bool()> done) {
+    for (int i = 0; i < 2000 && !done(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+}
 
 struct Held : ZPObject {
     ZP_CLASS(Held)
@@ -37,131 +27,16 @@ struct Held : ZPObject {
 };
 ZP_IMPLEMENT(Held, init, dealloc);
 
-/// What a started thread does, and what was heard of it.
-struct Worker : ZPObject {
-    ZP_CLASS(Worker)
-    ZPConditionLock *_ended;
-    ZPThread *_thread, *_ending;
-    id _argument;
-    BOOL _wasMulti, _exits, _hadDictionary;
-    int _heard;
-
-    void run(id argument) {
-        Unwound unwound;
-        ZPAutoreleasePoolScope pool;
-        Held::new_()->autorelease();
-        _thread = ZPThread::currentThread();
-        _argument = argument;
-        _wasMulti = ZPThread::isMultiThreaded();
-        ZPObject *held = (ZPObject *)Held::new_();
-        _thread->threadDictionary()->setObject_forKey(held, "held"_zp);
-        held->release();
-        if (_exits) deeper();
-    }
-    void deeper() {
-        Unwound unwound;
-        try {
-            ZPThread::exit();
-        } catch (ZPException *) {
-            ADD_FAILURE() << "leaving a thread is no exception";
-        }
-        ADD_FAILURE() << "back from exit";
-    }
-    void willExit(ZPNotification *note) {
-        _ending = (ZPThread *)note->object().pointer();
-        _hadDictionary = ZPThread::currentThread() == _ending && _ending->threadDictionary()->objectForKey("held"_zp);
-        _ended->lock();
-        _ended->unlockWithCondition(1);
-    }
-    void becoming(ZPNotification *note) {
-        ++_heard;
-        if (note->object() || !ZPThread::isMultiThreaded()) _heard += 100;
-    }
-};
-ZP_IMPLEMENT(Worker, run, willExit, becoming);
-
-}  // namespace
-
-TEST(Thread, EveryThreadHasItsOwnObjectAndDictionary) {
-    ZPThread *mine = ZPThread::currentThread();
-    mine->threadDictionary()->setObject_forKey("main"_zp, "who"_zp);
-    std::atomic<int> wrong{0};
-    for (int round = 0; round < 3; ++round) {  // stacks are reused by the following round
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 8; ++t)
-            threads.emplace_back([&] {
-                ZPAutoreleasePoolScope inner;
-                ZPThread *own = ZPThread::currentThread();
-                if (own == mine || own->threadDictionary()->objectForKey("who"_zp)) ++wrong;
-                own->threadDictionary()->setObject_forKey("other"_zp, "who"_zp);
-                if (ZPThread::currentThread() != own) ++wrong;
-            });
-        for (auto &t : threads) t.join();
-    }
-    EXPECT_EQ(wrong, 0);
-    EXPECT_TRUE(mine->threadDictionary()->objectForKey("who"_zp)->isEqual("main"_zp));
+void leave(ZPThread *thread, ZPObject *held, ZPString *name) {
+    thread->threadDictionary()->setObject_forKey(held, name);
+    held->release();
 }
-
-TEST(Thread, StringsCollectionsAndClassesFromManyThreads) {
-    // Placeholders, literals, caches of classes seen for the first time, shared immutable objects.
-    ZPRef<ZPArray> shared = ZPArray::arrayWithObjects("one"_zp, ZPString::stringWithFormat("%d"_zp, 2),
-                                                      "drei und mehr Zeichen als in ein kleines Stück passen"_zp);
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 300; ++i) {
-                ZPAutoreleasePoolScope inner;
-                ZPString *text = ZPString::stringWithFormat("%@ %d %@"_zp, shared->objectAtIndex(i % 3), t, "λόγος"_zp);
-                ZPMutableDictionary *map = ZPMutableDictionary::dictionary();
-                map->setObject_forKey(text, shared->objectAtIndex(1));
-                map->setObject_forKey(shared.get(), text);
-                if (map->count() != 2 || !map->objectForKey("2"_zp)->isEqual(text)) ++wrong;
-                ZPRef<ZPString> part = text->substringFromIndex(1);
-                if (!text->hasSuffix(part)) ++wrong;
-                if (!text->uppercaseString()->hasSuffix("ΛΌΓΟΣ"_zp)) ++wrong;
-            }
-        });
-    for (auto &t : threads) t.join();
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(shared->retainCount(), 2u);
-}
-
-TEST(Thread, StartsAndEnds) {
-    ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
-    for (BOOL exits : {NO, YES}) {
-        ZPRef<Worker> worker = ZPAdopt(Worker::new_());
-        worker->_ended = (ZPConditionLock *)ZPConditionLock::new_();
-        worker->_exits = exits;
-        unwound = 0;
-        center->addObserver_selector_name_object(worker.get(), "willExit:"_sel, ZPThreadWillExitNotification, nullptr);
-        ZPThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, worker.get(), "argument"_zp);
-        worker->_ended->lockWhenCondition(1);
-        EXPECT_EQ(worker->_ending, worker->_thread);
-        EXPECT_NE(worker->_thread, ZPThread::currentThread());
-        EXPECT_TRUE(worker->_hadDictionary);
-        EXPECT_TRUE(worker->_wasMulti);
-        EXPECT_EQ(worker->_argument, "argument"_zp);
-        center->removeObserver(worker.get());
-        worker->_ended->unlock();
-        worker->_ended->release();
-        for (int i = 0; i < 1000 && (living || unwound != 1 + exits || worker->retainCount() > 1); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        EXPECT_EQ(living, 0) << "what hung on the thread is released";
-        EXPECT_EQ(unwound, 1 + exits) << "the frames of the thread are unwound";
-        EXPECT_EQ(worker->retainCount(), 1u);
-    }
-}
-
-namespace {
 
 /// At its end it leaves something with its thread.
 struct Leaving : Held {
     ZP_CLASS(Leaving)
     void dealloc() {
-        ZPObject *held = (ZPObject *)Held::new_();
-        ZPThread::currentThread()->threadDictionary()->setObject_forKey(held, "left"_zp);
-        held->release();
+        leave(ZPThread::currentThread(), Held::new_(), "left"_zp);
         Held::new_()->autorelease();
         objc_super<Leaving>(this).send("dealloc"_sel);
     }
@@ -193,15 +68,116 @@ struct Quitter : ZPObject {
 };
 ZP_IMPLEMENT(Quitter, run, quit);
 
+/// What a started thread does, and what was heard of it.
+struct Worker : ZPObject {
+    ZP_CLASS(Worker)
+    ZPConditionLock *_ended;
+    ZPThread *_thread, *_ending;
+    id _argument;
+    BOOL _wasMulti, _exits, _hadDictionary;
+    int _heard;
+
+    void run(id argument) {
+        Unwound unwound;
+        ZPAutoreleasePoolScope pool;
+        Held::new_()->autorelease();
+        _thread = ZPThread::currentThread();
+        _argument = argument;
+        _wasMulti = ZPThread::isMultiThreaded();
+        leave(_thread, Held::new_(), "held"_zp);
+        if (_exits) deeper();
+    }
+    void deeper() {
+        Unwound unwound;
+        try {
+            ZPThread::exit();
+        } catch (ZPException *) {
+            ADD_FAILURE() << "leaving a thread is no exception";
+        }
+        ADD_FAILURE() << "back from exit";
+    }
+    void willExit(ZPNotification *note) {
+        _ending = (ZPThread *)note->object().pointer();
+        _hadDictionary = ZPThread::currentThread() == _ending && _ending->threadDictionary()->objectForKey("held"_zp);
+        _ended->lock();
+        _ended->unlockWithCondition(1);
+    }
+    void becoming(ZPNotification *note) {
+        ++_heard;
+        if (note->object() || !ZPThread::isMultiThreaded()) _heard += 100;
+    }
+};
+ZP_IMPLEMENT(Worker, run, willExit, becoming);
+
 }  // namespace
+
+TEST(Thread, EveryThreadHasItsOwnObjectAndDictionary) {
+    ZPThread *mine = ZPThread::currentThread();
+    mine->threadDictionary()->setObject_forKey("main"_zp, "who"_zp);
+    std::atomic<int> wrong{0};
+    for (int round = 0; round < 3; ++round) {  // stacks are reused by the following round
+        onThreads(8, [&](int) {
+            ZPThread *own = ZPThread::currentThread();
+            if (own == mine || own->threadDictionary()->objectForKey("who"_zp)) ++wrong;
+            own->threadDictionary()->setObject_forKey("other"_zp, "who"_zp);
+            if (ZPThread::currentThread() != own) ++wrong;
+        });
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_TRUE(mine->threadDictionary()->objectForKey("who"_zp)->isEqual("main"_zp));
+}
+
+TEST(Thread, StringsCollectionsAndClassesFromManyThreads) {
+    // Placeholders, literals, caches of classes seen for the first time, shared immutable objects.
+    ZPRef<ZPArray> shared = ZPArray::arrayWithObjects("one"_zp, ZPString::stringWithFormat("%d"_zp, 2),
+                                                      "drei und mehr Zeichen als in ein kleines Stück passen"_zp);
+    std::atomic<int> wrong{0};
+    onThreads(8, [&](int t) {
+        for (int i = 0; i < 300; ++i) {
+            ZPAutoreleasePoolScope inner;
+            ZPString *text = ZPString::stringWithFormat("%@ %d %@"_zp, shared->objectAtIndex(i % 3), t, "λόγος"_zp);
+            ZPMutableDictionary *map = ZPMutableDictionary::dictionary();
+            map->setObject_forKey(text, shared->objectAtIndex(1));
+            map->setObject_forKey(shared.get(), text);
+            if (map->count() != 2 || !map->objectForKey("2"_zp)->isEqual(text)) ++wrong;
+            if (!text->hasSuffix(ZPRef<ZPString>(text->substringFromIndex(1)))) ++wrong;
+            if (!text->uppercaseString()->hasSuffix("ΛΌΓΟΣ"_zp)) ++wrong;
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(shared->retainCount(), 2u);
+}
+
+TEST(Thread, StartsAndEnds) {
+    ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
+    for (BOOL exits : {NO, YES}) {
+        ZPRef<Worker> worker = ZPAdopt(Worker::new_());
+        worker->_ended = (ZPConditionLock *)ZPConditionLock::new_();
+        worker->_exits = exits;
+        unwound = 0;
+        center->addObserver_selector_name_object(worker.get(), "willExit:"_sel, ZPThreadWillExitNotification, nullptr);
+        ZPThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, worker.get(), "argument"_zp);
+        worker->_ended->lockWhenCondition(1);
+        EXPECT_EQ(worker->_ending, worker->_thread);
+        EXPECT_NE(worker->_thread, ZPThread::currentThread());
+        EXPECT_TRUE(worker->_hadDictionary);
+        EXPECT_TRUE(worker->_wasMulti);
+        EXPECT_EQ(worker->_argument, "argument"_zp);
+        center->removeObserver(worker.get());
+        worker->_ended->unlock();
+        worker->_ended->release();
+        waitUntil([&] { return !living && unwound == 1 + exits && worker->retainCount() == 1; });
+        EXPECT_EQ(living, 0) << "what hung on the thread is released";
+        EXPECT_EQ(unwound, 1 + exits) << "the frames of the thread are unwound";
+        EXPECT_EQ(worker->retainCount(), 1u);
+    }
+}
 
 TEST(Thread, WhatEndsWithAThreadMayStillUseIt) {
     std::thread([] {
         ZPPushAutoreleasePool(0);  // popped by the end of the thread
         Leaving::new_()->autorelease();
-        ZPObject *held = (ZPObject *)Leaving::new_();
-        ZPThread::currentThread()->threadDictionary()->setObject_forKey(held, "first"_zp);
-        held->release();
+        leave(ZPThread::currentThread(), Leaving::new_(), "first"_zp);
     }).join();
     EXPECT_EQ(living, 0);
 }
@@ -214,8 +190,7 @@ TEST(Thread, EndsInsideADelivery) {
     constexpr int threads = 4;
     for (int i = 0; i < threads; ++i)
         ZPThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, first.get(), nullptr);
-    for (int i = 0; i < 2000 && (living || unwound < 2 * threads || first->retainCount() > 1); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    waitUntil([&] { return !living && unwound == 2 * threads && first->retainCount() == 1; });
     for (auto &q : {first, second}) center->removeObserver(q.get());
     EXPECT_EQ(unwound, 2 * threads);
     EXPECT_EQ(living, 0);

@@ -1,20 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Dates, and zones at fixed distances.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPException.h>
-#include <Bedrock/strings/ZPString.h>
-#include <Bedrock/time/ZPCalendarDate.h>
 #include <support/Objects.h>
-
-#include <chrono>
-#include <cmath>
-#include <climits>
-#include <limits>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -82,7 +68,7 @@ TEST(Date, DistantDates) {
     future->release();
     EXPECT_EQ(future->retainCount(), 0xFFFFFFFFu);
     EXPECT_EQ(future->addTimeInterval(5), future);
-    EXPECT_EQ(reasonOf([&] { future->init(); }), "*** -[ZPDistantDate init]: shouldn't be called");
+    EXPECT_REASON("*** -[ZPDistantDate init]: shouldn't be called", future->init());
 }
 
 TEST(Date, ReadsItsOwnDescription) {
@@ -102,12 +88,10 @@ TEST(Date, ReadsItsOwnDescription) {
 }
 
 TEST(TimeZone, FixedDistances) {
-    auto name = [](int seconds) { return text(ZPTimeZone::timeZoneForSecondsFromGMT(seconds)->timeZoneName()); };
     ZPTimeZoneDetail *zone = ZPTimeZone::timeZoneForSecondsFromGMT(49530);
-    EXPECT_EQ(name(49530), "GMT+1345");
-    EXPECT_EQ(name(-16200), "GMT-0430");
-    EXPECT_EQ(name(0), "GMT+0000");
-    EXPECT_EQ(name(INT_MIN), "GMT-59652314");
+    for (auto [seconds, name] :
+         {std::pair{49530, "GMT+1345"}, {-16200, "GMT-0430"}, {0, "GMT+0000"}, {INT_MIN, "GMT-59652314"}})
+        EXPECT_EQ(text(ZPTimeZone::timeZoneForSecondsFromGMT(seconds)->timeZoneName()), name);
     EXPECT_EQ(ZPTimeZone::timeZoneForSecondsFromGMT(49500), zone);  // the same hours and minutes
     EXPECT_EQ(ZPTimeZone::timeZoneWithAbbreviation("GMT+1345"_zp), zone);
     EXPECT_EQ(ZPTimeZone::timeZoneWithName("GMT+1345"_zp), nullptr);
@@ -136,19 +120,14 @@ TEST(TimeZone, TheDefaultFollowsWhatIsSet) {
 }
 
 TEST(TimeZoneThread, DetailsAreMadeOnce) {
-    std::vector<std::thread> threads;
     std::vector<ZPTimeZoneDetail *> seen(8);
-    for (int t = 0; t < 8; ++t)
-        threads.emplace_back([&, t] {
-            ZPAutoreleasePoolScope pool;
-            for (int i = 0; i < 200; ++i) {
-                ZPTimeZone::timeZoneForSecondsFromGMT(i * 60);
-                ZPCalendarDate *date = ZPCalendarDate::calendarDate();
-                date->addTimeInterval(i * 86400.0)->description();
-                ZPTimeZone::timeZoneWithAbbreviation("GMT+0001"_zp);
-            }
-            seen[t] = ZPTimeZone::timeZoneForSecondsFromGMT(77 * 60);
-        });
-    for (auto &t : threads) t.join();
+    onThreads(8, [&](int t) {
+        for (int i = 0; i < 200; ++i) {
+            ZPTimeZone::timeZoneForSecondsFromGMT(i * 60);
+            ZPCalendarDate::calendarDate()->addTimeInterval(i * 86400.0)->description();
+            ZPTimeZone::timeZoneWithAbbreviation("GMT+0001"_zp);
+        }
+        seen[t] = ZPTimeZone::timeZoneForSecondsFromGMT(77 * 60);
+    });
     for (auto *zone : seen) EXPECT_EQ(zone, seen[0]);
 }

@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Dates to text and back.
-#include <Bedrock/bridge/ZPMemory.h>
-#include <Bedrock/collections/ZPArray.h>
-#include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/ZPLog.h>
-#include <Bedrock/strings/ZPString.h>
-#include <Bedrock/time/ZPCalendarDate.h>
-#include <Bedrock/time/ZPLocale.h>
 #include <support/Objects.h>
-
-#include <random>
-#include <string>
 
 namespace {
 
@@ -64,11 +54,8 @@ TEST(DateText, EveryDirective) {
     EXPECT_EQ(shown("%F", nullptr, (ZPCalendarDate *)sample()->addTimeInterval(0.1234)), "123");
     EXPECT_EQ(shown("%F", nullptr, (ZPCalendarDate *)sample()->addTimeInterval(0.9996)), "000");
     ZPDate *plain = ZPDate::dateWithTimeIntervalSinceReferenceDate(0.5);
-    EXPECT_EQ(std::string(plain
-                              ->descriptionWithCalendarFormat_timeZone_locale(
-                                  "%Y %z"_zp, ZPTimeZone::timeZoneForSecondsFromGMT(3600), nullptr)
-                              ->cString()),
-              "2001 +0100");
+    ZPTimeZone *east = ZPTimeZone::timeZoneForSecondsFromGMT(3600);
+    EXPECT_EQ(text(plain->descriptionWithCalendarFormat_timeZone_locale("%Y %z"_zp, east, nullptr)), "2001 +0100");
 }
 
 TEST(DateText, Locales) {
@@ -76,7 +63,7 @@ TEST(DateText, Locales) {
     EXPECT_EQ(shown("%A %p", locale), "Donnerstag nachm");
     EXPECT_EQ(shown("%a %B", locale), "Thu September");  // absent, and too short
     EXPECT_EQ(shown("%c", locale), "Donnerstag, 04.09.2003 15:06");
-    EXPECT_EQ(std::string(sample()->descriptionWithLocale(locale)->cString()), "2003-09-04 15:06:07 +0000");
+    EXPECT_EQ(text(sample()->descriptionWithLocale(locale)), "2003-09-04 15:06:07 +0000");
     EXPECT_EQ(read("Donnerstag, 04.09.2003 15:06", "%c", locale), "2003-09-04 15:06:00");
     EXPECT_EQ(read("DONNERSTAG 3 nachm", "%A %I %p", locale).substr(11), "15:00:00");
     ZPDictionary *circle = ZPDictionary::dictionaryWithObject_forKey("%c"_zp, ZPTimeDateFormatString);
@@ -96,40 +83,24 @@ TEST(DateText, Locales) {
 }
 
 TEST(DateText, Reading) {
-    struct {
-        const char *text, *format, *date;
-    } cases[] = {
-        {"1999-12-31", "%Y-%m-%d", "1999-12-31 00:00:00"},
-        {"  1999 - 12-31", "%Y-%m-%d", "1999-12-31 00:00:00"},
-        {"1999-12", "%Y-%m-%d", "null"},
-        {"0000-12-31", "%Y-%m-%d", "null"},
-        {"05/03/29", "%m/%d/%y", "2029-05-03 00:00:00"},
-        {"05/03/31", "%m/%d/%y", "1931-05-03 00:00:00"},
-        {"2000 12:15 AM", "%Y %I:%M %p", "2000-01-01 00:15:00"},
-        {"2000 12:15 PM", "%Y %I:%M %p", "2000-01-01 12:15:00"},
-        {"2000 03:15 pm", "%Y %I:%M %p", "2000-01-01 15:15:00"},
-        {"2000 03:15 xm", "%Y %I:%M %p", "null"},
-        {"Thursday, 4 SEPTEMBER 2003", "%A, %e %B %Y", "2003-09-04 00:00:00"},
-        {"Mon Feb 2 2004", "%a %b %d %Y", "2004-02-02 00:00:00"},
-        {"Xxx Feb 2 2004", "%a %b %d %Y", "null"},
-        {"2004 060", "%Y %j", "2004-02-29 00:00:00"},
-        {"2004 060 02", "%Y %j %m", "2004-02-29 00:00:00"},
-        {"2004 060 03", "%Y %j %m", "null"},
-        {"2004 4", "%Y %w", "2004-01-01 00:00:00"},
-        {"2004 7", "%Y %w", "null"},
-        {"100% 2004", "100%% %Y", "2004-01-01 00:00:00"},
-        {"2004-1-2 3:4:5", "%Y-%m-%d %H:%M:%S", "2004-01-02 03:04:05"},
-        {"20041231", "%Y%m%d", "2004-12-31 00:00:00"},
-        {"Thu Sep 04 15:06:07 GMT 2003", "%c", "2003-09-04 15:06:07"},
-        {"2004", "%Y%Q", "null"},
-        {"2004", "%Y%", "null"},
-    };
-    for (auto &c : cases) {
-        std::string format = c.format, text = c.text;
-        ZPCalendarDate *date = ZPCalendarDate::dateWithString_calendarFormat(zp(text), zp(format));
-        EXPECT_EQ(date ? std::string(date->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)->cString()) : "null",
-                  c.date)
-            << c.text << " by " << c.format;
+    // "text | format -> date", at midnight unless it says more.
+    for (auto &[given, date] : rows(
+             "1999-12-31 | %Y-%m-%d -> 1999-12-31", "  1999 - 12-31 | %Y-%m-%d -> 1999-12-31",
+             "1999-12 | %Y-%m-%d -> null", "0000-12-31 | %Y-%m-%d -> null", "05/03/29 | %m/%d/%y -> 2029-05-03",
+             "05/03/31 | %m/%d/%y -> 1931-05-03", "2000 12:15 AM | %Y %I:%M %p -> 2000-01-01 00:15:00",
+             "2000 12:15 PM | %Y %I:%M %p -> 2000-01-01 12:15:00", "2000 03:15 pm | %Y %I:%M %p -> 2000-01-01 15:15:00",
+             "2000 03:15 xm | %Y %I:%M %p -> null", "Thursday, 4 SEPTEMBER 2003 | %A, %e %B %Y -> 2003-09-04",
+             "Mon Feb 2 2004 | %a %b %d %Y -> 2004-02-02", "Xxx Feb 2 2004 | %a %b %d %Y -> null",
+             "2004 060 | %Y %j -> 2004-02-29", "2004 060 02 | %Y %j %m -> 2004-02-29", "2004 060 03 | %Y %j %m -> null",
+             "2004 4 | %Y %w -> 2004-01-01", "2004 7 | %Y %w -> null", "100% 2004 | 100%% %Y -> 2004-01-01",
+             "2004-1-2 3:4:5 | %Y-%m-%d %H:%M:%S -> 2004-01-02 03:04:05", "20041231 | %Y%m%d -> 2004-12-31",
+             "Thu Sep 04 15:06:07 GMT 2003 | %c -> 2003-09-04 15:06:07", "2004 | %Y%Q -> null", "2004 | %Y% -> null")) {
+        std::size_t bar = given.find(" | ");
+        ZPCalendarDate *got =
+            ZPCalendarDate::dateWithString_calendarFormat(zp(given.substr(0, bar)), zp(given.substr(bar + 3)));
+        EXPECT_EQ(got ? text(got->descriptionWithCalendarFormat("%Y-%m-%d %H:%M:%S"_zp)) : "null",
+                  date.size() == 10 ? date + " 00:00:00" : date)
+            << given;
     }
     auto date = [](const char *text, const char *format) {
         return ZPCalendarDate::dateWithString_calendarFormat(zp(text), zp(format));

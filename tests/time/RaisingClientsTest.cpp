@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the library makes on the way goes again when a client's object raises in the middle. The made object would hold
 // what the client gave: so that is asked how often it is retained.
-#include <Bedrock/Bedrock.h>
 #include <support/Objects.h>
 
 namespace {
