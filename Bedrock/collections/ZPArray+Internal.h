@@ -27,7 +27,7 @@ struct ZPConcreteArray : ZPArray {
     unsigned count() { return _info; }
     id objectAtIndex(unsigned index) {
         if (index >= _info) [[unlikely]]
-            _ZPRaiseBounds(this, "objectAtIndex:"_sel, index, _info);
+            _ZPRaiseNoElement(this, index, _info);
         return _items[index];
     }
     id copyWithZone(ZPZone *) { return self()->retain(); }
@@ -50,7 +50,7 @@ struct ZPConcreteMutableArray : ZPMutableArray {
     unsigned count() { return _info; }
     id objectAtIndex(unsigned index) {
         if (index >= _info) [[unlikely]]
-            _ZPRaiseBounds(this, "objectAtIndex:"_sel, index, _info);
+            _ZPRaiseNoElement(this, index, _info);
         return _items[index];
     }
     void addObject(id object) {

@@ -63,6 +63,8 @@ inline bool _ZPSameOrEqual(id a, id b) { return a == b || a->isEqual(b); }
 
 [[noreturn]] ZP_COLD void _ZPRaiseNil(id receiver, SEL selector);
 [[noreturn]] ZP_COLD void _ZPRaiseBounds(id receiver, SEL selector, unsigned index, unsigned bound);
+/// The same for `objectAtIndex:`, which would save registers for looking the selector up.
+[[noreturn]] ZP_COLD void _ZPRaiseNoElement(id receiver, unsigned index, unsigned bound);
 /// `what` is "count" or "capacity".
 [[noreturn]] ZP_COLD void _ZPRaiseAbsurd(id receiver, SEL selector, const char *what, unsigned value);
 /// Deallocates a receiver whose initialisation failed, then raises.

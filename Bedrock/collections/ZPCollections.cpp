@@ -27,6 +27,10 @@ void _ZPRaiseNil(id receiver, SEL selector) {
                               _ZPMethodExceptionProem(receiver, selector));
 }
 
+void _ZPRaiseNoElement(id receiver, unsigned index, unsigned bound) {
+    _ZPRaiseBounds(receiver, "objectAtIndex:"_sel, index, bound);
+}
+
 void _ZPRaiseBounds(id receiver, SEL selector, unsigned index, unsigned bound) {
     ZPException::raise_format(ZPRangeException, "%@: index (%d) beyond bounds (%d)"_zp,
                               _ZPMethodExceptionProem(receiver, selector), index, bound);

@@ -166,9 +166,10 @@ ZP_INLINE R objc_msgSendUnchecked(objc_object *receiver, SEL selector, A... argu
         else return R{};
     }
     auto wanted = reinterpret_cast<std::uintptr_t>(selector);
-    const objc_bucket *bucket = objc_recordBucket(receiver->isa, wanted);
+    Class cls = receiver->isa;
+    const objc_bucket *bucket = objc_recordBucket(cls, wanted);
     if (__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted) {
-        bucket = objc_tableBucket(receiver->isa, wanted);
+        bucket = objc_tableBucket(cls, wanted);
         if (__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted) [[unlikely]]
             return objc_sendSlowly<R, A...>(receiver, selector, std::forward<A>(arguments)...);
     }

@@ -3,6 +3,8 @@
 #include <Bedrock/platform/objects/Objects.h>
 
 #include <cstdlib>
+#include <cstring>
+#include <sys/single_threaded.h>
 
 using namespace objc;
 
@@ -88,6 +90,12 @@ void growTable(Class cls, std::uintptr_t word, IMP implementation) ZP_REQUIRES(r
     }
 }
 
+// An object is made and ended once: the buckets of the record are for what it is sent between.
+bool isSentOften(SEL selector) {
+    const char *name = sel_getName(selector);
+    return std::strncmp(name, "init", 4) != 0 && std::strcmp(name, "dealloc") != 0;
+}
+
 // Remembers what a selector leads to: a method's implementation, or null for none. The table is at most half full.
 // While selectors share first choices it is doubled, up to eight buckets an entry: a send that misses its first choice
 // costs several times one that hits.
@@ -95,13 +103,23 @@ void remember(Class cls, SEL selector, IMP implementation) ZP_REQUIRES(runtimeLo
     IMP known;
     if (probe(cls, selector, known) != Found::unknown) return;
     std::uintptr_t word = wordOf(selector) | (implementation ? 0 : absent);
+    if (!implementation && cls->cached >= mostAbsent) return;
     if (implementation) {
+        // What comes later is sent more often: first an object is made and filled, then it is asked. A bucket may change
+        // its selector only while nobody else can be between the two loads of a send.
         auto *first = const_cast<objc_bucket *>(objc_recordBucket(cls, word));
-        if (first->selector == objc_noSelector) return write(*first, word, implementation);
-    } else if (cls->cached >= mostAbsent) return;
+        objc_bucket former = *first;
+        bool alone = __libc_single_threaded, isFree = former.selector == objc_noSelector;
+        if (isFree ? alone || isSentOften(selector) : alone && isSentOften(selector)) {
+            write(*first, word, implementation);
+            if (isFree) return;
+            word = former.selector;
+            implementation = former.implementation;
+        }
+    }
     unsigned size = bucketsOf(cls), count = cls->cached + 1;
     if (count * 2 > size) return growTable(cls, word, implementation);
-    bool direct = cls->buckets[hashOf(selector) & (size - 1)].selector == objc_noSelector;
+    bool direct = cls->buckets[hashOf(selectorOf(word)) & (size - 1)].selector == objc_noSelector;
     if (!direct && implementation && size < count * 8) return growTable(cls, word, implementation);
     place(cls->buckets, size, word, implementation);
     cls->cached = count;

@@ -119,7 +119,7 @@ ZP_INLINE unichar _ZPUnitOfByte(unsigned char byte) { return byte < 0x80 ? byte 
 
 /// A string's storage as one run: bytes in the storage encoding, or units, or neither when the string shows
 /// none. Valid while the string lives, is not changed and is sent nothing: a part that is retained gets other bytes.
-/// Where messages are sent beside it, to the string or to an object of a client's, ZPHeldView or ZPViewPair is taken.
+/// Where messages are sent beside it, to the string or to an object of a client's, ZPHeldView or _ZPWithViews is taken.
 struct ZPStringView {
     const unsigned char *bytes = nullptr;
     const unichar *units = nullptr;
@@ -163,21 +163,28 @@ inline ZPStringView _ZPViewOfString(ZPString *string) {
 /// there is a copy, and what is no class of the library's is not shown.
 struct ZPHeldView : ZPStringView {
     ZPRef<ZPString> owner;
-    explicit ZPHeldView(ZPString *string);
-};
-
-/// The views of two strings, either null or not, which stay good while the other one is asked by messages.
-struct ZPViewPair {
-    ZPStringView a, b;
-    ZPRef<ZPString> owners[2];
-    ZPViewPair(ZPString *first, ZPString *second) {
-        if ((first && !_ZPViewFields(first, a)) || (second && !_ZPViewFields(second, b))) [[unlikely]]
-            take(first, second);
+    explicit ZPHeldView(ZPString *string) {
+        if (!string) return;
+        bool parts = string->isa == ZPCSubstring::class_() || string->isa == ZPUnicodeSubstring::class_();
+        if (parts || !_ZPViewFields(string, *this)) [[unlikely]]
+            hold(string);
     }
 
   private:
-    void take(ZPString *first, ZPString *second);
+    ZP_COLD void hold(ZPString *string);
 };
+
+/// Calls `f(a, b)` with the views of two strings, either null or not, which stay good while the other one is asked by
+/// messages. What shows its text by its fields needs no owner.
+template <class F> auto _ZPWithViews(ZPString *first, ZPString *second, F f) {
+    ZPStringView a, b;
+    if ((!first || _ZPViewFields(first, a)) && (!second || _ZPViewFields(second, b))) [[likely]]
+        return f(a, b);
+    return [&]() ZP_COLD {
+        ZPHeldView heldA(first), heldB(second);
+        return f(heldA, heldB);
+    }();
+}
 
 /// Copies a part of a view as units.
 void _ZPCopyUnits(const ZPStringView &view, unsigned from, unsigned count, unichar *buffer);

@@ -95,7 +95,7 @@ bool equalBytesAndUnits(const unsigned char *bytes, const unichar *units, unsign
     return true;
 }
 
-bool equalRuns(const ZPStringView &a, const ZPStringView &b) {
+ZP_INLINE bool equalRuns(ZPStringView a, ZPStringView b) {
     if (a.length != b.length) return false;
     if (a.length == 0) return true;
     if (a.bytes)
@@ -104,26 +104,46 @@ bool equalRuns(const ZPStringView &a, const ZPStringView &b) {
                    : equalBytesAndUnits(b.bytes, a.units, a.length);
 }
 
+// A block at a time, for forms that differ, and for what is no run. By value: the views of their callers stay in
+// registers.
+[[gnu::noinline]] ZPComparisonResult compareBlocks(ZPString *string, ZPStringView a, ZPString *other, ZPStringView b,
+                                                   unsigned options, ZPRange range) {
+    unichar mine[_ZPBlockUnits], its[_ZPBlockUnits];
+    unsigned longer = std::max(range.length, b.length);
+    for (unsigned at = 0; at < longer; at += std::min(longer - at, _ZPBlockUnits)) {
+        auto step = [at](unsigned length) { return at >= length ? 0 : std::min(length - at, _ZPBlockUnits); };
+        unsigned n = step(range.length), m = step(b.length);
+        if (n) fetch(string, a, range.location + at, n, mine);
+        if (m) fetch(other, b, at, m, its);
+        if (ZPComparisonResult order = ZPCompareCharacters(mine, its, n, m, options)) return order;
+    }
+    return ZPOrderedSame;
+}
+
+[[gnu::noinline]] BOOL equalBlocks(ZPString *string, ZPStringView a, ZPString *other, ZPStringView b) {
+    if (!a.shown()) return string->compare_options_range(other, 0, {0, a.length}) == ZPOrderedSame;
+    if (a.length != b.length) return NO;
+    unichar its[_ZPBlockUnits];
+    for (unsigned at = 0, n; at < a.length; at += n) {
+        n = std::min(a.length - at, _ZPBlockUnits);
+        other->getCharacters_range(its, {at, n});
+        ZPStringView piece{a.bytes ? a.bytes + at : nullptr, a.units ? a.units + at : nullptr, n};
+        if (!equalRuns(piece, {nullptr, its, n})) return NO;
+    }
+    return YES;
+}
+
 struct CompareMethods : ZPString {
     ZPComparisonResult compare_options_range(ZPString *other, unsigned options, ZPRange range) {
-        ZPViewPair views(this, other);
-        ZPStringView a = views.a, b = views.b;
-        _ZPCheckRange(this, "compare:options:range:"_sel, range, a.length);
-        if (a.bytes && b.bytes)
-            return ZPCompareCString(reinterpret_cast<const char *>(a.bytes) + range.location,
-                                    reinterpret_cast<const char *>(b.bytes), range.length, b.length, options);
-        if (a.units && b.units)
-            return ZPCompareCharacters(a.units + range.location, b.units, range.length, b.length, options);
-        unichar mine[_ZPBlockUnits], its[_ZPBlockUnits];
-        unsigned longer = std::max(range.length, b.length);
-        for (unsigned at = 0; at < longer; at += std::min(longer - at, _ZPBlockUnits)) {
-            auto step = [at](unsigned length) { return at >= length ? 0 : std::min(length - at, _ZPBlockUnits); };
-            unsigned n = step(range.length), m = step(b.length);
-            if (n) fetch(this, a, range.location + at, n, mine);
-            if (m) fetch(other, b, at, m, its);
-            if (ZPComparisonResult order = ZPCompareCharacters(mine, its, n, m, options)) return order;
-        }
-        return ZPOrderedSame;
+        return _ZPWithViews(this, other, [&](const ZPStringView &a, const ZPStringView &b) -> ZPComparisonResult {
+            _ZPCheckRange(this, "compare:options:range:"_sel, range, a.length);
+            if (a.bytes && b.bytes)
+                return ZPCompareCString(reinterpret_cast<const char *>(a.bytes) + range.location,
+                                        reinterpret_cast<const char *>(b.bytes), range.length, b.length, options);
+            if (a.units && b.units)
+                return ZPCompareCharacters(a.units + range.location, b.units, range.length, b.length, options);
+            return compareBlocks(this, a, other, b, options, range);
+        });
     }
     ZPComparisonResult compare_options(ZPString *other, unsigned options) {
         // The usual two strings need neither of the messages.
@@ -158,19 +178,10 @@ BOOL _ZPEqualStrings(ZPString *string, ZPString *other) {
     if (other == string) return YES;
     if (!other) return NO;
     if (other->isa != string->isa && !isString(other)) return NO;
-    ZPViewPair views(string, other);
-    ZPStringView a = views.a, b = views.b;
-    if (!a.shown()) return string->compare_options_range(other, 0, {0, a.length}) == ZPOrderedSame;
-    if (b.shown()) return equalRuns(a, b);
-    if (a.length != b.length) return NO;
-    unichar its[_ZPBlockUnits];
-    for (unsigned at = 0, n; at < a.length; at += n) {
-        n = std::min(a.length - at, _ZPBlockUnits);
-        other->getCharacters_range(its, {at, n});
-        ZPStringView piece{a.bytes ? a.bytes + at : nullptr, a.units ? a.units + at : nullptr, n};
-        if (!equalRuns(piece, {nullptr, its, n})) return NO;
-    }
-    return YES;
+    return _ZPWithViews(string, other, [&](const ZPStringView &a, const ZPStringView &b) -> BOOL {
+        if (a.shown() && b.shown()) return equalRuns(a, b);
+        return equalBlocks(string, a, other, b);
+    });
 }
 
 unsigned ZPHashCharacters(const unichar *characters, unsigned length) {

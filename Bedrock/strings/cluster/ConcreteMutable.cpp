@@ -223,12 +223,12 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     void appendString(ZPString *string) {
         if (isa == ZPConcreteMutableString::class_()) [[likely]] {
-            ZPStringView text = string == this ? ZPStringView() : _ZPViewOfString(string);
-            if (isMine() && string != this) {
-                if (is8Bit() ? text.bytes && appendInPlace(gap8(), text)
-                             : (text.bytes || text.units) && appendInPlace(gap16(), text))
-                    return;
-            }
+            // What shows its text by its fields is no text that changes, this one least.
+            ZPStringView text;
+            if (isMine() && string && _ZPViewFields(string, text) &&
+                (is8Bit() ? text.bytes && appendInPlace(gap8(), text)
+                          : (text.bytes || text.units) && appendInPlace(gap16(), text)))
+                return;
             replaceFrom("appendString:"_sel, {count(), 0}, string);
             return;
         }

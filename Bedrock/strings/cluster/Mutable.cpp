@@ -147,6 +147,28 @@ ZPString *_ZPNewStringJoiningBytes(const ZPStringView *views, unsigned count, un
     return _ZPNewStringAdoptingBytes(block.take(), total, YES, zone);
 }
 
+// The strings one after the other; their views stay good while those that show none are asked.
+static ZPString *newJoined(ZPString *const *strings, const ZPStringView *views, unsigned count, ZPZone *zone) {
+    std::uint64_t total = 0;
+    bool bytes = true;
+    for (unsigned i = 0; i < count; ++i) {
+        total += views[i].length;
+        if (views[i].length) bytes = bytes && views[i].bytes;
+    }
+    if (total == 0) return ""_zp;
+    if (total > _ZPLongestString) _ZPRaiseTooLong(total);
+    if (bytes) return _ZPNewStringJoiningBytes(views, count, unsigned(total), zone);
+    ZPZoneBlock<unichar> block(total, zone);
+    unichar *at = block.get();
+    for (unsigned i = 0; i < count; ++i) {
+        const ZPStringView &view = views[i];
+        if (view.shown()) _ZPCopyUnits(view, 0, view.length, at);
+        else strings[i]->getCharacters_range(at, {0, view.length});
+        at += view.length;
+    }
+    return _ZPNewStringAdoptingUnits(block.take(), unsigned(total), YES, zone);
+}
+
 ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
     constexpr unsigned most = 40;
     ZPString *strings[most];
@@ -164,30 +186,13 @@ ZPString *_ZPNewStringByAppendingStrings(ZPZone *zone, ZPString *first, ...) {
         ZPStringView of[most];
         Views() {}
     } views;  // not cleared: few are used
-    std::uint64_t total = 0;
-    bool bytes = true, fields = true;
+    bool fields = true;
     for (unsigned i = 0; i < count && fields; ++i)
         fields = _ZPViewFields(strings[i], *::new (&views.of[i]) ZPStringView);
+    if (fields) [[likely]]
+        return newJoined(strings, views.of, count, zone);
     std::vector<ZPHeldView> held;
-    if (!fields) {
-        held.reserve(count);
-        for (unsigned i = 0; i < count; ++i) ::new (&views.of[i]) ZPStringView(held.emplace_back(strings[i]));
-    }
-    for (unsigned i = 0; i < count; ++i) {
-        const ZPStringView &view = views.of[i];
-        total += view.length;
-        if (view.length) bytes = bytes && view.bytes;
-    }
-    if (total == 0) return ""_zp;
-    if (total > _ZPLongestString) _ZPRaiseTooLong(total);
-    if (bytes) return _ZPNewStringJoiningBytes(views.of, count, unsigned(total), zone);
-    ZPZoneBlock<unichar> block(total, zone);
-    unichar *at = block.get();
-    for (unsigned i = 0; i < count; ++i) {
-        const ZPStringView &view = views.of[i];
-        if (view.shown()) _ZPCopyUnits(view, 0, view.length, at);
-        else strings[i]->getCharacters_range(at, {0, view.length});
-        at += view.length;
-    }
-    return _ZPNewStringAdoptingUnits(block.take(), unsigned(total), YES, zone);
+    held.reserve(count);
+    for (unsigned i = 0; i < count; ++i) ::new (&views.of[i]) ZPStringView(held.emplace_back(strings[i]));
+    return newJoined(strings, views.of, count, zone);
 }

@@ -77,8 +77,11 @@ struct PieceMethods : ZPString {
 
     ZPString *copied(ZPString *string) { return string->copyWithZone(nullptr)->autorelease(); }
     ZPString *stringByAppendingString(ZPString *other) {
-        ZPViewPair views(this, other);
-        ZPStringView mine = views.a, its = views.b;
+        return _ZPWithViews(this, other, [&](const ZPStringView &mine, const ZPStringView &its) {
+            return joined(mine, other, its);
+        });
+    }
+    ZPString *joined(const ZPStringView &mine, ZPString *other, const ZPStringView &its) {
         Family family = familyOf(this);
         if (mine.length == 0 && (its.length == 0 || !other)) return ""_zp;
         if (mine.length == 0) return copied(other);
@@ -155,9 +158,9 @@ struct PieceMethods : ZPString {
         if (!other) return ""_zp;
         if (options & ZPBackwardsSearch) return commonPrefixBySearch(other, options);
         unsigned same = 0, end = 0, length = self()->length();
-        ZPViewPair views(this, other);
-        _ZPWithUnitsOf(views.a, this, [&](auto &&mine, unsigned n) {
-            _ZPWithUnitsOf(views.b, other, [&](auto &&its, unsigned m) {
+        ZPHeldView held(this), heldOther(other);
+        _ZPWithUnitsOf(held, this, [&](auto &&mine, unsigned n) {
+            _ZPWithUnitsOf(heldOther, other, [&](auto &&its, unsigned m) {
                 bool folding = options & ZPCaseInsensitiveSearch;
                 ZPCaseMapper fold;
                 auto agree = [&](unichar a, unichar b) { return a == b || (folding && fold(a) == fold(b)); };

@@ -117,8 +117,12 @@ template <class At> unsigned find(At at, unsigned n, unichar *needle, unsigned m
 
 struct SearchMethods : ZPString {
     ZPRange rangeOfString_options_range(ZPString *needle, unsigned options, ZPRange range) {
-        ZPViewPair views(this, needle);
-        ZPStringView text = views.a, sought = views.b;
+        return _ZPWithViews(this, needle, [&](const ZPStringView &text, const ZPStringView &sought) {
+            return search(needle, text, sought, options, range);
+        });
+    }
+    ZPRange search(ZPString *needle, const ZPStringView &text, const ZPStringView &sought, unsigned options,
+                   ZPRange range) {
         _ZPCheckRange(this, "rangeOfString:options:range:"_sel, range, text.length);
         unsigned m = sought.length;
         if (range.length == 0 || m == 0 || m > range.length) return {none, 0};

@@ -182,8 +182,7 @@ ZPStringView _ZPViewOfOtherString(ZPString *string) {
     return {bytes, nullptr, length};
 }
 
-ZPHeldView::ZPHeldView(ZPString *string) {
-    if (!string) return;
+void ZPHeldView::hold(ZPString *string) {
     Class cls = string->isa;
     if (cls == ZPConcreteMutableString::class_()) {
         owner = ZPAdopt<ZPString>(string->copyWithZone(nullptr));
@@ -197,14 +196,6 @@ ZPHeldView::ZPHeldView(ZPString *string) {
     if (_ZPViewFields(string, view)) return;
     if (gap || cls == ZPPathStore2::class_()) view = _ZPViewOfOtherString(string);
     else length = string->length();
-}
-
-void ZPViewPair::take(ZPString *first, ZPString *second) {
-    ZPHeldView x(first), y(second);
-    a = x;
-    b = y;
-    owners[0] = std::move(x.owner);
-    owners[1] = std::move(y.owner);
 }
 
 void _ZPCopyUnits(const ZPStringView &view, unsigned from, unsigned count, unichar *buffer) {
