@@ -11,13 +11,12 @@ namespace {
 #define NAMES(n) m##n##0, m##n##1, m##n##2, m##n##3, m##n##4, m##n##5, m##n##6, m##n##7, m##n##8, m##n##9
 #define METHOD(n) \
     int m##n() { return 1##n; }
+#define HUNDRED(M) TEN(M, 0) TEN(M, 1) TEN(M, 2) TEN(M, 3) TEN(M, 4) TEN(M, 5) TEN(M, 6) TEN(M, 7) TEN(M, 8) TEN(M, 9)
+#define FORTY(M) TEN(M, 10) TEN(M, 11) TEN(M, 12) TEN(M, 13)
 struct Long : ZPObject {
     ZP_CLASS(Long)
-    TEN(METHOD, 0)
-    TEN(METHOD, 1)
-    TEN(METHOD, 2)
-    TEN(METHOD, 3) TEN(METHOD, 4) TEN(METHOD, 5) TEN(METHOD, 6) TEN(METHOD, 7) TEN(METHOD, 8) TEN(METHOD, 9)
-        TEN(METHOD, 10) TEN(METHOD, 11) TEN(METHOD, 12) TEN(METHOD, 13)
+    HUNDRED(METHOD)
+    FORTY(METHOD)
 };
 ZP_IMPLEMENT(Long, NAMES(0), NAMES(1), NAMES(2), NAMES(3), NAMES(4), NAMES(5), NAMES(6), NAMES(7), NAMES(8), NAMES(9),
              NAMES(10), NAMES(11), NAMES(12), NAMES(13));

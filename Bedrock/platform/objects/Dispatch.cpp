@@ -105,8 +105,8 @@ void remember(Class cls, SEL selector, IMP implementation) ZP_REQUIRES(runtimeLo
     std::uintptr_t word = wordOf(selector) | (implementation ? 0 : absent);
     if (!implementation && cls->cached >= mostAbsent) return;
     if (implementation) {
-        // What comes later is sent more often: first an object is made and filled, then it is asked. A bucket may change
-        // its selector only while nobody else can be between the two loads of a send.
+        // What comes later is sent more often: first an object is made and filled, then it is asked. A bucket may
+        // change its selector only while nobody else can be between the two loads of a send.
         auto *first = const_cast<objc_bucket *>(objc_recordBucket(cls, word));
         objc_bucket former = *first;
         bool alone = __libc_single_threaded, isFree = former.selector == objc_noSelector;
