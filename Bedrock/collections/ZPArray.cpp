@@ -211,7 +211,7 @@ struct ZPArrayMethods : ZPArray {
     ZPArray *arrayByAddingObject(id object) { return self()->arrayByAddingObjects_count(&object, 1); }
     ZPArray *arrayByAddingObjects_count(const id *objects, unsigned count) {
         unsigned ours = size();
-        if (count >= _ZPCollectionLimit - ours)
+        if (ours >= _ZPCollectionLimit || count >= _ZPCollectionLimit - ours)
             _ZPRaiseAbsurd(this, "arrayByAddingObjects:count:"_sel, "count", ours + count);
         _ZPObjectBuffer all(ours + count);
         if (ours) self()->getObjects_range(all.items, {0, ours});

@@ -39,8 +39,14 @@ ZP_INLINE void checkEntry(id receiver, SEL selector, id object, id key) {
         raise(receiver, selector, "%@: attempt to insert nil value"_zp);
 }
 
+// Whether copying a key of this class runs only the library's own code.
+ZP_INLINE bool copiesQuietly(id key) {
+    Class cls = key.pointer()->isa;
+    return cls == ZPInlineCString::class_() || cls == ZPConstantString::class_();
+}
+
 // Sets a value, neither key nor value being null. The stored key is a copy in the zone.
-ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
+ZP_INLINE void setEntry(id receiver, const char *selector, Table **table, ZPZone *zone, id object, id key) {
     unsigned hash = _ZPHashOfObject(key);
     Bucket *place, *b = ZPSimpleFind(*table, key.pointer(), hash, _ZPObjectEquality(), &place);
     if (b) {
@@ -57,13 +63,18 @@ ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
             id(value)->release();
         }
     } owned;
-    unsigned info = (*table)->info;
-    Table *before = *table;
     owned.key = key->copyWithZone(zone).pointer();
     owned.value = object->retain().pointer();
-    // Copying a key may run anybody's code.
-    if (*table != before || before->info != info) [[unlikely]]
-        ZPSimpleFind(*table, key.pointer(), hash, ZPSimpleIdentityOnly(), &place);
+    if (!owned.key) [[unlikely]]
+        raise(receiver, sel_registerName(selector), "%@: attempt to insert nil key"_zp);
+    // Anybody's code may have entered and removed keys, this one too.
+    if (!copiesQuietly(key)) [[unlikely]] {
+        b = ZPSimpleFind(*table, key.pointer(), hash, _ZPObjectEquality(), &place);
+        if (b) {
+            owned.value = static_cast<objc_object *>(std::exchange(b->value, owned.value));
+            return;
+        }
+    }
     ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, owned.key, owned.value});
     owned.key = owned.value = nullptr;
 }
@@ -71,7 +82,7 @@ ZP_INLINE void setEntry(Table **table, ZPZone *zone, id object, id key) {
 void setEntries(id receiver, Table **table, ZPZone *zone, const id *objects, const id *keys, unsigned count) {
     for (unsigned i = 0; i < count; ++i) {
         checkEntry(receiver, "initWithObjects:forKeys:count:"_sel, objects[i], keys[i]);
-        setEntry(table, zone, objects[i], keys[i]);
+        setEntry(receiver, "initWithObjects:forKeys:count:", table, zone, objects[i], keys[i]);
     }
 }
 
@@ -235,7 +246,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     void setObject_forKey(id object, id key) {
         checkEntry(this, "setObject:forKey:"_sel, object, key);
         makeTable();
-        setEntry(&_table, _ZPZoneOf(this), object, key);
+        setEntry(this, "setObject:forKey:", &_table, _ZPZoneOf(this), object, key);
     }
     void removeObjectForKey(id key) {
         if (!key) raise(this, "removeObjectForKey:"_sel, "%@: attempt to remove nil key"_zp);

@@ -80,16 +80,17 @@ template <class F> void _ZPForEachMember(ZPSet *set, const F &f) {
     }
 }
 
-/// The members of a set, each with its count, as a list that stands by itself.
+/// The members of a set, each with its count, as a list that stands by itself and keeps them: messages to one may take
+/// others out of the set.
 struct _ZPMembers {
     struct Member {
-        id object;
+        ZPRef<ZPObject> object;
         unsigned count;
     };
     std::vector<Member> list;
     explicit _ZPMembers(ZPSet *set) {
         _ZPForEachMember(set, [this](id member, unsigned count) {
-            list.push_back({member, count});
+            list.push_back({ZPRef<ZPObject>(member), count});
             return true;
         });
     }

@@ -179,7 +179,7 @@ struct ZPSetMethods : ZPSet {
         for (auto &member : _ZPMembers(this).list) {
             if (!first) text->appendString(", "_zp);
             first = false;
-            auto *object = member.object.unchecked<_ZPLocalizable>();
+            auto *object = id(member.object.get()).unchecked<_ZPLocalizable>();
             bool localized = object->respondsToSelector("descriptionWithLocale:"_sel);
             text->appendString(localized ? object->descriptionWithLocale(locale) : object->description());
             if (counted) text->appendFormat(" [%d]"_zp, member.count);
@@ -213,11 +213,11 @@ struct ZPMutableSetMethods : ZPMutableSet {
         for (; times; --times) self()->removeObject(object);
     }
     void unionSet(ZPSet *other) {
-        for (auto &member : _ZPMembers(other).list) addTimes(member.object, member.count);
+        for (auto &member : _ZPMembers(other).list) addTimes(member.object.get(), member.count);
     }
     void minusSet(ZPSet *other) {
         if (other == this) return self()->removeAllObjects();
-        for (auto &member : _ZPMembers(other).list) removeTimes(member.object, member.count);
+        for (auto &member : _ZPMembers(other).list) removeTimes(member.object.get(), member.count);
     }
     void intersectSet(ZPSet *other) {
         if (other == this) return;
@@ -225,10 +225,10 @@ struct ZPMutableSetMethods : ZPMutableSet {
         std::vector<_ZPMembers::Member> excess;
         _ZPForEachMember(this, [&](id member, unsigned count) {
             unsigned there = other->countForObject(member);
-            if (count > there) excess.push_back({member, count - there});
+            if (count > there) excess.push_back({ZPRef<ZPObject>(member), count - there});
             return true;
         });
-        for (auto at = excess.rbegin(); at != excess.rend(); ++at) removeTimes(at->object, at->count);
+        for (auto at = excess.rbegin(); at != excess.rend(); ++at) removeTimes(at->object.get(), at->count);
     }
     void setSet(ZPSet *other) {
         if (!other || other == this) return;
@@ -237,7 +237,7 @@ struct ZPMutableSetMethods : ZPMutableSet {
     }
     void removeAllObjects() {
         _ZPMembers members(this);
-        for (auto at = members.list.rbegin(); at != members.list.rend(); ++at) removeTimes(at->object, at->count);
+        for (auto at = members.list.rbegin(); at != members.list.rend(); ++at) removeTimes(at->object.get(), at->count);
     }
     Class classForCoder() { return ZPMutableSet::class_(); }
 };

@@ -35,6 +35,14 @@ bool equal(ZPRangeValueArray *array, const void *value1, const void *value2) {
     return value1 == value2 || (array->callBacks.isEqual && array->callBacks.isEqual(array, value1, value2));
 }
 
+// The entries of a value, last first. All are compared before any is released: the value may be one of the array's own.
+std::vector<unsigned> entriesOf(ZPRangeValueArray *array, const void *value) {
+    std::vector<unsigned> found;
+    for (unsigned i = array->list.count; i--;)
+        if (equal(array, array->values[i], value)) found.push_back(i);
+    return found;
+}
+
 void checkMode(ZPRangeValueArray *array, BOOL sorted) {
     if (!array->sorted != !sorted) ZPException::raise_format(ZPGenericException, ""_zp);
 }
@@ -169,8 +177,7 @@ void ZPRangeValueArrayRemoveAtIndex(ZPRangeValueArray *array, unsigned index) {
 }
 
 void ZPRangeValueArrayRemoveRangesWithValue(ZPRangeValueArray *array, const void *value) {
-    for (unsigned i = array->list.count; i--;)
-        if (equal(array, array->values[i], value)) ZPRangeValueArrayRemoveAtIndex(array, i);
+    for (unsigned i : entriesOf(array, value)) ZPRangeValueArrayRemoveAtIndex(array, i);
 }
 
 void ZPRangeValueArrayAddRangeValue(ZPRangeValueArray *array, ZPRange range, const void *value, BOOL mergeByRange) {
@@ -216,8 +223,7 @@ BOOL ZPRangeValueArrayValueForLocation(ZPRangeValueArray *array, unsigned locati
 }
 
 void ZPRangeValueArrayChangeValueToValue(ZPRangeValueArray *array, const void *oldValue, const void *newValue) {
-    for (unsigned i = array->list.count; i--;)
-        if (equal(array, array->values[i], oldValue)) setValue(array, newValue, i);
+    for (unsigned i : entriesOf(array, oldValue)) setValue(array, newValue, i);
 }
 
 ZPString *ZPStringFromRangeValueArray(ZPRangeValueArray *array) {

@@ -176,6 +176,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
             replaceUnits(range, length, text);
             return;
         }
+        newLength(length, range.length, text.length);  // refused before it is read
         ZPStackBuffer<unichar, 128> units(text.length);
         string->getCharacters_range(units.memory, {0, text.length});
         _ZPCheckRange(this, selector, range, length = count());

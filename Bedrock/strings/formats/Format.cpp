@@ -55,6 +55,7 @@ void ZPFormatText::append(ZPString *string) {
         append(view, 0, view.length);
         return;
     }
+    if (view.length > _capacity - _length) grow(view.length);  // refused before it is read
     ZPStackBuffer<unichar, 128> block(view.length);
     string->getCharacters_range(block.memory, {0, view.length});
     append(block.memory, view.length);
