@@ -243,10 +243,10 @@ void ZPPopAutoreleasePool(unsigned token) {
     r = slotOfThread();
     if (!r || r->depth <= token) return;  // a release popped this pool with an outer one
     unsigned spare = 0;
-    for (unsigned i = token; i < r->capacity; ++i) {
+    for (unsigned i = token; i < r->depth; ++i) {
         if (ZPAutoreleasePool *pool = r->levels[i].pool) {
             while (spare < sparePoolCount && r->sparePools[spare]) ++spare;
-            if (spare < sparePoolCount) r->sparePools[spare] = pool;
+            if (spare < sparePoolCount && pool->isa == ZPAutoreleasePool::class_()) r->sparePools[spare] = pool;
             else ZPDeallocateObject(pool);
         }
         r->levels[i] = {};
@@ -416,8 +416,9 @@ struct PoolMethods : ZPAutoreleasePool {
 
 struct PoolClassMethods {
     static id allocWithZone(Class self, ZPZone *) {
+        // A subclass has fields of its own, for which a spare pool has no room.
         for (ZPAutoreleasePool *&spare : record()->sparePools)
-            if (spare) {
+            if (spare && spare->isa == self) {
                 ZPAutoreleasePool *pool = spare;
                 spare = nullptr;
                 return pool;

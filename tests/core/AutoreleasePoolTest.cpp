@@ -2,6 +2,8 @@
 // Autorelease pools: order, nesting, pages, reports, errors inside a pop, threads.
 #include <support/Objects.h>
 
+#include <array>
+
 namespace {
 
 std::vector<int> died;
@@ -50,7 +52,27 @@ ZP_IMPLEMENT(Popper, dealloc);
 
 using Died = std::vector<int>;
 
+/// A pool with more fields than the library's.
+struct WidePool : ZPAutoreleasePool {
+    ZP_CLASS(WidePool)
+    std::array<std::uint64_t, 60> _more;
+    std::string _text = "text";
+};
+ZP_IMPLEMENT(WidePool);
+
 }  // namespace
+
+TEST_F(Pools, SubclassesGetPoolsOfTheirOwn) {
+    for (int round = 0; round < 8; ++round) {
+        ZPAutoreleasePool *plain = ZPAutoreleasePool::new_();
+        WidePool *wide = WidePool::new_();
+        EXPECT_EQ(plain->isa, ZPAutoreleasePool::class_());
+        EXPECT_EQ(wide->isa, WidePool::class_());
+        wide->_more.fill(~0ull);
+        wide->_text += " that is too long to lie inside the string";
+        plain->release();  // and the other with it
+    }
+}
 
 TEST_F(Pools, ReleaseNewestFirstAndWithTheOuterPoolTheInner) {
     ZPAutoreleasePool::releaseAllPools();
