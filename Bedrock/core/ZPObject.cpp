@@ -56,7 +56,7 @@ struct ZPObjectMethods : ZPObject {
     }
     Class class_() { return isa; }
     Class classForCoder() { return isa; }
-    Class superclass() { return isa->superclass; }
+    Class superclass() { return objc_superRecordOf(isa); }
     id self() { return this; }
     unsigned hash() { return unsigned(reinterpret_cast<std::uintptr_t>(this) >> 2); }
     BOOL isEqual(id other) { return other.pointer() == this; }
@@ -141,7 +141,7 @@ struct ZPClassMethods {
     static void dealloc(Class) {}
     static unsigned retainCount(Class) { return 0xFFFFFFFF; }
     static ZPZone *zone(Class) { return QLDefaultMallocZone(); }
-    static Class superclass(Class self) { return self->superclass; }
+    static Class superclass(Class self) { return objc_superRecordOf(self); }
     static BOOL conformsToProtocol(Class self, Protocol *protocol) { return _ZPConforms(self, protocol); }
     static ZPString *description(Class self) { return ZPStringFromClass(self); }
     static ZPString *debugDescription(Class self) { return ZPClassObject(self)->description(); }
@@ -193,11 +193,11 @@ ZP_DEFINE_PROTOCOL(ZPMutableCopying, mutableCopyWithZone);
 
 const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector) {
     if (!selector) return nullptr;
-    for (Class c = cls; c; c = c->superclass) {
+    for (Class c = cls; c; c = objc_superRecordOf(c)) {
         // The root class follows the metaclasses: what it promises of its instances, class objects answer too.
-        bool isMeta = __atomic_load_n(&c->info, __ATOMIC_RELAXED) & objc_isMetaclass;
+        bool isMeta = objc_infoOf(c) & objc_isMetaclass;
         Class record = isMeta ? objc_counterpart(c) : c;
-        for (auto *p = record->protocols; p; p = p->next)
+        for (auto *p = __atomic_load_n(&record->protocols, __ATOMIC_ACQUIRE); p; p = p->next)
             if (auto *d = isMeta ? p->protocol->descriptionForClassMethod(selector)
                                  : p->protocol->descriptionForInstanceMethod(selector))
                 return d;
@@ -207,9 +207,9 @@ const objc_methodDescription *_ZPDescribeMethod(Class cls, SEL selector) {
 }
 
 BOOL _ZPConforms(Class cls, Protocol *protocol) {
-    for (Class c = cls; c; c = c->superclass) {
-        Class record = (c->info & objc_isMetaclass) ? objc_counterpart(c) : c;
-        for (auto *p = record->protocols; p; p = p->next)
+    for (Class c = cls; c; c = objc_superRecordOf(c)) {
+        Class record = objc_infoOf(c) & objc_isMetaclass ? objc_counterpart(c) : c;
+        for (auto *p = __atomic_load_n(&record->protocols, __ATOMIC_ACQUIRE); p; p = p->next)
             if (p->protocol->conformsTo(protocol)) return YES;
     }
     return NO;

@@ -88,6 +88,7 @@ enum objc_classInfo : unsigned {
     objc_defaultAllocation = 512,  ///< (metaclass) alloc and allocWithZone: are the root's own
     objc_defaultDealloc = 1024,  ///< dealloc is the root's own
     objc_allocatesPlainly = 2048,  ///< initialized, and alloc does nothing but allocate
+    objc_isReplaced = 4096,  ///< another class took its place: its superclass is what it was before
 };
 
 struct objc_registration;
@@ -140,8 +141,14 @@ constexpr objc_classPair objc_unrealizedPair(objc_classPair &self, Class supercl
 }
 /// @endcond
 
+/// @cond machinery
+// What other threads may change meanwhile.
+inline unsigned objc_infoOf(Class cls) { return __atomic_load_n(&cls->info, __ATOMIC_ACQUIRE); }
+inline Class objc_superRecordOf(Class cls) { return __atomic_load_n(&cls->superclass, __ATOMIC_ACQUIRE); }
+/// @endcond
+
 /// The metaclass of a class, the class of a metaclass: they lie side by side.
-inline Class objc_counterpart(Class cls) { return cls->info & objc_isMetaclass ? cls - 1 : cls + 1; }
+inline Class objc_counterpart(Class cls) { return objc_infoOf(cls) & objc_isMetaclass ? cls - 1 : cls + 1; }
 
 /// @cond machinery
 /// Gathers what a registration lists; the runtime's own.
@@ -214,8 +221,8 @@ ZP_EXPORT BOOL class_inherits(Class cls, Class ancestor);
 ZP_EXPORT const objc_methodList *class_nextMethodList(Class cls, const void **iterator);
 /// Makes `impostor`, a direct subclass of `original` without fields of its own (or the process is stopped), take
 /// its place, and answers the class that does: from then on every instance, subclass and reference of `original`
-/// behaves as `impostor`. The former behaviour lives on in a hidden class whose name begins with "%", `impostor`'s
-/// new superclass.
+/// behaves as `impostor`, with the methods that it gets later too. The former behaviour lives on in a hidden class
+/// whose name begins with "%", `impostor`'s new superclass.
 ZP_EXPORT Class class_poseAs(Class impostor, Class original);
 /// The bytes of a method's argument frame, receiver and selector included; 0 for null.
 ZP_EXPORT unsigned method_getSizeOfArguments(const objc_method *method);

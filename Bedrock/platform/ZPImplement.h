@@ -508,10 +508,13 @@ template <class T> struct objc_super {
 
   private:
     // The superclass that T was written with; T's record has another once a class poses as T. A class that poses
-    // itself sends to what its superclass was before.
+    // itself sends to what its superclass was before, also when another poses as it in turn: its code is then that of
+    // the record behind its own.
     static Class of() {
-        if (__atomic_load_n(&T::class_()->info, __ATOMIC_ACQUIRE) & objc_isPosing) return T::class_()->superclass;
-        return objc_superclassOf<T>::class_();
+        if (!(objc_infoOf(T::class_()) & objc_isPosing)) return objc_superclassOf<T>::class_();
+        Class code = T::class_();
+        while (objc_infoOf(code) & objc_isReplaced) code = objc_superRecordOf(code);
+        return objc_superRecordOf(code);
     }
 };
 

@@ -232,6 +232,12 @@ void addMethods(Class cls, objc_methodList *list) {
     __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
     if (infoOf(cls) & objc_isRealized)
         for (unsigned i = 0; i < list->count; ++i) refreshCaches(cls, list->methods[i].name);
+    // The class that this one took the place of behaves as it, also in what is added later.
+    Class replaced = state.posedAs;
+    if (!replaced || stateOf(replaced).poser != cls) return;
+    objc_methodList *same = makeList(list->count);
+    std::memcpy(same->methods, list->methods, list->count * sizeof(objc_method));
+    addMethods(replaced, same);
 }
 
 void realize(Class cls) {
@@ -388,9 +394,10 @@ Class objc_copyClass(Class cls, const char *name) {
     pair->meta = *objc_counterpart(cls);
     const char *kept = copyName(name);
     for (Class copy : {&pair->cls, &pair->meta}) {
-        objc_methodIndex *index = stateOf(copy).index;
+        objc_classState former = stateOf(copy);
         copy->state = nullptr;
-        stateOf(copy).index = copyOf(index);
+        stateOf(copy).index = copyOf(former.index);
+        stateOf(copy).posedAs = former.posedAs;
         copy->name = kept;
         copy->buckets = &objc_noBuckets;
         copy->mask = copy->cached = 0;
@@ -441,6 +448,9 @@ namespace {
 // without the lock find every method at each step: the copy comes into the chain before the index gives way to the
 // impostor's.
 void pose(Class impostor, Class original, Class hidden) ZP_REQUIRES(runtimeLock) {
+    if (Class replaced = stateOf(original).posedAs; replaced && stateOf(replaced).poser == original)
+        stateOf(replaced).poser = hidden;
+    stateOf(original).poser = impostor;
     stateOf(impostor).posedAs = original;
     setInfo(impostor, objc_isPosing);
     unlink(impostor);
@@ -449,6 +459,7 @@ void pose(Class impostor, Class original, Class hidden) ZP_REQUIRES(runtimeLock)
     if (original->superclass) unlink(original);
     __atomic_store_n(&original->superclass, hidden, __ATOMIC_RELEASE);
     link(original);
+    setInfo(original, objc_isReplaced);
     publish(stateOf(original), copyOf(stateOf(impostor).index));
     original->methodLists = impostor->methodLists;
     clearInfoBelow(original, ~impostor->info & (objc_defaultCounting | objc_defaultDealloc | objc_defaultAllocation));
@@ -479,8 +490,8 @@ Class class_poseAs(Class impostor, Class original) {
     }
     pose(objc_counterpart(impostor), meta, objc_counterpart(hidden));
     pose(impostor, original, hidden);
-    if (impostor->protocols) original->protocols = impostor->protocols;
-    names().posed[original->name] = hidden;
+    if (impostor->protocols) __atomic_store_n(&original->protocols, impostor->protocols, __ATOMIC_RELEASE);
+    names().posed.emplace(original->name, hidden);  // the first is what was declared
     __atomic_add_fetch(&generation, 1, __ATOMIC_RELAXED);
     refreshCaches(hidden);
     refreshCaches(objc_counterpart(hidden));

@@ -23,6 +23,7 @@ struct objc_classState {
     Class firstSubclass, nextSibling;
     pthread_t initializer;
     Class posedAs;  ///< the class that this one took the place of
+    Class poser;  ///< the class that took the place of this one, or what was made of it when another took its own
     struct objc_waitingCategory *categories;  ///< to be entered when the class is realized, the first one first
 };
 
@@ -65,10 +66,10 @@ void listPromises(Protocol *protocol);
 void addProtocol(Protocol *protocol) ZP_REQUIRES(runtimeLock);
 /// The protocol of a name, or null.
 Protocol *findProtocol(const char *name) ZP_REQUIRES(runtimeLock);
-inline unsigned infoOf(Class cls) { return __atomic_load_n(&cls->info, __ATOMIC_ACQUIRE); }
+inline unsigned infoOf(Class cls) { return objc_infoOf(cls); }
 inline void setInfo(Class cls, unsigned bits) { __atomic_or_fetch(&cls->info, bits, __ATOMIC_RELEASE); }
 inline void clearInfo(Class cls, unsigned bits) { __atomic_and_fetch(&cls->info, ~bits, __ATOMIC_RELEASE); }
-inline Class superclassOf(Class cls) { return __atomic_load_n(&cls->superclass, __ATOMIC_ACQUIRE); }
+inline Class superclassOf(Class cls) { return objc_superRecordOf(cls); }
 inline std::uintptr_t hashOf(SEL selector) { return reinterpret_cast<std::uintptr_t>(selector) >> 5; }
 /// Counts every change of a method or a class, for caches of check results.
 extern unsigned generation;
