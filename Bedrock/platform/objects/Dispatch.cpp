@@ -137,13 +137,43 @@ void refreshBelow(Class cls, std::uintptr_t only) ZP_REQUIRES(runtimeLock) {
     for (Class sub = stateOf(cls).firstSubclass; sub; sub = stateOf(sub).nextSibling) refreshBelow(sub, only);
 }
 
-// Runs `+initialize` once, superclass first. Other threads wait; the running thread passes. Answers
-// whether the class is initialized now (NO only inside its own `+initialize`). The lock is held once.
+// A thread that waits for another's `+initialize`, as long as it does.
+struct Waiting *waiting ZP_GUARDED_BY(runtimeLock);
+struct Waiting {
+    pthread_t thread = pthread_self();
+    Class cls;
+    Waiting *next = waiting;
+
+    explicit Waiting(Class c) ZP_REQUIRES(runtimeLock) : cls(c) { waiting = this; }
+    ~Waiting() ZP_REQUIRES(runtimeLock) {
+        Waiting **at = &waiting;
+        while (*at != this) at = &(*at)->next;
+        *at = next;
+    }
+};
+
+// Whether the `+initialize` that is running for a class is this thread's, or waits, by way of others, for one of this
+// thread's.
+bool waitsForThisThread(Class cls) ZP_REQUIRES(runtimeLock) {
+    while (infoOf(cls) & objc_isInitializing) {
+        pthread_t runner = stateOf(cls).initializer;
+        if (pthread_equal(runner, pthread_self())) return true;
+        const Waiting *w = waiting;
+        while (w && !pthread_equal(w->thread, runner)) w = w->next;
+        if (!w) return false;
+        cls = w->cls;
+    }
+    return false;
+}
+
+// Runs `+initialize` once, superclass first. Other threads wait; the running thread passes, and so does one without
+// which the running thread could not go on. Answers whether the class is initialized now. The lock is held once.
 bool ensureInitialized(Class cls) ZP_REQUIRES(runtimeLock) {
     while (!(infoOf(cls) & objc_isInitialized)) {
         objc_classState &state = stateOf(cls);
         if (infoOf(cls) & objc_isInitializing) {
-            if (pthread_equal(state.initializer, pthread_self())) return false;
+            if (waitsForThisThread(cls)) return false;
+            Waiting self(cls);
             pthread_cond_wait(&initialized, &runtimeLock.native);
             continue;
         }
@@ -187,8 +217,9 @@ IMP objc_lookUpForSend(objc_object *receiver, SEL selector) {
     if (!selector) return nullptr;
     Holding lock(runtimeLock);
     realize(cls);
-    bool isMeta = infoOf(cls) & objc_isMetaclass;
-    bool remembers = ensureInitialized(isMeta ? reinterpret_cast<Class>(receiver) : cls);
+    Class uses = infoOf(cls) & objc_isMetaclass ? reinterpret_cast<Class>(receiver) : cls;
+    if (infoOf(uses) & objc_isMetaclass) uses = objc_counterpart(uses);  // a message to a metaclass
+    bool remembers = ensureInitialized(uses);
     if (const objc_method *m = findMethod(cls, selector)) implementation = m->implementation;
     if (remembers) remember(cls, selector, implementation);
     return implementation;
