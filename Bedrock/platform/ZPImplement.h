@@ -27,6 +27,8 @@
 #include <Bedrock/platform/ZPList.h>
 #include <Bedrock/platform/ZPMessage.h>
 
+#include <bit>
+
 // g++ warns of va_list's own attributes wherever it is a template argument.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wignored-attributes"
@@ -172,6 +174,18 @@ template <unsigned Arguments> struct objc_selectorText {
 
 // ---- implementations and frame invokers --------------------------------------------------------
 
+// What a frame holds: its slots are aligned to words, whatever lies in them.
+template <class T> ZP_INLINE T objc_takeSlot(const char *slot) {
+    if constexpr (std::is_reference_v<T>) return static_cast<T>(*objc_takeSlot<std::remove_reference_t<T> *>(slot));
+    else {
+        struct Bytes {
+            char of[sizeof(T)];
+        } bytes;
+        std::memcpy(&bytes, slot, sizeof bytes);
+        return std::bit_cast<T>(bytes);
+    }
+}
+
 template <class R, class... A>
 void *objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void *arguments, void *result) {
     if constexpr (!(objc_fitsFrame<R> && ... && objc_fitsFrame<A>)) {
@@ -185,10 +199,6 @@ void *objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void
             slot += sizeof(void *);
         }
         slot += 2 * sizeof(void *);
-        auto call = [&](auto... values) -> R {
-            return reinterpret_cast<R (*)(objc_object *, SEL, A...)>(implementation)(self, selector,
-                                                                                     static_cast<A>(*values)...);
-        };
         struct Slots {
             char *at;
             char *next(unsigned size) {
@@ -199,19 +209,16 @@ void *objc_invokeFrame(IMP implementation, objc_object *self, SEL selector, void
         } slots{slot};
         // Braces fix the order in which the slots are taken.
         struct Pointers {
-            void *of[sizeof...(A) + 1];
+            char *of[sizeof...(A) + 1];
         } taken{{slots.next(objc_slotSize<objc_stored<A>>)..., nullptr}};
         [&]<std::size_t... I>(std::index_sequence<I...>) {
-            auto value = []<class T>(std::type_identity<T>, void *p) {
-                if constexpr (std::is_reference_v<T>) return *static_cast<std::remove_reference_t<T> **>(p);
-                else return static_cast<std::remove_const_t<T> *>(p);
-            };
-            if constexpr (std::is_void_v<R>) call(value(std::type_identity<A>{}, taken.of[I])...);
+            auto call = reinterpret_cast<R (*)(objc_object *, SEL, A...)>(implementation);
+            if constexpr (std::is_void_v<R>) call(self, selector, objc_takeSlot<A>(taken.of[I])...);
             else if constexpr (std::is_reference_v<R>) {
-                auto *p = &call(value(std::type_identity<A>{}, taken.of[I])...);
+                auto *p = &call(self, selector, objc_takeSlot<A>(taken.of[I])...);
                 if (result) std::memcpy(result, &p, sizeof p);
             } else {
-                R answer = call(value(std::type_identity<A>{}, taken.of[I])...);
+                R answer = call(self, selector, objc_takeSlot<A>(taken.of[I])...);
                 if (result) std::memcpy(result, static_cast<void *>(&answer), sizeof answer);
             }
         }

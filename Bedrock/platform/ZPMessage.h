@@ -67,7 +67,7 @@ inline constexpr unsigned objc_slotSize = (sizeof(T) + sizeof(void *) - 1) / siz
 template <> inline constexpr unsigned objc_slotSize<void> = 0;
 
 template <class T> consteval bool objc_resultIsHidden() {
-    if constexpr (std::is_class_v<T> && !std::is_same_v<T, id>)
+    if constexpr ((std::is_class_v<T> || std::is_union_v<T>)&&!std::is_same_v<T, id>)
         return !(sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4 || sizeof(T) == 8);
     else return false;
 }
