@@ -377,6 +377,9 @@ consteval bool objc_isInitialiser(const char *name) {
 }
 template <class R, class T, bool IsInitialiser> using objc_madeResult =
     std::conditional_t<IsInitialiser && objc_isReference<R>, T *, R>;
+// What a made front inherits for a function of type F: the sending member, by F's result and arguments alone.
+template <template <bool, class> class Sender, class F> using objc_madeBase =
+    Sender<!std::is_member_function_pointer_v<F>, typename objc_function<F>::type>;
 // T, once something else is known: it may be incomplete where it is named.
 template <class T, class Later> struct objc_late { using type = T; };
 

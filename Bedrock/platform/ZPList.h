@@ -183,32 +183,30 @@
 #define OBJC_SENDER_NOTHING(T, S, item)
 #define OBJC_SENDER_STATICS(T, S, item) OBJC_EACH_INNER(OBJC_SENDER_PLAIN, T, S, OBJC_INSIDE_##item)
 #define OBJC_SENDER_PLAIN(T, S, name)                                                                                  \
-    template <class objc_F> struct objc_##T##_##name;                                                                  \
-    template <class objc_C, class objc_R, class... objc_A> struct objc_##T##_##name<objc_R (objc_C::*)(objc_A...)> {   \
+    template <bool objc_IsStatic, class objc_F> struct objc_##T##_##name;                                              \
+    template <class objc_R, class... objc_A> struct objc_##T##_##name<false, objc_R(objc_A...)> {                      \
         using objc_Result = ::objc_madeResult<objc_R, T, ::objc_isInitialiser(#name)>;                                 \
         objc_Result name(objc_A... arguments) {                                                                        \
             return ::objc_ask(static_cast<T *>(this), ::objc_frontSlot<objc_##T##_##name>, #name, arguments...)        \
                 .template as<objc_Result>();                                                                           \
         }                                                                                                              \
     };                                                                                                                 \
-    template <class objc_R, class... objc_A> struct objc_##T##_##name<objc_R (*)(objc_A...)> {                         \
+    template <class objc_R, class... objc_A> struct objc_##T##_##name<true, objc_R(objc_A...)> {                       \
         static objc_R name(objc_A... arguments) {                                                                      \
             ::Class to = ::objc_late<T, objc_R>::type::class_();                                                       \
             return ::objc_ask(to, ::objc_frontSlot<objc_##T##_##name>, #name, arguments...).template as<objc_R>();     \
         }                                                                                                              \
-    };                                                                                                                 \
-    template <class objc_R, class... objc_A> struct objc_##T##_##name<objc_R (*)(::Class, objc_A...)>                  \
-        : objc_##T##_##name<objc_R (*)(objc_A...)> {};
+    };
 
 #define OBJC_BASE(T, S, item) OBJC_JOIN(OBJC_BASE_, OBJC_CHOOSE(OBJC_FRONT_##item, PLAIN))(T, S, item)
 #define OBJC_BASE_NOTHING(T, S, item)
 #define OBJC_BASE_STATICS(T, S, item) OBJC_EACH_INNER(OBJC_BASE_PLAIN, T, S, OBJC_INSIDE_##item)
-#define OBJC_BASE_PLAIN(T, S, name) , objc_##T##_##name<decltype(&S::name)>
+#define OBJC_BASE_PLAIN(T, S, name) , ::objc_madeBase<objc_##T##_##name, decltype(&S::name)>
 
 #define OBJC_USE(T, S, item) OBJC_JOIN(OBJC_USE_, OBJC_CHOOSE(OBJC_FRONT_##item, PLAIN))(T, S, item)
 #define OBJC_USE_NOTHING(T, S, item)
 #define OBJC_USE_STATICS(T, S, item) OBJC_EACH_INNER(OBJC_USE_PLAIN, T, S, OBJC_INSIDE_##item)
-#define OBJC_USE_PLAIN(T, S, name) using objc_##T##_##name<decltype(&S::name)>::name;
+#define OBJC_USE_PLAIN(T, S, name) using ::objc_madeBase<objc_##T##_##name, decltype(&S::name)>::name;
 
 // ---- protocols ---------------------------------------------------------------------------------
 

@@ -1,25 +1,55 @@
 // SPDX-License-Identifier: MIT
-// What classes list, and what is found of it: against a model while methods come and go, in lists of any length, in
-// class methods, in made classes, and by several threads.
+// What lists of classes may say; and classes, methods and categories that come at any time, against maps.
 #include <support/Objects.h>
+
+#include <cstdarg>
+#include <stdexcept>
 
 namespace {
 
-// ---- a list that no macro counts by hand ----
+struct GaugeCode : ZPObject {
+    int _value;
+    GaugeCode *initWithValue(int value) { return _value = value, this; }
+    int sum_and(int a, int b) const { return _value + a + b; }
+    void setValue(int value) noexcept { _value = value; }
+    int first(int a, int, int) { return a; }
+    int last(int n, std::va_list rest) {
+        while (n-- > 1) (void)va_arg(rest, int);
+        return va_arg(rest, int);
+    }
+    static const char *name(Class self) { return self->name; }
+};
+ZP_MAKE_CLASS(Gauge, GaugeCode, initWithValue, sum_and, setValue, named(first, "first:::"), variadic(last),
+              adopts(ZPCopying), version(4), classMethods(name));
 
-#define TEN(M, n) M(n##0) M(n##1) M(n##2) M(n##3) M(n##4) M(n##5) M(n##6) M(n##7) M(n##8) M(n##9)
-#define NAMES(n) m##n##0, m##n##1, m##n##2, m##n##3, m##n##4, m##n##5, m##n##6, m##n##7, m##n##8, m##n##9
-#define METHOD(n) \
-    int m##n() { return 1##n; }
-#define HUNDRED(M) TEN(M, 0) TEN(M, 1) TEN(M, 2) TEN(M, 3) TEN(M, 4) TEN(M, 5) TEN(M, 6) TEN(M, 7) TEN(M, 8) TEN(M, 9)
-#define FORTY(M) TEN(M, 10) TEN(M, 11) TEN(M, 12) TEN(M, 13)
+// Initialisers of each form.
+struct Coarse : Gauge {
+    ZP_CLASS(Coarse)
+};
+struct CoarseMethods : Coarse {
+    int sum_and(int a, int b) { return objc_super<Coarse>(this).send<int>("sum:and:"_sel, a, b) * 10; }
+    id init() { return self()->initWithValue(2); }
+};
+ZP_IMPLEMENT_WITH(Coarse, CoarseMethods, sum_and, init);
+struct Coarser : Coarse {
+    ZP_CLASS(Coarser)
+    Coarser *init() noexcept { return objc_super<Coarser>(this).send<Coarser *>("init"_sel); }
+};
+ZP_IMPLEMENT(Coarser, init);
+
+#define TEN(M, p) M(p##0) M(p##1) M(p##2) M(p##3) M(p##4) M(p##5) M(p##6) M(p##7) M(p##8) M(p##9)
+#define HUNDRED(M, p) \
+    TEN(M, p##0)      \
+    TEN(M, p##1) TEN(M, p##2) TEN(M, p##3) TEN(M, p##4) TEN(M, p##5) TEN(M, p##6) TEN(M, p##7) TEN(M, p##8) TEN(M, p##9)
+#define DEFINE(name) \
+    int name() { return std::atoi(&#name[1]); }
+#define LIST(name) name,
 struct Long : ZPObject {
     ZP_CLASS(Long)
-    HUNDRED(METHOD)
-    FORTY(METHOD)
+    HUNDRED(DEFINE, m1) HUNDRED(DEFINE, m2) int _odd_name(int a, int b) ZP_ASKS(a, b);
+    int plain(int a, int b) { return a - b; }
 };
-ZP_IMPLEMENT(Long, NAMES(0), NAMES(1), NAMES(2), NAMES(3), NAMES(4), NAMES(5), NAMES(6), NAMES(7), NAMES(8), NAMES(9),
-             NAMES(10), NAMES(11), NAMES(12), NAMES(13));
+ZP_IMPLEMENT(Long, HUNDRED(LIST, m1) HUNDRED(LIST, m2) named(plain, "_odd:name:"));
 
 // ---- class methods, with and without the class, and made classes ----
 
@@ -63,37 +93,47 @@ struct RCode : X {
 };
 ZP_MAKE_CLASS(R, RCode, a);
 
-// ---- classes of the run time ----
-
-template <int N> int answer(objc_object *, SEL) { return N; }
-const IMP answers[] = {IMP(&answer<0>), IMP(&answer<1>), IMP(&answer<2>), IMP(&answer<3>), IMP(&answer<4>)};
-
-struct Root : ZPObject {
-    ZP_CLASS(Root)
-    void forward(SEL, objc_frame *frame) {
-        int none = -1;
-        std::memcpy(frame->result, &none, sizeof none);
+struct Field {
+    static inline int alive, countdown = 100;
+    Field() {
+        if (!--countdown) throw std::runtime_error("no more");
+        ++alive;
     }
+    ~Field() { --alive; }
 };
-ZP_IMPLEMENT(Root, named(forward, "forward::"));
-
-Class makeClass(Class superclass, const std::string &name) {
-    Class cls = objc_makeClass(superclass, name.c_str(), 0);
-    objc_addClass(cls);
-    return cls;
-}
-void define(Class cls, SEL selector, unsigned which) {
-    class_addMethod(cls, selector, answers[which], objc_methodTypes<int>(), nullptr, 0);
-}
+struct Thrower : ZPObject {
+    ZP_CLASS(Thrower)
+    Field _first, _second;
+};
+ZP_IMPLEMENT(Thrower);
 
 }  // namespace
 
-TEST(Registration, ListsOfAnyLength) {
-    ZPRef<Long> all = ZPAdopt(Long::new_());
-    for (int i = 0; i < 140; ++i) {
-        std::string name = "m" + std::to_string(i / 10) + std::to_string(i % 10);
-        EXPECT_EQ(objc_msgSend<int>(all, sel_registerName(name.c_str())), std::stoi("1" + name.substr(1)));
-    }
+TEST(Registration, FrontsMadeOfCode) {
+    ZPRef<Gauge> gauge = ZPAdopt(Gauge::alloc()->initWithValue(4)), coarse = ZPAdopt<Gauge>(Coarser::new_());
+    EXPECT_EQ(gauge->sum_and(1, 2), 7);
+    EXPECT_EQ(coarse->sum_and(1, 1), 40);
+    gauge->setValue(8);
+    EXPECT_EQ(gauge->sum_and(0, 0), 8);
+    EXPECT_STREQ(Gauge::name(), "Gauge");
+    EXPECT_EQ(objc_msgSend<int>(coarse, "first:::"_sel, 1, 2, 3), 1);
+    EXPECT_EQ((objc_sendVariadic<int, int>::send(coarse, "last:"_sel, 3, 1, 2, 3)), 3);
+    EXPECT_TRUE(coarse->conformsToProtocol(ZPCopying::protocol()));
+    EXPECT_EQ(Gauge::class_()->version, 4);
+}
+
+TEST(Registration, LongListsOddNamesAndFieldsThatThrow) {
+    ZPRef<Long> list = ZPAdopt(Long::new_());
+    for (int i = 100; i < 300; ++i)
+        EXPECT_EQ(objc_msgSend<int>(list, sel_registerName(("m" + std::to_string(i)).c_str())), i);
+    EXPECT_EQ(list->_odd_name(5, 3), 2);
+
+    ZPRef<Thrower> thrower = ZPAdopt(Thrower::new_());
+    Field::countdown = 2;  // the second field's constructor
+    EXPECT_THROW(Thrower::alloc(), std::runtime_error);
+    EXPECT_EQ(Field::alive, 2);
+    thrower = nullptr;
+    EXPECT_EQ(Field::alive, 0);
 }
 
 TEST(Registration, ClassMethodsAndMadeClasses) {
@@ -108,44 +148,85 @@ TEST(Registration, ClassMethodsAndMadeClasses) {
     EXPECT_EQ(ZPClassObject(R::class_())->superclass(), X::class_());
 }
 
-TEST(Registration, WhatIsFoundIsWhatTheModelHas) {
-    struct Made {
-        Class cls;
-        int above;
-        std::map<SEL, unsigned> methods;
-        id instance;
-    };
-    std::vector<Made> made{{makeClass(Root::class_(), "Model0"), -1, {}, nullptr}};
+namespace {
+
+template <int... N> std::vector<IMP> answers(std::integer_sequence<int, N...>) {
+    return {IMP(+[](objc_object *, SEL) { return N; })...};
+}
+const std::vector<IMP> implementations = answers(std::make_integer_sequence<int, 16>{});
+void answerMinusOne(objc_object *, SEL, SEL, objc_frame *frame) { *static_cast<int *>(frame->result) = -1; }
+
+struct Modelled {
+    Class cls;
+    int super;
+    std::map<SEL, int> methods[2];  // of instances, of the class
+    ZPRef<ZPObject> object;
+};
+
+std::map<SEL, int> added[2];  // what the category that is being loaded has
+void listAdded(objc_lister &lister) {
+    for (int ofClass : {0, 1})
+        for (auto [selector, n] : added[ofClass])
+            objc_enterMethod(lister, sel_getName(selector), objc_listsSelector | unsigned(ofClass),
+                             "i@:", implementations[unsigned(n)], nullptr);
+}
+
+}  // namespace
+
+TEST(Registration, RandomChangesAgreeWithAModel) {
+    std::mt19937 random(7);
+    auto below = [&](std::size_t n) { return unsigned(random() % n); };
     std::vector<SEL> selectors;
-    for (int i = 0; i < 40; ++i) selectors.push_back(sel_registerName(("model" + std::to_string(i)).c_str()));
-    std::mt19937 random(3);
+    for (int i = 0; i < 700; ++i) selectors.push_back(sel_registerName(("model" + std::to_string(i)).c_str()));
+    std::vector<Modelled> classes;
+    classes.push_back({objc_makeClass(ZPObject::class_(), "Model0", 0), -1, {}, {}});
+    for (Class cls : {classes[0].cls, classes[0].cls->isa})
+        class_addMethod(cls, "forward::"_sel, IMP(&answerMinusOne), "v@::^v", nullptr, 32);
+    auto expected = [&](int n, bool ofClass, SEL selector) {
+        for (; n >= 0; n = classes[unsigned(n)].super)
+            if (auto &own = classes[unsigned(n)].methods[ofClass]; own.count(selector)) return own[selector];
+        return -1;
+    };
     for (int step = 0; step < 60000; ++step) {
-        std::size_t at = random() % made.size();
-        SEL selector = selectors[random() % selectors.size()];
-        int wanted = -1;
-        for (int c = int(at); c >= 0; c = made[std::size_t(c)].above)
-            if (auto found = made[std::size_t(c)].methods.find(selector); found != made[std::size_t(c)].methods.end()) {
-                wanted = int(found->second);
-                break;
-            }
-        if (!made[at].instance) made[at].instance = ZPClassObject(made[at].cls)->performSelector("new"_sel);
-        unsigned what = random() % 1000;
-        if (what < 4) {
-            define(made[at].cls, selector, what);
-            made[at].methods[selector] = what;
-        } else if (what < 6 && made.size() < 40) {
-            made.push_back({makeClass(made[at].cls, "Model" + std::to_string(made.size())), int(at), {}, nullptr});
-        } else if (what < 500) {
-            ASSERT_EQ(made[at].instance->respondsToSelector(selector), BOOL(wanted >= 0)) << step;
+        unsigned n = below(classes.size()), kind = below(16), operation = below(1000);
+        Modelled &model = classes[n];
+        bool ofClass = below(3) == 0;
+        SEL selector = selectors[below(selectors.size())];
+        if (operation < 5) {
+            std::string name = "Model" + std::to_string(classes.size());
+            Modelled made{nullptr, int(n), {}, {}};
+            if (n && operation == 0) {
+                made = model;
+                made.object = nullptr;
+                made.cls = objc_copyClass(model.cls, name.c_str());
+            } else made.cls = objc_makeClass(model.cls, name.c_str(), 0);
+            if (classes.size() < 60) classes.push_back(made);
+        } else if (operation < 40) {
+            class_addMethod(ofClass ? model.cls + 1 : model.cls, selector, implementations[kind], "i@:", nullptr, 16);
+            model.methods[ofClass][selector] = int(kind);
+        } else if (operation < 44) {
+            for (auto &side : added) side = {{selector, kind}, {selectors[below(selectors.size())], below(16)}};
+            auto **category = new const objc_registration *(new objc_registration{"Added", model.cls, &listAdded});
+            class_getInstanceMethod(model.cls, selector);  // realized: the category is entered at once
+            objc_loadLibrary(*new objc_library{nullptr, nullptr, category, category + 1, nullptr});
+            for (int side : {0, 1})
+                for (auto [s, k] : added[side]) model.methods[side][s] = k;
         } else {
-            ASSERT_EQ(objc_msgSend<int>(made[at].instance, selector), wanted) << step;
+            if (!model.object) model.object = ZPAdopt(objc_msgSend<ZPObject *>(model.cls, "new"_sel));
+            ZPObject *receiver = ofClass ? ZPClassObject(model.cls) : model.object.get();
+            int wanted = expected(int(n), ofClass, selector);
+            if (operation < 400) ASSERT_EQ(receiver->respondsToSelector(selector), wanted >= 0) << step;
+            else ASSERT_EQ(objc_msgSend<int>(receiver, selector), wanted) << step;
+            if (model.super < 0) continue;
+            Class super = classes[unsigned(model.super)].cls + ofClass;
+            ASSERT_EQ(objc_msgSendSuper<int>(receiver, super, selector), expected(model.super, ofClass, selector));
         }
     }
-    for (Made &one : made) one.instance->release();
 }
 
 TEST(Registration, MethodsComeWhileOthersFindNone) {
-    Class above = makeClass(Root::class_(), "Above"), below = makeClass(above, "Below");
+    Class above = objc_makeClass(ZPObject::class_(), "Above", 0), below = objc_makeClass(above, "Below", 0);
+    class_addMethod(above, "forward::"_sel, IMP(&answerMinusOne), "v@::^v", nullptr, 32);
     constexpr int count = 200;
     std::vector<SEL> selectors;
     for (int i = 0; i < count; ++i) selectors.push_back(sel_registerName(("late" + std::to_string(i)).c_str()));
@@ -154,7 +235,8 @@ TEST(Registration, MethodsComeWhileOthersFindNone) {
     onThreads(4, [&](int t) {
         if (t == 0) {
             for (int i = 0; i < count; ++i) {
-                define(i % 2 ? above : below, selectors[std::size_t(i)], unsigned(i % 5));
+                class_addMethod(i % 2 ? above : below, selectors[std::size_t(i)], implementations[unsigned(i % 5)],
+                                "i@:", nullptr, 16);
                 known.store(i + 1, std::memory_order_release);
             }
             return;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // First messages: `+initialize` of classes that need each other, and everything that is entered at first use, from many
 // threads at once.
-#include <Bedrock/core/ZPObject.h>
+#include <Bedrock/core/ZPRef.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -10,18 +10,6 @@
 #include <vector>
 
 namespace {
-
-// The same in n threads, which begin together.
-template <class F> void together(int n, F f) {
-    std::vector<std::thread> threads;
-    std::atomic<int> ready{0};
-    for (int t = 0; t < n; ++t)
-        threads.emplace_back([&, t] {
-            for (++ready; ready < n;) std::this_thread::yield();
-            f(t);
-        });
-    for (auto &t : threads) t.join();
-}
 
 struct Ranked {
     ZP_PROTOCOL(Ranked)
@@ -60,11 +48,10 @@ ZP_IMPLEMENT(Plain, initialize);
 
 template <int N> void useRing(std::atomic<int> &wrong) {
     if (objc_msgSend<int>(Derived<N>::class_(), "kind"_sel) != N + 10) ++wrong;
-    ZPObject *object = Derived<N>::new_();
+    ZPRef<ZPObject> object = ZPAdopt(Derived<N>::new_());
     if (objc_msgSend<int>(object, "rank"_sel) != N) ++wrong;
     if (!object->conformsToProtocol(Ranked::protocol())) ++wrong;
     if (object->respondsToSelector("kind"_sel)) ++wrong;
-    object->release();
 }
 
 }  // namespace
@@ -79,16 +66,19 @@ RING(2);
 TEST(Startup, ClassesThatNeedEachOtherInManyThreads) {
     std::atomic<int> wrong{0};
     void (*uses[])(std::atomic<int> &) = {useRing<0>, useRing<1>, useRing<2>};
-    together(6, [&](int t) {
-        for (int i = 0; i < 3; ++i) uses[(t + i) % 3](wrong);
-    });
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 6; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 3; ++i) uses[(t + i) % 3](wrong);
+        });
+    for (auto &t : threads) t.join();
     EXPECT_EQ(wrong, 0);
     EXPECT_TRUE(met);
     EXPECT_EQ(Ring<0>::runs + Ring<1>::runs + Ring<2>::runs, 6);  // each for itself and once for the derived class
 }
 
 TEST(Startup, MessagesToMetaclassesInitializeTheClass) {
-    Plain::new_()->release();
+    ZPAdopt(Plain::new_());
     Class meta = Plain::class_()->isa;
     EXPECT_EQ(objc_msgSend<Class>(meta, "class"_sel), meta);
 }
