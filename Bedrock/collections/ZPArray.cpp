@@ -4,6 +4,7 @@
 #include <Bedrock/core/ZPScope.h>
 #include <Bedrock/core/ZPRef.h>
 #include <Bedrock/core/Memory.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPString.h>
 
 #include <algorithm>
@@ -53,17 +54,13 @@ unsigned _ZPIndexOf(id object, const id *items, unsigned count, bool identical, 
 
 static ZPArray *emptyArray;
 ZPArray *_ZPEmptyArray() {
-    if (!emptyArray) [[unlikely]]
-        ZPArray::array();  // the first message to the class makes it
-    return emptyArray;
+    return ZPMakeOnce(
+        emptyArray, []() -> ZPArray * { return ZPConcreteArray::allocate(0, nullptr); }, ZPDeallocateObject);
 }
 
 namespace {
 
 struct ZPArrayClassMethods {
-    static void initialize(Class self) {
-        if (self == ZPArray::class_() && !emptyArray) emptyArray = ZPConcreteArray::allocate(0, nullptr);
-    }
     static id allocWithZone(Class self, ZPZone *zone) {
         if (self == ZPArray::class_() || self == ZPConcreteArray::class_()) return ZPConcreteArray::allocate(4, zone);
         if (self == ZPMutableArray::class_()) self = ZPConcreteMutableArray::class_();
@@ -71,7 +68,7 @@ struct ZPArrayClassMethods {
     }
     static ZPArray *alloc(Class self) { return _ZPFront(self)->alloc(); }
     static id array(Class self) {
-        if (self == ZPArray::class_()) return emptyArray;
+        if (self == ZPArray::class_()) return _ZPEmptyArray();
         return alloc(self)->init()->autorelease();
     }
     // A failed initialisation answers null.
@@ -337,6 +334,6 @@ ZP_IMPLEMENT_WITH(ZPArray, ZPArrayMethods, adopts(ZPCopying, ZPMutableCopying), 
                   componentsJoinedByString, makeObjectsPerform, makeObjectsPerform_withObject,
                   makeObjectsPerformSelector, makeObjectsPerformSelector_withObject, objectEnumerator,
                   reverseObjectEnumerator, copyWithZone, mutableCopyWithZone, classForCoder,
-                  classMethodsOf(ZPArrayClassMethods, initialize, allocWithZone, array, arrayWithArray,
-                                 arrayWithArray_copyItems, arrayWithContentsOfFile, arrayWithObject,
-                                 arrayWithObjects_count, variadic(arrayWithObjects)));
+                  classMethodsOf(ZPArrayClassMethods, allocWithZone, array, arrayWithArray, arrayWithArray_copyItems,
+                                 arrayWithContentsOfFile, arrayWithObject, arrayWithObjects_count,
+                                 variadic(arrayWithObjects)));
