@@ -100,68 +100,58 @@ TEST_F(Pools, WhatReleasesAutoreleaseGoesWithTheSamePop) {
     EXPECT_EQ(died, (Died{1, 2, 3}));
 }
 
-TEST_F(Pools, SpanPagesAndReuseThem) {
-    unsigned many = 3 * perPage() + 1;
-    for (int round = 0; round < 3; ++round) {
-        unsigned token = ZPPushAutoreleasePool(0);
-        Mortal *m = make(1);
-        for (unsigned i = 0; i < many; ++i) m->retain()->autorelease();
-        EXPECT_EQ(ZPTopAutoreleasePoolCount(), many);
-        EXPECT_EQ(ZPAutoreleasePoolCountForObject(m), many);
-        ZPPopAutoreleasePool(token);
-        EXPECT_EQ(m->retainCount(), 1u);
-        m->release();
-    }
-    // More levels than the record begins with.
-    for (int i = 1; i <= 40; ++i) {
-        ZPPushAutoreleasePool(0);
-        make(100 + i)->autorelease();
-    }
-    died.clear();
-    ZPPopAutoreleasePool(20);
-    EXPECT_EQ(died.size(), 21u);
-    EXPECT_EQ(died.front(), 140);
-}
-
-TEST_F(Pools, AddObjectToAnOuterPoolKeepsEveryOtherWhereItWas) {
-    for (unsigned fill : {0u, perPage() - 3, perPage() - 2, perPage() - 1, perPage()}) {
-        SCOPED_TRACE(fill);
-        died.clear();
-        ZPAutoreleasePool *outer = ZPAutoreleasePool::new_();
-        Mortal *filler = make(0);
-        for (unsigned i = 0; i < fill; ++i) filler->retain()->autorelease();
-        ZPAutoreleasePool *middle = ZPAutoreleasePool::new_();
-        for (int i : {1, 2}) make(i)->autorelease();
-        ZPAutoreleasePool *inner = ZPAutoreleasePool::new_();
-        for (int i : {3, 4}) make(i)->autorelease();
-        outer->addObject(make(9));
-        middle->addObject(make(8));
-        std::vector<std::size_t> dead;
-        for (ZPAutoreleasePool *pool : {inner, middle, outer}) {
-            pool->release();
-            dead.push_back(died.size());
-            std::sort(died.begin() + (dead.size() > 1 ? long(dead.end()[-2]) : 0), died.end());
-        }
-        EXPECT_EQ(dead, (std::vector<std::size_t>{2, 5, 6}));
-        EXPECT_EQ(died, (Died{3, 4, 1, 2, 8, 9}));
-        EXPECT_EQ(filler->retainCount(), 1u);
-        filler->release();
-    }
-}
-
-TEST_F(Pools, APoolThatBeginsOnAnEmptyPageReleasesNothingOfOuterPools) {
-    ZPAutoreleasePool *outer = ZPAutoreleasePool::new_();
+TEST_F(Pools, DoWhatAStackOfListsDoes) {
+    struct Level {
+        ZPAutoreleasePool *pool;
+        unsigned fill = 0;
+        Died names;
+    };
+    std::mt19937 random(5);
+    std::vector<Level> model;
     Mortal *filler = make(0);
-    for (unsigned i = 0; i + 1 < perPage(); ++i) filler->retain()->autorelease();
-    ZPAutoreleasePool *inner = ZPAutoreleasePool::new_();
-    outer->addObject(make(9));  // fills the page, so the inner pool now begins on a new one
-    ZPPopAutoreleasePool(ZPPushAutoreleasePool(0));
-    inner->release();
-    EXPECT_EQ(filler->retainCount(), perPage());
-    EXPECT_TRUE(died.empty());
-    outer->release();
-    EXPECT_EQ(filler->retainCount(), 1u);
-    EXPECT_EQ(died, (Died{9}));
+    for (int step = 1; step < 10000; ++step) {
+        switch (model.empty() ? 0 : random() % 8) {
+        case 0:
+        case 1: model.push_back({ZPAutoreleasePool::new_()}); break;
+        case 2:
+        case 3:
+            make(step)->autorelease();
+            model.back().names.push_back(step);
+            break;
+        case 4: {  // to the end of a page, or nearly
+            unsigned fill = (2 * perPage() - ZPAutoreleasePoolCount() % perPage() - random() % 4) % perPage();
+            for (unsigned i = 0; i < fill; ++i) filler->retain()->autorelease();
+            model.back().fill += fill;
+            break;
+        }
+        case 5: {
+            std::size_t at = random() % 20 ? model.size() - 1 - random() % std::min<std::size_t>(2, model.size()) : 0;
+            died.clear();
+            model[at].pool->release();
+            auto from = died.begin();
+            for (; model.size() > at; model.pop_back()) {  // what was added to an outer pool has any place in it
+                Died &wanted = model.back().names;
+                ASSERT_GE(died.end() - from, long(wanted.size())) << step;
+                std::sort(from, from + long(wanted.size()));
+                ASSERT_TRUE(std::equal(wanted.begin(), wanted.end(), from)) << step;
+                from += long(wanted.size());
+            }
+            ASSERT_EQ(from, died.end()) << step;
+            break;
+        }
+        default: {
+            Level &level = model[random() % model.size()];
+            level.pool->addObject(make(step));
+            level.names.push_back(step);
+        }
+        }
+        unsigned filled = 0;
+        for (Level &level : model) filled += level.fill;
+        ASSERT_EQ(filler->retainCount(), filled + 1) << step;
+        ASSERT_EQ(ZPAutoreleasePoolCountForObject(filler), filled);
+        ASSERT_EQ(ZPTopAutoreleasePoolCount(), model.empty() ? 0 : model.back().fill + model.back().names.size());
+    }
+    ZPAutoreleasePool::releaseAllPools();
     filler->release();
 }
 
