@@ -13,19 +13,8 @@ struct List {
 
 struct Set {
     ZPSparseIndexArray *array = ZPCreateSparseIndexArray(0);
-    Set(std::initializer_list<ZPRange> ranges = {}) {
-        for (ZPRange r : ranges) ZPSparseIndexArrayAddRange(array, r);
-    }
     ~Set() { ZPFreeSparseIndexArray(array); }
     operator ZPSparseIndexArray *() { return array; }
-    std::string ranges() {
-        std::string text;
-        for (unsigned i = 0; i < array->list.count; ++i) {
-            ZPRange r = array->list.ranges[i];
-            text += "{" + std::to_string(r.location) + ", " + std::to_string(r.length) + "}";
-        }
-        return text + " " + std::to_string(ZPCountSparseIndexArray(array));
-    }
 };
 
 // The index that a query stores, or -1.
@@ -81,19 +70,9 @@ TEST(RangeArrays, RefuseIndexesPastTheEnd) {
     ZPFreeRangeArray(copy);
 }
 
-TEST(SparseIndexArrays, Empty) {
-    Set empty, set{{0, 3}, {9, 1}, {20, 0}};
-    EXPECT_EQ(text(ZPStringFromSparseIndexArray(empty)), "()");
-    EXPECT_EQ(text(ZPStringFromSparseIndexArray(set)), "(0, 1, 2, 9)");
-    unsigned first = 77;
-    EXPECT_FALSE(ZPSparseIndexArrayFirstIndex(empty, &first));
-    EXPECT_EQ(predecessor(empty, 5), -1);
-    EXPECT_TRUE(ZPSparseIndexArrayFirstIndex(set, &first));
-    EXPECT_EQ(first, 0u);
-}
-
 TEST(SparseIndexArrays, EndAtTheLastIndex) {
-    Set set{{0xFFFFFFF0, 15}};
+    Set set;
+    ZPSparseIndexArrayAddRange(set, {0xFFFFFFF0, 15});
     EXPECT_EQ(successor(set, 0xFFFFFFFD), 0xFFFFFFFE);
     EXPECT_EQ(successor(set, 0xFFFFFFFE), -1);
     EXPECT_EQ(successor(set, 0xFFFFFFFF), -1);
@@ -101,11 +80,13 @@ TEST(SparseIndexArrays, EndAtTheLastIndex) {
     EXPECT_FALSE(ZPRangeInSparseIndexArray(set, {0xFFFFFFFE, 0x20}));
     EXPECT_REFUSED(ZPSparseIndexArrayAddIndex(set, 0xFFFFFFFF));
     EXPECT_REFUSED(ZPSparseIndexArrayAddRange(set, {5, 0xFFFFFFFF}));
-    EXPECT_EQ(set.ranges(), "{4294967280, 15} 15");
+    EXPECT_EQ(ZPCountSparseIndexArray(set), 15u);
     ZPSparseIndexArrayAddRange(set, {0, 0xFFFFFFFF});
     EXPECT_EQ(ZPCountSparseIndexArray(set), 0xFFFFFFFF);
     ZPSparseIndexArrayRemoveRange(set, {1, 0xFFFFFFFF});
-    EXPECT_EQ(set.ranges(), "{0, 1} 1");
+    EXPECT_EQ(text(ZPStringFromSparseIndexArray(set)), "(0)");
+    ZPSparseIndexArrayAddRange(set, {8, 2});
+    EXPECT_EQ(text(ZPStringFromSparseIndexArray(set)), "(0, 8, 9)");
 }
 
 TEST(SparseIndexArrays, DoWhatASetDoes) {
@@ -132,7 +113,9 @@ TEST(SparseIndexArrays, DoWhatASetDoes) {
             ASSERT_EQ(ZPIndexInSparseIndexArray(set, at) != NO, model.count(at) != 0);
             ASSERT_EQ(successor(set, at), after == model.end() ? -1 : (long long)*after);
             ASSERT_EQ(predecessor(set, at), here == model.begin() ? -1 : (long long)*std::prev(here));
-            unsigned n = random() % (span + 10);
+            unsigned first, n = random() % (span + 10);
+            ASSERT_EQ(ZPSparseIndexArrayFirstIndex(set, &first) ? int(first) : -1,
+                      model.empty() ? -1 : int(*model.begin()));
             ASSERT_EQ(nth(set, n), n < model.size() ? (long long)*std::next(model.begin(), n) : -1);
             bool whole = r.length != 0;
             for (unsigned i = 0; i < r.length; ++i) whole = whole && model.count(r.location + i);
