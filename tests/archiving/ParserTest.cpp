@@ -100,9 +100,7 @@ TEST_F(ParserTest, GrammarsAreWrittenBack) {
 
 TEST_F(ParserTest, Rules) {
     ZPString *sum = "Main = Term '+' Main || Term; Term = '(' Main ')' | parseNumber;"_zp;
-    EXPECT_EQ(result(sum, "1"_zp), "1");
-    EXPECT_EQ(result(sum, "1+2.5"_zp), "(1, \"+\", 2.5)");
-    EXPECT_EQ(result(sum, "1+(2+3)"_zp), "(1, \"+\", (2, \"+\", 3))");
+    EXPECT_EQ(result(sum, "1+(2+3.5)"_zp), "(1, \"+\", (2, \"+\", 3.5))");
     EXPECT_EQ(result("Main = Other; Other = word;"_zp, "hello"_zp), "hello")
         << "an alias, then a method of the subclass";
     EXPECT_EQ(result("Main = < word >;"_zp, "a b c"_zp), "(a, b, c)");

@@ -19,13 +19,11 @@ TEST(PropertyListWriting, StringsAreBareWhereTheyCanBe) {
     std::snprintf(octal, sizeof octal, "%03o", byte);
     EXPECT_EQ(text("\u3042\u00e9"_zp->quotedStringRepresentation()), "\"\\U3042\\" + std::string(octal) + "\"");
     EXPECT_EQ(text("abc"_zp->quotedStringRepresentation()), "\"abc\"");
-    std::string longText(1000, 'x'), quoted = "\"" + longText + " " + longText + "\"";
-    EXPECT_EQ(bare(ZPString::stringWithCString((longText + " " + longText).c_str())), quoted);
-    EXPECT_EQ(bare(ZPString::stringWithCString(longText.c_str())), longText);
+    std::string longText = std::string(1000, 'x') + " " + std::string(1000, 'x');
+    EXPECT_EQ(bare(ZPString::stringWithCString(longText.c_str())), "\"" + longText + "\"");
 }
 
 TEST(PropertyListWriting, ListsOfUpTo79CharactersTakeOneLine) {
-    EXPECT_EQ(described(ZPMakeArray({"x"_zp, "y"_zp, "z"_zp})), "(x, y, z)");
     EXPECT_EQ(described(ZPMakeDictionary({{"b"_zp, "2"_zp}, {"a"_zp, "1 2"_zp}})), "{a = \"1 2\"; b = 2; }")
         << "keys in order";
     EXPECT_EQ(described(ZPMakeArray({ZPData::dataWithBytes_length("\1\2\3\4\5", 5), ZPMakeArray({""_zp})})),
@@ -56,7 +54,6 @@ TEST(PropertyListWriting, NestedListsAreIndented) {
                                    "; \n        }\n    ); \n    short = (1, 2); \n}");
     EXPECT_EQ(text(ZPMakeArray({w})->descriptionWithLocale_indent(nullptr, 2)),
               "(\n            " + wide + "\n        )");
-    EXPECT_EQ(text(ZPMakeArray({"x"_zp})->descriptionWithLocale(nullptr)), "(x)");
     EXPECT_EQ(text(_ZPIndentSpace(3)), std::string(12, ' '));
 }
 
@@ -132,14 +129,12 @@ TEST(PropertyListWriting, Files) {
 
 TEST(PropertyListWriting, Classification) {
     ZPArray *mixed = ZPMakeArray({"a"_zp, Localized::new_()->autorelease()});
-    const std::pair<id, unsigned> cases[] = {{"a"_zp->mutableCopy()->autorelease(), 1u},
-                                             {ZPData::data(), 2u},
-                                             {ZPMakeDictionary({{"k"_zp, ZPMakeArray({"x"_zp})}}), 4u},
-                                             {id(), 0u},
-                                             {mixed, 0u},
-                                             {ZPMakeDictionary({{"k"_zp, mixed}}), 0u},
-                                             {ZPMakeDictionary({{mixed, "v"_zp}}), 0u}};
-    for (auto &[object, kind] : cases) EXPECT_EQ(_ZPIsPList(object, YES), kind);
+    std::vector<unsigned> kinds;
+    for (id object : {"a"_zp->mutableCopy()->autorelease(), id(ZPData::data()),
+                      id(ZPMakeDictionary({{"k"_zp, ZPMakeArray({"x"_zp})}})), id(), id(mixed),
+                      id(ZPMakeDictionary({{"k"_zp, mixed}})), id(ZPMakeDictionary({{mixed, "v"_zp}}))})
+        kinds.push_back(_ZPIsPList(object, YES));
+    EXPECT_EQ(kinds, (std::vector<unsigned>{1, 2, 4, 0, 0, 0, 0}));
     EXPECT_EQ(_ZPIsPList(mixed, NO), 3u);
 }
 
