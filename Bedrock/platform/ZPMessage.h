@@ -168,7 +168,8 @@ ZP_INLINE R objc_msgSendUnchecked(objc_object *receiver, SEL selector, A... argu
     auto wanted = reinterpret_cast<std::uintptr_t>(selector);
     Class cls = receiver->isa;
     const objc_bucket *bucket = objc_recordBucket(cls, wanted);
-    if (__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted) {
+    // The record's bucket is the likelier, so that the send falls through to it; the table stays near.
+    if (__builtin_expect_with_probability(__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted, 0, 0.8)) {
         bucket = objc_tableBucket(cls, wanted);
         if (__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted) [[unlikely]]
             return objc_sendSlowly<R, A...>(receiver, selector, std::forward<A>(arguments)...);
