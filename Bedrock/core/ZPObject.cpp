@@ -172,21 +172,38 @@ void ZPClassMethods::_taskNowMultiThreaded(Class) {
 
 }  // namespace
 
-ZP_IMPLEMENT_WITH(ZPObject, ZPObjectMethods, rootCounting(), init, dealloc, retain, release, retainCount, autorelease,
-                  copy, mutableCopy, zone, class_, superclass, self, hash, isEqual, isKindOfClass, isMemberOfClass,
-                  isProxy, respondsToSelector, conformsToProtocol, description, debugDescription, performSelector,
-                  performSelector_withObject, performSelector_withObject_withObject, perform_withEachObjectInArray,
-                  named(performv, "performv::"), methodArgSize, methodForSelector, implementsSelector,
-                  methodDescriptionForSelector, methodSignatureForSelector, named(forward, "forward::"),
-                  forwardInvocation, awakeAfterUsingCoder, replacementObjectForCoder, classForCoder,
-                  doesNotRecognizeSelector,
-                  classMethodsOf(ZPClassMethods, initialize, load, alloc, allocWithZone, new_, init, self, class_,
-                                 retain, autorelease, copy, copyWithZone, mutableCopy, mutableCopyWithZone, release,
-                                 dealloc, retainCount, zone, superclass, conformsToProtocol, description,
-                                 debugDescription, instancesRespondToSelector, instanceMethodForSelector,
-                                 instancesImplementSelector, instanceMethodDescriptionForSelector,
-                                 instanceMethodSignatureForSelector, poseAsClass, version, setVersion,
-                                 isAncestorOfObject, _taskNowMultiThreaded));
+// What objects of every root that has the library's own reference counts answer, and their classes.
+#define OF_OBJECTS                                                                                             \
+    copy, mutableCopy, class_, superclass, self, hash, isEqual, isKindOfClass, isMemberOfClass, isProxy,       \
+        respondsToSelector, conformsToProtocol, debugDescription, performSelector, performSelector_withObject, \
+        performSelector_withObject_withObject, perform_withEachObjectInArray, named(performv, "performv::"),   \
+        methodArgSize, methodForSelector, implementsSelector, methodDescriptionForSelector,                    \
+        methodSignatureForSelector, named(forward, "forward::"), forwardInvocation, doesNotRecognizeSelector
+#define OF_CLASSES                                                                                             \
+    initialize, load, self, class_, retain, autorelease, copy, copyWithZone, mutableCopy, mutableCopyWithZone, \
+        release, dealloc, retainCount, zone, superclass, conformsToProtocol, description, debugDescription,    \
+        instancesRespondToSelector, instanceMethodForSelector, instancesImplementSelector,                     \
+        instanceMethodDescriptionForSelector, instanceMethodSignatureForSelector, version, isAncestorOfObject
+
+ZP_IMPLEMENT_WITH(ZPObject, ZPObjectMethods, rootCounting(), OF_OBJECTS, init, dealloc, retain, release, retainCount,
+                  autorelease, zone, description, awakeAfterUsingCoder, replacementObjectForCoder, classForCoder,
+                  classMethodsOf(ZPClassMethods, OF_CLASSES, alloc, allocWithZone, new_, init, poseAsClass, setVersion,
+                                 _taskNowMultiThreaded));
+
+namespace {
+
+struct ProtocolMethods : ZPObject {
+    ZPString *description() { return _ZPStringWithCText("%s", reinterpret_cast<Protocol *>(this)->name()); }
+    id copyWithZone(ZPZone *) { return this; }
+    ZPZone *zone() { return QLDefaultMallocZone(); }
+};
+
+// Protocol objects lie below this class and are objects all the same. Nobody makes one by a message.
+OBJC_REGISTER(static, "zp_categories", OfProtocolObjects, "ZPObject", &objc_protocolClass.cls, ZPObject,
+              ZPObjectMethods, OF_OBJECTS, methodsOf(ProtocolMethods, description, copyWithZone, zone),
+              classMethodsOf(ZPClassMethods, OF_CLASSES));
+
+}  // namespace
 
 ZP_DEFINE_PROTOCOL(ZPCopying, copyWithZone);
 ZP_DEFINE_PROTOCOL(ZPMutableCopying, mutableCopyWithZone);

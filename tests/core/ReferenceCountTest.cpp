@@ -23,6 +23,11 @@ struct Fixed : ZPObject {
 };
 ZP_IMPLEMENT(Fixed, staticInstances(), dealloc);
 
+struct LaterFixed : Fixed {
+    ZP_CLASS(LaterFixed)
+};
+ZP_IMPLEMENT(LaterFixed);
+
 // Counts its own retains, so no shortcut may pass it by.
 struct Watched : ZPObject {
     ZP_CLASS(Watched)
@@ -47,6 +52,17 @@ TEST(ReferenceCount, EachReleaseCountsAndOverridesAreNotPassedBy) {
     ZPRef<Watched> watched = ZPAdopt(Watched::new_());
     for (id each : {watched->retain(), id(watched)->retain()}) each->release();
     EXPECT_EQ(watched->_retains, 2);
+}
+
+TEST(ReferenceCount, AllocatingIsTheFirstThatAClassHears) {
+    // Its record alone does not say that the superclass counts elsewhere.
+    objc_object *object = ZPAllocateObject(LaterFixed::class_(), 0, nullptr);
+    EXPECT_TRUE(id(object)->isKindOfClass(Fixed::class_()));
+    ZPIncrementExtraRefCount(object);
+    EXPECT_EQ(ZPExtraRefCount(object), 1u);
+    EXPECT_FALSE(ZPDecrementExtraRefCountWasZero(object));
+    EXPECT_TRUE(ZPDecrementExtraRefCountWasZero(object));
+    ZPDeallocateObject(object);
 }
 
 TEST(ReferenceCount, SideTableGrowsShrinksAndKeepsClusters) {

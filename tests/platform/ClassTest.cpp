@@ -192,6 +192,21 @@ TEST(Class, CategoriesAndProtocols) {
     EXPECT_TRUE(objc_msgSend<BOOL>(Person::class_(), "isAncestorOfObject:"_sel, id(child)));
 }
 
+TEST(Class, ProtocolObjectsAreObjects) {
+    id named = Named::protocol();
+    Class kind = Protocol::class_();
+    EXPECT_EQ(text(ZPString::stringWithFormat("%@ %@"_zp, named, kind)), "Named Protocol");
+    EXPECT_EQ(text(ZPMakeArray({named})->description()), "(Named)");
+    EXPECT_TRUE(ZPSet::setWithArray(ZPMakeArray({named, id(ZPCopying::protocol())}))->containsObject(named));
+    EXPECT_EQ(ZPMakeDictionary({{named, "value"_zp}})->objectForKey(named), "value"_zp);
+    EXPECT_FALSE(named->isProxy() || named->isEqual("Named"_zp) || named->respondsToSelector("length"_sel));
+    EXPECT_TRUE(named->respondsToSelector("conformsTo:"_sel) && named->isMemberOfClass(kind));
+    EXPECT_EQ(named->copy(), named);
+    EXPECT_EQ(named->performSelector("self"_sel), named);
+    EXPECT_REASON("*** -[Protocol length]: selector not recognized", named->performSelector("length"_sel));
+    EXPECT_REASON("*** +[Protocol alloc]: selector not recognized", ZPClassObject(kind)->performSelector("alloc"_sel));
+}
+
 TEST(Class, PosingTakesThePlaceOfTheOriginal) {
     Person *before = Child::new_();
     EXPECT_STREQ(before->givenName(), "plain");

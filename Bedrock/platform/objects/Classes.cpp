@@ -240,8 +240,7 @@ void addMethods(Class cls, objc_methodList *list) {
     addMethods(replaced, same);
 }
 
-void realize(Class cls) {
-    if (infoOf(cls) & objc_isRealized) return;
+void realizeNow(Class cls) {
     Holding lock(runtimeLock);
     realizePair(infoOf(cls) & objc_isMetaclass ? objc_counterpart(cls) : cls);
 }

@@ -5,6 +5,7 @@
 // Each thread keeps a few freed heap blocks of each small size for its next instances; every such block
 // is a heap block of its own, so any of them may go back to the heap at any time.
 #include <Bedrock/platform/kernel/Kernel.h>
+#include <Bedrock/platform/objects/Objects.h>
 #include <Bedrock/platform/objects/Slabs.h>
 #include <Bedrock/platform/ZPZone.h>
 
@@ -13,6 +14,7 @@
 
 namespace {
 
+// Of a class that is realized: before, its record does not know what it inherits.
 std::size_t prefixOf(Class cls) {
     unsigned info = __atomic_load_n(&cls->info, __ATOMIC_RELAXED);
     if (!(info & objc_countsInHeader)) return 0;
@@ -124,6 +126,7 @@ bool objc_slabs::next() {
 }
 
 objc_object *_zoneAlloc(Class cls, std::size_t extraBytes, ZPZone *zone) {
+    objc::realize(cls);
     std::size_t size = cls->instanceSize + extraBytes;
     objc_object *object = allocateRaw(prefixOf(cls), size, zone);
     if (!object) return nullptr;
@@ -147,6 +150,7 @@ objc_object *_zoneAlloc(Class cls, std::size_t extraBytes, ZPZone *zone) {
 }
 
 objc_object *_zoneAllocBare(Class cls, std::size_t extraBytes, ZPZone *zone) {
+    objc::realize(cls);
     objc_object *object = allocateRaw(prefixOf(cls), cls->instanceSize + extraBytes, zone);
     if (object) object->isa = cls;
     return object;

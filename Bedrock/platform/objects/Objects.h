@@ -51,7 +51,11 @@ inline objc_classState *knownStateOf(Class cls) {
     return static_cast<objc_classState *>(__atomic_load_n(&cls->state, __ATOMIC_ACQUIRE));
 }
 /// Builds the method tables of a class and its metaclass, superclasses first. Takes no lock when that is done.
-void realize(Class cls);
+void realizeNow(Class cls);
+inline void realize(Class cls) {
+    if (!(objc_infoOf(cls) & objc_isRealized)) [[unlikely]]
+        realizeNow(cls);
+}
 /// The method for a selector in a class or its superclasses; the class is realized. Any thread, without a lock.
 const objc_method *findMethod(Class cls, SEL selector);
 /// Enters methods in front of what a class has.

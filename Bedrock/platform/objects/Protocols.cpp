@@ -29,14 +29,6 @@ struct ProtocolMethods : Protocol {
     }
     const objc_methodDescription *descriptionForInstanceMethod(SEL name) { return describe(name, NO); }
     const objc_methodDescription *descriptionForClassMethod(SEL name) { return describe(name, YES); }
-    BOOL isKindOfClass(Class cls) {
-        for (Class c = isa; c; c = c->superclass)
-            if (c == cls) return YES;
-        return NO;
-    }
-    BOOL isEqual(id other) { return other.pointer() == this; }
-    unsigned hash() { return unsigned(reinterpret_cast<std::uintptr_t>(this) >> 2); }
-    Class class_() { return isa; }
 };
 
 using Protocols = std::unordered_map<std::string_view, Protocol *>;
@@ -46,8 +38,7 @@ Protocols &protocols() ZP_REQUIRES(runtimeLock) {
 }
 
 OBJC_REGISTER(static, "zp_records", OfProtocols, "Protocol", &objc_protocolClass.cls, Protocol, ProtocolMethods, name,
-              conformsTo, descriptionForInstanceMethod, descriptionForClassMethod, immortal(), isKindOfClass, isEqual,
-              hash, class_);
+              conformsTo, descriptionForInstanceMethod, descriptionForClassMethod, immortal());
 
 }  // namespace
 
