@@ -27,8 +27,6 @@
 #include <Bedrock/platform/ZPList.h>
 #include <Bedrock/platform/ZPMessage.h>
 
-#include <bit>
-
 // g++ warns of va_list's own attributes wherever it is a template argument.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wignored-attributes"
@@ -178,11 +176,13 @@ template <unsigned Arguments> struct objc_selectorText {
 template <class T> ZP_INLINE T objc_takeSlot(const char *slot) {
     if constexpr (std::is_reference_v<T>) return static_cast<T>(*objc_takeSlot<std::remove_reference_t<T> *>(slot));
     else {
-        struct Bytes {
-            char of[sizeof(T)];
-        } bytes;
-        std::memcpy(&bytes, slot, sizeof bytes);
-        return std::bit_cast<T>(bytes);
+        union Value {
+            char bytes[sizeof(T)];
+            std::remove_const_t<T> of;
+            Value() : bytes() {}
+        } value;
+        std::memcpy(value.bytes, slot, sizeof value.bytes);
+        return value.of;
     }
 }
 
@@ -387,10 +387,10 @@ template <class T> inline constexpr objc_fieldHooks objc_hooksOf = {
     std::is_trivially_default_constructible_v<T> ? nullptr : +[](void *p) {
         if constexpr (!std::is_trivially_default_constructible_v<T>) ::new (p) T;
     },
-    std::is_trivially_copyable_v<T> ? nullptr : +[](void *p, const void *source) {
-        if constexpr (!std::is_trivially_copyable_v<T> && std::is_copy_constructible_v<T>)
+    objc_copiesAsBytes<T> ? nullptr : +[](void *p, const void *source) {
+        if constexpr (!objc_copiesAsBytes<T> && std::is_copy_constructible_v<T>)
             ::new (p) T(*static_cast<const T *>(source));
-        else if constexpr (!std::is_trivially_copyable_v<T>)
+        else if constexpr (!objc_copiesAsBytes<T>)
             objc_fatal("an instance whose C++ fields cannot be copied was copied");
     },
     std::is_trivially_destructible_v<T> ? nullptr : +[](void *p) {
@@ -405,8 +405,7 @@ constexpr objc_classPair objc_classRecord(const objc_registration *registration,
                   "a class has no virtual functions: its methods are what subclasses override");
     static_assert(sizeof(T) < 0x7FFFFFFF && alignof(T) <= 16, "instances are aligned to 16 bytes at most");
     constexpr bool root = std::is_void_v<Super>;
-    constexpr bool plain = std::is_trivially_default_constructible_v<T> && std::is_trivially_copyable_v<T> &&
-                           std::is_trivially_destructible_v<T>;
+    constexpr bool plain = std::is_trivially_default_constructible_v<T> && objc_copiesAsBytes<T>;
     objc_classPair &self = T::classRecord_that_ZP_IMPLEMENT_defines;
     Class superclass = nullptr;
     if constexpr (!root) superclass = &Super::classRecord_that_ZP_IMPLEMENT_defines.cls;

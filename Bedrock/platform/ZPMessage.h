@@ -73,8 +73,11 @@ template <class T> consteval bool objc_resultIsHidden() {
 }
 
 template <class T> using objc_stored = std::conditional_t<std::is_reference_v<T>, std::remove_reference_t<T> *, T>;
+// What the machine copies as bytes, as arguments and results too; to be assigned is no part of it.
+template <class T> inline constexpr bool objc_copiesAsBytes =
+    std::is_trivially_copy_constructible_v<T> &&std::is_trivially_destructible_v<T>;
 template <class T> inline constexpr bool objc_fitsFrame =
-    std::is_void_v<T> || std::is_reference_v<T> || std::is_trivially_copyable_v<T>;
+    std::is_void_v<T> || std::is_reference_v<T> || objc_copiesAsBytes<T>;
 
 template <class R, class... A>
 inline constexpr unsigned objc_frameLength = (objc_resultIsHidden<R>() ? sizeof(void *) : 0) + 2 * sizeof(void *) +
@@ -92,7 +95,7 @@ ZP_EXPORT void objc_sendFrame(objc_object *receiver, SEL selector, unsigned leng
 
 /// @cond machinery
 template <class T> ZP_INLINE char *objc_putSlot(char *slot, T value) {
-    if constexpr (std::is_trivially_copyable_v<T>) std::memcpy(slot, &value, sizeof value);
+    if constexpr (objc_copiesAsBytes<T>) std::memcpy(slot, static_cast<void *>(&value), sizeof value);
     return slot + objc_slotSize<T>;
 }
 
@@ -243,7 +246,7 @@ template <class R = id> R objc_msgSendv(id receiver, SEL selector, unsigned leng
     if constexpr (std::is_void_v<R>) {
         if (receiver) objc_sendFrame(receiver.pointer(), selector, length, frame, nullptr, 0);
     } else {
-        static_assert(std::is_trivially_copyable_v<R>);
+        static_assert(objc_copiesAsBytes<R>);
         union Answer {
             char zero[sizeof(R) < 8 ? 8 : sizeof(R)];
             R value;

@@ -113,6 +113,23 @@ class id {
     constexpr id(objc_object *object) : _object(object) {}  ///< the object, or none for null; not retained
     /// An object of any class, or none for null; not retained.
     template <objc_ObjectClass T> id(T *object) : _object((objc_object *)object) {}
+#ifndef __clang__
+    // Assigning is code of its own: where the value comes from a call that may raise, g++ 12 takes an assignment of the
+    // whole for one that has happened, and leaves out that the field was null before, which who catches reads. It is a
+    // template, so that an `id` is copied as a pointer is nevertheless.
+    constexpr id(const id &) = default;
+    id &operator=(const volatile id &) = delete;
+    template <class T>
+        requires std::is_convertible_v<const T &, id>
+    constexpr id &operator=(const T &other) {
+        _object = id(other)._object;
+        return *this;
+    }
+    constexpr id &operator=(std::nullptr_t) {
+        _object = nullptr;
+        return *this;
+    }
+#endif
 
     /// The object as a T, null for none. Checked builds stop the process with a message when it is no T and answers
     /// NO to `isKindOfClass:`; others do not look.

@@ -167,3 +167,35 @@ TEST(UncaughtDeathTest, IsLoggedAndEndsTheProcess) {
                          [] { _QLRaiseError(100001, 9, 0); }),  // a code at or above an exception's own
                 testing::ExitedWithCode(9), "");
 }
+
+namespace {
+
+struct Uncopied : ZPObject {
+    ZP_CLASS(Uncopied)
+    id copyWithZone(ZPZone *) { ZPException::raise_format(ZPGenericException, "no copy"_zp); }
+};
+ZP_IMPLEMENT(Uncopied, copyWithZone);
+
+struct Pair {
+    static inline bool wasNull;
+    id key, value;
+    ~Pair() { wasNull = !key && !value; }
+};
+[[gnu::noinline]] void fill(id key) {
+    Pair pair;
+    pair.key = key->copyWithZone(nullptr);
+    pair.value = key->retain();
+}
+[[gnu::noinline]] void writeOnTheStack() {
+    volatile long words[200];
+    for (auto &word : words) word = -1;
+}
+
+}  // namespace
+
+TEST(Exception, AFieldIsNullUntilItsValueIsMade) {
+    static_assert(std::is_trivially_copyable_v<id>);
+    writeOnTheStack();
+    EXPECT_REASON("no copy", fill(Uncopied::new_()->autorelease()));
+    EXPECT_TRUE(Pair::wasNull);
+}
