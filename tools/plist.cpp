@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // plist: prints, checks and queries property lists.
 #include <Bedrock/Bedrock.h>
+#include "output.h"
 
 #include <cctype>
 #include <cerrno>
@@ -22,6 +23,7 @@ const char usage[] =
     "\n"
     "       --encoding ENCODING          what the files are written in\n"
     "       --output-encoding ENCODING   what results are written in, instead of UTF-8\n"
+    "       --ascii                      write other characters than ASCII as escapes, not as they are\n"
     "       --list-encodings             write the number and the name of every encoding\n"
     "\n"
     "FILE may be - for standard input. ENCODING is a number or a name of the list, of which case, blanks and\n"
@@ -32,6 +34,7 @@ const char usage[] =
 /// The encodings of the options; input is guessed from the bytes unless one is given.
 bool encodingIsGiven;
 ZPStringEncoding inputEncoding, outputEncoding = ZPUTF8StringEncoding;
+bool asciiOnly;
 
 std::string plainName(std::string_view name) {
     std::string plain;
@@ -53,7 +56,7 @@ ZPStringEncoding encodingNamed(std::string_view name) {
 int listEncodings() {
     for (const ZPStringEncoding *e = ZPString::availableStringEncodings(); *e; ++e)
         std::printf("%2u  %s\n", *e, nameOf(*e).c_str());
-    return std::ferror(stdout) ? 1 : 0;
+    return 0;
 }
 
 /// Writes a complaint; of a long one (an error deep inside a tree names every level) the ends.
@@ -110,16 +113,63 @@ id readTree(const char *file, Dialect dialect) {
     try {
         return dialect == Dialect::strings ? id(text->propertyListFromStringsFileFormat()) : id(text->propertyList());
     } catch (ZPException *e) {
-        complain(file, ZPStdString(e->reason()));
+        ZPString *words = e->userInfo() ? e->userInfo()->objectForKey(ZPParseErrorExplanationKey) : id();
+        complain(file, ZPStdString(words ? words : e->reason()));
         return nullptr;
     }
 }
 
-bool write(const char *file, ZPString *text) {
-    ZPString *line = text->hasSuffix("\n"_zp) ? text : text->stringByAppendingString("\n"_zp);
-    ZPData *data = line->dataUsingEncoding(outputEncoding);
-    // Symbol has no line feed.
-    if (!data) data = text->dataUsingEncoding(outputEncoding);
+/// Whether a person can read a character that the text has an escape for, and a property list keep it.
+bool isShown(unsigned c) { return c >= 0xA0 && c != 0xAD && (c < 0x2028 || c > 0x202E) && c != 0xFEFF && c < 0xFFFE; }
+
+/// The text of a property list with the characters that its escapes stand for.
+ZPString *shown(ZPString *text) {
+    std::u16string out, in(text->length(), u'\0');
+    text->getCharacters(reinterpret_cast<unichar *>(in.data()));
+    bool inQuotes = false;
+    for (std::size_t i = 0; i < in.size(); ++i) {
+        if (in[i] == '"') inQuotes = !inQuotes;
+        out += in[i];
+        if (in[i] != '\\' || !inQuotes || i + 1 == in.size()) continue;
+        // \Uxxxx, \ooo, or one character.
+        bool isUnit = in[i + 1] == 'U';
+        std::size_t digits = isUnit ? 4 : 3, from = i + 1 + isUnit;
+        char *end = nullptr;
+        std::string number(in.begin() + long(from), in.begin() + long(std::min(from + digits, in.size())));
+        unsigned c = unsigned(std::strtoul(number.c_str(), &end, isUnit ? 16 : 8));
+        if (number.size() != digits || *end) {
+            out += in[++i];
+            continue;
+        }
+        if (!isUnit && c >= 0x80) {
+            char byte = char(c);
+            ZPString *one = ZPString::alloc()->initWithData_encoding(ZPData::dataWithBytes_length(&byte, 1),
+                                                                     ZPKESTRELStringEncoding);
+            c = one ? one->characterAtIndex(0) : 0;
+            one->release();
+        }
+        bool isSurrogate = c >= 0xD800 && c < 0xE000;
+        if (!isSurrogate && !isShown(c)) continue;
+        // The halves of a pair are escapes side by side.
+        if (isSurrogate && (c >= 0xDC00 ? out.size() < 2 || (out[out.size() - 2] & 0xFC00) != 0xD800
+                                        : std::u16string_view(in).substr(from + 4, 3) != u"\\Ud"))
+            continue;
+        out.back() = char16_t(c);
+        i = from + digits - 1;
+    }
+    return ZPString::stringWithCharacters_length(reinterpret_cast<unichar *>(out.data()), unsigned(out.size()));
+}
+
+enum class Form { propertyList, plain };
+
+bool write(const char *file, ZPString *text, Form form) {
+    auto encoded = [](ZPString *t) {
+        ZPData *data = t->stringByAppendingString("\n"_zp)->dataUsingEncoding(outputEncoding);
+        return data ? data : t->dataUsingEncoding(outputEncoding);  // Symbol has no line feed
+    };
+    if (text->hasSuffix("\n"_zp)) text = text->substringToIndex(text->length() - 1);
+    ZPData *data = form == Form::plain || asciiOnly ? nullptr : encoded(shown(text));
+    if (!data) data = encoded(text);  // the encoding has not all that is shown, so escapes stay
     if (!data) {
         complain(file, nameOf(outputEncoding) + " does not have all of its characters");
         return false;
@@ -131,9 +181,8 @@ int print(const char *file) {
     id tree = readTree(file, Dialect::propertyList);
     if (!tree) return 1;
     bool isString = tree->isKindOfClass(ZPString::class_());
-    return write(file, isString ? static_cast<ZPString *>(tree)->quotedStringRepresentation() : tree->description())
-               ? 0
-               : 1;
+    ZPString *text = isString ? static_cast<ZPString *>(tree)->quotedStringRepresentation() : tree->description();
+    return write(file, text, Form::propertyList) ? 0 : 1;
 }
 
 int lint(int count, char **files) {
@@ -163,21 +212,28 @@ int get(const char *file, const char *path) {
         }
         at = next;
     }
-    return write(file, at->description()) ? 0 : 1;
+    Form form = at->isKindOfClass(ZPString::class_()) ? Form::plain : Form::propertyList;
+    return write(file, at->description(), form) ? 0 : 1;
 }
 
 int strings(const char *file) {
     id tree = readTree(file, Dialect::strings);
-    return tree && write(file, static_cast<ZPDictionary *>(tree)->descriptionInStringsFileFormat()) ? 0 : 1;
+    return tree && write(file, static_cast<ZPDictionary *>(tree)->descriptionInStringsFileFormat(), Form::propertyList)
+               ? 0
+               : 1;
 }
 
 }  // namespace
 
-int main(int argc, char **argv) {
+static int run(int argc, char **argv) {
     ZPAutoreleasePoolScope pool;
     for (; argc > 1 && std::strncmp(argv[1], "--", 2) == 0; --argc, ++argv) {
         std::string_view option = argv[1];
         if (option == "--list-encodings" && argc == 2) return listEncodings();
+        if (option == "--ascii") {
+            asciiOnly = true;
+            continue;
+        }
         ZPStringEncoding encoding = 0;
         if ((option == "--encoding" || option == "--output-encoding") && argc > 2) {
             encoding = encodingNamed(argv[2]);
@@ -198,3 +254,5 @@ int main(int argc, char **argv) {
     std::fputs(usage, command == "help" || command == "--help" ? stdout : stderr);
     return command == "help" || command == "--help" ? 0 : usageStatus;
 }
+
+int main(int argc, char **argv) { return finishOutput("plist", run(argc, argv)); }

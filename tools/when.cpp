@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // when: dates by the calendar.
 #include <Bedrock/Bedrock.h>
+#include "output.h"
 
 #include <cerrno>
 #include <climits>
@@ -130,7 +131,7 @@ int main(int count, char **arguments) {
         std::string_view option = arguments[at];
         if (option == "--help") {
             std::fputs(usage, stdout);
-            return 0;
+            return finishOutput("when", 0);
         }
         if (at + 1 >= count) wrongCall();
         const char *value = arguments[at + 1];
@@ -153,5 +154,5 @@ int main(int count, char **arguments) {
     } else {
         wrongCall();
     }
-    return std::fflush(stdout) ? failureStatus : 0;
+    return finishOutput("when", 0);
 }

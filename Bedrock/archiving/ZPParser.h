@@ -16,6 +16,13 @@ ZP_FORWARD(ZPDictionary);
 ZP_FORWARD(ZPString);
 struct _ZPParserState;
 
+/// In the user information of a parse error: what it says to a person, a string of three lines, such as
+///
+///     line 2, column 7: expected ';' or '}', found 'size'
+///     name size = 3;
+///          ^
+ZP_EXPORT extern ZPString *const ZPParseErrorExplanationKey;
+
 /// Kinds of tokens, which combine into masks.
 enum : unsigned {
     ZPEndToken = 1,  ///< the end of the text
@@ -123,7 +130,11 @@ struct ZPParser : ZPObject {
     ZPDictionary *parseDictionaryOfKey_value(ZPString *key, ZPString *value) ZP_ASKS(key, value);
     /// Hexadecimal digits in angle brackets; an odd number of them raises.
     ZPData *parseData() ZP_ASKS();
-    /// Raises ZPParseErrorException with a formatted message, line, position, rules and next token.
+    /// What a person calls what a rule stands for, as in "expected a value"; the rule's name unless the parser knows
+    /// better. For subclasses to override.
+    ZPString *wordsForRule(ZPString *rule) ZP_ASKS(rule);
+    /// Raises ZPParseErrorException with a formatted message, line, position, rules and next token; what it says to a
+    /// person is under ZPParseErrorExplanationKey in its user information.
     template <class... A> void parseError(ZPString *format, A... arguments) {
         objc_sendVariadic<void, ZPString *>::send(this, "parseError:"_sel, format, arguments...);
     }

@@ -94,6 +94,25 @@ TEST(PropertyListReading, Errors) {
     EXPECT_EQ(read("\"abc\\"), error("1 (position 6)", dictionary, "Unterminated string constant", ""));
 }
 
+TEST(PropertyListReading, ErrorsInWords) {
+    for (auto &[input, wanted] : rows(
+             "{a = 1; b = ;} -> line 1, column 13: expected a value, found ';'\n{a = 1; b = ;}\n            ^",
+             "(a, b -> line 1, column 6: expected ',' or ')', found the end of the text\n(a, b\n     ^",
+             "{\n\tk = {x = 1 yy = 2;};\n} -> line 2, column 13: expected ';' or '}', found 'yy'\n"
+             "\tk = {x = 1 yy = 2;};\n\t           ^",
+             "{a = 1; (b) = 2;} -> line 1, column 9: expected a string or '}', found '('\n{a = 1; (b) = 2;}\n        ^",
+             "(a) \"two words\" -> line 1, column 5: expected the end of the text, found \"two words\"\n"
+             "(a) \"two words\"\n    ^",
+             "(<0a0g>) -> line 1, column 6: expected a hexadecimal digit\n(<0a0g>)\n     ^",
+             "(é, \"x) -> line 1, column 2: expected a value or ')', found 'é'\n(é, \"x)\n ^"))
+        try {
+            textOf(input)->propertyList();
+            ADD_FAILURE() << input;
+        } catch (ZPException *e) {
+            EXPECT_EQ(ZPStdString(e->userInfo()->objectForKey(ZPParseErrorExplanationKey)), wanted);
+        }
+}
+
 TEST(PropertyListReading, NestingIsBounded) {
     auto nested = [](unsigned levels, char open, const char *middle, char close) {
         return textOf(std::string(levels, open) + middle + std::string(levels, close));

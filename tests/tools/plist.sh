@@ -24,9 +24,13 @@ expect index 0 'two words' "$plist" get good a.1
 expect missing 1 'no value at a.7 (7)' "$plist" get good a.7
 expect lint 0 '' "$plist" lint good wide big marked
 expect "which file" 3 'bad: ' "$plist" lint good wide bad empty
-expect "which line" 1 'Parse error line 4 (position' "$plist" lint bad
-expect "little end" 0 '\U0401' "$plist" print wide
-expect "big end" 0 '\U0401' "$plist" print big
+expect "which line" 1 "bad: line 4, column 1: expected ',' or ')', found '}'" "$plist" lint bad
+expect "little end" 0 '("Ё")' "$plist" print wide
+expect "big end" 0 '\U0401' "$plist" --ascii print big
+printf '{ k = "\\Ud83d\\Ude00 \\351\\001 \\\\U0041 \\U2028 \\Ud83d"; }' >shown
+expect shown 0 '{k = "😀 é\001 \\U0041 \U2028 \Ud83d"; }' "$plist" print shown
+expect "shown in Latin-1" 0 '{k = "\Ud83d\Ude00 \351' "$plist" --output-encoding 5 print shown
+[ -e /dev/full ] && expect full 1 'cannot write: ' sh -c "'$plist' print good >/dev/full"
 expect odd 1 'odd number of bytes' "$plist" lint odd
 expect empty 1 'expected' "$plist" lint empty
 expect folder 1 'not a readable regular file' "$plist" lint folder
@@ -52,5 +56,5 @@ expect "not text" 1 'not text in Shift JIS' "$plist" --encoding 8 lint euc2
 expect "no encoding" 120 'no encoding klingon' "$plist" --encoding klingon print good
 expect "no value" 120 'usage' "$plist" --encoding
 expect input 0 'x' sh -c "printf '(x)' | '$plist' print -"
-expect nesting 1 'Nesting too deep' sh -c "head -c 100000 /dev/zero | tr '\\0' '(' | '$plist' lint -"
+expect nesting 1 'nested too deep' sh -c "head -c 100000 /dev/zero | tr '\\0' '(' | '$plist' lint -"
 exit $failures

@@ -28,6 +28,7 @@ expect 0 '0 seconds' "$when" between 2000-03-01 2000-03-01
 expect 0 "$(date +%Y)" "$when" show
 expect 1 'tomorrowish: no date' "$when" show tomorrowish
 expect 1 'no time zone' "$when" --zone Nowhere show
+[ -e /dev/full ] && expect 1 'cannot write: ' sh -c "'$when' show >/dev/full"
 expect 1 'no time zone' "$when" --zone +12345 show
 expect 1 'x: no count' "$when" add 2000-01-01 x days
 expect 1 'fortnight: no unit' "$when" add 2000-01-01 1 fortnight

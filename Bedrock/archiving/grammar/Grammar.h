@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The room of the parser: tokens (Tokens.cpp), what it does with them (Parser.cpp), and rules by which it reads a text
-// (Rules.cpp). Programs see it as ZPParser.h, the room of property lists also takes the limits here. Read this first,
-// then Tokens.cpp.
+// (Rules.cpp); and what an error says to a person (Words.cpp). Programs see it as ZPParser.h, the room of property
+// lists also takes the limits here. Read this first, then Tokens.cpp.
 //
 // What a parser holds:
 //
@@ -67,6 +67,15 @@ struct _ZPParserState {
     } token;
     std::string narrowBuffer;
     std::u16string wideBuffer;
+    unsigned tokenAt = 0;  ///< where in the input the last token that was read begins
+
+    /// What was looked for in vain where the last token begins, for the words of an error.
+    struct Tried {
+        ZPString *name;  ///< owned
+        bool isRule;  ///< else a literal
+    };
+    std::vector<Tried> tried;
+    ZPString *phrase = nullptr;  ///< the words of the error that is about to be raised, where they are not its message
 
     std::vector<ZPString *> units;  ///< the names of the rules being parsed, owned
     ZPHashTable *strings = nullptr;
@@ -90,6 +99,13 @@ struct _ZPParserState {
     /// Stores a character of the input as it is: a byte by its Unicode value.
     void storeInput(unsigned character);
     void releaseUnits(std::size_t down);
+    /// Owns the name.
+    void addTried(ZPString *name, bool isRule) { tried.push_back({name, isRule}); }
+    void forgetTried(std::size_t down);
+    /// "expected a word or ';', found the end of the text", from what was tried; `last` comes behind it.
+    ZPString *expectation(ZPParser *parser, ZPString *last = nullptr);
+    /// The words with the place, and the line of the input with a mark below it.
+    ZPString *explanation(ZPString *words);
     void autoreleaseStrings();
     /// The pending token's text; entered in the string table.
     ZPString *tokenString();

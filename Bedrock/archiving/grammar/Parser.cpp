@@ -3,6 +3,9 @@
 #include <Bedrock/archiving/grammar/Grammar.h>
 
 #include <algorithm>
+#include <utility>
+
+ZP_STRING_CONSTANT(ZPParseErrorExplanationKey, "Explanation");
 
 namespace {
 
@@ -100,9 +103,15 @@ struct ZPParserMethods : ZPParser {
         std::vector<id> names(s().units.begin(), s().units.end());
         ZPArray *units = ZPArray::arrayWithObjects_count(names.data(), unsigned(names.size()));
         ZPString *token = s().token.pending ? s().tokenString() : ""_zp;
-        ZPException::raise_format(ZPParseErrorException,
-                                  "*** %@;\nParse error line %d (position %d) for units: %@;\nNext token is '%@'"_zp,
-                                  message, s().line, s().position, units, token);
+        ZPString *reason = ZPString::stringWithFormat(
+            "*** %@;\nParse error line %d (position %d) for units: %@;\nNext token is '%@'"_zp, message, s().line,
+            s().position, units, token);
+        ZPString *phrase = std::exchange(s().phrase, nullptr);
+        ZPString *explanation = s().explanation(phrase ? phrase : message);
+        ZPException::exceptionWithName_reason_userInfo(
+            ZPParseErrorException, reason,
+            ZPDictionary::dictionaryWithObject_forKey(explanation, ZPParseErrorExplanationKey))
+            ->raise();
     }
 };
 

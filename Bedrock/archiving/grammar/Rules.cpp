@@ -48,16 +48,25 @@ struct Rules : ZPParser {
     // ---- rules by name ----
 
     [[gnu::noinline]] void pushUnit(ZPString *name) {
-        if (s().units.size() >= _ZPMaximumRules) self()->parseError("Nesting too deep"_zp);
+        if (s().units.size() >= _ZPMaximumRules) {
+            s().phrase = "nested too deep"_zp;
+            self()->parseError("Nesting too deep"_zp);
+        }
         s().units.push_back(name->copyWithZone(s().zone));
     }
     id parse(ZPString *name) {
-        std::size_t depth = s().units.size();
+        std::size_t depth = s().units.size(), tried = s().tried.size();
+        unsigned at = s().tokenAt;
         pushUnit(name);
         id rule = s().grammar->objectForKey(name), result;
         if (!rule) result = perform(name);
         else if (rule->isKindOfClass(ZPString::class_())) result = self()->parse(rule);
         else result = evaluate(rule);
+        if (!result && s().units.size() > depth) {
+            // The rule stands for all that it tried.
+            s().forgetTried(s().tokenAt == at ? tried : 0);
+            s().addTried(s().units[depth]->retain(), true);
+        }
         s().releaseUnits(depth);
         return result;
     }
@@ -70,6 +79,7 @@ struct Rules : ZPParser {
     id expect(ZPString *name) {
         if (id result = self()->parse(name)) return result;
         pushUnit(name);
+        s().phrase = s().expectation(this);
         self()->parseError("%@ expected"_zp, name);
         return nullptr;
     }
@@ -97,6 +107,7 @@ struct Rules : ZPParser {
             id element = elements->objectAtIndex(i), result = evaluate(element);
             if (!result) {
                 if (i == 0) return nullptr;
+                s().phrase = s().expectation(this);
                 self()->parseError("In sequence %@, %@ expected"_zp, elements, element);
             }
             if (all) results->addObject(result);
@@ -112,7 +123,7 @@ struct Rules : ZPParser {
     [[gnu::noinline]] id backtracking(ZPArray *list) {
         _ZPParserState &state = s();
         auto token = state.token;
-        unsigned position = state.position, line = state.line;
+        unsigned position = state.position, line = state.line, at = state.tokenAt;
         std::size_t depth = state.units.size();
         std::string narrow;
         std::u16string wide;
@@ -129,6 +140,8 @@ struct Rules : ZPParser {
             state.token = token;
             state.position = position;
             state.line = line;
+            state.tokenAt = at;
+            state.forgetTried(0);
             state.releaseUnits(depth);
             state.narrowBuffer = narrow;
             state.wideBuffer = wide;
@@ -202,15 +215,21 @@ struct Rules : ZPParser {
         std::vector<unsigned char> bytes;
         while (ZPString *digits = self()->parseUnquotedString()) {
             unsigned count = digits->length();
-            if (count % 2)
+            if (count % 2) {
+                s().phrase = "expected an even number of hexadecimal digits"_zp;
                 self()->parseError("Data representation should always contain an even number of hex digits: '%@'"_zp,
                                    digits);
+            }
             unsigned byte = 0;
             for (unsigned i = 0; i < count; ++i) {
                 unichar c = digits->characterAtIndex(i);
                 if (c >= 'A' && c <= 'Z') c |= 0x20;
                 int digit = _ZPHexValue(c);
-                if (digit < 0) self()->parseError("Incorrect hex digit: %c"_zp, int(c));
+                if (digit < 0) {
+                    s().tokenAt += i;
+                    s().phrase = "expected a hexadecimal digit"_zp;
+                    self()->parseError("Incorrect hex digit: %c"_zp, int(c));
+                }
                 byte = byte << 4 | unsigned(digit);
                 if (i % 2) bytes.push_back(static_cast<unsigned char>(byte));
             }

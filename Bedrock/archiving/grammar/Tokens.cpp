@@ -42,7 +42,10 @@ struct Tokenizer : ZPParser {
             else s().store(c);
         }
     }
-    void unterminated() { self()->parseError("Unterminated string constant"_zp); }
+    void unterminated() {
+        s().phrase = "the string that begins here does not end"_zp;
+        self()->parseError("Unterminated string constant"_zp);
+    }
 
     // A byte above 127: by the storage encoding, or the sequence of Japanese EUC that it begins.
     void narrowCharacter(unsigned byte) {
@@ -156,6 +159,8 @@ struct Tokenizer : ZPParser {
 
     unsigned readToken() {
         unsigned c = skip();
+        s().tokenAt = std::min(s().position - 1, s().length);
+        s().forgetTried(0);
         s().token = {};
         s().narrowBuffer.clear();
         if (!c) return ZPEndToken;
@@ -202,28 +207,40 @@ struct Tokenizer : ZPParser {
     ZPString *parseString() { return self()->parseTokenWithMask(ZPQuotedToken | ZPUnquotedToken); }
     ZPString *parseNumber() { return self()->parseTokenWithMask(ZPIntegerToken | ZPFloatToken); }
     ZPString *parseSeparator() { return self()->parseTokenWithMask(ZPSeparatorToken); }
+    ZPString *inVain(ZPString *literal) {
+        s().addTried(literal->copyWithZone(s().zone), false);
+        return nullptr;
+    }
     ZPString *parseTokenEqualTo_mask(ZPString *literal, unsigned mask) {
-        if (!(peekTokenType() & mask) || !s().tokenEquals(literal)) return nullptr;
+        if (!(peekTokenType() & mask) || !s().tokenEquals(literal)) return inVain(literal);
         s().token.pending = false;
         s().intern(literal->retain());
         return literal;
     }
     ZPString *parseSeparatorEqualTo(ZPString *literal) {
         if (!(peekTokenType() & ZPSeparatorToken) || !s().token.bufferIsNarrow || !s().tokenEquals(literal))
-            return nullptr;
+            return inVain(literal);
         s().token.pending = false;
         return literal;
     }
     ZPString *expectSeparatorEqualTo(ZPString *literal) {
-        if (!self()->parseSeparatorEqualTo(literal)) self()->parseError("Separator '%@' expected"_zp, literal);
+        if (!self()->parseSeparatorEqualTo(literal)) {
+            s().phrase = s().expectation(this);
+            self()->parseError("Separator '%@' expected"_zp, literal);
+        }
         return literal;
     }
     ZPString *expectTokenEqualTo_mask(ZPString *literal, unsigned mask) {
-        if (!self()->parseTokenEqualTo_mask(literal, mask)) self()->parseError("Token '%@' expected"_zp, literal);
+        if (!self()->parseTokenEqualTo_mask(literal, mask)) {
+            s().phrase = s().expectation(this);
+            self()->parseError("Token '%@' expected"_zp, literal);
+        }
         return literal;
     }
     void expectEndOfInput() {
-        if (peekTokenType() != ZPEndToken) self()->parseError("End of input expected"_zp);
+        if (peekTokenType() == ZPEndToken) return;
+        s().phrase = s().expectation(this, "the end of the text"_zp);
+        self()->parseError("End of input expected"_zp);
     }
 };
 
@@ -250,8 +267,10 @@ void _ZPParserState::load(ZPString *string) {
     wideInput = std::move(wide);
     inputIsNarrow = isNarrow;
     length = count;
-    position = 0;
+    position = tokenAt = 0;
     line = 1;
+    phrase = nullptr;
+    forgetTried(0);
     token = {};
     releaseUnits(0);
     autoreleaseStrings();
@@ -346,6 +365,7 @@ void _ZPParserState::autoreleaseStrings() {
 
 _ZPParserState::~_ZPParserState() {
     releaseUnits(0);
+    forgetTried(0);
     autoreleaseStrings();
     if (grammar) grammar->release();
 }

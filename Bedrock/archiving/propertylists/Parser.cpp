@@ -27,6 +27,16 @@ struct ZPPropertyListParserMethods : ZPPropertyListParser {
         self()->expectSeparatorEqualTo(")"_zp);
         return array;
     }
+    ZPString *wordsForRule(ZPString *rule) {
+        static const std::pair<ZPString *, ZPString *> known[] = {{"xObject"_zp, "a value"_zp},
+                                                                  {"String"_zp, "a string"_zp},
+                                                                  {"Array"_zp, "an array"_zp},
+                                                                  {"Dictionary"_zp, "a dictionary"_zp},
+                                                                  {"Data"_zp, "data"_zp}};
+        for (auto &[name, words] : known)
+            if (name->isEqualToString(rule)) return words;
+        return objc_super<ZPPropertyListParser>(this).send<ZPString *>("wordsForRule:"_sel, rule);
+    }
     ZPDictionary *parseDictionary() {
         if (!self()->parseSeparatorEqualTo("{"_zp)) return nullptr;
         if (self()->parseSeparatorEqualTo("}"_zp)) return ZPDictionary::dictionary();
@@ -82,7 +92,8 @@ struct Reading : ZPString {
 
 }  // namespace
 
-ZP_IMPLEMENT_WITH(ZPPropertyListParser, ZPPropertyListParserMethods, initWithString, parseArray, parseDictionary);
+ZP_IMPLEMENT_WITH(ZPPropertyListParser, ZPPropertyListParserMethods, initWithString, parseArray, parseDictionary,
+                  wordsForRule);
 
 ZP_IMPLEMENT_WITH(_ZPPListParserOldStyle, OldStyleMethods, parseDictionary, parseDictionaryBracketLess);
 
