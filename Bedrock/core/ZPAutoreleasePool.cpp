@@ -10,11 +10,15 @@
 //
 // Only its own thread touches a record; nothing is locked.
 #include <Bedrock/core/ZPCore+Internal.h>
+#include <Bedrock/core/ZPRef.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cxxabi.h>
+#include <exception>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -26,6 +30,7 @@ struct Page {
 
 struct Level {
     unsigned start;
+    unsigned generation;  ///< tells the pool from others that have been at this depth
     Page *page;
     ZPAutoreleasePool *pool;
 };
@@ -37,6 +42,8 @@ struct Settings {
 
 constexpr unsigned sparePoolCount = 4;
 
+using Exceptions = std::vector<ZPRef<ZPException>>;
+
 struct Record {
     Page *page;
     unsigned objectCount;
@@ -45,7 +52,10 @@ struct Record {
     Page *sparePages;
     ZPAutoreleasePool *sparePools[sparePoolCount];
     unsigned capacity, depth;
-    unsigned slotsPerPage;
+    unsigned slotsPerPage, generation;
+    /// What left an outermost pool, and nobody autoreleases: it goes when a pool is opened and no exception can be in
+    /// anybody's hands any more.
+    Exceptions *kept;
     Level levels[];
 };
 
@@ -112,38 +122,59 @@ void noteHighWater(Record *r) {
 
 BOOL isFreed(objc_object *object) { return object && (!object->isa || _ZPIsZombie(object)); }
 
-// One pass over what the level holds, newest first; answers how many objects it met. A release may
-// record more objects, which the following pass takes, may move the record, and may even pop this level
-// with an outer one: then its pages are no longer to be touched, and the answer is 0.
-unsigned releasePass(unsigned token, Page *startPage, unsigned startIndex, const Settings &settings) {
-    Record *r = slotOfThread();
-    unsigned met = 0;
-    // Counts what was met also when a release raises.
-    struct Subtract {
-        unsigned &met;
-        ~Subtract() {
-            if (Record *now = slotOfThread()) now->objectCount -= met;
-        }
-    } subtract{met};
-    auto isOpen = [token] {
-        Record *now = slotOfThread();
-        return now && now->depth > token;
-    };
-    Page *page = r->page;
-    while (page->count == 0 && page != startPage) page = page->older;
-    unsigned limit = page == startPage ? startIndex : 0;
+// The objects of a level: from its start to the start of the following level, or to the end.
+template <class F> void eachSlotOfLevel(Record *r, unsigned level, F &&visit) {
+    Page *endPage = level + 1 < r->depth ? r->levels[level + 1].page : r->page;
+    unsigned end = level + 1 < r->depth ? r->levels[level + 1].start : unsigned(r->page->count);
+    Page *page = endPage;
+    for (unsigned i = end;; i = unsigned(page->count)) {
+        unsigned limit = page == r->levels[level].page ? r->levels[level].start : 0;
+        while (i > limit) visit(page->slots[--i]);
+        if (page == r->levels[level].page) return;
+        page = page->older;
+    }
+}
+
+ZP_COLD void dropKeptExceptions(Record *r) {
+    if (std::uncaught_exceptions() || std::current_exception()) return;
+    delete std::exchange(r->kept, nullptr);
+}
+
+// Takes the current page out of the chain, while it is empty and not the page on which the innermost open pool begins:
+// what is recorded next then follows what is there without a gap.
+void dropEmptyPages(Record *r, Page *begin) {
+    while (r->page->count == 0 && r->page->older && r->page != begin) {
+        Page *page = r->page;
+        r->page = page->older;
+        r->page->newer = nullptr;
+        std::memset(page->slots, 0, slotsPerPage() * sizeof(objc_object *));
+        page->newer = nullptr;
+        page->older = r->sparePages;
+        r->sparePages = page;
+    }
+}
+
+// Releases what a pool and the pools inside it hold, newest first, with what these releases record. A release may do
+// anything: move the record, open and close pools, give an outer pool an object and so move where this one begins, or
+// pop this pool with an outer one. Answers whether the pool is still open.
+bool releaseAll(unsigned token, unsigned generation, const Settings &settings) {
     bool plain = settings.releaseEnabled && !settings.freedCheck;
-    while (page->count > limit) {
+    for (;;) {
+        Record *r = slotOfThread();
+        if (!r || r->depth <= token || r->levels[token].generation != generation) [[unlikely]]
+            return false;
+        const Level &level = r->levels[token];
+        if (r->page->count == 0) [[unlikely]]
+            dropEmptyPages(r, level.page);
+        Page *page = r->page;
+        if (page->count == (page == level.page ? level.start : 0)) return true;
         objc_object *object = page->slots[--page->count];
-        ++met;
+        --r->objectCount;
         if (plain) [[likely]]
             id(object)->release();
         else if (settings.freedCheck && isFreed(object)) _ZPAutoreleaseFreedObject(object);
         else if (settings.releaseEnabled) id(object)->release();
-        if (!isOpen()) [[unlikely]]
-            return 0;
     }
-    return met;
 }
 
 void reportException(ZPException *e) {
@@ -178,6 +209,7 @@ void endRecord(Record *r) {
     releasePages(r->page);
     releasePages(r->sparePages);
     for (ZPAutoreleasePool *pool : r->sparePools) ZPDeallocateObject(pool);
+    delete r->kept;
     ZPZoneFree(nullptr, r);
 }
 
@@ -197,9 +229,13 @@ void restRecord(Record *r) {
 
 unsigned ZPPushAutoreleasePool(unsigned) {
     Record *r = record();
+    if (r->kept && r->depth == 0) [[unlikely]] {
+        dropKeptExceptions(r);
+        r = record();
+    }
     if (r->depth >= r->capacity) r = growLevels(r);
     if (!r->page) addPage(r);
-    r->levels[r->depth] = {unsigned(r->page->count), r->page, nullptr};
+    r->levels[r->depth] = {unsigned(r->page->count), ++r->generation, r->page, nullptr};
     return r->depth++;
 }
 
@@ -225,23 +261,28 @@ void ZPAutoreleaseObject(id object) {
 void ZPPopAutoreleasePool(unsigned token) {
     Record *r = slotOfThread();
     if (!r || !r->page || r->depth <= token) return;
-    Page *startPage = r->levels[token].page;
-    unsigned startIndex = r->levels[token].start;
+    unsigned generation = r->levels[token].generation;
     Settings settings = r->settings;
-    try {
-        while (releasePass(token, startPage, startIndex, settings)) {}
-    } catch (ZPException *e) {
-        reportException(e);
-    } catch (QLError &) {
-        ZPHandlerRecord record{};
-        reportException(_ZPExceptionObjectFromHandler(&record));
-    } catch (abi::__forced_unwind &) {
-        throw;
-    } catch (...) {
-        reportException(nullptr);
-    }
+    bool isOpen = true, raised = false;
+    do {
+        try {
+            raised = true;
+            isOpen = releaseAll(token, generation, settings);
+            raised = false;
+        } catch (ZPException *e) {
+            reportException(e);
+        } catch (QLError &) {
+            ZPHandlerRecord record{};
+            reportException(_ZPExceptionObjectFromHandler(&record));
+        } catch (abi::__forced_unwind &) {
+            throw;
+        } catch (...) {
+            reportException(nullptr);
+        }
+        // What is left then belongs to the enclosing pool. There is none around the outermost, which goes on.
+    } while (raised && token == 0);
     r = slotOfThread();
-    if (!r || r->depth <= token) return;  // a release popped this pool with an outer one
+    if (!isOpen || !r || r->depth <= token || r->levels[token].generation != generation) return;
     unsigned spare = 0;
     for (unsigned i = token; i < r->depth; ++i) {
         if (ZPAutoreleasePool *pool = r->levels[i].pool) {
@@ -252,22 +293,34 @@ void ZPPopAutoreleasePool(unsigned token) {
         r->levels[i] = {};
     }
     r->depth = token;
-    // The page on which the innermost open pool begins stays, also while it is empty: all before it belongs
-    // to pools further out.
-    Page *first = token ? r->levels[token - 1].page : nullptr;
-    while (r->page->count == 0 && r->page->older && r->page != first) {
-        Page *page = r->page;
-        r->page = page->older;
-        r->page->newer = nullptr;
-        std::memset(page->slots, 0, slotsPerPage() * sizeof(objc_object *));
-        page->newer = nullptr;
-        page->older = r->sparePages;
-        r->sparePages = page;
-    }
+    dropEmptyPages(r, token ? r->levels[token - 1].page : nullptr);
     // Slots above the count are zero except those this pop has emptied.
     Page *page = r->page;
-    for (unsigned i = page->count; i < slotsPerPage() && page->slots[i]; ++i) page->slots[i] = nullptr;
+    for (unsigned i = unsigned(page->count); i < slotsPerPage() && page->slots[i]; ++i) page->slots[i] = nullptr;
     if (token == 0) restRecord(r);
+}
+
+void _ZPPopAutoreleasePoolForRaise(unsigned token) {
+    Record *r = slotOfThread();
+    if (!r || !r->page || r->depth <= token) return;
+    Exceptions raised;
+    try {
+        for (unsigned level = token; level < r->depth; ++level)
+            eachSlotOfLevel(r, level, [&](objc_object *object) {
+                if (class_inherits(object->isa, ZPException::class_()))
+                    raised.emplace_back(id(object).unchecked<ZPException>());
+            });
+        if (token == 0 && !r->kept) r->kept = new Exceptions;
+        if (token == 0) r->kept->reserve(r->kept->size() + raised.size());
+    } catch (std::bad_alloc &) {
+        return;  // they stay, with all that lies around them
+    }
+    ZPPopAutoreleasePool(token);
+    for (auto &exception : raised) {
+        r = slotOfThread();
+        if (r->depth) std::move(exception).autoreleased();
+        else if (r->kept) r->kept->push_back(std::move(exception));
+    }
 }
 
 void _ZPAutoreleaseNoPool(id object) {
@@ -288,23 +341,6 @@ unsigned ZPAutoreleasePoolCount() {
     Record *r = slotOfThread();
     return r ? r->objectCount : 0;
 }
-
-namespace {
-
-// The objects of a level: from its start to the start of the following level, or to the end.
-template <class F> void eachSlotOfLevel(Record *r, unsigned level, F &&visit) {
-    Page *endPage = level + 1 < r->depth ? r->levels[level + 1].page : r->page;
-    unsigned end = level + 1 < r->depth ? r->levels[level + 1].start : unsigned(r->page->count);
-    Page *page = endPage;
-    for (unsigned i = end;; i = unsigned(page->count)) {
-        unsigned limit = page == r->levels[level].page ? r->levels[level].start : 0;
-        while (i > limit) visit(page->slots[--i]);
-        if (page == r->levels[level].page) return;
-        page = page->older;
-    }
-}
-
-}  // namespace
 
 unsigned ZPTopAutoreleasePoolCount() {
     Record *r = slotOfThread();
@@ -389,12 +425,7 @@ struct PoolMethods : ZPAutoreleasePool {
             }
             destinationPage->slots[destination] = l.page->slots[l.start];
             destinationPage = l.page;
-            destination = l.start;
-            if (++l.start == slotsPerPage()) {
-                if (!l.page->newer) addPage(r);
-                l.page = l.page->newer;
-                l.start = 0;
-            }
+            destination = l.start++;
         }
         destinationPage->slots[destination] = object.pointer();
     }

@@ -59,8 +59,11 @@ extern "C" {
 ZP_EXPORT unsigned ZPPushAutoreleasePool(unsigned capacityHint);
 /// Closes the calling thread's pool with that token and every later one, releasing what they hold, the last one
 /// first, and what is autoreleased meanwhile. What a release raises is logged, and nothing is raised; what was
-/// recorded before that object then waits for the enclosing pool. No pool with the token: nothing.
+/// recorded before that object then waits for the enclosing pool, and the outermost pool goes on. No pool with the token: nothing.
 ZP_EXPORT void ZPPopAutoreleasePool(unsigned token);
+/// The same while an exception leaves the pool: the exceptions among what it holds go to the enclosing pool instead, or,
+/// where there is none, stay until the thread opens a pool and handles none.
+ZP_EXPORT void _ZPPopAutoreleasePoolForRaise(unsigned token);
 /// Records the object in the calling thread's innermost pool, which will release it; null is ignored. Without a
 /// pool that is logged, and the object leaks.
 ZP_EXPORT void ZPAutoreleaseObject(id object);
@@ -83,8 +86,8 @@ ZP_EXPORT void _ZPAutoreleaseHighWaterLog(unsigned count);
 }
 
 /// An autorelease pool for the life of a scope, on the thread that entered it; scopes end in the reverse order of
-/// their beginnings. When an exception ends the scope, its objects wait for the end of the enclosing pool: the
-/// exception is one of them. The destructor raises nothing, and it cannot be left by the unwinding of `+[ZPThread
+/// their beginnings. When an exception ends the scope, the pool closes as well, and the exception goes to the enclosing
+/// pool; other objects of the pool that the handler is to use must be retained. The destructor raises nothing, and it cannot be left by the unwinding of `+[ZPThread
 /// exit]`: a `dealloc` that it runs must not send that, which ends the process.
 class ZPAutoreleasePoolScope {
     unsigned _token = ZPPushAutoreleasePool(0);
@@ -97,8 +100,10 @@ class ZPAutoreleasePoolScope {
     ZPAutoreleasePoolScope(const ZPAutoreleasePoolScope &) = delete;
     /// A scope has one pool.
     ZPAutoreleasePoolScope &operator=(const ZPAutoreleasePoolScope &) = delete;
-    /// Closes the pool and every later one, unless an exception ends the scope.
+    /// Closes the pool and every later one.
     ~ZPAutoreleasePoolScope() {
-        if (std::uncaught_exceptions() <= _exceptions) ZPPopAutoreleasePool(_token);
+        if (std::uncaught_exceptions() <= _exceptions) [[likely]]
+            ZPPopAutoreleasePool(_token);
+        else _ZPPopAutoreleasePoolForRaise(_token);
     }
 };

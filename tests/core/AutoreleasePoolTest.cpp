@@ -12,9 +12,15 @@ struct Mortal : ZPObject {
     int _name;
     Mortal *_heir;
     int _raises;  // 1: an exception, 2: a code
+    ZPAutoreleasePool *_gives;  // gets an object that has the negative name
     void dealloc() {
         died.push_back(_name);
         if (_heir) _heir->autorelease();
+        if (_gives) {
+            Mortal *given = Mortal::new_();
+            given->_name = -_name;
+            _gives->addObject(given);
+        }
         int raises = _raises;
         objc_super<Mortal>(this).send("dealloc"_sel);
         if (raises == 1) ZPException::raise_format(ZPGenericException, "no rest for %d"_zp, 7);
@@ -43,8 +49,13 @@ struct Pools : testing::Test {
 struct Popper : ZPObject {
     ZP_CLASS(Popper)
     unsigned _outer;
+    Mortal *_pushes;  // what a new pool holds three times afterwards
     void dealloc() {
         ZPPopAutoreleasePool(_outer);
+        if (_pushes) {
+            EXPECT_EQ(ZPPushAutoreleasePool(0), _outer);
+            for (int i = 0; i < 3; ++i) _pushes->retain()->autorelease();
+        }
         objc_super<Popper>(this).send("dealloc"_sel);
     }
 };
@@ -176,6 +187,57 @@ TEST_F(Pools, AReleaseMayPopOuterPools) {
     }
 }
 
+TEST_F(Pools, AReleaseMayGiveToOuterPools) {
+    Mortal *filler = make(0);
+    for (unsigned fill = 0; fill <= perPage() + 4; fill += fill == 4 ? perPage() - 8 : 1)
+        for (int count : {1, 3, int(perPage()), int(perPage()) + 2}) {
+            ZPAutoreleasePool *outer = ZPAutoreleasePool::new_();
+            for (unsigned i = 0; i < fill; ++i) filler->retain()->autorelease();
+            ZPAutoreleasePool *between = ZPAutoreleasePool::new_(), *inner = ZPAutoreleasePool::new_();
+            died.clear();
+            Died wanted, given;
+            for (int i = count; i > 0; --i) {
+                Mortal *m = make(i);
+                if (i % 2) m->_gives = i % 4 == 1 ? outer : between;
+                m->autorelease();
+            }
+            for (int i = 1; i <= count; ++i) wanted.push_back(i);
+            inner->release();
+            std::sort(died.begin(), died.end());  // giving changes the order
+            ASSERT_EQ(died, wanted) << fill << " " << count;
+            ASSERT_EQ(ZPAutoreleasePoolCount(), fill + unsigned(count + 1) / 2);
+            died.clear();
+            between->release();
+            outer->release();
+            for (int i = 3; i <= count; i += 4) given.push_back(-i);
+            std::sort(died.begin(), died.begin() + long(given.size()), std::greater());
+            for (int i = 1; i <= count; i += 4) given.push_back(-i);
+            std::sort(died.begin() + (count + 1) / 4, died.end(), std::greater());
+            ASSERT_EQ(died, given) << fill << " " << count;
+            ASSERT_EQ(ZPAutoreleasePoolCount(), 0u);
+        }
+    EXPECT_EQ(filler->retainCount(), 1u);
+    filler->release();
+}
+
+TEST_F(Pools, AReleaseMayPopItsPoolAndPushAgain) {
+    for (unsigned fill : {0u, 2 * perPage()}) {
+        unsigned pool = ZPPushAutoreleasePool(0);
+        Mortal *filler = make(0);
+        for (unsigned i = 0; i < fill; ++i) filler->retain()->autorelease();
+        Popper *popper = Popper::new_();
+        popper->_outer = pool;
+        popper->_pushes = filler;
+        popper->autorelease();
+        ZPPopAutoreleasePool(pool);
+        EXPECT_EQ(ZPTopAutoreleasePoolCount(), 3u) << "the pool of the same depth stays";
+        EXPECT_EQ(filler->retainCount(), 4u);
+        ZPPopAutoreleasePool(pool);
+        EXPECT_EQ(filler->retainCount(), 1u);
+        filler->release();
+    }
+}
+
 TEST_F(Pools, NoPoolIsReportedAndLeaks) {
     ZPAutoreleasePool::releaseAllPools();
     Mortal *m = make(1);
@@ -206,6 +268,49 @@ TEST_F(Pools, AnExceptionStopsThePopAndGoesNoFurther) {
         ZPPopAutoreleasePool(0);
         EXPECT_EQ(died, (Died{3, 2, 1}));
     }
+}
+
+TEST_F(Pools, TheOutermostGoesOnAfterExceptions) {
+    ZPAutoreleasePool::releaseAllPools();
+    for (int round = 0; round < 3; ++round) {
+        died.clear();
+        ZPPushAutoreleasePool(0);
+        for (int i = 1; i <= 6; ++i) {
+            Mortal *m = make(i);
+            m->_raises = i % 3;
+            m->autorelease();
+        }
+        ZPAutoreleasePool::releaseAllPools();
+        EXPECT_EQ(died, (Died{6, 5, 4, 3, 2, 1}));
+        EXPECT_EQ(ZPAutoreleasePoolCount(), 0u);
+    }
+}
+
+TEST_F(Pools, ScopesCloseWhenAnExceptionLeavesThem) {
+    auto raiseInScope = [](int name) {
+        ZPAutoreleasePoolScope scope, inner;
+        make(name)->autorelease();
+        ZPException::raise_format(ZPGenericException, "raised by %d"_zp, name);
+    };
+    for (bool hasPool : {true, false}) {
+        died.clear();
+        if (!hasPool) ZPAutoreleasePool::releaseAllPools();
+        for (int i = 1; i <= 1000; ++i) try {
+                raiseInScope(i);
+            } catch (ZPException *e) {
+                ASSERT_EQ(died.size(), unsigned(2 * i - 1));
+                try {
+                    raiseInScope(0);  // while the other is handled
+                } catch (ZPException *) {}
+                ZPAutoreleasePoolScope pool;
+                ASSERT_EQ(text(e->reason()), "raised by " + std::to_string(i));
+            }
+        unsigned pools = ZPPushAutoreleasePool(0);
+        EXPECT_EQ(pools, hasPool ? 1u : 0u);
+        EXPECT_EQ(ZPAutoreleasePoolCount() > 0, hasPool);
+        ZPPopAutoreleasePool(pools);
+    }
+    EXPECT_EQ(log.text, "");
 }
 
 TEST_F(Pools, SettingsOfTheThread) {
