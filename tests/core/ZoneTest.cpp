@@ -2,6 +2,8 @@
 // Zones, pages and zombies.
 #include <support/Objects.h>
 
+#include <fstream>
+
 TEST(Zone, BlocksKeepTheirBytesAndTheirZone) {
     ZPZone *zone = ZPCreateZone(0, 0, YES);
     ASSERT_NE(zone, nullptr);
@@ -48,6 +50,35 @@ TEST(Zone, BlocksKeepTheirBytesAndTheirZone) {
     ZPRecycleZone(nullptr);
     ZPRecycleZone(ZPDefaultMallocZone());
     EXPECT_EQ(ZPZoneCalloc(nullptr, std::size_t(-1), 2), nullptr);
+}
+
+TEST(Zone, TakesWhatItNeedsAndGivesItBack) {
+    auto pages = [] {
+        unsigned long size;
+        std::ifstream("/proc/self/statm") >> size;
+        return size;
+    };
+    unsigned long before = pages();
+    for (int round = 0; round < 500; ++round) {  // the last block may go before the zone, or after it
+        ZPZone *zone = ZPCreateZone(0, 0, round % 4 != 0);
+        void *blocks[40];
+        for (void *&block : blocks) block = ZPZoneMalloc(zone, 1000);
+        if (round % 2) ZPRecycleZone(zone);
+        for (void *block : blocks) ZPZoneFree(nullptr, block);
+        if (round % 2 == 0) ZPRecycleZone(zone);
+    }
+    EXPECT_LT(pages(), before + 1000);
+    // Blocks of a little less than a page.
+    ZPZone *zone = ZPCreateZone(0, 0, YES);
+    before = pages();
+    std::vector<void *> blocks(10000);
+    for (void *&block : blocks) block = ZPZoneMalloc(zone, 4000);
+    EXPECT_LT(pages(), before + blocks.size() * 4112 / ZPPageSize() * 11 / 10);
+    ZPRecycleZone(zone);
+    onThreads(4, [&](int t) {
+        for (std::size_t i = std::size_t(t); i < blocks.size(); i += 4) ZPZoneFree(nullptr, blocks[i]);
+    });
+    EXPECT_LT(pages(), before + 1000 + 4 * (8 << 20) / ZPPageSize());
 }
 
 TEST(Zone, InstancesLiveInTheirZone) {

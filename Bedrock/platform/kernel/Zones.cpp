@@ -2,8 +2,8 @@
 // Zones. The default zone is the process heap. A child zone cuts its blocks from arenas of its own:
 // each block has a 16-byte head that holds its size, and freed blocks wait in lists by size class
 // (powers of two). Every arena is entered in one sorted address map, so that the zone of any block
-// is found. Merging a zone only marks it: its arenas stay in the map, and freeing one of its blocks
-// through the default zone puts the block back into the merged zone's lists.
+// is found. Merging a zone marks it: its arenas stay in the map, and freeing one of its blocks through the default zone
+// puts the block back into the merged zone's lists. When the last one is freed the zone goes, with its arenas.
 //
 // A zone's mutex guards its lists and arenas; the map's mutex guards the map. Neither is held while
 // the other is taken, except that a zone enters an arena into the map while it holds its own.
@@ -23,6 +23,7 @@ namespace {
 
 constexpr std::size_t headSize = 16;
 constexpr unsigned classCount = 40;
+constexpr std::size_t largestGrowth = 1 << 20;
 
 struct Head {
     std::size_t size;  ///< usable bytes
@@ -34,6 +35,8 @@ struct ChildZone : ZPZone {
     std::size_t granularity;
     bool canFree;
     bool merged;
+    std::size_t references;  ///< blocks in use, and one until the zone is merged
+    std::size_t total ZP_GUARDED_BY(mutex);  ///< bytes of its arenas
     char *next ZP_GUARDED_BY(mutex), *end ZP_GUARDED_BY(mutex);
     Head *freeBlocks[classCount] ZP_GUARDED_BY(mutex);
 };
@@ -73,7 +76,9 @@ unsigned classOf(std::size_t size) {
 }
 
 bool addArena(ChildZone *zone, std::size_t atLeast) ZP_REQUIRES(zone->mutex) {
-    std::size_t page = vm_page_size(), bytes = std::max(zone->granularity, atLeast);
+    // In proportion to what there is, so that a zone of many blocks has few arenas.
+    std::size_t page = vm_page_size();
+    std::size_t bytes = std::max({zone->granularity, atLeast, std::min(zone->total, largestGrowth)});
     bytes = (bytes + page - 1) / page * page;
     void *pages;
     if (!vm_allocate(&pages, bytes)) return false;
@@ -92,7 +97,25 @@ bool addArena(ChildZone *zone, std::size_t atLeast) ZP_REQUIRES(zone->mutex) {
     __atomic_add_fetch(&arenaCount, 1, __ATOMIC_RELEASE);
     zone->next = static_cast<char *>(pages);
     zone->end = zone->next + bytes;
+    zone->total += bytes;
     return true;
+}
+
+// The last one to give up the zone takes it down.
+void release(ChildZone *zone) {
+    if (__atomic_sub_fetch(&zone->references, 1, __ATOMIC_ACQ_REL)) return;
+    Map &m = map();
+    {
+        ZPHolding hold(m.mutex);
+        auto end =
+            std::stable_partition(m.arenas.begin(), m.arenas.end(), [zone](const Arena &a) { return a.zone != zone; });
+        for (auto at = end; at != m.arenas.end(); ++at)
+            vm_deallocate(reinterpret_cast<void *>(at->begin), at->end - at->begin);
+        __atomic_sub_fetch(&arenaCount, unsigned(m.arenas.end() - end), __ATOMIC_RELEASE);
+        m.arenas.erase(end, m.arenas.end());
+    }
+    std::free(const_cast<char *>(zone->name));
+    delete zone;
 }
 
 void *allocateInChild(ZPZone *z, std::size_t size) {
@@ -103,12 +126,14 @@ void *allocateInChild(ZPZone *z, std::size_t size) {
     ZPHolding hold(zone->mutex);
     if (Head *head = zone->freeBlocks[c]) {
         zone->freeBlocks[c] = head->nextFree;
+        __atomic_add_fetch(&zone->references, 1, __ATOMIC_RELAXED);
         return reinterpret_cast<char *>(head) + headSize;
     }
     if (std::size_t(zone->end - zone->next) < room + headSize && !addArena(zone, room + headSize)) return nullptr;
     auto *head = reinterpret_cast<Head *>(zone->next);
     head->size = room;
     zone->next += room + headSize;
+    __atomic_add_fetch(&zone->references, 1, __ATOMIC_RELAXED);
     return reinterpret_cast<char *>(head) + headSize;
 }
 
@@ -116,12 +141,15 @@ Head *headOf(void *pointer) { return reinterpret_cast<Head *>(static_cast<char *
 
 void freeInChild(ZPZone *z, void *pointer) {
     auto *zone = static_cast<ChildZone *>(z);
-    if (!pointer || !zone->canFree) return;
-    Head *head = headOf(pointer);
-    ZPHolding hold(zone->mutex);
-    unsigned c = classOf(head->size);
-    head->nextFree = zone->freeBlocks[c];
-    zone->freeBlocks[c] = head;
+    if (!pointer) return;
+    if (zone->canFree) {
+        Head *head = headOf(pointer);
+        ZPHolding hold(zone->mutex);
+        unsigned c = classOf(head->size);
+        head->nextFree = zone->freeBlocks[c];
+        zone->freeBlocks[c] = head;
+    }
+    release(zone);  // with the lock given back: the zone may go
 }
 
 void *reallocateInChild(ZPZone *zone, void *pointer, std::size_t size) {
@@ -157,6 +185,7 @@ ZPZone *QLCreateChildZone(ZPZone *, std::size_t startSize, std::size_t granulari
     static_cast<ZPZone &>(*zone) = {reallocateInChild, allocateInChild, freeInChild, QLMergeZone, nullptr};
     zone->granularity = std::max<std::size_t>(granularity, vm_page_size());
     zone->canFree = canFree;
+    zone->references = 1;
     zone->mutex.lock();  // nobody else knows the zone yet
     bool made = addArena(zone, std::max<std::size_t>(startSize, headSize + 16));
     zone->mutex.unlock();
@@ -167,7 +196,8 @@ ZPZone *QLCreateChildZone(ZPZone *, std::size_t startSize, std::size_t granulari
 
 void QLMergeZone(ZPZone *zone) {
     if (!zone || zone == &heap) return;
-    __atomic_store_n(&static_cast<ChildZone *>(zone)->merged, true, __ATOMIC_RELEASE);
+    auto *child = static_cast<ChildZone *>(zone);
+    if (!__atomic_exchange_n(&child->merged, true, __ATOMIC_ACQ_REL)) release(child);
 }
 
 void QLNameZone(ZPZone *zone, const char *name) {
