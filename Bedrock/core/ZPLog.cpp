@@ -3,6 +3,7 @@
 // the process. A mutex of its own keeps the lines of different threads apart; text is formatted before it
 // is taken.
 #include <Bedrock/core/ZPCore+Internal.h>
+#include <Bedrock/platform/kernel/Fork.h>
 #include <Bedrock/core/ZPLogTimeStamp.h>
 
 #include <algorithm>
@@ -49,6 +50,7 @@ class Line {
 };
 
 constinit mutex writing;  // keeps the lines of several threads apart
+ZP_MUTEX_AT_FORK(log, []() -> mutex & { return writing; });
 
 void writeLine(const char *bytes, unsigned length, BOOL withBanner) {
     if (!bytes || length >= 0x40000000) return;

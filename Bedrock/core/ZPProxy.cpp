@@ -2,6 +2,7 @@
 // The proxy root, and the zombies made of it: with ZPZombieEnabled, a freed object gets a class that
 // reports every message it still receives.
 #include <Bedrock/core/ZPProxy.h>
+#include <Bedrock/platform/kernel/Fork.h>
 
 #include <Bedrock/core/ZPCore+Internal.h>
 
@@ -125,6 +126,8 @@ Zombies &zombies() {
     static Zombies &z = *new Zombies;
     return z;
 }
+
+ZP_MUTEX_AT_FORK(zombies, []() -> mutex & { return zombies().mutex; });
 
 [[noreturn]] void report(objc_object *zombie, SEL sent, SEL caught) {
     const char *former = "(unknown)";

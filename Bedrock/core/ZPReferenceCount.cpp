@@ -10,6 +10,7 @@
 //
 // One mutex guards the table and the map together.
 #include <Bedrock/core/ZPCore+Internal.h>
+#include <Bedrock/platform/kernel/Fork.h>
 
 #include <cstdlib>
 #include <unordered_map>
@@ -123,6 +124,8 @@ SideTable &table() {
     static SideTable &t = *(sideTable = new SideTable);
     return t;
 }
+
+ZP_MUTEX_AT_FORK(counts, []() -> mutex & { return table().mutex; });
 
 void logOverflow(id object) {
     ZPLog("*** Reference count overflow for '%@': probably implies a leak!"_zp, object.pointer());

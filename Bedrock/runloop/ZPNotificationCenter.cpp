@@ -23,7 +23,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/core/ZPNames.h>
-#include <Bedrock/platform/kernel/Lock.h>
+#include <Bedrock/platform/kernel/Fork.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/threads/ZPLock.h>
@@ -61,9 +61,40 @@ struct ZP_LOCKABLE Guarded {
 ZPMutableDictionary *centersOfSubclasses ZP_GUARDED_BY(defaults);
 ZPLock *defaultCenterLock;
 
+// Every center's lock: what a fork takes.
+constinit mutex locksMutex;
+std::vector<ZPLock *> *locks ZP_GUARDED_BY(locksMutex);
+
 ZPLock *lockIn(ZPLock *&slot) {
-    return ZPMakeOnce(slot, [] { return (ZPLock *)ZPLock::new_(); });
+    if (ZPLock *made = __atomic_load_n(&slot, __ATOMIC_ACQUIRE)) return made;
+    ZPHolding hold(locksMutex);
+    if (!slot) {
+        ZPRef<ZPLock> made = ZPAdopt((ZPLock *)ZPLock::new_());
+        if (!locks) locks = new std::vector<ZPLock *>;
+        if (&slot != &defaultCenterLock) locks->push_back(made.get());
+        __atomic_store_n(&slot, made.detach(), __ATOMIC_RELEASE);
+    }
+    return slot;
 }
+void forget(ZPLock *lock) {
+    ZPHolding hold(locksMutex);
+    if (locks) std::erase(*locks, lock);
+}
+
+ZP_AT_FORK(
+    centers,
+    []() ZP_UNCHECKED_LOCKING {
+        if (defaultCenterLock || !__libc_single_threaded) lockIn(defaultCenterLock)->lock();
+        locksMutex.lock();
+        if (locks)
+            for (ZPLock *lock : *locks) lock->lock();
+    },
+    [](bool) ZP_UNCHECKED_LOCKING {
+        if (locks)
+            for (ZPLock *lock : *locks) lock->unlock();
+        locksMutex.unlock();
+        if (defaultCenterLock) defaultCenterLock->unlock();
+    });
 
 /// Holds the lock in a slot to the end of the block; none while the process has one thread and no lock was made.
 class ZP_SCOPED_LOCK Locked {
@@ -446,6 +477,7 @@ struct CenterMethods : ZPNotificationCenter {
         for (void *block : {static_cast<void *>(_registry), static_cast<void *>(_observers),
                             static_cast<void *>(_niltable), static_cast<void *>(_hashtable)})
             if (block) ZPZoneFree(nullptr, block);
+        forget(_lock);
         _lock->release();
         objc_super<ZPNotificationCenter>(this).send("dealloc"_sel);
     }

@@ -6,6 +6,7 @@
 // counts, tables and caches of lower floors need no hook: they ask the C library whether a second thread exists, which
 // also covers threads that the library did not start.
 #include <Bedrock/threads/ZPThread.h>
+#include <Bedrock/platform/kernel/Fork.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/core/Fronts.h>
@@ -48,6 +49,7 @@ void post(ZPString *name, id object) {
 // Several foreign threads may come here at once: the first takes the step and the others wait for its hooks. The
 // notification goes out without the lock, so that an observer may start a thread and wait for it.
 constinit recursive_mutex becoming;  // a class's hook may start a thread itself
+ZP_MUTEX_AT_FORK(threads, []() -> recursive_mutex & { return becoming; });
 void becomeMultiThreaded() {
     {
         ZPHolding hold(becoming);

@@ -11,7 +11,7 @@
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/host/Host.h>
-#include <Bedrock/platform/kernel/Lock.h>
+#include <Bedrock/platform/kernel/Fork.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/strings/ZPStringEncoding.h>
@@ -43,6 +43,8 @@ Caches &caches() {
     static Caches &c = *new Caches;
     return c;
 }
+
+ZP_MUTEX_AT_FORK(timeZones, []() -> mutex & { return caches().mutex; });
 
 // These stand for themselves also where the host's zone uses them for a part of the year.
 BOOL isGMT(ZPString *name) { return name->isEqualToString("GMT"_zp) || name->isEqualToString("UTC"_zp); }

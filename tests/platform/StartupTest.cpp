@@ -77,6 +77,37 @@ TEST(Startup, ClassesThatNeedEachOtherInManyThreads) {
     EXPECT_EQ(Ring<0>::runs + Ring<1>::runs + Ring<2>::runs, 6);  // each for itself and once for the derived class
 }
 
+namespace {
+
+std::atomic<bool> usesBelow, endsAbove;
+struct Above : ZPObject {
+    ZP_CLASS(Above)
+    static void initialize(Class self);
+    static BOOL isReady(Class) { return endsAbove; }
+};
+struct Below : Above {
+    ZP_CLASS(Below)
+};
+void Above::initialize(Class self) {
+    if (self != class_()) return;
+    objc_msgSend<BOOL>(Below::class_(), "isReady"_sel);
+    objc_msgSend<BOOL>(Below::class_(), "isReady"_sel);
+    usesBelow = true;
+    for (int i = 0; i < 50; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    endsAbove = true;
+}
+ZP_IMPLEMENT(Above, classMethods(initialize, isReady));
+ZP_IMPLEMENT(Below);
+
+}  // namespace
+
+TEST(Startup, ASubclassUsedInsideItsSuperclasssInitializeWaitsForIt) {
+    std::thread first([] { objc_msgSend<BOOL>(Above::class_(), "isReady"_sel); });
+    while (!usesBelow) std::this_thread::yield();
+    EXPECT_TRUE(objc_msgSend<BOOL>(Below::class_(), "isReady"_sel)) << "by another thread only when both are ready";
+    first.join();
+}
+
 TEST(Startup, MessagesToMetaclassesInitializeTheClass) {
     ZPAdopt(Plain::new_());
     Class meta = Plain::class_()->isa;

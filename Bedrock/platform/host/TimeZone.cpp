@@ -5,6 +5,8 @@
 #include <Bedrock/platform/host/Host.h>
 
 #include <Bedrock/platform/host/Files.h>
+#include <Bedrock/platform/kernel/Fork.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -22,6 +24,15 @@ namespace {
 const char *zoneOfEnvironment() {
     const char *set = std::getenv("TZ");
     return set && *set == ':' ? set + 1 : set;
+}
+
+// The C library's own lock is not given back in a forked child; whoever holds it holds this one.
+constinit mutex libraryZone;
+ZP_MUTEX_AT_FORK(hostZone, []() -> mutex & { return libraryZone; });
+
+bool localTime(std::time_t moment, std::tm &fields) {
+    ZPHolding hold(libraryZone);
+    return localtime_r(&moment, &fields);
 }
 
 // What rules can say and files are to say.
@@ -63,7 +74,10 @@ struct Zone {
         if (length >= 0)
             isUsable = std::size_t(length) < bytes.size() && isSound(bytes.data(), bytes.data() + length) ? YES : NO;
         if (!isUsable) return;
-        tzset();
+        {
+            ZPHolding hold(libraryZone);
+            tzset();
+        }
         if (length < 0 || !read(bytes.data(), bytes.data() + length) || !agrees()) {
             times.clear();
             kinds.clear();
@@ -125,10 +139,9 @@ struct Zone {
     // The C library may have been told of another zone.
     bool agrees() const {
         for (std::size_t i = 0; i < times.size(); i += std::max<std::size_t>(1, times.size() / 16)) {
-            std::time_t moment = times[i];
             std::tm f;
             const ZPHostZoneKind &k = all[kinds[i]];
-            if (!localtime_r(&moment, &f) || f.tm_gmtoff != k.offset || (f.tm_isdst > 0) != bool(k.isDaylight))
+            if (!localTime(times[i], f) || f.tm_gmtoff != k.offset || (f.tm_isdst > 0) != bool(k.isDaylight))
                 return false;
         }
         return true;
@@ -157,8 +170,8 @@ struct Zone {
 };
 
 const Zone &zone() {
-    static const Zone &z = *new Zone;
-    return z;
+    static Zone *made;
+    return *ZPMakeOnce(made, [] { return new Zone; });
 }
 
 }  // namespace
@@ -173,9 +186,8 @@ const ZPHostZoneKind *ZPHostZoneAt(long long moment) {
 
 BOOL ZPHostZoneByRule(long long moment, ZPHostZoneKind *kind) {
     if (!zone().isUsable) return NO;
-    std::time_t t = moment;
     std::tm f;
-    if (!localtime_r(&t, &f) || !isOffset(f.tm_gmtoff)) return NO;
+    if (!localTime(moment, f) || !isOffset(f.tm_gmtoff)) return NO;
     *kind = {static_cast<int>(f.tm_gmtoff), f.tm_isdst > 0, {}};
     std::strncpy(kind->abbreviation, f.tm_zone ? f.tm_zone : "", sizeof kind->abbreviation - 1);
     return YES;

@@ -42,12 +42,42 @@ struct ZP_LOCKABLE mutex {
     void unlock() ZP_RELEASES() { pthread_mutex_unlock(&native); }
 };
 
-/// A mutex that the thread holding it may take again; free when given back as often.
-struct ZP_LOCKABLE recursive_mutex {
-    pthread_mutex_t native = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+/// A mutex that the thread holding it may take again; free when given back as often. It knows its owner by the handle,
+/// which stays the thread's in a forked child; the system's recursive mutexes know the number, which does not.
+class ZP_LOCKABLE recursive_mutex {
+    pthread_mutex_t _native = PTHREAD_MUTEX_INITIALIZER;
+    pthread_t _owner = 0;  ///< only the owner's own thread finds itself here
+    unsigned _depth = 0;
 
-    void lock() ZP_ACQUIRES() { pthread_mutex_lock(&native); }
-    void unlock() ZP_RELEASES() { pthread_mutex_unlock(&native); }
+    void own(unsigned depth) {
+        __atomic_store_n(&_owner, depth ? pthread_self() : 0, __ATOMIC_RELAXED);
+        _depth = depth;
+    }
+
+  public:
+    void lock() ZP_ACQUIRES() ZP_UNCHECKED_LOCKING {
+        if (__atomic_load_n(&_owner, __ATOMIC_RELAXED) == pthread_self()) {
+            ++_depth;
+            return;
+        }
+        pthread_mutex_lock(&_native);
+        own(1);
+    }
+    void unlock() ZP_RELEASES() ZP_UNCHECKED_LOCKING {
+        if (_depth > 1) {
+            --_depth;
+            return;
+        }
+        own(0);
+        pthread_mutex_unlock(&_native);
+    }
+    /// Waits for the condition with the lock given back, however often it is held.
+    void wait(pthread_cond_t &condition) ZP_REQUIRES(this) {
+        unsigned depth = _depth;
+        own(0);
+        pthread_cond_wait(&condition, &_native);
+        own(depth);
+    }
 };
 
 /// Holds a lock to the end of the block: anything with `lock` and `unlock`.

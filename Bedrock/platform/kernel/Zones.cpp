@@ -5,11 +5,12 @@
 // is found. Merging a zone marks it: its arenas stay in the map, and freeing one of its blocks through the default zone
 // puts the block back into the merged zone's lists. When the last one is freed the zone goes, with its arenas.
 //
-// A zone's mutex guards its lists and arenas; the map's mutex guards the map. Neither is held while
-// the other is taken, except that a zone enters an arena into the map while it holds its own.
+// A zone's mutex guards its lists and arenas, the map's mutex the map, and a third the list of all zones. They are taken
+// one at a time, except that a zone enters an arena into the map while it holds its own, and that a fork takes the list's,
+// every zone's and the map's.
 #include <Bedrock/platform/ZPZone.h>
 
-#include <Bedrock/platform/kernel/Lock.h>
+#include <Bedrock/platform/kernel/Fork.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -37,6 +38,7 @@ struct ChildZone : ZPZone {
     bool merged;
     std::size_t references;  ///< blocks in use, and one until the zone is merged
     std::size_t total ZP_GUARDED_BY(mutex);  ///< bytes of its arenas
+    ChildZone *newer, *older;  ///< under the lock of all zones
     char *next ZP_GUARDED_BY(mutex), *end ZP_GUARDED_BY(mutex);
     Head *freeBlocks[classCount] ZP_GUARDED_BY(mutex);
 };
@@ -101,9 +103,17 @@ bool addArena(ChildZone *zone, std::size_t atLeast) ZP_REQUIRES(zone->mutex) {
     return true;
 }
 
+constinit mutex zonesMutex;
+ChildZone *newestZone ZP_GUARDED_BY(zonesMutex);
+
 // The last one to give up the zone takes it down.
 void release(ChildZone *zone) {
     if (__atomic_sub_fetch(&zone->references, 1, __ATOMIC_ACQ_REL)) return;
+    {
+        ZPHolding hold(zonesMutex);
+        (zone->newer ? zone->newer->older : newestZone) = zone->older;
+        if (zone->older) zone->older->newer = zone->newer;
+    }
     Map &m = map();
     {
         ZPHolding hold(m.mutex);
@@ -173,6 +183,19 @@ void *reallocateOnHeap(ZPZone *, void *pointer, std::size_t size) {
     return std::realloc(pointer, size ? size : 1);
 }
 
+ZP_AT_FORK(
+    zones,
+    []() ZP_UNCHECKED_LOCKING {
+        zonesMutex.lock();
+        for (ChildZone *zone = newestZone; zone; zone = zone->older) zone->mutex.lock();
+        map().mutex.lock();
+    },
+    [](bool) ZP_UNCHECKED_LOCKING {
+        map().mutex.unlock();
+        for (ChildZone *zone = newestZone; zone; zone = zone->older) zone->mutex.unlock();
+        zonesMutex.unlock();
+    });
+
 ZPZone heap = {reallocateOnHeap, allocateOnHeap, freeOnHeap, nullptr, nullptr};
 
 }  // namespace
@@ -189,9 +212,15 @@ ZPZone *QLCreateChildZone(ZPZone *, std::size_t startSize, std::size_t granulari
     zone->mutex.lock();  // nobody else knows the zone yet
     bool made = addArena(zone, std::max<std::size_t>(startSize, headSize + 16));
     zone->mutex.unlock();
-    if (made) return zone;
-    delete zone;
-    return nullptr;
+    if (!made) {
+        delete zone;
+        return nullptr;
+    }
+    ZPHolding hold(zonesMutex);
+    zone->older = newestZone;
+    if (newestZone) newestZone->newer = zone;
+    newestZone = zone;
+    return zone;
 }
 
 void QLMergeZone(ZPZone *zone) {

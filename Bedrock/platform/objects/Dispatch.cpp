@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The slow sides of a send: method caches, `+initialize`, forwarding, frames, type checks.
+#include <Bedrock/platform/kernel/Fork.h>
 #include <Bedrock/platform/objects/Objects.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <optional>
+#include <utility>
 #include <sys/single_threaded.h>
 
 using namespace objc;
@@ -137,33 +140,56 @@ void refreshBelow(Class cls, std::uintptr_t only) ZP_REQUIRES(runtimeLock) {
     for (Class sub = stateOf(cls).firstSubclass; sub; sub = stateOf(sub).nextSibling) refreshBelow(sub, only);
 }
 
-// A thread that waits for another's `+initialize`, as long as it does.
-struct Waiting *waiting ZP_GUARDED_BY(runtimeLock);
-struct Waiting {
+// A thread that runs or waits for a class's `+initialize`, as long as it does.
+struct Busy {
     pthread_t thread = pthread_self();
     Class cls;
-    Waiting *next = waiting;
+    Busy *&list, *next = list;
 
-    explicit Waiting(Class c) ZP_REQUIRES(runtimeLock) : cls(c) { waiting = this; }
-    ~Waiting() ZP_REQUIRES(runtimeLock) {
-        Waiting **at = &waiting;
+    Busy(Busy *&l, Class c) ZP_REQUIRES(runtimeLock) : cls(c), list(l) { list = this; }
+    ~Busy() ZP_REQUIRES(runtimeLock) {
+        Busy **at = &list;
         while (*at != this) at = &(*at)->next;
         *at = next;
     }
 };
+Busy *waiting ZP_GUARDED_BY(runtimeLock), *running ZP_GUARDED_BY(runtimeLock);
 
 // Whether the `+initialize` that is running for a class is this thread's, or waits, by way of others, for one of this
 // thread's.
 bool waitsForThisThread(Class cls) ZP_REQUIRES(runtimeLock) {
     while (infoOf(cls) & objc_isInitializing) {
+        if (stateOf(cls).waitsForSuper) {
+            cls = cls->superclass;
+            continue;
+        }
         pthread_t runner = stateOf(cls).initializer;
         if (pthread_equal(runner, pthread_self())) return true;
-        const Waiting *w = waiting;
+        const Busy *w = waiting;
         while (w && !pthread_equal(w->thread, runner)) w = w->next;
         if (!w) return false;
         cls = w->cls;
     }
     return false;
+}
+
+// A class whose `+initialize` has run inside its superclass's is initialized, for other threads, with that.
+void finishInitializing(Class cls) ZP_REQUIRES(runtimeLock) {
+    objc_classState &state = stateOf(cls);
+    if (cls->superclass && !(infoOf(cls->superclass) & objc_isInitialized)) {
+        objc_classState &super = stateOf(cls->superclass);
+        state.waitsForSuper = true;
+        state.nextWaiting = super.waitsForThis;
+        super.waitsForThis = cls;
+        return;
+    }
+    state.waitsForSuper = false;
+    setInfo(cls, objc_isInitialized | (infoOf(cls->isa) & objc_defaultAllocation ? objc_allocatesPlainly : 0u));
+    clearInfo(cls, objc_isInitializing);
+    for (Class sub = std::exchange(state.waitsForThis, nullptr), next; sub; sub = next) {
+        next = stateOf(sub).nextWaiting;
+        finishInitializing(sub);
+    }
 }
 
 // Runs `+initialize` once, superclass first. Other threads wait; the running thread passes, and so does one without
@@ -173,8 +199,8 @@ bool ensureInitialized(Class cls) ZP_REQUIRES(runtimeLock) {
         objc_classState &state = stateOf(cls);
         if (infoOf(cls) & objc_isInitializing) {
             if (waitsForThisThread(cls)) return false;
-            Waiting self(cls);
-            pthread_cond_wait(&initialized, &runtimeLock.native);
+            Busy self(waiting, cls);
+            runtimeLock.wait(initialized);
             continue;
         }
         // Waits for another thread; when this one is inside the superclass's own `+initialize`, which uses this
@@ -185,21 +211,49 @@ bool ensureInitialized(Class cls) ZP_REQUIRES(runtimeLock) {
         state.initializer = pthread_self();
         struct Finish {
             Class cls;
+            std::optional<Busy> self;
+            Finish(Class c) ZP_REQUIRES(runtimeLock) : cls(c) { self.emplace(running, c); }
             ~Finish() ZP_ACQUIRES(runtimeLock) {
                 runtimeLock.lock();
-                setInfo(cls,
-                        objc_isInitialized | (infoOf(cls->isa) & objc_defaultAllocation ? objc_allocatesPlainly : 0u));
-                clearInfo(cls, objc_isInitializing);
+                self.reset();
+                finishInitializing(cls);
                 pthread_cond_broadcast(&initialized);
             }
         };
         const objc_method *m = findMethod(objc_counterpart(cls), "initialize"_sel);
+        Finish finish(cls);
         runtimeLock.unlock();
-        Finish finish{cls};
         if (m) reinterpret_cast<void (*)(objc_object *, SEL)>(m->implementation)(cls, m->name);
     }
     return true;
 }
+
+void beginAnew(Class cls) ZP_REQUIRES(runtimeLock) {
+    objc_classState &state = stateOf(cls);
+    state.waitsForSuper = false;
+    clearInfo(cls, objc_isInitializing);
+    for (Class sub = std::exchange(state.waitsForThis, nullptr); sub; sub = stateOf(sub).nextWaiting) beginAnew(sub);
+}
+
+// In a child, what other threads were doing has ended in the middle: who uses their classes begins anew.
+void forgetOthers() ZP_REQUIRES(runtimeLock) {
+    initialized = PTHREAD_COND_INITIALIZER;
+    waiting = nullptr;
+    for (Busy **at = &running; *at;) {
+        if (pthread_equal((*at)->thread, pthread_self())) at = &(*at)->next;
+        else {
+            beginAnew((*at)->cls);
+            *at = (*at)->next;
+        }
+    }
+}
+
+ZP_AT_FORK(
+    runtime, []() ZP_UNCHECKED_LOCKING { runtimeLock.lock(); },
+    [](bool isChild) ZP_UNCHECKED_LOCKING {
+        if (isChild) forgetOthers();
+        runtimeLock.unlock();
+    });
 
 }  // namespace
 

@@ -22,6 +22,8 @@ struct objc_classState {
     objc_methodIndex *index;
     Class firstSubclass, nextSibling;
     pthread_t initializer;
+    Class waitsForThis, nextWaiting;  ///< subclasses whose `+initialize` has run inside this one's
+    bool waitsForSuper;  ///< one of those
     Class posedAs;  ///< the class that this one took the place of
     Class poser;  ///< the class that took the place of this one, or what was made of it when another took its own
     struct objc_waitingCategory *categories;  ///< to be entered when the class is realized, the first one first

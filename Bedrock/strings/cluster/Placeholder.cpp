@@ -8,7 +8,7 @@
 #include <Bedrock/strings/cluster/Mutable.h>
 
 #include <Bedrock/data/ZPData.h>
-#include <Bedrock/platform/kernel/Lock.h>
+#include <Bedrock/platform/kernel/Fork.h>
 
 #include <vector>
 
@@ -18,6 +18,7 @@ ZPPlaceholderString *defaultPlaceholder;
 
 constinit mutex placeholdersMutex;
 std::vector<ZPPlaceholderString *> *placeholdersOfZones ZP_GUARDED_BY(placeholdersMutex);
+ZP_MUTEX_AT_FORK(placeholders, []() -> mutex & { return placeholdersMutex; });
 
 ZPPlaceholderString *makePlaceholder(ZPZone *zone) {
     // The object itself lives in the default zone: a recycled zone must not take it along.
