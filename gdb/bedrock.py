@@ -44,7 +44,7 @@ FIELDS = {
     "ZPConcreteSet": {"_table": (8, "P")},
     "ZPConcreteMutableSet": {"_table": (8, "P")},
     "ZPCountedSet": {"_table": (8, "P")},
-    "ZPSimpleSet": {"info": (0, "I"), "buckets": (16, "*")},
+    "ZPSimpleSet": {"info": (0, "I"), "buckets": (24, "*")},
     "ZPSimpleDictionary": {"info": (0, "I"), "buckets": (16, "*")},
     "ZPSimpleSetBucket": {"state": (0, "I"), "item": (8, "P")},
     "ZPSimpleDictionaryBucket": {"state": (0, "I"), "key": (8, "P"), "value": (16, "P")},

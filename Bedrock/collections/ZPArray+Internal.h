@@ -8,7 +8,10 @@
 //   _size    (mutable) the elements that the block has room for; what to allocate first while there is none
 #pragma once
 
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/collections/ZPCollections+Internal.h>
+
+#include <vector>
 
 struct ZPConcreteArray : ZPArray {
     ZP_PRIVATE_CLASS(ZPConcreteArray)
@@ -95,6 +98,31 @@ ZP_INLINE id *_ZPConcreteItems(id array, unsigned &count) {
     return nullptr;
 }
 
-/// The index of an element within `items`: the identical object, else (unless `identical`) an equal one;
-/// ZPNotFound otherwise. Forward: the lowest, else the highest.
-unsigned _ZPIndexOf(id object, const id *items, unsigned count, bool identical, bool forward = true);
+/// The elements of an array, or of a range of it, for a walk on which messages are sent that may change the array: a
+/// concrete array's own storage, looked at anew at each step, else a list that keeps the elements. The array is kept.
+class _ZPWalk {
+    ZPRef<ZPArray> _array;
+    ZPRange _range;
+    bool _isConcrete;
+    ZPRef<ZPObject> _current;
+    std::vector<ZPRef<ZPObject>> _list;
+
+  public:
+    explicit _ZPWalk(ZPArray *array);
+    /// The range lies within the array.
+    _ZPWalk(ZPArray *array, ZPRange range);
+    unsigned count() const { return _range.length; }
+    /// The element at an index below the count, kept until another is asked for; null when the array has become too
+    /// short meanwhile.
+    id at(unsigned index) {
+        if (!_isConcrete) return _list[index].get();
+        unsigned count = 0;
+        id *items = _ZPConcreteItems(_array.get(), count);
+        index += _range.location;
+        _current = index < count ? items[index].unchecked<ZPObject>() : nullptr;
+        return _current.get();
+    }
+    /// The index of the identical object, else (unless `identical`) of an equal one; ZPNotFound otherwise. Forward:
+    /// the lowest, else the highest.
+    unsigned indexOf(id object, bool identical, bool forward = true);
+};

@@ -63,27 +63,17 @@ id *_ZPMergeSort(unsigned count, id *source, id *result, id *scratch, ZPSortFunc
 
 namespace {
 
-// The elements of an array, sorted: three lists in one block, on the stack up to 128 elements.
-struct Sorted {
-    _ZPObjectBufferOf<3 * 128> buffer;
-    id *items;
-    Sorted(ZPArray *array, unsigned count, ZPSortFunction *compare, void *context) : buffer(3 * std::size_t(count)) {
-        array->getObjects_range(buffer.items, {0, count});
-        items = _ZPMergeSort(count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count), compare,
-                             context, count > 63);
-    }
-};
-
 struct ZPArraySorting : ZPArray {
     ZPArray *sortedArrayUsingFunction_context(ZPSortFunction *compare, void *context) {
-        unsigned count = self()->count();
-        if (count == 0) return _ZPEmptyArray();
-        if (count == 1) {
-            id only = self()->objectAtIndex(0);
-            return _ZPMakeArray(&only, 1);
-        }
-        Sorted sorted(this, count, compare, context);
-        return _ZPMakeArray(sorted.items, count);
+        // The new array keeps what is compared, also when the comparison takes it out of this one.
+        _ZPElements elements(this);
+        ZPArray *sorted = _ZPMakeArray(elements.items, elements.count);
+        unsigned count = 0;
+        id *items = _ZPConcreteItems(sorted, count);
+        _ZPObjectBufferOf<2 * 128> room(2 * std::size_t(count));
+        id *list = _ZPMergeSort(count, items, room.items, room.items + count, compare, context, count > 63);
+        if (list != items) move(items, list, count);
+        return sorted;
     }
     ZPArray *sortedArrayUsingSelector(SEL selector) {
         return self()->sortedArrayUsingFunction_context(_ZPCompareBySelector, const_cast<objc_selector *>(selector));
@@ -91,10 +81,10 @@ struct ZPArraySorting : ZPArray {
 
     // A hint holds the hash of each element in element order, as little-endian 32-bit words.
     ZPData *sortedArrayHint() {
-        _ZPElements elements(this);
-        ZPMutableData *data = ZPMutableData::dataWithCapacity(4 * elements.count);
-        for (id element : elements) {
-            unsigned hash = element->hash();
+        _ZPWalk walk(this);
+        ZPMutableData *data = ZPMutableData::dataWithCapacity(4 * walk.count());
+        for (unsigned i = 0; i < walk.count(); ++i) {
+            unsigned hash = walk.at(i)->hash();
             unsigned char word[4] = {static_cast<unsigned char>(hash), static_cast<unsigned char>(hash >> 8),
                                      static_cast<unsigned char>(hash >> 16), static_cast<unsigned char>(hash >> 24)};
             data->appendBytes_length(word, 4);
@@ -109,6 +99,8 @@ struct ZPArraySorting : ZPArray {
         _ZPObjectBufferOf<4 * 128> buffer(4 * std::size_t(count));
         id *work = buffer.items, *gathered = work + count;
         self()->getObjects_range(gathered, {0, count});
+        std::vector<ZPRef<ZPObject>> kept;  // while they are asked
+        for (unsigned i = 0; i < count; ++i) kept.emplace_back(gathered[i].unchecked<ZPObject>());
         unsigned front = 0, back = count;
         ZPScope map{ZPCreateMapTable(ZPIntMapKeyCallBacks, ZPNonOwnedPointerMapValueCallBacks, 3 * count),
                     ZPFreeMapTable};
@@ -142,6 +134,20 @@ struct ZPArraySorting : ZPArray {
     }
 };
 
+// The elements of an array, sorted: three lists in one block, on the stack up to 128 elements. They are kept: a
+// comparison may take them out of the array.
+struct Sorted {
+    _ZPObjectBufferOf<3 * 128> buffer;
+    id *items = buffer.items;
+    _ZPReleaser releaser{items, 0};
+    Sorted(ZPArray *array, unsigned count, ZPSortFunction *compare, void *context) : buffer(3 * std::size_t(count)) {
+        array->getObjects_range(items, {0, count});
+        for (; releaser.count < count; ++releaser.count) items[releaser.count]->retain();
+        items = _ZPMergeSort(count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count), compare,
+                             context, count > 63);
+    }
+};
+
 struct ZPMutableArraySorting : ZPMutableArray {
     void sortUsingFunction_context(ZPSortFunction *compare, void *context) {
         unsigned count = self()->count();
@@ -150,11 +156,14 @@ struct ZPMutableArraySorting : ZPMutableArray {
         unsigned now;
         if (id *items = _ZPConcreteItems(this, now)) {
             // A comparison that changed the array has made this order worthless.
-            if (now == count) move(items, sorted.items, count);
+            if (now != count) return;
+            // The references change hands: what lies there now is released instead.
+            id *former = sorted.buffer.items + 2 * std::size_t(count);
+            move(former, items, count);
+            move(items, sorted.items, count);
+            sorted.releaser.items = former;
             return;
         }
-        _ZPReleaser releaser{sorted.items, 0};
-        for (; releaser.count < count; ++releaser.count) sorted.items[releaser.count]->retain();
         for (unsigned i = 0; i < count; ++i) self()->replaceObjectAtIndex_withObject(i, sorted.items[i]);
     }
     void sortUsingSelector(SEL selector) {

@@ -30,25 +30,35 @@ void _ZPElements::gather(ZPArray *array, ZPRange range) {
     if (range.length) array->getObjects_range(items, range);
 }
 
-unsigned _ZPIndexOf(id object, const id *items, unsigned count, bool identical, bool forward) {
-    if (!object || !count) return ZPNotFound;
-    if (count == 1) return object == items[0] || (!identical && object->isEqual(items[0])) ? 0 : ZPNotFound;
-    if (forward) {
-        for (unsigned i = 0; i < count; ++i)
-            if (items[i] == object) return i;
+_ZPWalk::_ZPWalk(ZPArray *array) : _ZPWalk(array, {0, array ? array->count() : 0}) {}
+
+_ZPWalk::_ZPWalk(ZPArray *array, ZPRange range) : _array(array), _range(range) {
+    unsigned count;
+    _isConcrete = array && _ZPConcreteItems(array, count);
+    if (_isConcrete || !range.length) return;
+    _ZPElements elements(array, range);
+    for (id element : elements) _list.emplace_back(element.unchecked<ZPObject>());
+}
+
+unsigned _ZPWalk::indexOf(id object, bool identical, bool forward) {
+    unsigned length = _range.length;
+    if (!object || !length) return ZPNotFound;
+    auto step = [&](unsigned i) { return forward ? i : length - 1 - i; };
+    if (_isConcrete) {
+        unsigned count;
+        const id *items = _ZPConcreteItems(_array.get(), count);
+        length = _range.location < count ? std::min(length, count - _range.location) : 0;
+        items += _range.location;
+        for (unsigned i = 0; i < length; ++i)
+            if (items[step(i)] == object) return step(i);
     } else {
-        for (unsigned i = count; i-- > 0;)
-            if (items[i] == object) return i;
+        for (unsigned i = 0; i < length; ++i)
+            if (_list[step(i)].get() == object) return step(i);
     }
     if (identical) return ZPNotFound;
     _ZPEqualTo equals(object);
-    if (forward) {
-        for (unsigned i = 0; i < count; ++i)
-            if (equals(items[i])) return i;
-    } else {
-        for (unsigned i = count; i-- > 0;)
-            if (equals(items[i])) return i;
-    }
+    for (unsigned i = 0; i < length; ++i)
+        if (id element = at(step(i)); element && equals(element)) return step(i);
     return ZPNotFound;
 }
 
@@ -102,14 +112,17 @@ struct ZPArrayMethods : ZPArray {
     }
     id initWithArray(ZPArray *array) { return self()->initWithArray_copyItems(array, NO); }
     id initWithArray_copyItems(ZPArray *array, BOOL copyItems) {
-        _ZPElements elements(array);
-        if (!copyItems) return self()->initWithObjects_count(elements.items, elements.count);
-        _ZPObjectBuffer copies(elements.count);
+        if (!copyItems) {
+            _ZPElements elements(array);
+            return self()->initWithObjects_count(elements.items, elements.count);
+        }
+        _ZPWalk walk(array);
+        _ZPObjectBuffer copies(walk.count());
         _ZPReleaser releaser{copies.items, 0};
         ZPZone *zone = self()->zone();
         ZPRef<ZPArray> self = ZPAdopt<ZPArray>(static_cast<ZPArray *>(this));
-        for (id element : elements) copies.items[releaser.count++] = element->copyWithZone(zone);
-        return self.detach()->initWithObjects_count(copies.items, elements.count);
+        for (unsigned i = 0; i < walk.count(); ++i) copies.items[releaser.count++] = walk.at(i)->copyWithZone(zone);
+        return self.detach()->initWithObjects_count(copies.items, walk.count());
     }
 
     // ---- primitives ----
@@ -145,8 +158,7 @@ struct ZPArrayMethods : ZPArray {
     unsigned search(SEL selector, id object, ZPRange range, bool identical) {
         _ZPCheckElements(this, selector, range, size());
         if (!object || !range.length) return ZPNotFound;
-        _ZPElements elements(this, range);
-        unsigned index = _ZPIndexOf(object, elements.items, elements.count, identical);
+        unsigned index = _ZPWalk(this, range).indexOf(object, identical);
         return index == ZPNotFound ? index : range.location + index;
     }
     BOOL containsObject(id object) { return search("containsObject:"_sel, object, {0, size()}, false) != ZPNotFound; }
@@ -168,20 +180,20 @@ struct ZPArrayMethods : ZPArray {
         if (unsigned(index) >= count || index < 0) _ZPRaiseBounds(this, "indexOf:::"_sel, unsigned(index), count);
         if (!object) return ZPNotFound;
         unsigned first = forward ? unsigned(index) : 0;
-        _ZPElements elements(this, {first, forward ? count - first : unsigned(index) + 1});
-        unsigned found = _ZPIndexOf(object, elements.items, elements.count, false, forward);
+        _ZPWalk walk(this, {first, forward ? count - first : unsigned(index) + 1});
+        unsigned found = walk.indexOf(object, false, forward);
         return found == ZPNotFound ? found : first + found;
     }
     unsigned indexOfAttributeBySelector_equalToObject(SEL selector, id object) {
-        _ZPElements elements(this);
-        for (unsigned i = 0; i < elements.count; ++i)
-            if (object->isEqual(elements.items[i]->performSelector(selector))) return i;
+        _ZPWalk walk(this);
+        for (unsigned i = 0; i < walk.count(); ++i)
+            if (id element = walk.at(i); element && object->isEqual(element->performSelector(selector))) return i;
         return ZPNotFound;
     }
     id firstObjectCommonWithArray(ZPArray *array) {
-        _ZPElements elements(this), others(array);
-        for (id element : elements)
-            if (_ZPIndexOf(element, others.items, others.count, false) != ZPNotFound) return element;
+        _ZPWalk walk(this), others(array);
+        for (unsigned i = 0; i < walk.count(); ++i)
+            if (id element = walk.at(i); others.indexOf(element, false) != ZPNotFound) return element;
         return nullptr;
     }
     BOOL isEqual(id other) {
@@ -197,9 +209,11 @@ struct ZPArrayMethods : ZPArray {
         unsigned ours = size(), theirs;
         if (!_ZPConcreteItems(array, theirs)) theirs = array->count();
         if (ours != theirs) return NO;
-        _ZPElements elements(this), others(array);
-        for (unsigned i = 0; i < ours; ++i)
-            if (!_ZPSameOrEqual(elements.items[i], others.items[i])) return NO;
+        _ZPWalk walk(this, {0, ours}), others(array, {0, ours});
+        for (unsigned i = 0; i < ours; ++i) {
+            id mine = walk.at(i), other = others.at(i);
+            if (mine != other && (!mine || !other || !mine->isEqual(other))) return NO;
+        }
         return YES;
     }
     unsigned hash() { return size(); }
@@ -220,10 +234,10 @@ struct ZPArrayMethods : ZPArray {
         return self()->arrayByAddingObjects_count(others.items, others.count);
     }
     ZPArray *arrayByApplyingSelector(SEL selector) {
-        _ZPElements elements(this);
+        _ZPWalk walk(this);
         _ZPObjectList results;
-        for (id element : elements)
-            if (id result = element->performSelector(selector)) results.add(result);
+        for (unsigned i = 0; i < walk.count(); ++i)
+            if (id result = walk.at(i)->performSelector(selector)) results.add(result);
         return _ZPMakeArray(results.items, results.count);
     }
     ZPArray *arrayByExcludingObjectsInArray(ZPArray *array) {
@@ -233,13 +247,16 @@ struct ZPArrayMethods : ZPArray {
         return self()->arrayByExcludingObjectsInArray_identical(array, YES);
     }
     ZPArray *arrayByExcludingObjectsInArray_identical(ZPArray *array, BOOL identical) {
-        _ZPElements elements(this), others(array);
-        if (!elements.count) return _ZPEmptyArray();
-        if (!others.count) return self()->copy()->autorelease();
-        _ZPObjectList kept;
-        for (id element : elements)
-            if (_ZPIndexOf(element, others.items, others.count, identical) == ZPNotFound) kept.add(element);
-        return _ZPMakeArray(kept.items, kept.count);
+        _ZPWalk walk(this), others(array);
+        if (!walk.count()) return _ZPEmptyArray();
+        if (!others.count()) return self()->copy()->autorelease();
+        std::vector<ZPRef<ZPObject>> kept;
+        for (unsigned i = 0; i < walk.count(); ++i)
+            if (id element = walk.at(i); element && others.indexOf(element, identical) == ZPNotFound)
+                kept.emplace_back(element.unchecked<ZPObject>());
+        _ZPObjectBuffer list(kept.size());
+        for (std::size_t i = 0; i < kept.size(); ++i) list.items[i] = kept[i].get();
+        return _ZPMakeArray(list.items, unsigned(kept.size()));
     }
     ZPArray *subarrayWithRange(ZPRange range) {
         _ZPCheckElements(this, "subarrayWithRange:"_sel, range, size());
@@ -248,22 +265,23 @@ struct ZPArrayMethods : ZPArray {
         return _ZPMakeArray(elements.items, elements.count);
     }
     ZPString *componentsJoinedByString(ZPString *separator) {
-        _ZPElements elements(this);
-        if (!elements.count) return ""_zp;
-        if (elements.count == 1) return elements.items[0]->description()->copy()->autorelease();
+        _ZPWalk walk(this);
+        unsigned count = walk.count();
+        if (!count) return ""_zp;
+        if (count == 1) return walk.at(0)->description()->copy()->autorelease();
         unsigned gap = separator->length();
-        _ZPObjectBuffer texts(elements.count);
-        std::uint64_t length = std::uint64_t(gap) * (elements.count - 1);
-        for (unsigned i = 0; i < elements.count; ++i) {
-            ZPString *text = elements.items[i]->description();
-            texts.items[i] = text;
-            length += text->length();
+        std::vector<ZPRef<ZPString>> texts;
+        texts.reserve(count);
+        std::uint64_t length = std::uint64_t(gap) * (count - 1);
+        for (unsigned i = 0; i < count; ++i) {
+            texts.emplace_back(walk.at(i)->description());
+            length += texts.back()->length();
         }
         if (length > 0x7FFFFFFF) _ZPRaiseAbsurd(this, "componentsJoinedByString:"_sel, "count", unsigned(length));
         _ZPBlock block(_ZPAllocate<unichar>(length, nullptr, "a string of %u characters", unsigned(length)));
         unichar *at = block, *end = at + length;
-        for (unsigned i = 0; i < elements.count; ++i) {
-            ZPString *text = texts.items[i];
+        for (unsigned i = 0; i < count; ++i) {
+            ZPString *text = texts[i].get();
             // A text that changes its length meanwhile does not run past the buffer.
             auto put = [&](ZPString *s) {
                 unsigned n = s->length();
@@ -290,7 +308,8 @@ struct ZPArrayMethods : ZPArray {
         for (unsigned i = 0; i < size(); ++i) {
             unsigned count;
             id *items = _ZPConcreteItems(this, count);
-            (items ? items[i] : self()->objectAtIndex(i))->performSelector_withObject(selector, object);
+            ZPRef<ZPObject> element = (items ? items[i] : self()->objectAtIndex(i)).unchecked<ZPObject>();
+            element->performSelector_withObject(selector, object);
         }
     }
 

@@ -140,10 +140,22 @@ struct ZPMutableArrayMethods : ZPMutableArray {
             return !identical && equals(element);
         };
         if (auto *c = concrete(this)) {
+            // The identical ones without a message, equal ones in two steps: whoever is asked may change the array.
+            std::vector<std::pair<unsigned, id>> found;
+            ZPOwnedObject kept(identical ? nullptr : object->retain().pointer());
+            if (!identical) {
+                _ZPWalk walk(this, range);
+                for (unsigned i = 0; i < range.length && references; ++i)
+                    if (id element = walk.at(i); element && matches(element))
+                        found.emplace_back(range.location + i, element);
+            }
             Compaction scan(c, range);
-            while (scan.from < scan.end && references) {
-                if (matches(scan.current())) scan.take();
+            scan.end = std::min(scan.end, c->_info);
+            for (auto at = found.begin(); scan.from < scan.end && (identical ? references != 0 : at != found.end());) {
+                bool isFound = !identical && at->first == scan.from;
+                if (identical ? matches(scan.current()) : isFound && at->second == scan.current()) scan.take();
                 else scan.keep();
+                at += isFound;
             }
             return;
         }
@@ -174,8 +186,9 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         unsigned size = self()->count();
         bool ascending = std::is_sorted(indices, indices + count);
         auto *c = concrete(this);
-        if (ascending && c && count && indices[count - 1] < size &&
-            std::adjacent_find(indices, indices + count) == indices + count) {
+        if (ascending && c && std::adjacent_find(indices, indices + count) != indices + count)
+            return removeRepeated(indices, count, size);
+        if (ascending && c && count && indices[count - 1] < size) {
             Compaction scan(c, {indices[0], size - indices[0]});
             for (unsigned next = 0; next < count;) {
                 if (scan.from == indices[next]) {
@@ -203,17 +216,39 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         }
         self()->removeObjectsFromIndices_numIndices(sorted.data(), unsigned(sorted.size()));
     }
+    // Ascending indexes, some more than once: from the last one on, each takes what is then at the index, so that an
+    // index that comes again takes the next element that is left.
+    void removeRepeated(const unsigned *indices, unsigned count, unsigned size) {
+        std::vector<unsigned> left(size + 1), taken;  // left: from each place, where the next element that stays may be
+        for (unsigned i = 0; i <= size; ++i) left[i] = i;
+        auto next = [&](unsigned i) {
+            unsigned end = i;
+            while (left[end] != end) end = left[end];
+            while (left[i] != end) i = std::exchange(left[i], end);
+            return end;
+        };
+        unsigned beyond = ZPNotFound;
+        while (count && beyond == ZPNotFound) {
+            unsigned index = indices[--count], at = index < size ? next(index) : size;
+            if (at == size) beyond = index;
+            else taken.push_back(at), left[at] = at + 1;
+        }
+        std::sort(taken.begin(), taken.end());
+        self()->removeObjectsFromIndices_numIndices(taken.data(), unsigned(taken.size()));
+        if (beyond != ZPNotFound) self()->removeObjectAtIndex(beyond);  // which raises
+    }
     void removeObjectsInArray(ZPArray *array) {
-        _ZPElements others(array);
-        if (!others.count) return;
-        if (others.count == 1) return self()->removeObject(others.items[0]);
+        _ZPWalk others(array);
+        if (!others.count()) return;
+        if (others.count() == 1) return self()->removeObject(others.at(0));
         std::vector<unsigned> indices;
         {
-            ZPScope known{ZPCreateHashTable(ZPNonRetainedObjectHashCallBacks, others.count), ZPFreeHashTable};
-            for (id other : others) ZPHashInsertIfAbsent(known, other.pointer());
-            _ZPElements elements(this);
-            for (unsigned i = 0; i < elements.count; ++i)
-                if (ZPHashGet(known, elements.items[i].pointer())) indices.push_back(i);
+            ZPScope known{ZPCreateHashTable(ZPObjectHashCallBacks, others.count()), ZPFreeHashTable};
+            for (unsigned i = 0; i < others.count(); ++i)
+                if (id other = others.at(i)) ZPHashInsertIfAbsent(known, other.pointer());
+            _ZPWalk walk(this);
+            for (unsigned i = 0; i < walk.count(); ++i)
+                if (id element = walk.at(i); element && ZPHashGet(known, element.pointer())) indices.push_back(i);
         }
         self()->removeObjectsFromIndices_numIndices(indices.data(), unsigned(indices.size()));
     }

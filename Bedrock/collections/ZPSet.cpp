@@ -103,6 +103,11 @@ struct ZPSetMethods : ZPSet {
     }
     id anyObject() {
         id any;
+        ZPSimpleSet *table;
+        if (_ZPConcreteTable(this, table)) {
+            ZPSimpleSetBucket *first = table ? ZPSimpleFirst(table) : nullptr;
+            return first ? _ZPMember(first) : any;
+        }
         _ZPForEachMember(this, [&](id member, unsigned) {
             any = member;
             return false;

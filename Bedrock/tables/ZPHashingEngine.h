@@ -102,6 +102,7 @@ template <class S, class E> ZP_INLINE ZPSimpleBucketOf<S> *ZPSimpleFind(S *table
 /// Writes a new entry at the place that a search without success found and counts it; the structure has room for it.
 template <class S> ZP_INLINE void ZPSimplePut(S *s, ZPSimpleBucketOf<S> *place, ZPSimpleBucketOf<S> entry) {
     *place = entry;
+    if constexpr (requires { s->unused; }) s->unused = 0;
     s->info++;
 }
 
@@ -124,6 +125,20 @@ template <class S> ZP_INLINE void ZPSimpleRemove(S *s, ZPSimpleBucketOf<S> *buck
     }
     *bucket = {ZPSimpleDeleted};
     s->info--;
+}
+
+/// The first bucket in use in the order of enumeration, the last of all; null when there is none. Finds it again without
+/// a look at those behind it, so that whoever takes one entry after the other need not look at all buckets each time.
+inline ZPSimpleSetBucket *ZPSimpleFirst(ZPSimpleSet *s) {
+    unsigned all = ZPSimpleIsLinear(s) ? ZPSimpleCount(s) : ZPSimpleBuckets(s);
+    unsigned known = ZPSimpleIsLinear(s) ? 0 : __atomic_load_n(&s->unused, __ATOMIC_RELAXED);
+    for (unsigned i = all - known; i-- > 0;) {
+        if (!(s->buckets[i].state & ZPSimpleOccupied)) continue;
+        // Several threads may ask, and find the same.
+        if (all - 1 - i > known + 16) __atomic_store_n(&s->unused, all - 1 - i, __ATOMIC_RELAXED);
+        return &s->buckets[i];
+    }
+    return nullptr;
 }
 
 /// Calls f(bucket) for every bucket in use, last first, while it answers nothing or true.

@@ -37,6 +37,7 @@ struct ZPSimpleSet {
     unsigned info;  ///< size class in the top 5 bits, count in the low 27
     int retainCount;  ///< beyond the first reference; -1: permanent
     ZPSimpleEqualFunction *isEqual;  ///< null: only identical items are equal
+    unsigned unused;  ///< as many buckets at the end at least are not in use; 0 when it is not known
     ZPSimpleSetBucket buckets[];  ///< as many as the size class says
 };
 

@@ -7,7 +7,7 @@ namespace {
 /// Does something when it is sent one of these.
 struct Actor : ZPObject {
     ZP_CLASS(Actor)
-    std::function<void()> _does;
+    std::function<void()> _does, _asked;
     std::function<id(Actor *)> _copies;
     int _number;
     static inline int live = 0;
@@ -25,9 +25,18 @@ struct Actor : ZPObject {
         act();
         return ZPString::stringWithFormat("%d"_zp, _number);
     }
-    unsigned hash() { return 7; }
-    BOOL isEqual(id other) { return other->isKindOfClass(class_()) && other.unchecked<Actor>()->_number == _number; }
-    id copyWithZone(ZPZone *) { return _copies ? _copies(this) : self()->retain(); }
+    unsigned hash() {
+        if (_asked) _asked();
+        return 7;
+    }
+    BOOL isEqual(id other) {
+        if (_asked) _asked();
+        return other->isKindOfClass(class_()) && other.unchecked<Actor>()->_number == _number;
+    }
+    id copyWithZone(ZPZone *) {
+        if (_asked) _asked();
+        return _copies ? _copies(this) : self()->retain();
+    }
     void dealloc() {
         --live;
         objc_super<Actor>(this).send("dealloc"_sel);
@@ -126,4 +135,77 @@ TEST(Meanwhile, TheValueIsTheArraysOwn) {
         ZPFreeRangeValueArray(array);
     }
     EXPECT_EQ(Actor::live, 0);
+}
+
+TEST(Meanwhile, ElementsChangeTheArrayThatIsSearched) {
+    struct Case {
+        const char *name;
+        std::function<void(ZPMutableArray *, ZPArray *, Actor *)> run;
+    };
+    const Case cases[] = {
+        {"search", [](ZPMutableArray *a, ZPArray *, Actor *other) { a->indexOfObject(other); }},
+        {"search back", [](ZPMutableArray *a, ZPArray *,
+                           Actor *other) { objc_msgSend<unsigned>(a, "indexOf:::"_sel, id(other), 39, NO); }},
+        {"common", [](ZPMutableArray *a, ZPArray *copy, Actor *) { copy->firstObjectCommonWithArray(a); }},
+        {"equal", [](ZPMutableArray *a, ZPArray *copy, Actor *) { a->isEqualToArray(copy); }},
+        {"excluding", [](ZPMutableArray *a, ZPArray *copy, Actor *) { a->arrayByExcludingObjectsInArray(copy); }},
+        {"remove", [](ZPMutableArray *a, ZPArray *, Actor *other) { a->removeObject(other); }},
+        {"remove all", [](ZPMutableArray *a, ZPArray *copy, Actor *) { a->removeObjectsInArray(copy); }},
+        {"join", [](ZPMutableArray *a, ZPArray *, Actor *) { a->componentsJoinedByString(","_zp); }},
+        {"copy",
+         [](ZPMutableArray *a, ZPArray *, Actor *) { ZPAdopt(ZPArray::alloc()->initWithArray_copyItems(a, YES)); }},
+        {"hint", [](ZPMutableArray *a, ZPArray *, Actor *) { a->sortedArrayHint(); }},
+        {"perform", [](ZPMutableArray *a, ZPArray *, Actor *) { a->makeObjectsPerformSelector("act"_sel); }},
+    };
+    for (auto &[name, run] : cases)
+        for (int what = 0; what < 3; ++what) {
+            SCOPED_TRACE(name);
+            int before = Actor::live;
+            {
+                ZPAutoreleasePoolScope pool;
+                ZPMutableArray *array = ZPMutableArray::array();
+                std::vector<ZPRef<Actor>> unequal;
+                int left = 40;
+                auto change = [&, what] {
+                    if (--left % 3 || left < 0) return;
+                    if (what == 0) array->removeAllObjects();
+                    if (what == 1) array->removeObjectAtIndex(0);
+                    for (int i = 0; what == 2 && i < 50; ++i) array->addObject(Actor::with(100 + i).get());
+                };
+                for (int i = 0; i < 40; ++i) {
+                    ZPRef<Actor> actor = Actor::with(i);
+                    actor->_does = actor->_asked = change;
+                    array->addObject(actor.get());
+                    unequal.push_back(Actor::with(1000 + i));
+                    unequal.back()->_asked = change;
+                }
+                ZPMutableArray *copy = ZPMutableArray::array();
+                for (auto &actor : unequal) copy->addObject(actor.get());
+                try {
+                    run(array, copy, unequal[0].get());
+                } catch (ZPException *) {}
+            }
+            EXPECT_EQ(Actor::live, before);
+        }
+}
+
+TEST(Meanwhile, AComparisonReplacesWhatIsSorted) {
+    for (unsigned count : {2u, 3u, 40u, 200u}) {
+        int before = Actor::live;
+        {
+            ZPAutoreleasePoolScope pool;
+            ZPMutableArray *array = ZPMutableArray::array();
+            for (unsigned i = 0; i < count; ++i) array->addObject(Actor::with(int(i * 7919 % count)).get());
+            array->sortUsingFunction_context(
+                [](id a, id b, void *context) {
+                    auto *array = static_cast<ZPMutableArray *>(context);
+                    array->replaceObjectAtIndex_withObject(0, Actor::with(5000).get());
+                    return a.unchecked<Actor>()->_number - b.unchecked<Actor>()->_number;
+                },
+                array);
+            EXPECT_EQ(array->count(), count);
+            for (id each : *array) EXPECT_GE(each->retainCount(), 1u);
+        }
+        EXPECT_EQ(Actor::live, before);
+    }
 }

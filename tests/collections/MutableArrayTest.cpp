@@ -2,6 +2,8 @@
 // Changing arrays, over the concrete class and a client subclass with the primitives only.
 #include "Support.h"
 
+#include <numeric>
+
 namespace {
 
 struct MutableArray : CollectionTest, testing::WithParamInterface<Class> {
@@ -79,6 +81,19 @@ TEST_P(MutableArray, RemovesByIndexes) {
     EXPECT_EQ(remove({}), (Values{0, 1, 2, 3, 4, 5, 6}));
     EXPECT_REFUSED(remove({0, 7}));
     EXPECT_REFUSED(remove({7, 0}));
+    EXPECT_REFUSED(remove({5, 6, 6}));
+    std::mt19937 random(4);
+    for (int round = 0; round < 200; ++round) {  // ascending, some more than once, one by one from the last
+        std::vector<unsigned> indices(1 + random() % 40);
+        for (unsigned &index : indices) index = random() % 60;
+        std::sort(indices.begin(), indices.end());
+        Values wanted(100);
+        std::iota(wanted.begin(), wanted.end(), 0);
+        ZPMutableArray *array = make(wanted);
+        for (auto at = indices.rbegin(); at != indices.rend(); ++at) wanted.erase(wanted.begin() + *at);
+        array->removeObjectsFromIndices_numIndices(indices.data(), unsigned(indices.size()));
+        ASSERT_EQ(valuesOf(array), wanted);
+    }
 }
 
 TEST_P(MutableArray, AgreesWithAVectorUnderRandomChanges) {

@@ -2,6 +2,8 @@
 // Sets over every storage form, and multisets.
 #include "Support.h"
 
+#include <numeric>
+
 ZP_IMPLEMENT(PlainMutableSet, init, initWithCapacity, initWithObjects_count, count, member, objectEnumerator, addObject,
              removeObject);
 
@@ -87,6 +89,19 @@ TEST_P(Set, CountsSurviveIntoACountedSet) {
     ZPCountedSet *counted = ZPCountedSet::setWithSet(make({1, 1, 2}));
     EXPECT_EQ(contentsOf(counted), counts() ? (Contents{1, 1, 2}) : (Contents{1, 2}));
     EXPECT_EQ(contentsOf(ZPSet::setWithSet(counted)), (Contents{1, 2}));
+}
+
+TEST_P(MutableSet, IsEmptiedInTheOrderOfEnumeration) {
+    Values values(500);
+    std::iota(values.begin(), values.end(), 0);
+    ZPMutableSet *set = make(values);
+    std::mt19937 random(2);
+    for (int step = 0; id member = set->anyObject(); ++step) {
+        ASSERT_EQ(member, set->objectEnumerator()->nextObject());
+        set->removeObject(member);
+        if (step < 300 && random() % 3 == 0) set->addObject(TestItem::with(1000 + step));
+    }
+    EXPECT_EQ(set->count(), 0u);
 }
 
 TEST_P(MutableSet, Algebra) {
