@@ -45,7 +45,7 @@ unsigned _ZPWalk::indexOf(id object, bool identical, bool forward) {
     if (!object || !length) return ZPNotFound;
     auto step = [&](unsigned i) { return forward ? i : length - 1 - i; };
     if (_isConcrete) {
-        unsigned count;
+        unsigned count = 0;
         const id *items = _ZPConcreteItems(_array.get(), count);
         length = _range.location < count ? std::min(length, count - _range.location) : 0;
         items += _range.location;

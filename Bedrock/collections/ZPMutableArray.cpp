@@ -171,6 +171,7 @@ struct ZPMutableArrayMethods : ZPMutableArray {
         }
     }
     void removeObjectsInRange(ZPRange range) {
+        if (!range.length) return;
         if (auto *c = concrete(this)) {
             _ZPCheckElements(this, "removeObjectAtIndex:"_sel, range, c->_info);
             Compaction scan(c, range);

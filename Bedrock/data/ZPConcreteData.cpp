@@ -82,11 +82,7 @@ struct ConcreteDataMethods : ZPConcreteData {
         return self()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(view, length, NO, YES, YES);
     }
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
-        ZPRef<ZPFileMapper> mapper;
-        {
-            ZPAutoreleasePoolScope pool;
-            mapper = ZPFileMapper::fileMapperForPath(path);
-        }
+        ZPRef<ZPFileMapper> mapper = _ZPMapperOfFile(path);
         if (!mapper) return giveUp();
         return self()->initWithFileMapper_length(mapper, mapper->length());
     }

@@ -38,11 +38,13 @@ BOOL putInPlace(const char *temporary, const char *path, const char *hostPath, u
     auto moved = [&] { return _ZPMoveFile(temporary, path) == 0 && (ZPHostSetMode(hostPath, mode), true); };
     if (moved()) return YES;
     ZPHostStatus former;
-    BOOL existed = ZPHostPathStatus(hostPath, &former);
-    ZPHostSetMode(hostPath, 0700);
-    if (moved()) return YES;
     int reason = errno;
-    if (existed) ZPHostSetMode(hostPath, former.mode);
+    // Some file systems keep a file that may not be written; no mode lets a file take the place of anything else.
+    if (reason == EACCES && ZPHostPathStatus(hostPath, &former) && former.isRegular) {
+        ZPHostSetMode(hostPath, 0700);
+        if (moved()) return YES;
+        ZPHostSetMode(hostPath, former.mode);
+    }
     errno = reason;
     return NO;
 }
@@ -55,6 +57,14 @@ BOOL _ZPHostPathOfString(ZPString *path, char *buffer, unsigned size) {
         return YES;
     errno = ENOENT;
     return NO;
+}
+
+ZPRef<ZPFileMapper> _ZPMapperOfFile(ZPString *path) {
+    ZPAutoreleasePoolScope pool;
+    ZPRef<ZPFileMapper> mapper = ZPFileMapper::fileMapperForPath(path);
+    if (!mapper || mapper->length() <= _ZPLargestData) return mapper;
+    errno = EFBIG;
+    return nullptr;
 }
 
 BOOL _ZPReadBytesFromFile(const char *path, void **bytes, unsigned *length, ZPZone *zone) {

@@ -21,6 +21,7 @@
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/data/ZPDataView.h>
 #include <Bedrock/data/ZPFileMapper.h>
@@ -30,6 +31,8 @@
 #include <cstring>
 
 inline constexpr unsigned _ZPLargestData = 0x3FFFFFFF;
+/// A mapper of a file that is not too large for a data object; null, with `errno`, when there is none.
+ZPRef<ZPFileMapper> _ZPMapperOfFile(ZPString *path);
 inline constexpr unsigned _ZPWorthMapping = 32u << 20;
 
 enum : unsigned { _ZPDataInline = 1, _ZPDataFreeWhenDone = 2, _ZPDataSharedView = 2, _ZPDataPages = 4 };

@@ -6,6 +6,8 @@
 #include <Bedrock/core/Digits.h>
 #include <Bedrock/core/Fronts.h>
 
+#include <cerrno>
+
 namespace {
 
 struct DataMethods : ZPData {
@@ -34,8 +36,9 @@ struct DataMethods : ZPData {
         void *bytes;
         unsigned length;
         ZPZone *zone = self()->zone();
-        if (!path || !path->getFileSystemRepresentation_maxLength(own, sizeof own) ||
-            !_ZPReadBytesFromFile(own, &bytes, &length, zone)) {
+        bool isPath = path && path->getFileSystemRepresentation_maxLength(own, sizeof own);
+        if (!isPath) errno = ENOENT;
+        if (!isPath || !_ZPReadBytesFromFile(own, &bytes, &length, zone)) {
             self()->release();
             return nullptr;
         }

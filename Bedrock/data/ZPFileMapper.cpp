@@ -16,7 +16,8 @@ struct FileMapperMethods : ZPFileMapper {
         _mapping = handle < 0 ? ZPHostMakeAnonymousFile(length) : ZPHostDuplicateFile(handle);
         _length = length;
         ZPHostStatus status;
-        bool usable = _mapping >= 0 && length != 0xFFFFFFFF;
+        bool usable = _mapping >= 0;
+        if (usable && length == 0xFFFFFFFF) usable = false, errno = EFBIG;
         if (usable && handle >= 0) {
             usable = ZPHostFileStatus(handle, &status);
             if (usable && status.size < length) usable = false, errno = EINVAL;

@@ -179,11 +179,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
         return this;
     }
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
-        ZPRef<ZPFileMapper> mapper;
-        {
-            ZPAutoreleasePoolScope pool;
-            mapper = ZPFileMapper::fileMapperForPath(path);
-        }
+        ZPRef<ZPFileMapper> mapper = _ZPMapperOfFile(path);
         if (!mapper) {
             self()->release();
             return nullptr;

@@ -40,9 +40,12 @@ template <class T, class C> ZPString *_ZPDescribeItem(T *table, const C &callBac
     return _ZPStringWithCText("0x%lx", reinterpret_cast<unsigned long>(item));
 }
 
-/// The low 32 bits of an item are its hash when the table has no function for it.
+/// The hash of an item for which the table has no function: of a number of 32 bits itself; of a pointer all its bits,
+/// since pointers to large blocks differ in the high ones alone.
 template <class T, class C> ZP_INLINE unsigned _ZPItemHash(T *table, const C &callBacks, const void *item) {
-    return callBacks.hash ? callBacks.hash(table, item) : unsigned(reinterpret_cast<std::uintptr_t>(item));
+    if (callBacks.hash) return callBacks.hash(table, item);
+    auto word = reinterpret_cast<std::uintptr_t>(item);
+    return word >> 32 ? unsigned(word * 0x9E3779B97F4A7C15 >> 32) : unsigned(word);
 }
 
 /// The bucket of an equal item by a table's own equality function, without a detour through the structure's.

@@ -65,8 +65,15 @@ TEST_F(DataFile, ReadingReportsWhyItFails) {
         EXPECT_EQ(read(ZPString::stringWithCString("D:\\elsewhere")), nullptr);
         EXPECT_EQ(read(""_zp), nullptr);
     }
-    fs::resize_file(dir.path / "secret", 0x40000001);
-    EXPECT_EQ(ZPData::dataWithContentsOfFile(dir / "secret"), nullptr);
+    fs::permissions(dir.path / "secret", fs::perms::owner_read | fs::perms::owner_write);
+    for (std::uintmax_t size : {0x40000000ull, 0x80000001ull, 0xFFFFFFFFull, 0x140000000ull}) {
+        fs::resize_file(dir.path / "secret", size);
+        for (auto *read : readers) EXPECT_EQ(errorOf([&] { return read(dir / "secret"); }), EFBIG) << size;
+    }
+    for (auto *read : readers) {
+        EXPECT_EQ(errorOf([&] { return read(nullptr); }), ENOENT);
+        EXPECT_EQ(errorOf([&] { return read(dir / std::string(5000, 'x').c_str()); }), ENOENT);
+    }
 }
 
 TEST_F(DataFile, ThatShrinksMeanwhileGivesWhatThereIs) {
@@ -99,7 +106,11 @@ TEST_F(DataFile, IsWrittenAtomicallyAndNot) {
         EXPECT_FALSE(make("x")->writeToFile_atomically(dir / "missing/file", atomically));
         EXPECT_FALSE(make("x")->writeToFile_atomically(""_zp, atomically));
         fs::create_directories(dir.path / "directory/full");
+        struct stat before, after;
+        stat((dir.path / "directory").c_str(), &before);
         EXPECT_FALSE(make("x")->writeToFile_atomically(dir / "directory", atomically));
+        stat((dir.path / "directory").c_str(), &after);
+        EXPECT_EQ(before.st_ctim.tv_nsec, after.st_ctim.tv_nsec) << "its mode is left alone";
     }
     umask(mask);
     EXPECT_EQ(dir.count(), 3u) << "no temporary file stays";

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Hash tables and map tables: what they keep, give up and report.
+#include <Bedrock/tables/ZPTables+Internal.h>
 #include <support/Objects.h>
+
+#include <set>
 
 ZP_IMPLEMENT(TestItem, dealloc, hash, isEqual);
 
@@ -48,6 +51,24 @@ TEST(HashTable, StructuresAreEqualByTheirFirstWord) {
     ZPHashInsert(table, make(2, 20));
     Pair probe{1, 0};
     EXPECT_EQ(static_cast<Pair *>(ZPHashGet(table, &probe))->value, 11u);
+    ZPFreeHashTable(table);
+}
+
+TEST(HashTable, PointersFarApartHaveDifferentHashes) {
+    ZPHashTable *table = ZPCreateHashTable(ZPNonOwnedPointerHashCallBacks, 0);
+    constexpr int count = 3000;
+    for (unsigned shift : {4u, 12u, 16u, 20u, 30u}) {
+        std::set<unsigned> hashes;
+        for (std::uintptr_t i = 0; i < count; ++i) {
+            void *pointer = reinterpret_cast<void *>(0x550000000000 + (i << shift));
+            ZPHashInsert(table, pointer);
+            ASSERT_EQ(ZPHashGet(table, pointer), pointer);
+            hashes.insert(_ZPItemHash(table, ZPNonOwnedPointerHashCallBacks, pointer) & 0xFFFF);
+        }
+        EXPECT_GT(hashes.size(), unsigned(count) * 9 / 10) << shift;
+        ZPResetHashTable(table);
+    }
+    EXPECT_EQ(_ZPItemHash(table, ZPIntHashCallBacks, reinterpret_cast<void *>(0x12345678)), 0x12345678u);
     ZPFreeHashTable(table);
 }
 
