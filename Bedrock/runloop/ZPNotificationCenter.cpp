@@ -54,6 +54,7 @@ constexpr int empty = -1, deleted = 0x40000000;
 constexpr unsigned mostDeleted = 25;  // slots, before a rebuild
 
 ZPNotificationCenter *centerOfAll;
+bool centerIsSet;  // by somebody: it may be exchanged again
 // What the locks guard, for clang's analysis: it cannot follow locks that are made late.
 struct ZP_LOCKABLE Guarded {
 } tables, defaults;
@@ -84,7 +85,8 @@ void forget(ZPLock *lock) {
 ZP_AT_FORK(
     centers,
     []() ZP_UNCHECKED_LOCKING {
-        if (defaultCenterLock || !__libc_single_threaded) lockIn(defaultCenterLock)->lock();
+        if (!__libc_single_threaded || __atomic_load_n(&defaultCenterLock, __ATOMIC_ACQUIRE))
+            lockIn(defaultCenterLock)->lock();
         locksMutex.lock();
         if (locks)
             for (ZPLock *lock : *locks) lock->lock();
@@ -372,12 +374,15 @@ struct CenterMethods : ZPNotificationCenter {
     static ZPNotificationCenter *defaultCenter(Class self) {
         bool isFront = self == ZPNotificationCenter::class_();
         if (isFront)
-            if (ZPNotificationCenter *center = __atomic_load_n(&centerOfAll, __ATOMIC_ACQUIRE)) return center;
+            if (!__atomic_load_n(&centerIsSet, __ATOMIC_ACQUIRE))
+                if (ZPNotificationCenter *center = __atomic_load_n(&centerOfAll, __ATOMIC_ACQUIRE)) return center;
         Locked hold(defaultCenterLock, defaults);
+        // What may be exchanged is the reader's until its pool goes.
         if (isFront) {
-            if (centerOfAll) return centerOfAll;
+            if (centerOfAll) return centerIsSet ? ZPRef<ZPNotificationCenter>(centerOfAll).autoreleased() : centerOfAll;
         } else if (centersOfSubclasses) {
-            if (id center = centersOfSubclasses->objectForKey(id(self))) return center.as<ZPNotificationCenter>();
+            if (id center = centersOfSubclasses->objectForKey(id(self)))
+                return center->retain()->autorelease().as<ZPNotificationCenter>();
         }
         ZPNotificationCenter *made = ZPNotificationCenter::allocFrom(self)->init();
         ZPRef<ZPNotificationCenter> center = ZPAdopt(made);
@@ -388,7 +393,7 @@ struct CenterMethods : ZPNotificationCenter {
             centersOfSubclasses->setObject_forKey(center, id(self));
         }
         watchBundles(center);
-        if (!isFront) return made;  // the dictionary holds it
+        if (!isFront) return std::move(center).autoreleased();
         __atomic_store_n(&centerOfAll, center.get(), __ATOMIC_RELEASE);
         return center.detach();
     }
@@ -405,6 +410,8 @@ struct CenterMethods : ZPNotificationCenter {
             if (cls == ZPNotificationCenter::class_()) {
                 if (centerOfAll) ignoreBundles(centerOfAll);
                 old = ZPAdopt(centerOfAll);
+                if (!centerIsSet) old->retain();  // the first one stays: readers have it without a reference
+                __atomic_store_n(&centerIsSet, true, __ATOMIC_RELEASE);
                 center->retain();
                 __atomic_store_n(&centerOfAll, center, __ATOMIC_RELEASE);
                 if (center) watchBundles(center);

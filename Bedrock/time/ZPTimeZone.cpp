@@ -12,6 +12,7 @@
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/host/Host.h>
 #include <Bedrock/platform/kernel/Fork.h>
+#include <Bedrock/core/ZPRef.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/ZPString.h>
 #include <Bedrock/strings/ZPStringEncoding.h>
@@ -33,6 +34,7 @@ struct Caches {
         (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(16);
     std::unordered_map<int, ZPTimeZoneDetail *> fixed ZP_GUARDED_BY(mutex);  // by minutes, those west of GMT less one
     ZPTimeZoneDetail *standard = nullptr;  // the default zone, retained
+    bool standardIsSet = false;  // by somebody; `standard` is read with the mutex then
 
     void enter(ZPString *abbreviation, ZPTimeZoneDetail *detail) ZP_REQUIRES(mutex) {
         byAbbreviation->setObject_forKey(detail, abbreviation);
@@ -129,13 +131,26 @@ ZPTimeZoneDetail *defaultDetail() {
 // ---- the classes ----
 
 struct ZoneMethods : ZPTimeZone {
-    static ZPTimeZoneDetail *defaultTimeZone(Class) { return defaultDetail(); }
+    // Until somebody sets one, the host's, which stays; then what a reader gets is the reader's until its pool goes.
+    static ZPTimeZoneDetail *defaultTimeZone(Class) {
+        Caches &c = caches();
+        if (!__atomic_load_n(&c.standardIsSet, __ATOMIC_ACQUIRE)) return defaultDetail();
+        ZPRef<ZPTimeZoneDetail> zone;
+        {
+            ZPHolding hold(c.mutex);
+            zone = c.standard;
+        }
+        return std::move(zone).autoreleased();
+    }
     static void setDefaultTimeZone(Class, ZPTimeZone *zone) {
         Caches &c = caches();
-        ZPTimeZoneDetail *detail = zone->timeZoneDetailForDate(ZPDate::date());
-        detail->retain();
-        ZPTimeZoneDetail *old = __atomic_exchange_n(&c.standard, detail, __ATOMIC_ACQ_REL);
-        old->release();
+        ZPRef<ZPTimeZoneDetail> old, given = zone->timeZoneDetailForDate(ZPDate::date());
+        if (!given) given = _ZPHostDetailAt(_ZPCurrentTime());
+        defaultDetail();
+        ZPHolding hold(c.mutex);
+        old = ZPAdopt(__atomic_exchange_n(&c.standard, given.detach(), __ATOMIC_ACQ_REL));
+        if (!c.standardIsSet) old->retain();  // the host's
+        __atomic_store_n(&c.standardIsSet, true, __ATOMIC_RELEASE);
     }
     static ZPTimeZoneDetail *localTimeZone(Class);
     static ZPTimeZone *timeZoneWithName(Class, ZPString *timeZoneName) {

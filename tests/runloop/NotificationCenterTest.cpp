@@ -232,17 +232,48 @@ TEST(DefaultCenter, OneForEachClass) {
     EXPECT_TRUE(other->isKindOfClass(OtherCenter::class_()));
     EXPECT_EQ(others(), other);
     EXPECT_EQ(((ZPNotificationCenter *)other.pointer())->_registry_count, 1u);  // it watches bundles
-    set(mine.get(), OtherCenter::class_());
-    EXPECT_EQ(others(), mine.get());
-    set(nullptr, OtherCenter::class_());
+    {
+        ZPAutoreleasePoolScope reader;
+        set(mine.get(), OtherCenter::class_());
+        EXPECT_EQ(others(), mine.get());
+        set(nullptr, OtherCenter::class_());
+        EXPECT_GT(mine->retainCount(), 1u) << "who got it has it to the end of the pool";
+    }
     EXPECT_EQ(mine->retainCount(), 1u);
     set(mine.get(), ZPNotificationCenter::class_());
-    EXPECT_EQ(ZPNotificationCenter::defaultCenter(), mine.get());
-    EXPECT_EQ(center->retainCount(), 1u);
+    {
+        ZPAutoreleasePoolScope reader;
+        EXPECT_EQ(ZPNotificationCenter::defaultCenter(), mine.get());
+    }
     set(center.get(), ZPNotificationCenter::class_());
+    EXPECT_EQ(mine->retainCount(), 1u);
     EXPECT_REASON("*** +[ZPNotificationCenter setDefaultCenter:forClass:]: class parameter not the "
                   "ZPNotificationCenter class or subclass",
                   set(center.get(), ZPString::class_()));
+}
+
+TEST(ConcurrentCenter, TheDefaultIsExchangedMeanwhile) {
+    ZPRef<ZPNotificationCenter> first = ZPNotificationCenter::defaultCenter();
+    Class classes[] = {ZPNotificationCenter::class_(), OtherCenter::class_()};
+    std::atomic<int> left{300};
+    onThreads(4, [&](int t) {
+        while (left > 0) {
+            ZPAutoreleasePoolScope pool;
+            if (t == 0) {
+                --left;
+                for (Class cls : classes)
+                    ZPNotificationCenter::setDefaultCenter_forClass(
+                        ZPAdopt((ZPNotificationCenter *)ZPNotificationCenter::new_()).get(), cls);
+            } else
+                for (Class cls : classes) {
+                    ZPNotificationCenter *center = objc_msgSend<ZPNotificationCenter *>(cls, "defaultCenter"_sel);
+                    std::this_thread::yield();
+                    center->postNotificationName_object("exchanged"_zp, nullptr);
+                }
+        }
+    });
+    ZPNotificationCenter::setDefaultCenter_forClass(first.get(), classes[0]);
+    ZPNotificationCenter::setDefaultCenter_forClass(nullptr, classes[1]);
 }
 
 TEST(ConcurrentCenter, ObserversRaiseAndComeAndGoInsidePosts) {

@@ -2,6 +2,8 @@
 // Locks.
 #include <support/Objects.h>
 
+#include <sys/resource.h>
+
 namespace {
 
 // Any object that tells an absolute time can be a limit.
@@ -158,6 +160,56 @@ TEST(ConditionLock, WaitsForItsCondition) {
     ZPRef<ZPConditionLock> other = ZPAdopt(ZPConditionLock::alloc()->initWithCondition(-7));
     EXPECT_EQ(other->condition(), -7);
     EXPECT_TRUE(other->lockBeforeDate(Moment::in(-1)));
+}
+
+TEST(ConditionLock, WakesThoseWhoseConditionItIs) {
+    ZPRef<ZPConditionLock> lock = ZPAdopt(ZPConditionLock::new_());
+    std::vector<std::thread> threads;
+    for (int n = 1; n <= 64; ++n)
+        threads.emplace_back([&, n] {
+            lock->lockWhenCondition(n);
+            lock->unlockWithCondition(n + 1);
+        });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    auto switches = [] {
+        rusage usage;
+        getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_nvcsw;
+    };
+    long before = switches();
+    for (int i = 0; i < 2000; ++i) {
+        lock->lock();
+        lock->unlockWithCondition(-1);
+    }
+    EXPECT_LT(switches() - before, 1000) << "nobody waits for that";
+    lock->lock();
+    lock->unlockWithCondition(1);
+    EXPECT_TRUE(lock->lockWhenCondition_beforeDate(65, Moment::in(30)));
+    lock->unlock();
+    for (auto &t : threads) t.join();
+}
+
+TEST(ConditionLock, NoWakingIsLostToWaitersThatGiveUp) {
+    ZPRef<ZPConditionLock> lock = ZPAdopt(ZPConditionLock::new_());
+    constexpr int rounds = 300, workers = 6;
+    std::atomic<int> handled{0};
+    onThreads(workers + 1, [&](int t) {
+        std::mt19937 random{unsigned(t)};
+        if (t == workers) {
+            for (int i = 0; i < rounds; ++i) {
+                lock->lockWhenCondition(0);
+                lock->unlockWithCondition(1);
+            }
+            return;
+        }
+        while (handled < rounds) {
+            ZPAutoreleasePoolScope pool;
+            if (!lock->lockWhenCondition_beforeDate(1, Moment::in(double(random() % 100) * 1e-6))) continue;
+            ++handled;
+            lock->unlockWithCondition(0);
+        }
+    });
+    EXPECT_EQ(handled, rounds);
 }
 
 TEST(Condition, WakesWaiters) {

@@ -115,6 +115,30 @@ TEST(TimeZone, TheDefaultFollowsWhatIsSet) {
     EXPECT_EQ(local->timeZoneSecondsFromGMT(), 7200);
     EXPECT_EQ(std::string(local->timeZoneName()->cString()), "ZPLocalTimeZone");
     EXPECT_EQ(text(at(0)), "2001-01-01 02:00:00 +0200");
+    ZPTimeZone::setDefaultTimeZone(nullptr);
+    EXPECT_EQ(ZPTimeZone::defaultTimeZone()->timeZoneSecondsFromGMT(), before->timeZoneSecondsFromGMT());
+    ZPTimeZone::setDefaultTimeZone(before);
+}
+
+TEST(TimeZoneThread, TheDefaultIsExchangedMeanwhile) {
+    ZPTimeZoneDetail *before = ZPTimeZone::defaultTimeZone();
+    std::atomic<int> left{1000};
+    onThreads(4, [&](int t) {
+        while (left > 0) {
+            ZPAutoreleasePoolScope pool;
+            if (t == 0) {
+                --left;
+                ZPRef<ZPTimeZoneDetail> made =
+                    ZPAdopt(ZPTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT("made"_zp, "MADE"_zp,
+                                                                                                60 * left));
+                ZPTimeZone::setDefaultTimeZone(made.get());
+            } else {
+                ZPTimeZoneDetail *zone = ZPTimeZone::defaultTimeZone();
+                std::this_thread::yield();
+                ASSERT_EQ(zone->timeZoneSecondsFromGMT() % 60, 0);
+            }
+        }
+    });
     ZPTimeZone::setDefaultTimeZone(before);
 }
 
