@@ -6,6 +6,7 @@
 #include <Bedrock/platform/objects/Slabs.h>
 
 BOOL _ZPStoredObjectsEqual(void *, const void *stored, const void *probe) { return _ZPObjectEquality()(stored, probe); }
+BOOL _ZPKeyedObjectsEqual(void *, const void *stored, const void *probe) { return _ZPObjectEquality()(stored, probe); }
 
 namespace {
 
@@ -45,9 +46,52 @@ ZP_INLINE bool copiesQuietly(id key) {
     return cls == ZPInlineCString::class_() || cls == ZPConstantString::class_();
 }
 
+ZP_INLINE unsigned hashIn(Table *table, id key) {
+    return _ZPIsKeyed(table) ? _ZPKeyedHashOfObject(key) : _ZPHashOfObject(key);
+}
+
+// The hash of a string reads a part of it, so that whoever writes a text can make many keys of one hash. When a table is
+// full and its entries lie far from where they belong, they are hashed anew by all of their text. Answers whether the
+// table has become another one.
+ZP_COLD bool becomeKeyed(Table **reference) {
+    Table *table = *reference;
+    unsigned count = ZPSimpleCount(table), mask = ZPSimpleBuckets(table) - 1;
+    if (_ZPIsKeyed(table) || count < 64) return false;
+    std::uint64_t distance = 0, most = 16 * std::uint64_t(count);
+    ZPSimpleForEach(table, [&](Bucket *b) -> bool {
+        unsigned hash = b->state & ZPSimpleHashMask, step = ZPSimpleStep(hash, mask);
+        for (unsigned i = hash & mask; &table->buckets[i] != b && distance <= most; i = (i + step) & mask) ++distance;
+        return distance <= most;
+    });
+    if (distance <= most) return false;
+    // Keys of a client's classes may do anything while they are asked: then this was the wrong moment.
+    std::vector<std::pair<ZPRef<ZPObject>, unsigned>> keys;
+    keys.reserve(count);
+    ZPSimpleForEach(table, [&](Bucket *b) { keys.emplace_back(_ZPKey(b).unchecked<ZPObject>(), 0); });
+    for (auto &[key, hash] : keys) hash = _ZPKeyedHashOfObject(key.get());
+    if (*reference != table || ZPSimpleCount(table) != count) return false;
+    ZPScope fresh{ZPCreateSimpleDictionary(count, _ZPKeyedObjectsEqual, ZPZoneFromPointer(table)),
+                  ZPFreeSimpleDictionary};
+    unsigned at = 0;
+    bool isSame = true;
+    ZPSimpleForEach(table, [&](Bucket *b) {
+        unsigned hash = keys[at].second;
+        isSame = isSame && keys[at++].first.get() == _ZPStored(b->key);
+        Bucket *place;
+        ZPSimpleFind(static_cast<Table *>(fresh), b->key, hash, ZPSimpleIdentityOnly(), &place);
+        ZPSimplePut(static_cast<Table *>(fresh), place,
+                    {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, b->key, b->value});
+    });
+    if (!isSame) return false;
+    fresh->retainCount = table->retainCount;
+    *reference = fresh.take();
+    ZPFreeSimpleDictionary(table);
+    return true;
+}
+
 // Sets a value, neither key nor value being null. The stored key is a copy in the zone.
 ZP_INLINE void setEntry(id receiver, const char *selector, Table **table, ZPZone *zone, id object, id key) {
-    unsigned hash = _ZPHashOfObject(key);
+    unsigned hash = hashIn(*table, key);
     Bucket *place, *b = ZPSimpleFind(*table, key.pointer(), hash, _ZPObjectEquality(), &place);
     if (b) {
         id old = _ZPValue(b);
@@ -68,7 +112,9 @@ ZP_INLINE void setEntry(id receiver, const char *selector, Table **table, ZPZone
     if (!owned.key) [[unlikely]]
         raise(receiver, sel_registerName(selector), "%@: attempt to insert nil key"_zp);
     // Anybody's code may have entered and removed keys, this one too.
-    if (!copiesQuietly(key)) [[unlikely]] {
+    bool isAnother = ZPSimpleCount(*table) >= ZPSimpleThreshold(ZPSimpleClass(*table)) && becomeKeyed(table);
+    if (isAnother) hash = _ZPKeyedHashOfObject(key);
+    if (isAnother || !copiesQuietly(key)) [[unlikely]] {
         b = ZPSimpleFind(*table, key.pointer(), hash, _ZPObjectEquality(), &place);
         if (b) {
             owned.value = static_cast<objc_object *>(std::exchange(b->value, owned.value));
@@ -88,7 +134,7 @@ void setEntries(id receiver, Table **table, ZPZone *zone, const id *objects, con
 
 [[gnu::noinline]] id findAny(Table *table, id key) {
     if (!ZPSimpleCount(table)) return nullptr;
-    Bucket *b = ZPSimpleFind(table, key.pointer(), _ZPHashOfObject(key), _ZPObjectEquality());
+    Bucket *b = ZPSimpleFind(table, key.pointer(), hashIn(table, key), _ZPObjectEquality());
     return b ? _ZPValue(b) : id();
 }
 
@@ -99,7 +145,8 @@ ZP_INLINE id find(Table *table, id key) {
     if (!key || !table) [[unlikely]]
         return nullptr;
     unsigned hash;
-    if (key.pointer()->isa != ZPInlineCString::class_() || ZPSimpleIsLinear(table)) return findAny(table, key);
+    if (key.pointer()->isa != ZPInlineCString::class_() || ZPSimpleIsLinear(table) || _ZPIsKeyed(table)) [[unlikely]]
+        return findAny(table, key);
     auto *probe = key.unchecked<ZPInlineCString>();
     unsigned length = probe->byteCount();
     if (!_ZPHashShortBytes(probe->contents(), length, hash)) [[unlikely]]
@@ -251,7 +298,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     void removeObjectForKey(id key) {
         if (!key) raise(this, "removeObjectForKey:"_sel, "%@: attempt to remove nil key"_zp);
         if (!_table || !ZPSimpleCount(_table)) return;
-        Bucket *b = ZPSimpleFind(_table, key.pointer(), _ZPHashOfObject(key), _ZPObjectEquality());
+        Bucket *b = ZPSimpleFind(_table, key.pointer(), hashIn(_table, key), _ZPObjectEquality());
         if (!b) return;
         id storedKey = _ZPKey(b), value = _ZPValue(b);
         ZPSimpleRemove(_table, b);

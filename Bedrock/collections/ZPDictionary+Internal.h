@@ -7,6 +7,7 @@
 
 #include <Bedrock/collections/ZPCollections+Internal.h>
 #include <Bedrock/collections/ZPDictionary.h>
+#include <Bedrock/collections/ZPMakers.h>
 #include <Bedrock/strings/cluster/Keys.h>
 #include <Bedrock/tables/ZPHashingEngine.h>
 
@@ -16,6 +17,7 @@ inline id _ZPValue(const ZPSimpleDictionaryBucket *b) { return id(_ZPStored(b->v
 
 /// The equality function of every collection's table.
 BOOL _ZPStoredObjectsEqual(void *, const void *stored, const void *probe);
+ZP_INLINE bool _ZPIsKeyed(const ZPSimpleDictionary *table) { return table->isEqual == _ZPKeyedObjectsEqual; }
 
 /// Items that an enumerator took out of a table ahead: testing buckets one by one costs a mispredicted branch
 /// each, taking them in runs costs none.

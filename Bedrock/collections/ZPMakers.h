@@ -26,3 +26,7 @@ ZPDictionary *_ZPNewDictionaryToFill(unsigned count, objc_slabs &slabs, ZPSimple
 ZPMutableArray *_ZPNewMutableArray();
 /// Adds objects to such an array and takes over a reference of each; when it raises it has taken none.
 void _ZPAddAdopting(ZPMutableArray *array, const id *owned, unsigned count);
+
+/// The equality function of a dictionary's table whose keys are found by `_ZPKeyedHashOfObject`, since too many had one
+/// hash.
+BOOL _ZPKeyedObjectsEqual(void *, const void *stored, const void *probe);

@@ -95,17 +95,16 @@ class Strings {
     unsigned _mask;
     std::vector<Made> _made;
 
-    static std::uint64_t mix(std::uint64_t h, std::uint64_t word) {
-        h = (h ^ word) * 0x9E3779B97F4A7C15u;
-        return h ^ h >> 32;
-    }
+    // Texts from outside are not to choose their places.
     static std::uint32_t hashOf(const void *bytes, std::size_t count) {
         auto *p = static_cast<const char *>(bytes);
-        std::uint64_t h = count * 0x9E3779B97F4A7C15u, word = 0;
+        std::uint64_t word = 0;
+        _ZPKeyedHash hash;
+        hash.begin(count);
         if (count >= 8) {
             for (std::size_t i = 0; i + 8 < count; i += 8) {
                 std::memcpy(&word, p + i, 8);
-                h = mix(h, word);
+                hash.add(word);
             }
             std::memcpy(&word, p + count - 8, 8);
         } else if (count >= 4) {
@@ -115,8 +114,8 @@ class Strings {
             word = std::uint64_t(first) << 32 | last;
         } else
             for (std::size_t i = 0; i < count; ++i) word = word << 8 | static_cast<unsigned char>(p[i]);
-        h = mix(h, word);
-        return std::uint32_t(h >> 16);
+        hash.add(word);
+        return hash.result();
     }
     ZP_COLD void grow() {
         unsigned mask = _mask * 2 + 1;
@@ -405,9 +404,28 @@ template <class U> struct Reader {
         ZPDictionary *dictionary = _ZPNewDictionaryToFill(unsigned(count), maker.slabs, table);
         stack.count -= count;
         id *values = stack.from(stack.count);
+        if (count >= 64 && areCrowded(&pairs[base], count, ZPSimpleBuckets(table) - 1)) [[unlikely]] {
+            table->isEqual = _ZPKeyedObjectsEqual;
+            for (std::size_t i = base; i < pairs.size(); ++i) pairs[i].hash = _ZPKeyedHashOfObject(pairs[i].key);
+        }
         for (unsigned i = 0; i < count; ++i) set(table, pairs[base + i], values[i]);
         pairs.resize(base);
         return dictionary;
+    }
+    // Whether many different keys would begin their search for a bucket at the same ones.
+    static bool areCrowded(const Pair *pairs, std::size_t count, unsigned mask) {
+        auto isMuch = [mask](const auto &list, std::size_t n) {
+            std::vector<unsigned> met(std::size_t(mask) + 1);
+            std::uint64_t steps = 0;
+            for (std::size_t i = 0; i < n; ++i) steps += met[list[i].hash & mask]++;
+            return steps > 16 * n;
+        };
+        if (!isMuch(pairs, count)) return false;
+        std::vector<Pair> each(pairs, pairs + count);  // a key may come many times
+        std::sort(each.begin(), each.end(), [](const Pair &a, const Pair &b) { return a.key < b.key; });
+        auto same = [](const Pair &a, const Pair &b) { return a.key == b.key; };
+        each.erase(std::unique(each.begin(), each.end(), same), each.end());
+        return isMuch(each, each.size());
     }
     // Equal keys are identical here; a later value takes the place of an earlier one. The table has room.
     void set(ZPSimpleDictionary *table, const Pair &pair, id object) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <Bedrock/platform/host/Host.h>
+#include <Bedrock/platform/ZPMessage.h>
 #include <Bedrock/platform/host/Files.h>
 #include <Bedrock/platform/ZPPath.h>
 
@@ -19,6 +20,7 @@
 #include <syslog.h>
 #include <unistd.h>
 #include <vector>
+#include <sys/random.h>
 
 const char *ZPHostProcessName() { return program_invocation_short_name ? program_invocation_short_name : ""; }
 
@@ -196,4 +198,12 @@ void ZPHostKeepLibrary(const void *address) {
     link_map *library = libraryOf(address);
     if (library && __atomic_exchange_n(&last, library, __ATOMIC_RELAXED) != library && *library->l_name)
         dlopen(library->l_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+void ZPHostRandomBytes(void *bytes, unsigned length) {
+    for (unsigned done = 0; done < length;) {
+        ssize_t n = getrandom(static_cast<char *>(bytes) + done, length - done, 0);
+        if (n > 0) done += unsigned(n);
+        else if (errno != EINTR) objc_fatal("the host gives no random bytes");
+    }
 }

@@ -63,6 +63,8 @@ BOOL ZPHostTemporaryDirectory(char *buffer, std::size_t size);
 void ZPHostKeepLibrary(const void *address);
 /// Ends the process as a crash does.
 [[noreturn]] void ZPHostCrash();
+/// Fills the bytes with what nobody can foresee.
+void ZPHostRandomBytes(void *bytes, unsigned length);
 }
 
 /// A file of the library's resource directory, which is "/CorvidLibrary/Frameworks/Bedrock.framework/Resources" under

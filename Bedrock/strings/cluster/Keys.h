@@ -48,6 +48,30 @@ ZP_INLINE unsigned _ZPHashOfObject(id object) {
     return object->hash();
 }
 
+/// Makes a hash of words, by numbers of the process's own: whoever writes a text cannot know which texts collide.
+class _ZPKeyedHash {
+    struct Key {
+        std::uint64_t start, factor;
+    };
+    static const Key &key();
+    const Key &_key = key();
+    std::uint64_t _state = _key.start;
+
+    static std::uint64_t fold(std::uint64_t a, std::uint64_t b) {
+        unsigned __int128 product = static_cast<unsigned __int128>(a) * b;
+        return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+    }
+
+  public:
+    /// Begins again.
+    void begin(std::uint64_t word) { _state = fold(_key.start ^ word, _key.factor); }
+    void add(std::uint64_t word) { _state = fold(_state ^ word, _key.factor) + _key.start; }
+    std::uint32_t result() const { return std::uint32_t(_state ^ _state >> 32); }
+};
+
+/// A keyed hash of the whole text of a string of any class, equal for equal strings; of anything else its `hash`.
+ZP_COLD unsigned _ZPKeyedHashOfObject(id object);
+
 /// What `isEqual:` answers, of an item in a table and a probe for it.
 struct _ZPObjectEquality {
     ZP_INLINE bool operator()(const void *stored, const void *probe) const {
