@@ -50,9 +50,9 @@ ZP_INLINE unsigned hashIn(Table *table, id key) {
     return _ZPIsKeyed(table) ? _ZPKeyedHashOfObject(key) : _ZPHashOfObject(key);
 }
 
-// The hash of a string reads a part of it, so that whoever writes a text can make many keys of one hash. When a table is
-// full and its entries lie far from where they belong, they are hashed anew by all of their text. Answers whether the
-// table has become another one.
+// The hash of a string reads a part of it, so that whoever writes a text can make many keys of one hash. When a table
+// is full and its entries lie far from where they belong, they are hashed anew by all of their text. Answers whether
+// the table has become another one.
 ZP_COLD bool becomeKeyed(Table **reference) {
     Table *table = *reference;
     unsigned count = ZPSimpleCount(table), mask = ZPSimpleBuckets(table) - 1;
@@ -77,7 +77,7 @@ ZP_COLD bool becomeKeyed(Table **reference) {
     ZPSimpleForEach(table, [&](Bucket *b) {
         unsigned hash = keys[at].second;
         isSame = isSame && keys[at++].first.get() == _ZPStored(b->key);
-        Bucket *place;
+        Bucket *place = nullptr;
         ZPSimpleFind(static_cast<Table *>(fresh), b->key, hash, ZPSimpleIdentityOnly(), &place);
         ZPSimplePut(static_cast<Table *>(fresh), place,
                     {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, b->key, b->value});

@@ -59,10 +59,11 @@ extern "C" {
 ZP_EXPORT unsigned ZPPushAutoreleasePool(unsigned capacityHint);
 /// Closes the calling thread's pool with that token and every later one, releasing what they hold, the last one
 /// first, and what is autoreleased meanwhile. What a release raises is logged, and nothing is raised; what was
-/// recorded before that object then waits for the enclosing pool, and the outermost pool goes on. No pool with the token: nothing.
+/// recorded before that object then waits for the enclosing pool, and the outermost pool goes on. No pool with the
+/// token: nothing.
 ZP_EXPORT void ZPPopAutoreleasePool(unsigned token);
-/// The same while an exception leaves the pool: the exceptions among what it holds go to the enclosing pool instead, or,
-/// where there is none, stay until the thread opens a pool and handles none.
+/// The same while an exception leaves the pool: the exceptions among what it holds go to the enclosing pool instead,
+/// or, where there is none, stay until the thread opens a pool and handles none.
 ZP_EXPORT void _ZPPopAutoreleasePoolForRaise(unsigned token);
 /// Records the object in the calling thread's innermost pool, which will release it; null is ignored. Without a
 /// pool that is logged, and the object leaks.
@@ -87,8 +88,9 @@ ZP_EXPORT void _ZPAutoreleaseHighWaterLog(unsigned count);
 
 /// An autorelease pool for the life of a scope, on the thread that entered it; scopes end in the reverse order of
 /// their beginnings. When an exception ends the scope, the pool closes as well, and the exception goes to the enclosing
-/// pool; other objects of the pool that the handler is to use must be retained. The destructor raises nothing, and it cannot be left by the unwinding of `+[ZPThread
-/// exit]`: a `dealloc` that it runs must not send that, which ends the process.
+/// pool; other objects of the pool that the handler is to use must be retained. The destructor raises nothing, and it
+/// cannot be left by the unwinding of `+[ZPThread exit]`: a `dealloc` that it runs must not send that, which ends the
+/// process.
 class ZPAutoreleasePoolScope {
     unsigned _token = ZPPushAutoreleasePool(0);
     int _exceptions = std::uncaught_exceptions();

@@ -117,14 +117,16 @@ class id {
     // Assigning is code of its own: where the value comes from a call that may raise, g++ 12 takes an assignment of the
     // whole for one that has happened, and leaves out that the field was null before, which who catches reads. It is a
     // template, so that an `id` is copied as a pointer is nevertheless.
-    constexpr id(const id &) = default;
+    constexpr id(const id &) = default;  ///< the same object; not retained
     id &operator=(const volatile id &) = delete;
+    /// Refers to another object from now on; neither is retained or released.
     template <class T>
         requires std::is_convertible_v<const T &, id>
     constexpr id &operator=(const T &other) {
         _object = id(other)._object;
         return *this;
     }
+    /// Refers to no object from now on.
     constexpr id &operator=(std::nullptr_t) {
         _object = nullptr;
         return *this;

@@ -23,8 +23,8 @@ struct ZPNotificationCenter : ZPObject {
     unsigned _deleted_count;
     objc_object **_observers;
 
-    /// The process's center, or a subclass's own; made on first use. The process's first one is never deallocated, one that
-    /// was set lasts until the caller's pool goes.
+    /// The process's center, or a subclass's own; made on first use. The process's first one is never deallocated, one
+    /// that was set lasts until the caller's pool goes.
     static ZPNotificationCenter *defaultCenter() ZP_CLASS_ASKS();
     /// Replaces the default center of this class or of a subclass; null for a subclass drops its center. Any other
     /// class raises ZPInvalidArgumentException.

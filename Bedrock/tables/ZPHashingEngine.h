@@ -127,8 +127,8 @@ template <class S> ZP_INLINE void ZPSimpleRemove(S *s, ZPSimpleBucketOf<S> *buck
     s->info--;
 }
 
-/// The first bucket in use in the order of enumeration, the last of all; null when there is none. Finds it again without
-/// a look at those behind it, so that whoever takes one entry after the other need not look at all buckets each time.
+/// The first bucket in use in the order of enumeration, the last of all; null when there is none. Finds it again
+/// without a look at those behind it, so that whoever takes one entry after the other need not look at all each time.
 inline ZPSimpleSetBucket *ZPSimpleFirst(ZPSimpleSet *s) {
     unsigned all = ZPSimpleIsLinear(s) ? ZPSimpleCount(s) : ZPSimpleBuckets(s);
     unsigned known = ZPSimpleIsLinear(s) ? 0 : __atomic_load_n(&s->unused, __ATOMIC_RELAXED);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // ZPConditionLock and ZPCondition. The condition lock's mutex is held only for the few instructions that look at its
-// state: flag, condition, and the queue of those who wait. Each waits on a word of its own; an unlocking wakes the first
-// whose condition it is. ZPCondition is a mutex and the kernel's condition themselves.
+// state: flag, condition, and the queue of those who wait. Each waits on a word of its own; an unlocking wakes the
+// first whose condition it is. ZPCondition is a mutex and the kernel's condition themselves.
 #include <Bedrock/threads/ZPLock+Internal.h>
 
 namespace {

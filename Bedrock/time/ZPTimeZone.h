@@ -14,8 +14,8 @@ ZP_FORWARD(ZPTimeZoneDetail);
 struct ZPTimeZone : ZPObject {
     ZP_CLASS(ZPTimeZone)
 
-    /// The zone that calendar dates have when none is given: a detail of the host's zone unless it has been set; one that
-    /// was set lasts until the caller's pool goes.
+    /// The zone that calendar dates have when none is given: a detail of the host's zone unless it has been set; one
+    /// that was set lasts until the caller's pool goes.
     static ZPTimeZoneDetail *defaultTimeZone() ZP_CLASS_ASKS();
     /// Makes the zone's detail for the current date the default of the process, which retains it until another is set;
     /// null: the host's zone.

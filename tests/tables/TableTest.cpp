@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Hash tables and map tables: what they keep, give up and report.
-#include <Bedrock/tables/ZPTables+Internal.h>
 #include <support/Objects.h>
 
-#include <set>
+#include <chrono>
 
 ZP_IMPLEMENT(TestItem, dealloc, hash, isEqual);
 
@@ -54,22 +53,16 @@ TEST(HashTable, StructuresAreEqualByTheirFirstWord) {
     ZPFreeHashTable(table);
 }
 
-TEST(HashTable, PointersFarApartHaveDifferentHashes) {
-    ZPHashTable *table = ZPCreateHashTable(ZPNonOwnedPointerHashCallBacks, 0);
-    constexpr int count = 3000;
-    for (unsigned shift : {4u, 12u, 16u, 20u, 30u}) {
-        std::set<unsigned> hashes;
-        for (std::uintptr_t i = 0; i < count; ++i) {
-            void *pointer = reinterpret_cast<void *>(0x550000000000 + (i << shift));
-            ZPHashInsert(table, pointer);
-            ASSERT_EQ(ZPHashGet(table, pointer), pointer);
-            hashes.insert(_ZPItemHash(table, ZPNonOwnedPointerHashCallBacks, pointer) & 0xFFFF);
-        }
-        EXPECT_GT(hashes.size(), unsigned(count) * 9 / 10) << shift;
-        ZPResetHashTable(table);
+TEST(HashTable, PointersFarApartAreFoundAsQuickly) {
+    constexpr std::uintptr_t count = 200000;
+    for (unsigned shift : {16u, 20u, 26u}) {  // as large blocks lie: in one chain they took 6 to 21 s
+        auto begin = std::chrono::steady_clock::now();
+        ZPHashTable *table = ZPCreateHashTable(ZPNonOwnedPointerHashCallBacks, 0);
+        for (std::uintptr_t i = 1; i <= count; ++i) ZPHashInsert(table, word(0x550000000000 + (i << shift)));
+        EXPECT_EQ(ZPCountHashTable(table), count);
+        ZPFreeHashTable(table);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3)) << shift;
     }
-    EXPECT_EQ(_ZPItemHash(table, ZPIntHashCallBacks, reinterpret_cast<void *>(0x12345678)), 0x12345678u);
-    ZPFreeHashTable(table);
 }
 
 TEST(HashTable, ByteStrings) {

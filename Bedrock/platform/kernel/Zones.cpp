@@ -5,9 +5,9 @@
 // is found. Merging a zone marks it: its arenas stay in the map, and freeing one of its blocks through the default zone
 // puts the block back into the merged zone's lists. When the last one is freed the zone goes, with its arenas.
 //
-// A zone's mutex guards its lists and arenas, the map's mutex the map, and a third the list of all zones. They are taken
-// one at a time, except that a zone enters an arena into the map while it holds its own, and that a fork takes the list's,
-// every zone's and the map's.
+// A zone's mutex guards its lists and arenas, the map's mutex the map, and a third the list of all zones. They are
+// taken one at a time, except that a zone enters an arena into the map while it holds its own, and that a fork takes
+// the list's, every zone's and the map's.
 #include <Bedrock/platform/ZPZone.h>
 
 #include <Bedrock/platform/kernel/Fork.h>
