@@ -195,6 +195,11 @@ TEST_F(PathFiles, DirectoriesThatProgramsAskFor) {
     std::string saved = std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "";
     setenv("TMPDIR", "/var//tmp/./x/", 1);
     EXPECT_EQ(textOf(ZPTemporaryDirectory()), u"C:\\var\\tmp\\x");
+    for (const char *root : {"/.", "/", "/./", "//.", "/.."}) {
+        setenv("TMPDIR", root, 1);
+        EXPECT_TRUE(ZPTemporaryDirectory()->isAbsolutePath()) << root;
+        EXPECT_EQ(text(ZPTemporaryDirectory()->stringByStandardizingPath()), text(ZPTemporaryDirectory())) << root;
+    }
     unsetenv("TMPDIR");
     EXPECT_EQ(textOf(ZPTemporaryDirectory()), u"C:\\tmp");
     if (!saved.empty()) setenv("TMPDIR", saved.c_str(), 1);

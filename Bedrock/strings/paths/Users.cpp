@@ -86,7 +86,9 @@ ZPString *ZPTemporaryDirectory() {
     ZPString *path = ZPHostTemporaryDirectory(host, sizeof host) ? _ZPPathFromHost(host) : nullptr;
     // What the environment names may be too long, or no path of the library's.
     if (!path) path = _ZPPathFromHost("/tmp");
-    return path->stringByStandardizingPath();
+    ZPString *standard = path->stringByStandardizingPath();
+    // "/." leaves a drive alone, which is no place.
+    return standard->isAbsolutePath() ? standard : standard->stringByAppendingString("\\"_zp);
 }
 
 ZPString *ZPLodestarRootDirectory() {
