@@ -40,8 +40,8 @@ ZP_INLINE void checkEntry(id receiver, SEL selector, id object, id key) {
         raise(receiver, selector, "%@: attempt to insert nil value"_zp);
 }
 
-// Whether copying a key of this class runs only the library's own code.
-ZP_INLINE bool copiesQuietly(id key) {
+// Whether a key of this class is copied, hashed and compared by the library's own code only.
+ZP_INLINE bool isQuiet(id key) {
     Class cls = key.pointer()->isa;
     return cls == ZPInlineCString::class_() || cls == ZPConstantString::class_();
 }
@@ -50,13 +50,52 @@ ZP_INLINE unsigned hashIn(Table *table, id key) {
     return _ZPIsKeyed(table) ? _ZPKeyedHashOfObject(key) : _ZPHashOfObject(key);
 }
 
+// Looks for a key while whoever is asked for a hash or for equality may change the table: then again, in what it is now.
+struct Search {
+    Table *const *reference;
+    id key;
+    bool isKeyed = _ZPIsKeyed(*reference);
+    unsigned hash = hashIn(*reference, key);
+
+    Search(Table *const *table, id k) : reference(table), key(k) { agree(); }
+    // Whether the hash had to be made anew.
+    bool agree() {
+        bool was = isKeyed;
+        if ((isKeyed = _ZPIsKeyed(*reference)) == was) [[likely]]
+            return false;
+        hash = hashIn(*reference, key);
+        return true;
+    }
+    Bucket *find(Bucket **place = nullptr) {
+        for (int tries = 0; tries < 16; ++tries) {
+            Table *table = *reference;
+            unsigned info = table->info;
+            bool changed = false;
+            Bucket *b = ZPSimpleFind(
+                table, key.pointer(), hash,
+                [&](const void *stored, const void *probe) {
+                    bool same = _ZPObjectEquality()(stored, probe);
+                    if (*reference == table && table->info == info) [[likely]]
+                        return same;
+                    return changed = true;
+                },
+                place);
+            if (!changed) [[likely]]
+                return b;
+            agree();
+        }
+        // It never stands still: what is identical can be told without a message.
+        return ZPSimpleFind(*reference, key.pointer(), hash, ZPSimpleIdentityOnly(), place);
+    }
+};
+
 // The hash of a string reads a part of it, so that whoever writes a text can make many keys of one hash. When a table
 // is full and its entries lie far from where they belong, they are hashed anew by all of their text. Answers whether
 // the table has become another one.
 ZP_COLD bool becomeKeyed(Table **reference) {
     Table *table = *reference;
     unsigned count = ZPSimpleCount(table), mask = ZPSimpleBuckets(table) - 1;
-    if (_ZPIsKeyed(table) || count < 64) return false;
+    if (count < 1000 || _ZPIsKeyed(table)) return false;  // so few cost little, however they lie
     std::uint64_t distance = 0, most = 16 * std::uint64_t(count);
     ZPSimpleForEach(table, [&](Bucket *b) -> bool {
         unsigned hash = b->state & ZPSimpleHashMask, step = ZPSimpleStep(hash, mask);
@@ -68,6 +107,9 @@ ZP_COLD bool becomeKeyed(Table **reference) {
     std::vector<std::pair<ZPRef<ZPObject>, unsigned>> keys;
     keys.reserve(count);
     ZPSimpleForEach(table, [&](Bucket *b) { keys.emplace_back(_ZPKey(b).unchecked<ZPObject>(), 0); });
+    unsigned strings = 0;  // what is none has one hash only, and stays where it is
+    for (auto &[key, hash] : keys) strings += key->isKindOfClass(ZPString::class_());
+    if (strings < count / 2) return false;
     for (auto &[key, hash] : keys) hash = _ZPKeyedHashOfObject(key.get());
     if (*reference != table || ZPSimpleCount(table) != count) return false;
     ZPScope fresh{ZPCreateSimpleDictionary(count, _ZPKeyedObjectsEqual, ZPZoneFromPointer(table)),
@@ -89,38 +131,61 @@ ZP_COLD bool becomeKeyed(Table **reference) {
     return true;
 }
 
-// Sets a value, neither key nor value being null. The stored key is a copy in the zone.
-ZP_INLINE void setEntry(id receiver, const char *selector, Table **table, ZPZone *zone, id object, id key) {
-    unsigned hash = hashIn(*table, key);
-    Bucket *place, *b = ZPSimpleFind(*table, key.pointer(), hash, _ZPObjectEquality(), &place);
-    if (b) {
-        id old = _ZPValue(b);
-        b->value = object->retain().pointer();
-        old->release();
-        return;
+// One guard for both, which is ready before anything is made: two made insertions slower.
+struct Owned {
+    objc_object *key = nullptr, *value = nullptr;
+    ~Owned() {
+        id(key)->release();
+        id(value)->release();
     }
-    // One guard for both, which is ready before anything is made: two made insertions slower.
-    struct Owned {
-        objc_object *key = nullptr, *value = nullptr;
-        ~Owned() {
-            id(key)->release();
-            id(value)->release();
-        }
-    } owned;
+};
+
+void replace(Bucket *b, id object) {
+    id old = _ZPValue(b);
+    b->value = object->retain().pointer();
+    old->release();
+}
+
+bool isFull(Table *table) { return ZPSimpleCount(table) >= ZPSimpleThreshold(ZPSimpleClass(table)); }
+
+// The same for a key that, or a stored one of whose hash, may be anybody's code.
+[[gnu::noinline]] void setAnyEntry(id receiver, const char *selector, Table **table, ZPZone *zone, id object, id key) {
+    Search search(table, key);
+    Bucket *place, *b = search.find(&place);
+    if (b) return replace(b, object);
+    Owned owned;
     owned.key = key->copyWithZone(zone).pointer();
     owned.value = object->retain().pointer();
     if (!owned.key) [[unlikely]]
         raise(receiver, sel_registerName(selector), "%@: attempt to insert nil key"_zp);
-    // Anybody's code may have entered and removed keys, this one too.
-    bool isAnother = ZPSimpleCount(*table) >= ZPSimpleThreshold(ZPSimpleClass(*table)) && becomeKeyed(table);
-    if (isAnother) hash = _ZPKeyedHashOfObject(key);
-    if (isAnother || !copiesQuietly(key)) [[unlikely]] {
-        b = ZPSimpleFind(*table, key.pointer(), hash, _ZPObjectEquality(), &place);
-        if (b) {
-            owned.value = static_cast<objc_object *>(std::exchange(b->value, owned.value));
-            return;
-        }
+    // Copying may have entered and removed keys, this one too.
+    if (isFull(*table)) becomeKeyed(table);
+    search.agree();
+    if ((b = search.find(&place))) {
+        owned.value = static_cast<objc_object *>(std::exchange(b->value, owned.value));
+        return;
     }
+    ZPSimpleAdd(table, place, {(search.hash & ZPSimpleHashMask) | ZPSimpleOccupied, owned.key, owned.value});
+    owned.key = owned.value = nullptr;
+}
+
+// Sets a value, neither key nor value being null. The stored key is a copy in the zone.
+ZP_INLINE void setEntry(id receiver, const char *selector, Table **table, ZPZone *zone, id object, id key) {
+    if (!isQuiet(key) || _ZPIsKeyed(*table)) [[unlikely]]
+        return setAnyEntry(receiver, selector, table, zone, object, key);
+    // What would be asked by anybody's code ends the search, as if it were equal.
+    auto isInline = [](const void *item) { return _ZPStored(item)->isa == ZPInlineCString::class_(); };
+    auto equals = [=](const void *stored, const void *probe) {
+        return !isInline(stored) || !isInline(probe) || _ZPObjectEquality()(stored, probe);
+    };
+    unsigned hash = _ZPHashOfObject(key);
+    Bucket *place, *b = ZPSimpleFind(*table, key.pointer(), hash, equals, &place);
+    if (b && (b->key == key.pointer() || (isInline(b->key) && isInline(key.pointer())))) return replace(b, object);
+    if (b || isFull(*table)) [[unlikely]]
+        return setAnyEntry(receiver, selector, table, zone, object, key);
+    Owned owned;
+    owned.key = key->copyWithZone(zone).pointer();
+    owned.value = object->retain().pointer();
     ZPSimpleAdd(table, place, {(hash & ZPSimpleHashMask) | ZPSimpleOccupied, owned.key, owned.value});
     owned.key = owned.value = nullptr;
 }
@@ -132,25 +197,26 @@ void setEntries(id receiver, Table **table, ZPZone *zone, const id *objects, con
     }
 }
 
-[[gnu::noinline]] id findAny(Table *table, id key) {
-    if (!ZPSimpleCount(table)) return nullptr;
-    Bucket *b = ZPSimpleFind(table, key.pointer(), hashIn(table, key), _ZPObjectEquality());
+[[gnu::noinline]] id findAny(Table *const *table, id key) {
+    if (!ZPSimpleCount(*table)) return nullptr;
+    Bucket *b = Search(table, key).find();
     return b ? _ZPValue(b) : id();
 }
 
 // The usual look-up, by a short 8-bit string in a hashed table. Such a key never changes, so the identical key
 // is found under its hash too. Whatever is unusual on the way starts again in `findAny`; nothing here is called
 // that would need registers saved.
-ZP_INLINE id find(Table *table, id key) {
+ZP_INLINE id find(Table *const &reference, id key) {
+    Table *table = reference;
     if (!key || !table) [[unlikely]]
         return nullptr;
     unsigned hash;
     if (key.pointer()->isa != ZPInlineCString::class_() || ZPSimpleIsLinear(table) || _ZPIsKeyed(table)) [[unlikely]]
-        return findAny(table, key);
+        return findAny(&reference, key);
     auto *probe = key.unchecked<ZPInlineCString>();
     unsigned length = probe->byteCount();
     if (!_ZPHashShortBytes(probe->contents(), length, hash)) [[unlikely]]
-        return findAny(table, key);
+        return findAny(&reference, key);
     unsigned state = (hash & ZPSimpleHashMask) | ZPSimpleOccupied;
     unsigned mask = ZPSimpleBuckets(table) - 1, first = hash & mask, i = first;
     do {
@@ -159,7 +225,7 @@ ZP_INLINE id find(Table *table, id key) {
             auto *stored = static_cast<ZPInlineCString *>(b->key);
             if (stored == probe) return _ZPValue(b);
             if (stored->isa != probe->isa) [[unlikely]]
-                return findAny(table, key);
+                return findAny(&reference, key);
             if (stored->byteCount() == length && _ZPSameShortBytes(stored->contents(), probe->contents(), length))
                 [[likely]]
                 return _ZPValue(b);
@@ -298,7 +364,7 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     void removeObjectForKey(id key) {
         if (!key) raise(this, "removeObjectForKey:"_sel, "%@: attempt to remove nil key"_zp);
         if (!_table || !ZPSimpleCount(_table)) return;
-        Bucket *b = ZPSimpleFind(_table, key.pointer(), hashIn(_table, key), _ZPObjectEquality());
+        Bucket *b = Search(&_table, key).find();
         if (!b) return;
         id storedKey = _ZPKey(b), value = _ZPValue(b);
         ZPSimpleRemove(_table, b);

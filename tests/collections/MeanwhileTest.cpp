@@ -209,3 +209,44 @@ TEST(Meanwhile, AComparisonReplacesWhatIsSorted) {
         EXPECT_EQ(Actor::live, before);
     }
 }
+
+TEST(Meanwhile, KeysChangeTheDictionaryThatIsSearched) {
+    for (int what = 0; what < 4; ++what)
+        for (int operation = 0; operation < 4; ++operation) {
+            SCOPED_TRACE(what * 10 + operation);
+            int before = Actor::live;
+            {
+                ZPAutoreleasePoolScope pool;
+                ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
+                int left = 60;
+                auto change = [&, what] {
+                    if (--left % 4 || left < 0) return;
+                    if (what == 0) dictionary->removeAllObjects();
+                    if (what == 1) dictionary->removeObjectForKey(dictionary->keyEnumerator()->nextObject());
+                    for (int i = 0; what >= 2 && i < 40; ++i)
+                        dictionary->setObject_forKey(
+                            "value"_zp, what == 2 ? id(Actor::with(1000 * left + i).get())
+                                                  : id(ZPString::stringWithFormat("%d"_zp, 1000 * left + i)));
+                };
+                std::vector<ZPRef<Actor>> keys;
+                for (int i = 0; i < 30; ++i) {
+                    keys.push_back(Actor::with(i));
+                    dictionary->setObject_forKey("value"_zp, keys.back().get());
+                }
+                for (auto &key : keys) key->_asked = change;
+                ZPRef<Actor> other = Actor::with(29), unknown = Actor::with(-1);
+                other->_asked = unknown->_asked = change;
+                try {
+                    for (Actor *key : {other.get(), unknown.get()}) {
+                        if (operation == 0) dictionary->objectForKey(key);
+                        if (operation == 1) dictionary->setObject_forKey("new"_zp, key);
+                        if (operation == 2) dictionary->removeObjectForKey(key);
+                        if (operation == 3) dictionary->objectForKey(key)->description();
+                    }
+                } catch (ZPException *) {}
+                left = 0;
+                EXPECT_EQ(dictionary->count(), dictionary->allKeys()->count());
+            }
+            EXPECT_EQ(Actor::live, before);
+        }
+}
