@@ -50,7 +50,7 @@ ZP_INLINE unsigned hashIn(Table *table, id key) {
     return _ZPIsKeyed(table) ? _ZPKeyedHashOfObject(key) : _ZPHashOfObject(key);
 }
 
-// Looks for a key while whoever is asked for a hash or for equality may change the table: then again, in what it is now.
+// Looks for a key while whoever is asked for a hash or for equality may change the table: then again, in the new one.
 struct Search {
     Table *const *reference;
     id key;

@@ -5,30 +5,29 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 
 BOOL ZPZombieEnabled, ZPDeallocateZombies, ZPDebugEnabled, ZPKeepAllocationStatistics, ZPKeepZoneStatistics;
 
 static ZPZone *orDefault(ZPZone *zone) { return zone ? zone : QLDefaultMallocZone(); }
 
 void _ZPStartUp() {
-    static std::once_flag once;
-    std::call_once(once, [] {
-        struct {
-            const char *name;
-            BOOL *value;
-        } switches[] = {
-            {"ZPZombieEnabled", &ZPZombieEnabled},
-            {"ZPDeallocateZombies", &ZPDeallocateZombies},
-            {"ZPDebugEnabled", &ZPDebugEnabled},
-            {"ZPKeepAllocationStatistics", &ZPKeepAllocationStatistics},
-            {"ZPKeepZoneStatistics", &ZPKeepZoneStatistics},
-        };
-        for (auto &s : switches)
-            if (const char *value = std::getenv(s.name)) *s.value = *value == 'Y' || *value == 'y';
-        QLNameZone(nullptr, "ZPDefaultZone");
-        _ZPReadAutoreleaseSwitches();
-    });
+    static BOOL isDone;  // threads that come together do the same twice
+    if (__atomic_load_n(&isDone, __ATOMIC_ACQUIRE)) return;
+    struct {
+        const char *name;
+        BOOL *value;
+    } switches[] = {
+        {"ZPZombieEnabled", &ZPZombieEnabled},
+        {"ZPDeallocateZombies", &ZPDeallocateZombies},
+        {"ZPDebugEnabled", &ZPDebugEnabled},
+        {"ZPKeepAllocationStatistics", &ZPKeepAllocationStatistics},
+        {"ZPKeepZoneStatistics", &ZPKeepZoneStatistics},
+    };
+    for (auto &s : switches)
+        if (const char *value = std::getenv(s.name)) *s.value = *value == 'Y' || *value == 'y';
+    QLNameZone(nullptr, "ZPDefaultZone");
+    _ZPReadAutoreleaseSwitches();
+    __atomic_store_n(&isDone, YES, __ATOMIC_RELEASE);
 }
 
 static objc_object *orRaise(objc_object *made, Class cls) {
@@ -134,10 +133,7 @@ ZPZone *ZPZoneFromPointer(const void *pointer) { return QLZoneFromPtr(pointer); 
 
 unsigned ZPPageSize() { return static_cast<unsigned>(vm_page_size()); }
 
-unsigned ZPLogPageSize() {
-    static const unsigned log = static_cast<unsigned>(ZPLog2(ZPPageSize()));
-    return log;
-}
+unsigned ZPLogPageSize() { return static_cast<unsigned>(ZPLog2(ZPPageSize())); }
 
 unsigned ZPRoundUpToMultipleOfPageSize(unsigned bytes) { return (bytes + ZPPageSize() - 1) & ~(ZPPageSize() - 1); }
 unsigned ZPRoundDownToMultipleOfPageSize(unsigned bytes) { return bytes & ~(ZPPageSize() - 1); }
@@ -159,9 +155,6 @@ void ZPCopyMemoryPages(const void *source, void *destination, unsigned bytes) {
     std::memmove(destination, source, bytes);
 }
 
-unsigned ZPRealMemoryAvailable() {
-    static const unsigned bytes = ZPHostRealMemory();
-    return bytes;
-}
+unsigned ZPRealMemoryAvailable() { return ZPHostRealMemory(); }
 
 int ZPLog2(unsigned n) { return n < 2 ? 0 : 31 - __builtin_clz(n); }

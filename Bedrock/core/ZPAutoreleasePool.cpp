@@ -62,10 +62,7 @@ struct Record {
 Settings initialSettings = {0, 0, YES, NO};
 unsigned totalCount;
 
-unsigned slotsPerPage() {
-    static const unsigned slots = (ZPPageSize() - sizeof(Page)) / sizeof(objc_object *);
-    return slots;
-}
+unsigned slotsPerPage() { return (ZPPageSize() - sizeof(Page)) / sizeof(objc_object *); }
 
 std::size_t sizeOfRecord(unsigned capacity) { return sizeof(Record) + capacity * sizeof(Level); }
 

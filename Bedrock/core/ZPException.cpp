@@ -82,8 +82,8 @@ void terminate() {
 }
 
 void installTerminate() {
-    static const bool once = (otherTerminate = std::set_terminate(terminate), true);
-    (void)once;
+    static BOOL isInstalled;
+    if (!__atomic_exchange_n(&isInstalled, YES, __ATOMIC_ACQ_REL)) otherTerminate = std::set_terminate(terminate);
 }
 
 struct ExceptionMethods : ZPException {

@@ -5,6 +5,7 @@
 #include <Bedrock/platform/kernel/Fork.h>
 
 #include <Bedrock/core/ZPCore+Internal.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 
 #include <string>
 #include <unordered_map>
@@ -122,10 +123,7 @@ struct Zombies {
     struct mutex mutex;
     std::unordered_map<Class, Class> classes ZP_GUARDED_BY(mutex);
 };
-Zombies &zombies() {
-    static Zombies &z = *new Zombies;
-    return z;
-}
+Zombies &zombies() { return ZPTheOnly<Zombies>(); }
 
 ZP_MUTEX_AT_FORK(zombies, []() -> mutex & { return zombies().mutex; });
 

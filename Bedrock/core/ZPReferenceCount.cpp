@@ -11,6 +11,7 @@
 // One mutex guards the table and the map together.
 #include <Bedrock/core/ZPCore+Internal.h>
 #include <Bedrock/platform/kernel/Fork.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 
 #include <cstdlib>
 #include <unordered_map>
@@ -121,8 +122,7 @@ struct SideTable {
 
 __attribute__((used)) SideTable *sideTable;  // where gdb/bedrock.py finds it
 SideTable &table() {
-    static SideTable &t = *(sideTable = new SideTable);
-    return t;
+    return *ZPMakeOnce(sideTable, [] { return new SideTable; });
 }
 
 ZP_MUTEX_AT_FORK(counts, []() -> mutex & { return table().mutex; });

@@ -17,13 +17,17 @@ namespace {
 
 // Whether a year of two digits below 30 is one of this century; the user can say no.
 BOOL splitsCenturies() {
-    static const BOOL answer = [] {
+    enum Answer : unsigned char { unknown, no, yes };
+    static Answer answer;
+    Answer known = __atomic_load_n(&answer, __ATOMIC_RELAXED);
+    if (known == unknown) {
         ZPAutoreleasePoolScope pool;
         auto *defaults = _ZPUserDefaultsAbove::standardUserDefaults();
         ZPString *key = "ZPUseExcelTwoDigitYearSemantics"_zp;
-        return !defaults->objectForKey(key) || defaults->boolForKey(key) ? YES : NO;
-    }();
-    return answer;
+        known = !defaults->objectForKey(key) || defaults->boolForKey(key) ? yes : no;
+        __atomic_store_n(&answer, known, __ATOMIC_RELAXED);
+    }
+    return known == yes;
 }
 
 bool isSpace(unichar u) {

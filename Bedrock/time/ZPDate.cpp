@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // ZPDate, and the two kinds of date that know no calendar. A concrete date keeps its seconds as they were given, so
 // that they come back exactly. The distant dates are two static objects.
+#include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/time/ZPDate.h>
 
 #include <Bedrock/core/Fronts.h>
@@ -92,12 +93,14 @@ struct DateMethods : ZPDate {
         return ZPDate::allocFrom(self)->initWithString(text)->autorelease().as<ZPDate>();
     }
     static ZPDate *distantFuture(Class) {
-        static ZPDistantDate *const future = makeDistant(63113990400.0);
-        return future;
+        static ZPDistantDate *future;
+        return ZPMakeOnce(
+            future, [] { return makeDistant(63113990400.0); }, ZPDropMemory());
     }
     static ZPDate *distantPast(Class) {
-        static ZPDistantDate *const past = makeDistant(-63113817600.0);
-        return past;
+        static ZPDistantDate *past;
+        return ZPMakeOnce(
+            past, [] { return makeDistant(-63113817600.0); }, ZPDropMemory());
     }
 
     [[noreturn]] void abstract(SEL selector) { ZPRequestConcreteImplementation(this, selector, ZPDate::class_()); }

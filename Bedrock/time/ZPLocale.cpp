@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/time/ZPLocale.h>
 
 #include <Bedrock/archiving/ZPPropertyList.h>
@@ -36,7 +37,8 @@ ZP_STRING_CONSTANT(ZPNegativeCurrencyFormatString, "ZPNegativeCurrencyFormatStri
 }
 
 ZPDictionary *_ZPDefaultEnglishLanguageDict() {
-    static ZPDictionary *const english = [] {
+    static ZPDictionary *english;
+    return ZPMakeOnce(english, [] {
         ZPAutoreleasePoolScope pool;
         ZPString *text = R"({
             ZPLanguageName = English; ZPFormalName = "The English Language"; ZPLanguageCode = ENG; ZPParentContext = "";
@@ -64,6 +66,5 @@ ZPDictionary *_ZPDefaultEnglishLanguageDict() {
             ZPPositiveCurrencyFormatString = "$9,999.00"; ZPNegativeCurrencyFormatString = "-$9,999.00";
         })"_zp;
         return text->propertyList()->copy().as<ZPDictionary>();
-    }();
-    return english;
+    });
 }

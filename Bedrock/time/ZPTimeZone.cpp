@@ -36,15 +36,13 @@ struct Caches {
     ZPTimeZoneDetail *standard = nullptr;  // the default zone, retained
     bool standardIsSet = false;  // by somebody; `standard` is read with the mutex then
 
+    ~Caches() { byAbbreviation->release(); }  // another thread's caches were first
     void enter(ZPString *abbreviation, ZPTimeZoneDetail *detail) ZP_REQUIRES(mutex) {
         byAbbreviation->setObject_forKey(detail, abbreviation);
     }
 };
 
-Caches &caches() {
-    static Caches &c = *new Caches;
-    return c;
-}
+Caches &caches() { return ZPTheOnly<Caches>(); }
 
 ZP_MUTEX_AT_FORK(timeZones, []() -> mutex & { return caches().mutex; });
 
@@ -163,8 +161,7 @@ struct ZoneMethods : ZPTimeZone {
     static ZPTimeZoneDetail *timeZoneWithAbbreviation(Class, ZPString *abbreviation) {
         if (!abbreviation) return nullptr;
         if (isGMT(abbreviation)) return namedGMT(abbreviation);
-        static const BOOL known = learnHostAbbreviations();
-        (void)known;
+        learnHostAbbreviations();
         Caches &c = caches();
         {
             ZPHolding hold(c.mutex);
@@ -173,10 +170,12 @@ struct ZoneMethods : ZPTimeZone {
         return nullptr;
     }
     // The zone's details of the two years around now.
-    static BOOL learnHostAbbreviations() {
+    static void learnHostAbbreviations() {
+        static BOOL known;
+        if (__atomic_load_n(&known, __ATOMIC_ACQUIRE)) return;
         double now = _ZPCurrentTime();
         for (int month = -12; month <= 12; ++month) _ZPHostDetailAt(now + month * 2629746.0);
-        return YES;
+        __atomic_store_n(&known, YES, __ATOMIC_RELEASE);
     }
     static ZPTimeZoneDetail *timeZoneForSecondsFromGMT(Class, int seconds) { return fixedDetail(seconds); }
     static ZPTimeZone *timeZoneForKey(Class, ZPString *key) {
@@ -308,8 +307,10 @@ struct ZPLocalTimeZone : ZPTimeZoneDetail {
 };
 
 ZPTimeZoneDetail *ZoneMethods::localTimeZone(Class) {
-    static auto *const zone = ZPAllocateObject(ZPLocalTimeZone::class_(), 0, nullptr).unchecked<ZPTimeZoneDetail>();
-    return zone;
+    static ZPTimeZoneDetail *zone;
+    return ZPMakeOnce(
+        zone, [] { return ZPAllocateObject(ZPLocalTimeZone::class_(), 0, nullptr).unchecked<ZPTimeZoneDetail>(); },
+        ZPDropMemory());
 }
 
 }  // namespace

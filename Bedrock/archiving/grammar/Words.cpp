@@ -9,7 +9,7 @@ constexpr unsigned mostOfALine = 76, mostOfAToken = 30;
 
 // What the names of this class's own methods mean; a rule of a grammar is known by its name.
 ZPString *wordsOf(ZPString *rule) {
-    static const std::pair<ZPString *, ZPString *> known[] = {
+    const std::pair<ZPString *, ZPString *> known[] = {
         {"parseString"_zp, "a string"_zp}, {"parseUnquotedString"_zp, "a word"_zp},
         {"parseNumber"_zp, "a number"_zp}, {"parseQuotedString"_zp, "a string in quotes"_zp},
         {"parseData"_zp, "data"_zp},       {"parseSeparator"_zp, "a separator"_zp}};

@@ -28,11 +28,11 @@ struct ZPPropertyListParserMethods : ZPPropertyListParser {
         return array;
     }
     ZPString *wordsForRule(ZPString *rule) {
-        static const std::pair<ZPString *, ZPString *> known[] = {{"xObject"_zp, "a value"_zp},
-                                                                  {"String"_zp, "a string"_zp},
-                                                                  {"Array"_zp, "an array"_zp},
-                                                                  {"Dictionary"_zp, "a dictionary"_zp},
-                                                                  {"Data"_zp, "data"_zp}};
+        const std::pair<ZPString *, ZPString *> known[] = {{"xObject"_zp, "a value"_zp},
+                                                           {"String"_zp, "a string"_zp},
+                                                           {"Array"_zp, "an array"_zp},
+                                                           {"Dictionary"_zp, "a dictionary"_zp},
+                                                           {"Data"_zp, "data"_zp}};
         for (auto &[name, words] : known)
             if (name->isEqualToString(rule)) return words;
         return objc_super<ZPPropertyListParser>(this).send<ZPString *>("wordsForRule:"_sel, rule);

@@ -3,6 +3,7 @@
 #include <Bedrock/platform/ZPMessage.h>
 #include <Bedrock/platform/host/Files.h>
 #include <Bedrock/platform/ZPPath.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -97,7 +98,8 @@ unsigned ZPHostCodePage() {
 }
 
 const char *ZPRootDirectory() {
-    static const std::string &root = *new std::string([]() -> std::string {
+    static const std::string *root;
+    auto find = []() -> std::string {
         const char *named = std::getenv("CORVID_ROOT");
         char mapped[4096];
         std::string path = named && ZPHostPathFromPath(named, mapped, sizeof mapped) ? mapped : "";
@@ -115,8 +117,8 @@ const char *ZPRootDirectory() {
         }
         while (path.size() > 1 && path.back() == '/') path.pop_back();
         return path;
-    }());
-    return root.c_str();
+    };
+    return ZPMakeOnce(root, [&] { return new const std::string(find()); })->c_str();
 }
 
 BOOL ZPHostResource::read(const char *name) {
@@ -194,9 +196,10 @@ static link_map *libraryOf(const void *address) {
 
 void ZPHostKeepLibrary(const void *address) {
     // A library's classes come one after another; this library itself is linked to stay.
-    static link_map *last = libraryOf(reinterpret_cast<const void *>(&ZPHostKeepLibrary));
+    static link_map *last;
     link_map *library = libraryOf(address);
-    if (library && __atomic_exchange_n(&last, library, __ATOMIC_RELAXED) != library && *library->l_name)
+    if (!library || __atomic_exchange_n(&last, library, __ATOMIC_RELAXED) == library) return;
+    if (library != libraryOf(reinterpret_cast<const void *>(&ZPHostKeepLibrary)) && *library->l_name)
         dlopen(library->l_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
 }
 

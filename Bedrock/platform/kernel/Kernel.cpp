@@ -119,12 +119,15 @@ void cleanUp(void *) {
 }
 
 pthread_key_t cleaningKey() {
-    static const pthread_key_t key = [] {
-        pthread_key_t k;
-        pthread_key_create(&k, cleanUp);
-        return k;
-    }();
-    return key;
+    static unsigned next;  // the key and 1
+    unsigned known = __atomic_load_n(&next, __ATOMIC_ACQUIRE);
+    if (known) [[likely]]
+        return known - 1;
+    pthread_key_t key;
+    pthread_key_create(&key, cleanUp);
+    if (__atomic_compare_exchange_n(&next, &known, key + 1, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return key;
+    pthread_key_delete(key);
+    return known - 1;
 }
 
 }  // namespace

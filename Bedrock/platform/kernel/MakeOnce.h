@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Things that are made at their first use and then shared by all threads, without a lock. Threads that come together
-// may each make one; the first is kept.
+// may each make one; the first is kept. The library has no function's static that runs code to be made: in the child
+// of a fork, one that another thread was at would stay half made, and whoever asks for it wait for ever.
 #pragma once
 
-#include <Bedrock/platform/ZPTypes.h>
+#include <Bedrock/platform/ZPZone.h>
 
 /// Gives up what came too late: an object is released, anything else deleted.
 struct ZPDrop {
@@ -28,3 +29,14 @@ template <class T, class Make, class Drop = ZPDrop> ZP_INLINE T *ZPMakeOnce(T *&
         return kept;
     return ZPKeepFirst(slot, make(), drop);
 }
+
+/// The one T of the process, made without arguments by the first who asks; it is never destroyed.
+template <class T> ZP_INLINE T &ZPTheOnly() {
+    constinit static T *slot = nullptr;
+    return *ZPMakeOnce(slot, [] { return new T; });
+}
+
+/// For what no message releases: its memory goes back as it is.
+struct ZPDropMemory {
+    void operator()(id late) const { _dealloc(late.pointer()); }
+};

@@ -48,25 +48,18 @@ struct Arena {
     ChildZone *zone;
 };
 
-struct Map {
-    struct mutex mutex;
-    std::vector<Arena> arenas ZP_GUARDED_BY(mutex);
-};
-Map &map() {
-    alignas(Map) static char room[sizeof(Map)];
-    static Map &m = *new (room) Map;  // never destroyed, and without memory of its own to ask for
-    return m;
-}
+// The map: every zone's arenas by address. Made with the first arena, never destroyed.
+constinit mutex mapMutex;
+std::vector<Arena> *arenas ZP_GUARDED_BY(mapMutex) ZP_PT_GUARDED_BY(mapMutex);
 unsigned arenaCount;
 
 ChildZone *childZoneOf(const void *pointer) {
     if (__atomic_load_n(&arenaCount, __ATOMIC_ACQUIRE) == 0) return nullptr;
     auto address = reinterpret_cast<std::uintptr_t>(pointer);
-    Map &m = map();
-    ZPHolding hold(m.mutex);
-    auto at = std::upper_bound(m.arenas.begin(), m.arenas.end(), address,
+    ZPHolding hold(mapMutex);
+    auto at = std::upper_bound(arenas->begin(), arenas->end(), address,
                                [](std::uintptr_t a, const Arena &r) { return a < r.begin; });
-    if (at == m.arenas.begin()) return nullptr;
+    if (at == arenas->begin()) return nullptr;
     --at;
     return address < at->end ? at->zone : nullptr;
 }
@@ -85,13 +78,13 @@ bool addArena(ChildZone *zone, std::size_t atLeast) ZP_REQUIRES(zone->mutex) {
     void *pages;
     if (!vm_allocate(&pages, bytes)) return false;
     auto begin = reinterpret_cast<std::uintptr_t>(pages);
-    Map &m = map();
-    ZPHolding hold(m.mutex);
+    ZPHolding hold(mapMutex);
     Arena arena{begin, begin + bytes, zone};
     try {
-        m.arenas.insert(std::upper_bound(m.arenas.begin(), m.arenas.end(), arena,
-                                         [](const Arena &a, const Arena &b) { return a.begin < b.begin; }),
-                        arena);
+        if (!arenas) arenas = new std::vector<Arena>;
+        arenas->insert(std::upper_bound(arenas->begin(), arenas->end(), arena,
+                                        [](const Arena &a, const Arena &b) { return a.begin < b.begin; }),
+                       arena);
     } catch (std::bad_alloc &) {
         vm_deallocate(pages, bytes);
         return false;
@@ -114,15 +107,14 @@ void release(ChildZone *zone) {
         (zone->newer ? zone->newer->older : newestZone) = zone->older;
         if (zone->older) zone->older->newer = zone->newer;
     }
-    Map &m = map();
     {
-        ZPHolding hold(m.mutex);
+        ZPHolding hold(mapMutex);
         auto end =
-            std::stable_partition(m.arenas.begin(), m.arenas.end(), [zone](const Arena &a) { return a.zone != zone; });
-        for (auto at = end; at != m.arenas.end(); ++at)
+            std::stable_partition(arenas->begin(), arenas->end(), [zone](const Arena &a) { return a.zone != zone; });
+        for (auto at = end; at != arenas->end(); ++at)
             vm_deallocate(reinterpret_cast<void *>(at->begin), at->end - at->begin);
-        __atomic_sub_fetch(&arenaCount, unsigned(m.arenas.end() - end), __ATOMIC_RELEASE);
-        m.arenas.erase(end, m.arenas.end());
+        __atomic_sub_fetch(&arenaCount, unsigned(arenas->end() - end), __ATOMIC_RELEASE);
+        arenas->erase(end, arenas->end());
     }
     std::free(const_cast<char *>(zone->name));
     delete zone;
@@ -188,10 +180,10 @@ ZP_AT_FORK(
     []() ZP_UNCHECKED_LOCKING {
         zonesMutex.lock();
         for (ChildZone *zone = newestZone; zone; zone = zone->older) zone->mutex.lock();
-        map().mutex.lock();
+        mapMutex.lock();
     },
     [](bool) ZP_UNCHECKED_LOCKING {
-        map().mutex.unlock();
+        mapMutex.unlock();
         for (ChildZone *zone = newestZone; zone; zone = zone->older) zone->mutex.unlock();
         zonesMutex.unlock();
     });
@@ -243,7 +235,10 @@ ZPZone *QLZoneFromPtr(const void *pointer) {
 }
 
 std::size_t vm_page_size() {
-    static const std::size_t size = sysconf(_SC_PAGESIZE);
+    static std::size_t known;
+    std::size_t size = __atomic_load_n(&known, __ATOMIC_RELAXED);
+    if (!size) [[unlikely]]
+        __atomic_store_n(&known, size = std::size_t(sysconf(_SC_PAGESIZE)), __ATOMIC_RELAXED);
     return size;
 }
 

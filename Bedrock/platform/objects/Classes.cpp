@@ -71,8 +71,9 @@ struct Names {
     std::unordered_map<std::string_view, Class> classes, posed;
 };
 Names &names() ZP_REQUIRES(runtimeLock) {
-    static Names &all = *new Names;
-    return all;
+    static Names *all;
+    if (!all) all = new Names;
+    return *all;
 }
 
 // Enters the names of the libraries that were loaded since the last call.

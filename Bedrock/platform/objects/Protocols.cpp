@@ -33,8 +33,9 @@ struct ProtocolMethods : Protocol {
 
 using Protocols = std::unordered_map<std::string_view, Protocol *>;
 Protocols &protocols() ZP_REQUIRES(runtimeLock) {
-    static Protocols &all = *new Protocols;
-    return all;
+    static Protocols *all;
+    if (!all) all = new Protocols;
+    return *all;
 }
 
 OBJC_REGISTER(static, "zp_records", OfProtocols, "Protocol", &objc_protocolClass.cls, Protocol, ProtocolMethods, name,

@@ -123,8 +123,8 @@ struct LoadedTables : ZPCaseTables {
 
 // Not constant data: the dynamic linker would find 768 addresses at every start.
 const ZPCaseTables &_ZPBuiltinCaseTables() {
-    static const ZPCaseTables tables = makeBuiltin();
-    return tables;
+    static const ZPCaseTables *tables;
+    return *ZPMakeOnce(tables, [] { return new const ZPCaseTables(makeBuiltin()); });
 }
 const ZPCaseTables *_ZPReadCaseTables;
 

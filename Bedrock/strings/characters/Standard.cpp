@@ -54,8 +54,8 @@ struct Standard {
     bool compact;
 };
 
-const Standard &standard(unsigned offset) {
-    static const Standard sets[_ZPStandardSetCount] = {
+Standard standard(unsigned offset) {
+    const Standard sets[_ZPStandardSetCount] = {
         {"controlCharacterSet"_zp, "controlCharacterSet"_sel, true},
         {"whitespaceCharacterSet"_zp, "whitespaceCharacterSet"_sel, true},
         {"whitespaceAndNewlineCharacterSet"_zp, "whitespaceAndNewlineCharacterSet"_sel, true},
@@ -112,7 +112,7 @@ struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
                                       "%s %s: Illegal operation on this class or instance"_zp, isa->name,
                                       sel_getName("expandSetWithOffset:"_sel));
         }
-        const Standard &which = standard(unsigned(wanted));
+        const Standard which = standard(unsigned(wanted));
         ZPConcreteMutableCharacterSet *file = objc_msgSend<id>(ZPExpandedBuiltinCharacterSet::class_(), which.selector),
                                       *full = file;
         if (file) full = agreeing(file, unsigned(wanted), which.compact);

@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
 // Hashes of keys that come from outside.
 #include <Bedrock/platform/host/Host.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 #include <Bedrock/strings/cluster/Keys.h>
 
 const _ZPKeyedHash::Key &_ZPKeyedHash::key() {
-    static const Key made = [] {
-        Key key;
-        ZPHostRandomBytes(&key, sizeof key);
-        key.factor |= 1;
+    static Key *made;
+    return *ZPMakeOnce(made, [] {
+        auto *key = new Key;
+        ZPHostRandomBytes(key, sizeof *key);
+        key->factor |= 1;
         return key;
-    }();
-    return made;
+    });
 }
 
 unsigned _ZPKeyedHashOfObject(id object) {

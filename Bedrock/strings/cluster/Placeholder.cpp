@@ -5,6 +5,7 @@
 //   placeholdersOfZones  those of other zones, with the one answered last in front; under a mutex
 //
 // A zone that is recycled leaves its placeholder behind, so that another zone at the same address finds it.
+#include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/cluster/Mutable.h>
 
 #include <Bedrock/data/ZPData.h>
@@ -111,12 +112,8 @@ ZP_IMPLEMENT_WITH(ZPPlaceholderString, ZPPlaceholderStringMethods, immortal(), d
 
 ZPString *_ZPPlaceholderStringFromZone(ZPZone *zone) {
     if (!zone || zone == QLDefaultMallocZone()) {
-        ZPPlaceholderString *p = __atomic_load_n(&defaultPlaceholder, __ATOMIC_ACQUIRE);
-        if (p) [[likely]]
-            return p;
-        static ZPPlaceholderString *made = makePlaceholder(QLDefaultMallocZone());
-        __atomic_store_n(&defaultPlaceholder, made, __ATOMIC_RELEASE);
-        return made;
+        return ZPMakeOnce(
+            defaultPlaceholder, [] { return makePlaceholder(QLDefaultMallocZone()); }, ZPDropMemory());
     }
     ZPHolding hold(placeholdersMutex);
     if (!placeholdersOfZones) placeholdersOfZones = new std::vector<ZPPlaceholderString *>;

@@ -273,8 +273,15 @@ struct Packing {
 
 // Asked of the processor itself: the compiler's own question costs every program that starts a table of its features.
 static bool hasShuffles() {
-    unsigned a, b, c = 0, d;
-    return __get_cpuid(1, &a, &b, &c, &d) && c & bit_SSSE3;
+    enum Answer : unsigned char { unknown, no, yes };
+    constinit static Answer answer = unknown;
+    Answer known = __atomic_load_n(&answer, __ATOMIC_RELAXED);
+    if (known == unknown) [[unlikely]] {
+        unsigned a, b, c = 0, d;
+        known = __get_cpuid(1, &a, &b, &c, &d) && c & bit_SSSE3 ? yes : no;
+        __atomic_store_n(&answer, known, __ATOMIC_RELAXED);
+    }
+    return known == yes;
 }
 
 // Encodes blocks of eight units below 0x800 while there are such and 16 bytes are going to be filled: the units that
@@ -309,7 +316,7 @@ unsigned _ZPEncodeUTF8Run(const unichar *units, unsigned count, unsigned char *o
     unsigned char *start = out;
     const unsigned char *limit = out + room;
 #ifdef __SSE2__
-    static const bool shuffles = hasShuffles();
+    const bool shuffles = hasShuffles();
 #endif
     while (last - in >= long(blockUnits) && limit - out >= long(blockRoom)) {
         std::uint64_t narrow;

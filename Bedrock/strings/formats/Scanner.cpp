@@ -6,6 +6,7 @@
 #include <Bedrock/core/Digits.h>
 #include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPNames.h>
+#include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/ZPNumberReader.h>
 #include <Bedrock/strings/formats/Scanner+Internal.h>
@@ -44,8 +45,8 @@ bool readHex(ZPString *string, ZPCharacterSet *skipped, unsigned &result, unsign
 }
 
 ZPCharacterSet *defaultSkipSet() {
-    static ZPCharacterSet *const set = ZPCharacterSet::whitespaceAndNewlineCharacterSet();
-    return set;
+    static ZPCharacterSet *set;
+    return ZPMakeOnce(set, [] { return ZPCharacterSet::whitespaceAndNewlineCharacterSet()->retain(); });
 }
 
 struct ScannerClassMethods {
