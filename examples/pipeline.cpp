@@ -99,7 +99,7 @@ struct Report : ZPObject {
     }
     void dealloc() {
         ZPNotificationCenter::defaultCenter()->removeObserver(this);
-        objc_super<Report>(this).send("dealloc"_sel);
+        ZP_SUPER(Report, dealloc)();
     }
 };
 ZP_IMPLEMENT(Report, fileDone, dealloc);

@@ -26,7 +26,7 @@ struct Settings : ZPObject {
 
 struct SettingsMethods : Settings {
     Settings *initWithPath_defaults(ZPString *path, ZPDictionary *defaults) {
-        Settings *self = objc_super<Settings>(this).send<id>("init"_sel);
+        Settings *self = ZP_SUPER(Settings, init)();
         self->_path = path;
         self->_defaults = defaults;
         self->_values = ZPMutableDictionary::dictionaryWithContentsOfFile(path);  // null without a file

@@ -135,9 +135,7 @@ struct ZPParser : ZPObject {
     ZPString *wordsForRule(ZPString *rule) ZP_ASKS(rule);
     /// Raises ZPParseErrorException with a formatted message, line, position, rules and next token; what it says to a
     /// person is under ZPParseErrorExplanationKey in its user information.
-    template <class... A> void parseError(ZPString *format, A... arguments) {
-        objc_sendVariadic<void, ZPString *>::send(this, "parseError:"_sel, format, arguments...);
-    }
+    template <class... A> void parseError(ZPString *format, A... arguments) ZP_TELLS_WITH(arguments, format);
 
     // ---- the notation of grammars itself ----
 

@@ -41,16 +41,12 @@ struct ZPArray : ZPObject {
     /// `count` elements from `objects` on.
     static ZPArray *arrayWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
     /// The arguments as elements, up to the first null.
-    template <class... A> static ZPArray *arrayWithObjects(A... objects) {
-        return objc_sendObjectList<ZPArray *>(class_(), "arrayWithObjects:"_sel, objects...);
-    }
+    template <class... A> static ZPArray *arrayWithObjects(A... objects) ZP_CLASS_ASKS_LIST(objects);
 
     /// `count` elements from `objects` on: the initialiser that a subclass supplies.
     ZPArray *initWithObjects_count(const id *objects, unsigned count) ZP_ASKS(objects, count);
     /// The arguments as elements, up to the first null.
-    template <class... A> ZPArray *initWithObjects(A... objects) {
-        return objc_sendObjectList<ZPArray *>(this, "initWithObjects:"_sel, objects...);
-    }
+    template <class... A> ZPArray *initWithObjects(A... objects) ZP_ASKS_LIST(objects);
     /// The elements of another array.
     ZPArray *initWithArray(ZPArray *array) ZP_ASKS(array);
     /// The same; with `copyItems` the elements' copies.
@@ -82,9 +78,7 @@ struct ZPArray : ZPObject {
     /// The search within a range for the very object, or also for an equal one.
     unsigned indexOfObject_range_identical(id object, ZPRange range, BOOL identical) ZP_ASKS(object, range, identical);
     /// Searches from `index` to the end, or back to 0; `indexOf:::`.
-    unsigned indexOf(id object, int index, BOOL forward) {
-        return objc_msgSend<unsigned>(this, "indexOf:::"_sel, object, index, forward);
-    }
+    unsigned indexOf(id object, int index, BOOL forward) ZP_ASKS_AS("indexOf:::", object, index, forward);
     /// The first index whose element answers the selector with something that `object` finds equal.
     unsigned indexOfAttributeBySelector_equalToObject(SEL selector, id object) ZP_ASKS(selector, object);
     /// The first element that the other array contains too, or null.
@@ -166,9 +160,7 @@ struct ZPMutableArray : ZPArray {
     static ZPMutableArray *arrayWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
     static ZPMutableArray *arrayWithObject(id object) ZP_CLASS_ASKS(object);
     static ZPMutableArray *arrayWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
-    template <class... A> static ZPMutableArray *arrayWithObjects(A... objects) {
-        return objc_sendObjectList<ZPMutableArray *>(class_(), "arrayWithObjects:"_sel, objects...);
-    }
+    template <class... A> static ZPMutableArray *arrayWithObjects(A... objects) ZP_CLASS_ASKS_LIST(objects);
     ///@}
 
     /// Empty, with room for `capacity` elements: the second initialiser that a subclass supplies.

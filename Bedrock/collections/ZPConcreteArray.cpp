@@ -64,7 +64,7 @@ static void releaseAll(id *items, unsigned count) {
 
 void ZPConcreteArray::dealloc() {
     releaseAll(_items, _info);
-    objc_super<ZPConcreteArray>(this).send("dealloc"_sel);
+    ZP_SUPER(ZPConcreteArray, dealloc)();
 }
 
 // ---- mutable -------------------------------------------------------------------------------------
@@ -92,7 +92,7 @@ id ZPConcreteMutableArray::initWithObjects_count(const id *objects, unsigned cou
 void ZPConcreteMutableArray::dealloc() {
     releaseAll(_items, _info);
     if (_items) ZPZoneFree(ZPZoneFromPointer(_items), _items);
-    objc_super<ZPConcreteMutableArray>(this).send("dealloc"_sel);
+    ZP_SUPER(ZPConcreteMutableArray, dealloc)();
 }
 
 void ZPConcreteMutableArray::makeRoom(unsigned more) {

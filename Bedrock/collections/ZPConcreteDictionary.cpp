@@ -291,8 +291,7 @@ struct ZPConcreteDictionaryMethods : ZPConcreteDictionary {
     id initWithDictionary_copyItems(ZPDictionary *other, BOOL copyItems) {
         Table *table;
         if (!other || !_ZPConcreteTable(other, table))
-            return objc_super<ZPConcreteDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other,
-                                                                   copyItems);
+            return ZP_SUPER(ZPConcreteDictionary, initWithDictionary_copyItems)(other, copyItems);
         if (!table || !ZPSimpleCount(table)) return init();
         _table = copyTable(this, table, self()->zone(), copyItems);
         return this;
@@ -300,7 +299,7 @@ struct ZPConcreteDictionaryMethods : ZPConcreteDictionary {
     void dealloc() {
         if (_table == room()) ZPSimpleForEach(_table, [](Bucket *b) { releaseEntry(nullptr, b->key, b->value); });
         else destroyTable(_table);
-        objc_super<ZPConcreteDictionary>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteDictionary, dealloc)();
     }
     unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
     id objectForKey(id key) { return find(_table, key); }
@@ -334,14 +333,13 @@ struct ZPConcreteMutableDictionaryMethods : ZPConcreteMutableDictionary {
     id initWithDictionary_copyItems(ZPDictionary *other, BOOL copyItems) {
         Table *table;
         if (!other || !_ZPConcreteTable(other, table))
-            return objc_super<ZPConcreteMutableDictionary>(this).send<id>("initWithDictionary:copyItems:"_sel, other,
-                                                                          copyItems);
+            return ZP_SUPER(ZPConcreteMutableDictionary, initWithDictionary_copyItems)(other, copyItems);
         if (table) _table = copyTable(this, table, self()->zone(), copyItems);
         return this;
     }
     void dealloc() {
         destroyTable(_table);
-        objc_super<ZPConcreteMutableDictionary>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteMutableDictionary, dealloc)();
     }
     unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
     id objectForKey(id key) { return find(_table, key); }
@@ -399,7 +397,7 @@ struct EnumeratorMethods : _ZPDictionaryEnumerator {
     }
     void dealloc() {
         finish();
-        objc_super<_ZPDictionaryEnumerator>(this).send("dealloc"_sel);
+        ZP_SUPER(_ZPDictionaryEnumerator, dealloc)();
     }
 };
 

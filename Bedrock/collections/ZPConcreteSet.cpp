@@ -97,14 +97,14 @@ struct ZPConcreteSetMethods : ZPConcreteSet {
     id initWithSet_copyItems(ZPSet *other, BOOL copyItems) {
         ZPSimpleSet *table;
         if (copyItems || !other || !_ZPConcreteTable(other, table))
-            return objc_super<ZPConcreteSet>(this).send<id>("initWithSet:copyItems:"_sel, other, copyItems);
+            return ZP_SUPER(ZPConcreteSet, initWithSet_copyItems)(other, copyItems);
         if (!table || !ZPSimpleCount(table)) return init();
         _table = copyTable(table, _ZPZoneOf(this));
         return this;
     }
     void dealloc() {
         destroyTable(_table);
-        objc_super<ZPConcreteSet>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteSet, dealloc)();
     }
     unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
     id member(id object) { return memberOf(_table, object); }
@@ -132,13 +132,13 @@ struct ZPConcreteMutableSetMethods : ZPConcreteMutableSet {
     id initWithSet_copyItems(ZPSet *other, BOOL copyItems) {
         ZPSimpleSet *table;
         if (copyItems || !other || !_ZPConcreteTable(other, table))
-            return objc_super<ZPConcreteMutableSet>(this).send<id>("initWithSet:copyItems:"_sel, other, copyItems);
+            return ZP_SUPER(ZPConcreteMutableSet, initWithSet_copyItems)(other, copyItems);
         if (table) _table = copyTable(table, _ZPZoneOf(this));
         return this;
     }
     void dealloc() {
         destroyTable(_table);
-        objc_super<ZPConcreteMutableSet>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteMutableSet, dealloc)();
     }
     unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
     id member(id object) { return memberOf(_table, object); }
@@ -205,7 +205,7 @@ struct ZPCountedSetMethods : ZPCountedSet {
             ZPFreeSimpleDictionary(_table);
             _table = nullptr;
         }
-        objc_super<ZPCountedSet>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPCountedSet, dealloc)();
     }
     unsigned count() { return _table ? ZPSimpleCount(_table) : 0; }
     id member(id object) {
@@ -280,7 +280,7 @@ struct EnumeratorMethods : _ZPSetEnumerator {
     }
     void dealloc() {
         finish();
-        objc_super<_ZPSetEnumerator>(this).send("dealloc"_sel);
+        ZP_SUPER(_ZPSetEnumerator, dealloc)();
     }
 };
 

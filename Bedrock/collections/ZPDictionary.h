@@ -29,9 +29,8 @@ struct ZPDictionary : ZPObject {
     static ZPDictionary *dictionaryWithObjects_forKeys(ZPArray *objects, ZPArray *keys) ZP_CLASS_ASKS(objects, keys);
     /// Value, key, value, key ..., up to the first null; an odd number of arguments raises
     /// ZPInvalidArgumentException.
-    template <class... A> static ZPDictionary *dictionaryWithObjectsAndKeys(A... objectsAndKeys) {
-        return objc_sendObjectList<ZPDictionary *>(class_(), "dictionaryWithObjectsAndKeys:"_sel, objectsAndKeys...);
-    }
+    template <class... A> static ZPDictionary *dictionaryWithObjectsAndKeys(A... objectsAndKeys)
+        ZP_CLASS_ASKS_LIST(objectsAndKeys);
     /// Reads a property list; null when the file cannot be read or holds no dictionary.
     static ZPDictionary *dictionaryWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
     /// The entries of another dictionary.
@@ -42,9 +41,7 @@ struct ZPDictionary : ZPObject {
     ZPDictionary *initWithObjects_forKeys_count(const id *objects, const id *keys, unsigned count)
         ZP_ASKS(objects, keys, count);
     /// As `dictionaryWithObjectsAndKeys`.
-    template <class... A> ZPDictionary *initWithObjectsAndKeys(A... objectsAndKeys) {
-        return objc_sendObjectList<ZPDictionary *>(this, "initWithObjectsAndKeys:"_sel, objectsAndKeys...);
-    }
+    template <class... A> ZPDictionary *initWithObjectsAndKeys(A... objectsAndKeys) ZP_ASKS_LIST(objectsAndKeys);
     /// As `dictionaryWithObjects_forKeys`.
     ZPDictionary *initWithObjects_forKeys(ZPArray *objects, ZPArray *keys) ZP_ASKS(objects, keys);
     /// The entries of another dictionary.
@@ -112,10 +109,8 @@ struct ZPMutableDictionary : ZPDictionary {
     static ZPMutableDictionary *dictionaryWithObject_forKey(id object, id key) ZP_CLASS_ASKS(object, key);
     static ZPMutableDictionary *dictionaryWithObjects_forKeys(ZPArray *objects, ZPArray *keys)
         ZP_CLASS_ASKS(objects, keys);
-    template <class... A> static ZPMutableDictionary *dictionaryWithObjectsAndKeys(A... objectsAndKeys) {
-        return objc_sendObjectList<ZPMutableDictionary *>(class_(), "dictionaryWithObjectsAndKeys:"_sel,
-                                                          objectsAndKeys...);
-    }
+    template <class... A> static ZPMutableDictionary *dictionaryWithObjectsAndKeys(A... objectsAndKeys)
+        ZP_CLASS_ASKS_LIST(objectsAndKeys);
     static ZPMutableDictionary *dictionaryWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
     static ZPMutableDictionary *dictionaryWithDictionary(ZPDictionary *other) ZP_CLASS_ASKS(other);
     ///@}

@@ -23,7 +23,7 @@ struct ZPIdEnumeratorMethods : ZPIdEnumerator {
     }
     void dealloc() {
         invalidate();
-        objc_super<ZPIdEnumerator>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPIdEnumerator, dealloc)();
     }
     id nextObject() {
         if (_slot == _limit) return nullptr;

@@ -26,9 +26,7 @@ struct ZPSet : ZPObject {
     /// `count` objects; the first of equal ones is the member, here and below.
     static ZPSet *setWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
     /// The arguments, up to the first null.
-    template <class... A> static ZPSet *setWithObjects(A... objects) {
-        return objc_sendObjectList<ZPSet *>(class_(), "setWithObjects:"_sel, objects...);
-    }
+    template <class... A> static ZPSet *setWithObjects(A... objects) ZP_CLASS_ASKS_LIST(objects);
     /// The elements of an array.
     static ZPSet *setWithArray(ZPArray *array) ZP_CLASS_ASKS(array);
     /// The members of another set.
@@ -37,9 +35,7 @@ struct ZPSet : ZPObject {
     /// `count` objects, the first of equal ones the member: the initialiser that a subclass supplies.
     ZPSet *initWithObjects_count(const id *objects, unsigned count) ZP_ASKS(objects, count);
     /// The arguments, up to the first null.
-    template <class... A> ZPSet *initWithObjects(A... objects) {
-        return objc_sendObjectList<ZPSet *>(this, "initWithObjects:"_sel, objects...);
-    }
+    template <class... A> ZPSet *initWithObjects(A... objects) ZP_ASKS_LIST(objects);
     /// The elements of an array.
     ZPSet *initWithArray(ZPArray *array) ZP_ASKS(array);
     /// The members of another set; a counted set takes its counts as well.
@@ -96,9 +92,7 @@ struct ZPMutableSet : ZPSet {
     /// As ZPSet makes them, but to be changed.
     static ZPMutableSet *setWithObject(id object) ZP_CLASS_ASKS(object);
     static ZPMutableSet *setWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
-    template <class... A> static ZPMutableSet *setWithObjects(A... objects) {
-        return objc_sendObjectList<ZPMutableSet *>(class_(), "setWithObjects:"_sel, objects...);
-    }
+    template <class... A> static ZPMutableSet *setWithObjects(A... objects) ZP_CLASS_ASKS_LIST(objects);
     static ZPMutableSet *setWithArray(ZPArray *array) ZP_CLASS_ASKS(array);
     static ZPMutableSet *setWithSet(ZPSet *set) ZP_CLASS_ASKS(set);
     ///@}
@@ -137,9 +131,7 @@ struct ZPCountedSet : ZPMutableSet {
     static ZPCountedSet *setWithCapacity(unsigned capacity) ZP_CLASS_ASKS(capacity);
     static ZPCountedSet *setWithObject(id object) ZP_CLASS_ASKS(object);
     static ZPCountedSet *setWithObjects_count(const id *objects, unsigned count) ZP_CLASS_ASKS(objects, count);
-    template <class... A> static ZPCountedSet *setWithObjects(A... objects) {
-        return objc_sendObjectList<ZPCountedSet *>(class_(), "setWithObjects:"_sel, objects...);
-    }
+    template <class... A> static ZPCountedSet *setWithObjects(A... objects) ZP_CLASS_ASKS_LIST(objects);
     static ZPCountedSet *setWithArray(ZPArray *array) ZP_CLASS_ASKS(array);
     static ZPCountedSet *setWithSet(ZPSet *set) ZP_CLASS_ASKS(set);
     ///@}

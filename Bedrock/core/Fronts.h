@@ -44,9 +44,10 @@ template <objc_text Name> Class _ZPClassAbove() {
 }
 
 /// Makes a struct, which derives from ZPObject, the front of the class T that lies above: its static members send to
-/// the class of that name, and do nothing while there is none.
+/// the class of that name, and do nothing while there is none. References to it are held to be ones to any class.
 // clang-format off
 #define ZP_CLASS_ABOVE(T)                                   \
+    using objc_StandsFor = struct T##_above;                \
     static Class class_() { return ::_ZPClassAbove<#T>(); } \
     static _##T##Above *alloc() ZP_CLASS_ASKS()             \
     static _##T##Above *new_() ZP_CLASS_ASKS()

@@ -16,19 +16,13 @@ struct ZPAssertionHandler : ZPObject {
     /// formatted description as reason.
     template <class... A>
     void handleFailureInMethod_object_file_lineNumber_description(SEL method, id object, ZPString *file, int line,
-                                                                  ZPString *format, A... arguments) {
-        objc_sendVariadic<void, SEL, id, ZPString *, int, ZPString *>::send(
-            this, "handleFailureInMethod:object:file:lineNumber:description:"_sel, method, object, file, line, format,
-            arguments...);
-    }
+                                                                  ZPString *format, A... arguments)
+        ZP_TELLS_WITH(arguments, method, object, file, line, format);
     /// The same for a failure outside of methods, with the function's name.
-    template <class... A> void handleFailureInFunction_file_lineNumber_description(ZPString *function, ZPString *file,
-                                                                                   int line, ZPString *format,
-                                                                                   A... arguments) {
-        objc_sendVariadic<void, ZPString *, ZPString *, int, ZPString *>::send(
-            this, "handleFailureInFunction:file:lineNumber:description:"_sel, function, file, line, format,
-            arguments...);
-    }
+    template <class... A>
+    void handleFailureInFunction_file_lineNumber_description(ZPString *function, ZPString *file, int line,
+                                                             ZPString *format, A... arguments)
+        ZP_TELLS_WITH(arguments, function, file, line, format);
 };
 
 // Where ZP_BLOCK_ASSERTIONS is defined before this header is included, the macros do nothing, and their arguments are

@@ -479,9 +479,9 @@ struct PoolClassMethods {
 
 ZP_IMPLEMENT_WITH(ZPAutoreleasePool, PoolMethods, init, initWithCapacity, addObject, release, retain, autorelease,
                   retainCount, dealloc,
-                  classMethodsOf(PoolClassMethods, allocWithZone, addObject, releaseAllPools, showPools,
-                                 showPoolsWithObjectIdenticalTo, autoreleasedObjectCount, topAutoreleasePoolCount,
-                                 enableRelease, enableFreedObjectCheck, enableDoubleReleaseCheck,
-                                 poolCountHighWaterMark, setPoolCountHighWaterMark, poolCountHighWaterResolution,
-                                 setPoolCountHighWaterResolution, setPoolCountThreshold, totalAutoreleasedObjects,
-                                 resetTotalAutoreleasedObjects));
+                  classMethodsOf(PoolClassMethods, allocWithZone, named(addObject, "addObject:"), releaseAllPools,
+                                 showPools, showPoolsWithObjectIdenticalTo, autoreleasedObjectCount,
+                                 topAutoreleasePoolCount, enableRelease, enableFreedObjectCheck,
+                                 enableDoubleReleaseCheck, poolCountHighWaterMark, setPoolCountHighWaterMark,
+                                 poolCountHighWaterResolution, setPoolCountHighWaterResolution, setPoolCountThreshold,
+                                 totalAutoreleasedObjects, resetTotalAutoreleasedObjects));

@@ -22,7 +22,7 @@ struct ZPAutoreleasePool : ZPObject {
     void addObject(id object) ZP_TELLS(object);
 
     /// Adds an object to the innermost pool, as `ZPAutoreleaseObject`.
-    static void addObjectToInnermost(id object) { objc_msgSend(class_(), "addObject:"_sel, object); }
+    static void addObjectToInnermost(id object) ZP_CLASS_TELLS_AS("addObject:", object);
     /// Closes every pool of the calling thread.
     static void releaseAllPools() ZP_CLASS_TELLS();
     /// Writes the calling thread's pools to standard error.

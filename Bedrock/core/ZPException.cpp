@@ -88,7 +88,7 @@ void installTerminate() {
 
 struct ExceptionMethods : ZPException {
     id init() {
-        objc_super<ZPException>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPException, dealloc)();
         return nullptr;
     }
     ZPException *initWithName_reason_userInfo(ZPString *name, ZPString *reason, ZPDictionary *userInfo) {
@@ -99,7 +99,7 @@ struct ExceptionMethods : ZPException {
     }
     void dealloc() {
         for (id field : {id(_name), id(_reason), id(_userInfo)}) field->release();
-        objc_super<ZPException>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPException, dealloc)();
     }
     ZPString *name() { return _name; }
     ZPString *reason() { return _reason; }

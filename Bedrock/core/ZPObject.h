@@ -29,7 +29,7 @@ struct ZPObject : objc_object {
     ZP_CLASS(ZPObject)
 
     /// Frees the receiver; sent by the last release, never by a client. A class that overrides it gives up what it
-    /// owns and ends with `objc_super<T>(this).send("dealloc"_sel)`.
+    /// owns and ends with `ZP_SUPER(T, dealloc)()`.
     void dealloc() ZP_TELLS();
 
     /// Adds a reference and answers the receiver.
@@ -83,7 +83,7 @@ struct ZPObject : objc_object {
     /// The zone of the receiver's memory; the default zone for what no zone gave.
     ZPZone *zone() ZP_ASKS();
     /// What the receiver says its class is; `isa` is what it really is.
-    Class objectClass() { return objc_msgSend<Class>(this, "class"_sel); }
+    Class objectClass() ZP_ASKS_AS("class");
     /// The superclass of the receiver's class; null for a root class.
     Class superclass() ZP_ASKS();
 
@@ -120,7 +120,7 @@ struct ZPObject : objc_object {
     void perform_withEachObjectInArray(SEL selector, ZPArray *array) ZP_TELLS(selector, array);
     /// Sends the selector with an argument frame as `objc_msgSendv` takes it; raises ZPInvalidArgumentException
     /// when the receiver has no such method.
-    id performv(SEL selector, void *arguments) { return objc_msgSend<id>(this, "performv::"_sel, selector, arguments); }
+    id performv(SEL selector, void *arguments) ZP_ASKS_AS("performv::", selector, arguments);
     /// The bytes of the method's argument frame; 0 when there is no such method.
     unsigned methodArgSize(SEL selector) ZP_ASKS(selector);
     /// The receiver's implementation; `_objc_msgForward` when there is none.
@@ -131,7 +131,7 @@ struct ZPObject : objc_object {
     const objc_methodDescription *methodDescriptionForSelector(SEL selector) ZP_ASKS(selector);
     /// Receives every message that the receiver does not implement; `frame` is valid until it returns. This one
     /// sends `doesNotRecognizeSelector`; override it to pass messages on.
-    void forward(SEL selector, objc_frame *frame) { objc_msgSend(this, "forward::"_sel, selector, frame); }
+    void forward(SEL selector, objc_frame *frame) ZP_TELLS_AS("forward::", selector, frame);
     /// Logs and raises ZPInvalidArgumentException, "*** -[Class selector]: selector not recognized".
     void doesNotRecognizeSelector(SEL selector) ZP_TELLS(selector);
 };

@@ -20,7 +20,7 @@ struct ZPProxy : objc_object {
     /// The zone of the receiver's memory.
     ZPZone *zone() ZP_ASKS();
     /// The proxy's own class.
-    Class objectClass() { return objc_msgSend<Class>(this, "class"_sel); }
+    Class objectClass() ZP_ASKS_AS("class");
     /// From the proxy's own address.
     unsigned hash() ZP_ASKS();
     /// Identity with the proxy.

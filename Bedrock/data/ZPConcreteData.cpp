@@ -93,7 +93,7 @@ struct ConcreteDataMethods : ZPConcreteData {
             else _mapper->removeMapping_length(_bytes, _capacity);
         }
         if (_mapper) _mapper->release();
-        objc_super<ZPConcreteData>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteData, dealloc)();
     }
 
     unsigned length() { return _length; }

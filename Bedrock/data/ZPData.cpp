@@ -194,7 +194,7 @@ struct SubrangeMethods : ZPSubrangeData {
     id copyWithZone(ZPZone *) { return self()->retain(); }
     void dealloc() {
         if (_data) _data->release();
-        objc_super<ZPSubrangeData>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPSubrangeData, dealloc)();
     }
 };
 

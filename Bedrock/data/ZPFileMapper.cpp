@@ -42,7 +42,7 @@ struct FileMapperMethods : ZPFileMapper {
     void removeMapping_length(void *mapped, unsigned length) { ZPHostUnmapView(mapped, length); }
     void dealloc() {
         if (_mapping >= 0) ZPHostCloseFile(_mapping);
-        objc_super<ZPFileMapper>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPFileMapper, dealloc)();
     }
 
     static ZPFileMapper *fileMapperForPath(Class, ZPString *path) {

@@ -212,11 +212,11 @@ struct ConcreteMutableData : ZPConcreteMutableData {
                 return this;
             }
         }
-        return objc_super<ZPConcreteMutableData>(this).send<ZPData *>("initWithData:"_sel, other);
+        return ZP_SUPER(ZPConcreteMutableData, initWithData)(other);
     }
     void dealloc() {
         freeStorage(_bytes, _capacity, _flags, _mapper);
-        objc_super<ZPConcreteMutableData>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteMutableData, dealloc)();
     }
 
     // ---- reading and changing ----

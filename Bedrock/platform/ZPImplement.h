@@ -98,24 +98,38 @@ template <class R, class... A> struct objc_signature {
     static constexpr bool isFunction = true, takesClass = false;
     static constexpr unsigned count = sizeof...(A);
     using type = R(A...);
+    using result = R;
 };
 template <class R, class... A> struct objc_function<R (*)(A...)> : objc_signature<R, A...> {};
 template <class R, class... A> struct objc_function<R (*)(Class, A...)> : objc_signature<R, A...> {
     static constexpr bool takesClass = true;
 };
-template <class C, class R, class... A> struct objc_function<R (C::*)(A...)> : objc_signature<R, A...> {};
-template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const> : objc_signature<R, A...> {};
 template <class R, class... A> struct objc_function<R (*)(A...) noexcept> : objc_function<R (*)(A...)> {};
-template <class C, class R, class... A> struct objc_function<R (C::*)(A...) noexcept> : objc_signature<R, A...> {};
-template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const noexcept> : objc_signature<R, A...> {
+template <class C, class R, class... A> struct objc_memberSignature : objc_signature<R, A...> { using owner = C; };
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...)> : objc_memberSignature<C, R, A...> {};
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const> : objc_memberSignature<C, R, A...> {
 };
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...) noexcept>
+    : objc_memberSignature<C, R, A...> {};
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...) const noexcept>
+    : objc_memberSignature<C, R, A...> {};
+// A front's sending member.
+template <class C, class R, class... A> struct objc_function<R (C::*)(A...) &> : objc_memberSignature<C, R, A...> {};
 
-// Object references may differ in what they are declared to refer to; everything else is the same type.
+// A reference to an object may be declared as `id`, or as one to a class above or below; everything else is the same
+// type.
 template <class T> inline constexpr bool objc_isReference = std::is_same_v<T, id>;
 template <class T> inline constexpr bool objc_isReference<T *> =
     std::is_class_v<T> &&decltype(objc_objectTest(static_cast<T *>(nullptr)))::value;
-template <class A, class B> inline constexpr bool objc_typesAgree = std::is_same_v<A, B> ||
-                                                                    (objc_isReference<A> && objc_isReference<B>);
+template <class A> inline constexpr bool objc_isStandIn = requires {
+    typename std::remove_pointer_t<A>::objc_StandsFor;
+};
+template <class A, class B> consteval bool objc_typesAgreeTo() {
+    if constexpr (objc_isReference<A> && objc_isReference<B>)
+        return std::is_convertible_v<A, B> || std::is_convertible_v<B, A> || objc_isStandIn<A>;
+    else return std::is_same_v<A, B>;
+}
+template <class A, class B> inline constexpr bool objc_typesAgree = objc_typesAgreeTo<A, B>();
 
 template <class Method, class Front> inline constexpr bool objc_signaturesAgree = false;
 template <class R, class... A, class S, class... B>
@@ -139,13 +153,30 @@ template <class F> void objc_oneFunction(F);
 template <auto Method, auto Front> inline constexpr bool objc_sameFunction = false;
 template <auto Method> inline constexpr bool objc_sameFunction<Method, Method> = true;
 
-// Not constexpr: reaching it is the compile error that names the mistake. A front's member as the method of its own
-// message would send it for ever.
+// Not constexpr: reaching it is the compile error that names the mistake.
 void the_name_is_a_sending_member_of_the_front_and_no_method();
 
-template <auto Method, auto Front> consteval void objc_compareWithFront() {
-    if constexpr (objc_function<decltype(Front)>::isFunction)
+// What a root class can be sent its instances can be sent as well, and everything answers its class.
+template <class Front> consteval bool objc_hasBothKinds() {
+    if constexpr (requires { typename objc_function<Front>::owner; }) return requires {
+            requires std::is_void_v<objc_superclassOf<typename objc_function<Front>::owner>>;
+        };
+    else return std::is_same_v<typename objc_function<Front>::type, Class()>;
+}
+template <auto Method, auto Front> struct the_method_is_of_another_kind_than_the_front {
+    static_assert(std::is_member_function_pointer_v<decltype(Method)> ==
+                          std::is_member_function_pointer_v<decltype(Front)> ||
+                      objc_hasBothKinds<decltype(Front)>(),
+                  "one is a method of instances and one of the class: the lines around have both, the method first; "
+                  "where that is meant, say named(name, \"selector\")");
+    static constexpr bool checked = true;
+};
+
+template <auto Method, auto Front, bool IsNamed = false> consteval void objc_compareWithFront() {
+    if constexpr (objc_function<decltype(Front)>::isFunction) {
         static_assert(the_method_has_other_types_than_the_front<Method, Front>::checked);
+        if constexpr (!IsNamed) static_assert(the_method_is_of_another_kind_than_the_front<Method, Front>::checked);
+    }
     if constexpr (objc_sameFunction<Method, Front>) the_name_is_a_sending_member_of_the_front_and_no_method();
 }
 
@@ -164,9 +195,7 @@ template <unsigned Arguments> struct objc_methodName {
 template <unsigned Arguments> struct objc_selectorText {
     const char *text;
     consteval objc_selectorText(const char *s) : text(s) {
-        unsigned colons = 0;
-        for (const char *p = s; *p; ++p) colons += *p == ':';
-        if (!*s || colons != Arguments) the_selector_must_have_one_colon_for_each_argument();
+        if (!*s || objc_colonsIn(s) != Arguments) the_selector_must_have_one_colon_for_each_argument();
     }
 };
 
@@ -257,6 +286,11 @@ template <auto M, class C, class R, class... A> struct objc_listed<M, R (C::*)(A
     : objc_listedMember<M, C, R, A...> {};
 template <auto M, class C, class R, class... A> struct objc_listed<M, R (C::*)(A...) const noexcept>
     : objc_listedMember<M, C, R, A...> {};
+template <auto M, class C, class R, class... A> struct objc_listed<M, R (C::*)(A...) &>
+    : objc_listedMember<M, C, R, A...> {
+    static_assert(!std::is_same_v<C, C>,
+                  "the name is a sending member of the front and no method: it would send its own message for ever");
+};
 template <auto M, class R, class... A> struct objc_listed<M, R (*)(A...)> {
     static R implementation(objc_object *, SEL, A... arguments) { return M(std::forward<A>(arguments)...); }
     static void enter(objc_lister &lister, const char *name, unsigned long bits) {
@@ -290,6 +324,7 @@ struct objc_dropLast<objc_typeList<D...>, First, Second, Rest...>
 template <auto M, class C, class R, class Named> struct objc_listedVariadic;
 template <auto M, class C, class R, class... N> struct objc_listedVariadic<M, C, R, objc_typeList<N...>> {
     static constexpr unsigned named = sizeof...(N);
+    using type = R(N...);
     static R implementation(objc_object *self, SEL selector, N... named, ...) {
         struct Rest {
             std::va_list list;
@@ -332,6 +367,20 @@ ZP_INLINE void objc_listStaticAs(objc_lister &lister, objc_selectorText<objc_fun
     static_assert(!std::is_member_function_pointer_v<F>, "classMethods(...) lists static functions, and this is none");
     objc_listed<M>::enter(lister, selector.text, objc_listsSelector | objc_listsClassMethod);
 }
+// A front's member for a method that takes a list of objects has none but these.
+template <class Method, class Front> inline constexpr bool objc_variadicsAgree = objc_signaturesAgree<Method, Front>;
+template <class R, class S> inline constexpr bool objc_variadicsAgree<R(id), S()> = objc_typesAgree<R, S>;
+template <auto Method, auto Front> struct the_variadic_method_has_other_types_than_the_front {
+    static_assert(
+        objc_variadicsAgree<typename objc_variadic<Method>::type, typename objc_function<decltype(Front)>::type>,
+        "the named arguments of the method and the front's member differ: the lines around have both");
+    static constexpr bool checked = true;
+};
+template <auto Method, auto Front> consteval void objc_compareVariadic() {
+    static_assert(the_variadic_method_has_other_types_than_the_front<Method, Front>::checked);
+    static_assert(the_method_is_of_another_kind_than_the_front<Method, Front>::checked);
+}
+
 template <auto M>
 ZP_INLINE void objc_listVariadicMember(objc_lister &lister, objc_methodName<objc_variadic<M>::named> name) {
     objc_variadic<M>::enter(lister, name.text, 0);
@@ -343,8 +392,10 @@ ZP_INLINE void objc_listVariadicStatic(objc_lister &lister, objc_methodName<objc
 
 // `init` of a struct that also has the one of ZP_CLASS.
 template <class S> consteval auto objc_initOf() {
-    if constexpr (requires { objc_oneFunction(&S::init); }) return &S::init;
-    else if constexpr (requires { static_cast<id (S::*)()>(&S::init); }) return static_cast<id (S::*)()>(&S::init);
+    if constexpr (requires { objc_oneFunction(&S::init); }) {
+        static_assert(objc_isReference<typename objc_function<decltype(&S::init)>::result>, "init answers an object");
+        return &S::init;
+    } else if constexpr (requires { static_cast<id (S::*)()>(&S::init); }) return static_cast<id (S::*)()>(&S::init);
     else return static_cast<S *(S::*)()>(&S::init);
 }
 
@@ -373,7 +424,9 @@ inline constexpr objc_traits objc_rootTraits = {
 
 // What the member of a made front answers: an initialiser answers an instance of the class.
 consteval bool objc_isInitialiser(const char *name) {
-    return name[0] == 'i' && name[1] == 'n' && name[2] == 'i' && name[3] == 't';
+    for (const char *word = "init"; *word; ++word, ++name)
+        if (*name != *word) return false;
+    return *name < 'a' || *name > 'z';
 }
 template <class R, class T, bool IsInitialiser> using objc_madeResult =
     std::conditional_t<IsInitialiser && objc_isReference<R>, T *, R>;
@@ -526,5 +579,28 @@ template <class T> struct objc_super {
         return objc_superRecordOf(code);
     }
 };
+
+/// @cond machinery
+template <class T, objc_text Name, class Member, class Type = typename objc_function<Member>::type>
+struct objc_superMessage;
+template <class T, objc_text Name, class Member, class R, class... A>
+struct objc_superMessage<T, Name, Member, R(A...)> {
+    objc_object *self;
+    using Result = objc_madeResult<R, T, objc_isInitialiser(Name.text)>;
+    ZP_INLINE Result operator()(A... arguments) const {
+        static_assert(objc_nameFits(Name.text, sizeof...(A)));
+        SEL selector = objc_frontSelector(objc_frontSlot<objc_superMessage>, Name.text, sizeof...(A));
+        return objc_super<T>(self).template send<Result>(selector, arguments...);
+    }
+};
+#define OBJC_SUPER_init ~, template init<>
+/// @endcond
+
+/// In a method of T, a message to the receiver that goes to the superclass's method: `ZP_SUPER(T, dealloc)()`,
+/// `ZP_SUPER(T, isEqual)(other)`. The superclass's front has the name, and its types are those of the message; what an
+/// initialiser answers is a `T *`. T is complete there; in a class method, or where no front has the message,
+/// `objc_super` sends it.
+#define ZP_SUPER(T, name) \
+    ::objc_superMessage<T, #name, decltype(&::objc_superclassOf<T>::OBJC_CHOOSE(OBJC_SUPER_##name, name))> { this }
 
 #pragma GCC diagnostic pop

@@ -108,18 +108,21 @@
 #define OBJC_METHOD_variadic(...) ~, OBJC_ENTER_VARIADIC
 #define OBJC_METHOD_init ~, OBJC_ENTER_INIT
 
-#define OBJC_ENTER_PLAIN(kind, S, name) OBJC_COMPARE(S, name) ::objc_list##kind<&S::name>(lister, #name);
-#define OBJC_COMPARE(S, name)                                          \
+#define OBJC_ENTER_PLAIN(kind, S, name) OBJC_COMPARE(S, name, false) ::objc_list##kind<&S::name>(lister, #name);
+#define OBJC_COMPARE(S, name, isNamed)                                 \
     if constexpr (requires { ::objc_oneFunction(&objc_Front::name); }) \
-        ::objc_compareWithFront<&S::name, &objc_Front::name>();
+        ::objc_compareWithFront<&S::name, &objc_Front::name, isNamed>();
 #define OBJC_ENTER_INIT(kind, S, name) ::objc_list##kind<::objc_initOf<S>()>(lister, #name);
 #define OBJC_ENTER_NAMED(kind, S, item) OBJC_ENTER_NAMED2(kind, S, OBJC_INSIDE_##item)
 #define OBJC_ENTER_NAMED2(...) OBJC_ENTER_NAMED3(__VA_ARGS__)
 #define OBJC_ENTER_NAMED3(kind, S, name, selector) \
-    OBJC_COMPARE(S, name) ::objc_list##kind##As<&S::name>(lister, selector);
+    OBJC_COMPARE(S, name, true) ::objc_list##kind##As<&S::name>(lister, selector);
 #define OBJC_ENTER_VARIADIC(kind, S, item) OBJC_ENTER_VARIADIC2(kind, S, OBJC_INSIDE_##item)
 #define OBJC_ENTER_VARIADIC2(...) OBJC_ENTER_VARIADIC3(__VA_ARGS__)
-#define OBJC_ENTER_VARIADIC3(kind, S, name) ::objc_listVariadic##kind<&S::name>(lister, #name);
+#define OBJC_ENTER_VARIADIC3(kind, S, name)                                       \
+    if constexpr (requires { ::objc_oneFunction(&objc_Front::template name<>); }) \
+        ::objc_compareVariadic<&S::name, &objc_Front::template name<>>();         \
+    ::objc_listVariadic##kind<&S::name>(lister, #name);
 
 // ---- what a list says of the class's record ----------------------------------------------------
 

@@ -218,8 +218,8 @@ template <class T> ZP_INLINE auto objc_variadicArgument(T value) {
 }
 
 /// Sends a message to a variadic method that answers R and whose named arguments have the types N:
-/// `objc_sendVariadic<ZPString *, ZPString *>::send(receiver, "stringWithFormat:"_sel, format, 1, 2.5)`. A template
-/// that does so is the front's member of such a method.
+/// `objc_sendVariadic<ZPString *, ZPString *>::send(receiver, "stringWithFormat:"_sel, format, 1, 2.5)`. A front says
+/// it with `ZP_ASKS_WITH`.
 template <class R, class... N> struct objc_sendVariadic {
     /// Sends the message; the arguments behind the named ones are the variadic ones: numbers, pointers and objects.
     /// Null answers a zero. A receiver without the method gets a frame of the named arguments alone in `forward::`.
@@ -274,6 +274,12 @@ consteval bool objc_nameFits(const char *name, unsigned arguments) {
     return objc_wordCount(name) == (arguments ? arguments : 1);
 }
 
+consteval unsigned objc_colonsIn(const char *selector) {
+    unsigned colons = 0;
+    for (; *selector; ++selector) colons += *selector == ':';
+    return colons;
+}
+
 template <class... A> char (&objc_argumentCount(A &&...))[sizeof...(A) + 1];
 
 // One for each front's member, hidden as what is made for a selector's literal is.
@@ -307,6 +313,26 @@ template <class... A> ZP_INLINE void objc_tell(id receiver, SEL &slot, const cha
     objc_msgSend<void, A...>(receiver, objc_frontSelector(slot, name, sizeof...(A)), arguments...);
 }
 
+template <class... A> ZP_INLINE auto objc_askAs(id receiver, SEL selector, A &...arguments) {
+    return objc_asking{[=, &arguments...]<class R>() __attribute__((always_inline))
+                           ->R{return objc_msgSend<R, A...>(receiver, selector, arguments...);
+}
+}
+;
+}
+
+// A variadic message about to be sent: called with what follows the named arguments.
+template <class... N> ZP_INLINE auto objc_askWith(id receiver, SEL &slot, const char *name, N... named) {
+    return [ =, &slot ](auto... rest) __attribute__((always_inline)) {
+        return objc_asking{[=, &slot]<class R>() __attribute__((always_inline))
+                               ->R{return objc_sendVariadic<R, N...>::send(
+                                   receiver, objc_frontSelector(slot, name, sizeof...(N)), named..., rest...);
+    }
+};
+}
+;
+}
+
 #define OBJC_FRONT(SEND, RECEIVER, ...)                                                              \
     {                                                                                                \
         struct objc_member;                                                                          \
@@ -314,17 +340,49 @@ template <class... A> ZP_INLINE void objc_tell(id receiver, SEL &slot, const cha
                       "a front's name has one word for each argument that it sends, joined with _"); \
         return SEND(RECEIVER, ::objc_frontSlot<objc_member>, __func__ __VA_OPT__(, ) __VA_ARGS__);   \
     }
+#define OBJC_FRONT_AS(RECEIVER, SELECTOR, TO, ...)                                                \
+    {                                                                                             \
+        static_assert(::objc_colonsIn(SELECTOR) == sizeof(::objc_argumentCount(__VA_ARGS__)) - 1, \
+                      "a selector has one colon for each argument that is sent");                 \
+        return ::objc_askAs(RECEIVER, SELECTOR##_sel __VA_OPT__(, ) __VA_ARGS__) TO;              \
+    }
+#define OBJC_FRONT_WITH(RECEIVER, REST, ...)                                                               \
+    {                                                                                                      \
+        struct objc_member;                                                                                \
+        static_assert(::objc_nameFits(__func__, sizeof(::objc_argumentCount(__VA_ARGS__)) - 1),            \
+                      "a front's name has one word for each named argument that it sends, joined with _"); \
+        return ::objc_askWith(RECEIVER, ::objc_frontSlot<objc_member>, __func__, __VA_ARGS__) REST;        \
+    }
 /// @endcond
 
 /// The body of a front's member that answers: sends the message that the member is named for, with these arguments, all
-/// of the member's in their order, and answers its result. Unnamed arguments (`...`) are not sent: see
-/// `objc_sendVariadic`.
-#define ZP_ASKS(...) OBJC_FRONT(::objc_ask, this __VA_OPT__(, ) __VA_ARGS__)
+/// of the member's in their order, and answers its result.
+#define ZP_ASKS(...) &OBJC_FRONT(::objc_ask, this __VA_OPT__(, ) __VA_ARGS__)
 /// The same for a member that answers nothing; its result type is void.
-#define ZP_TELLS(...) OBJC_FRONT(::objc_tell, this __VA_OPT__(, ) __VA_ARGS__)
+#define ZP_TELLS(...) &OBJC_FRONT(::objc_tell, this __VA_OPT__(, ) __VA_ARGS__)
 /// The same for a static member, which sends to the class.
 #define ZP_CLASS_ASKS(...) OBJC_FRONT(::objc_ask, class_() __VA_OPT__(, ) __VA_ARGS__)
 /// The same for a static member that answers nothing.
 #define ZP_CLASS_TELLS(...) OBJC_FRONT(::objc_tell, class_() __VA_OPT__(, ) __VA_ARGS__)
+
+/// The body of a front's member whose selector is not what its name says: `ZP_ASKS_AS("indexOf:::", object, at, back)`.
+#define ZP_ASKS_AS(selector, ...) &OBJC_FRONT_AS(this, selector, , __VA_ARGS__)
+/// The same for a member that answers nothing; its result type is void.
+#define ZP_TELLS_AS(selector, ...) &OBJC_FRONT_AS(this, selector, .template as<void>(), __VA_ARGS__)
+/// The same for a static member, which sends to the class.
+#define ZP_CLASS_ASKS_AS(selector, ...) OBJC_FRONT_AS(class_(), selector, , __VA_ARGS__)
+/// The same for a static member that answers nothing.
+#define ZP_CLASS_TELLS_AS(selector, ...) OBJC_FRONT_AS(class_(), selector, .template as<void>(), __VA_ARGS__)
+
+/// The body of a front's member for a method with unnamed arguments, which are a pack of the member's, here named
+/// first: `template <class... A> void note(ZPString *format, A... rest) ZP_TELLS_WITH(rest, format)`. They are numbers,
+/// pointers and objects.
+#define ZP_ASKS_WITH(rest, ...) &OBJC_FRONT_WITH(this, (rest...), __VA_ARGS__)
+/// The same for a member that answers nothing; its result type is void.
+#define ZP_TELLS_WITH(rest, ...) &OBJC_FRONT_WITH(this, (rest...).template as<void>(), __VA_ARGS__)
+/// The same for a static member, which sends to the class.
+#define ZP_CLASS_ASKS_WITH(rest, ...) OBJC_FRONT_WITH(class_(), (rest...), __VA_ARGS__)
+/// The same for a static member that answers nothing.
+#define ZP_CLASS_TELLS_WITH(rest, ...) OBJC_FRONT_WITH(class_(), (rest...).template as<void>(), __VA_ARGS__)
 
 #pragma GCC diagnostic pop

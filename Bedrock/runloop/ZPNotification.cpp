@@ -34,7 +34,7 @@ struct ZPConcreteNotification : ZPNotification {
         _name->release();
         _object->release();
         _userInfo->release();
-        objc_super<ZPConcreteNotification>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteNotification, dealloc)();
     }
 };
 

@@ -486,7 +486,7 @@ struct CenterMethods : ZPNotificationCenter {
             if (block) ZPZoneFree(nullptr, block);
         forget(_lock);
         _lock->release();
-        objc_super<ZPNotificationCenter>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPNotificationCenter, dealloc)();
     }
 };
 

@@ -29,14 +29,11 @@ struct ZPMutableString : ZPString {
     /// The same with the number of bytes given.
     static ZPMutableString *stringWithCString_length(const char *bytes, unsigned length) ZP_CLASS_ASKS(bytes, length);
     /// The formatted text: the conversions of printf, and `%@` for an object's description.
-    template <class... A> static ZPMutableString *stringWithFormat(ZPString *format, A... arguments) {
-        return objc_sendVariadic<id, ZPString *>::send(class_(), "stringWithFormat:"_sel, format, arguments...);
-    }
+    template <class... A> static ZPMutableString *stringWithFormat(ZPString *format, A... arguments)
+        ZP_CLASS_ASKS_WITH(arguments, format);
     /// The same, with numbers and descriptions as the user defaults say.
-    template <class... A> static ZPMutableString *localizedStringWithFormat(ZPString *format, A... arguments) {
-        return objc_sendVariadic<id, ZPString *>::send(class_(), "localizedStringWithFormat:"_sel, format,
-                                                       arguments...);
-    }
+    template <class... A> static ZPMutableString *localizedStringWithFormat(ZPString *format, A... arguments)
+        ZP_CLASS_ASKS_WITH(arguments, format);
     /// The text of a file, decoded as `ZPString` does it; null when it cannot be read.
     static ZPMutableString *stringWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
 
@@ -61,9 +58,7 @@ struct ZPMutableString : ZPString {
     /// Replaces the whole text.
     void setString(ZPString *string) ZP_TELLS(string);
     /// Adds the formatted text at the end: the conversions of printf, and `%@` for an object's description.
-    template <class... A> void appendFormat(ZPString *format, A... arguments) {
-        objc_sendVariadic<void, ZPString *>::send(this, "appendFormat:"_sel, format, arguments...);
-    }
+    template <class... A> void appendFormat(ZPString *format, A... arguments) ZP_TELLS_WITH(arguments, format);
 
     /// Removes every unit that is a member of the set.
     void _deleteAllCharactersFromSet(ZPCharacterSet *set) ZP_TELLS(set);

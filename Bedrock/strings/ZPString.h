@@ -48,20 +48,15 @@ struct ZPString : ZPObject {
     static ZPString *stringWithCString_length(const char *bytes, unsigned length) ZP_CLASS_ASKS(bytes, length);
     /// The conversions of printf, `%%` and positions such as `%2$s` among them; `%@` takes an object's description, and
     /// writes "*nil*" for null. `%n` stores nothing. `%s` takes bytes in the default C-string encoding.
-    template <class... A> static ZPString *stringWithFormat(ZPString *format, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(class_(), "stringWithFormat:"_sel, format, arguments...);
-    }
+    template <class... A> static ZPString *stringWithFormat(ZPString *format, A... arguments)
+        ZP_CLASS_ASKS_WITH(arguments, format);
     /// With the decimal separator of a locale dictionary (may be null).
     template <class... A>
-    static ZPString *stringWithFormat_locale(ZPString *format, ZPDictionary *locale, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *, ZPDictionary *>::send(class_(), "stringWithFormat:locale:"_sel,
-                                                                               format, locale, arguments...);
-    }
+    static ZPString *stringWithFormat_locale(ZPString *format, ZPDictionary *locale, A... arguments)
+        ZP_CLASS_ASKS_WITH(arguments, format, locale);
     /// With the user defaults as locale.
-    template <class... A> static ZPString *localizedStringWithFormat(ZPString *format, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(class_(), "localizedStringWithFormat:"_sel, format,
-                                                               arguments...);
-    }
+    template <class... A> static ZPString *localizedStringWithFormat(ZPString *format, A... arguments)
+        ZP_CLASS_ASKS_WITH(arguments, format);
     /// The text of a file: see `initWithContentsOfFile`.
     static ZPString *stringWithContentsOfFile(ZPString *path) ZP_CLASS_ASKS(path);
 
@@ -86,13 +81,9 @@ struct ZPString : ZPObject {
     ZPString *initWithString(ZPString *other) ZP_ASKS(other);
     ///@{
     /// As the class messages; the argument list is left to the caller to end.
-    template <class... A> ZPString *initWithFormat(ZPString *format, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(this, "initWithFormat:"_sel, format, arguments...);
-    }
-    template <class... A> ZPString *initWithFormat_locale(ZPString *format, ZPDictionary *locale, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *, ZPDictionary *>::send(this, "initWithFormat:locale:"_sel,
-                                                                               format, locale, arguments...);
-    }
+    template <class... A> ZPString *initWithFormat(ZPString *format, A... arguments) ZP_ASKS_WITH(arguments, format);
+    template <class... A> ZPString *initWithFormat_locale(ZPString *format, ZPDictionary *locale, A... arguments)
+        ZP_ASKS_WITH(arguments, format, locale);
     ZPString *initWithFormat_arguments(ZPString *format, std::va_list arguments) ZP_ASKS(format, arguments);
     ZPString *initWithFormat_locale_arguments(ZPString *format, ZPDictionary *locale, std::va_list arguments)
         ZP_ASKS(format, locale, arguments);
@@ -193,10 +184,8 @@ struct ZPString : ZPObject {
     /// The text with another behind it.
     ZPString *stringByAppendingString(ZPString *other) ZP_ASKS(other);
     /// The text with a formatted one behind it.
-    template <class... A> ZPString *stringByAppendingFormat(ZPString *format, A... arguments) {
-        return objc_sendVariadic<ZPString *, ZPString *>::send(this, "stringByAppendingFormat:"_sel, format,
-                                                               arguments...);
-    }
+    template <class... A> ZPString *stringByAppendingFormat(ZPString *format, A... arguments)
+        ZP_ASKS_WITH(arguments, format);
     /// Inserts the separator between groups of `frequency` units counted from the end; nowhere when that is not
     /// positive.
     ZPString *_stringWithSeparator_atFrequency(unichar separator, int frequency) ZP_ASKS(separator, frequency);

@@ -65,7 +65,7 @@ constexpr double unlimited = 1e20;
 struct ConditionLockMethods : _ZPLockMethods<ZPConditionLock, State> {
     id initWithCondition(int condition) {
         __atomic_store_n(&part().value, condition, __ATOMIC_RELAXED);
-        return objc_super<ZPConditionLock>(this).send<id>("init"_sel);
+        return ZP_SUPER(ZPConditionLock, init)();
     }
     int condition() { return __atomic_load_n(&part().value, __ATOMIC_RELAXED); }
 

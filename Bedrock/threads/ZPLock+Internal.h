@@ -25,7 +25,7 @@ template <class T, class P> struct _ZPLockMethods : T {
     }
     void dealloc() {
         part().~P();
-        objc_super<T>(this).send("dealloc"_sel);
+        ZP_SUPER(T, dealloc)();
     }
     template <class... A> ZPString *describe(ZPString *format, A... arguments) {
         return ZPString::stringWithFormat(format, this->isa->name, reinterpret_cast<unsigned long>(this), arguments...);

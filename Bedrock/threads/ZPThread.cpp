@@ -177,7 +177,7 @@ struct ThreadMethods : ZPThread {
             more |= round == 0;
         }
         if (isCurrent) ZPCurrentThreadData()->thread = nullptr;
-        objc_super<ZPThread>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPThread, dealloc)();
     }
 };
 

@@ -200,7 +200,7 @@ struct CalendarMethods : ZPCalendarDate {
     }
 
     ZPDate *addTimeInterval(double interval) {
-        auto *sum = (ZPCalendarDate *)objc_super<ZPCalendarDate>(this).send<ZPDate *>("addTimeInterval:"_sel, interval);
+        auto *sum = (ZPCalendarDate *)ZP_SUPER(ZPCalendarDate, addTimeInterval)(interval);
         sum->setTimeZone(_timeZone);
         sum->setCalendarFormat(_formatString);
         return sum;
@@ -248,7 +248,7 @@ struct CalendarMethods : ZPCalendarDate {
     void dealloc() {
         _timeZone->release();
         _formatString->release();
-        objc_super<ZPCalendarDate>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPCalendarDate, dealloc)();
     }
 };
 

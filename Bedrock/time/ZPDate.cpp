@@ -171,7 +171,7 @@ ZP_IMPLEMENT_WITH(ZPDate, DateMethods, adopts(ZPCopying), timeIntervalSinceRefer
                                dateWithTimeIntervalSinceNow, dateWithTimeIntervalSince1970,
                                dateWithTimeInterval_sinceDate, dateWithDate, dateWithString, distantFuture,
                                distantPast),
-                  classMethodsOf(Clock, timeIntervalSinceReferenceDate));
+                  classMethodsOf(Clock, named(timeIntervalSinceReferenceDate, "timeIntervalSinceReferenceDate")));
 
 ZP_IMPLEMENT(ZPConcreteDate, init, initWithTimeIntervalSinceReferenceDate, timeIntervalSinceReferenceDate,
              copyWithZone);

@@ -38,9 +38,7 @@ struct ZPDate : ZPObject {
     /// Earlier than every date that matters, January 2 of year 1, which `description` writes as "1-01-02"; likewise.
     static ZPDate *distantPast() ZP_CLASS_ASKS();
     /// Seconds from the reference date to now.
-    static double currentTimeIntervalSinceReferenceDate() {
-        return objc_msgSend<double>(class_(), "timeIntervalSinceReferenceDate"_sel);
-    }
+    static double currentTimeIntervalSinceReferenceDate() ZP_CLASS_ASKS_AS("timeIntervalSinceReferenceDate");
 
     /// So many seconds after the reference date: the designated initialiser. `init` takes the current time.
     ZPDate *initWithTimeIntervalSinceReferenceDate(double seconds) ZP_ASKS(seconds);

@@ -274,7 +274,7 @@ struct ConcreteMethods : ZPConcreteTimeZone {
     void dealloc() {
         _timeZoneName->release();
         _abbreviation->release();
-        objc_super<ZPConcreteTimeZone>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteTimeZone, dealloc)();
     }
 };
 

@@ -234,7 +234,7 @@ struct Meddler : ZPObject {
     void dealloc() {
         EXPECT_EQ(dictionary->count(), 0u);
         dictionary->setObject_forKey("again"_zp, "again"_zp);
-        objc_super<Meddler>(this).send("dealloc"_sel);
+        ZP_SUPER(Meddler, dealloc)();
     }
 };
 ZP_IMPLEMENT(Meddler, dealloc);

@@ -39,7 +39,7 @@ struct Actor : ZPObject {
     }
     void dealloc() {
         --live;
-        objc_super<Actor>(this).send("dealloc"_sel);
+        ZP_SUPER(Actor, dealloc)();
     }
 };
 ZP_IMPLEMENT(Actor, act, description, hash, isEqual, copyWithZone, dealloc);

@@ -105,7 +105,7 @@ TEST_P(MutableSet, IsEmptiedInTheOrderOfEnumeration) {
 }
 
 TEST_P(MutableSet, Algebra) {
-    auto apply = [&](void (ZPMutableSet::*operation)(ZPSet *), std::initializer_list<int> a, ZPSet *b) {
+    auto apply = [&](void (ZPMutableSet::*operation)(ZPSet *) &, std::initializer_list<int> a, ZPSet *b) {
         ZPMutableSet *set = make(a);
         (set->*operation)(b);
         return contentsOf(set);

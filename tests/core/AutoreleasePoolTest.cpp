@@ -22,7 +22,7 @@ struct Mortal : ZPObject {
             _gives->addObject(given);
         }
         int raises = _raises;
-        objc_super<Mortal>(this).send("dealloc"_sel);
+        ZP_SUPER(Mortal, dealloc)();
         if (raises == 1) ZPException::raise_format(ZPGenericException, "no rest for %d"_zp, 7);
         if (raises == 2) _QLRaiseError(42, 1, 2);
     }
@@ -56,7 +56,7 @@ struct Popper : ZPObject {
             EXPECT_EQ(ZPPushAutoreleasePool(0), _outer);
             for (int i = 0; i < 3; ++i) _pushes->retain()->autorelease();
         }
-        objc_super<Popper>(this).send("dealloc"_sel);
+        ZP_SUPER(Popper, dealloc)();
     }
 };
 ZP_IMPLEMENT(Popper, dealloc);

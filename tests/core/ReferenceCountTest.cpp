@@ -11,7 +11,7 @@ struct Plain : ZPObject {
     unsigned _word;
     void dealloc() {
         ++deallocated;
-        objc_super<Plain>(this).send("dealloc"_sel);
+        ZP_SUPER(Plain, dealloc)();
     }
 };
 ZP_IMPLEMENT(Plain, dealloc);
@@ -34,7 +34,7 @@ struct Watched : ZPObject {
     int _retains;
     id retain() {
         ++_retains;
-        return objc_super<Watched>(this).send<id>("retain"_sel);
+        return ZP_SUPER(Watched, retain)();
     }
 };
 ZP_IMPLEMENT(Watched, retain);

@@ -1,4 +1,4 @@
 // SPDX-License-Identifier: MIT
-// expect: objc_sendObjectList
+// expect: every element of the list must be an object
 #include <Bedrock/collections/ZPArray.h>
 int main() { return ZPArray::arrayWithObjects("text", 5) != nullptr; }

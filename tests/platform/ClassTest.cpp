@@ -72,9 +72,7 @@ struct Impostor : Person {
     ZP_CLASS(Impostor)
 };
 struct ImpostorMethods : Impostor {
-    const char *givenName() {
-        return objc_super<Impostor>(this).send<const char *>("givenName"_sel)[0] == 'p' ? "posed" : "lost";
-    }
+    const char *givenName() { return ZP_SUPER(Impostor, givenName)()[0] == 'p' ? "posed" : "lost"; }
 };
 ZP_IMPLEMENT_WITH(Impostor, ImpostorMethods, givenName);
 
@@ -118,7 +116,7 @@ struct PosedMethods : Posed {
     }
 };
 struct PoserMethods : Poser {
-    int number() { return objc_super<Poser>(this).send<int>("number"_sel) + 1; }
+    int number() { return ZP_SUPER(Poser, number)() + 1; }
 };
 ZP_IMPLEMENT_WITH(Posed, PosedMethods, number, classMethods(initialize));
 ZP_IMPLEMENT_WITH(Poser, PoserMethods, number);

@@ -44,7 +44,7 @@ struct Square : Shape {
 };
 struct SquareMethods : Square {
     int sides() { return 4; }
-    int superSides() { return objc_super<Square>(this).send<int>("sides"_sel); }
+    int superSides() { return ZP_SUPER(Square, sides)(); }
 };
 
 // Records what it is asked for and answers through the frame.

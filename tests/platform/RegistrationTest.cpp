@@ -27,13 +27,13 @@ struct Coarse : Gauge {
     ZP_CLASS(Coarse)
 };
 struct CoarseMethods : Coarse {
-    int sum_and(int a, int b) { return objc_super<Coarse>(this).send<int>("sum:and:"_sel, a, b) * 10; }
+    int sum_and(int a, int b) { return ZP_SUPER(Coarse, sum_and)(a, b) * 10; }
     id init() { return self()->initWithValue(2); }
 };
 ZP_IMPLEMENT_WITH(Coarse, CoarseMethods, sum_and, init);
 struct Coarser : Coarse {
     ZP_CLASS(Coarser)
-    Coarser *init() noexcept { return objc_super<Coarser>(this).send<Coarser *>("init"_sel); }
+    Coarser *init() noexcept { return ZP_SUPER(Coarser, init)(); }
 };
 ZP_IMPLEMENT(Coarser, init);
 

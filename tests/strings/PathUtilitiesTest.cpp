@@ -17,7 +17,7 @@ ZPPathStore2 *store(const std::u16string &text) {
 }
 
 // Rows of "path -> answer". A path store works on its own units, which operations have written with backslashes.
-void check(ZPString *(ZPString::*operation)(), std::initializer_list<const char16_t *> rows) {
+void check(ZPString *(ZPString::*operation)() &, std::initializer_list<const char16_t *> rows) {
     for (const char16_t *row : rows) {
         auto [path, wanted] = sides(row);
         inEveryForm(path, [&, &wanted = wanted](const Form &form, ZPString *s) {

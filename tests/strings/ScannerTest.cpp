@@ -38,7 +38,7 @@ template <class F> void scanning(const std::u16string &text, F check) {
 std::u16string scanned(ZPString *string) { return string ? textOf(string) : u"(none)"; }
 
 // Rows of "text -> value location": what a scan finds, and where it stops; it finds nothing where it does not move.
-template <class T> void check(BOOL (ZPScanner::*scan)(T *), std::initializer_list<const char16_t *> rows) {
+template <class T> void check(BOOL (ZPScanner::*scan)(T *) &, std::initializer_list<const char16_t *> rows) {
     for (const char16_t *row : rows) {
         auto [text, found] = sides(row);
         std::istringstream numbers(std::string(found.begin(), found.end()));

@@ -49,7 +49,7 @@ struct TestItem : ZPObject {
     }
     void dealloc() {
         --live;
-        objc_super<TestItem>(this).send("dealloc"_sel);
+        ZP_SUPER(TestItem, dealloc)();
     }
     unsigned hash() { return unsigned(value) * 2654435761u; }
     BOOL isEqual(id other) {

@@ -18,11 +18,11 @@ struct Held : ZPObject {
     ZP_CLASS(Held)
     id init() {
         ++living;
-        return objc_super<Held>(this).send<id>("init"_sel);
+        return ZP_SUPER(Held, init)();
     }
     void dealloc() {
         --living;
-        objc_super<Held>(this).send("dealloc"_sel);
+        ZP_SUPER(Held, dealloc)();
     }
 };
 ZP_IMPLEMENT(Held, init, dealloc);
@@ -38,7 +38,7 @@ struct Leaving : Held {
     void dealloc() {
         leave(ZPThread::currentThread(), Held::new_(), "left"_zp);
         Held::new_()->autorelease();
-        objc_super<Leaving>(this).send("dealloc"_sel);
+        ZP_SUPER(Leaving, dealloc)();
     }
 };
 ZP_IMPLEMENT(Leaving, dealloc);

@@ -47,7 +47,7 @@ struct ZPParserMethods : ZPParser {
     }
     void dealloc() {
         delete _state;
-        objc_super<ZPParser>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPParser, dealloc)();
     }
 
     void setUnquotedStringStartCharacters_lowerCaseLetters_upperCaseLetters_digits(ZPString *characters, BOOL lower,

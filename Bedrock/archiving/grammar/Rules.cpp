@@ -12,7 +12,7 @@ using Node = _ZPParserSyntaxNode;
 struct NodeMethods : Node {
     void dealloc() {
         if (_argument) _argument->release();
-        objc_super<Node>(this).send("dealloc"_sel);
+        ZP_SUPER(Node, dealloc)();
     }
     id copyWithZone(ZPZone *) { return self()->retain(); }
     ZPString *joined(ZPString *separator) {

@@ -35,7 +35,7 @@ struct ZPPropertyListParserMethods : ZPPropertyListParser {
                                                            {"Data"_zp, "data"_zp}};
         for (auto &[name, words] : known)
             if (name->isEqualToString(rule)) return words;
-        return objc_super<ZPPropertyListParser>(this).send<ZPString *>("wordsForRule:"_sel, rule);
+        return ZP_SUPER(ZPPropertyListParser, wordsForRule)(rule);
     }
     ZPDictionary *parseDictionary() {
         if (!self()->parseSeparatorEqualTo("{"_zp)) return nullptr;

@@ -118,7 +118,7 @@ struct RangeCharacterSetMethods : ZPImmutableRangeCharacterSet {
         auto *set = static_cast<ZPImmutableRangeCharacterSet *>(other.pointer());
         if (set && set->isa == isa)
             return (low == set->low && high == set->high) || (low == high && set->low == set->high);
-        return objc_super<ZPImmutableRangeCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
+        return ZP_SUPER(ZPImmutableRangeCharacterSet, isEqual)(other);
     }
     ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
 };
@@ -136,7 +136,7 @@ struct StringCharacterSetMethods : ZPImmutableStringCharacterSet {
         auto *set = static_cast<ZPImmutableStringCharacterSet *>(other.pointer());
         if (set && set->isa == isa && set->numChars == numChars && std::equal(buffer, buffer + numChars, set->buffer))
             return YES;
-        return objc_super<ZPImmutableStringCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
+        return ZP_SUPER(ZPImmutableStringCharacterSet, isEqual)(other);
     }
 };
 
@@ -147,7 +147,7 @@ struct InvertedCharacterSetMethods : ZPInvertedCharacterSet {
     }
     void dealloc() {
         realset->release();
-        objc_super<ZPInvertedCharacterSet>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPInvertedCharacterSet, dealloc)();
     }
     BOOL characterIsMember(unichar u) { return !realset->characterIsMember(u); }
     ZPCharacterSet *invertedSet() { return realset; }
@@ -161,7 +161,7 @@ struct InvertedCharacterSetMethods : ZPInvertedCharacterSet {
     BOOL isEqual(id other) {
         auto *set = static_cast<ZPInvertedCharacterSet *>(other.pointer());
         if (set && set->isa == isa && realset == set->realset) return YES;
-        return objc_super<ZPInvertedCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
+        return ZP_SUPER(ZPInvertedCharacterSet, isEqual)(other);
     }
     ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
 };

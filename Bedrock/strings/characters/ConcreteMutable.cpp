@@ -60,7 +60,7 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
     void dealloc() {
         freeBits();
         ZPZoneFree(ZPZoneFromPointer(set), set);
-        objc_super<ZPConcreteMutableCharacterSet>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteMutableCharacterSet, dealloc)();
     }
 
     // ---- reading ----
@@ -79,8 +79,7 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
         return data->retain()->autorelease();
     }
     ZPCharacterSet *invertedSet() {
-        if (!mayChange)
-            return objc_super<ZPConcreteMutableCharacterSet>(this).send<ZPCharacterSet *>("invertedSet"_sel);
+        if (!mayChange) return ZP_SUPER(ZPConcreteMutableCharacterSet, invertedSet)();
         ZPRef<ZPMutableCharacterSet> copy = ZPAdopt<ZPMutableCharacterSet>(self()->mutableCopyWithZone(nullptr));
         copy->invert();
         return std::move(copy).autoreleased();

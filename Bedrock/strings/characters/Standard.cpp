@@ -130,7 +130,7 @@ struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
     BOOL isEqual(id other) {
         auto *set = static_cast<ZPBuiltinCharacterSet *>(other.pointer());
         if (set && set->isa == isa && offset == set->offset) return YES;
-        return objc_super<ZPBuiltinCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
+        return ZP_SUPER(ZPBuiltinCharacterSet, isEqual)(other);
     }
     void dealloc() { ZPLog("*** dealloc called for %s"_zp, isa->name); }
 };

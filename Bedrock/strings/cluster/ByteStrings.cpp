@@ -39,17 +39,10 @@ template <class S> struct ByteStringMethods : S {
     unsigned cStringLength() { return countOf(this); }
     // The object's own bytes, where they mean the same as a C string.
     bool ownBytesAreCString() { return _ZPFitsByteStorage(bytesOf(this), countOf(this)); }
-    const char *cString() {
-        return ownBytesAreCString() ? bytesOf(this) : objc_super<S>(this).template send<const char *>("cString"_sel);
-    }
-    const char *lossyCString() {
-        return ownBytesAreCString() ? bytesOf(this)
-                                    : objc_super<S>(this).template send<const char *>("lossyCString"_sel);
-    }
+    const char *cString() { return ownBytesAreCString() ? bytesOf(this) : ZP_SUPER(S, cString)(); }
+    const char *lossyCString() { return ownBytesAreCString() ? bytesOf(this) : ZP_SUPER(S, lossyCString)(); }
     BOOL canBeConvertedToEncoding(ZPStringEncoding encoding) {
-        return encoding == _ZPCStringEncoding
-                   ? YES
-                   : objc_super<S>(this).template send<BOOL>("canBeConvertedToEncoding:"_sel, encoding);
+        return encoding == _ZPCStringEncoding ? YES : ZP_SUPER(S, canBeConvertedToEncoding)(encoding);
     }
     BOOL getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
         void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range,
@@ -64,9 +57,8 @@ template <class S> struct ByteStringMethods : S {
         bool plain = encoding == _ZPCStringEncoding ||
                      (encoding < 32 && (extendsASCII >> encoding & 1) && _ZPIsASCII(from, range.length));
         if (!plain)
-            return objc_super<S>(this).template send<BOOL>(
-                "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
-                maxLength, filled, encoding, lossy, range, remaining);
+            return ZP_SUPER(S, getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange)(
+                buffer, maxLength, filled, encoding, lossy, range, remaining);
         unsigned n = range.length < maxLength ? range.length : maxLength;
         if (buffer && n) std::memcpy(buffer, from, n);
         if (filled) *filled = n;
@@ -96,7 +88,7 @@ struct SimpleCStringMethods : ZPSimpleCString {
     }
     void dealloc() {
         if (bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
-        objc_super<ZPSimpleCString>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPSimpleCString, dealloc)();
     }
 };
 
@@ -109,7 +101,7 @@ struct CStringMethods : ZPCString {
     }
     void dealloc() {
         if (!_flags.freeWhenDone) bytes = nullptr;
-        objc_super<ZPCString>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPCString, dealloc)();
     }
 };
 

@@ -52,7 +52,7 @@ struct ScratchMethods : _ZPAutoreleasedMallocMemory {
     void dealloc() {
         if (current == this) current = nullptr;
         ZPZoneFree(nullptr, _block);
-        objc_super<_ZPAutoreleasedMallocMemory>(this).send("dealloc"_sel);
+        ZP_SUPER(_ZPAutoreleasedMallocMemory, dealloc)();
     }
 };
 

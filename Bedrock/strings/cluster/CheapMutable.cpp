@@ -24,7 +24,7 @@ struct CheapMutable : ZPCheapMutableString {
     }
     void dealloc() {
         freeContents();
-        objc_super<ZPCheapMutableString>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPCheapMutableString, dealloc)();
     }
     unsigned length() { return _numCharacters; }
     unichar characterAtIndex(unsigned index) { return fat() ? units()[index] : bytes()[index]; }
@@ -37,9 +37,9 @@ struct CheapMutable : ZPCheapMutableString {
         void *buffer, unsigned maxLength, unsigned *filled, ZPStringEncoding encoding, BOOL lossy, ZPRange range,
         ZPRange *remaining) {
         if (fat() || encoding != _ZPDefaultCStringEncoding())
-            return objc_super<ZPCheapMutableString>(this).send<BOOL>(
-                "getBytes:maxLength:filledLength:encoding:allowLossyConversion:range:remainingRange:"_sel, buffer,
-                maxLength, filled, encoding, lossy, range, remaining);
+            return ZP_SUPER(ZPCheapMutableString,
+                            getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange)(
+                buffer, maxLength, filled, encoding, lossy, range, remaining);
         unsigned n = range.length < maxLength ? range.length : maxLength;
         if (buffer && n) std::memcpy(buffer, bytes() + range.location, n);
         if (filled) *filled = n;
@@ -47,16 +47,12 @@ struct CheapMutable : ZPCheapMutableString {
         return YES;
     }
     const char *cString() {
-        return fat() ? objc_super<ZPCheapMutableString>(this).send<const char *>("cString"_sel)
-                     : reinterpret_cast<const char *>(bytes());
+        return fat() ? ZP_SUPER(ZPCheapMutableString, cString)() : reinterpret_cast<const char *>(bytes());
     }
     const char *lossyCString() {
-        return fat() ? objc_super<ZPCheapMutableString>(this).send<const char *>("lossyCString"_sel)
-                     : reinterpret_cast<const char *>(bytes());
+        return fat() ? ZP_SUPER(ZPCheapMutableString, lossyCString)() : reinterpret_cast<const char *>(bytes());
     }
-    unsigned cStringLength() {
-        return fat() ? objc_super<ZPCheapMutableString>(this).send<unsigned>("cStringLength"_sel) : _numCharacters;
-    }
+    unsigned cStringLength() { return fat() ? ZP_SUPER(ZPCheapMutableString, cStringLength)() : _numCharacters; }
 };
 
 }  // namespace

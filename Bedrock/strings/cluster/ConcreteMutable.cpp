@@ -109,7 +109,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     void dealloc() {
         if (_contents) _contents->release();
-        objc_super<ZPConcreteMutableString>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteMutableString, dealloc)();
     }
 
     // ---- editing ----

@@ -23,6 +23,6 @@ template <class S> struct ZPSubstringMethods : S {
             this->_flags.freeWhenDone = 0;
             this->_referenceString->release();
         }
-        objc_super<S>(this).template send<>("dealloc"_sel);
+        ZP_SUPER(S, dealloc)();
     }
 };

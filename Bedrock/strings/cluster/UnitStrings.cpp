@@ -24,7 +24,7 @@ struct SimpleStringMethods : ZPSimpleString {
     }
     void dealloc() {
         if (characters) ZPZoneFree(ZPZoneFromPointer(characters), characters);
-        objc_super<ZPSimpleString>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPSimpleString, dealloc)();
     }
     unsigned length() { return numCharacters; }
     unichar characterAtIndex(unsigned index) {
@@ -52,7 +52,7 @@ struct UnicodeStringMethods : ZPUnicodeString {
     }
     void dealloc() {
         if (!_flags.freeWhenDone) characters = nullptr;
-        objc_super<ZPUnicodeString>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPUnicodeString, dealloc)();
     }
 };
 

@@ -146,7 +146,7 @@ template <class S> struct GapMethods : S {
     }
     id copyWithZone(ZPZone *zone) {
         _ZPPackGap(static_cast<S *>(this));
-        return objc_super<S>(this).template send<id>("copyWithZone:"_sel, zone);
+        return ZP_SUPER(S, copyWithZone)(zone);
     }
     void dealloc() {
         auto *buffer = _ZPBufferOf(this);

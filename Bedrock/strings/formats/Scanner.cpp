@@ -171,7 +171,7 @@ struct ScannerMethods : ZPScanner {
 
 struct ConcreteScannerMethods : ZPConcreteScanner {
     ZPScanner *initWithString(ZPString *string) {
-        if (!objc_super<ZPConcreteScanner>(this).send<id>("initWithString:"_sel, string)) return nullptr;
+        if (!ZP_SUPER(ZPConcreteScanner, initWithString)(string)) return nullptr;
         ZPRef<ZPScanner> self = ZPRef<ZPScanner>::adopt(this);  // copying may run anybody's code
         _scanString = string->copyWithZone(nullptr);
         _skipSet = defaultSkipSet()->retain();
@@ -181,7 +181,7 @@ struct ConcreteScannerMethods : ZPConcreteScanner {
         _scanString->release();
         _skipSet->release();
         id(_locale)->release();
-        objc_super<ZPConcreteScanner>(this).send("dealloc"_sel);
+        ZP_SUPER(ZPConcreteScanner, dealloc)();
     }
     ZPString *string() { return _scanString; }
     unsigned scanLocation() { return _scanLocation; }
