@@ -71,10 +71,8 @@ TEST(Meanwhile, MembersLeaveTheSetThatWalksThem) {
                 set->addObject(actor.get());
             }
             if (what == 0) set->makeObjectsPerform("act"_sel);
-            if (what == 1) {
-                EXPECT_HAS(text(set->description()), "7");
-            }
-            if (what == 2) set->removeAllObjects();
+            else if (what == 1) EXPECT_HAS(text(set->description()), "7");
+            else set->removeAllObjects();
             EXPECT_EQ(set->count(), 0u);
         }
     EXPECT_EQ(Actor::live, 0);

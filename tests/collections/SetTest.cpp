@@ -66,7 +66,6 @@ TEST_P(Set, Relations) {
         EXPECT_TRUE(set->intersectsSet(its({3, 4})) && !set->intersectsSet(its({4}))) << cls->name;
     }
     EXPECT_FALSE(set->isEqual(nullptr));
-    EXPECT_FALSE(set->isEqual(set->allObjects()));
     EXPECT_FALSE(set->isSubsetOfSet(nullptr));
     EXPECT_TRUE(make({})->isSubsetOfSet(nullptr));
     EXPECT_FALSE(set->intersectsSet(nullptr));
@@ -130,26 +129,19 @@ TEST_P(MutableSet, Algebra) {
     EXPECT_EQ(set->count(), 0u);
     set->addObjectsFromArray(ZPArray::arrayWithObjects(TestItem::with(1), TestItem::with(1)));
     EXPECT_EQ(set->countForObject(TestItem::with(1)), c ? 2u : 1u);
-    set->removeObject(TestItem::with(1));
-    EXPECT_EQ(set->count(), c ? 1u : 0u);
-    set->removeObject(TestItem::with(1));
-    set->removeObject(TestItem::with(1));
-    EXPECT_EQ(set->count(), 0u);
+    for (unsigned left : {c ? 1u : 0u, 0u, 0u}) {
+        set->removeObject(TestItem::with(1));
+        EXPECT_EQ(set->count(), left);
+    }
 }
 
-TEST_P(MutableSet, EmptiesAndKeepsReferencesOnce) {
+TEST_P(MutableSet, TheFirstOfEqualObjectsIsKept) {
     TestItem *a = TestItem::with(1), *b = TestItem::with(1);
     ZPMutableSet *set = make({});
-    set->addObject(a);
-    set->addObject(b);
+    for (TestItem *item : {a, b}) set->addObject(item);
     EXPECT_EQ(retained(a, b), (Counts{2, 1}));
-    {
-        ZPAutoreleasePoolScope inner;
-        set->removeAllObjects();
-    }
-    EXPECT_EQ(a->retainCount(), 1u);
-    for (int i = 0; i < 1000; ++i) set->addObject(TestItem::with(i % 300));
-    EXPECT_EQ(set->count(), 300u);
+    set->removeAllObjects();
+    EXPECT_EQ(set->count(), 0u);
 }
 
 struct ConcreteSet : CollectionTest {};
@@ -162,18 +154,15 @@ TEST_F(ConcreteSet, CountedSubsets) {
 }
 
 TEST_F(ConcreteSet, Errors) {
-    auto message = [](const std::string &method, const char *what) { return invalid("-[" + method + "]: " + what); };
-    ZPMutableSet *set = ZPMutableSet::set();
-    ZPCountedSet *counted = ZPCountedSet::set();
-    EXPECT_RAISES(message("ZPConcreteMutableSet addObject:", "attempt to insert nil object"), set->addObject(nullptr));
-    EXPECT_RAISES(message("ZPConcreteMutableSet removeObject:", "attempt to remove nil object"),
-                  set->removeObject(nullptr));
-    EXPECT_RAISES(message("ZPCountedSet addObject:", "attempt to insert nil object"), counted->addObject(nullptr));
-    EXPECT_RAISES(message("ZPCountedSet removeObject:", "attempt to remove nil object"),
-                  counted->removeObject(nullptr));
-    EXPECT_RAISES(message("ZPConcreteSet initWithObjects:count:", "attempt to insert nil object"),
+    const char add[] = " addObject:]: attempt to insert nil object",
+               remove[] = " removeObject:]: attempt to remove nil object";
+    for (ZPMutableSet *set : {ZPMutableSet::set(), static_cast<ZPMutableSet *>(ZPCountedSet::set())}) {
+        EXPECT_RAISES(invalid(std::string("-[") + set->isa->name + add), set->addObject(nullptr));
+        EXPECT_RAISES(invalid(std::string("-[") + set->isa->name + remove), set->removeObject(nullptr));
+    }
+    EXPECT_RAISES(invalid("-[ZPConcreteSet initWithObjects:count:]: attempt to insert nil object"),
                   ZPSet::setWithObject(nullptr));
-    EXPECT_RAISES(message("ZPConcreteMutableSet initWithCapacity:", "absurd capacity: 268435456"),
+    EXPECT_RAISES(invalid("-[ZPConcreteMutableSet initWithCapacity:]: absurd capacity: 268435456"),
                   ZPMutableSet::setWithCapacity(0x10000000));
     EXPECT_EQ(ZPSet::setWithObjects(), ZPSet::set());
 }

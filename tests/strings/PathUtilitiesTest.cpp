@@ -120,8 +120,6 @@ TEST_F(Paths, AreTakenToPiecesAndPutTogether) {
     EXPECT_EQ(joined({"C:"_zp, "\\"_zp, "a"_zp, ""_zp, "b/"_zp}), u"C:\\a\\b");
     EXPECT_EQ(joined({"a"_zp, "D:\\x"_zp, "b"_zp}), u"a\\b") << "a drive behind a name is left out";
     EXPECT_EQ(log.text, "*** +[ZPPathStore2 pathWithComponents:]: cannot append path 'D:\\x' to path 'a'");
-    ZPString *hundred = make(std::u16string(100, u'n'));
-    EXPECT_EQ(joined({hundred, hundred, hundred, hundred}).size(), 403u);
 
     std::mt19937 random(3);
     for (int i = 0; i < 2000; ++i) {
@@ -175,8 +173,7 @@ TEST_F(Paths, TakeExtensions) {
         EXPECT_EQ(extended(path, u"txt"), path);
         EXPECT_HAS(log.text, "PathExtension:]: cannot append extension 'txt' to path '");
     }
-    EXPECT_EQ(extended(u"a", u"/b"), u"a");
-    EXPECT_EQ(extended(u"a", u"C:b"), u"a");
+    for (const char16_t *none : {u"/b", u"C:b"}) EXPECT_EQ(extended(u"a", none), u"a");
     ZPArray *files = ZPArray::arrayWithObjects("a.txt"_zp, "b.c"_zp, "txt"_zp, "d/e.txt"_zp, "f."_zp);
     EXPECT_EQ(listOf(files->pathsMatchingExtensions(ZPArray::arrayWithObjects("txt"_zp, ""_zp))),
               (List{u"a.txt", u"d/e.txt"}));
