@@ -6,6 +6,8 @@
 ZP_IMPLEMENT(PlainMutableDictionary, init, initWithCapacity, initWithObjects_forKeys_count, count, objectForKey,
              keyEnumerator, setObject_forKey, removeObjectForKey);
 
+ZP_IMPLEMENT(Doer, act, dealloc);
+
 namespace {
 
 std::map<int, int> contentsOf(ZPDictionary *dictionary) {
@@ -214,24 +216,13 @@ TEST_F(ConcreteDictionary, AnEnumeratorKeepsItsDictionaryUntilTheEnd) {
     EXPECT_EQ(dictionary->retainCount(), count);
 }
 
-// Releasing a value may run code that uses the dictionary.
-struct Meddler : ZPObject {
-    ZP_CLASS(Meddler)
-    ZPMutableDictionary *dictionary;
-    void dealloc() {
-        EXPECT_EQ(dictionary->count(), 0u);
-        dictionary->setObject_forKey("again"_zp, "again"_zp);
-        objc_super<Meddler>(this).send("dealloc"_sel);
-    }
-};
-ZP_IMPLEMENT(Meddler, dealloc);
-
 TEST_F(ConcreteDictionary, MayBeUsedWhileItIsEmptied) {
     ZPMutableDictionary *dictionary = ZPMutableDictionary::dictionary();
-    Meddler *meddler = Meddler::new_();
-    meddler->dictionary = dictionary;
-    dictionary->setObject_forKey(meddler, "k"_zp);
-    meddler->release();
+    auto useAgain = [=] {
+        EXPECT_EQ(dictionary->count(), 0u);
+        dictionary->setObject_forKey("again"_zp, "again"_zp);
+    };
+    dictionary->setObject_forKey(Doer::with({}, useAgain), "k"_zp);
     dictionary->removeAllObjects();
     EXPECT_EQ(dictionary->count(), 1u);
     EXPECT_TRUE(dictionary->containsKey("again"_zp));

@@ -68,9 +68,34 @@ struct TestItem : ZPObject {
     void add(id sum) { static_cast<TestItem *>(sum)->value += value; }
 };
 
+/// Does as it was told when it is sent `act:`, and at its end. The program that uses it implements it.
+struct Doer : ZPObject {
+    ZP_CLASS(Doer)
+    std::function<void(id)> _does;
+    std::function<void()> _ends;
+    static inline std::atomic<int> live = 0;
+
+    static ZPRef<Doer> with(std::function<void(id)> does = {}, std::function<void()> ends = {}) {
+        ZPRef<Doer> doer = ZPAdopt(Doer::new_());
+        doer->_does = does;
+        doer->_ends = ends;
+        ++live;
+        return doer;
+    }
+    void act(id what) {
+        if (_does) _does(what);
+    }
+    void dealloc() {
+        if (_ends) _ends();
+        --live;
+        objc_super<Doer>(this).send("dealloc"_sel);
+    }
+};
+
 inline int valueOf(id item) { return item ? static_cast<TestItem *>(item)->value : -1; }
 
 inline std::string text(ZPString *string) { return string ? string->cString() : "(null)"; }
+inline std::string described(ZPObject *object) { return text(object->description()); }
 
 /// The reason of what f raises, and its name; empty when it raises nothing.
 template <class F> std::string reasonOf(F f, ZPString **name = nullptr) {

@@ -4,7 +4,6 @@
 
 namespace {
 
-std::string text(ZPObject *object) { return object->description()->cString(); }
 ZPDate *at(double t) { return ZPDate::dateWithTimeIntervalSinceReferenceDate(t); }
 
 struct OwnDate : ZPDate {  // a client's subclass: the primitives alone
