@@ -157,7 +157,7 @@ TEST(CharacterFiles, caseMappingsOfThePlane) {
 }
 
 TEST(CharacterFiles, withoutAnyFile) {
-    IN_A_PROCESS([](const ResourceRoot &) {
+    IN_A_ROOT([](const ResourceRoot &) {
         testing::internal::CaptureStderr();
         ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(),
                        *illegal = ZPCharacterSet::illegalCharacterSet();
@@ -185,7 +185,7 @@ TEST(CharacterFiles, withoutAnyFile) {
 }
 
 TEST(CharacterFiles, caseMappingsAreTriedAgain) {
-    IN_A_PROCESS([](const ResourceRoot &root) {
+    IN_A_ROOT([](const ResourceRoot &root) {
         EXPECT_EQ(textOf(make(u"\u0436")->uppercaseString()), u"\u0436");
         // One mapping each; the bitmap leaves U+0437 out, and a target of 0 is none.
         std::string tables =
@@ -206,7 +206,7 @@ TEST(CharacterFiles, brokenCaseMappings) {
     std::string broken[] = {"", "abc", tables.substr(0, 7), tables.substr(0, tables.size() - 1),
                             littleEndian({1, 0xFFFF, 0xFFFF, 0xFFFF}) + tables};
     for (const std::string &bytes : broken)
-        IN_A_PROCESS([&](const ResourceRoot &root) {
+        IN_A_ROOT([&](const ResourceRoot &root) {
             writeCases(root, "CaseMapping-L.data", bytes);
             testing::internal::CaptureStderr();
             EXPECT_EQ(textOf(make(u"a\u0436\u0436")->uppercaseString()), u"A\u0436\u0436");
@@ -220,7 +220,7 @@ TEST(CharacterFiles, brokenCaseMappings) {
 }
 
 TEST(CharacterFiles, brokenSets) {
-    IN_A_PROCESS([](const ResourceRoot &root) {
+    IN_A_ROOT([](const ResourceRoot &root) {
         root.write("letterCharacterSet.bitmap", bitmapOf({'0', 0x416, 0xFFFF}).substr(0, 0x420 / 8));
         root.write("decimalDigitCharacterSet.dict",
                    "{ nsingles = 1; singles = ( 0x661 ); nranges = 7; ranges = ( 1776, 1785, 9 ); ");
@@ -264,7 +264,7 @@ TEST(CharacterFiles, brokenSets) {
 }
 
 TEST(CharacterFiles, setsOfClients) {
-    IN_A_PROCESS([](const ResourceRoot &root) {
+    IN_A_ROOT([](const ResourceRoot &root) {
         auto at = [&](const char *name) { return ZPString::stringWithCString((root.folder() / name).c_str()); };
         root.write(
             "mine.dict",
@@ -288,7 +288,7 @@ TEST(CharacterFiles, setsOfClients) {
 }
 
 TEST(CharacterFiles, manyThreadsAskFirst) {
-    IN_A_PROCESS([](const ResourceRoot &) {
+    IN_A_ROOT([](const ResourceRoot &) {
         unsetenv("CORVID_ROOT");
         std::atomic<unsigned> wrong{0}, ready{0};
         onThreads(8, [&](int t) {

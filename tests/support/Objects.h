@@ -185,6 +185,22 @@ struct TestZone {
     operator ZPZone *() const { return zone; }
 };
 
+/// Ends the process by what a check says.
+[[noreturn]] inline void endBy(const std::function<void()> &check) {
+    {
+        ZPAutoreleasePoolScope pool;
+        check();
+    }
+    std::exit(testing::Test::HasFailure());
+}
+
+/// A check in a process of its own, which has used nothing yet.
+#define IN_A_PROCESS(...)                                                \
+    do {                                                                 \
+        GTEST_FLAG_SET(death_test_style, "threadsafe");                  \
+        EXPECT_EXIT(endBy(__VA_ARGS__), testing::ExitedWithCode(0), ""); \
+    } while (0)
+
 /// As many threads at once, each with its number and a pool of its own; waits for their ends.
 template <class F> void onThreads(int count, F f) {
     std::vector<std::thread> threads;
