@@ -6,9 +6,7 @@
 #include <support/Objects.h>
 
 #include <pthread.h>
-#include <string_view>
 #include <sys/mman.h>
-#include <unistd.h>
 
 namespace {
 
@@ -37,12 +35,7 @@ TEST(Limits, TextsBeyond32Bits) {
         [&] { ZPMakeString(std::u16string_view(reinterpret_cast<char16_t *>(start), text.size() / 2)); },
     };
     for (auto &make : makers) {
-        std::string said;
-        try {
-            make();
-        } catch (ZPException *e) {
-            said = e->name()->cString() + std::string(": ") + e->reason()->cString();
-        }
+        std::string said = raised(make);
         EXPECT_TRUE(has(said, "ZPMallocException: *** a string of ") && has(said, " characters is too long")) << said;
     }
     munmap(start, size);
@@ -50,20 +43,15 @@ TEST(Limits, TextsBeyond32Bits) {
 }
 
 TEST(Limits, FormatsOfDates) {
-    ZPCalendarDate *date = ZPCalendarDate::calendarDate();
-    auto width = [&](const char *format) { return date->descriptionWithCalendarFormat(zp(format))->length(); };
-    EXPECT_EQ(width("%1000d"), 1000u);
-    EXPECT_EQ(width("%1001d"), 1000u);
-    auto expansions = [&](int count) {
-        std::string format;
-        for (int i = 0; i < count; ++i) format += "%c";
-        return std::string(
-            date->descriptionWithCalendarFormat_locale(
-                    zp(format), ZPDictionary::dictionaryWithObject_forKey("x"_zp, ZPTimeDateFormatString))
-                ->cString());
+    ZPDictionary *locale = ZPDictionary::dictionaryWithObject_forKey("x"_zp, ZPTimeDateFormatString);
+    auto shown = [&](const std::string &format) {
+        return text(ZPCalendarDate::calendarDate()->descriptionWithCalendarFormat_locale(zp(format), locale));
     };
-    EXPECT_EQ(expansions(16), std::string(16, 'x'));
-    EXPECT_EQ(expansions(17), std::string(16, 'x') + "?");
+    for (const char *format : {"%1000d", "%1001d"}) EXPECT_EQ(shown(format).size(), 1000u);
+    std::string expansions;
+    for (int i = 0; i < 16; ++i) expansions += "%c";
+    EXPECT_EQ(shown(expansions), std::string(16, 'x'));
+    EXPECT_EQ(shown(expansions + "%c"), std::string(16, 'x') + "?");
 }
 
 TEST(Limits, ResourceFiles) {
