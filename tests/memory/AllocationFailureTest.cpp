@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
 // Every operation with every one of its allocations failing in turn: it succeeds all the same, or raises, and what it
 // worked on is as it was, or as it should be, and still usable.
-#include "../support/Objects.h"
+#include <Bedrock/Bedrock.h>
+#include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <functional>
 #include <new>
 #include <sys/mman.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 // The program's own allocator, and its own mapping of pages, stand before the C library's. Thread-local, so that
 // gtest's threads do not count.
