@@ -8,13 +8,10 @@ TEST(StringPieces, substrings) {
     std::u16string text = u"0123456789abcdefghij\u00e90123456789ABCDEFGHIJ";
     inEveryForm(text, [&](const Form &, ZPString *s) {
         unsigned n = s->length();
-        for (unsigned at : {0u, 3u, 20u})
-            for (unsigned count : {1u, 5u, 15u, 21u, n})
-                if (at + count <= n) {
-                    EXPECT_EQ(textOf(s->substringWithRange({at, count})), text.substr(at, count));
-                }
-        EXPECT_EQ(textOf(s->substringFromIndex(7)) + textOf(s->substringToIndex(7)),
-                  text.substr(7) + text.substr(0, 7));
+        for (auto [at, count] : {std::pair{0u, n}, {3u, 1u}, {3u, 15u}, {20u, 5u}})
+            EXPECT_EQ(textOf(s->substringWithRange({at, count})), text.substr(at, count));
+        EXPECT_EQ(textOf(s->substringFromIndex(7)), text.substr(7));
+        EXPECT_EQ(textOf(s->substringToIndex(7)), text.substr(0, 7));
         EXPECT_HAS(raised([&] { s->substringFromIndex(n + 1); }), "ZPRangeException: ");
         EXPECT_REFUSED(s->substringWithRange({1, 0xFFFFFFFF}));
         EXPECT_REFUSED(s->_newSubstringWithRange_zone({n + 1, 0}, nullptr));
