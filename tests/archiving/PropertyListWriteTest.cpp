@@ -4,7 +4,6 @@
 
 namespace {
 
-std::string described(id object) { return text(object->description()); }
 std::string bare(ZPString *string) { return text(string->_stringRepresentation()); }
 
 TEST(PropertyListWriting, StringsAreBareWhereTheyCanBe) {
@@ -128,13 +127,15 @@ TEST(PropertyListWriting, Files) {
 }
 
 TEST(PropertyListWriting, Classification) {
-    ZPArray *mixed = ZPMakeArray({"a"_zp, Localized::new_()->autorelease()});
-    std::vector<unsigned> kinds;
-    for (id object : {"a"_zp->mutableCopy()->autorelease(), id(ZPData::data()),
-                      id(ZPMakeDictionary({{"k"_zp, ZPMakeArray({"x"_zp})}})), id(), id(mixed),
-                      id(ZPMakeDictionary({{"k"_zp, mixed}})), id(ZPMakeDictionary({{mixed, "v"_zp}}))})
-        kinds.push_back(_ZPIsPList(object, YES));
-    EXPECT_EQ(kinds, (std::vector<unsigned>{1, 2, 4, 0, 0, 0, 0}));
+    id mixed = ZPMakeArray({"a"_zp, Localized::new_()->autorelease()});
+    const std::pair<id, unsigned> cases[] = {{"a"_zp->mutableCopy()->autorelease(), 1},
+                                             {ZPData::data(), 2},
+                                             {ZPMakeDictionary({{"k"_zp, ZPMakeArray({"x"_zp})}}), 4},
+                                             {nullptr, 0},
+                                             {mixed, 0},
+                                             {ZPMakeDictionary({{"k"_zp, mixed}}), 0},
+                                             {ZPMakeDictionary({{mixed, "v"_zp}}), 0}};
+    for (auto &[object, kind] : cases) EXPECT_EQ(_ZPIsPList(object, YES), kind);
     EXPECT_EQ(_ZPIsPList(mixed, NO), 3u);
 }
 

@@ -71,10 +71,8 @@ TEST(Meanwhile, MembersLeaveTheSetThatWalksThem) {
                 set->addObject(actor.get());
             }
             if (what == 0) set->makeObjectsPerform("act"_sel);
-            if (what == 1) {
-                EXPECT_HAS(text(set->description()), "7");
-            }
-            if (what == 2) set->removeAllObjects();
+            else if (what == 1) EXPECT_HAS(text(set->description()), "7");
+            else set->removeAllObjects();
             EXPECT_EQ(set->count(), 0u);
         }
     EXPECT_EQ(Actor::live, 0);
@@ -138,24 +136,19 @@ TEST(Meanwhile, TheValueIsTheArraysOwn) {
 }
 
 TEST(Meanwhile, ElementsChangeTheArrayThatIsSearched) {
-    struct Case {
-        const char *name;
-        std::function<void(ZPMutableArray *, ZPArray *, Actor *)> run;
-    };
-    const Case cases[] = {
-        {"search", [](ZPMutableArray *a, ZPArray *, Actor *other) { a->indexOfObject(other); }},
-        {"search back", [](ZPMutableArray *a, ZPArray *,
-                           Actor *other) { objc_msgSend<unsigned>(a, "indexOf:::"_sel, id(other), 39, NO); }},
-        {"common", [](ZPMutableArray *a, ZPArray *copy, Actor *) { copy->firstObjectCommonWithArray(a); }},
-        {"equal", [](ZPMutableArray *a, ZPArray *copy, Actor *) { a->isEqualToArray(copy); }},
-        {"excluding", [](ZPMutableArray *a, ZPArray *copy, Actor *) { a->arrayByExcludingObjectsInArray(copy); }},
-        {"remove", [](ZPMutableArray *a, ZPArray *, Actor *other) { a->removeObject(other); }},
-        {"remove all", [](ZPMutableArray *a, ZPArray *copy, Actor *) { a->removeObjectsInArray(copy); }},
-        {"join", [](ZPMutableArray *a, ZPArray *, Actor *) { a->componentsJoinedByString(","_zp); }},
-        {"copy",
-         [](ZPMutableArray *a, ZPArray *, Actor *) { ZPAdopt(ZPArray::alloc()->initWithArray_copyItems(a, YES)); }},
-        {"hint", [](ZPMutableArray *a, ZPArray *, Actor *) { a->sortedArrayHint(); }},
-        {"perform", [](ZPMutableArray *a, ZPArray *, Actor *) { a->makeObjectsPerformSelector("act"_sel); }},
+    using A = ZPMutableArray *;
+    const std::pair<const char *, void (*)(A array, A unequal, id other)> cases[] = {
+        {"search", [](A a, A, id other) { a->indexOfObject(other); }},
+        {"search back", [](A a, A, id other) { objc_msgSend<unsigned>(a, "indexOf:::"_sel, other, 39, NO); }},
+        {"common", [](A a, A unequal, id) { unequal->firstObjectCommonWithArray(a); }},
+        {"equal", [](A a, A unequal, id) { a->isEqualToArray(unequal); }},
+        {"excluding", [](A a, A unequal, id) { a->arrayByExcludingObjectsInArray(unequal); }},
+        {"remove", [](A a, A, id other) { a->removeObject(other); }},
+        {"remove all", [](A a, A unequal, id) { a->removeObjectsInArray(unequal); }},
+        {"join", [](A a, A, id) { a->componentsJoinedByString(","_zp); }},
+        {"copy", [](A a, A, id) { ZPAdopt(ZPArray::alloc()->initWithArray_copyItems(a, YES)); }},
+        {"hint", [](A a, A, id) { a->sortedArrayHint(); }},
+        {"perform", [](A a, A, id) { a->makeObjectsPerformSelector("act"_sel); }},
     };
     for (auto &[name, run] : cases)
         for (int what = 0; what < 3; ++what) {

@@ -41,14 +41,7 @@ ZP_IMPLEMENT(Watched, retain);
 
 }  // namespace
 
-TEST(ReferenceCount, EachReleaseCountsAndOverridesAreNotPassedBy) {
-    deallocated = 0;
-    Plain *object = Plain::new_();
-    EXPECT_EQ(object->retain(), object);
-    objc_msgSend(object, "release"_sel);
-    EXPECT_EQ(deallocated, 0);
-    object->release();
-    EXPECT_EQ(deallocated, 1);
+TEST(ReferenceCount, OverridesAreNotPassedBy) {
     ZPRef<Watched> watched = ZPAdopt(Watched::new_());
     for (id each : {watched->retain(), id(watched)->retain()}) each->release();
     EXPECT_EQ(watched->_retains, 2);
@@ -150,14 +143,11 @@ TEST(Ref, OwnsOneReference) {
     deallocated = 0;
     {
         ZPRef<Plain> a = ZPAdopt(Plain::new_());
-        EXPECT_EQ(a->retainCount(), 1u);
         ZPRef<ZPObject> b = a;
         EXPECT_EQ(a->retainCount(), 2u);
         ZPRef<ZPObject> c = std::move(b);
-        EXPECT_EQ(a->retainCount(), 2u);
         EXPECT_FALSE(b);
-        id loose = c;
-        ZPRef<Plain> d = loose;
+        ZPRef<Plain> d = id(c);
         EXPECT_EQ(a->retainCount(), 3u);
         d = nullptr;
         a = std::move(a);

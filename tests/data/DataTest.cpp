@@ -151,10 +151,10 @@ TEST(Data, IsSliced) {
 }
 
 TEST(Data, DescribesItselfInHexadecimal) {
-    auto described = [](const std::string &bytes) { return std::string(make(bytes)->description()->cString()); };
-    EXPECT_EQ(described(""), "<>");
-    EXPECT_EQ(described("\x0a\x0b\x0c\x0d"), "<0a0b0c0d >");
-    EXPECT_EQ(described(std::string("\0\1\2\3\4\5\6\7", 8)), "<00010203 04050607 >");
+    using namespace std::string_literals;
+    for (auto &[bytes, wanted] :
+         {std::pair{""s, "<>"}, {"\x0a\x0b\x0c\x0d"s, "<0a0b0c0d >"}, {"\0\1\2\3\4\5\6\7"s, "<00010203 04050607 >"}})
+        EXPECT_EQ(text(make(bytes)->description()), wanted);
     EXPECT_EQ(make("")->hash(), 0u);
     EXPECT_EQ(make("ab")->hash(), ('b' << 4) + unsigned('a'));
     EXPECT_EQ(make("sixteen bytes...x")->hash(), make("sixteen bytes...y")->hash());
@@ -205,14 +205,16 @@ TEST(Data, FollowsAModelThroughRandomChanges) {
 
 TEST(Data, RefusesAbsurdSizes) {
     EXPECT_REASON("", ZPMutableData::dataWithCapacity(0x3FFFFFFF));
-    EXPECT_REASON("*** -[ZPConcreteMutableData initWithCapacity:]: absurd capacity: 1073741824",
-                  ZPMutableData::dataWithCapacity(0x40000000));
-    EXPECT_REASON("*** -[ZPConcreteData initWithBytes:length:copy:freeWhenDone:bytesAreVM:]: absurd length: -1",
-                  ZPData::alloc()->initWithBytes_length("", 0xFFFFFFFF));
     ZPMutableData *d = makeMutable("text");
-    EXPECT_REASON("*** -[ZPConcreteMutableData setLength:]: absurd length: 1073741824", d->setLength(0x40000000));
-    EXPECT_REASON("*** -[ZPConcreteMutableData increaseLengthBy:]: absurd extra length: -1",
-                  d->increaseLengthBy(0xFFFFFFFF));
+    const std::pair<const char *, std::function<void()>> cases[] = {
+        {"MutableData initWithCapacity:]: absurd capacity: 1073741824",
+         [] { ZPMutableData::dataWithCapacity(0x40000000); }},
+        {"Data initWithBytes:length:copy:freeWhenDone:bytesAreVM:]: absurd length: -1",
+         [] { ZPData::alloc()->initWithBytes_length("", 0xFFFFFFFF); }},
+        {"MutableData setLength:]: absurd length: 1073741824", [=] { d->setLength(0x40000000); }},
+        {"MutableData increaseLengthBy:]: absurd extra length: -1", [=] { d->increaseLengthBy(0xFFFFFFFF); }},
+    };
+    for (auto &[reason, body] : cases) EXPECT_EQ(reasonOf(body), std::string("*** -[ZPConcrete") + reason);
     EXPECT_REFUSED(d->increaseLengthBy(0x3FFFFFFC));
     EXPECT_REFUSED(d->appendBytes_length("x", 0xFFFFFFFF));
     EXPECT_REFUSED(d->replaceBytesInRange_withBytes({2, 0xFFFFFFFF}, "x"));

@@ -120,13 +120,8 @@ TEST(CharacterFiles, fullSetsAndTheirForms) {
     testing::internal::CaptureStderr();
     EXPECT_REASON("ZPBuiltinCharacterSet expandSetWithOffset:: Illegal operation on this class or instance",
                   objc_msgSend<id>(set, "expandSetWithOffset:"_sel, 12));
-    static id const instance = objc_msgSend<id>(expanded, "new"_sel);  // like all of its kind it is never freed
-    EXPECT_REFUSED(objc_msgSend<BOOL>(instance, "characterIsMember:"_sel, unichar('a')));
-    std::string log = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(countOf(log, "ZPExpandedBuiltinCharacterSet: illegal offset 12 encountered.\n"), 1u) << log;
-    EXPECT_EQ(countOf(log, "Abstract class ZPExpandedBuiltinCharacterSet does not implement method characterIsMember:"),
-              1u)
-        << log;
+    EXPECT_HAS(testing::internal::GetCapturedStderr(),
+               "ZPExpandedBuiltinCharacterSet: illegal offset 12 encountered.\n");
 }
 
 TEST(CharacterFiles, caseMappingsOfThePlane) {
@@ -162,7 +157,7 @@ TEST(CharacterFiles, caseMappingsOfThePlane) {
 }
 
 TEST(CharacterFiles, withoutAnyFile) {
-    IN_A_PROCESS([](const ResourceRoot &) {
+    IN_A_ROOT([](const ResourceRoot &) {
         testing::internal::CaptureStderr();
         ZPCharacterSet *letters = ZPCharacterSet::letterCharacterSet(),
                        *illegal = ZPCharacterSet::illegalCharacterSet();
@@ -174,9 +169,6 @@ TEST(CharacterFiles, withoutAnyFile) {
         EXPECT_TRUE(illegal->characterIsMember(0xFFFF));
         EXPECT_FALSE(illegal->characterIsMember(0xFFFE));
         EXPECT_EQ(letters->count(), 128u - 5) << "the members below U+0100";
-        ZPMutableCharacterSet *copy = letters->mutableCopy()->autorelease();
-        EXPECT_TRUE(copy->characterIsMember('z') && !copy->characterIsMember(0x416));
-        EXPECT_TRUE(letters->invertedSet()->characterIsMember(0x416));
         std::string log = testing::internal::GetCapturedStderr();
         EXPECT_EQ(countOf(log, noSets), 1u) << log;
 
@@ -193,7 +185,7 @@ TEST(CharacterFiles, withoutAnyFile) {
 }
 
 TEST(CharacterFiles, caseMappingsAreTriedAgain) {
-    IN_A_PROCESS([](const ResourceRoot &root) {
+    IN_A_ROOT([](const ResourceRoot &root) {
         EXPECT_EQ(textOf(make(u"\u0436")->uppercaseString()), u"\u0436");
         // One mapping each; the bitmap leaves U+0437 out, and a target of 0 is none.
         std::string tables =
@@ -214,7 +206,7 @@ TEST(CharacterFiles, brokenCaseMappings) {
     std::string broken[] = {"", "abc", tables.substr(0, 7), tables.substr(0, tables.size() - 1),
                             littleEndian({1, 0xFFFF, 0xFFFF, 0xFFFF}) + tables};
     for (const std::string &bytes : broken)
-        IN_A_PROCESS([&](const ResourceRoot &root) {
+        IN_A_ROOT([&](const ResourceRoot &root) {
             writeCases(root, "CaseMapping-L.data", bytes);
             testing::internal::CaptureStderr();
             EXPECT_EQ(textOf(make(u"a\u0436\u0436")->uppercaseString()), u"A\u0436\u0436");
@@ -228,54 +220,51 @@ TEST(CharacterFiles, brokenCaseMappings) {
 }
 
 TEST(CharacterFiles, brokenSets) {
-    IN_A_PROCESS([](const ResourceRoot &root) {
-        std::string letters = bitmapOf({'0', 0x416, 0xFFFF}).substr(0, 0x420 / 8);
-        root.write("letterCharacterSet.bitmap", letters);
+    IN_A_ROOT([](const ResourceRoot &root) {
+        root.write("letterCharacterSet.bitmap", bitmapOf({'0', 0x416, 0xFFFF}).substr(0, 0x420 / 8));
         root.write("decimalDigitCharacterSet.dict",
                    "{ nsingles = 1; singles = ( 0x661 ); nranges = 7; ranges = ( 1776, 1785, 9 ); ");
         root.write("whitespaceCharacterSet.dict", "\xFF\xFEgarbage\x80");
         root.write("controlCharacterSet.dict", "( a, b )");
-        root.write(
-            "SystemCharacterSetAux.dict",
-            "{ decimalDigitCharacterSet = { ranges = ( 0x6F0, 0x6F9 ); }; whitespaceCharacterSet = { characters = ( "
-            "0x3000, 32 ); };"
-            " few = { characters = ( 0x41, 66, 70000 ); }; odd = x; nested = { singles = ( ( 1 ), 5 ); }; }");
-        testing::internal::CaptureStderr();
-        // A short bitmap is used as far as it goes, and below U+0100 the library knows better.
-        EXPECT_TRUE(ZPCharacterSet::letterCharacterSet()->characterIsMember(0x416));
-        EXPECT_FALSE(ZPCharacterSet::letterCharacterSet()->characterIsMember(0x436));
+        root.write("SystemCharacterSetAux.dict",
+                   "{ decimalDigitCharacterSet = { ranges = ( 0x6F0, 0x6F9 ); }; whitespaceCharacterSet = { characters "
+                   "= ( 0x3000, 32 ); }; few = { characters = ( 0x41, 66, 70000 ); }; odd = x; nested = { singles = ( "
+                   "( 1 ), 5 ); }; }");
+        // A short bitmap is used as far as it goes, and below U+0100 the library knows better. What cannot be parsed
+        // counts as missing; the auxiliary file steps in.
+        const std::tuple<ZPCharacterSet *(*)(), unichar, bool, unsigned> cases[] = {
+            {ZPCharacterSet::letterCharacterSet, 0x416, true, 0},
+            {ZPCharacterSet::letterCharacterSet, 0x436, false, 0},
+            {ZPCharacterSet::decimalDigitCharacterSet, 0x6F5, true, 0},
+            {ZPCharacterSet::decimalDigitCharacterSet, 0x661, false, 0},
+            {ZPCharacterSet::whitespaceCharacterSet, 0x3000, true, 0},
+            {ZPCharacterSet::controlCharacterSet, 0x200E, false, 1},
+            {ZPCharacterSet::punctuationCharacterSet, 0x2014, false, 0},
+        };
+        for (auto &[set, unit, member, complaints] : cases) {
+            testing::internal::CaptureStderr();
+            EXPECT_EQ(set()->characterIsMember(unit) != NO, member) << unsigned(unit);
+            EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), noSets), complaints) << unsigned(unit);
+        }
         EXPECT_EQ(ZPCharacterSet::letterCharacterSet()->count(), 128u - 5 + 1);
-        // What cannot be parsed counts as missing; the auxiliary file steps in.
-        EXPECT_TRUE(ZPCharacterSet::decimalDigitCharacterSet()->characterIsMember(0x6F5));
-        EXPECT_FALSE(ZPCharacterSet::decimalDigitCharacterSet()->characterIsMember(0x661));
-        EXPECT_TRUE(ZPCharacterSet::whitespaceCharacterSet()->characterIsMember(0x3000));
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-        testing::internal::CaptureStderr();
-        EXPECT_FALSE(ZPCharacterSet::controlCharacterSet()->characterIsMember(0x200E));
-        EXPECT_FALSE(ZPCharacterSet::punctuationCharacterSet()->characterIsMember(0x2014));
-        EXPECT_EQ(countOf(testing::internal::GetCapturedStderr(), noSets), 1u);
 
-        ZPCharacterSet *few = ZPCharacterSet::characterSetWithContentsOfFile("/anywhere/few.builtin"_zp);
-        EXPECT_STREQ(few->isa->name, "ZPImmutableStringCharacterSet");
-        EXPECT_EQ(few->count(), 2u);
+        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile("/anywhere/few.builtin"_zp)->count(), 2u);
         EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile("nested.builtin"_zp)->count(), 1u);
-        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile("odd.builtin"_zp), nullptr);
-        EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile("none.builtin"_zp), nullptr);
-
-        Class concrete = objc_getClass("ZPConcreteMutableCharacterSet");
-        auto named = [&](ZPString *name) {
-            return objc_msgSend<ZPCharacterSet *>(concrete, "characterSetWithName:"_sel, name);
+        for (ZPString *none : {"odd.builtin"_zp, "none.builtin"_zp})
+            EXPECT_EQ(ZPCharacterSet::characterSetWithContentsOfFile(none), nullptr);
+        auto named = [](ZPString *name) {
+            return objc_msgSend<ZPCharacterSet *>(objc_getClass("ZPConcreteMutableCharacterSet"),
+                                                  "characterSetWithName:"_sel, name);
         };
         EXPECT_EQ(named("few"_zp)->count(), 2u);
         EXPECT_EQ(named("few"_zp), named("few"_zp));
         EXPECT_TRUE(named("none"_zp)->isEmpty());
         EXPECT_TRUE(named("../CharacterSets/letterCharacterSet"_zp)->isEmpty()) << "a name is no path";
-        EXPECT_EQ(objc_msgSend<id>(concrete, "_findDictOrBitmapSetNamed:"_sel, "few"_zp), nullptr);
     });
 }
 
 TEST(CharacterFiles, setsOfClients) {
-    IN_A_PROCESS([](const ResourceRoot &root) {
+    IN_A_ROOT([](const ResourceRoot &root) {
         auto at = [&](const char *name) { return ZPString::stringWithCString((root.folder() / name).c_str()); };
         root.write(
             "mine.dict",
@@ -299,7 +288,7 @@ TEST(CharacterFiles, setsOfClients) {
 }
 
 TEST(CharacterFiles, manyThreadsAskFirst) {
-    IN_A_PROCESS([](const ResourceRoot &) {
+    IN_A_ROOT([](const ResourceRoot &) {
         unsetenv("CORVID_ROOT");
         std::atomic<unsigned> wrong{0}, ready{0};
         onThreads(8, [&](int t) {

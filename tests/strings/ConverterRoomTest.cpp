@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Converters store what they fill and no byte more, whatever room they are told: before a page that cannot be written.
-#include <Bedrock/strings/ZPString.h>
-#include <support/Objects.h>
-
-#include <random>
-#include <string>
+#include "EncodedText.h"
 
 #include <sys/mman.h>
-#include <unistd.h>
 
-#include <gtest/gtest.h>
+using namespace strings;
 
 namespace {
 
@@ -36,15 +31,13 @@ TEST(ConverterRoom, NothingIsStoredBehindWhatIsFilled) {
             std::u16string alphabet = from, units;
             for (unsigned n = random() % 90; n > 0; --n)
                 units += random() % 40 ? alphabet[random() % alphabet.size()] : char16_t(random() % 0x180);
-            auto *string = ZPString::stringWithCharacters_length(units.data(), unsigned(units.size()));
+            ZPString *string = make(units);
             for (auto *encoding = ZPString::availableStringEncodings(); *encoding; ++encoding)
                 for (BOOL lossy : {NO, YES}) {
                     ZPRange whole{0, string->length()};
                     unsigned counted = 0, filled = 0;
                     auto convert = [&](void *buffer, unsigned room, unsigned *bytes) {
-                        return string
-                            ->getBytes_maxLength_filledLength_encoding_allowLossyConversion_range_remainingRange(
-                                buffer, room, bytes, *encoding, lossy, whole, nullptr);
+                        return getBytes(string, buffer, room, bytes, *encoding, lossy, whole, nullptr);
                     };
                     if (!convert(nullptr, 0x7FFFFFFE, &counted)) continue;
                     std::string exact(counted, '\0');

@@ -15,7 +15,7 @@ std::u16string decomposed(unichar unit, unsigned (*decompose)(unichar, unichar *
 
 // The check, and what it logs meanwhile.
 void check(std::function<void(const ResourceRoot &)> work, const std::vector<std::string> &lines) {
-    IN_A_PROCESS([&](const ResourceRoot &root) {
+    IN_A_ROOT([&](const ResourceRoot &root) {
         testing::internal::CaptureStderr();
         work(root);
         std::string logged = testing::internal::GetCapturedStderr();

@@ -67,7 +67,7 @@ TEST(DefaultEncoding, decidesWhatBytesMean) {
                                                               {ZPWindowsCP1252StringEncoding, checkWindowsLatin1},
                                                               {ZPUTF8StringEncoding, checkUTF8}};
     for (auto [encoding, check] : checks)
-        IN_A_PROCESS([encoding = encoding, check = check](const ResourceRoot &root) {
+        IN_A_ROOT([encoding = encoding, check = check](const ResourceRoot &root) {
             root.write("../CStringEncoding", std::to_string(encoding));
             EXPECT_EQ(ZPString::defaultCStringEncoding(), encoding);
             check();
@@ -89,7 +89,7 @@ TEST(DefaultEncoding, isThatOfTheLocale) {
     };
     for (auto &[encoding, locales] : cases)
         for (auto &locale : locales)
-            IN_A_PROCESS([&, wanted = encoding](const ResourceRoot &) {
+            IN_A_ROOT([&, wanted = encoding](const ResourceRoot &) {
                 std::size_t at = locale.find('/');
                 setenv("LC_ALL", locale.substr(0, at).c_str(), 1);
                 unsetenv("LC_CTYPE");

@@ -38,17 +38,17 @@ TEST(HostBytes, ComeBackAsTheyWere) {
 }
 
 TEST(HostBytes, AreTextWhereTheyCanBe) {
-    auto units = [](const char *bytes, ZPStringEncoding e) {
-        return textOf(_ZPStringFromHostBytes(bytes, unsigned(std::strlen(bytes)), e));
+    const std::tuple<ZPStringEncoding, std::string, std::u16string> cases[] = {
+        {ZPUTF8StringEncoding, "caf\xC3\xA9 \xF0\x9F\x98\x80", u"caf\u00e9 \U0001F600"},
+        {ZPUTF8StringEncoding, "caf\xE9", {'c', 'a', 'f', 0xDCE9}},
+        {ZPUTF8StringEncoding, "\xED\xA0\x80", {0xDCED, 0xDCA0, 0xDC80}},  // no half pairs
+        {ZPUTF8StringEncoding, "\xC0\xAF", {0xDCC0, 0xDCAF}},  // no second spelling of a slash
+        {ZPISOLatin1StringEncoding, "caf\xE9", u"caf\u00e9"},
+        {ZPShiftJISStringEncoding, "\x93\xFA\x80", {0x65E5, 0xDC80}},
+        {ZPUnicodeStringEncoding, "caf\xC3\xA9", u"caf\u00e9"},  // read as UTF-8
     };
-    EXPECT_EQ(units("caf\xC3\xA9 \xF0\x9F\x98\x80", ZPUTF8StringEncoding), u"caf\u00e9 \U0001F600");
-    EXPECT_EQ(units("caf\xE9", ZPUTF8StringEncoding), std::u16string(u"caf") + char16_t(0xDCE9));
-    EXPECT_EQ(units("\xED\xA0\x80", ZPUTF8StringEncoding), (std::u16string{0xDCED, 0xDCA0, 0xDC80})) << "no half pairs";
-    EXPECT_EQ(units("\xC0\xAF", ZPUTF8StringEncoding), (std::u16string{0xDCC0, 0xDCAF}))
-        << "no second spelling of a slash";
-    EXPECT_EQ(units("caf\xE9", ZPISOLatin1StringEncoding), u"caf\u00e9");
-    EXPECT_EQ(units("\x93\xFA\x80", ZPShiftJISStringEncoding), std::u16string(u"\u65e5") + char16_t(0xDC80));
-    EXPECT_EQ(units("caf\xC3\xA9", ZPUnicodeStringEncoding), u"caf\u00e9") << "read as UTF-8";
-    EXPECT_EQ(_ZPHostBytesFromString(make(std::u16string(1, char16_t(0xD800))), nullptr, 0, ZPUTF8StringEncoding), -1);
+    for (auto &[e, bytes, units] : cases)
+        EXPECT_EQ(textOf(_ZPStringFromHostBytes(bytes.data(), unsigned(bytes.size()), e)), units) << bytes;
+    EXPECT_EQ(_ZPHostBytesFromString(make(std::u16string{0xD800}), nullptr, 0, ZPUTF8StringEncoding), -1);
     EXPECT_EQ(_ZPHostBytesFromString(make(u"\u4e2d"), nullptr, 0, ZPISOLatin1StringEncoding), -1);
 }

@@ -65,36 +65,31 @@ TEST(JapaneseEncoding, HoldsTheStandardAndComesBack) {
 }
 
 TEST(JapaneseEncoding, CarriesKESTRELInEUC) {
-    EXPECT_EQ(encoded(u"\u00e9a\u20ac", euc), "\xA0\xE9\x61\xA0\x80");
-    EXPECT_EQ(decoded("\xA0\xE9\x61\xA0\x80", euc), u"\u00e9a\u20ac");
     EXPECT_EQ(encoded(u"\u00d7\u2029", euc), "\xA1\xDF\n") << "the standard's own sign goes first";
     EXPECT_EQ(encoded(u"\u00e9", sjis), "?");
     EXPECT_EQ(encoded(u"\u0416\u05d0", euc), "<fails>");
     EXPECT_EQ(encoded(u"\u0416\u05d0x", euc, YES), "\xA7\xA8_x");
-    // High bytes that begin no pair.
-    EXPECT_EQ(decoded("\xE9", euc), u"\u00e9");
-    EXPECT_EQ(decoded("\xE9z", euc), u"\u00e9z");
-    EXPECT_EQ(decoded("\x8E\x41\xA0\x41\x82", euc), u"\u017dA\u00a0A\u201a");
-    EXPECT_EQ(decoded("\x8E\xE5", euc), u"\ufffd");
+    EXPECT_EQ(encoded(u"\u00e9a\u20ac", euc), "\xA0\xE9\x61\xA0\x80");
+    // The same back, and high bytes that begin no pair.
+    for (auto &[bytes, units] : {std::pair{"\xA0\xE9\x61\xA0\x80", u"\u00e9a\u20ac"},
+                                 {"\xE9", u"\u00e9"},
+                                 {"\xE9z", u"\u00e9z"},
+                                 {"\x8E\x41\xA0\x41\x82", u"\u017dA\u00a0A\u201a"},
+                                 {"\x8E\xE5", u"\ufffd"}})
+        EXPECT_EQ(decoded(bytes, euc), units);
     EXPECT_EQ(decoded("\xFF\xA1", euc), std::u16string(1, u'\0'));
 }
 
 TEST(JapaneseEncoding, ConvertsBetweenTheTwoByteForms) {
-    EXPECT_EQ(toShiftJIS("\xA4\xA2"), "\x82\xA0 2");
-    EXPECT_EQ(toEUC("\x82\xA0"), "\xA4\xA2 2");
-    EXPECT_EQ(toShiftJIS("a"), "a 1");
-    EXPECT_EQ(toShiftJIS("\x8E\xB1"), "\xB1 2");
-    EXPECT_EQ(toEUC("\xB1"), "\x8E\xB1 1");
-    for (auto [cell, place] :
-         {std::pair{0xDC, 0x97}, {0xDD, 0x96}, {0xE1, 0x91}, {0xE2, 0x90}, {0xE5, 0x95}, {0xE9, 0x92}}) {
-        EXPECT_EQ(toShiftJIS(pair(0xA2, cell)), pair(0x87, place) + " 2");
-        EXPECT_EQ(toEUC(pair(0x87, place)), pair(0xA2, cell) + " 2");
+    // Both ways, and what the source counts in bytes.
+    for (auto &[in, shifted] :
+         rows("\xA4\xA2 -> \x82\xA0", "\x8E\xB1 -> \xB1", "\xA2\xDC -> \x87\x97", "\xA2\xDD -> \x87\x96",
+              "\xA2\xE1 -> \x87\x91", "\xA2\xE2 -> \x87\x90", "\xA2\xE5 -> \x87\x95", "\xA2\xE9 -> \x87\x92",
+              "\xFE\xA2 -> \x87\x41", "\xFE\xD6 -> \x87\x75", "\xFE\xE0 -> \x87\x80", "\xFE\xF9 -> \x87\x99")) {
+        EXPECT_EQ(toShiftJIS(in), shifted + " 2");
+        EXPECT_EQ(toEUC(shifted), in + (shifted.size() == 2 ? " 2" : " 1"));
     }
-    EXPECT_EQ(toShiftJIS("\xFE\xA2"), "\x87\x41 2");
-    EXPECT_EQ(toShiftJIS("\xFE\xD6"), "\x87\x75 2");
-    EXPECT_EQ(toShiftJIS("\xFE\xE0"), "\x87\x80 2");
-    EXPECT_EQ(toEUC("\x87\x41"), "\xFE\xA2 2");
-    EXPECT_EQ(toEUC("\x87\x99"), "\xFE\xF9 2");
+    EXPECT_EQ(toShiftJIS("a"), "a 1");
     for (const char *none : {"\x87\x40", "\x87\x4A", "\x87\x76", "\x87\x7E", "\x87\x9A", "\x80\x41", "\xA0\x41",
                              "\xFD\x41", "\x82\x7F", "\x82\x3F", "\x82\xFD"})
         EXPECT_EQ(toEUC(none), " 1") << none;
@@ -123,21 +118,23 @@ TEST(JapaneseEncoding, FailsOnDamagedShiftJIS) {
 TEST(JapaneseEncoding, SwitchesInJIS) {
     EXPECT_EQ(encoded(u"a\u65e5\u672cb\uff71\u65e5", jis),
               "a\x1B$B\x46\x7C\x4B\x5C\x1B(Bb\x1B(I\x31\x1B$B\x46\x7C\x1B(B");
-    EXPECT_EQ(decoded("a\x1B$B\x46\x7C\x1B(Jb\x1B)I\x31\x1B$@\x46\x7C\x1B(Hc", jis), u"a\u65e5b\uff71\u65e5c");
     EXPECT_EQ(encoded(u"\u00e9x", jis), "ex") << "approximated";
     EXPECT_EQ(encoded(u"\u00e9x", jis, YES), "x") << "dropped";
     EXPECT_EQ(encoded(u"\u05d0", jis), "<fails>");
     EXPECT_EQ(encoded(u"\u65e5\u05d0", jis, YES), "\x1B$B\x46\x7C\x1B(B_");
-    EXPECT_EQ(decoded("ab\x1B", jis), u"ab");
-    EXPECT_EQ(decoded("ab\x1B(", jis), u"ab");
-    EXPECT_EQ(decoded("ab\x1B(Zc", jis), u"ab(Zc") << "an unknown escape loses its ESC alone";
-    EXPECT_EQ(decoded("\x1B$B\x46\x7C\x46", jis), u"\u65e5");
+    // An unknown escape loses its ESC alone, and what is cut off is left out.
+    for (auto &[bytes, units] :
+         {std::pair{"a\x1B$B\x46\x7C\x1B(Jb\x1B)I\x31\x1B$@\x46\x7C\x1B(Hc", u"a\u65e5b\uff71\u65e5c"},
+          {"ab\x1B", u"ab"},
+          {"ab\x1B(", u"ab"},
+          {"ab\x1B(Zc", u"ab(Zc"},
+          {"\x1B$B\x46\x7C\x46", u"\u65e5"}})
+        EXPECT_EQ(decoded(bytes, jis), units);
     inEveryForm(u"\u65e5", [](const Form &, ZPString *s) {
         char buffer[9] = "########";
         unsigned used;
         EXPECT_TRUE(s->_getBytesInJISEncoding_range_usedBytes_lossy(buffer, {0, 1}, &used, NO));
-        EXPECT_EQ(used, 8u);
-        EXPECT_EQ(std::string(buffer, 8), "\x1B$B\x46\x7C\x1B(B");
+        EXPECT_EQ(std::string(buffer, used), "\x1B$B\x46\x7C\x1B(B");
         // What does not fit with the way back to ASCII is not begun.
         ZPRange rest;
         EXPECT_TRUE(getBytes(s, buffer, 7, &used, jis, NO, {0, 1}, &rest));

@@ -231,7 +231,7 @@ void nameInShiftJIS(const ResourceRoot &root) {
 TEST_F(PathFiles, FileNamesMayHaveAnEncodingOfTheirOwn) {
     // What a file called "caf\xE9" is named when the resource file holds a number, of an encoding or of none.
     for (auto [number, wanted] : {std::pair{"05", u"caf\u00e9"}, {"77", u"caf\xDCE9"}})
-        IN_A_PROCESS([&, number = number, wanted = wanted](const ResourceRoot &resources) {
+        IN_A_ROOT([&, number = number, wanted = wanted](const ResourceRoot &resources) {
             resources.write("../FileSystemEncoding", number);
             std::ofstream(root / "docs/deep/caf\xE9");
             ZPString *text = nullptr;
@@ -241,5 +241,5 @@ TEST_F(PathFiles, FileNamesMayHaveAnEncodingOfTheirOwn) {
             EXPECT_TRUE(fs::exists(hostOf(text)));
             fs::remove_all(root);
         });
-    IN_A_PROCESS(nameInShiftJIS);
+    IN_A_ROOT(nameInShiftJIS);
 }

@@ -21,19 +21,15 @@ TEST(StringFiles, writtenTextsComeBack) {
 }
 
 TEST(StringFiles, byteOrderMarksDecide) {
+    using namespace std::string_literals;
     Directory dir;
     ZPString *file = dir / "file";
-    dir.write("file", std::string("\xFF\xFE"
-                                  "a\0b\0",
-                                  6));
-    EXPECT_EQ(textOf(ZPString::stringWithContentsOfFile(file)), u"ab");
-    dir.write("file", std::string("\xFE\xFF\0a", 4));
-    EXPECT_EQ(textOf(ZPString::stringWithContentsOfFile(file)), u"a");
-    dir.write("file", "\xFF\xFE");
-    EXPECT_EQ(ZPString::stringWithContentsOfFile(file), ""_zp);
+    for (auto &[bytes, wanted] : {std::pair{"\xFF\xFE\x61\0b\0"s, u"ab"}, {"\xFE\xFF\0a"s, u"a"}, {"\xFF\xFE"s, u""}}) {
+        dir.write("file", bytes);
+        EXPECT_EQ(textOf(ZPString::stringWithContentsOfFile(file)), wanted);
+    }
     // Of odd length it is text in the default encoding, or none.
-    dir.write("file", "\xFF\xFE"
-                      "a");
+    dir.write("file", "\xFF\xFE\x61");
     ZPString *odd = ZPString::stringWithContentsOfFile(file);
     EXPECT_TRUE(!odd || odd->length() == 3);
     EXPECT_EQ(ZPString::stringWithContentsOfFile("/nowhere/at/all"_zp), nullptr);

@@ -8,13 +8,10 @@ TEST(StringPieces, substrings) {
     std::u16string text = u"0123456789abcdefghij\u00e90123456789ABCDEFGHIJ";
     inEveryForm(text, [&](const Form &, ZPString *s) {
         unsigned n = s->length();
-        for (unsigned at : {0u, 3u, 20u})
-            for (unsigned count : {1u, 5u, 15u, 21u, n})
-                if (at + count <= n) {
-                    EXPECT_EQ(textOf(s->substringWithRange({at, count})), text.substr(at, count));
-                }
-        EXPECT_EQ(textOf(s->substringFromIndex(7)) + textOf(s->substringToIndex(7)),
-                  text.substr(7) + text.substr(0, 7));
+        for (auto [at, count] : {std::pair{0u, n}, {3u, 1u}, {3u, 15u}, {20u, 5u}})
+            EXPECT_EQ(textOf(s->substringWithRange({at, count})), text.substr(at, count));
+        EXPECT_EQ(textOf(s->substringFromIndex(7)), text.substr(7));
+        EXPECT_EQ(textOf(s->substringToIndex(7)), text.substr(0, 7));
         EXPECT_HAS(raised([&] { s->substringFromIndex(n + 1); }), "ZPRangeException: ");
         EXPECT_REFUSED(s->substringWithRange({1, 0xFFFFFFFF}));
         EXPECT_REFUSED(s->_newSubstringWithRange_zone({n + 1, 0}, nullptr));
@@ -57,66 +54,34 @@ TEST(StringPieces, groupsAndBuffers) {
     });
 }
 
-TEST(StringPieces, caseOfStrings) {
+// Every single mapping is held against the character data elsewhere; here are words, and what Turkish has of its own.
+TEST(StringPieces, caseOfWords) {
     inEveryForm(u"hello wORLD 2nd \u00e9\u00dfx stra\u00dfe", [](const Form &, ZPString *s) {
         EXPECT_EQ(textOf(s->uppercaseString()), u"HELLO WORLD 2ND \u00c9SSX STRASSE");
-        EXPECT_EQ(textOf(s->lowercaseString()), u"hello world 2nd \u00e9\u00dfx stra\u00dfe");
         EXPECT_EQ(textOf(s->capitalizedString()), u"Hello World 2Nd \u00c9\u00dfx Stra\u00dfe");
     });
-}
-
-TEST(StringPieces, caseOfUnits) {
-    auto convert = [](unsigned (*by)(unichar, unichar *, unsigned), unsigned u, unsigned flags = 0) {
-        unichar out[3];
-        unsigned n = by(unichar(u), out, flags);
-        return std::u16string(out, n);
-    };
-    const struct {
-        char16_t unit;
-        const char16_t *upper, *lower, *title;
-    } cases[] = {{0xDF, u"SS", u"\u00df", u"Ss"},          {0xFB03, u"FFI", u"\ufb03", u"Ffi"},
-                 {0xB5, u"\u00b5", u"\u00b5", u"\u039c"},  {0xFF, u"\u0178", u"\u00ff", u"\u0178"},
-                 {0x142, u"\u0141", u"\u0142", u"\u0141"}, {0x416, u"\u0416", u"\u0436", u"\u0416"},
-                 {0x1C6, u"\u01c4", u"\u01c6", u"\u01c5"}, {0x4E2D, u"\u4e2d", u"\u4e2d", u"\u4e2d"}};
-    for (auto &c : cases) {
-        EXPECT_EQ(convert(ZPConvertToUpper, c.unit), c.upper);
-        EXPECT_EQ(convert(ZPConvertToLower, c.unit), c.lower);
-        EXPECT_EQ(convert(ZPConvertToTitle, c.unit), c.title);
-    }
-    EXPECT_EQ(convert(ZPConvertToUpper, 'i', 1) + convert(ZPConvertToTitle, 'i', 1) +
-                  convert(ZPConvertToUpper, 0x131, 1) + convert(ZPConvertToTitle, 0x131, 1) +
-                  convert(ZPConvertToUpper, 'j', 1),
-              u"\u0130\u0130IIJ");
-    EXPECT_EQ(convert(ZPConvertToLower, 'I', 1) + convert(ZPConvertToLower, 0x130, 1) +
-                  convert(ZPConvertToLower, 0x416, 1),
-              u"\u0131i\u0436");
-    for (unsigned u = 0; u < 0x10000; ++u) {
-        char16_t upper = convert(ZPConvertToUpper, u)[0], lower = convert(ZPConvertToLower, u)[0];
-        EXPECT_TRUE(u >= 0x80 || upper == (u >= 'a' && u <= 'z' ? u - 32 : u));
-        // Six capitals share their lower case with another.
-        if (lower != u && u != 0x130 && u != 0x3F4 && u != 0x1E9E && u != 0x2126 && u != 0x212A && u != 0x212B) {
-            EXPECT_EQ(convert(ZPConvertToUpper, lower)[0], upper) << std::hex << u;
+    auto turkish = [](unsigned (*convert)(unichar, unichar *, unsigned), std::u16string units) {
+        for (char16_t &u : units) {
+            unichar out[3];
+            EXPECT_EQ(convert(u, out, 1), 1u);
+            u = out[0];
         }
-    }
+        return units;
+    };
+    EXPECT_EQ(turkish(ZPConvertToUpper, u"i\u0131j"), u"\u0130IJ");
+    EXPECT_EQ(turkish(ZPConvertToTitle, u"i\u0131"), u"\u0130I");
+    EXPECT_EQ(turkish(ZPConvertToLower, u"I\u0130\u0416"), u"\u0131i\u0436");
 }
 
 TEST(StringPieces, numbersInText) {
     inEveryForm(u"  -42abc", [](const Form &, ZPString *s) { EXPECT_EQ(s->intValue(), -42); });
-    EXPECT_EQ("2147483648"_zp->intValue(), INT_MAX);
     EXPECT_EQ("\n1"_zp->intValue(), 0);
-    unsigned at = 1;
-    int small = 5;
-    EXPECT_FALSE(_ZPScanIntFromString("1 2"_zp, nullptr, &small, &at));
-    EXPECT_TRUE(at == 1 && small == 5);
-    EXPECT_TRUE(_ZPScanIntFromString("1 2"_zp, ZPCharacterSet::whitespaceCharacterSet(), nullptr, &at));
-    EXPECT_EQ(at, 3u);
-
     inEveryForm(u" \u00a02.5 ", [](const Form &, ZPString *s) { EXPECT_EQ(s->doubleValue(), 2.5); });
     EXPECT_EQ("1e40"_zp->floatValue(), INFINITY);
-    for (ZPString *none : {"0x10"_zp, "inf"_zp}) EXPECT_EQ(none->doubleValue(), 0.0);
     ZPDictionary *locale = ZPDictionary::dictionaryWithObject_forKey(" "_zp, "ZPDecimalSeparator"_zp);
     double value = 0;
-    EXPECT_TRUE(_ZPScanDoubleFromString("1 5"_zp, nullptr, &value, &(at = 0), locale));
+    unsigned at = 0;
+    EXPECT_TRUE(_ZPScanDoubleFromString("1 5"_zp, nullptr, &value, &at, locale));
     EXPECT_EQ(value, 1.5);
     EXPECT_FALSE(_ZPScanDoubleFromString(" 5"_zp, nullptr, &value, &(at = 0), locale))
         << "white space begins no number";

@@ -117,16 +117,3 @@ TEST(StringReading, orderAgreesWithUnitOrderAcrossForms) {
         });
     }
 }
-
-TEST(StringReading, cStringsOfEveryForm) {
-    inEveryForm(u"A text that fits in bytes", [&](const Form &, ZPString *s) {
-        char buffer[16];
-        ZPRange rest;
-        s->getCString_maxLength_range_remainingRange(buffer, 4, {0, 25}, &rest);
-        EXPECT_STREQ(buffer, "A te");
-        EXPECT_EQ(rest, ZPMakeRange(4, 21));
-        EXPECT_STREQ(s->cString(), "A text that fits in bytes");
-        EXPECT_STREQ(s->lossyCString(), "A text that fits in bytes");
-        EXPECT_EQ(s->cStringLength(), 25u);
-    });
-}

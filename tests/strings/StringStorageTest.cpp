@@ -70,7 +70,6 @@ TEST(StringStorage, copiesShareAndLiteralsIgnoreCounting) {
     TestZone zone;
     ZPRef<ZPString> inZone = ZPAdopt<ZPString>(made->copyWithZone(zone)),
                     wide = ZPAdopt<ZPString>(make(u"wide")->copyWithZone(zone));
-    EXPECT_NE(inZone.get(), made);
     EXPECT_TRUE(inZone->zone() == zone && wide->zone() == zone);
     EXPECT_EQ(ZPAdopt<ZPString>(inZone->copyWithZone(zone)), inZone);
     EXPECT_TRUE(inZone->isEqual("abc"_zp) && wide->isEqual("wide"_zp));
@@ -80,14 +79,12 @@ TEST(StringStorage, copiesShareAndLiteralsIgnoreCounting) {
         EXPECT_EQ(s->retain(), id(s));
         EXPECT_EQ(s->autorelease(), id(s));
         EXPECT_EQ(s->retainCount(), 0xFFFFFFFF);
-        EXPECT_EQ(s->copyWithZone(nullptr), id(s));
     }
 }
 
 TEST(StringStorage, placeholdersLiveForEverAndAreNoStrings) {
     ZPString *p = ZPString::alloc();
     EXPECT_EQ(p, ZPString::alloc());
-    EXPECT_EQ(p, _ZPPlaceholderStringFromZone(ZPDefaultMallocZone()));
     p->release();
     EXPECT_EQ(p->retainCount(), 0xFFFFFFFF);
     EXPECT_REASON_HAS("length", p->length());
@@ -97,10 +94,7 @@ TEST(StringStorage, placeholdersLiveForEverAndAreNoStrings) {
     EXPECT_EQ(inZone, ZPString::allocWithZone(zone));
     ZPRef<ZPString> s = ZPAdopt(inZone->initWithCString("in its zone"));
     EXPECT_EQ(s->zone(), zone.zone);
-    EXPECT_REASON("[ZPString stringWithCString:]: NULL cString", ZPString::stringWithCString(nullptr));
     EXPECT_REASON("[ZPPlaceholderString initWithCString:]: NULL cString", ZPString::alloc()->initWithCString(nullptr));
-    EXPECT_REFUSED(((ZPString *)ClientString::alloc()->autorelease())
-                       ->initWithCharactersNoCopy_length_freeWhenDone(nullptr, 0, NO));
 }
 
 TEST(StringStorage, byteSubstringsBorrowUntilTheyAreRetained) {
@@ -119,24 +113,17 @@ TEST(StringStorage, byteSubstringsBorrowUntilTheyAreRetained) {
     parent->release();
     EXPECT_EQ(part->characterAtIndex(0), u'q');
     part->release();
-    EXPECT_REASON("Can't call initWithCStringNoCopy:length:freeWhenDone: in ZPCSubstring",
-                  part->initWithCStringNoCopy_length_freeWhenDone(nullptr, 0, NO));
 }
 
 TEST(StringStorage, unitSubstringsOfNearlyAllStayAttached) {
     ZPString *parent = make(std::u16string(100, u'p'));
-    struct {
-        unsigned length;
-        bool attached;
-    } cases[] = {{25, false}, {89, false}, {90, true}, {95, true}};
-    for (auto &c : cases) {
+    for (auto [length, attached] : {std::pair{25u, 0u}, {89u, 0u}, {90u, 1u}, {95u, 1u}}) {
         unsigned before = parent->retainCount();
-        ZPString *part = parent->substringWithRange({1, c.length});
+        ZPString *part = parent->substringWithRange({1, length});
         EXPECT_EQ(classOf(part), "ZPUnicodeSubstring");
         EXPECT_EQ(parent->retainCount(), before + 1);
         part->retain();
-        EXPECT_EQ(parent->retainCount(), before + c.attached) << c.length;
-        EXPECT_EQ(textOf(part), std::u16string(c.length, u'p'));
+        EXPECT_EQ(parent->retainCount(), before + attached) << length;
         part->release();
     }
     // A part of an attached part holds the outermost string.

@@ -1,14 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Texts that are looked at while clients' objects do what they like to them: retain a part, which then lets its parent
 // go, or change a text that may change.
-#include <Bedrock/Bedrock.h>
 #include <support/Objects.h>
-
-#include <functional>
-#include <string>
-#include <thread>
-
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -68,9 +68,34 @@ struct TestItem : ZPObject {
     void add(id sum) { static_cast<TestItem *>(sum)->value += value; }
 };
 
+/// Does as it was told when it is sent `act:`, and at its end. The program that uses it implements it.
+struct Doer : ZPObject {
+    ZP_CLASS(Doer)
+    std::function<void(id)> _does;
+    std::function<void()> _ends;
+    static inline std::atomic<int> live = 0;
+
+    static ZPRef<Doer> with(std::function<void(id)> does = {}, std::function<void()> ends = {}) {
+        ZPRef<Doer> doer = ZPAdopt(Doer::new_());
+        doer->_does = does;
+        doer->_ends = ends;
+        ++live;
+        return doer;
+    }
+    void act(id what) {
+        if (_does) _does(what);
+    }
+    void dealloc() {
+        if (_ends) _ends();
+        --live;
+        objc_super<Doer>(this).send("dealloc"_sel);
+    }
+};
+
 inline int valueOf(id item) { return item ? static_cast<TestItem *>(item)->value : -1; }
 
 inline std::string text(ZPString *string) { return string ? string->cString() : "(null)"; }
+inline std::string described(ZPObject *object) { return text(object->description()); }
 
 /// The reason of what f raises, and its name; empty when it raises nothing.
 template <class F> std::string reasonOf(F f, ZPString **name = nullptr) {
@@ -159,6 +184,22 @@ struct TestZone {
     ~TestZone() { ZPRecycleZone(zone); }
     operator ZPZone *() const { return zone; }
 };
+
+/// Ends the process by what a check says.
+[[noreturn]] inline void endBy(const std::function<void()> &check) {
+    {
+        ZPAutoreleasePoolScope pool;
+        check();
+    }
+    std::exit(testing::Test::HasFailure());
+}
+
+/// A check in a process of its own, which has used nothing yet.
+#define IN_A_PROCESS(...)                                                \
+    do {                                                                 \
+        GTEST_FLAG_SET(death_test_style, "threadsafe");                  \
+        EXPECT_EXIT(endBy(__VA_ARGS__), testing::ExitedWithCode(0), ""); \
+    } while (0)
 
 /// As many threads at once, each with its number and a pool of its own; waits for their ends.
 template <class F> void onThreads(int count, F f) {

@@ -24,8 +24,6 @@ struct Moment : ZPObject {
 };
 ZP_IMPLEMENT(Moment, timeIntervalSinceReferenceDate, timeIntervalSinceNow);
 
-std::string text(ZPObject *object) { return object->description()->cString(); }
-
 }  // namespace
 
 template <class L> class EveryLock : public testing::Test {};
@@ -66,9 +64,8 @@ TEST(Lock, LimitsAndMisuse) {
     });
     EXPECT_TRUE(lock->lockBeforeDate(Moment::in(30)));
     other.join();
-    std::string text = lock->description()->cString();
-    EXPECT_EQ(text.find("ZPLock(0x"), 0u) << text;
-    EXPECT_EQ(text.substr(text.size() - 12), " locked: YES");
+    std::string text = described(lock);
+    EXPECT_TRUE(text.starts_with("ZPLock(0x") && text.ends_with(" locked: YES")) << text;
     lock->unlock();
     lock->unlock();
     EXPECT_TRUE(lock->tryLock());
@@ -113,7 +110,7 @@ TEST(RecursiveLock, CountsTheOwnersLocks) {
     EXPECT_FALSE(lock->tryLock());  // also for the owner
     lock->lock();
     EXPECT_TRUE(lock->lockBeforeDate(Moment::in(-1)));
-    EXPECT_HAS(text(lock), " locked: YES  recursion count: 3");
+    EXPECT_HAS(described(lock), " locked: YES  recursion count: 3");
     auto elsewhere = [&] {
         bool taken = false;
         std::thread([&] {
@@ -130,7 +127,7 @@ TEST(RecursiveLock, CountsTheOwnersLocks) {
     EXPECT_TRUE(elsewhere());
     lock->unlock();  // of a free lock: it stays free
     EXPECT_TRUE(elsewhere());
-    EXPECT_HAS(text(lock), " locked: NO  recursion count: 0");
+    EXPECT_HAS(described(lock), " locked: NO  recursion count: 0");
 }
 
 TEST(ConditionLock, WaitsForItsCondition) {
@@ -138,7 +135,7 @@ TEST(ConditionLock, WaitsForItsCondition) {
     EXPECT_EQ(lock->condition(), 0);
     lock->lock();
     EXPECT_FALSE(lock->tryLock());
-    EXPECT_HAS(text(lock), " locked: YES  condition: 0");
+    EXPECT_HAS(described(lock), " locked: YES  condition: 0");
     lock->unlockWithCondition(5);
     EXPECT_FALSE(lock->tryLockWhenCondition(4));
     EXPECT_FALSE(lock->lockWhenCondition_beforeDate(4, Moment::in(0.02)));

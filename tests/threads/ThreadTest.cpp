@@ -2,9 +2,11 @@
 // Thread objects, threads that the library starts, and the step to many threads.
 #include <support/Objects.h>
 
+ZP_IMPLEMENT(Doer, act, dealloc);
+
 namespace {
 
-std::atomic<int> living{0}, unwound{0};
+std::atomic<int> unwound{0};
 
 struct Unwound {
     ~Unwound() { ++unwound; }
@@ -14,100 +16,37 @@ void waitUntil(std::function<bool()> done) {
     for (int i = 0; i < 2000 && !done(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(2));
 }
 
-struct Held : ZPObject {
-    ZP_CLASS(Held)
-    id init() {
-        ++living;
-        return ZP_SUPER(Held, init)();
-    }
-    void dealloc() {
-        --living;
-        ZP_SUPER(Held, dealloc)();
-    }
-};
-ZP_IMPLEMENT(Held, init, dealloc);
+// Leaves an object with the thread, or in its pool.
+void leave(const ZPRef<Doer> &held, ZPString *name) {
+    ZPThread::currentThread()->threadDictionary()->setObject_forKey(held.get(), name);
+}
+void leave(const ZPRef<Doer> &held) { held->retain()->autorelease(); }
 
-void leave(ZPThread *thread, ZPObject *held, ZPString *name) {
-    thread->threadDictionary()->setObject_forKey(held, name);
-    held->release();
+/// At its end it leaves something with its thread and in its pool.
+ZPRef<Doer> leaving() {
+    return Doer::with({}, [] {
+        leave(Doer::with(), "left"_zp);
+        leave(Doer::with());
+    });
 }
 
-/// At its end it leaves something with its thread.
-struct Leaving : Held {
-    ZP_CLASS(Leaving)
-    void dealloc() {
-        leave(ZPThread::currentThread(), Held::new_(), "left"_zp);
-        Held::new_()->autorelease();
-        ZP_SUPER(Leaving, dealloc)();
-    }
-};
-ZP_IMPLEMENT(Leaving, dealloc);
+void observe(const ZPRef<Doer> &observer, ZPString *name) {
+    ZPNotificationCenter::defaultCenter()->addObserver_selector_name_object(observer.get(), "act:"_sel, name, nullptr);
+}
 
-/// Ends its thread from inside a delivery.
-struct Quitter : ZPObject {
-    ZP_CLASS(Quitter)
-    std::atomic<int> _heard;
-    void run(id) {
-        Unwound unwound;
-        ZPAutoreleasePoolScope pool;
-        Leaving::new_()->autorelease();
-        {
-            ZPAutoreleasePoolScope inner;
-            Held::new_()->autorelease();
-            ZPNotificationCenter::defaultCenter()->postNotificationName_object("quit"_zp, ZPThread::currentThread());
-        }
-        ADD_FAILURE() << "back from exit";
-    }
-    void quit(ZPNotification *) {
-        Unwound unwound;
-        ZPAutoreleasePoolScope pool;
-        Held::new_()->autorelease();
-        ++_heard;
+void detach(const ZPRef<Doer> &worker, id argument) {
+    ZPThread::detachNewThreadSelector_toTarget_withObject("act:"_sel, worker.get(), argument);
+}
+
+[[noreturn]] void exitThread() {
+    try {
         ZPThread::exit();
+    } catch (ZPException *) {
+        ADD_FAILURE() << "leaving a thread is no exception";
     }
-};
-ZP_IMPLEMENT(Quitter, run, quit);
-
-/// What a started thread does, and what was heard of it.
-struct Worker : ZPObject {
-    ZP_CLASS(Worker)
-    ZPConditionLock *_ended;
-    ZPThread *_thread, *_ending;
-    id _argument;
-    BOOL _wasMulti, _exits, _hadDictionary;
-    int _heard;
-
-    void run(id argument) {
-        Unwound unwound;
-        ZPAutoreleasePoolScope pool;
-        Held::new_()->autorelease();
-        _thread = ZPThread::currentThread();
-        _argument = argument;
-        _wasMulti = ZPThread::isMultiThreaded();
-        leave(_thread, Held::new_(), "held"_zp);
-        if (_exits) deeper();
-    }
-    void deeper() {
-        Unwound unwound;
-        try {
-            ZPThread::exit();
-        } catch (ZPException *) {
-            ADD_FAILURE() << "leaving a thread is no exception";
-        }
-        ADD_FAILURE() << "back from exit";
-    }
-    void willExit(ZPNotification *note) {
-        _ending = (ZPThread *)note->object().pointer();
-        _hadDictionary = ZPThread::currentThread() == _ending && _ending->threadDictionary()->objectForKey("held"_zp);
-        _ended->lock();
-        _ended->unlockWithCondition(1);
-    }
-    void becoming(ZPNotification *note) {
-        ++_heard;
-        if (note->object() || !ZPThread::isMultiThreaded()) _heard += 100;
-    }
-};
-ZP_IMPLEMENT(Worker, run, willExit, becoming);
+    ADD_FAILURE() << "back from exit";
+    std::abort();
+}
 
 }  // namespace
 
@@ -149,25 +88,37 @@ TEST(Thread, StringsCollectionsAndClassesFromManyThreads) {
 }
 
 TEST(Thread, StartsAndEnds) {
-    ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
     for (BOOL exits : {NO, YES}) {
-        ZPRef<Worker> worker = ZPAdopt(Worker::new_());
-        worker->_ended = (ZPConditionLock *)ZPConditionLock::new_();
-        worker->_exits = exits;
+        ZPRef<ZPConditionLock> ended = ZPAdopt(ZPConditionLock::new_());
+        ZPThread *thread = nullptr;
+        ZPRef<Doer> worker = Doer::with([&](id argument) {
+            Unwound outer;
+            ZPAutoreleasePoolScope pool;
+            leave(Doer::with());
+            thread = ZPThread::currentThread();
+            EXPECT_TRUE(ZPThread::isMultiThreaded());
+            EXPECT_EQ(argument, "argument"_zp);
+            leave(Doer::with(), "held"_zp);
+            if (!exits) return;
+            Unwound inner;
+            exitThread();
+        });
+        ZPRef<Doer> observer = Doer::with([&](id note) {
+            auto *ending = (ZPThread *)note.unchecked<ZPNotification>()->object().pointer();
+            EXPECT_TRUE(ending == thread && ending == ZPThread::currentThread());
+            EXPECT_TRUE(ending->threadDictionary()->objectForKey("held"_zp));
+            ended->lock();
+            ended->unlockWithCondition(1);
+        });
         unwound = 0;
-        center->addObserver_selector_name_object(worker.get(), "willExit:"_sel, ZPThreadWillExitNotification, nullptr);
-        ZPThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, worker.get(), "argument"_zp);
-        worker->_ended->lockWhenCondition(1);
-        EXPECT_EQ(worker->_ending, worker->_thread);
-        EXPECT_NE(worker->_thread, ZPThread::currentThread());
-        EXPECT_TRUE(worker->_hadDictionary);
-        EXPECT_TRUE(worker->_wasMulti);
-        EXPECT_EQ(worker->_argument, "argument"_zp);
-        center->removeObserver(worker.get());
-        worker->_ended->unlock();
-        worker->_ended->release();
-        waitUntil([&] { return !living && unwound == 1 + exits && worker->retainCount() == 1; });
-        EXPECT_EQ(living, 0) << "what hung on the thread is released";
+        observe(observer, ZPThreadWillExitNotification);
+        detach(worker, "argument"_zp);
+        ended->lockWhenCondition(1);
+        EXPECT_NE(thread, ZPThread::currentThread());
+        ZPNotificationCenter::defaultCenter()->removeObserver(observer.get());
+        ended->unlock();
+        waitUntil([&] { return Doer::live == 2 && unwound == 1 + exits && worker->retainCount() == 1; });
+        EXPECT_EQ(Doer::live, 2) << "what hung on the thread is released";
         EXPECT_EQ(unwound, 1 + exits) << "the frames of the thread are unwound";
         EXPECT_EQ(worker->retainCount(), 1u);
     }
@@ -176,62 +127,77 @@ TEST(Thread, StartsAndEnds) {
 TEST(Thread, WhatEndsWithAThreadMayStillUseIt) {
     std::thread([] {
         ZPPushAutoreleasePool(0);  // popped by the end of the thread
-        Leaving::new_()->autorelease();
-        leave(ZPThread::currentThread(), Leaving::new_(), "first"_zp);
+        leave(leaving());
+        leave(leaving(), "first"_zp);
     }).join();
-    EXPECT_EQ(living, 0);
+    EXPECT_EQ(Doer::live, 0);
 }
 
 TEST(Thread, EndsInsideADelivery) {
-    ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
-    ZPRef<Quitter> first = ZPAdopt(Quitter::new_()), second = ZPAdopt(Quitter::new_());
-    for (auto &q : {first, second}) center->addObserver_selector_name_object(q.get(), "quit:"_sel, "quit"_zp, nullptr);
+    std::atomic<int> heard{0};
+    auto quit = [&](id) {
+        Unwound unwound;
+        ZPAutoreleasePoolScope pool;
+        leave(Doer::with());
+        ++heard;
+        exitThread();
+    };
+    ZPRef<Doer> quitters[] = {Doer::with(quit), Doer::with(quit)},
+                worker = Doer::with([](id) {
+                    Unwound unwound;
+                    ZPAutoreleasePoolScope pool;
+                    leave(leaving());
+                    ZPAutoreleasePoolScope inner;
+                    leave(Doer::with());
+                    ZPNotificationCenter::defaultCenter()->postNotificationName_object("quit"_zp,
+                                                                                       ZPThread::currentThread());
+                    ADD_FAILURE() << "back from exit";
+                });
+    for (auto &quitter : quitters) observe(quitter, "quit"_zp);
     unwound = 0;
     constexpr int threads = 4;
-    for (int i = 0; i < threads; ++i)
-        ZPThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, first.get(), nullptr);
-    waitUntil([&] { return !living && unwound == 2 * threads && first->retainCount() == 1; });
-    for (auto &q : {first, second}) center->removeObserver(q.get());
+    for (int i = 0; i < threads; ++i) detach(worker, nullptr);
+    waitUntil([&] { return Doer::live == 3 && unwound == 2 * threads && worker->retainCount() == 1; });
+    for (auto &quitter : quitters) ZPNotificationCenter::defaultCenter()->removeObserver(quitter.get());
     EXPECT_EQ(unwound, 2 * threads);
-    EXPECT_EQ(living, 0);
-    EXPECT_EQ(second->_heard, 0);  // the delivery ended with its thread
-    EXPECT_EQ(first->retainCount(), 1u);
+    EXPECT_EQ(Doer::live, 3);
+    EXPECT_EQ(heard, threads) << "the delivery ended with its thread";
+    EXPECT_EQ(worker->retainCount(), 1u);
 }
 
 TEST(Thread, AKeptThreadObjectIsReleasedElsewhereWithoutHarm) {
-    ZPThread *kept = nullptr;
+    ZPRef<ZPThread> kept;
     std::thread([&] {
         ZPAutoreleasePoolScope inner;
-        kept = (ZPThread *)ZPThread::currentThread()->retain().pointer();
+        kept = ZPThread::currentThread();
     }).join();
-    ZPObject *mine = (ZPObject *)Held::new_()->autorelease().pointer();
-    kept->release();
-    EXPECT_EQ(living, 1) << "the pools of this thread are its own";
-    EXPECT_EQ(mine->retainCount(), 1u);
+    leave(Doer::with());
+    kept = nullptr;
+    EXPECT_EQ(Doer::live, 1) << "the pools of this thread are its own";
 }
 
 TEST(Thread, TheStepToManyThreadsComesOnce) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    EXPECT_EXIT(
-        {
-            ZPAutoreleasePoolScope pool;
-            ZPRef<Worker> worker = ZPAdopt(Worker::new_());
-            worker->_ended = (ZPConditionLock *)ZPConditionLock::new_();
-            ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
-            center->addObserver_selector_name_object(worker.get(), "becoming:"_sel,
-                                                     ZPWillBecomeMultiThreadedNotification, nullptr);
-            center->addObserver_selector_name_object(worker.get(), "willExit:"_sel, ZPThreadWillExitNotification,
-                                                     nullptr);
-            BOOL before = ZPThread::isMultiThreaded();
-            BOOL locked = center->_lock != nullptr;
-            for (int i = 0; i < 3; ++i) {
-                ZPThread::detachNewThreadSelector_toTarget_withObject("self"_sel, "target"_zp, nullptr);
-                worker->_ended->lockWhenCondition(1);
-                worker->_ended->unlockWithCondition(0);
-            }
-            std::fprintf(stderr, "%d %d %d %d %d", before, locked, ZPThread::isMultiThreaded(),
-                         center->_lock != nullptr, worker->_heard);
-            _exit(0);
-        },
-        testing::ExitedWithCode(0), "0 0 1 1 1");
+    IN_A_PROCESS([] {
+        int heard = 0;
+        ZPRef<ZPConditionLock> ended = ZPAdopt(ZPConditionLock::new_());
+        ZPRef<Doer> becoming = Doer::with([&](id note) {
+            heard += note.unchecked<ZPNotification>()->object() || !ZPThread::isMultiThreaded() ? 100 : 1;
+        });
+        ZPRef<Doer> ending = Doer::with([&](id) {
+            ended->lock();
+            ended->unlockWithCondition(1);
+        });
+        observe(becoming, ZPWillBecomeMultiThreadedNotification);
+        observe(ending, ZPThreadWillExitNotification);
+        ZPNotificationCenter *center = ZPNotificationCenter::defaultCenter();
+        EXPECT_FALSE(ZPThread::isMultiThreaded() || center->_lock);
+        for (int i = 0; i < 3; ++i) {
+            ZPThread::detachNewThreadSelector_toTarget_withObject("self"_sel, "target"_zp, nullptr);
+            ended->lockWhenCondition(1);
+            ended->unlockWithCondition(0);
+        }
+        EXPECT_TRUE(ZPThread::isMultiThreaded() && center->_lock);
+        EXPECT_EQ(heard, 1);
+        center->removeObserver(ending.get());
+    });
 }

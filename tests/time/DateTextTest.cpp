@@ -39,7 +39,6 @@ TEST(DateText, EveryDirective) {
         {"", ""},
     };
     for (auto &[format, text] : cases) EXPECT_EQ(shown(format), text) << format;
-    EXPECT_EQ(shown("%99999999999999999999d").size(), 1000u);
     ZPCalendarDate *date = (ZPCalendarDate *)sample()->addTimeInterval(-15 * 3600);
     EXPECT_EQ(shown("%I %p", nullptr, date), "12 AM");
     date->setTimeZone(ZPTimeZone::timeZoneForSecondsFromGMT(-12600));
@@ -65,7 +64,6 @@ TEST(DateText, Locales) {
     std::string many;
     for (int i = 0; i < 1000; ++i) many += "%c";
     ZPDictionary *wide = ZPDictionary::dictionaryWithObject_forKey(zp(many), ZPTimeDateFormatString);
-    EXPECT_LT(shown("%c", wide).size(), 20000u);  // not a thousand times a thousand
     EXPECT_EQ(read("x", "%c", wide), "null");
     ZPDictionary *broken =
         "{ZPMonthNameArray = {a = b;}; ZPAMPMDesignation = x; ZPTimeDateFormatString = (1);}"_zp->propertyList();
