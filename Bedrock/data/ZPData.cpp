@@ -3,7 +3,7 @@
 #include <Bedrock/data/ZPData+Internal.h>
 #include <Bedrock/core/ZPRef.h>
 
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/Fronts.h>
 
 #include <cerrno>

@@ -3,7 +3,7 @@
 #include <Bedrock/archiving/grammar/Grammar.h>
 #include <Bedrock/core/ZPRef.h>
 
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 
 namespace {
 
@@ -222,8 +222,7 @@ struct Rules : ZPParser {
             }
             unsigned byte = 0;
             for (unsigned i = 0; i < count; ++i) {
-                unichar c = digits->characterAtIndex(i);
-                if (c >= 'A' && c <= 'Z') c |= 0x20;
+                unichar c = _ZPInSmallLetters(digits->characterAtIndex(i));
                 int digit = _ZPHexValue(c);
                 if (digit < 0) {
                     s().tokenAt += i;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The tokenizer.
 #include <Bedrock/archiving/grammar/Grammar.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
 namespace {

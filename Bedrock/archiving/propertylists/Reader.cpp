@@ -6,7 +6,7 @@
 #include <Bedrock/collections/ZPElements.h>
 #include <Bedrock/collections/ZPMakers.h>
 #include <Bedrock/data/ZPData.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/objects/Slabs.h>
 #include <Bedrock/strings/cluster/Keys.h>
 

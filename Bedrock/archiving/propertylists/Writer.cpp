@@ -7,7 +7,7 @@
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/data/ZPDataView.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
@@ -26,8 +26,7 @@ struct Classes {
     char escape[128];
     constexpr Classes() : of(), escape() {
         for (unsigned c = 0; c < 128; ++c) {
-            bool bare =
-                (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || _ZPIsDigit(c) || c == '_' || c == '$' || c == '.';
+            bool bare = _ZPIsLetter(c) || _ZPIsDigit(c) || c == '_' || c == '$' || c == '.';
             of[c] = bare ? Bare : c == '/' ? Slash : c >= 32 && c < 127 ? Quoted : Octal;
         }
         for (auto [c, e] : {std::pair('\n', 'n'),

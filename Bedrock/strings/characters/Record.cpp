@@ -2,7 +2,7 @@
 // Bitmaps, records and their dumps.
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/cluster/Cluster.h>

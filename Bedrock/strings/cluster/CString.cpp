@@ -3,7 +3,7 @@
 #include <Bedrock/strings/cluster/Cluster.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 
 namespace {
