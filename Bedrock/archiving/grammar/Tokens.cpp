@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The tokenizer.
+#include <Bedrock/archiving/grammar/Escapes.h>
 #include <Bedrock/archiving/grammar/Grammar.h>
 #include <Bedrock/platform/ASCII.h>
 #include <Bedrock/strings/cluster/Cluster.h>
@@ -68,26 +69,10 @@ struct Tokenizer : ZPParser {
 
     void escape() {
         unsigned c = s().read();
-        switch (c) {
-        case 0: return unterminated();
-        case 'U': {
-            unsigned value = 0;
-            for (int i = 0, digit; i < 4 && (digit = _ZPHexValue(s().peek())) >= 0; ++i) {
-                value = value << 4 | unsigned(digit);
-                s().read();
-            }
-            return s().store(value);
-        }
-        default:
-            if (unsigned control = _ZPControlOfEscape(c)) return s().store(control);
-            if (_ZPIsOctalDigit(c)) {
-                unsigned value = c - '0';
-                for (int i = 0; i < 2 && _ZPIsOctalDigit(s().peek()); ++i) value = value << 3 | (s().read() - '0');
-                return s().store(ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(value)));
-            }
-            if (c >= 0x80 && s().inputIsNarrow) return narrowCharacter(c);
-            return s().store(c);
-        }
+        if (!c) return unterminated();
+        bool isItself = !_ZPReadEscape(s(), c);
+        if (isItself && c >= 0x80 && s().inputIsNarrow) return narrowCharacter(c);
+        s().store(c);
     }
 
     unsigned digitsFrom(unsigned i) {
