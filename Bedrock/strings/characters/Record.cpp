@@ -94,10 +94,7 @@ void _ZPSetBits(unsigned char *bits, ZPString *string, bool value) {
 
 ZPSetBitmap::ZPSetBitmap(ZPCharacterSet *set) {
     bool inverted = false;
-    while (set && set->isa == ZPInvertedCharacterSet::class_()) {
-        set = static_cast<ZPInvertedCharacterSet *>(set)->realset;
-        inverted = !inverted;
-    }
+    set = _ZPBehindInversions(set, inverted);
     std::memset(bits, 0, sizeof bits);
     Class cls = set ? set->isa : nullptr;
     if (cls == ZPBuiltinCharacterSet::class_()) {
