@@ -3,6 +3,7 @@
 // a line for each element; when all of it fits in a line of 79 characters, the parts are put together again.
 #include <Bedrock/archiving/grammar/Grammar.h>
 #include <Bedrock/collections/ZPElements.h>
+#include <Bedrock/collections/ZPMergeSort.h>
 #include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
@@ -321,9 +322,6 @@ struct Writer {
     struct Entry {
         id key, value;
     };
-    static bool before(const Entry &a, const Entry &b) {
-        return static_cast<ZPString *>(a.key)->compare(static_cast<ZPString *>(b.key)) < 0;
-    }
     // Keys that are library strings in bytes below 128 compare as bytes do.
     static bool bytesBefore(const Entry &a, const Entry &b) {
         ZPStringView x = _ZPViewOfString(a.key), y = _ZPViewOfString(b.key);
@@ -348,19 +346,15 @@ struct Writer {
             return;
         }
         // Not with the standard sort: a comparison of the client's need not be an order.
-        unsigned count = unsigned(entries.size());
-        _ZPObjectBuffer buffer(3 * std::size_t(count));
-        for (unsigned i = 0; i < count; ++i) buffer.items[i] = id(reinterpret_cast<objc_object *>(&entries[i]));
-        id *sorted = _ZPMergeSort(
-            count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count),
-            [](id a, id b, void *) -> int {
-                auto key = [](id e) { return reinterpret_cast<Entry *>(e.pointer())->key.unchecked<ZPString>(); };
-                return key(a)->compare(key(b));
+        std::size_t count = entries.size();
+        std::vector<Entry> room(2 * count);
+        Entry *sorted = _ZPMergeSorted(
+            unsigned(count), entries.data(), room.data(), room.data() + count,
+            [](const Entry &a, const Entry &b) -> int {
+                return a.key.unchecked<ZPString>()->compare(b.key.unchecked<ZPString>());
             },
-            nullptr, count > 63);
-        std::vector<Entry> result;
-        for (unsigned i = 0; i < count; ++i) result.push_back(*reinterpret_cast<Entry *>(sorted[i].pointer()));
-        entries = std::move(result);
+            count > 63);
+        if (sorted != entries.data()) entries.assign(sorted, sorted + count);
     }
 
     void dictionary(ZPDictionary *dictionary, unsigned level) {
