@@ -50,21 +50,23 @@ struct Tokenizer : ZPParser {
 
     // A byte above 127: by the storage encoding, or the sequence of Japanese EUC that it begins.
     void narrowCharacter(unsigned byte) {
-        if (_ZPDefaultCStringEncoding() == ZPJapaneseEUCStringEncoding) {
-            unsigned size = byte == 0x8F ? 3 : 2, first = s().position - 1, count;
-            void *buffer = nullptr;
-            BOOL isASCII;
-            if (s().length - first >= size &&
-                _ZPConvertToASCIIorUnicode(s().narrowInput.data() + first, size, ZPJapaneseEUCStringEncoding, &buffer,
-                                           &count, &isASCII, nullptr)) {
-                for (unsigned i = 0; i < count; ++i)
-                    s().store(isASCII ? static_cast<unsigned char *>(buffer)[i] : static_cast<unichar *>(buffer)[i]);
-                if (buffer) ZPZoneFree(nullptr, buffer);
-                s().position = first + size;
-                return;
-            }
-        }
-        s().store(ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(byte)));
+        if (_ZPDefaultCStringEncoding() != ZPJapaneseEUCStringEncoding || !sequence(byte))
+            s().store(ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(byte)));
+    }
+    // Apart: few texts have one, and what it owns costs who reads tokens.
+    [[gnu::noinline]] bool sequence(unsigned byte) {
+        unsigned size = byte == 0x8F ? 3 : 2, first = s().position - 1, count;
+        _ZPBlock<void> decoded;
+        BOOL isASCII;
+        if (s().length - first < size ||
+            !_ZPConvertToASCIIorUnicode(s().narrowInput.data() + first, size, ZPJapaneseEUCStringEncoding,
+                                        decoded.place(), &count, &isASCII, nullptr))
+            return false;
+        for (unsigned i = 0; i < count; ++i)
+            s().store(isASCII ? static_cast<unsigned char *>(decoded.get())[i]
+                              : static_cast<unichar *>(decoded.get())[i]);
+        s().position = first + size;
+        return true;
     }
 
     void escape() {
@@ -290,15 +292,14 @@ static unsigned wholeHash(ZPHashTable *, const void *item) {
 }
 
 ZPString *_ZPParserState::intern(ZPString *owned) {
+    ZPRef<ZPString> own = ZPAdopt(owned);
     if (!strings) {
         ZPHashCallBacks callBacks = ZPNonRetainedObjectHashCallBacks;
         callBacks.hash = wholeHash;
         strings = ZPCreateHashTableWithZone(callBacks, 6, zone);
     }
-    void *known = ZPHashInsertIfAbsent(strings, owned);
-    if (!known) return owned;
-    owned->release();
-    return static_cast<ZPString *>(known);
+    void *known = ZPHashInsertIfAbsent(strings, own.get());
+    return known ? static_cast<ZPString *>(known) : own.detach();
 }
 
 ZPString *_ZPParserState::tokenString() {

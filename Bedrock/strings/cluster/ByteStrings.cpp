@@ -194,11 +194,10 @@ ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) 
 }
 
 ZPString *_ZPNewStringAdoptingBytes(char *bytes, unsigned length, BOOL freeWhenDone, ZPZone *zone) {
-    if (length == 0) {
-        if (freeWhenDone && bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
-        return ""_zp;
-    }
+    ZPGivenBlock given(bytes, freeWhenDone);
+    if (length == 0) return ""_zp;
     ZPCString *s = ZPAllocateObject(ZPCString::class_(), 0, zone);
+    (void)given.take();
     s->bytes = bytes;
     s->numBytes = length;
     s->_flags.freeWhenDone = freeWhenDone != NO;
