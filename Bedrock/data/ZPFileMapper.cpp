@@ -65,7 +65,7 @@ struct FileMapperMethods : ZPFileMapper {
     }
     static ZPFileMapper *emptyFileMapperWithLength(Class, unsigned length) {
         ZPFileMapper *mapper = ZPFileMapper::alloc()->initWithNativeFileHandle_length_releaseHandle(-1, length, NO);
-        return mapper ? static_cast<ZPFileMapper *>(mapper->autorelease()) : nullptr;
+        return mapper ? mapper->autorelease().as<ZPFileMapper>() : nullptr;
     }
 };
 

@@ -163,7 +163,7 @@ struct CalendarMethods : ZPCalendarDate {
         if (mine == base || !std::isfinite(mine) || !std::isfinite(base)) return;
         int step = mine > base ? 1 : -1;
         ZPAutoreleasePoolScope pool;
-        auto *from = (ZPCalendarDate *)other;
+        auto *from = id(other).unchecked<ZPCalendarDate>();
         if (!other->isKindOfClass(ZPCalendarDate::class_())) {
             from = other->dateWithCalendarFormat_timeZone(nullptr, nullptr);
             from->setTimeZone(_timeZone);
@@ -200,7 +200,8 @@ struct CalendarMethods : ZPCalendarDate {
     }
 
     ZPDate *addTimeInterval(double interval) {
-        auto *sum = (ZPCalendarDate *)objc_super<ZPCalendarDate>(this).send<ZPDate *>("addTimeInterval:"_sel, interval);
+        auto *sum =
+            objc_super<ZPCalendarDate>(this).send<id>("addTimeInterval:"_sel, interval).unchecked<ZPCalendarDate>();
         sum->setTimeZone(_timeZone);
         sum->setCalendarFormat(_formatString);
         return sum;

@@ -256,8 +256,7 @@ struct Writer {
     }
     // An object that describes itself.
     void other(id object, unsigned level) {
-        if (object->isKindOfClass(ZPString::class_()))
-            text.put(static_cast<ZPString *>(object)->_stringRepresentation());
+        if (object->isKindOfClass(ZPString::class_())) text.put(object.as<ZPString>()->_stringRepresentation());
         else if (object->respondsToSelector("descriptionWithLocale:indent:"_sel))
             text.put(object.unchecked<_ZPLocalizable>()->descriptionWithLocale_indent(locale, level));
         else if (object->respondsToSelector("descriptionWithLocale:"_sel))
@@ -417,11 +416,10 @@ struct DictionaryWriting : ZPDictionary {
     ZPString *descriptionInStringsFileFormat() {
         Text text;
         _ZPForEachEntry(this, [&](id key, id value) {
-            text.put(static_cast<ZPString *>(key)->quotedStringRepresentation());
+            text.put(key.as<ZPString>()->quotedStringRepresentation());
             text.put(" = ");
-            text.put(value->isKindOfClass(ZPString::class_())
-                         ? static_cast<ZPString *>(value)->quotedStringRepresentation()
-                         : value->description());
+            text.put(value->isKindOfClass(ZPString::class_()) ? value.as<ZPString>()->quotedStringRepresentation()
+                                                              : value->description());
             text.put(";\n");
             return true;
         });
@@ -453,7 +451,7 @@ ZPString *_ZPIndentSpace(unsigned level) {
     return ZPMakeOnce(made[level], [&] {
         Text text;
         text.spaces(4 * std::size_t(level));
-        return static_cast<ZPString *>(text.string()->retain());
+        return text.string()->retain().as<ZPString>();
     });
 }
 

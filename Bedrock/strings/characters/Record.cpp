@@ -38,7 +38,7 @@ ZPCharacterSetRecord *newRecord(ZPZone *zone, std::size_t size) {
 
 ZPArray *arrayIn(ZPDictionary *dictionary, ZPString *key) {
     id value = dictionary->objectForKey(key);
-    return value && value->isKindOfClass(ZPArray::class_()) ? static_cast<ZPArray *>(value) : nullptr;
+    return value && value->isKindOfClass(ZPArray::class_()) ? value.as<ZPArray>() : nullptr;
 }
 
 unsigned numberOf(id value) {

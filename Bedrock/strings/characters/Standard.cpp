@@ -128,7 +128,7 @@ struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
     ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
     BOOL isEmpty() { return NO; }
     BOOL isEqual(id other) {
-        auto *set = static_cast<ZPBuiltinCharacterSet *>(other.pointer());
+        auto *set = other.unchecked<ZPBuiltinCharacterSet>();
         if (set && set->isa == isa && offset == set->offset) return YES;
         return objc_super<ZPBuiltinCharacterSet>(this).send<BOOL>("isEqual:"_sel, other);
     }

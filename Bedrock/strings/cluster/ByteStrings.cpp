@@ -181,8 +181,7 @@ constinit objc_literal8 ZPEmptyStringLiteral = {&ZPConstantStringRecord.cls, "",
 ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) {
     if (length == 0) return ""_zp;
     if (length > 0xFFFF)
-        return static_cast<ZPString *>(ZPAllocateObject(ZPCString::class_(), 0, zone))
-            ->initWithCString_length(bytes, length);
+        return ZPAllocateObject(ZPCString::class_(), 0, zone).as<ZPString>()->initWithCString_length(bytes, length);
     auto *s = static_cast<ZPInlineCString *>(_zoneAllocBare(ZPInlineCString::class_(), length + 1, zone));
     if (!s) [[unlikely]]
         _ZPRaiseOutOfMemory("a string");

@@ -162,7 +162,7 @@ struct CompareMethods : ZPString {
         if (other.pointer() == this) return YES;
         if (!other) return NO;
         if (other.pointer()->isa != isa && !other->isKindOfClass(ZPString::class_())) return NO;
-        return self()->isEqualToString(static_cast<ZPString *>(other.pointer()));
+        return self()->isEqualToString(other.unchecked<ZPString>());
     }
     BOOL isEqualToString(ZPString *other) { return _ZPEqualStrings(this, other); }
     unsigned hash() { return ZPHashString(this); }

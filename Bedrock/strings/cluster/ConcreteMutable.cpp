@@ -66,7 +66,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     ZPString *initWithString(ZPString *string) {
         _flags.capacity = 32;
         ZPRef<ZPString> own = ZPRef<ZPString>::adopt(this);  // copying may run anybody's code
-        takeContents(string ? static_cast<ZPString *>(string->copyWithZone(self()->zone())) : ""_zp);
+        takeContents(string ? string->copyWithZone(self()->zone()).as<ZPString>() : ""_zp);
         return own.detach();
     }
     ZPString *initWithBytes_length_encoding(const void *bytes, unsigned length, ZPStringEncoding encoding) {
@@ -161,7 +161,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     void replaceFrom(SEL selector, ZPRange range, ZPString *string) {
         unsigned length = count();
         if (range.location == 0 && range.length == length && !isMine()) {
-            takeContents(string ? static_cast<ZPString *>(string->copyWithZone(self()->zone())) : ""_zp);
+            takeContents(string ? string->copyWithZone(self()->zone()).as<ZPString>() : ""_zp);
             return;
         }
         _ZPCheckRange(this, selector, range, length);

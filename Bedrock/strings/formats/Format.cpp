@@ -293,14 +293,14 @@ struct Engine {
 
     unichar decimalSeparator() { return separator ? separator : separator = _ZPDecimalSeparator(locale); }
 
-    void describe(objc_object *object) {
+    void describe(id object) {
         if (!object) {
             text.append("*nil*", 5);
             return;
         }
-        ZPString *description = static_cast<ZPString *>(object);
-        if (!isPlainString(object->isa)) {
-            auto *other = static_cast<_ZPLocalizable *>(object);
+        auto *description = object.unchecked<ZPString>();
+        if (!isPlainString(description->isa)) {
+            auto *other = object.unchecked<_ZPLocalizable>();
             bool takesLocale = other->respondsToSelector("descriptionWithLocale:"_sel);
             description = takesLocale ? other->descriptionWithLocale(locale) : other->description();
         }
