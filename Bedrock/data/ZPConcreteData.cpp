@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The library's own immutable data: bytes that it owns, borrows or maps from a file.
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPRef.h>
 #include <Bedrock/data/ZPData+Internal.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Files mapped to memory.
 #include <Bedrock/data/ZPData+Internal.h>
 #include <Bedrock/platform/host/Files.h>
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What the host says of itself: process, user, locale, folders, resources; and what it is told.
 #include <Bedrock/platform/host/Host.h>
 #include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/ZPMessage.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Text to integers and floating numbers, for strings, scanners and dates.
 #include <Bedrock/strings/ZPNumberReader.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
