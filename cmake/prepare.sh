@@ -18,20 +18,28 @@ need() {
 }
 want() {
     for package; do
-        case $(dpkg-query -W -f '${Status}' "$package" 2>/dev/null) in *' installed') ;; *) lacks "$package" "$package" ;; esac
+        case $(dpkg-query -W -f '${Status}' "$package" 2>/dev/null) in
+            *' installed') ;;
+            *) lacks "$package" "$package" ;;
+        esac
     done
+}
+cannot() { # cannot WHY: ends with what is lacking
+    echo "$self: needs $lacking; $1" >&2
+    exit 1
 }
 install_missing() {
     [ -z "$missing" ] && return
-    command -v apt-get >/dev/null 2>&1 || { echo "$self: needs $lacking; there is no apt-get to install that with" >&2; exit 1; }
+    command -v apt-get >/dev/null 2>&1 || cannot "there is no apt-get to install that with"
     as_root=
     if [ "$(id -u)" != 0 ]; then
-        command -v sudo >/dev/null 2>&1 || { echo "$self: needs $lacking; only root can install that, and there is no sudo" >&2; exit 1; }
+        command -v sudo >/dev/null 2>&1 || cannot "only root can install that, and there is no sudo"
         as_root=sudo
     fi
     echo "installing:$missing"
     # What apt-get says goes into our line.
-    said=$( { $as_root apt-get update -qq && $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $missing; } 2>&1 >/dev/null) ||
-        { echo "$self: needs $lacking; installing failed: $(printf '%s\n' "$said" | grep '^E: ' | head -1)" >&2; exit 1; }
+    said=$( { $as_root apt-get update -qq &&
+        $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $missing; } 2>&1 >/dev/null) ||
+        cannot "installing failed: $(printf '%s\n' "$said" | grep '^E: ' | head -1)"
     missing= lacking=
 }

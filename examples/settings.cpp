@@ -17,8 +17,10 @@ struct Settings : ZPObject {
 
     Settings *initWithPath_defaults(ZPString *path, ZPDictionary *defaults) ZP_ASKS(path, defaults);
     ZPString *stringForKey(ZPString *key) ZP_ASKS(key);
-    int intForKey(ZPString *key) { return stringForKey(key)->intValue(); }
-    bool boolForKey(ZPString *key) { return stringForKey(key)->caseInsensitiveCompare("yes"_zp) == ZPOrderedSame; }
+    int intForKey(ZPString *key) { return self()->stringForKey(key)->intValue(); }
+    bool boolForKey(ZPString *key) {
+        return self()->stringForKey(key)->caseInsensitiveCompare("yes"_zp) == ZPOrderedSame;
+    }
     /// Posts SettingChanged, with old and new value, when the value is another. Null goes back to the default.
     void setString_forKey(ZPString *value, ZPString *key) ZP_TELLS(value, key);
     BOOL save() ZP_ASKS();
@@ -40,10 +42,10 @@ struct SettingsMethods : Settings {
         return value;
     }
     void setString_forKey(ZPString *value, ZPString *key) {
-        ZPRef<ZPString> old = Settings::stringForKey(key);
+        ZPRef<ZPString> old = self()->stringForKey(key);
         if (value) _values->setObject_forKey(value, key);
         else _values->removeObjectForKey(key);
-        ZPString *now = Settings::stringForKey(key);
+        ZPString *now = self()->stringForKey(key);
         if (old->isEqualToString(now)) return;
         ZPDictionary *change = ZPMakeDictionary({{"key"_zp, key}, {"old"_zp, old}, {"new"_zp, now}});
         ZPNotificationCenter::defaultCenter()->postNotificationName_object_userInfo(SettingChanged, this, change);

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
 # Pretty printers of Bedrock's objects for gdb; docs/debugging.md says what they show.
 #
-# Everything is read from the memory of the program, alive or a core file; nothing is called in it. Where a field lies is
-# asked of the debug information, and of FIELDS when there is none. Memory may hold anything: every count that comes from
-# it is bounded here, and whatever cannot be read is said in place of the value.
+# Everything is read from the memory of the program, alive or a core file; nothing is called in it. Where a field lies
+# is asked of the debug information, and of FIELDS when there is none. Memory may hold anything: every count that comes
+# from it is bounded here, and whatever cannot be read is said in place of the value.
 
 import datetime
 import re
@@ -21,8 +21,8 @@ MOST_DEPTH = 4
 MOST_SUPERCLASSES = 100
 CLASS_RECORD = 192  # bytes
 
-# Class or structure: its fields, each with its place in bytes and the format of its value (P pointer, I unsigned, i int,
-# d double, * not read as a value). tests/gdb holds them against the library's debug information.
+# Class or structure: its fields, each with its place in bytes and the format of its value (P pointer, I unsigned,
+# i int, d double, * not read as a value). tests/gdb holds them against the library's debug information.
 FIELDS = {
     "objc_class": {"superclass": (24, "P"), "info": (32, "I"), "name": (40, "P"), "instanceSize": (48, "I")},
     "objc_header": {"extraReferences": (0, "I")},
@@ -70,8 +70,8 @@ DATA_INLINE, DATA_OWNED, DATA_PAGES = 1, 2, 4
 SATURATED = 0xFFFFFFFF
 
 # The classes whose instances live as long as the process.
-UNCOUNTED = {"ZPConstantString", "_ZPConstantUnicodeString", "ZPPlaceholderString", "ZPBuiltinCharacterSet", "ZPDistantDate",
-             "ZPHostTimeZoneDetail", "ZPLocalTimeZone", "Protocol"}
+UNCOUNTED = {"ZPConstantString", "_ZPConstantUnicodeString", "ZPPlaceholderString", "ZPBuiltinCharacterSet",
+             "ZPDistantDate", "ZPHostTimeZoneDetail", "ZPLocalTimeZone", "Protocol"}
 
 # These part from the string that they belong to when they are retained, and count as all others do.
 COUNTED_AS_ALL = {"ZPCSubstring", "ZPUnicodeSubstring"}
@@ -85,7 +85,7 @@ class Broken(Exception):
     """What the memory holds is not what was looked for; the text says what is wrong."""
 
 
-# ---- where fields lie -------------------------------------------------------------------------------------------------
+# ---- where fields lie ------------------------------------------------------------------------------------------------
 
 def type_named(name):
     for full in (name, "(anonymous namespace)::" + name):
@@ -129,7 +129,7 @@ def place(structure, field):
     return places[key]
 
 
-# ---- memory -----------------------------------------------------------------------------------------------------------
+# ---- memory ----------------------------------------------------------------------------------------------------------
 
 def memory(address, size):
     if address <= 0 or address + size > 1 << 64:
@@ -165,7 +165,7 @@ def c_text(address, most):
     raise Broken("text without an end")
 
 
-# ---- classes and counts -----------------------------------------------------------------------------------------------
+# ---- classes and counts ----------------------------------------------------------------------------------------------
 
 class ClassRecord:
     def __init__(self, address):
@@ -197,7 +197,7 @@ class ClassRecord:
         return [record.name.lstrip("%") for record in self.lineage()]
 
     def type(self):
-        """The C++ type of the instances, by the symbol of the record, which names it in full, else by the class's name."""
+        """The C++ type of the instances by the record's symbol, which names it in full, else by the class's name."""
         try:
             symbol = re.match(r"(.*)::classRecord", gdb.execute("info symbol 0x%x" % self.address, to_string=True))
         except gdb.error:
@@ -264,7 +264,7 @@ def retain_count(address, cls, names):
     return "retain count " + ("saturated" if extra == SATURATED else str(extra + 1)) + note
 
 
-# ---- texts ------------------------------------------------------------------------------------------------------------
+# ---- texts -----------------------------------------------------------------------------------------------------------
 
 def host_charset():
     try:
@@ -357,14 +357,17 @@ def read_string(address, names, most, nested=False):
             return Text(data.decode("latin-1"), length, "8-bit over a caller's buffer")
         if name == "ZPPlaceholderString":
             return Text("", 0, "placeholder")
-        if name in ("ZPSimpleCString", "ZPCString", "ZPCSubstring", "ZPConstantString", "ZPCStringWithGap", "ZPSimpleString",
-                    "ZPUnicodeString", "ZPUnicodeSubstring", "_ZPConstantUnicodeString", "ZPUnicodeStringWithGap"):
-            base, pointer_name, length_name = ("ZPSimpleString", "characters", "numCharacters") if wide else ("ZPSimpleCString", "bytes", "numBytes")
+        if name in ("ZPSimpleCString", "ZPCString", "ZPCSubstring", "ZPConstantString", "ZPCStringWithGap",
+                    "ZPSimpleString", "ZPUnicodeString", "ZPUnicodeSubstring", "_ZPConstantUnicodeString",
+                    "ZPUnicodeStringWithGap"):
+            base, pointer_name, length_name = (("ZPSimpleString", "characters", "numCharacters") if wide else
+                                               ("ZPSimpleCString", "bytes", "numBytes"))
             pointer, length = field(address, base, pointer_name), field(address, base, length_name)
             form = "16-bit" if wide else "8-bit"
             if name.endswith("WithGap"):
                 begin, end = field(address, name, "gapBegin"), field(address, name, "gapEnd")
-                return Text(gap_run(pointer, length, begin, end, wide, most), length, form + " gap buffer" + (", gap of %d at %d" % (end - begin, begin) if end > begin else ""))
+                form += " gap buffer" + (", gap of %d at %d" % (end - begin, begin) if end > begin else "")
+                return Text(gap_run(pointer, length, begin, end, wide, most), length, form)
             if name.endswith("Substring"):
                 parent = field(address, name, "_referenceString")
                 form += " substring of 0x%x" % parent if parent else " substring"
@@ -374,7 +377,7 @@ def read_string(address, names, most, nested=False):
     return None
 
 
-# ---- other contents ---------------------------------------------------------------------------------------------------
+# ---- other contents --------------------------------------------------------------------------------------------------
 
 def entries(table, shape, most):
     """The words of up to `most` entries of a hash table and their number."""
@@ -405,10 +408,11 @@ def data_of(address, names, depth=0):
             flags, length = field(address, name, "_flags"), field(address, name, "_length")
             inline = name == "ZPConcreteData" and flags & DATA_INLINE
             start = address + place(name, "_bytes")[0] if inline else field(address, name, "_bytes")
-            form = "inline" if inline else "pages" if flags & DATA_PAGES else "mutable" if name == "ZPConcreteMutableData" else "block" if flags & DATA_OWNED else "borrowed"
+            form = ("inline" if inline else "pages" if flags & DATA_PAGES else
+                    "mutable" if name == "ZPConcreteMutableData" else "block" if flags & DATA_OWNED else "borrowed")
             return (memory(start, min(length, MOST_BYTES)) if length else b""), length, form
         if name == "ZPSubrangeData":
-            whole, location, length = field(address, name, "_data"), field(address, name, "_location"), field(address, name, "_length")
+            whole, location, length = (field(address, name, part) for part in ("_data", "_location", "_length"))
             form = "%d bytes from %d of 0x%x" % (length, location, whole)
             cls = class_of(whole).ancestors()
             start = None
@@ -425,10 +429,12 @@ def data_of(address, names, depth=0):
 
 def hexadecimal(data, length, most):
     text = data[:most].hex()
-    return "<" + " ".join(text[i:i + 8] for i in range(0, len(text), 8)) + ("..." if length > min(len(data), most) else "") + ">"
+    more = "..." if length > min(len(data), most) else ""
+    return "<" + " ".join(text[i:i + 8] for i in range(0, len(text), 8)) + more + ">"
 
 
-DATES = {"ZPConcreteDate": "_time", "ZPDistantDate": "_timeInterval", "ZPCalendarDate": "_timeIntervalSinceReferenceDate"}
+DATES = {"ZPConcreteDate": "_time", "ZPDistantDate": "_timeInterval",
+         "ZPCalendarDate": "_timeIntervalSinceReferenceDate"}
 
 
 def date_text(address, names):
@@ -453,14 +459,15 @@ def date_text(address, names):
 PARTS = {
     "ZPException": (("name", "_name"), ("reason", "_reason"), ("userInfo", "_userInfo")),
     "ZPConcreteNotification": (("name", "_name"), ("object", "_object"), ("userInfo", "_userInfo")),
-    "ZPConcreteTimeZone": (("name", "_timeZoneName"), ("abbreviation", "_abbreviation"), ("seconds", "_timeZoneSecondsFromGMT")),
+    "ZPConcreteTimeZone": (("name", "_timeZoneName"), ("abbreviation", "_abbreviation"),
+                           ("seconds", "_timeZoneSecondsFromGMT")),
 }
 
-TABLES = {"ZPConcreteDictionary": "ZPSimpleDictionary", "ZPConcreteMutableDictionary": "ZPSimpleDictionary", "ZPCountedSet": "ZPSimpleDictionary",
-          "ZPConcreteSet": "ZPSimpleSet", "ZPConcreteMutableSet": "ZPSimpleSet"}
+TABLES = {"ZPConcreteDictionary": "ZPSimpleDictionary", "ZPConcreteMutableDictionary": "ZPSimpleDictionary",
+          "ZPCountedSet": "ZPSimpleDictionary", "ZPConcreteSet": "ZPSimpleSet", "ZPConcreteMutableSet": "ZPSimpleSet"}
 
 
-# ---- objects ----------------------------------------------------------------------------------------------------------
+# ---- objects ---------------------------------------------------------------------------------------------------------
 
 class Reading:
     """One value being shown: how many elements may still be."""
@@ -523,7 +530,8 @@ class Description:
                 self.kind, self.total = "array", field(address, name, "_info") & COUNT_MASK
                 return
             if name in TABLES:
-                self.kind = "counted set" if name == "ZPCountedSet" else "dictionary" if TABLES[name] == "ZPSimpleDictionary" else "set"
+                self.kind = ("counted set" if name == "ZPCountedSet" else
+                             "dictionary" if TABLES[name] == "ZPSimpleDictionary" else "set")
                 self.found, self.total = entries(field(address, name, "_table"), TABLES[name], max(0, reading.left))
                 return
             if name in PARTS:
@@ -546,10 +554,12 @@ class Description:
             return "%s, %s <broken: %s>" % (where, self.count, self.problem)
         if self.kind == "string":
             s = self.string
-            return "%s (%s, %s, %d character%s, %s)" % (s.shown(self.most), where, s.form, s.length, "" if s.length == 1 else "s", self.count)
+            shown, plural = s.shown(self.most), "" if s.length == 1 else "s"
+            return "%s (%s, %s, %d character%s, %s)" % (shown, where, s.form, s.length, plural, self.count)
         if self.kind == "data":
             data, length, form = self.data
-            return "%s (%s, %s, %d byte%s, %s)" % (hexadecimal(data, length, MOST_BYTES), where, form, length, "" if length == 1 else "s", self.count)
+            shown, plural = hexadecimal(data, length, MOST_BYTES), "" if length == 1 else "s"
+            return "%s (%s, %s, %d byte%s, %s)" % (shown, where, form, length, plural, self.count)
         if self.kind == "date":
             return "%s (%s, %s)" % (self.date, where, self.count)
         if self.collection():
@@ -612,7 +622,7 @@ class Description:
         return "%s 0x%x" % (self.cls.name, self.address)
 
 
-# ---- printers ---------------------------------------------------------------------------------------------------------
+# ---- printers --------------------------------------------------------------------------------------------------------
 
 def own_fields(value, t):
     for f in t.fields():
@@ -720,7 +730,9 @@ class Printers(gdb.printing.PrettyPrinter):
             if target.name == "objc_selector":
                 address = int(value)
                 try:
-                    return PlainText("@selector(%s)" % c_text(address, 256).decode("ascii", "backslashreplace") if address else "null")
+                    if not address:
+                        return PlainText("null")
+                    return PlainText("@selector(%s)" % c_text(address, 256).decode("ascii", "backslashreplace"))
                 except Broken as problem:
                     return PlainText("0x%x <no selector here: %s>" % (address, problem))
             if not is_object_type(target):

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Strings from and to the standard library's, in UTF-8 and UTF-16.
 #include <Bedrock/bridge/ZPStringBridge.h>
 
 #include <Bedrock/core/ZPException.h>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Sorting: a stable merge sort over lists of references, and the array operations on it.
 #include <Bedrock/collections/ZPArray+Internal.h>
+#include <Bedrock/collections/ZPMergeSort.h>
 #include <Bedrock/core/ZPScope.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/data/ZPData.h>
@@ -8,57 +9,10 @@
 
 #include <cstring>
 
-static void move(id *to, const id *from, unsigned count) {
-    std::memcpy(static_cast<void *>(to), static_cast<const void *>(from), count * sizeof(id));
-}
-
-static id *put(id *to, id a, id b, id c) {
-    to[0] = a, to[1] = b, to[2] = c;
-    return to;
-}
-
 id *_ZPMergeSort(unsigned count, id *source, id *result, id *scratch, ZPSortFunction *compare, void *context,
                  BOOL checkPresorted) {
-    if (count < 2) return source;
-    if (count == 2) {
-        if (compare(source[0], source[1], context) <= 0) return source;
-        id first = source[0];
-        result[0] = source[1], result[1] = first;
-        return result;
-    }
-    if (count == 3) {
-        id x = source[0], y = source[1], z = source[2];
-        int r1 = compare(x, y, context), r2 = compare(y, z, context);
-        if (r1 <= 0 && r2 <= 0) return source;
-        if (r1 > 0 && r2 > 0) return put(result, z, y, x);
-        bool inOrder = compare(x, z, context) <= 0;
-        if (r1 <= 0) return inOrder ? put(result, x, z, y) : put(result, z, x, y);
-        return inOrder ? put(result, y, x, z) : put(result, y, z, x);
-    }
-    // The halves land in `source` or `scratch`; `result` serves them as scratch and then takes the merge.
-    unsigned half = count / 2, rest = count - half;
-    id *left = _ZPMergeSort(half, source, scratch, result, compare, context, checkPresorted);
-    id *right = _ZPMergeSort(rest, source + half, scratch + half, result + half, compare, context, checkPresorted);
-    id *leftEnd = left + half, *rightEnd = right + rest;
-    if (checkPresorted && compare(leftEnd[-1], right[0], context) <= 0) {
-        if (left == source && right == source + half) return source;
-        move(result, left, half);
-        move(result + half, right, rest);
-        return result;
-    }
-    id *to = result;
-    for (;;) {
-        if (compare(*left, *right, context) <= 0) {
-            *to++ = *left++;
-            if (left == leftEnd) break;
-        } else {
-            *to++ = *right++;
-            if (right == rightEnd) break;
-        }
-    }
-    if (left != leftEnd) move(to, left, unsigned(leftEnd - left));
-    else move(to, right, unsigned(rightEnd - right));
-    return result;
+    auto order = [=](id a, id b) { return compare(a, b, context); };
+    return _ZPMergeSorted(count, source, result, scratch, order, checkPresorted != NO);
 }
 
 namespace {
@@ -72,7 +26,7 @@ struct ZPArraySorting : ZPArray {
         id *items = _ZPConcreteItems(sorted, count);
         _ZPObjectBufferOf<2 * 128> room(2 * std::size_t(count));
         id *list = _ZPMergeSort(count, items, room.items, room.items + count, compare, context, count > 63);
-        if (list != items) move(items, list, count);
+        if (list != items) _ZPCopyList(items, list, count);
         return sorted;
     }
     ZPArray *sortedArrayUsingSelector(SEL selector) {
@@ -159,8 +113,8 @@ struct ZPMutableArraySorting : ZPMutableArray {
             if (now != count) return;
             // The references change hands: what lies there now is released instead.
             id *former = sorted.buffer.items + 2 * std::size_t(count);
-            move(former, items, count);
-            move(items, sorted.items, count);
+            _ZPCopyList(former, items, count);
+            _ZPCopyList(items, sorted.items, count);
             sorted.releaser.items = former;
             return;
         }

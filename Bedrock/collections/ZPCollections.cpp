@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What all collections share: lists of arguments being gathered, and the words of their exceptions.
 #include <Bedrock/collections/ZPCollections+Internal.h>
 #include <Bedrock/core/Memory.h>
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The library's own arrays: the elements lie behind an immutable one, and a mutable one grows by doubling.
 #include <Bedrock/collections/ZPArray+Internal.h>
 #include <Bedrock/platform/objects/Slabs.h>
 #include <Bedrock/core/Memory.h>

@@ -51,7 +51,7 @@ struct ZPDictionaryClassMethods {
     }
     struct New : _ZPNewInstance {
         ZPDictionary *dictionary;
-        explicit New(Class self) : New(static_cast<ZPDictionary *>(_ZPFront(self)->alloc())) {}
+        explicit New(Class self) : New(_ZPFront(self)->alloc().as<ZPDictionary>()) {}
         explicit New(ZPDictionary *d)
             : _ZPNewInstance(d, d->isa == ZPConcreteDictionary::class_() ||
                                     d->isa == ZPConcreteMutableDictionary::class_()),

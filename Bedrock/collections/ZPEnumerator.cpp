@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Enumerators: the front, and the one over a list of references.
 #include <Bedrock/collections/ZPArray+Internal.h>
 
 namespace {

@@ -23,7 +23,7 @@ struct ZPSetClassMethods {
     }
     struct New : _ZPNewInstance {
         ZPSet *set;
-        explicit New(Class self) : New(static_cast<ZPSet *>(_ZPFront(self)->alloc())) {}
+        explicit New(Class self) : New(_ZPFront(self)->alloc().as<ZPSet>()) {}
         explicit New(ZPSet *s)
             : _ZPNewInstance(s, s->isa == ZPConcreteSet::class_() || s->isa == ZPConcreteMutableSet::class_() ||
                                     s->isa == ZPCountedSet::class_()),

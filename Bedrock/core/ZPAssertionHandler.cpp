@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Assertions that fail: what is logged and raised.
 #include <Bedrock/core/ZPAssertionHandler.h>
 
 #include <Bedrock/core/ZPCore+Internal.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Names of classes, selectors and methods as strings and back, and the texts of abstract methods' exceptions.
 #include <Bedrock/core/ZPCore+Internal.h>
 #include <Bedrock/core/ZPScope.h>
 

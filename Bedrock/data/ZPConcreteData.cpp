@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The library's own immutable data: bytes that it owns, borrows or maps from a file.
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/core/ZPRef.h>
 #include <Bedrock/data/ZPData+Internal.h>
@@ -78,7 +79,7 @@ struct ConcreteDataMethods : ZPConcreteData {
         _ZPCheckInitialDataSize(this, "initWithFileMapper:length:"_sel, "length", length);
         void *view = mapper->newReadOnlyMappingOfLength(length);
         if (!view) return giveUp();
-        _mapper = static_cast<ZPFileMapper *>(mapper->retain());
+        _mapper = mapper->retain().as<ZPFileMapper>();
         return self()->initWithBytes_length_copy_freeWhenDone_bytesAreVM(view, length, NO, YES, YES);
     }
     ZPData *initWithContentsOfMappedFile(ZPString *path) {
@@ -117,8 +118,7 @@ ZP_IMPLEMENT_WITH(ZPConcreteData, ConcreteDataMethods, initWithBytes_length_copy
 
 ZPData *_ZPNewImmutableData(const void *bytes, unsigned length, ZPZone *zone) {
     if (length == 0 || length >= ZPPageSize())
-        return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))
-            ->initWithBytes_length(bytes, length);
+        return ZPAllocateObject(ZPConcreteData::class_(), 0, zone).as<ZPData>()->initWithBytes_length(bytes, length);
     constexpr unsigned field = sizeof(void *);
     ZPConcreteData *data = ZPAllocateObject(ZPConcreteData::class_(), length > field ? length - field : 0, zone);
     data->_flags = _ZPDataInline;
@@ -128,6 +128,7 @@ ZPData *_ZPNewImmutableData(const void *bytes, unsigned length, ZPZone *zone) {
 }
 
 ZPData *_ZPNewImmutableDataNoCopy(void *bytes, unsigned length, ZPZone *zone) {
-    return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))
+    return ZPAllocateObject(ZPConcreteData::class_(), 0, zone)
+        .as<ZPData>()
         ->initWithBytes_length_copy_freeWhenDone_bytesAreVM(bytes, length, NO, YES, NO);
 }

@@ -122,9 +122,8 @@ struct BitVectorMethods : ZPData {
             i += run;
         }
         if (count == 0)
-            return length == v.length
-                       ? this
-                       : static_cast<ZPData *>(_ZPNewImmutableData(v.bytes, length, nullptr)->autorelease());
+            return length == v.length ? this
+                                      : _ZPNewImmutableData(v.bytes, length, nullptr)->autorelease().as<ZPData>();
 
         Block block(length - removed + 3 * count + 2);
         unsigned char *out = block, *table = block + (length - removed);

@@ -3,7 +3,7 @@
 #include <Bedrock/data/ZPData+Internal.h>
 #include <Bedrock/core/ZPRef.h>
 
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/Fronts.h>
 
 #include <cerrno>
@@ -78,8 +78,7 @@ struct DataMethods : ZPData {
             auto part = ZPAdopt<ZPSubrangeData>(ZPAllocateObject(ZPSubrangeData::class_(), 0, zone));
             // A part of a part looks at the whole, so that parts of parts of parts do not make a chain.
             auto *outer = isa == ZPSubrangeData::class_() ? id(this).unchecked<ZPSubrangeData>() : nullptr;
-            part->_data = outer ? static_cast<ZPData *>(outer->_data->retain())
-                                : static_cast<ZPData *>(self()->copyWithZone(nullptr));
+            part->_data = outer ? outer->_data->retain().as<ZPData>() : self()->copyWithZone(nullptr).as<ZPData>();
             part->_location = range.location + (outer ? outer->_location : 0);
             part->_length = range.length;
             return std::move(part).autoreleased();
@@ -130,10 +129,10 @@ struct DataMethods : ZPData {
     ZPFileMapper *fileMapper() { return nullptr; }
 
     id copyWithZone(ZPZone *zone) {
-        return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteData::class_(), 0, zone))->initWithData(this);
+        return ZPAllocateObject(ZPConcreteData::class_(), 0, zone).as<ZPData>()->initWithData(this);
     }
     id mutableCopyWithZone(ZPZone *zone) {
-        return static_cast<ZPData *>(ZPAllocateObject(ZPConcreteMutableData::class_(), 0, zone))->initWithData(this);
+        return ZPAllocateObject(ZPConcreteMutableData::class_(), 0, zone).as<ZPData>()->initWithData(this);
     }
     Class classForCoder() { return ZPData::class_(); }
     id replacementObjectForPortCoder(id) { return this; }
@@ -147,7 +146,7 @@ struct DataMethods : ZPData {
 
 struct DataClassMethods {
     static ZPData *made(Class self) { return ZPData::allocFrom(self); }
-    static ZPData *autoreleased(ZPData *data) { return data ? static_cast<ZPData *>(data->autorelease()) : nullptr; }
+    static ZPData *autoreleased(ZPData *data) { return data ? data->autorelease().as<ZPData>() : nullptr; }
 
     static id allocWithZone(Class self, ZPZone *zone) {
         return ZPAllocateObject(self == ZPData::class_() ? ZPConcreteData::class_() : self, 0, zone);
@@ -183,7 +182,7 @@ struct SubrangeMethods : ZPSubrangeData {
         if (outside) self()->autorelease();
         if (range.length == 0 && outside) _ZPRaiseDataLocation(this, selector, range.location, length);
         if (outside) _ZPRaiseDataRange(this, selector, range, length);
-        _data = static_cast<ZPData *>(id(data)->copyWithZone(nullptr));
+        _data = id(data)->copyWithZone(nullptr).as<ZPData>();
         _location = range.location;
         _length = range.length;
         return this;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Files mapped to memory.
 #include <Bedrock/data/ZPData+Internal.h>
 #include <Bedrock/platform/host/Files.h>
 
@@ -65,7 +66,7 @@ struct FileMapperMethods : ZPFileMapper {
     }
     static ZPFileMapper *emptyFileMapperWithLength(Class, unsigned length) {
         ZPFileMapper *mapper = ZPFileMapper::alloc()->initWithNativeFileHandle_length_releaseHandle(-1, length, NO);
-        return mapper ? static_cast<ZPFileMapper *>(mapper->autorelease()) : nullptr;
+        return mapper ? mapper->autorelease().as<ZPFileMapper>() : nullptr;
     }
 };
 

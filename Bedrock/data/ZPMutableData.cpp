@@ -171,7 +171,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
             self()->release();
             return nullptr;
         }
-        _mapper = static_cast<ZPFileMapper *>(mapper->retain());
+        _mapper = mapper->retain().as<ZPFileMapper>();
         _bytes = view;
         _length = length;
         _capacity = ZPRoundUpToMultipleOfPageSize(length);
@@ -204,7 +204,7 @@ struct ConcreteMutableData : ZPConcreteMutableData {
         }
         if (mapper && length) {
             if (void *view = mapper->newCopyOnWriteMappingOfLength(length)) {
-                _mapper = static_cast<ZPFileMapper *>(mapper->retain());
+                _mapper = mapper->retain().as<ZPFileMapper>();
                 _bytes = view;
                 _length = length;
                 _capacity = ZPRoundUpToMultipleOfPageSize(length);

@@ -53,7 +53,8 @@ def read(path):
             category[c] = field[2]
             decomposable[c] = hangul or bool(field[5]) and not field[5].startswith("<")
         # Below U+0100 the library knows upper and lower case itself, and below U+0080 title case.
-        for mapping, text, least in ((lower, field[13], 0x100), (upper, field[12], 0x100), (title, field[14] or field[12], 0x80)):
+        for mapping, text, least in ((lower, field[13], 0x100), (upper, field[12], 0x100),
+                                     (title, field[14] or field[12], 0x80)):
             if text and code >= least and int(text, 16) < UNITS and int(text, 16) != code:
                 mapping[code] = int(text, 16)
     return category, decomposable, lower, upper, title
@@ -61,7 +62,8 @@ def read(path):
 
 def members(low, categories, category, decomposable):
     wanted = set(categories.split())
-    found = {u for u in range(0x100, UNITS - 1) if (decomposable[u] if "decomposable" in wanted else category[u] in wanted)}
+    found = {u for u in range(0x100, UNITS - 1)
+             if (decomposable[u] if "decomposable" in wanted else category[u] in wanted)}
     for piece in low.split():
         first, _, last = piece.partition("-")
         found.update(range(int(first, 16), int(last or first, 16) + 1))
@@ -99,7 +101,8 @@ def auxiliary(sets):
     """The lists in one file, by name; the shortest as plain characters."""
     entries = ""
     for name, units in sets.items():
-        text = f"{{ characters = ( {', '.join(map(str, sorted(units)))} ); }}" if len(units) <= 64 else record(units).rstrip()
+        few = len(units) <= 64
+        text = f"{{ characters = ( {', '.join(map(str, sorted(units)))} ); }}" if few else record(units).rstrip()
         entries += f"{name} = {text};\n"
     return f"{{\n{entries}}}\n"
 
@@ -120,7 +123,8 @@ def files(source):
         else:
             made[name + ".bitmap"] = bitmap(units)
     made["SystemCharacterSetAux.dict"] = auxiliary(lists).encode()
-    made["CaseMapping-L.data"] = struct.pack("<4H", 1, len(lower), len(upper), len(title)) + table(lower) + table(upper) + table(title)
+    head = struct.pack("<4H", 1, len(lower), len(upper), len(title))
+    made["CaseMapping-L.data"] = head + table(lower) + table(upper) + table(title)
     for name, mapping in (("Lowercase", lower), ("Uppercase", upper), ("Titlecase", title)):
         made[f"hasNonSelf{name}Mapping.bitmap"] = bitmap(mapping)
     return made
@@ -134,7 +138,8 @@ def main(arguments):
         sys.exit(f"make_character_sets.py: needs {source}" + ("" if paths else " (package unicode-data)"))
     made = files(source)
     if check:
-        wrong = [name for name, text in made.items() if not (FOLDER / name).is_file() or (FOLDER / name).read_bytes() != text]
+        wrong = [name for name, text in made.items()
+                 if not (FOLDER / name).is_file() or (FOLDER / name).read_bytes() != text]
         if PACKAGE not in (DATA / "SOURCES").read_text():
             wrong.append("SOURCES")
         sys.exit(f"these differ from what would be made: {' '.join(wrong)}" if wrong else 0)

@@ -88,7 +88,8 @@ def decomposition_file(table):
 
 
 def main():
-    for needed, package in ((MAPS / "EUC-JP.gz", "locales"), (MAPS / "WINDOWS-31J.gz", "locales"), (UNICODE, "unicode-data")):
+    for needed, package in ((MAPS / "EUC-JP.gz", "locales"), (MAPS / "WINDOWS-31J.gz", "locales"),
+                            (UNICODE, "unicode-data")):
         if not needed.is_file():
             sys.exit(f"make_encoding_tables.py: needs {needed} (package {package})")
     to_unicode, to_euc = japanese()

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Notifications: the front, and the concrete class.
 #include <Bedrock/runloop/ZPNotification.h>
 
 #include <Bedrock/collections/ZPDictionary.h>

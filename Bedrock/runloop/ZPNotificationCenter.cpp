@@ -70,7 +70,7 @@ ZPLock *lockIn(ZPLock *&slot) {
     if (ZPLock *made = __atomic_load_n(&slot, __ATOMIC_ACQUIRE)) return made;
     ZPHolding hold(locksMutex);
     if (!slot) {
-        ZPRef<ZPLock> made = ZPAdopt((ZPLock *)ZPLock::new_());
+        ZPRef<ZPLock> made = ZPAdopt(ZPLock::new_());
         if (!locks) locks = new std::vector<ZPLock *>;
         if (&slot != &defaultCenterLock) locks->push_back(made.get());
         __atomic_store_n(&slot, made.detach(), __ATOMIC_RELEASE);
@@ -388,8 +388,7 @@ struct CenterMethods : ZPNotificationCenter {
         ZPRef<ZPNotificationCenter> center = ZPAdopt(made);
         if (!center) return nullptr;
         if (!isFront) {
-            if (!centersOfSubclasses)
-                centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
+            if (!centersOfSubclasses) centersOfSubclasses = ZPMutableDictionary::alloc()->initWithCapacity(2);
             centersOfSubclasses->setObject_forKey(center, id(self));
         }
         watchBundles(center);
@@ -424,8 +423,7 @@ struct CenterMethods : ZPNotificationCenter {
                     centersOfSubclasses->removeObjectForKey(id(cls));
                 }
                 if (center) {
-                    if (!centersOfSubclasses)
-                        centersOfSubclasses = (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(2);
+                    if (!centersOfSubclasses) centersOfSubclasses = ZPMutableDictionary::alloc()->initWithCapacity(2);
                     centersOfSubclasses->setObject_forKey(center, id(cls));
                 }
             }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Hash tables over the simple sets, with a client's functions for hash, equality and ownership.
 #include <Bedrock/tables/ZPHashTable.h>
 #include <Bedrock/core/Memory.h>
 #include <Bedrock/tables/ZPTables+Internal.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Map tables over the simple dictionaries, with a client's functions for keys and values.
 #include <Bedrock/tables/ZPMapTable.h>
 #include <Bedrock/core/Memory.h>
 #include <Bedrock/tables/ZPTables+Internal.h>

@@ -19,8 +19,7 @@ template <class T, class P> struct _ZPLockMethods : T {
         constexpr unsigned align = alignof(P);
         unsigned size = (self->instanceSize + align - 1) / align * align;
         id lock = ZPAllocateObject(self, size - self->instanceSize + sizeof(P), zone);
-        if (auto *object = static_cast<T *>(lock.pointer()))
-            object->_priv = new (reinterpret_cast<char *>(object) + size) P;
+        if (auto *object = lock.unchecked<T>()) object->_priv = new (reinterpret_cast<char *>(object) + size) P;
         return lock;
     }
     void dealloc() {

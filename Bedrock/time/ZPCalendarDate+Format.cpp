@@ -5,7 +5,7 @@
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/core/ZPLogTimeStamp.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/kernel/Kernel.h>
 #include <Bedrock/strings/ZPMutableString.h>
 #include <Bedrock/time/ZPLocale.h>
@@ -70,19 +70,17 @@ class Output {
             to[1] = unichar('0' + unsigned(value) % 10);
             return;
         }
-        unichar digits[24];
-        unsigned at = 24;
+        unichar digits[24], *end = std::end(digits);
         unsigned long long rest =
             value < 0 ? 0ull - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
-        do digits[--at] = unichar('0' + rest % 10);
-        while (rest /= 10);
+        const unichar *first = _ZPPutDigitsBefore<10>(end, rest, 1);
         bool isNegative = value < 0;
-        unsigned length = 24 - at + isNegative, filling = width > length ? width - length : 0;
+        unsigned length = unsigned(end - first) + isNegative, filling = width > length ? width - length : 0;
         unichar *to = extend(length + filling);
         if (isNegative && fill == '0') *to++ = '-';
         to = std::fill_n(to, filling, unichar(fill));
         if (isNegative && fill != '0') *to++ = '-';
-        std::copy(digits + at, digits + 24, to);
+        std::copy(first, static_cast<const unichar *>(end), to);
     }
     ZPString *string() { return ZPMutableString::stringWithCharacters_length(_units, _length); }
 };
@@ -115,11 +113,9 @@ struct Formatter {
             while (at < length && units[at] != '%') ++at;
             output.add(units + plain, at - plain);
             if (at++ >= length) return;
-            bool hasWidth = at < length && _ZPIsDigit(units[at]);
-            char fill = hasWidth && units[at] == '0' ? '0' : ' ';
+            char fill = at < length && units[at] == '0' ? '0' : ' ';
             unsigned width = 0;
-            for (; at < length && _ZPIsDigit(units[at]); ++at)
-                width = std::min(mostWidth, width * 10 + (units[at] - '0'));
+            bool hasWidth = _ZPReadNumber(units, at, length, mostWidth, width);
             if (at >= length) return;
             auto number = [&](long long value, unsigned ownWidth) {
                 output.addNumber(value, hasWidth ? width : ownWidth, hasWidth ? fill : '0');

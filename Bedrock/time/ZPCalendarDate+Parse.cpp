@@ -2,7 +2,7 @@
 // Text to dates.
 #include <Bedrock/time/ZPCalendarDate+Internal.h>
 
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 #include <Bedrock/platform/kernel/Kernel.h>
@@ -45,14 +45,7 @@ struct Text : _ZPUnitsOf {
         while (at < length && isSpace(units[at])) ++at;
         return at < length;
     }
-    bool digits(unsigned most, int &value) {
-        unsigned from = at;
-        int sum = 0;
-        for (; at < length && at - from < most && _ZPIsDigit(units[at]); ++at) sum = sum * 10 + (units[at] - '0');
-        if (at == from) return false;
-        value = sum;
-        return true;
-    }
+    bool digits(unsigned most, int &value) { return _ZPReadDigits(units, at, length, most, value); }
     bool number(int &value) {
         return _ZPScanIntFromString(string, ZPCharacterSet::whitespaceAndNewlineCharacterSet(), &value, &at);
     }
@@ -192,18 +185,12 @@ BOOL _ZPParseFixedDate(ZPString *string, double *time, int *offset) {
     if (!string) return NO;
     Text text(string);
     long long numbers[6], sign, hoursAndMinutes;
-    auto digits = [&](long long &value) {
-        unsigned from = text.at;
-        value = 0;
-        for (; text.at < text.length && _ZPIsDigit(text.units[text.at]); ++text.at)
-            value = std::min(value * 10 + (text.units[text.at] - '0'), 2147483647LL);
-        return text.at > from;
-    };
+    auto number = [&](long long &value) { return _ZPReadNumber(text.units, text.at, text.length, 2147483647, value); };
     for (long long &n : numbers)
-        if (!digits(n) || text.at++ >= text.length) return NO;
+        if (!number(n) || text.at++ >= text.length) return NO;
     if (text.at >= text.length || (text.units[text.at] != '+' && text.units[text.at] != '-')) return NO;
     sign = text.units[text.at++] == '-' ? -1 : 1;
-    if (!digits(hoursAndMinutes)) return NO;
+    if (!number(hoursAndMinutes)) return NO;
     long long distance = std::min((hoursAndMinutes % 100 + hoursAndMinutes / 100 * 60) * 60, 2147483647LL);
     *offset = int(sign * distance);
     double days =

@@ -163,7 +163,7 @@ struct CalendarMethods : ZPCalendarDate {
         if (mine == base || !std::isfinite(mine) || !std::isfinite(base)) return;
         int step = mine > base ? 1 : -1;
         ZPAutoreleasePoolScope pool;
-        auto *from = (ZPCalendarDate *)other;
+        auto *from = id(other).unchecked<ZPCalendarDate>();
         if (!other->isKindOfClass(ZPCalendarDate::class_())) {
             from = other->dateWithCalendarFormat_timeZone(nullptr, nullptr);
             from->setTimeZone(_timeZone);
@@ -200,7 +200,7 @@ struct CalendarMethods : ZPCalendarDate {
     }
 
     ZPDate *addTimeInterval(double interval) {
-        auto *sum = (ZPCalendarDate *)ZP_SUPER(ZPCalendarDate, addTimeInterval)(interval);
+        auto *sum = id(ZP_SUPER(ZPCalendarDate, addTimeInterval)(interval)).unchecked<ZPCalendarDate>();
         sum->setTimeZone(_timeZone);
         sum->setCalendarFormat(_formatString);
         return sum;

@@ -142,8 +142,8 @@ struct DateMethods : ZPDate {
     ZPDate *earlierDate(ZPDate *other) { return choose(other, self()->compare(other) < 0); }
     ZPDate *laterDate(ZPDate *other) { return choose(other, self()->compare(other) > 0); }
     id copyWithZone(ZPZone *zone) {
-        return ((ZPDate *)ZPConcreteDate::allocWithZone(zone))
-            ->initWithTimeIntervalSinceReferenceDate(self()->timeIntervalSinceReferenceDate());
+        ZPDate *copy = ZPConcreteDate::allocWithZone(zone);
+        return copy->initWithTimeIntervalSinceReferenceDate(self()->timeIntervalSinceReferenceDate());
     }
 
     void encodeWithCoder(ZPCoder *coder) {

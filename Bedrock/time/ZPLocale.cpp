@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The locale that stands for every other: English.
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/time/ZPLocale.h>
 

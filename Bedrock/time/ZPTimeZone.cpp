@@ -30,8 +30,7 @@ namespace {
 
 struct Caches {
     struct mutex mutex;
-    ZPMutableDictionary *byAbbreviation ZP_PT_GUARDED_BY(mutex) =
-        (ZPMutableDictionary *)ZPMutableDictionary::alloc()->initWithCapacity(16);
+    ZPMutableDictionary *byAbbreviation ZP_PT_GUARDED_BY(mutex) = ZPMutableDictionary::alloc()->initWithCapacity(16);
     std::unordered_map<int, ZPTimeZoneDetail *> fixed ZP_GUARDED_BY(mutex);  // by minutes, those west of GMT less one
     ZPTimeZoneDetail *standard = nullptr;  // the default zone, retained
     bool standardIsSet = false;  // by somebody; `standard` is read with the mutex then
@@ -112,8 +111,9 @@ ZPHostTimeZoneDetail *hostDetail(const ZPHostZoneKind *kind, BOOL isKept) {
     char zone[256];
     ZPString *shown = textOfHost(kind->abbreviation),
              *name = ZPHostZoneName(zone, sizeof zone) ? textOfHost(zone) : shown;
-    auto *detail = (ZPHostTimeZoneDetail *)ZPHostTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT(
-        name, shown, kind->offset);
+    auto *detail =
+        id(ZPHostTimeZoneDetail::alloc()->initWithName_abbreviation_secondsFromGMT(name, shown, kind->offset))
+            .unchecked<ZPHostTimeZoneDetail>();
     detail->_isDaylight = kind->isDaylight;
     __atomic_store_n(&hostDetails, new HostDetail{hostDetails, detail, isKept ? kind : nullptr, *kind},
                      __ATOMIC_RELEASE);

@@ -6,7 +6,7 @@ namespace {
 
 struct Calculator : ZPParser {
     ZP_CLASS(Calculator)
-    id word() { return ZPParser::parseUnquotedString(); }
+    id word() { return self()->parseUnquotedString(); }
 };
 ZP_IMPLEMENT(Calculator, word);
 

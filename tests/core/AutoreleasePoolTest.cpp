@@ -24,7 +24,7 @@ struct Mortal : ZPObject {
             _gives->addObject(given);
         }
         int raises = _raises;
-        objc_super<Mortal>(this).send("dealloc"_sel);
+        ZP_SUPER(Mortal, dealloc)();
         if (raises == 1) ZPException::raise_format(ZPGenericException, "no rest for %d"_zp, 7);
         if (raises == 2) _QLRaiseError(42, 1, 2);
     }

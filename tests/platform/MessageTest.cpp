@@ -24,7 +24,7 @@ struct Shape : ZPObject {
 
 struct ShapeMethods : Shape {
     int sides() { return _sides; }
-    int sidesPlus(int n) { return Shape::sides() + n; }
+    int sidesPlus(int n) { return self()->sides() + n; }
     void setSides(int n) { _sides = n; }
     Big bigWith_and_and(double a, Small s, float f) { return {a, double(s.a + s.b), f}; }
     Small small_and(signed char c, long long q) { return {c, int(q)}; }

@@ -11,7 +11,7 @@ struct PluggedIn : ZPObject {
 ZP_IMPLEMENT(PluggedIn, answer);
 
 struct Taught : ZPObject {
-    unsigned taughtByPlugin() { return retainCount(); }
+    unsigned taughtByPlugin() { return self()->retainCount(); }
 };
 ZP_CATEGORY(ZPObject, Taught, taughtByPlugin);
 

@@ -88,7 +88,7 @@ struct Doer : ZPObject {
     void dealloc() {
         if (_ends) _ends();
         --live;
-        objc_super<Doer>(this).send("dealloc"_sel);
+        ZP_SUPER(Doer, dealloc)();
     }
 };
 

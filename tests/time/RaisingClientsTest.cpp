@@ -14,7 +14,7 @@ struct RaisingText : ZPString {
     unichar characterAtIndex(unsigned index) { return unichar('a' + index); }
     id copyWithZone(ZPZone *) {
         if (!_copies) refuse();
-        return retain();
+        return self()->retain();
     }
     static RaisingText *make(BOOL copies) {
         RaisingText *made = alloc();
@@ -35,7 +35,7 @@ ZP_IMPLEMENT(RaisingScanner, string, charactersToBeSkipped);
 struct RaisingData : ZPData {
     ZP_CLASS(RaisingData)
     unsigned length() { refuse(); }
-    id copyWithZone(ZPZone *) { return retain(); }
+    id copyWithZone(ZPZone *) { return self()->retain(); }
 };
 ZP_IMPLEMENT(RaisingData, length, copyWithZone);
 

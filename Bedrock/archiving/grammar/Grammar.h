@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The room of the parser: tokens (Tokens.cpp), what it does with them (Parser.cpp), and rules by which it reads a text
 // (Rules.cpp); and what an error says to a person (Words.cpp). Programs see it as ZPParser.h, the room of property
-// lists also takes the limits here. Read this first, then Tokens.cpp.
+// lists also takes the limits here, and Escapes.h. Read this first, then Tokens.cpp.
 //
 // What a parser holds:
 //

@@ -82,7 +82,7 @@ struct ZPParserMethods : ZPParser {
         Set first, second;
         // The last first, so that a separator is tried before one that it begins with.
         for (unsigned i = count; i-- > 0;) {
-            const std::string &text = list.emplace_back(static_cast<ZPString *>(sorted->objectAtIndex(i))->cString());
+            const std::string &text = list.emplace_back(sorted->objectAtIndex(i).as<ZPString>()->cString());
             first.set(static_cast<unsigned char>(text[0]));
             second.set(static_cast<unsigned char>(text[1]));
         }

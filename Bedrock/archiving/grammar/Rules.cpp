@@ -3,7 +3,7 @@
 #include <Bedrock/archiving/grammar/Grammar.h>
 #include <Bedrock/core/ZPRef.h>
 
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 
 namespace {
 
@@ -15,12 +15,10 @@ struct NodeMethods : Node {
         ZP_SUPER(Node, dealloc)();
     }
     id copyWithZone(ZPZone *) { return self()->retain(); }
-    ZPString *joined(ZPString *separator) {
-        return static_cast<ZPArray *>(_argument)->componentsJoinedByString(separator);
-    }
+    ZPString *joined(ZPString *separator) { return _argument.as<ZPArray>()->componentsJoinedByString(separator); }
     ZPString *description() {
         switch (_kind) {
-        case Literal: return static_cast<ZPString *>(_argument)->quotedStringRepresentation();
+        case Literal: return _argument.as<ZPString>()->quotedStringRepresentation();
         case Sequence:
             return _resultIndex == _ZPAllResults
                        ? joined(" "_zp)
@@ -88,7 +86,7 @@ struct Rules : ZPParser {
 
     id evaluate(id element) {
         if (element->isKindOfClass(ZPString::class_())) return self()->parse(element);
-        auto *node = reinterpret_cast<Node *>(element.pointer());
+        auto *node = element.unchecked<Node>();
         switch (node->_kind) {
         case Node::Literal: return self()->parseTokenEqualTo_mask(node->_argument, 62);
         case Node::Sequence: return sequence(node);
@@ -222,8 +220,7 @@ struct Rules : ZPParser {
             }
             unsigned byte = 0;
             for (unsigned i = 0; i < count; ++i) {
-                unichar c = digits->characterAtIndex(i);
-                if (c >= 'A' && c <= 'Z') c |= 0x20;
+                unichar c = _ZPInSmallLetters(digits->characterAtIndex(i));
                 int digit = _ZPHexValue(c);
                 if (digit < 0) {
                     s().tokenAt += i;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The tokenizer.
+#include <Bedrock/archiving/grammar/Escapes.h>
 #include <Bedrock/archiving/grammar/Grammar.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
 namespace {
@@ -49,45 +50,31 @@ struct Tokenizer : ZPParser {
 
     // A byte above 127: by the storage encoding, or the sequence of Japanese EUC that it begins.
     void narrowCharacter(unsigned byte) {
-        if (_ZPDefaultCStringEncoding() == ZPJapaneseEUCStringEncoding) {
-            unsigned size = byte == 0x8F ? 3 : 2, first = s().position - 1, count;
-            void *buffer = nullptr;
-            BOOL isASCII;
-            if (s().length - first >= size &&
-                _ZPConvertToASCIIorUnicode(s().narrowInput.data() + first, size, ZPJapaneseEUCStringEncoding, &buffer,
-                                           &count, &isASCII, nullptr)) {
-                for (unsigned i = 0; i < count; ++i)
-                    s().store(isASCII ? static_cast<unsigned char *>(buffer)[i] : static_cast<unichar *>(buffer)[i]);
-                if (buffer) ZPZoneFree(nullptr, buffer);
-                s().position = first + size;
-                return;
-            }
-        }
-        s().store(ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(byte)));
+        if (_ZPDefaultCStringEncoding() != ZPJapaneseEUCStringEncoding || !sequence(byte))
+            s().store(ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(byte)));
+    }
+    // Apart: few texts have one, and what it owns costs who reads tokens.
+    [[gnu::noinline]] bool sequence(unsigned byte) {
+        unsigned size = byte == 0x8F ? 3 : 2, first = s().position - 1, count;
+        _ZPBlock<void> decoded;
+        BOOL isASCII;
+        if (s().length - first < size ||
+            !_ZPConvertToASCIIorUnicode(s().narrowInput.data() + first, size, ZPJapaneseEUCStringEncoding,
+                                        decoded.place(), &count, &isASCII, nullptr))
+            return false;
+        for (unsigned i = 0; i < count; ++i)
+            s().store(isASCII ? static_cast<unsigned char *>(decoded.get())[i]
+                              : static_cast<unichar *>(decoded.get())[i]);
+        s().position = first + size;
+        return true;
     }
 
     void escape() {
         unsigned c = s().read();
-        switch (c) {
-        case 0: return unterminated();
-        case 'U': {
-            unsigned value = 0;
-            for (int i = 0, digit; i < 4 && (digit = _ZPHexValue(s().peek())) >= 0; ++i) {
-                value = value << 4 | unsigned(digit);
-                s().read();
-            }
-            return s().store(value);
-        }
-        default:
-            if (unsigned control = _ZPControlOfEscape(c)) return s().store(control);
-            if (_ZPIsOctalDigit(c)) {
-                unsigned value = c - '0';
-                for (int i = 0; i < 2 && _ZPIsOctalDigit(s().peek()); ++i) value = value << 3 | (s().read() - '0');
-                return s().store(ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(value)));
-            }
-            if (c >= 0x80 && s().inputIsNarrow) return narrowCharacter(c);
-            return s().store(c);
-        }
+        if (!c) return unterminated();
+        bool isItself = !_ZPReadEscape(s(), c);
+        if (isItself && c >= 0x80 && s().inputIsNarrow) return narrowCharacter(c);
+        s().store(c);
     }
 
     unsigned digitsFrom(unsigned i) {
@@ -305,15 +292,14 @@ static unsigned wholeHash(ZPHashTable *, const void *item) {
 }
 
 ZPString *_ZPParserState::intern(ZPString *owned) {
+    ZPRef<ZPString> own = ZPAdopt(owned);
     if (!strings) {
         ZPHashCallBacks callBacks = ZPNonRetainedObjectHashCallBacks;
         callBacks.hash = wholeHash;
         strings = ZPCreateHashTableWithZone(callBacks, 6, zone);
     }
-    void *known = ZPHashInsertIfAbsent(strings, owned);
-    if (!known) return owned;
-    owned->release();
-    return static_cast<ZPString *>(known);
+    void *known = ZPHashInsertIfAbsent(strings, own.get());
+    return known ? static_cast<ZPString *>(known) : own.detach();
 }
 
 ZPString *_ZPParserState::tokenString() {

@@ -9,7 +9,7 @@ template <class T, class F> T *tree(const F &text) {
     try {
         ZPString *string = text();
         id tree = string ? string->propertyList() : id();
-        return tree && tree->isKindOfClass(T::class_()) ? static_cast<T *>(tree) : nullptr;
+        return tree && tree->isKindOfClass(T::class_()) ? tree.as<T>() : nullptr;
     } catch (ZPException *) {
         return nullptr;
     }
@@ -21,7 +21,7 @@ struct ArrayReading : ZPArray {
             ZPData *data = path ? ZPData::dataWithContentsOfFile(path) : nullptr;
             if (!data) return nullptr;
             ZPString *string = ZPString::alloc()->initWithData_encoding(data, ZPKESTRELStringEncoding);
-            return string ? static_cast<ZPString *>(string->autorelease()) : nullptr;
+            return string ? string->autorelease().as<ZPString>() : nullptr;
         });
         if (array) return self()->initWithArray_copyItems(array, NO);
         self()->release();

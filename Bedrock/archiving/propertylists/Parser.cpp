@@ -11,7 +11,7 @@ ZPDictionary *propertyListGrammar() {
     return ZPMakeOnce(grammar, [] {
         ZPString *text = "String = parseString; Array = parseArray; Dictionary = parseDictionary; Data = parseData; "
                          "xObject = Dictionary | Array | Data | String;"_zp;
-        return static_cast<ZPDictionary *>(ZPParser::parsedGrammarForString(text)->retain());
+        return ZPParser::parsedGrammarForString(text)->retain().as<ZPDictionary>();
     });
 }
 

@@ -3,10 +3,11 @@
 // very tree that the parser gives, equal strings being one object, or gives up on the first thing it does not
 // like; the parser then reads the text again and says what is wrong.
 #include <Bedrock/archiving/propertylists/Reader+Internal.h>
+#include <Bedrock/archiving/grammar/Escapes.h>
 #include <Bedrock/collections/ZPElements.h>
 #include <Bedrock/collections/ZPMakers.h>
 #include <Bedrock/data/ZPData.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/objects/Slabs.h>
 #include <Bedrock/strings/cluster/Keys.h>
 
@@ -15,15 +16,14 @@
 
 namespace {
 
-enum : unsigned char { Unquoted = 1, Blank = 2, Hex = 4, Plain = 8 };
+enum : unsigned char { Unquoted = 1, Blank = 2, Plain = 4 };
 struct Classes {
     unsigned char of[256];
     constexpr Classes() : of() {
         for (unsigned c = 0; c < 256; ++c) {
-            bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'), digit = _ZPIsDigit(c);
-            if (letter || digit || c == '_' || c == '$' || c == '/' || c == ':' || c == '.') of[c] |= Unquoted;
+            if (_ZPIsLetter(c) || _ZPIsDigit(c) || c == '_' || c == '$' || c == '/' || c == ':' || c == '.')
+                of[c] |= Unquoted;
             if ((c >= 9 && c <= 13) || c == ' ') of[c] |= Blank;
-            if (digit || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F')) of[c] |= Hex;
             if (c && c < 128 && c != '"' && c != '\\') of[c] |= Plain;  // as it is in quotes
         }
     }
@@ -316,32 +316,11 @@ template <class U> struct Reader {
     bool escaped(unsigned &c) {
         if (p == end) return false;
         c = *p++;
-        if (unsigned control = _ZPControlOfEscape(c)) {
-            c = control;
-            return true;
-        }
-        switch (c) {
-        case 'U':
-            c = 0;
-            for (int i = 0; i < 4 && p != end && is(*p, Hex); ++i) c = c << 4 | hexDigit(*p++);
-            break;
-        case '0':
-        case '1':
-        case '2':
-        case '3':
-        case '4':
-        case '5':
-        case '6':
-        case '7':
-            c -= '0';
-            for (int i = 0; i < 2 && p != end && _ZPIsOctalDigit(*p); ++i) c = c << 3 | unsigned(*p++ - '0');
-            c = ZPKESTRELToPrecompUnicode(static_cast<unsigned char>(c));
-            break;
-        default:
-            if constexpr (sizeof(U) == 1) c = _ZPUnitOfByte(static_cast<unsigned char>(c));
-        }
+        if (!_ZPReadEscape(*this, c) && sizeof(U) == 1) c = _ZPUnitOfByte(static_cast<unsigned char>(c));
         return true;
     }
+    unsigned peek() const { return p == end ? 0 : *p; }
+    unsigned read() { return *p++; }
 
     // What follows, with a reference that the caller owns; null for anything wrong.
     id value(unsigned level) {

@@ -3,11 +3,12 @@
 // a line for each element; when all of it fits in a line of 79 characters, the parts are put together again.
 #include <Bedrock/archiving/grammar/Grammar.h>
 #include <Bedrock/collections/ZPElements.h>
+#include <Bedrock/collections/ZPMergeSort.h>
 #include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/data/ZPDataView.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
@@ -26,8 +27,7 @@ struct Classes {
     char escape[128];
     constexpr Classes() : of(), escape() {
         for (unsigned c = 0; c < 128; ++c) {
-            bool bare =
-                (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || _ZPIsDigit(c) || c == '_' || c == '$' || c == '.';
+            bool bare = _ZPIsLetter(c) || _ZPIsDigit(c) || c == '_' || c == '$' || c == '.';
             of[c] = bare ? Bare : c == '/' ? Slash : c >= 32 && c < 127 ? Quoted : Octal;
         }
         for (auto [c, e] : {std::pair('\n', 'n'),
@@ -256,8 +256,7 @@ struct Writer {
     }
     // An object that describes itself.
     void other(id object, unsigned level) {
-        if (object->isKindOfClass(ZPString::class_()))
-            text.put(static_cast<ZPString *>(object)->_stringRepresentation());
+        if (object->isKindOfClass(ZPString::class_())) text.put(object.as<ZPString>()->_stringRepresentation());
         else if (object->respondsToSelector("descriptionWithLocale:indent:"_sel))
             text.put(object.unchecked<_ZPLocalizable>()->descriptionWithLocale_indent(locale, level));
         else if (object->respondsToSelector("descriptionWithLocale:"_sel))
@@ -322,9 +321,6 @@ struct Writer {
     struct Entry {
         id key, value;
     };
-    static bool before(const Entry &a, const Entry &b) {
-        return static_cast<ZPString *>(a.key)->compare(static_cast<ZPString *>(b.key)) < 0;
-    }
     // Keys that are library strings in bytes below 128 compare as bytes do.
     static bool bytesBefore(const Entry &a, const Entry &b) {
         ZPStringView x = _ZPViewOfString(a.key), y = _ZPViewOfString(b.key);
@@ -349,19 +345,15 @@ struct Writer {
             return;
         }
         // Not with the standard sort: a comparison of the client's need not be an order.
-        unsigned count = unsigned(entries.size());
-        _ZPObjectBuffer buffer(3 * std::size_t(count));
-        for (unsigned i = 0; i < count; ++i) buffer.items[i] = id(reinterpret_cast<objc_object *>(&entries[i]));
-        id *sorted = _ZPMergeSort(
-            count, buffer.items, buffer.items + count, buffer.items + 2 * std::size_t(count),
-            [](id a, id b, void *) -> int {
-                auto key = [](id e) { return reinterpret_cast<Entry *>(e.pointer())->key.unchecked<ZPString>(); };
-                return key(a)->compare(key(b));
+        std::size_t count = entries.size();
+        std::vector<Entry> room(2 * count);
+        Entry *sorted = _ZPMergeSorted(
+            unsigned(count), entries.data(), room.data(), room.data() + count,
+            [](const Entry &a, const Entry &b) -> int {
+                return a.key.unchecked<ZPString>()->compare(b.key.unchecked<ZPString>());
             },
-            nullptr, count > 63);
-        std::vector<Entry> result;
-        for (unsigned i = 0; i < count; ++i) result.push_back(*reinterpret_cast<Entry *>(sorted[i].pointer()));
-        entries = std::move(result);
+            count > 63);
+        if (sorted != entries.data()) entries.assign(sorted, sorted + count);
     }
 
     void dictionary(ZPDictionary *dictionary, unsigned level) {
@@ -424,11 +416,10 @@ struct DictionaryWriting : ZPDictionary {
     ZPString *descriptionInStringsFileFormat() {
         Text text;
         _ZPForEachEntry(this, [&](id key, id value) {
-            text.put(static_cast<ZPString *>(key)->quotedStringRepresentation());
+            text.put(key.as<ZPString>()->quotedStringRepresentation());
             text.put(" = ");
-            text.put(value->isKindOfClass(ZPString::class_())
-                         ? static_cast<ZPString *>(value)->quotedStringRepresentation()
-                         : value->description());
+            text.put(value->isKindOfClass(ZPString::class_()) ? value.as<ZPString>()->quotedStringRepresentation()
+                                                              : value->description());
             text.put(";\n");
             return true;
         });
@@ -460,7 +451,7 @@ ZPString *_ZPIndentSpace(unsigned level) {
     return ZPMakeOnce(made[level], [&] {
         Text text;
         text.spaces(4 * std::size_t(level));
-        return static_cast<ZPString *>(text.string()->retain());
+        return text.string()->retain().as<ZPString>();
     });
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The host's files: opening, reading and writing, names and directories, views of them in memory.
 #include <Bedrock/platform/host/Files.h>
 
 #include <cerrno>

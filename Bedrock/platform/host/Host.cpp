@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
+// What the host says of itself: process, user, locale, folders, resources; and what it is told.
 #include <Bedrock/platform/host/Host.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/ZPMessage.h>
 #include <Bedrock/platform/host/Files.h>
 #include <Bedrock/platform/ZPPath.h>
@@ -80,8 +82,7 @@ unsigned ZPHostCodePage() {
     // Letters and digits alone: the names are spelt in many ways.
     std::string name;
     for (char c : characterSetOfLocale())
-        if ((c >= '0' && c <= '9') || (c >= 'a' && c <= 'z')) name += c;
-        else if (c >= 'A' && c <= 'Z') name += static_cast<char>(c + 0x20);
+        if (_ZPIsDigit(c) || _ZPIsLetter(c)) name += _ZPInSmallLetters(c);
     for (const char *maker : {"microsoft", "windows", "cp"})
         if (name.compare(0, std::strlen(maker), maker) == 0) name.erase(0, std::strlen(maker));
     static const struct {
@@ -174,8 +175,7 @@ BOOL ZPHostUser(const char *name, ZPHostUserFact fact, char *buffer, std::size_t
     for (const char *p = entry.pw_gecos ? entry.pw_gecos : ""; *p && *p != ','; ++p) {
         if (*p != '&') full += *p;
         else if (*entry.pw_name) {
-            char first = entry.pw_name[0];
-            full += first >= 'a' && first <= 'z' ? static_cast<char>(first - 0x20) : first;
+            full += _ZPInCapitalLetters(entry.pw_name[0]);
             full += entry.pw_name + 1;
         }
     }

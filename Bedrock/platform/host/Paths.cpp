@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The one mapping between this system's paths and the host's.
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/ZPPath.h>
 
 #include <cstring>
@@ -6,7 +8,6 @@
 namespace {
 
 bool isSeparator(char c) { return c == '/' || c == '\\'; }
-bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
 // Writes prefix and path, every separator turned to `to`.
 BOOL write(const char *prefix, const char *path, char to, char *buffer, unsigned size) {
@@ -23,7 +24,7 @@ BOOL ZPHostPathFromPath(const char *path, char *buffer, unsigned size) {
     if (size) *buffer = 0;
     if (!path || !*path) return NO;
     if (path[0] == '\\' && path[1] == '\\') return NO;
-    if (!isLetter(path[0]) || path[1] != ':') return write("", path, '/', buffer, size);
+    if (!_ZPIsLetter(path[0]) || path[1] != ':') return write("", path, '/', buffer, size);
     if (path[0] != 'C' && path[0] != 'c') return NO;
     return write(path[2] ? "" : ".", path + 2, '/', buffer, size);
 }
@@ -31,6 +32,6 @@ BOOL ZPHostPathFromPath(const char *path, char *buffer, unsigned size) {
 BOOL ZPPathFromHostPath(const char *hostPath, char *buffer, unsigned size) {
     if (size) *buffer = 0;
     if (!hostPath || !*hostPath || std::strchr(hostPath, '\\')) return NO;
-    bool looksSpecial = hostPath[0] == '~' || (isLetter(hostPath[0]) && hostPath[1] == ':');
+    bool looksSpecial = hostPath[0] == '~' || (_ZPIsLetter(hostPath[0]) && hostPath[1] == ':');
     return write(hostPath[0] == '/' ? "C:" : looksSpecial ? ".\\" : "", hostPath, '\\', buffer, size);
 }

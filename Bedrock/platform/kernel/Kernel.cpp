@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Mutexes, conditions, threads, the clock, and what a thread leaves behind.
 #include <Bedrock/platform/kernel/Kernel.h>
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Class records: libraries, names, realizing, finding methods, classes made at run time, posing.
 #include <Bedrock/platform/host/Host.h>
-#include <Bedrock/platform/objects/Objects.h>
+#include <Bedrock/platform/objects/Objects+Internal.h>
 
 #include <cstdarg>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The slow sides of a send: method caches, `+initialize`, forwarding, frames, type checks.
 #include <Bedrock/platform/kernel/Fork.h>
-#include <Bedrock/platform/objects/Objects.h>
+#include <Bedrock/platform/objects/Objects+Internal.h>
 
 #include <cstdlib>
 #include <cstring>

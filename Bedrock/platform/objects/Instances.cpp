@@ -5,7 +5,7 @@
 // Each thread keeps a few freed heap blocks of each small size for its next instances; every such block
 // is a heap block of its own, so any of them may go back to the heap at any time.
 #include <Bedrock/platform/kernel/Kernel.h>
-#include <Bedrock/platform/objects/Objects.h>
+#include <Bedrock/platform/objects/Objects+Internal.h>
 #include <Bedrock/platform/objects/Slabs.h>
 #include <Bedrock/platform/ZPZone.h>
 

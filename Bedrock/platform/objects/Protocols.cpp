@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Protocol objects. Their class is a root of its own, below every class of the library.
-#include <Bedrock/platform/objects/Objects.h>
+#include <Bedrock/platform/objects/Objects+Internal.h>
 
 #include <string_view>
 #include <unordered_map>

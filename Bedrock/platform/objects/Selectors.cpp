@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The selector table: every selector's text is kept once, aligned to 32 bytes, so that selectors
 // registered one after another have neighbouring hashes.
-#include <Bedrock/platform/objects/Objects.h>
+#include <Bedrock/platform/objects/Objects+Internal.h>
 
 #include <cstdlib>
 

@@ -7,6 +7,7 @@
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/platform/host/Host.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/strings/characters/Case.h>
 #include <Bedrock/strings/characters/Characters.h>
 
@@ -23,14 +24,14 @@ struct Page {
 consteval Page lowerPage() {
     Page page;
     for (unsigned u = 0; u < 256; ++u)
-        if ((u >= 'A' && u <= 'Z') || (u >= 0xC0 && u <= 0xDE && u != 0xD7)) page.of[u] = 0x20;
+        if (_ZPIsCapitalLetter(u) || (u >= 0xC0 && u <= 0xDE && u != 0xD7)) page.of[u] = 0x20;
     return page;
 }
 
 consteval Page upperPage() {
     Page page;
     for (unsigned u = 0; u < 256; ++u)
-        if ((u >= 'a' && u <= 'z') || (u >= 0xE0 && u <= 0xFE && u != 0xF7)) page.of[u] = unichar(-0x20);
+        if (_ZPIsSmallLetter(u) || (u >= 0xE0 && u <= 0xFE && u != 0xF7)) page.of[u] = unichar(-0x20);
     page.of[0xFF] = 0x178 - 0xFF;
     return page;
 }

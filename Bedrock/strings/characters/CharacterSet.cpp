@@ -115,7 +115,7 @@ struct RangeCharacterSetMethods : ZPImmutableRangeCharacterSet {
     BOOL isEmpty() { return low == high; }
     unsigned count() { return high - low; }
     BOOL isEqual(id other) {
-        auto *set = static_cast<ZPImmutableRangeCharacterSet *>(other.pointer());
+        auto *set = other.unchecked<ZPImmutableRangeCharacterSet>();
         if (set && set->isa == isa)
             return (low == set->low && high == set->high) || (low == high && set->low == set->high);
         return ZP_SUPER(ZPImmutableRangeCharacterSet, isEqual)(other);
@@ -133,7 +133,7 @@ struct StringCharacterSetMethods : ZPImmutableStringCharacterSet {
     }
     ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
     BOOL isEqual(id other) {
-        auto *set = static_cast<ZPImmutableStringCharacterSet *>(other.pointer());
+        auto *set = other.unchecked<ZPImmutableStringCharacterSet>();
         if (set && set->isa == isa && set->numChars == numChars && std::equal(buffer, buffer + numChars, set->buffer))
             return YES;
         return ZP_SUPER(ZPImmutableStringCharacterSet, isEqual)(other);
@@ -159,7 +159,7 @@ struct InvertedCharacterSetMethods : ZPInvertedCharacterSet {
         return copy.detach();
     }
     BOOL isEqual(id other) {
-        auto *set = static_cast<ZPInvertedCharacterSet *>(other.pointer());
+        auto *set = other.unchecked<ZPInvertedCharacterSet>();
         if (set && set->isa == isa && realset == set->realset) return YES;
         return ZP_SUPER(ZPInvertedCharacterSet, isEqual)(other);
     }

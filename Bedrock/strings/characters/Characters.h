@@ -172,17 +172,21 @@ struct ZPSetBitmap {
 /// Logs that a class does not supply a method, and reports the selector as not recognised.
 [[noreturn]] void _ZPRefuse(ZPCharacterSet *set, SEL selector);
 
+/// The set that inverted sets lead to, null for none; turns `inverted` for each on the way.
+inline ZPCharacterSet *_ZPBehindInversions(ZPCharacterSet *set, bool &inverted) {
+    for (; set && set->isa == ZPInvertedCharacterSet::class_(); inverted = !inverted)
+        set = static_cast<ZPInvertedCharacterSet *>(set)->realset;
+    return set;
+}
+
 /// Asks a set many times: without a message where it is one of the library's own.
 struct ZPMembership {
     ZPCharacterSet *set;
     const unsigned char *bits = nullptr, *low = nullptr;
     bool inverted = false;
 
-    explicit ZPMembership(ZPCharacterSet *asked) : set(asked) {
-        while (set && set->isa == ZPInvertedCharacterSet::class_()) {
-            set = static_cast<ZPInvertedCharacterSet *>(set)->realset;
-            inverted = !inverted;
-        }
+    explicit ZPMembership(ZPCharacterSet *asked) {
+        set = _ZPBehindInversions(asked, inverted);
         if (!set) return;
         ZPCharacterSet *full = set;
         if (set->isa == ZPBuiltinCharacterSet::class_()) {

@@ -109,7 +109,10 @@ struct ConcreteCharacterSetMethods : ZPConcreteMutableCharacterSet {
         if (data) ownBits();
     }
     void freeBitsAndReleaseDataIfNecessary() { freeBits(); }
-    ZPString *dump() { return bits || !set ? _dumpBitmapRepresentation(bits) : _dumpSetRepresentation(set); }
+    ZPString *dump() {
+        return bits || !set ? ZPCharacterSet::_dumpBitmapRepresentation(bits)
+                            : ZPCharacterSet::_dumpSetRepresentation(set);
+    }
 
     // ---- changes ----
 

@@ -37,7 +37,7 @@ std::string fileName(ZPString *name) {
 }
 
 ZPDictionary *asDictionary(id object) {
-    return object && object->isKindOfClass(ZPDictionary::class_()) ? static_cast<ZPDictionary *>(object) : nullptr;
+    return object && object->isKindOfClass(ZPDictionary::class_()) ? object.as<ZPDictionary>() : nullptr;
 }
 
 ZPDictionary *readDictionary(const std::string &name) {
@@ -46,7 +46,7 @@ ZPDictionary *readDictionary(const std::string &name) {
     try {
         ZPString *text =
             ZPString::alloc()->initWithBytes_length_encoding(file.bytes, unsigned(file.length), ZPASCIIStringEncoding);
-        return text ? asDictionary(static_cast<ZPString *>(text->autorelease())->propertyList()) : nullptr;
+        return text ? asDictionary(text->autorelease().as<ZPString>()->propertyList()) : nullptr;
     } catch (ZPException *) {
         return nullptr;
     }
@@ -126,11 +126,11 @@ struct NamedSetMethods {
         bool anyAuxiliary = false;
         if (auto *set = named(name, false, &anyAuxiliary)) return set;
         // Not kept: anybody can ask for any name.
-        return anyAuxiliary ? static_cast<ZPConcreteMutableCharacterSet *>(newSet(nullptr)->autorelease()) : nullptr;
+        return anyAuxiliary ? newSet(nullptr)->autorelease().as<ZPConcreteMutableCharacterSet>() : nullptr;
     }
     static ZPConcreteMutableCharacterSet *_findDictOrBitmapSetNamed(Class, ZPString *name) {
         auto *set = name ? newFromResource(name) : nullptr;
-        return set ? static_cast<ZPConcreteMutableCharacterSet *>(set->autorelease()) : nullptr;
+        return set ? set->autorelease().as<ZPConcreteMutableCharacterSet>() : nullptr;
     }
     static ZPConcreteMutableCharacterSet *_readAndRetainFileNamed_makeCompact(Class, ZPString *name, BOOL compact) {
         return name ? _ZPNamedSet(name, compact) : nullptr;

@@ -2,7 +2,7 @@
 // Bitmaps, records and their dumps.
 #include <Bedrock/collections/ZPArray.h>
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/cluster/Cluster.h>
@@ -38,7 +38,7 @@ ZPCharacterSetRecord *newRecord(ZPZone *zone, std::size_t size) {
 
 ZPArray *arrayIn(ZPDictionary *dictionary, ZPString *key) {
     id value = dictionary->objectForKey(key);
-    return value && value->isKindOfClass(ZPArray::class_()) ? static_cast<ZPArray *>(value) : nullptr;
+    return value && value->isKindOfClass(ZPArray::class_()) ? value.as<ZPArray>() : nullptr;
 }
 
 unsigned numberOf(id value) {
@@ -94,10 +94,7 @@ void _ZPSetBits(unsigned char *bits, ZPString *string, bool value) {
 
 ZPSetBitmap::ZPSetBitmap(ZPCharacterSet *set) {
     bool inverted = false;
-    while (set && set->isa == ZPInvertedCharacterSet::class_()) {
-        set = static_cast<ZPInvertedCharacterSet *>(set)->realset;
-        inverted = !inverted;
-    }
+    set = _ZPBehindInversions(set, inverted);
     std::memset(bits, 0, sizeof bits);
     Class cls = set ? set->isa : nullptr;
     if (cls == ZPBuiltinCharacterSet::class_()) {

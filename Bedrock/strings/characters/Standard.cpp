@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The standard sets. Below U+0100 they answer from tables; the full sets are published once, with release order,
 // and read with acquire, so that any number of threads may be the first to ask.
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPLog.h>
 #include <Bedrock/data/ZPData.h>
@@ -128,7 +128,7 @@ struct BuiltinCharacterSetMethods : ZPBuiltinCharacterSet {
     ZPData *bitmapRepresentation() { return ZPSetBitmap(this).data(); }
     BOOL isEmpty() { return NO; }
     BOOL isEqual(id other) {
-        auto *set = static_cast<ZPBuiltinCharacterSet *>(other.pointer());
+        auto *set = other.unchecked<ZPBuiltinCharacterSet>();
         if (set && set->isa == isa && offset == set->offset) return YES;
         return ZP_SUPER(ZPBuiltinCharacterSet, isEqual)(other);
     }

@@ -173,8 +173,7 @@ constinit objc_literal8 ZPEmptyStringLiteral = {&ZPConstantStringRecord.cls, "",
 ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) {
     if (length == 0) return ""_zp;
     if (length > 0xFFFF)
-        return static_cast<ZPString *>(ZPAllocateObject(ZPCString::class_(), 0, zone))
-            ->initWithCString_length(bytes, length);
+        return ZPAllocateObject(ZPCString::class_(), 0, zone).as<ZPString>()->initWithCString_length(bytes, length);
     auto *s = static_cast<ZPInlineCString *>(_zoneAllocBare(ZPInlineCString::class_(), length + 1, zone));
     if (!s) [[unlikely]]
         _ZPRaiseOutOfMemory("a string");
@@ -186,11 +185,10 @@ ZPString *_ZPNewInlineCString(const char *bytes, unsigned length, ZPZone *zone) 
 }
 
 ZPString *_ZPNewStringAdoptingBytes(char *bytes, unsigned length, BOOL freeWhenDone, ZPZone *zone) {
-    if (length == 0) {
-        if (freeWhenDone && bytes) ZPZoneFree(ZPZoneFromPointer(bytes), bytes);
-        return ""_zp;
-    }
+    ZPGivenBlock given(bytes, freeWhenDone);
+    if (length == 0) return ""_zp;
     ZPCString *s = ZPAllocateObject(ZPCString::class_(), 0, zone);
+    (void)given.take();
     s->bytes = bytes;
     s->numBytes = length;
     s->_flags.freeWhenDone = freeWhenDone != NO;

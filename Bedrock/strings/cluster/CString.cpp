@@ -3,7 +3,7 @@
 #include <Bedrock/strings/cluster/Cluster.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/ZPAutoreleasePool.h>
 
 namespace {
@@ -28,11 +28,9 @@ thread_local _ZPAutoreleasedMallocMemory *current;
 struct ScratchMethods : _ZPAutoreleasedMallocMemory {
     static ScratchMethods *make(unsigned capacity) {
         ZPZoneBlock<char> block(capacity);
-        auto *object = static_cast<ScratchMethods *>(
-            ZPAllocateObject(_ZPAutoreleasedMallocMemory::class_(), 0, nullptr).pointer());
+        auto *object = ZPAllocateObject(_ZPAutoreleasedMallocMemory::class_(), 0, nullptr).unchecked<ScratchMethods>();
         object->_block = block.take();
-        ZPObject *released = object;
-        released->autorelease();
+        object->self()->autorelease();
         return object;
     }
     char *handOut(unsigned bytes) {

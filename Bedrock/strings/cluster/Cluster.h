@@ -313,6 +313,14 @@ template <class T> struct ZPZoneBlock : _ZPBlock<T> {
         : _ZPBlock<T>(_ZPAllocate<T>(count, zone, "a string"), zone) {}
 };
 
+struct _ZPFreesWhereItLies {
+    void operator()(void *memory) const { ZPZoneFree(ZPZoneFromPointer(memory), memory); }
+};
+/// A block that a string is given, its own with `freeWhenDone`: freed at the end unless taken out.
+template <class T> struct ZPGivenBlock : ZPScope<T, _ZPFreesWhereItLies> {
+    ZPGivenBlock(T *block, BOOL freeWhenDone) : ZPScope<T, _ZPFreesWhereItLies>(freeWhenDone ? block : nullptr) {}
+};
+
 /// A stack buffer that moves to the default zone when it is too small.
 template <class T, unsigned N> struct ZPStackBuffer {
     T local[N];

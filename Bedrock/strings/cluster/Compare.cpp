@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Hashing, ordering and equality, on runs where strings show them and on blocks of units where not.
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
 #include <bit>
@@ -27,8 +28,6 @@ template <class U> unsigned hashEnds(const U *first, const U *last, unsigned len
 
 // ---- ordering ----
 
-unichar upperASCII(unichar u) { return u >= 'a' && u <= 'z' ? unichar(u - 0x20) : u; }
-
 // The index of the first difference, or n: eight bytes at a time.
 template <class U> unsigned firstDifference(const U *a, const U *b, unsigned n) {
     constexpr unsigned step = 8 / sizeof(U);
@@ -55,8 +54,8 @@ ZPComparisonResult compareRuns(const U *a, const U *b, unsigned lengthA, unsigne
         if (i == shorter) break;
         unichar x = map(a[i]), y = map(b[i]);
         if (options & ZPCaseInsensitiveSearch) {
-            x = upperASCII(x);
-            y = upperASCII(y);
+            x = _ZPInCapitalLetters(x);
+            y = _ZPInCapitalLetters(y);
         }
         if (x != y) return x < y ? ZPOrderedAscending : ZPOrderedDescending;
     }
@@ -163,7 +162,7 @@ struct CompareMethods : ZPString {
         if (other.pointer() == this) return YES;
         if (!other) return NO;
         if (other.pointer()->isa != isa && !other->isKindOfClass(ZPString::class_())) return NO;
-        return self()->isEqualToString(static_cast<ZPString *>(other.pointer()));
+        return self()->isEqualToString(other.unchecked<ZPString>());
     }
     BOOL isEqualToString(ZPString *other) { return _ZPEqualStrings(this, other); }
     unsigned hash() { return ZPHashString(this); }

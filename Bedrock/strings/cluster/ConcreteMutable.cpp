@@ -66,7 +66,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     ZPString *initWithString(ZPString *string) {
         _flags.capacity = 32;
         ZPRef<ZPString> own = ZPRef<ZPString>::adopt(this);  // copying may run anybody's code
-        takeContents(string ? static_cast<ZPString *>(string->copyWithZone(self()->zone())) : ""_zp);
+        takeContents(string ? string->copyWithZone(self()->zone()).as<ZPString>() : ""_zp);
         return own.detach();
     }
     ZPString *initWithBytes_length_encoding(const void *bytes, unsigned length, ZPStringEncoding encoding) {
@@ -81,8 +81,10 @@ struct ConcreteMutable : ZPConcreteMutableString {
                        : initWithCharactersNoCopy_length_freeWhenDone(static_cast<unichar *>(buffer), n, YES);
     }
     template <class S> void adopt(typename S::Unit *buffer, unsigned length, BOOL freeWhenDone) {
+        ZPGivenBlock given(buffer, freeWhenDone);
         _flags.capacity = 32;
         S *s = _ZPNewStringWithGap<S>(32, self()->zone());
+        (void)given.take();
         _ZPBufferOf(s) = buffer;
         _ZPLengthOf(s) = s->gapBegin = s->gapEnd = length;
         s->_flags.freeWhenDone = freeWhenDone != NO;
@@ -98,7 +100,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     }
     ZPString *initWithCStringNoCopy_length_freeWhenDone(char *bytes, unsigned length, BOOL freeWhenDone) {
         if (_ZPFitsByteStorage(bytes, length)) return adoptBytes(bytes, length, freeWhenDone);
-        _ZPBlock given(freeWhenDone ? bytes : nullptr, freeWhenDone ? ZPZoneFromPointer(bytes) : nullptr);
+        ZPGivenBlock given(bytes, freeWhenDone);
         return self()->initWithBytes_length_encoding(bytes, length, _ZPDefaultCStringEncoding());
     }
     ZPString *initWithFormat_locale_arguments(ZPString *format, ZPDictionary *locale, std::va_list arguments) {
@@ -159,7 +161,7 @@ struct ConcreteMutable : ZPConcreteMutableString {
     void replaceFrom(SEL selector, ZPRange range, ZPString *string) {
         unsigned length = count();
         if (range.location == 0 && range.length == length && !isMine()) {
-            takeContents(string ? static_cast<ZPString *>(string->copyWithZone(self()->zone())) : ""_zp);
+            takeContents(string ? string->copyWithZone(self()->zone()).as<ZPString>() : ""_zp);
             return;
         }
         _ZPCheckRange(this, selector, range, length);

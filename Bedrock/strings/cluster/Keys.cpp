@@ -17,7 +17,7 @@ const _ZPKeyedHash::Key &_ZPKeyedHash::key() {
 
 unsigned _ZPKeyedHashOfObject(id object) {
     if (!object->isKindOfClass(ZPString::class_())) return object->hash();
-    return _ZPWithHeldUnits(static_cast<ZPString *>(object), [](auto &&units, unsigned length) {
+    return _ZPWithHeldUnits(object.as<ZPString>(), [](auto &&units, unsigned length) {
         _ZPKeyedHash hash;
         hash.begin(length);
         for (unsigned i = 0; i < length; i += 4) {

@@ -39,7 +39,7 @@ ZP_INLINE bool _ZPSameShortBytes(const char *a, const char *b, unsigned length) 
 /// What `hash` answers.
 ZP_INLINE unsigned _ZPHashOfObject(id object) {
     if (object.pointer()->isa == ZPInlineCString::class_()) {
-        auto *string = reinterpret_cast<ZPInlineCString *>(object.pointer());
+        auto *string = object.unchecked<ZPInlineCString>();
         unsigned hash, length = string->byteCount();
         if (_ZPHashShortBytes(string->contents(), length, hash)) [[likely]]
             return hash;

@@ -89,17 +89,16 @@ struct ZPPlaceholderStringMethods : ZPPlaceholderString {
 
     ZPString *converted(const void *bytes, unsigned length, ZPStringEncoding encoding) {
         if (length == 0) return ""_zp;
-        void *buffer = nullptr;
+        _ZPBlock<void> buffer(nullptr, zoneForString);
         unsigned count = 0;
         BOOL isASCII = NO;
-        if (!_ZPConvertToASCIIorUnicode(bytes, length, encoding, &buffer, &count, &isASCII, zoneForString))
+        if (!_ZPConvertToASCIIorUnicode(bytes, length, encoding, buffer.place(), &count, &isASCII, zoneForString))
             return nullptr;
-        if (!isASCII) return _ZPNewStringAdoptingUnits(static_cast<unichar *>(buffer), count, YES, zoneForString);
+        if (!isASCII)
+            return _ZPNewStringAdoptingUnits(static_cast<unichar *>(buffer.take()), count, YES, zoneForString);
         if (count >= _ZPShareThreshold)
-            return _ZPNewStringAdoptingBytes(static_cast<char *>(buffer), count, YES, zoneForString);
-        ZPString *result = _ZPNewInlineCString(static_cast<char *>(buffer), count, zoneForString);
-        if (buffer) ZPZoneFree(zoneForString, buffer);
-        return result;
+            return _ZPNewStringAdoptingBytes(static_cast<char *>(buffer.take()), count, YES, zoneForString);
+        return _ZPNewInlineCString(static_cast<char *>(buffer.get()), count, zoneForString);
     }
 };
 

@@ -103,11 +103,10 @@ ZP_IMPLEMENT_WITH(_ZPConstantUnicodeString, ConstantUnicodeStringMethods, static
                   dealloc);
 
 ZPString *_ZPNewStringAdoptingUnits(unichar *units, unsigned length, BOOL freeWhenDone, ZPZone *zone) {
-    if (length == 0) {
-        if (freeWhenDone && units) ZPZoneFree(ZPZoneFromPointer(units), units);
-        return ""_zp;
-    }
+    ZPGivenBlock given(units, freeWhenDone);
+    if (length == 0) return ""_zp;
     ZPUnicodeString *s = ZPAllocateObject(ZPUnicodeString::class_(), 0, zone);
+    (void)given.take();
     s->characters = units;
     s->numCharacters = length;
     s->_flags.freeWhenDone = freeWhenDone != NO;

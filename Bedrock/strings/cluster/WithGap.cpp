@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Strings with a gap where they were last changed, so that changes near it move little.
 #include <Bedrock/strings/cluster/Mutable.h>
 
 #include <Bedrock/core/ZPLog.h>

@@ -2,7 +2,7 @@
 // Whole texts from bytes to units, and the converters of single characters in both directions.
 #include <Bedrock/strings/encodings/Encodings.h>
 
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/Memory.h>
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPException.h>

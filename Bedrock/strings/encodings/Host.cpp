@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the host says about text: the encoding of C strings, and bytes of the host that need not be text.
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
@@ -10,9 +10,8 @@
 
 unsigned _ZPEncodingNumberInResource(const char *name) {
     ZPHostResource file(name);
-    unsigned number = 0;
-    for (std::size_t i = 0; i < 2 && i < file.length && _ZPIsDigit(file.bytes[i]); ++i)
-        number = number * 10 + (file.bytes[i] - '0');
+    unsigned number = 0, at = 0;
+    _ZPReadDigits(file.bytes, at, unsigned(file.length), 2, number);
     // An encoding that cannot be converted would leave the process without C strings or file names at all.
     return _ZPEncodingIsKnown(number) ? number : 0;
 }

@@ -41,7 +41,7 @@ ZPDictionary *readNames() {
         } catch (ZPException *) {}
         text->release();
     }
-    return table ? static_cast<ZPDictionary *>(table->copy()) : ZPDictionary::new_();
+    return table ? table->copy().as<ZPDictionary>() : ZPDictionary::new_();
 }
 
 struct NameMethods : ZPString {
@@ -50,7 +50,7 @@ struct NameMethods : ZPString {
         ZPString *key = displayName(encoding);
         if (!key) return ""_zp;
         id name = ZPMakeOnce(names, readNames)->objectForKey(key);
-        return name && name->isKindOfClass(ZPString::class_()) ? static_cast<ZPString *>(name) : key;
+        return name && name->isKindOfClass(ZPString::class_()) ? name.as<ZPString>() : key;
     }
 };
 

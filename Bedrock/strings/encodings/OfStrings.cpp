@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // From strings to bytes: one conversion for every encoding, over a view of the text where it shows one run
 // and over blocks of units where it does not.
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 

@@ -8,7 +8,7 @@
 #include <Bedrock/strings/formats/Formats+Internal.h>
 #include <Bedrock/core/ZPScope.h>
 #include <Bedrock/core/ZPRef.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/Fronts.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
@@ -130,14 +130,20 @@ struct Cursor {
     const ZPStringView &format;
     unsigned at, end;
 
-    char operator*() const {
-        if (at >= end) return 0;
-        unsigned unit = format.bytes ? format.bytes[at] : format.units[at];
+    char operator[](unsigned i) const {
+        if (i >= end) return 0;
+        unsigned unit = format.bytes ? format.bytes[i] : format.units[i];
         return unit <= 0x7F ? char(unit) : 0;
     }
-    char next() const { return *Cursor{format, at + 1, end}; }
-    bool isDigit() const { return _ZPIsDigit(**this); }
-    bool atPosition() const { return **this >= '1' && **this <= '9' && next() == '$'; }
+    char operator*() const { return (*this)[at]; }
+    // A digit that is not 0, and "$".
+    bool takePosition(unsigned &position) {
+        char digit = **this;
+        if (digit < '1' || digit > '9' || (*this)[at + 1] != '$') return false;
+        position = unsigned(digit - '0');
+        at += 2;
+        return true;
+    }
     bool take(char c) {
         if (**this != c) return false;
         ++at;
@@ -149,14 +155,11 @@ struct Cursor {
 void parseNumber(Cursor &c, int *number, unsigned *position) {
     if (c.take('*')) {
         *number = ZPFormatDirective::fromArgument;
-        if (c.atPosition()) {
-            *position = unsigned(*c - '0');
-            c.at += 2;
-        }
+        c.takePosition(*position);
         return;
     }
     long long n = 0;
-    for (; c.isDigit(); ++c.at) n = std::min<long long>(n * 10 + (*c - '0'), largestWidth);
+    _ZPReadNumber(c, c.at, c.end, largestWidth, n);
     *number = int(n);
 }
 
@@ -194,12 +197,9 @@ ZPFormatDirective _ZPParseDirective(const ZPStringView &format, unsigned begin) 
     ZPFormatDirective d{begin, begin};
     Cursor c{format, begin + 1, begin + std::min(longest, format.length - begin)};
     if (!isConversion(*c)) {
-        if (c.atPosition()) {
-            d.position = unsigned(*c - '0');
-            c.at += 2;
-        }
+        c.takePosition(d.position);
         parseFlags(c, d);
-        if (*c == '*' || c.isDigit()) parseNumber(c, &d.width, &d.widthPosition);
+        if (*c == '*' || _ZPIsDigit(*c)) parseNumber(c, &d.width, &d.widthPosition);
         if (c.take('.')) parseNumber(c, &d.precision, &d.precisionPosition);
         d.size = parseSize(c);
     }
@@ -293,14 +293,14 @@ struct Engine {
 
     unichar decimalSeparator() { return separator ? separator : separator = _ZPDecimalSeparator(locale); }
 
-    void describe(objc_object *object) {
+    void describe(id object) {
         if (!object) {
             text.append("*nil*", 5);
             return;
         }
-        ZPString *description = static_cast<ZPString *>(object);
-        if (!isPlainString(object->isa)) {
-            auto *other = static_cast<_ZPLocalizable *>(object);
+        auto *description = object.unchecked<ZPString>();
+        if (!isPlainString(description->isa)) {
+            auto *other = object.unchecked<_ZPLocalizable>();
             bool takesLocale = other->respondsToSelector("descriptionWithLocale:"_sel);
             description = takesLocale ? other->descriptionWithLocale(locale) : other->description();
         }

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
+// Text to integers and floating numbers, for strings, scanners and dates.
 #include <Bedrock/strings/ZPNumberReader.h>
 
 #include <Bedrock/collections/ZPDictionary.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/strings/characters/Characters.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
@@ -61,8 +62,8 @@ bool isHuge(const char *text, const char *end) {
         bool down = *++text == '-';
         if (*text == '-' || *text == '+') ++text;
         long long e = 0;
-        for (; text < end; ++text)
-            if (e < 1'000'000'000'000) e = e * 10 + (*text - '0');
+        unsigned at = 0;
+        _ZPReadNumber(text, at, unsigned(end - text), 1'000'000'000'000, e);
         exponent += down ? -e : e;
     }
     return exponent > 0;

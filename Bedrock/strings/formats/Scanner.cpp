@@ -3,7 +3,7 @@
 // instance.
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPRef.h>
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/ZPField.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
@@ -158,10 +158,8 @@ struct ScannerMethods : ZPScanner {
     ZPString *_remainingString() { return self()->string()->substringFromIndex(self()->scanLocation()); }
     BOOL _scanDecimal_into(unsigned count, int *value) {
         unsigned start = self()->scanLocation(), at = start, read = 0;
-        _ZPWithUnits(self()->string(), [&](auto &&units, unsigned length) {
-            for (; at < length && at - start < count && _ZPIsDigit(units[at]); ++at)
-                read = read * 10 + (units[at] - '0');
-        });
+        _ZPWithUnits(self()->string(),
+                     [&](auto &&units, unsigned length) { _ZPReadDigits(units, at, length, count, read); });
         if (at == start) return NO;
         self()->setScanLocation(at);
         if (value) *value = int(read);

@@ -3,7 +3,7 @@
 // locale is.
 #include <Bedrock/strings/formats/Formats+Internal.h>
 
-#include <Bedrock/core/Digits.h>
+#include <Bedrock/platform/ASCII.h>
 
 #include <algorithm>
 #include <charconv>
@@ -34,19 +34,13 @@ void number(ZPFormatText &text, const ZPFormatDirective &d, const char *prefix, 
 }
 
 void integer(ZPFormatText &text, const ZPFormatDirective &d, std::uint64_t magnitude, bool negative) {
-    char digits[24], *end = digits + sizeof digits, *p = end;
+    char digits[24], *end = digits + sizeof digits, *p;
     bool isSigned = d.conversion == 'd' || d.conversion == 'i';
     switch (d.conversion) {
-    case 'o':
-        for (std::uint64_t v = magnitude; v; v >>= 3) *--p = char('0' + (v & 7));
-        break;
-    case 'x':
-    case 'X': {
-        const char *set = d.conversion == 'x' ? _ZPHexDigits : _ZPCapitalHexDigits;
-        for (std::uint64_t v = magnitude; v; v >>= 4) *--p = set[v & 15];
-        break;
-    }
-    default: p = _ZPPutDecimalBefore(p, magnitude);
+    case 'o': p = _ZPPutDigitsBefore<8>(end, magnitude, 0); break;
+    case 'x': p = _ZPPutDigitsBefore<16>(end, magnitude, 0); break;
+    case 'X': p = _ZPPutDigitsBefore<16>(end, magnitude, 0, _ZPCapitalHexDigits); break;
+    default: p = _ZPPutDigitsBefore<10>(end, magnitude, 0);
     }
     unsigned length = unsigned(end - p), least = d.precision < 0 ? 1 : unsigned(d.precision),
              zeros = least > length ? least - length : 0;
@@ -75,13 +69,11 @@ char *shortFixed(double value, int precision, char *buffer) {
     unsigned __int128 rest = product - (whole << shift), half = static_cast<unsigned __int128>(1) << (shift - 1);
     auto low = static_cast<std::uint64_t>(whole);
     if (rest > half || (rest == half && (low & 1))) ++low;
-    char digits[24], *p = digits + sizeof digits;
-    int n = 0;
-    for (; n < precision; ++n, low /= 10) *--p = char('0' + low % 10);
+    char digits[24], *end = digits + sizeof digits, *p = end;
+    for (int n = 0; n < precision; ++n, low /= 10) *--p = char('0' + low % 10);
     if (precision) *--p = '.';
-    do *--p = char('0' + low % 10);
-    while (low /= 10);
-    std::size_t length = std::size_t(digits + sizeof digits - p);
+    p = _ZPPutDigitsBefore<10>(p, low, 1);
+    std::size_t length = std::size_t(end - p);
     std::memcpy(buffer, p, length);
     return buffer + length;
 }

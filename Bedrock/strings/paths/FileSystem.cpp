@@ -111,13 +111,13 @@ BOOL _ZPConvertPathToLongFileSystemName(unichar *units, unsigned *length, unsign
     if (_ZPHasNetworkPrefix(units, n)) {
         unsigned separators = 0;
         for (unsigned i = 2; i < n && (separators += _ZPIsPathSeparator(units[i])) < 2; ++i)
-            if (units[i] >= 'A' && units[i] <= 'Z') units[i] |= 0x20;
+            units[i] = _ZPInSmallLetters(units[i]);
         return YES;
     }
     ZPRef<ZPString> path = ZPAdopt(_ZPNewStringWithUnits(units, n, nullptr));
     char host[longestHostPath], real[longestHostPath], own[longestHostPath + 2];
     if (_ZPGetFileSystemBytes(path, own, longestHostPath) < 0) return NO;
-    if (!rooted && units[0] >= 'a') units[0] -= 0x20;
+    if (!rooted) units[0] = _ZPInCapitalLetters(units[0]);
     if (!ZPHostPathFromPath(own, host, sizeof host)) return rooted ? NO : YES;
     if (!ZPHostResolvePath(host, real, sizeof real) || !ZPPathFromHostPath(real, own, sizeof own)) return YES;
     ZPString *resolved = _ZPStringFromHostBytes(own, unsigned(std::strlen(own)), _ZPDefaultFileSystemEncoding());

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <Bedrock/strings/ZPPathUtilities.h>
+#include <Bedrock/platform/ASCII.h>
 #include <Bedrock/strings/cluster/Cluster.h>
 
 ZP_FORWARD(ZPMutableArray);
@@ -17,7 +18,7 @@ inline constexpr unsigned _ZPPathCapacity = 4095;
 inline bool _ZPIsPathSeparator(unichar u) { return u == '/' || u == '\\'; }
 /// A letter of ASCII and a colon.
 template <class U> inline bool _ZPHasDrivePrefix(const U *units, unsigned length) {
-    return length >= 2 && units[1] == ':' && (units[0] | 0x20) >= 'a' && (units[0] | 0x20) <= 'z';
+    return length >= 2 && units[1] == ':' && _ZPIsLetter(units[0]);
 }
 /// Two backslashes.
 inline bool _ZPHasNetworkPrefix(const unichar *units, unsigned length) {

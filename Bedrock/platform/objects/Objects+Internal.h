@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The object runtime: classes and how they come to be (Classes.cpp), what a send falls back on (Dispatch.cpp),
 // selectors, protocols, instances. Begin with platform/ZPClass.h, which says what a class record is and how it lives;
-// outside this room only the headers of platform/ are used.
+// outside this room the headers of platform/ are used, and Slabs.h.
 //
 // One recursive lock guards every table and every change of a record. Readers on the way of a message take none: what
 // they read is published whole (a method index, a bucket) and stays valid for good.
