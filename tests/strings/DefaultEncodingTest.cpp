@@ -12,11 +12,6 @@ void checkKESTREL() {
     EXPECT_EQ(textOf(s), u"\u00e9t\u00e9");
     EXPECT_STREQ(make(u"\u00e9t\u00e9")->cString(), "\xE9t\xE9");
     EXPECT_EQ(s->displayableString(), s);
-    EXPECT_STREQ(ZPString::alloc()
-                     ->initWithCStringNoCopy_length_freeWhenDone(const_cast<char *>("\xE9"), 1, NO)
-                     ->autorelease()
-                     ->isa->name,
-                 "ZPCString");
 }
 
 void checkWindowsLatin1() {
@@ -36,11 +31,8 @@ void checkWindowsLatin1() {
     EXPECT_THROW(make(u"\u0416")->getCString(buffer), ZPException *);
     EXPECT_EQ(make(u"\u0416")->cStringLength(), 0u);
     EXPECT_STREQ(make(u"\u0416")->lossyCString(), "_");
-    std::u16string units(3000, u'x');
-    units[1500] = u'\u0416';
-    std::string lossy(3000, 'x');
-    lossy[1500] = '_';
-    EXPECT_EQ(make(units)->lossyCString(), lossy);
+    std::u16string many(1500, u'x');
+    EXPECT_EQ(make(many + u"\u0416")->lossyCString(), std::string(1500, 'x') + "_");
 }
 
 void checkUTF8() {

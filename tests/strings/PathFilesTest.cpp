@@ -2,6 +2,8 @@
 // Paths and the host: names of any bytes, links, completion, users and directories.
 #include "ResourceRoot.h"
 
+#include <optional>
+
 using namespace strings;
 namespace fs = std::filesystem;
 
@@ -17,6 +19,17 @@ std::string hostOf(ZPString *path) {
     char buffer[4200];
     return ZPHostPathFromPath(path->fileSystemRepresentation(), buffer, sizeof buffer) ? buffer : "<none>";
 }
+
+// A variable of the environment while it lives; null: none.
+struct Setting {
+    const char *name;
+    std::optional<std::string> before;
+    Setting(const char *name, const char *value) : name(name) {
+        if (const char *old = std::getenv(name)) before = old;
+        value ? setenv(name, value, 1) : unsetenv(name);
+    }
+    ~Setting() { before ? setenv(name, before->c_str(), 1) : unsetenv(name); }
+};
 
 struct PathFiles : testing::Test {
     Directory dir;
@@ -172,15 +185,9 @@ TEST_F(PathFiles, UsersHaveHomes) {
     EXPECT_EQ(textOf(ZPHomeDirectory()), u"C:\\Users\\me");
     EXPECT_TRUE(ZPHomeDirectoryForUser(me)->isEqual(ZPHomeDirectory()));
     EXPECT_EQ(ZPHomeDirectoryForUser("nobody at all"_zp), nullptr);
-    std::string saved = std::getenv("HOMEPATH"), home = std::getenv("HOME") ? std::getenv("HOME") : "";
     auto homeUnder = [&](const char *drive, const char *path, const char *host) {
-        setenv("HOMEDRIVE", drive, 1);
-        path ? setenv("HOMEPATH", path, 1) : unsetenv("HOMEPATH");
-        setenv("HOME", host, 1);
+        Setting driveIs("HOMEDRIVE", drive), pathIs("HOMEPATH", path), hostIs("HOME", host);
         ZPString *found = ZPHomeDirectoryForUser(me);
-        setenv("HOMEDRIVE", "C:", 1);
-        setenv("HOMEPATH", saved.c_str(), 1);
-        setenv("HOME", home.c_str(), 1);
         return found ? textOf(found) : u"<none>";
     };
     EXPECT_EQ(homeUnder("D:", "/a/../b/", "/x"), u"D:\\b");
@@ -192,18 +199,17 @@ TEST_F(PathFiles, UsersHaveHomes) {
 }
 
 TEST_F(PathFiles, DirectoriesThatProgramsAskFor) {
-    std::string saved = std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "";
-    setenv("TMPDIR", "/var//tmp/./x/", 1);
-    EXPECT_EQ(textOf(ZPTemporaryDirectory()), u"C:\\var\\tmp\\x");
+    auto temporary = [](const char *directory) {
+        Setting is("TMPDIR", directory);
+        return ZPTemporaryDirectory();
+    };
+    EXPECT_EQ(textOf(temporary("/var//tmp/./x/")), u"C:\\var\\tmp\\x");
+    EXPECT_EQ(textOf(temporary(nullptr)), u"C:\\tmp");
     for (const char *root : {"/.", "/", "/./", "//.", "/.."}) {
-        setenv("TMPDIR", root, 1);
-        EXPECT_TRUE(ZPTemporaryDirectory()->isAbsolutePath()) << root;
-        EXPECT_EQ(text(ZPTemporaryDirectory()->stringByStandardizingPath()), text(ZPTemporaryDirectory())) << root;
+        ZPString *path = temporary(root);
+        EXPECT_TRUE(path->isAbsolutePath()) << root;
+        EXPECT_EQ(text(path->stringByStandardizingPath()), text(path)) << root;
     }
-    unsetenv("TMPDIR");
-    EXPECT_EQ(textOf(ZPTemporaryDirectory()), u"C:\\tmp");
-    if (!saved.empty()) setenv("TMPDIR", saved.c_str(), 1);
-
     std::u16string installed = textOf(ZPLodestarRootDirectory());
     EXPECT_TRUE(fs::is_directory(hostOf(ZPCorvidRootDirectory())));
     EXPECT_EQ(textOf(ZPStandardApplicationPaths()->objectAtIndex(3)), installed + u"\\CorvidDeveloper\\Apps");

@@ -69,18 +69,19 @@ ZPRef<Asked> asked(const char16_t *text) {
     return string;
 }
 
+constexpr char16_t shownText[] = u"%@ 12 %@ and the rest, which is long";
+ZPRef<ZPCharacterSet> blanks() { return ZPAdopt(Blanks::new_()); }
+
 const Operation operations[] = {
-    {"componentsSeparatedBySet",
-     [](ZPString *s) { return plain(s->_componentsSeparatedBySet(ZPAdopt(Blanks::new_()))->description()); }},
-    {"rangeOfCharacterFromSet",
-     [](ZPString *s) { return std::to_string(s->rangeOfCharacterFromSet(ZPAdopt(Blanks::new_())).location); }},
+    {"components", [](ZPString *s) { return plain(s->_componentsSeparatedBySet(blanks())->description()); }},
+    {"character", [](ZPString *s) { return std::to_string(s->rangeOfCharacterFromSet(blanks()).location); }},
     {"scanner",
      [](ZPString *s) {
          ZPScanner *scanner = ZPScanner::scannerWithString(s);
          ZPString *word = nullptr;
          int number = 0;
-         scanner->setCharactersToBeSkipped(ZPAdopt(Blanks::new_()));
-         scanner->scanUpToCharactersFromSet_intoString(ZPAdopt(Blanks::new_()), &word);
+         scanner->setCharactersToBeSkipped(blanks());
+         scanner->scanUpToCharactersFromSet_intoString(blanks(), &word);
          scanner->scanInt(&number);
          return plain(word) + std::to_string(number);
      }},
@@ -89,22 +90,20 @@ const Operation operations[] = {
          ZPRef<Describer> it = ZPAdopt(Describer::new_());
          return plain(ZPString::stringWithFormat(s, it.get(), it.get()));
      }},
-    {"compare",
-     [](ZPString *s) { return std::to_string(int(s->compare(asked(u"%@ 12 %@ and the rest, which is long")))); }},
-    {"isEqualToString",
-     [](ZPString *s) { return std::to_string(s->isEqualToString(asked(u"%@ 12 %@ and the rest, which is long"))); }},
-    {"rangeOfString", [](ZPString *s) { return std::to_string(s->rangeOfString(asked(u"rest")).location); }},
-    {"commonPrefix",
+    {"compare", [](ZPString *s) { return std::to_string(int(s->compare(asked(shownText)))); }},
+    {"equality", [](ZPString *s) { return std::to_string(s->isEqualToString(asked(shownText))); }},
+    {"search", [](ZPString *s) { return std::to_string(s->rangeOfString(asked(u"rest")).location); }},
+    {"prefix",
      [](ZPString *s) {
          return plain(s->commonPrefixWithString_options(asked(u"%@ 12 %@ AND"), ZPCaseInsensitiveSearch));
      }},
-    {"stringByAppendingString", [](ZPString *s) { return plain(s->stringByAppendingString(asked(u" é"))); }},
+    {"appending", [](ZPString *s) { return plain(s->stringByAppendingString(asked(u" é"))); }},
 };
 
 }  // namespace
 
 TEST(StringViews, APartIsRetainedWhileItIsRead) {
-    constexpr std::u16string_view wanted = u"%@ 12 %@ and the rest, which is long";
+    constexpr std::u16string_view wanted = shownText;
     for (char16_t frame : {u'-', u'日'})
         for (auto &[name, run] : operations) {
             SCOPED_TRACE(name);

@@ -12,8 +12,7 @@ struct Moment : ZPObject {
     double _time;
     double timeIntervalSinceReferenceDate() { return _time; }
     static double now() {
-        using namespace std::chrono;
-        return duration<double>(system_clock::now().time_since_epoch()).count() - 978307200;
+        return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count() - 978307200;
     }
     double timeIntervalSinceNow() { return _time - now(); }
     static ZPDate *in(double seconds) {
