@@ -89,7 +89,7 @@ TEST(PropertyListReading, Errors) {
         {"", error("1 (position 1)", "(xObject)", "xObject expected", "")},
         {"\"abc\\", error("1 (position 6)", dictionary, "Unterminated string constant", "")},
     };
-    for (auto &[bytes, wanted] : cases) EXPECT_RAISES(wanted, textOf(bytes)->propertyList());
+    for (auto &row : cases) EXPECT_RAISES(row.second, textOf(row.first)->propertyList());
 }
 
 TEST(PropertyListReading, ErrorsInWords) {
