@@ -298,7 +298,10 @@ TEST_F(Pools, SettingsOfTheThread) {
     unsigned token = ZPPushAutoreleasePool(0);
     EXPECT_REASON("*** -[ZPAutoreleasePool retain]: Cannot retain an autorelease pool",
                   ZPAutoreleasePool::new_()->retain());
-    ZPAutoreleasePool::enableRelease(NO);
+    ZPPopAutoreleasePool(token);
+
+    token = ZPPushAutoreleasePool(0);
+    ZPAutoreleasePool::enableRelease(NO);  // what is in a pool popped now is never released
     m->retain()->autorelease();
     ZPPopAutoreleasePool(token);
     EXPECT_EQ(m->retainCount(), 2u);
