@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Ordered collections of objects. The folder has arrays, dictionaries, sets and their enumerators. Other rooms of the
-// library loop by ZPElements.h and make by ZPMakers.h; the concrete classes' fields are the folder's own. Read this
-// first, then ZPArray.cpp: the other families are built alike.
+// library loop by Elements.h and make by Makers.h; the concrete classes' fields are the folder's own. Read this
+// first, then Array.cpp: the other families are built alike.
 #pragma once
 
 #include <Bedrock/collections/ZPEnumerator.h>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include <Bedrock/core/ZPAllocation.h>
-#include <Bedrock/core/ZPScope.h>
+#include <Bedrock/core/Scope.h>
 
 /// Raises ZPMallocException with "*** out of memory for " and the text.
 [[noreturn]] ZP_COLD void _ZPRaiseOutOfMemory(const char *what, ...) __attribute__((format(printf, 1, 2)));

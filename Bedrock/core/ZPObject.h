@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The root class. The floor of the core has what every object does: allocation, counting, pools, exceptions, names,
-// the log. Programs and higher floors see the public headers; the library also Fronts.h, ZPScope.h, ZPCText.h,
-// ZPField.h and ZPLogTimeStamp.h. Read this first, then ZPObject.cpp.
+// the log. Programs and higher floors see the public headers; the library also Fronts.h, Scope.h, CText.h,
+// Field.h and LogTimeStamp.h. Read this first, then Object.cpp.
 #pragma once
 
 #include <Bedrock/core/ZPLiteral.h>

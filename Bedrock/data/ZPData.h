@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Runs of bytes: immutable and mutable data objects, whole files, bit vectors. Other rooms of the library see the bytes
-// by ZPDataView.h; how they are stored is the folder's own. Read this first, then ZPData.cpp.
+// by DataView.h; how they are stored is the folder's own. Read this first, then Data.cpp.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>

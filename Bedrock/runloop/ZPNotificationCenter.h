@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Notification centers: who wants to hear of what. The folder has notifications and their centers; nothing of it but
-// the public headers is for others. Read this first, then ZPNotificationCenter.cpp.
+// the public headers is for others. Read this first, then NotificationCenter.cpp.
 #pragma once
 
 #include <Bedrock/runloop/ZPNotification.h>

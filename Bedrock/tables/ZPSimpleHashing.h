@@ -3,7 +3,7 @@
 // Both know nothing about what the words mean: the caller computes hashes and owns items.
 //
 // The floor of the tables has structures of words and ranges, which are no objects. Read this first, then
-// ZPHashingEngine.h, by which the library's own tables and collections search.
+// HashingEngine.h, by which the library's own tables and collections search.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>

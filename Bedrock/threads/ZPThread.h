@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Threads: the object of each thread, new threads, and the process's one step from one thread to many. Locks are in
-// ZPLock.h. Nothing of the folder but the public headers is for others. Read this first, then ZPThread.cpp.
+// ZPLock.h. Nothing of the folder but the public headers is for others. Read this first, then Thread.cpp.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>

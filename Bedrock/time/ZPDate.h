@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Dates: points in time. The folder has dates, the calendar, time zones and the English locale; nothing of it but the
-// public headers is for others. Read this first, then ZPDate.cpp; the calendar's arithmetic is in ZPDate+Internal.h.
+// public headers is for others. Read this first, then Date.cpp; the calendar's arithmetic is in Date+Internal.h.
 #pragma once
 
 #include <Bedrock/core/ZPObject.h>

@@ -4,8 +4,8 @@
 // like; the parser then reads the text again and says what is wrong.
 #include <Bedrock/archiving/propertylists/Reader+Internal.h>
 #include <Bedrock/archiving/grammar/Escapes.h>
-#include <Bedrock/collections/ZPElements.h>
-#include <Bedrock/collections/ZPMakers.h>
+#include <Bedrock/collections/Elements.h>
+#include <Bedrock/collections/Makers.h>
 #include <Bedrock/data/ZPData.h>
 #include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/objects/Slabs.h>

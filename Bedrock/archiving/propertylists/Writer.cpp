@@ -2,12 +2,12 @@
 // Writing property lists as text. The whole text is built in one buffer. An array or dictionary is written with
 // a line for each element; when all of it fits in a line of 79 characters, the parts are put together again.
 #include <Bedrock/archiving/grammar/Grammar.h>
-#include <Bedrock/collections/ZPElements.h>
-#include <Bedrock/collections/ZPMergeSort.h>
+#include <Bedrock/collections/Elements.h>
+#include <Bedrock/collections/MergeSort.h>
 #include <Bedrock/core/Fronts.h>
 #include <Bedrock/core/ZPException.h>
 #include <Bedrock/core/ZPNames.h>
-#include <Bedrock/data/ZPDataView.h>
+#include <Bedrock/data/DataView.h>
 #include <Bedrock/platform/ASCII.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/cluster/Cluster.h>

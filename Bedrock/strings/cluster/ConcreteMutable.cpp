@@ -9,7 +9,7 @@
 // whole replacement of foreign contents takes the new text as it is. Mine stays mine, 16-bit stays 16-bit.
 // Contents with further references (copies, substrings) are left for new ones at the next change.
 #include <Bedrock/strings/cluster/Mutable.h>
-#include <Bedrock/core/ZPScope.h>
+#include <Bedrock/core/Scope.h>
 #include <Bedrock/core/ZPRef.h>
 
 namespace {

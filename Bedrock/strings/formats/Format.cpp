@@ -6,7 +6,7 @@
 // any other format the arguments are taken in order. A directive that is cut short, is no directive of C, or does
 // not fit the mode of its format stands for itself and takes no argument.
 #include <Bedrock/strings/formats/Formats+Internal.h>
-#include <Bedrock/core/ZPScope.h>
+#include <Bedrock/core/Scope.h>
 #include <Bedrock/core/ZPRef.h>
 #include <Bedrock/platform/ASCII.h>
 #include <Bedrock/core/Fronts.h>

@@ -4,7 +4,7 @@
 #include <Bedrock/core/ZPAllocation.h>
 #include <Bedrock/core/ZPRef.h>
 #include <Bedrock/platform/ASCII.h>
-#include <Bedrock/core/ZPField.h>
+#include <Bedrock/core/Field.h>
 #include <Bedrock/core/ZPNames.h>
 #include <Bedrock/platform/kernel/MakeOnce.h>
 #include <Bedrock/strings/characters/Characters.h>

@@ -2,7 +2,7 @@
 // The string of a path: the length in `_lengthAndRefCount`, then the units inside the object. References are counted
 // beside the instance, so the length has the whole word. There is no separator at the end, except in "\" and "C:\".
 #include <Bedrock/strings/paths/Paths.h>
-#include <Bedrock/core/ZPScope.h>
+#include <Bedrock/core/Scope.h>
 
 #include <Bedrock/collections/ZPArray.h>
 

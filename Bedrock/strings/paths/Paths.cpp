@@ -2,7 +2,7 @@
 // Paths as runs of units.
 #include <Bedrock/strings/paths/Paths.h>
 
-#include <Bedrock/collections/ZPMakers.h>
+#include <Bedrock/collections/Makers.h>
 #include <Bedrock/strings/encodings/Encodings.h>
 
 #include <algorithm>
