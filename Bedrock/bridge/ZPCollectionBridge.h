@@ -12,12 +12,27 @@
 #include <Bedrock/collections/ZPDictionary.h>
 #include <Bedrock/collections/ZPSet.h>
 
+#include <cstddef>
 #include <initializer_list>
-#include <iterator>
-#include <memory>
 
 /// Where every loop ends.
 struct ZPCollectionEnd {};
+
+/// @cond machinery
+// Room for keys and as many values after them, without the cost of <memory> to all who include this.
+class ZPEntryRoom {
+    id *_keys;
+    std::size_t _count;
+
+  public:
+    explicit ZPEntryRoom(std::size_t count) : _keys(count ? new id[2 * count] : nullptr), _count(count) {}
+    ZPEntryRoom(ZPEntryRoom &&other) noexcept : _keys(other._keys), _count(other._count) { other._keys = nullptr; }
+    ZPEntryRoom &operator=(ZPEntryRoom &&) = delete;
+    ~ZPEntryRoom() { delete[] _keys; }
+    id *keys() const { return _keys; }
+    id *values() const { return _keys + _count; }
+};
+/// @endcond
 
 /// Walks an array by index, taking elements out a few at a time.
 class ZPArrayIterator {
@@ -91,8 +106,8 @@ struct ZPDictionaryEntry {
 
 /// Walks the entries of a dictionary in its own order, all taken out at the beginning.
 class ZPDictionaryIterator {
-    std::unique_ptr<id[]> _keysAndValues;
     unsigned _index = 0, _count;
+    ZPEntryRoom _entries;
 
   public:
     /// What the loop gets.
@@ -101,13 +116,12 @@ class ZPDictionaryIterator {
     using difference_type = std::ptrdiff_t;
 
     /// Stands before the first entry; null is empty.
-    explicit ZPDictionaryIterator(ZPDictionary *dictionary) : _count(dictionary ? dictionary->count() : 0) {
-        if (!_count) return;
-        _keysAndValues.reset(new id[2 * std::size_t(_count)]);
-        dictionary->getObjects_forKeys(_keysAndValues.get() + _count, _keysAndValues.get());
+    explicit ZPDictionaryIterator(ZPDictionary *dictionary)
+        : _count(dictionary ? dictionary->count() : 0), _entries(_count) {
+        if (_count) dictionary->getObjects_forKeys(_entries.values(), _entries.keys());
     }
     /// The entry, borrowed.
-    ZPDictionaryEntry operator*() const { return {_keysAndValues[_index], _keysAndValues[_count + _index]}; }
+    ZPDictionaryEntry operator*() const { return {_entries.keys()[_index], _entries.values()[_index]}; }
     ///@{
     /// Goes on to the next one.
     ZPDictionaryIterator &operator++() {
@@ -143,15 +157,13 @@ inline ZPCollectionEnd end(ZPDictionary &) { return {}; }
 /// `ZPMakeDictionary({{"name"_zp, name}, {"size"_zp, size}})`: an autoreleased dictionary of key and value pairs.
 /// A later value of an equal key wins; nulls raise ZPInvalidArgumentException.
 inline ZPDictionary *ZPMakeDictionary(std::initializer_list<ZPDictionaryEntry> entries) {
-    auto count = unsigned(entries.size());
-    std::unique_ptr<id[]> keysAndValues(new id[2 * entries.size()]);
-    id *next = keysAndValues.get();
+    ZPEntryRoom room(entries.size());
+    std::size_t n = 0;
     for (const ZPDictionaryEntry &entry : entries) {
-        next[0] = entry.key;
-        next[count] = entry.value;
-        ++next;
+        room.keys()[n] = entry.key;
+        room.values()[n++] = entry.value;
     }
-    return ZPDictionary::dictionaryWithObjects_forKeys_count(keysAndValues.get() + count, keysAndValues.get(), count);
+    return ZPDictionary::dictionaryWithObjects_forKeys_count(room.values(), room.keys(), unsigned(n));
 }
 
 /// `ZPMakeArray({a, b, c})`: an autoreleased array; a null raises ZPInvalidArgumentException.

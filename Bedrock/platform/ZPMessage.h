@@ -94,10 +94,46 @@ ZP_EXPORT void objc_sendFrame(objc_object *receiver, SEL selector, unsigned leng
 }
 
 /// @cond machinery
-template <class T> ZP_INLINE char *objc_putSlot(char *slot, T value) {
-    if constexpr (objc_copiesAsBytes<T>) std::memcpy(slot, static_cast<void *>(&value), sizeof value);
+// What each part of a frame needs is made once for a type, not for each signature: every client compiles these.
+template <class T> ZP_INLINE char *objc_putSlot(char *slot, T &value) {
+    if constexpr (objc_copiesAsBytes<T>) std::memcpy(slot, static_cast<const void *>(&value), sizeof value);
     return slot + objc_slotSize<T>;
 }
+template <class A> ZP_INLINE char *objc_putArgument(char *slot, std::remove_reference_t<A> &argument) {
+    if constexpr (std::is_reference_v<A>) {
+        auto *address = &argument;
+        return objc_putSlot(slot, address);
+    } else return objc_putSlot(slot, argument);
+}
+ZP_INLINE char *objc_beginSlots(char *slot, void *hiddenResult, objc_object *receiver, SEL selector) {
+    if (hiddenResult) slot = objc_putSlot(slot, hiddenResult);
+    return objc_putSlot(objc_putSlot(slot, receiver), selector);
+}
+
+// Room for what a forwarded message answers.
+template <class R> struct objc_answer {
+    static constexpr unsigned size = objc_slotSize<objc_stored<R>>;
+    alignas(16) char bytes[size] = {};
+
+    ZP_INLINE R take() {
+        if constexpr (std::is_reference_v<R>) return **reinterpret_cast<std::remove_reference_t<R> **>(bytes);
+        else {
+            union Answer {
+                char none;
+                R value;
+                Answer() : none() {}
+                ~Answer() {}
+            } answer;
+            std::memcpy(static_cast<void *>(&answer), bytes, sizeof(R));
+            return answer.value;
+        }
+    }
+};
+template <> struct objc_answer<void> {
+    static constexpr unsigned size = 0;
+    alignas(16) char bytes[1] = {};
+    ZP_INLINE void take() {}
+};
 
 template <class R, class... A>
 ZP_HIDDEN ZP_COLD R objc_sendForward(objc_object *receiver, SEL selector, A... arguments) {
@@ -106,35 +142,14 @@ ZP_HIDDEN ZP_COLD R objc_sendForward(objc_object *receiver, SEL selector, A... a
     } else {
         constexpr unsigned length = objc_frameLength<R, A...>;
         alignas(16) char slots[length];
-        alignas(16) char result[std::is_void_v<R> ? 1 : objc_slotSize<objc_stored<R>>] = {};
-        char *slot = slots;
-        if constexpr (objc_resultIsHidden<R>()) slot = objc_putSlot<void *>(slot, result);
-        slot = objc_putSlot(slot, receiver);
-        slot = objc_putSlot(slot, selector);
-        ((slot = objc_putSlot<objc_stored<A>>(slot,
-                                              [](auto &a) -> objc_stored<A> {
-                                                  if constexpr (std::is_reference_v<A>) return &a;
-                                                  else return a;
-                                              }(arguments))),
-         ...);
-        objc_frame frame{objc_methodTypes<R, A...>(),
-                         slots,
-                         length,
-                         std::is_void_v<R> ? 0u : unsigned(objc_slotSize<objc_stored<R>>),
-                         result,
-                         objc_resultIsHidden<R>() ? YES : NO};
+        objc_answer<R> answer;
+        constexpr bool isHidden = objc_resultIsHidden<R>();
+        [[maybe_unused]] char *slot = objc_beginSlots(slots, isHidden ? answer.bytes : nullptr, receiver, selector);
+        ((slot = objc_putArgument<A>(slot, arguments)), ...);
+        objc_frame frame{
+            objc_types<R, id, SEL, A...>.text, slots, length, answer.size, answer.bytes, isHidden ? YES : NO};
         objc_forwardFrame(receiver, selector, &frame);
-        if constexpr (std::is_reference_v<R>) return **reinterpret_cast<std::remove_reference_t<R> **>(result);
-        else if constexpr (!std::is_void_v<R>) {
-            union Answer {
-                char none;
-                R value;
-                Answer() : none() {}
-                ~Answer() {}
-            } answer;
-            std::memcpy(static_cast<void *>(&answer), result, sizeof(R));
-            return answer.value;
-        }
+        return answer.take();
     }
 }
 
@@ -157,29 +172,43 @@ ZP_INLINE const objc_bucket *objc_tableBucket(Class cls, std::uintptr_t selector
     const objc_bucket *buckets = __atomic_load_n(&cls->buckets, __ATOMIC_ACQUIRE);
     return reinterpret_cast<const objc_bucket *>(reinterpret_cast<const char *>(buckets) + ((selector >> 1) & mask));
 }
-/// @endcond
+// The implementation that the buckets hold for a selector, null when they hold none.
+ZP_INLINE IMP objc_cached(Class cls, SEL selector) {
+    auto wanted = reinterpret_cast<std::uintptr_t>(selector);
+    const objc_bucket *bucket = objc_recordBucket(cls, wanted);
+    // The record's bucket is the likelier, so that the send falls through to it; the table stays near.
+    if (__builtin_expect_with_probability(__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted, 0, 0.8)) {
+        bucket = objc_tableBucket(cls, wanted);
+        if (__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted) [[unlikely]]
+            return nullptr;
+    }
+    IMP implementation = __atomic_load_n(&bucket->implementation, __ATOMIC_RELAXED);
+    if (!implementation) __builtin_unreachable();
+    return implementation;
+}
 
-/// As `objc_msgSend`, without comparing the C++ types with the method's, also in checked builds.
-template <class R = void, class... A>
-ZP_INLINE R objc_msgSendUnchecked(objc_object *receiver, SEL selector, A... arguments) {
+// One function a signature, whoever sends: every front that a client includes is an instance.
+template <bool isChecked, class R, class... A>
+ZP_INLINE R objc_send(objc_object *receiver, SEL selector, A... arguments) {
     if (!receiver) [[unlikely]] {
         if constexpr (std::is_void_v<R>) return;
         else if constexpr (std::is_reference_v<R>)
             objc_fatal("%s: answers a reference and was sent to null", sel_getName(selector));
         else return R{};
     }
-    auto wanted = reinterpret_cast<std::uintptr_t>(selector);
-    Class cls = receiver->isa;
-    const objc_bucket *bucket = objc_recordBucket(cls, wanted);
-    // The record's bucket is the likelier, so that the send falls through to it; the table stays near.
-    if (__builtin_expect_with_probability(__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted, 0, 0.8)) {
-        bucket = objc_tableBucket(cls, wanted);
-        if (__atomic_load_n(&bucket->selector, __ATOMIC_ACQUIRE) != wanted) [[unlikely]]
-            return objc_sendSlowly<R, A...>(receiver, selector, std::forward<A>(arguments)...);
-    }
-    IMP implementation = __atomic_load_n(&bucket->implementation, __ATOMIC_RELAXED);
+    if constexpr (isChecked) objc_checkSend(receiver->isa, selector, objc_types<R, id, SEL, A...>.text);
+    IMP implementation = objc_cached(receiver->isa, selector);
+    if (!implementation) [[unlikely]]
+        return objc_sendSlowly<R, A...>(receiver, selector, static_cast<A &&>(arguments)...);
     return reinterpret_cast<R (*)(objc_object *, SEL, A...)>(implementation)(receiver, selector,
-                                                                             std::forward<A>(arguments)...);
+                                                                             static_cast<A &&>(arguments)...);
+}
+/// @endcond
+
+/// As `objc_msgSend`, without comparing the C++ types with the method's, also in checked builds.
+template <class R = void, class... A>
+ZP_INLINE R objc_msgSendUnchecked(objc_object *receiver, SEL selector, A... arguments) {
+    return objc_send<false, R, A...>(receiver, selector, std::forward<A>(arguments)...);
 }
 
 /// Sends a message and answers its result. A message to null answers a zero of the result type; one that the
@@ -187,11 +216,7 @@ ZP_INLINE R objc_msgSendUnchecked(objc_object *receiver, SEL selector, A... argu
 /// The types must be the method's own: in checked builds a send whose types do not match the method's type string
 /// stops the process with a message that names both; otherwise it is undefined. Any thread.
 template <class R = void, class... A> ZP_INLINE R objc_msgSend(id receiver, SEL selector, A... arguments) {
-    objc_object *self = objc_receiver(receiver.pointer());
-#if ZP_CHECKED
-    if (self) objc_checkSend(self->isa, selector, objc_methodTypes<R, A...>());
-#endif
-    return objc_msgSendUnchecked<R, A...>(self, selector, std::forward<A>(arguments)...);
+    return objc_send<ZP_CHECKED, R, A...>(objc_receiver(receiver.pointer()), selector, std::forward<A>(arguments)...);
 }
 
 /// Sends a message, to a receiver that is not null, with the implementation that `superclass` has for it: the
@@ -304,13 +329,15 @@ template <class Send> objc_asking(Send) -> objc_asking<Send>;
 template <class... A> ZP_INLINE auto objc_ask(id receiver, SEL &slot, const char *name, A &...arguments) {
     return objc_asking{
         [receiver, &slot, name, &arguments...]<class R>() __attribute__((always_inline))
-            ->R{return objc_msgSend<R, A...>(receiver, objc_frontSelector(slot, name, sizeof...(A)), arguments...);
+            ->R{return objc_send<ZP_CHECKED, R, A...>(objc_receiver(receiver.pointer()),
+                                                      objc_frontSelector(slot, name, sizeof...(A)), arguments...);
 }
 }
 ;
 }
 template <class... A> ZP_INLINE void objc_tell(id receiver, SEL &slot, const char *name, A &...arguments) {
-    objc_msgSend<void, A...>(receiver, objc_frontSelector(slot, name, sizeof...(A)), arguments...);
+    objc_send<ZP_CHECKED, void, A...>(objc_receiver(receiver.pointer()), objc_frontSelector(slot, name, sizeof...(A)),
+                                      arguments...);
 }
 
 template <class... A> ZP_INLINE auto objc_askAs(id receiver, SEL selector, A &...arguments) {

@@ -89,28 +89,48 @@ template <class Q> consteval void objc_encodeType(objc_typeWriter &w) {
     }
 }
 
-template <unsigned N> struct objc_typeText { char text[N]; };
+template <unsigned N> struct objc_typeText {
+    static constexpr unsigned length = N;
+    char text[N + 1] = {};
+};
 
-template <class... T> consteval objc_typeWriter objc_writeTypes() {
+template <class T> consteval objc_typeWriter objc_writeType() {
     objc_typeWriter w;
-    (objc_encodeType<T>(w), ...);
+    objc_encodeType<T>(w);
     return w;
 }
 
-template <class... T> consteval auto objc_trimmedTypes() {
-    constexpr objc_typeWriter w = objc_writeTypes<T...>();
-    objc_typeText<w.length + 1> result{};
+template <class T> consteval auto objc_typeOf() {
+    constexpr objc_typeWriter w = objc_writeType<T>();
+    objc_typeText<w.length> result;
     for (unsigned i = 0; i < w.length; ++i) result.text[i] = w.text[i];
+    return result;
+}
+
+template <class T> ZP_HIDDEN inline constexpr auto objc_type = objc_typeOf<T>();
+
+consteval char *objc_appendType(char *to, const char *text) {
+    while (*text) *to++ = *text++;
+    return to;
+}
+
+// Each type is spelt once, however many signatures have it.
+template <class... T> consteval auto objc_joinTypes() {
+    constexpr unsigned length = (0 + ... + objc_type<T>.length);
+    static_assert(length < sizeof objc_typeWriter::text, "the type string of this method is too long");
+    objc_typeText<length> result;
+    char *to = result.text;
+    ((to = objc_appendType(to, objc_type<T>.text)), ...);
     return result;
 }
 /// @endcond
 
 /// The type strings of a list of types, one after another.
-template <class... T> ZP_HIDDEN inline constexpr auto objc_types = objc_trimmedTypes<T...>();
+template <class... T> ZP_HIDDEN inline constexpr auto objc_types = objc_joinTypes<T...>();
 
 /// The type string of one C++ type, null-terminated; lives as long as the process. A structure without an
 /// `objc_structEncoding` is that many bytes, "{?=[12C]}"; a text of more than 255 characters is a compile error.
-template <class T> constexpr const char *ZPEncode() { return objc_types<T>.text; }
+template <class T> constexpr const char *ZPEncode() { return objc_type<T>.text; }
 
 /// The type string of a method with result R and arguments A after the receiver and the selector.
 template <class R, class... A> constexpr const char *objc_methodTypes() { return objc_types<R, id, SEL, A...>.text; }
